@@ -1,0 +1,45 @@
+// flags_class.h -- what the evaluator asks of a model, and what models see of the run.
+#pragma once
+#include <array>
+#include <vector>
+
+#include "run/enum1.h"
+
+// The switches that stand around a model call. A solver raises one, calls, and clears it; models only read.
+// switch_number gives each its place in the saved copy; members stand in memory order.
+struct flags_class {
+    static constexpr int n_flags = 32;
+    std::array<int, n_flags> saved{};
+
+    // first group
+    int dc = 0, trns = 0, startup = 0, ac = 0, ssw = 0, ssw_init = 0, init_guess = 0, dc_first = 0, trns_first = 0,
+        startup_first = 0, limit_newton = 0, newton_first = 0, one_time_parms = 0, save_history = 0, nexttime = 0,
+        pwr_elec = 0, pwr_elec_ac = 0, function = 0, jacobian = 0, process = 0, schedule = 0, outvar_prm = 0,
+        vary_parm = 0, set_parm = 0, acparms = 0, rparms = 0, reset = 0;
+    // second group; x_matrix survives init_flags
+    int evaluate = 0, reset_x = 0, x_matrix = 0, matrix_ddt = 0, matrix_alg = 0;
+
+    double t_start = 0.0;  // s, of the present block
+    double t_end = 1.0;    // s
+
+    // what models read besides the switches
+    double time_given = 0.0;      // s, the time of this evaluation
+    double time_given_x = 0.0;    // s, the same on the explicit side
+    double time_nextbreak = 0.0;  // s, a model's answer under nexttime
+    double time_present = 0.0;    // s, the last accepted point
+    double time_epsilon = 1e-13;  // s
+    double delt = 0.0;            // s, the present step
+    double gmin = 1e-12;          // S, the conductance across a junction
+    int n_limit = 0;              // exponentials capped in this evaluation
+    int flag_debug_int = 0;
+    int n_solve_lin = 0, n_newton = 0, n_steps = 0;  // statistics of the block
+
+    // Library number -> position in the list file of all names. -1: not in use.
+    std::vector<int> map_global_ebe, map_global_sse, map_global_gbe, map_global_ssg, map_global_dbe, map_global_xbe,
+        map_global_ssx, map_global_ece, map_global_gce, map_global_xce;
+
+    void init_flags();            // clears all switches but x_matrix
+    void save_flags();            // all 32 switches to the saved copy
+    void retrieve_flags();        // and back
+    void write_all_true() const;  // prints the first switch that is on
+};
