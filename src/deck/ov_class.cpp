@@ -1,0 +1,34 @@
+#include "deck/ov_class.h"
+
+#include "run/halt.h"
+
+int ov_class::find(std::string_view word) const { return find_word_6(name, word); }
+
+ov_class read_ov(const circuit_file& cf, const gprm_class& gprm) {
+    ov_class ov;
+    for (int i = cf.n_begin_cct; i < cf.n_end_cct; ++i) {
+        if (!cf.text.begins(i, "outvar:")) continue;
+        cf.mark(i);
+        const words w = circuit_line(cf.text, i);
+        for (int j = 1; j + 1 < w.size(); j += 2) {
+            const std::string name = w.str(j);
+            if (gprm.find_greal(name) != -1) {
+                say("ov_class: an outvar name is clashing");
+                say("   with a global (real) parameter name.");
+                say("   outvar name is " + name);
+            }
+            cut_word cut = extract_l_r_1(w[j + 1], "_of_", "ov_class: _of_ not found, check circuit file");
+            ov.name.push_back(name);
+            ov.left.push_back(std::move(cut.left));
+            ov.right.push_back(std::move(cut.right));
+            ov.statement.push_back(i);
+        }
+    }
+    const std::size_t n = ov.name.size();
+    ov.kind.assign(n, ov_none);
+    ov.index.assign(n, -1);
+    ov.instance.assign(n, -1);
+    ov.unit.assign(n, -1);
+    ov.usage.assign(n, 0);
+    return ov;
+}

@@ -1,0 +1,23 @@
+// tmpdim_class.h -- the size limits of a run, from a file beside the deck.
+#pragma once
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct tmpdim_class {
+    int m_ect_nd_tmp = -1, m_gct_vr_tmp = -1, m_dct_nd_tmp = -1, m_xct_vr_tmp = -1;
+    int mnz_ebce = -1, mnz_gbce = -1, mnz_xbce = -1, mnz_ebce_ac = -1, mnz_gbce_ac = -1, mnz_xbce_ac = -1;
+    int f_mnz_w = -1;
+    int m_matttlop2 = -1, m_matttlop3 = -1;
+    int m_average_mv_gbe = -1, m_rms_mv_gbe = -1, m_average_mv_xbe = -1, m_rms_mv_xbe = -1;
+};
+
+// One row per keyword, in the order in which a missing one is reported. `generous` is what the front end writes.
+struct tmpdim_word {
+    std::string_view word;
+    int tmpdim_class::*member;
+    int generous;
+};
+const std::vector<tmpdim_word>& tmpdim_words();
+
+tmpdim_class read_tmpdim(const std::string& path);
