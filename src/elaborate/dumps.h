@@ -1,0 +1,6 @@
+// dumps.h -- the circuit tables as text, one file per domain that the deck asks for.
+#pragma once
+#include "elaborate/circuit.h"
+
+// ov.dat, ect.dat, gct.dat, dct.dat, xct.dat: the domains' names with their numbers at each level.
+void write_circuit_dumps(const circuit& c);

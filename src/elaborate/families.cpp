@@ -1,0 +1,68 @@
+#include "elaborate/families.h"
+
+namespace {
+constexpr std::string_view no_words[1] = {""};
+constexpr std::string_view placeholders_e[] = {"connector_e", "ground_dummy"};
+constexpr std::string_view placeholders_d[] = {"connector_d"};
+constexpr std::string_view placeholders_g[] = {"connector_g"};
+constexpr std::string_view placeholders_x[] = {"connector_x", "e_ground_dummy"};
+constexpr std::string_view flags_eg[] = {"compute_acp", "compute_noisep", "write_parms"};
+constexpr std::string_view flags_x[] = {"compute_acp", "write_parms"};
+constexpr std::string_view flags_gm[] = {"write_parms"};
+
+constexpr bound_list bound_e[] = {
+    {&library_lists::node, &cct_class::ect, &instance_core::nd, "node name", "set_values_1 (eelu)"},
+    {&library_lists::ind_node, &cct_class::ect, &instance_core::in, "node name", "assign_elu_nodes"},
+    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "node name", "assign_elu_nodes"},
+    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "node name", "assign_elu_nodes"},
+    {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "node name", "assign_elu_nodes"},
+};
+constexpr bound_list bound_d[] = {
+    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "node name", "set_values_1 (delu)"},
+    {&library_lists::ind_node, &cct_class::ect, &instance_core::in, "node name", "assign_elu_nodes"},
+};
+constexpr bound_list bound_g[] = {
+    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "var name", "set_values_1 (gelu)"},
+    {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "var name", "assign_elu_nodes"},
+};
+constexpr bound_list bound_x[] = {
+    {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "var name", "set_values_1 (xelu)"},
+    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "var name", "assign_elu_nodes"},
+};
+constexpr bound_list bound_gm[] = {
+    {&library_lists::node, &cct_class::ect, &instance_core::nd, "nda name", "set_values_1 (gmeu)"},
+    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "vr name", "assign_elu_nodes"},
+    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "ndd name", "assign_elu_nodes"},
+};
+std::span<const std::string_view> none() { return std::span(no_words, 0); }
+}  // namespace
+
+const family_form family_forms[n_family] = {
+    {fam_e, "eelement", "eelu", "eels", "emodel", &libraries::eels, &circuit::eelu, &circuit::ecem, placeholders_e,
+     flags_eg, bound_e, ov_rparm_eelu},
+    {fam_d, "delement", "delu", "dels", "dmodel", &libraries::dels, &circuit::delu, &circuit::dcem, placeholders_d,
+     none(), bound_d, ov_rparm_delu},
+    {fam_g, "gelement", "gelu", "gels", "gmodel", &libraries::gels, &circuit::gelu, &circuit::gcem, placeholders_g,
+     flags_eg, bound_g, ov_rparm_gelu},
+    {fam_x, "xelement", "xelu", "xels", "xmodel", &libraries::xels, &circuit::xelu, &circuit::xcem, placeholders_x,
+     flags_x, bound_x, ov_rparm_xelu},
+    {fam_gm, "gmelement", "gmeu", "gmes", "gmmodel", &libraries::gmes, &circuit::gmeu, &circuit::gmem, none(), flags_gm,
+     bound_gm, ov_none},
+};
+
+const family_form* family_of_keyword(std::string_view keyword) {
+    for (const family_form& form : family_forms)
+        if (form.keyword == keyword) return &form;
+    return nullptr;
+}
+
+bool is_placeholder(const family_form& form, std::string_view type) {
+    for (std::string_view p : form.placeholders)
+        if (p == type) return true;
+    return false;
+}
+
+const composite_library& libraries::composites(int fam) const { return this->*family_forms[fam].composites; }
+instance_core& circuit::instances(int fam) { return this->*family_forms[fam].instances; }
+const instance_core& circuit::instances(int fam) const { return this->*family_forms[fam].instances; }
+const model_class& circuit::models(int fam) const { return this->*family_forms[fam].models; }

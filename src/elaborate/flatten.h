@@ -1,0 +1,11 @@
+// flatten.h -- from instances to the flat units that the solvers see.
+#pragma once
+#include "elaborate/circuit.h"
+
+// Walks instances in deck order and each composite's flat element list in its order, making one unit for each element.
+// Unit-level nodes are numbered by first use of a terminal; a ground word takes the number of the reference.
+void flatten_ebeu(circuit& c);
+void flatten_ebau(circuit& c);
+
+// Every node number of the unit tables occurs among the terminals; the first-index arrays agree with the templates.
+void check_ebeu(const circuit& c, const char* message);

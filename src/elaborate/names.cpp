@@ -1,0 +1,70 @@
+#include "elaborate/names.h"
+
+#include "run/checks.h"
+#include "run/halt.h"
+
+namespace {
+int table_limit(const circuit& c, name_table cct_class::*table) {
+    if (table == &cct_class::ect) return c.tmpdim.m_ect_nd_tmp;
+    if (table == &cct_class::gct) return c.tmpdim.m_gct_vr_tmp;
+    if (table == &cct_class::dct) return c.tmpdim.m_dct_nd_tmp;
+    return c.tmpdim.m_xct_vr_tmp;
+}
+
+const char* table_count(name_table cct_class::*table) {
+    if (table == &cct_class::ect) return "n_ect_nd";
+    if (table == &cct_class::gct) return "n_gct_vr";
+    if (table == &cct_class::dct) return "n_dct_nd";
+    return "n_xct_vr";
+}
+
+void add_name(circuit& c, name_table cct_class::*which, std::string_view word) {
+    name_table& table = c.cct.*which;
+    const auto [it, is_new] = table.index.try_emplace(std::string(word), table.n());
+    if (!is_new) return;
+    check_m_gt_n(table_limit(c, which), table.n(), line("cct_class: ", table_count(which), " is too large!"));
+    table.name.emplace_back(word);
+}
+}  // namespace
+
+std::vector<element_statement> find_element_statements(const circuit_file& cf) {
+    std::vector<element_statement> found;
+    for (int i = cf.n_begin_cct + 1; i < cf.n_end_cct; ++i) {
+        const family_form* form = family_of_keyword(cf.text.word(i, 0));
+        if (!form) continue;
+        element_statement s{form, i, circuit_line(cf.text, i), -1, -1};
+        const int key = find_word_EO_1(s.w, "type", odd_words);
+        if (key < 0) halt({"cct_class: type not found. Halting.."});
+        const std::string type = pick_word_1(s.w, key + 1);
+        s.at_type = key + 1;
+        cf.mark(i);
+        if (is_placeholder(*form, type)) continue;
+        if (form->number == fam_e && type == "ground_dummy_1")
+            halt({"cct_class: ground_dummy_1.ece cannot be called", "  directly from the circuit file. Halting..."});
+        found.push_back(std::move(s));
+    }
+    return found;
+}
+
+void number_names(circuit& c, std::vector<element_statement>& statements) {
+    for (element_statement& s : statements) {
+        const composite_library& lib = c.lib.*(s.form->composites);
+        s.i_lib = find_word_3(lib.list.entry, s.w[s.at_type], line("cct_class: ", s.form->library, "_name not found"));
+        for (const bound_list& b : s.form->bound) {
+            const word_list& list = lib.list.*(b.list);
+            for (int j = 0; j < list.count(s.i_lib); ++j) {
+                const std::string_view key = list.word(s.i_lib, j);
+                const int at = find_word_EO_1(s.w, key, odd_words);
+                if (at < 0) {
+                    const int at_name = find_word_EO_1(s.w, "name", odd_words);
+                    const bool named = at_name >= 0 && at_name + 1 < s.w.size();
+                    halt({line("cct_class: (", s.form->keyword, ") ", b.what, " not found."),
+                          line("   ", b.what, " is ", key),
+                          line("   ", s.form->keyword, " name is ", named ? s.w.str(at_name + 1) : ""),
+                          "   Halting..."});
+                }
+                add_name(c, b.names, pick_word_1(s.w, at + 1));
+            }
+        }
+    }
+}

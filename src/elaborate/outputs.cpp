@@ -1,0 +1,95 @@
+#include "elaborate/outputs.h"
+
+#include <algorithm>
+
+#include "elaborate/families.h"
+#include "run/halt.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+// A left word that names something of the deck itself.
+struct global_word {
+    std::string_view word;
+    int kind;
+    name_table cct_class::*names;
+    std::vector<int> name_table::*to_unit;
+    std::string_view domain, what;  // of the message
+};
+constexpr global_word global_words[] = {
+    {"nodev", ov_nodev, &cct_class::ect, &name_table::to_eu, "ect", "node"},
+    {"dvar", ov_dvar, &cct_class::dct, &name_table::to_eu, "dct", "node"},
+    {"nodev_ac", ov_nodev_ac, &cct_class::ect, &name_table::to_au, "ect", "node"},
+    {"var", ov_var, &cct_class::gct, &name_table::to_eu, "gct", "var"},
+    {"xvar", ov_xvar, &cct_class::xct, &name_table::to_eu, "xct", "var"},
+    {"var_ac", ov_var_ac, &cct_class::gct, &name_table::to_au, "gct", "var"},
+    {"xvar_ac", ov_xvar_ac, &cct_class::xct, &name_table::to_au, "xct", "var"},
+};
+
+[[noreturn]] void name_not_found(const global_word& g, const std::string& name) {
+    const std::string first = line("cct_class: ", g.domain, " ", g.what, " name not found.");
+    const std::string last = line("   Check outvars of type ", g.word, "_of_xxx.");
+    if (g.what == "var") halt({first, line("   var name is: ", name), last});
+    halt({first, last});
+}
+
+// The flat index of an output of instance i of the electrical family: the composite's running index behind the first
+// one of the instance.
+int electrical_index(const circuit& c, int kind, int i, int index) {
+    const int u = c.eelu.first_unit[at(i)], ua = c.eelu.first_unit_ac[at(i)];
+    const name_table& ect = c.cct.ect;
+    switch (kind) {
+        case ov_nodev: return ect.lu_to_eu[at(c.eelu.nd.row(i)[index])];
+        case ov_nodev_ac: return ect.lu_to_au[at(c.eelu.nd.row(i)[index])];
+        case ov_aux: return c.ebeu.first_aux[at(u)] + index;
+        case ov_cur: return c.ebeu.nd.first[at(u)] + index;
+        case ov_iparm_ebe: return c.ebeu.unit.iprm.first[at(u)] + index;
+        case ov_rparm_ebe: return c.ebeu.unit.rprm.first[at(u)] + index;
+        case ov_aux_ac: return c.ebau.first_aux[at(ua)] + index;
+        case ov_cur_ac: return c.ebau.nd.first[at(ua)] + index;
+        default: return index;
+    }
+}
+
+int unit_of(const std::vector<int>& first, int index) {
+    const auto it = std::upper_bound(first.begin(), first.end(), index);
+    if (it == first.begin() || it == first.end()) return -1;
+    return static_cast<int>(it - first.begin()) - 1;
+}
+}  // namespace
+
+void resolve_outputs(circuit& c) {
+    ov_class& ov = c.ov;
+    for (std::size_t k = 0; k < ov.name.size(); ++k) {
+        if (ov.instance[k] >= 0) {
+            if (ov.family[k] == fam_e)
+                ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+            continue;
+        }
+        for (const global_word& g : global_words) {
+            if (ov.left[k] != g.word) continue;
+            const name_table& names = c.cct.*(g.names);
+            const int number = names.find(ov.right[k]);
+            if (number < 0) name_not_found(g, ov.right[k]);
+            const int at_unit = (names.*(g.to_unit))[at(number)];
+            if (at_unit < 0) name_not_found(g, ov.right[k]);
+            ov.kind[k] = g.kind;
+            ov.index[k] = at_unit;
+        }
+        if (ov.kind[k] == ov_none) halt({"cct_class: cct_ov_flag = IGL_CLEAR", line("   for i_ov = ", k)});
+    }
+}
+
+void resolve_parameter_outputs(circuit& c) {
+    ov_class& ov = c.ov;
+    for (std::size_t k = 0; k < ov.name.size(); ++k) {
+        if (ov.kind[k] == ov_iparm_ebe) {
+            ov.unit[k] = unit_of(c.ebeu.unit.iprm.first, ov.index[k]);
+            if (ov.unit[k] < 0) halt({"cct_class: (igl_iparmebe) i_ebeu not found? Halting..."});
+        }
+        if (ov.kind[k] == ov_rparm_ebe) {
+            ov.unit[k] = unit_of(c.ebeu.unit.rprm.first, ov.index[k]);
+            if (ov.unit[k] < 0) halt({"cct_class: (igl_rparmebe) i_ebeu not found? Halting..."});
+        }
+    }
+}

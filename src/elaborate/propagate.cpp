@@ -1,0 +1,58 @@
+#include "elaborate/circuit.h"
+#include "elaborate/families.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+template <class T>
+void copy_linked(const row_table<int>& flag, int b, const row_table<T>& from, int i, row_table<T>& to, int u) {
+    for (int j = 0; j < flag.size(b); ++j)
+        if (const int link = flag.row(b)[j]; link >= 0) to.row(u)[j] = from.row(i)[link];
+}
+
+// Linked parameters only: constants that models derived and output slots of the units stay as they are.
+void push_to_units(const element_table& be, const instance_core& inst, const row_table<double>& rprm, int i, int e,
+                   int first_unit, bool with_start_values, unit_core& unit) {
+    for (int k = 0; k < be.n_be(e); ++k) {
+        const int b = be.first_be[at(e)] + k, u = first_unit + k;
+        copy_linked(be.iprm_flag, b, inst.iprm, i, unit.iprm, u);
+        copy_linked(be.rprm_flag, b, rprm, i, unit.rprm, u);
+        if (!with_start_values) continue;
+        copy_linked(be.sv_flag, b, inst.sv, i, unit.sv, u);
+        copy_linked(be.ig_flag, b, inst.ig, i, unit.ig, u);
+    }
+}
+}  // namespace
+
+void instance_changed(circuit& c, int fam, int i) {
+    instance_core& inst = c.instances(fam);
+    const composite_library& lib = c.lib.composites(fam);
+    const int e = inst.i_lib[at(i)];
+    eval_rprm_1(lib, e, inst.rprm.row(i));
+    if (fam != fam_e) return;  // the other families have no units yet
+    push_to_units(lib.be, inst, inst.rprm, i, e, inst.first_unit[at(i)], true, c.ebeu.unit);
+    push_to_units(lib.beac, inst, inst.rprm, i, e, inst.first_unit_ac[at(i)], false, c.ebau.unit);
+}
+
+void greal_changed(circuit& c, int k) {
+    c.gprm.expr_1();
+    std::vector<char> moved(c.gprm.greal.size(), 0);
+    for (int d : c.gprm.dependents[at(k)]) moved[at(d)] = 1;
+    for (int fam = 0; fam < n_family; ++fam) {
+        instance_core& inst = c.instances(fam);
+        for (int i = 0; i < inst.n; ++i) {
+            bool touched = false;
+            auto rewrite = [&](const row_table<int>& tie, row_table<double>& value) {
+                for (int j = 0; j < tie.size(i); ++j)
+                    if (const int g = tie.row(i)[j]; g >= 0 && moved[at(g)]) {
+                        value.row(i)[j] = c.gprm.greal[at(g)];
+                        touched = true;
+                    }
+            };
+            rewrite(inst.rprm_tie, inst.rprm);
+            rewrite(inst.sv_tie, inst.sv);
+            rewrite(inst.ig_tie, inst.ig);
+            if (touched) instance_changed(c, fam, i);
+        }
+    }
+}

@@ -1,0 +1,82 @@
+// units.h -- the flat tables that the solvers see: one unit per basic element of the running circuit.
+#pragma once
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "elaborate/instances.h"
+#include "library/basic_library.h"
+#include "run/row_table.h"
+
+// What the units of every family have. Order: by instance in deck order, within an instance in the order of the
+// composite's flat element list.
+struct unit_core {
+    int n = 0;
+    std::vector<int> i_lib;   // [n] template
+    std::vector<int> i_inst;  // [n] instance
+    row_table<int> iprm;
+    row_table<char*> sprm;  // each points to 64 bytes of text
+    row_table<double> rprm, sv, ig;
+    std::vector<std::unique_ptr<char[]>> text;  // the bytes that sprm points to
+    std::vector<int> first_func{0};             // [n + 1] flat function index of the unit's first function
+
+    int n_ttlf() const { return first_func.back(); }
+};
+
+// Electrical units. Row tables give each unit's terminals, sensed nodes and so on; the value arrays beside them have the
+// same first-index arrays.
+struct ebeu_class {
+    unit_core unit;
+    int n_nd = 0;          // unit-level nodes, numbered by first use of a terminal
+    int ref_nd = -1;       // the reference among them; -1: no terminal reaches it
+    int n_ttlnd_kcl = 0;   // terminals without those of ground_dummy_1 units
+    row_table<int> nd;     // unit-level node of terminal j
+    row_table<int> in;     // unit-level node of sensed node j
+    row_table<int> ib;     // unit whose current sensed branch j reads
+    row_table<int> ib_aux;   // index in aux of that current; -1 if the unit has no aux (then start-up only)
+    row_table<int> ib_auxs;  // index in auxs of it; -1
+    row_table<int> dgtl, vr, xvr;            // dct, gct, xct numbers
+    std::vector<int> first_aux, first_auxs, first_locv;  // [n + 1]
+
+    // values; one entry per unit-level node
+    std::vector<double> val_nd, val_nd_new;
+    // one per terminal, sensed node, sensed branch, general variable, explicit variable, digital node of units
+    std::vector<double> nodev, nodev_new, cur_nd, vin, curind, val_vr, val_xvr;
+    std::vector<int> dvar;
+    // one per auxiliary unknown, start-up unknown, local variable
+    std::vector<double> aux, aux_new, auxs, auxs_new, locv;
+    // one per function: present values, and two accepted points back (total and static sets)
+    std::vector<double> f;  // what the models write
+    std::vector<double> func, func_old_1, func_old_2, func_s, func_s_old_1, func_s_old_2;
+
+    std::vector<int> ground_units;  // units of ground_dummy_1
+
+    int n() const { return unit.n; }
+    int n_ttlnd() const { return static_cast<int>(nd.data.size()); }
+    int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }
+    int n_ttlauxs() const { return first_auxs.empty() ? 0 : first_auxs.back(); }
+    int n_ttllocv() const { return first_locv.empty() ? 0 : first_locv.back(); }
+};
+
+// Small-signal units: what later analyses need of them is laid out here, nothing runs on them yet.
+struct ebau_class {
+    unit_core unit;
+    int n_nd = 0;
+    row_table<int> nd, in, vr;
+    row_table<int> ib;                // small-signal unit of the branch; -1
+    std::vector<int> index_ebeu;      // [n] DC unit of the same element; -1
+    std::vector<int> first_aux;       // [n + 1]
+
+    int n() const { return unit.n; }
+};
+
+// Units of the families whose libraries are not read yet: there are none.
+struct gbeu_class {
+    unit_core unit;
+    int n() const { return unit.n; }
+};
+using gbau_class = gbeu_class;
+using dbeu_class = gbeu_class;
+using xbeu_class = gbeu_class;
+using xbau_class = gbeu_class;
