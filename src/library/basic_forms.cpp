@@ -1,0 +1,161 @@
+// basic_forms.cpp -- the tables of the families of basic elements; a further family is a further set of rows.
+#include "library/library_form.h"
+
+using L = library_lists;
+
+// ---- electrical -------------------------------------------------------------------------------------------------------
+
+namespace {
+constexpr flag_word ebes_flags[] = {
+    {"limit_tstep", &entry_flags::limit_tstep, 0},   {"save_history", &entry_flags::save_history, 0},
+    {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
+    {"startup_sprt", &entry_flags::startup_sprt, 0}, {"allow_ssw", &entry_flags::allow_ssw, 1},
+    {"gmin_step", &entry_flags::gmin_step, 0},
+};
+constexpr list_line ebes_lines[] = {
+    {"nodes:", "nd", &L::node, 500, 10000},
+    {"ind_nodes:", "in", &L::ind_node, 50, 1000},
+    {"ind_branches:", "ib", &L::ind_branch, 50, 1000},
+    {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000},
+    {"rparms:", "rprm", &L::rprm, 2500, 50000},
+    {"local_var:", "locv", &L::locv, 200, 4000},
+    {"aux_var:", "aux", &L::aux, 200, 4000},
+    {"aux_var_startup:", "auxs", &L::auxs, 100, 2000},
+    {"digital_nodes:", "dgtl", &L::dgtl, 50, 1000},
+    {"main_var:", "vr", &L::vr, 200, 4000},
+    {"xvar:", "xvr", &L::xvr, 50, 1000},
+    {"stparms:", "sv", &L::sv, 100, 2000},
+    {"igparms:", "ig", &L::ig, 40, 800},
+};
+
+constexpr variable_list vr_then_aux[] = {{kind_vr, &L::vr}, {kind_aux, &L::aux}};
+constexpr variable_list vr_then_auxs[] = {{kind_vr, &L::vr}, {kind_auxs, &L::auxs}};
+constexpr bracket_word electrical_brackets[] = {
+    {"v", {kind_v, &L::node}}, {"volt", {kind_vind, &L::ind_node}}, {"cur", {kind_curind, &L::ind_branch}}};
+constexpr function_words ebes_terminal = {
+    vr_then_aux, electrical_brackets, ddt_rule::local_variable, "", "function declarations", ""};
+constexpr function_words ebes_startup = {
+    vr_then_auxs, electrical_brackets, ddt_rule::refused, "startup", "startup functions", " (startup)"};
+constexpr function_words ebes_local = {
+    vr_then_aux, electrical_brackets, ddt_rule::refused, "locvar", "locvar functions", ""};
+constexpr function_words ebes_general = {
+    vr_then_aux, electrical_brackets, ddt_rule::any_variable, "", nullptr, ""};
+
+constexpr variable_list ebes_kinds[] = {
+    {kind_v, &L::node},        {kind_locv, &L::locv}, {kind_vind, &L::ind_node}, {kind_curind, &L::ind_branch},
+    {kind_vr, &L::vr},         {kind_aux, &L::aux},   {kind_auxs, &L::auxs},
+};
+
+constexpr argument ebe_arguments[] = {
+    {"const int", "i_ebeu"},     {"int*", "iparm"},          {"char**", "sparm"},
+    {"double*", "rparm"},        {"double*", "stparm"},      {"double*", "igparm"},
+    {"double*", "v"},            {"double*", "vind"},        {"double*", "curind"},
+    {"double*", "aux"},          {"double*", "vr"},          {"double*", "xvr"},
+    {"double*", "auxs"},         {"double*", "locv"},        {"double*", "v_new"},
+    {"double*", "aux_new"},      {"double*", "auxs_new"},    {"int*", "dvar"},
+    {"double*", "f"},            {"ebes1_class*", "jac"},    {"flags_class*", "flags"},
+    {"dp_class*", "dp"},         {"math_cnst_class*", "math_cnst"},
+};
+constexpr declared_list ebe_declared[] = {
+    {"int", "ni_", &L::iprm},       {"char*", "nstr_", &L::sprm},  {"double", "nr_", &L::rprm},
+    {"double", "na_", &L::aux},     {"int", "ndg_", &L::dgtl},     {"double", "nvr_", &L::vr},
+    {"double", "nxvr_", &L::xvr},   {"double", "nst_", &L::sv},    {"double", "nig_", &L::ig},
+    {"double", "nlv_", &L::locv},   {"double", "nas_", &L::auxs},
+};
+constexpr declared_list ebe_numbered[] = {
+    {nullptr, "nnd_", &L::node},   {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
+    {nullptr, "ni_", &L::iprm},    {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
+    {nullptr, "nst_", &L::sv},     {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
+    {nullptr, "ndg_", &L::dgtl},   {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
+    {nullptr, "nas_", &L::auxs},   {nullptr, "nlv_", &L::locv},
+};
+}  // namespace
+
+constexpr library_form ebes_form = {
+    .class_name = "ebes_class",
+    .path = ".tnlaux/ebes.aux",
+    .keyword = "ebe",
+    .function_word = "ebe",
+    .read_word = "ebes",
+    .no_end = "end_dc",
+    .too_many_functions = "ebes_class: n_ttlf > M_EBESTTLF. Halting...",
+    .max_entries = 150,
+    .max_functions = 1000,
+    .max_dependencies = 5000,
+    .has_jacobian_line = true,
+    .flags = ebes_flags,
+    .lines = ebes_lines,
+    .functions = {true, &ebes_terminal, &ebes_startup, &ebes_local, &ebes_general},
+    .map_kinds = ebes_kinds,
+    .glue = {"ebe", "e_", "get_ebe", "i_ebes", "map_global_ebe", "ebes1_class.h", "ebe_registration", "ebe_all.lst",
+             true, ebe_arguments, ebe_declared, ebe_numbered},
+};
+
+// ---- small-signal forms of electrical elements ------------------------------------------------------------------------
+
+namespace {
+constexpr flag_word ebac_flags[] = {{"noise_source", &entry_flags::noise_source, 0}};
+constexpr list_line ebac_lines[] = {
+    {"nodes:", "nd", &L::node, 200, 4000},
+    {"ind_nodes:", "in", &L::ind_node, 20, 400},
+    {"ind_branches:", "ib", &L::ind_branch, 20, 400},
+    {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000},
+    {"rparms:", "rprm", &L::rprm, 1000, 20000},
+    {"aux_var:", "aux", &L::aux, 100, 2000},
+    {"main_var:", "vr", &L::vr, 50, 1000},
+};
+constexpr function_words ebac_words = {
+    vr_then_aux, electrical_brackets, ddt_rule::no_word, "", "function declarations", ""};
+constexpr variable_list ebac_kinds[] = {
+    {kind_v, &L::node}, {kind_vind, &L::ind_node}, {kind_curind, &L::ind_branch}, {kind_vr, &L::vr}, {kind_aux, &L::aux},
+};
+constexpr argument ebe_ac_arguments[] = {
+    {"const int", "i_ebau"},
+    {"int*", "iparm"},
+    {"char**", "sparm"},
+    {"double", "freq"},
+    {"double*", "rparm"},
+    {"std::complex<double>*", "v"},
+    {"std::complex<double>*", "vind"},
+    {"std::complex<double>*", "curind"},
+    {"std::complex<double>*", "aux"},
+    {"std::complex<double>*", "vr"},
+    {"std::complex<double>*", "f"},
+    {"ebac1_class*", "jac"},
+    {"ebes1_class*", "ebe_jac"},
+    {"flags_class*", "flags"},
+    {"dp_class*", "dp"},
+    {"math_cnst_class*", "math_cnst"},
+};
+constexpr declared_list ebe_ac_declared[] = {
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},
+    {"double", "na_", &L::aux}, {"double", "nvr_", &L::vr},
+};
+constexpr declared_list ebe_ac_numbered[] = {
+    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
+    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
+    {nullptr, "na_", &L::aux},   {nullptr, "nvr_", &L::vr},
+};
+}  // namespace
+
+constexpr library_form ebac_form = {
+    .class_name = "ebac_class",
+    .path = ".tnlaux/ebac.aux",
+    .keyword = "ebe_ac",
+    .function_word = "ebe (ac)",
+    .read_word = "ebac",
+    .no_end = "endebe_ac",
+    .too_many_functions = "ebac_class: n_ttlf > M_EBACTTLF. Halting...",
+    .max_entries = 100,
+    .max_functions = 1000,
+    .max_dependencies = 5000,
+    .has_jacobian_line = false,
+    .flags = ebac_flags,
+    .lines = ebac_lines,
+    .functions = {true, &ebac_words, nullptr, nullptr, &ebac_words},
+    .map_kinds = ebac_kinds,
+    .glue = {"ebac", "e_ac_", "get_ebe_ac", "i_ebac", "map_global_sse", "ebac1_class.h", "ebe_ac_registration",
+             "sse_all.lst", false, ebe_ac_arguments, ebe_ac_declared, ebe_ac_numbered},
+};

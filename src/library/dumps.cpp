@@ -1,0 +1,244 @@
+// dumps.cpp -- form of a dump: the name of the class, totals as `label = value`, then rows `  i = k, name = ..., ...`.
+#include "library/dumps.h"
+
+#include <fstream>
+
+#include "run/halt.h"
+
+namespace {
+
+using L = library_lists;
+
+// Every named list with the tag of its total; a row of an entry names the lists that it fills.
+struct names_tag {
+    word_list L::*list;
+    const char* tag;
+};
+constexpr names_tag name_lists[] = {
+    {&L::node, "nd"}, {&L::ind_node, "in"}, {&L::ind_branch, "ib"}, {&L::locv, "locv"}, {&L::aux, "aux"},
+    {&L::auxs, "auxs"}, {&L::dgtl, "dgtl"}, {&L::vr, "vr"},         {&L::xvr, "xvr"},
+};
+
+// Visits the pair lists.
+template <class F> void for_each_pair_list(const L& list, F f) {
+    f(list.iprm, "iprm");
+    f(list.sprm, "sprm");
+    f(list.rprm, "rprm");
+    f(list.sv, "sv");
+    f(list.ig, "ig");
+}
+
+struct flag_tag {
+    std::vector<int> entry_flags::*flag;
+    const char* tag;
+};
+constexpr flag_tag flag_tags[] = {
+    {&entry_flags::limit_tstep, "flag_limit_tstep"},   {&entry_flags::limit_newton, "flag_limit_newton"},
+    {&entry_flags::save_history, "flag_save_history"}, {&entry_flags::calc_acp, "flag_calc_acp"},
+    {&entry_flags::startup_sprt, "flag_startup_sprt"}, {&entry_flags::allow_ssw, "flag_allow_ssw"},
+    {&entry_flags::gmin_step, "flag_gmin_step"},       {&entry_flags::jac_const, "flag_jac_const"},
+    {&entry_flags::limit_modulo, "flag_limit_modulo"}, {&entry_flags::allow_reset, "flag_allow_reset"},
+    {&entry_flags::set_rparm_1, "flag_set_rparm_1"},   {&entry_flags::get_rparm_1, "flag_get_rparm_1"},
+    {&entry_flags::noise_source, "flag_noise_source"}, {&entry_flags::ground_dummy, "flag_ground_dummy"},
+};
+
+void write_total(std::ostream& out, const char* label, int n) { out << label << " = " << n << '\n'; }
+template <class T> void write_total(std::ostream& out, const char* tag, const pair_list<T>& list) {
+    out << "n_ttl" << tag << " = " << list.name.pool.size() << '\n';
+}
+
+void write_list_totals(std::ostream& out, const L& list) {
+    write_total(out, "n", list.n());
+    for_each_pair_list(list, [&](const auto& l, const char* tag) { write_total(out, tag, l); });
+    for (const names_tag& t : name_lists) out << "n_ttl" << t.tag << " = " << (list.*t.list).pool.size() << '\n';
+}
+
+template <class T> void write_pairs(std::ostream& out, const char* tag, const pair_list<T>& list, int e) {
+    for (int j = 0; j < list.count(e); ++j)
+        out << "    " << tag << ' ' << list.word(e, j) << " = " << list.value(e, j) << '\n';
+}
+
+void write_entry_lists(std::ostream& out, const L& list, int e) {
+    for (const names_tag& t : name_lists) {
+        if ((list.*t.list).count(e) == 0) continue;
+        out << "    " << t.tag << ':';
+        for (int j = 0; j < (list.*t.list).count(e); ++j) out << ' ' << (list.*t.list).word(e, j);
+        out << '\n';
+    }
+    for_each_pair_list(list, [&](const auto& l, const char* tag) { write_pairs(out, tag, l, e); });
+}
+
+void write_functions(std::ostream& out, const function_table& f, int e) {
+    const int first = f.first_f[static_cast<std::size_t>(e)];
+    for (int j = 0; j < f.n_func(e); ++j) {
+        const auto k = static_cast<std::size_t>(first + j);
+        out << "    f = " << j << ", name = " << f.name[first + j] << ", flag_kcl = " << f.flag_kcl[k]
+            << ", flag_gnrl = " << f.flag_gnrl[k] << ", flag_locvar = " << f.flag_locvar[k]
+            << ", func_startup = " << f.func_startup[k] << ", startup_kcl = " << f.startup_kcl[k]
+            << ", startup_gnrl = " << f.startup_gnrl[k] << ", flag_ddt = " << f.flag_ddt[k] << '\n';
+        for (int d = f.first_fvar[k]; d < f.first_fvar[k + 1]; ++d) {
+            const auto i = static_cast<std::size_t>(d);
+            out << "      var_flag = " << f.var_flag[i] << ", var_number = " << f.var_number[i]
+                << ", l_ddt = " << f.l_ddt[i] << '\n';
+        }
+    }
+}
+
+void write_outputs(std::ostream& out, const char* tag, const output_table& table, int e) {
+    for (int j = 0; j < table.count(e); ++j) {
+        const auto i = static_cast<std::size_t>(table.at(e, j));
+        out << "    " << tag << ' ' << table.name.word(e, j) << ": flag = " << table.kind[i] << ", be = " << table.be[i]
+            << ", var = " << table.index[i] << '\n';
+    }
+}
+
+template <class T>
+void write_row(std::ostream& out, const char* tag, const row_table<T>& table, const row_table<int>* flag, int row) {
+    if (table.size(row) == 0) return;
+    out << "      " << tag << ':';
+    for (int j = 0; j < table.size(row); ++j) {
+        out << ' ' << table.row(row)[j];
+        if (flag && flag->row(row)[j] != -1) out << '(' << flag->row(row)[j] << ')';
+    }
+    out << '\n';
+}
+
+// Values with the composite's parameter or name that feeds them in brackets; no brackets: fixed.
+void write_elements(std::ostream& out, const std::string& library, const element_table& be, bool ac, int e) {
+    for (int k = 0; k < be.n_be(e); ++k) {
+        const int row = be.first_be[static_cast<std::size_t>(e)] + k;
+        const auto r = static_cast<std::size_t>(row);
+        out << "    i_" << library << "be" << (ac ? "_ac" : "") << " = " << k << ", i_lib = " << be.i_be[r];
+        if (ac) out << ", beac_acprm_be = " << be.acprm_be[r];
+        out << '\n';
+        write_row(out, "nd", be.node, nullptr, row);
+        write_row(out, "dgtl", be.dgtl, nullptr, row);
+        write_row(out, "vr", be.vr, nullptr, row);
+        write_row(out, "xvr", be.xvr, nullptr, row);
+        write_row(out, "in", be.in, &be.in_flag, row);
+        write_row(out, "ib", be.ib, &be.ib_flag, row);
+        write_row(out, "iprm", be.iprm, &be.iprm_flag, row);
+        write_row(out, "sprm", be.sprm, &be.sprm_flag, row);
+        write_row(out, "rprm", be.rprm, &be.rprm_flag, row);
+        write_row(out, "sv", be.sv, &be.sv_flag, row);
+        write_row(out, "ig", be.ig, &be.ig_flag, row);
+    }
+}
+
+template <class F> void write_file(const std::string& word, F write) {
+    std::ofstream out(word + ".dat");
+    if (!out) halt({line("write_dump: cannot write ", word, ".dat. Halting...")});
+    write(out);
+}
+
+}  // namespace
+
+void write_basic_dump(std::ostream& out, const std::string& word, const basic_library& lib) {
+    out.precision(10);
+    out << word << "_class\n";
+    write_list_totals(out, lib.list);
+    write_total(out, "n_ttlf", lib.func.n_ttlf());
+    write_total(out, "n_ttlfvar", lib.func.first_fvar.back());
+    for (int e = 0; e < lib.n(); ++e) {
+        out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_func = " << lib.func.n_func(e);
+        for (const flag_tag& f : flag_tags)
+            if ((lib.flag.*f.flag)[static_cast<std::size_t>(e)]) out << ", " << f.tag << " = 1";
+        out << '\n';
+        write_entry_lists(out, lib.list, e);
+        write_functions(out, lib.func, e);
+    }
+}
+
+void write_composite_dump(std::ostream& out, const std::string& word, const composite_library& lib) {
+    out.precision(10);
+    out << word << "_class\n";
+    write_list_totals(out, lib.list);
+    write_total(out, "n_ttlbias", lib.bias.name.pool.size());
+    write_total(out, "n_ttlov", lib.ov.name.pool.size());
+    write_total(out, "n_ttlinac", lib.inac.pool.size());
+    write_total(out, "n_ttlibac", lib.ibac.pool.size());
+    const auto count = [](const auto& table) { return static_cast<int>(table.data.size()); };
+    write_total(out, "n_be_ttl", static_cast<int>(lib.be.i_be.size()));
+    write_total(out, "n_be_ttliprm", count(lib.be.iprm));
+    write_total(out, "n_be_ttlsprm", count(lib.be.sprm));
+    write_total(out, "n_be_ttlrprm", count(lib.be.rprm));
+    write_total(out, "n_be_ttlnd", count(lib.be.node));
+    write_total(out, "n_be_ttlvr", count(lib.be.vr));
+    write_total(out, "n_be_ttlxvr", count(lib.be.xvr));
+    write_total(out, "n_be_ttlin", count(lib.be.in));
+    write_total(out, "n_be_ttlib", count(lib.be.ib));
+    for (int e = 0; e < lib.n(); ++e) {
+        const auto i = static_cast<std::size_t>(e);
+        out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_be = " << lib.be.n_be(e)
+            << ", n_beac = " << lib.beac.n_be(e) << ", n_nd = " << lib.n_nd(e) << ", n_ttlnd_old = " << lib.n_ttlnd(e)
+            << ", n_rprm_plain = " << lib.n_rprm_plain(e) << ", n_rprm_derived = " << lib.n_rprm_derived(e)
+            << ", flag_allow_ac = " << lib.flag.allow_ac[i] << ", flag_compute_acp = " << lib.flag.compute_acp[i]
+            << ", flag_compute_noisep = " << lib.flag.compute_noisep[i]
+            << ", flag_compute_rparms = " << lib.flag.compute_rparms[i] << '\n';
+        write_entry_lists(out, lib.list, e);
+        write_outputs(out, "ov", lib.ov, e);
+        write_outputs(out, "bias", lib.bias, e);
+        write_outputs(out, "ovac", lib.ovac, e);
+        write_elements(out, word, lib.be, false, e);
+        write_elements(out, word, lib.beac, true, e);
+    }
+}
+
+void write_hebes_dump(std::ostream& out, const std::string& word, const basic_library& lib) {
+    out.precision(10);
+    out << word << "_class\n";
+    write_total(out, "n", lib.n());
+    for (int e = 0; e < lib.n(); ++e) {
+        out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_rprm = " << lib.list.rprm.count(e) << '\n';
+        write_pairs(out, "rprm", lib.list.rprm, e);
+    }
+}
+
+void write_heels_dump(std::ostream& out, const std::string& word, const composite_library& lib,
+                      const basic_library& basic) {
+    out.precision(10);
+    out << word << "_class\n";
+    write_total(out, "n", lib.n());
+    for (int e = 0; e < lib.n(); ++e) {
+        out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_rprm = " << lib.list.rprm.count(e)
+            << ", flag_compute_rparms = " << lib.flag.compute_rparms[static_cast<std::size_t>(e)] << '\n';
+        write_pairs(out, "rprm", lib.list.rprm, e);
+        for (int k = 0; k < lib.be.n_be(e); ++k) {
+            const int row = lib.be.first_be[static_cast<std::size_t>(e)] + k;
+            out << "    be = " << k << ", name = " << basic.list.entry[lib.be.i_be[static_cast<std::size_t>(row)]]
+                << '\n';
+        }
+    }
+}
+
+void write_model_dump(std::ostream& out, const std::string& word, const model_class& models,
+                      const composite_library& lib) {
+    out.precision(10);
+    out << word << "_class\n";
+    write_total(out, "n", models.n());
+    for (int i = 0; i < models.n(); ++i) {
+        const auto k = static_cast<std::size_t>(i);
+        out << "  i = " << i << ", name = " << models.name[k] << ", type = " << lib.list.entry[models.i_lib[k]] << '\n';
+        write_row(out, "iprm", models.iprm, nullptr, i);
+        write_row(out, "sprm", models.sprm, nullptr, i);
+        write_row(out, "rprm", models.rprm, nullptr, i);
+        write_row(out, "sv", models.sv, nullptr, i);
+        write_row(out, "ig", models.ig, nullptr, i);
+    }
+}
+
+void write_basic_dump(const std::string& word, const basic_library& lib) {
+    write_file(word, [&](std::ostream& out) { write_basic_dump(out, word, lib); });
+}
+void write_composite_dump(const std::string& word, const composite_library& lib) {
+    write_file(word, [&](std::ostream& out) { write_composite_dump(out, word, lib); });
+}
+void write_hebes_dump(const std::string& word, const basic_library& lib) {
+    write_file(word, [&](std::ostream& out) { write_hebes_dump(out, word, lib); });
+}
+void write_heels_dump(const std::string& word, const composite_library& lib, const basic_library& basic) {
+    write_file(word, [&](std::ostream& out) { write_heels_dump(out, word, lib, basic); });
+}
+void write_model_dump(const std::string& word, const model_class& models, const composite_library& lib) {
+    write_file(word, [&](std::ostream& out) { write_model_dump(out, word, models, lib); });
+}

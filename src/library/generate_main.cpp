@@ -1,0 +1,172 @@
+// generate_main.cpp -- the build program behind the models: joins element files into libraries, and lets the library
+// reader write the sources of the model functions and their registration.
+//   tarnel_generate <source folder> <library folder> <element file>...
+// The source folder gets .tnlaux/ with the libraries as written, and sub*.cpp, get*.cpp, reg*.cpp beside them. The
+// library folder gets the libraries of the program: the same entries with their source sections replaced by
+// "C: compiled", and the list files.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <set>
+
+#include "library/basic_reader.h"
+#include "library/code_section.h"
+#include "library/composite_reader.h"
+#include "run/halt.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A family's element files, and what they become.
+struct family {
+    const char* suffix;
+    const char* library;  // file of the library
+    const char* list;     // file of the list of names; null: none
+    const char* keyword;  // first word of an entry
+    const library_form* form;  // null: the family has no reader yet
+};
+const family families[] = {
+    {".ebe", "ebes.aux", "ebe_all.lst", "ebe", &ebes_form},
+    {".sse", "ebac.aux", "sse_all.lst", "ebe_ac", &ebac_form},
+    {".gbe", "gbes.aux", "gbe_all.lst", "gbe", nullptr},
+    {".ssg", "gbac.aux", "ssg_all.lst", "gbe_ac", nullptr},
+    {".dbe", "dbes.aux", "dbe_all.lst", "dbe", nullptr},
+    {".xbe", "xbes.aux", "xbe_all.lst", "xbe", nullptr},
+    {".ssx", "xbac.aux", "ssx_all.lst", "xbe_ac", nullptr},
+    {".ece", "eels.aux", "ece_all.lst", "ece", nullptr},
+    {".gce", "gels.aux", "gce_all.lst", "gce", nullptr},
+    {".dce", "dels.aux", nullptr, "dce", nullptr},
+    {".xce", "xels.aux", "xce_all.lst", "xce", nullptr},
+    {".gme", "gmes.aux", nullptr, "gme", nullptr},
+};
+
+// One element file: a single entry of the name of the file.
+struct element_file {
+    std::string name;
+    text_file text;
+    std::vector<std::string> calls;  // composites that it calls
+};
+
+element_file read_element_file(const fs::path& path, const family& f) {
+    element_file file;
+    file.name = path.stem();
+    file.text = open_text_file(path, "tarnel_generate");
+    words w;
+    text_file text = file.text;
+    const bool begun = next_line(text, w);
+    if (!begun || w.size() < 3 || w[0] != f.keyword || w[2] != file.name)
+        halt({line("tarnel_generate: file ", path.string()), line("  must begin with ", f.keyword, " name=", file.name),
+              "  Halting..."});
+    for (const std::string& l : file.text.lines) {
+        const words one = parse_line_2(l);
+        if (one.size() > 1 && one[0].starts_with("call")) file.calls.push_back(one.str(1));
+    }
+    return file;
+}
+
+// By name, but every composite behind those that it calls.
+void order(std::vector<element_file>& files) {
+    std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
+    std::map<std::string, std::size_t> by_name;
+    for (std::size_t i = 0; i < files.size(); ++i)
+        if (!by_name.emplace(files[i].name, i).second)
+            halt({line("tarnel_generate: element ", files[i].name, " has two files. Halting...")});
+    std::vector<std::size_t> sequence;
+    std::vector<char> state(files.size(), 0);  // 1: being entered, 2: entered
+    const auto enter = [&](const auto& self, std::size_t i) -> void {
+        if (state[i] == 2) return;
+        if (state[i] == 1) halt({line("tarnel_generate: ", files[i].name, " calls itself. Halting...")});
+        state[i] = 1;
+        for (const std::string& c : files[i].calls)
+            if (const auto found = by_name.find(c); found != by_name.end()) self(self, found->second);
+        state[i] = 2;
+        sequence.push_back(i);
+    };
+    for (std::size_t i = 0; i < files.size(); ++i) enter(enter, i);
+    std::vector<element_file> ordered;
+    for (const std::size_t i : sequence) ordered.push_back(std::move(files[i]));
+    files = std::move(ordered);
+}
+
+// The text as lines; with `strip` the source sections of basic entries are left out.
+void write_text(std::ostream& out, const text_file& file, const std::string& end_word, bool strip) {
+    bool in_code = false;
+    for (const std::string& l : file.lines) {
+        const std::string_view word = word_first_1(l);
+        if (in_code && word != end_word) continue;
+        in_code = strip && (word == "C:" || word == "fortran:");
+        out << (in_code ? std::string("C: compiled") : l) << '\n';
+    }
+    out << '\n';
+}
+
+std::ofstream open_output(const fs::path& path) {
+    std::ofstream out(path);
+    if (!out) halt({line("tarnel_generate: cannot write ", path.string(), ". Halting...")});
+    return out;
+}
+
+void write_library(const fs::path& path, const family& f, const std::vector<element_file>& files, bool strip) {
+    std::ofstream out = open_output(path);
+    const bool has_sources = f.keyword[1] == 'b';  // basic entries: ebe, gbe, ...; composites have nothing to strip
+    for (const element_file& file : files) write_text(out, file.text, line("end", f.keyword), strip && has_sources);
+}
+
+// A composite and all that it calls, callees first.
+text_file with_callees(const std::vector<element_file>& files, std::size_t i) {
+    std::set<std::string> wanted{files[i].name};
+    text_file text;
+    std::vector<const element_file*> list;
+    for (std::size_t k = i + 1; k-- > 0;)
+        if (wanted.contains(files[k].name)) {
+            wanted.insert(files[k].calls.begin(), files[k].calls.end());
+            list.push_back(&files[k]);
+        }
+    for (auto f = list.rbegin(); f != list.rend(); ++f)
+        text.lines.insert(text.lines.end(), (*f)->text.lines.begin(), (*f)->text.lines.end());
+    return text;
+}
+
+}  // namespace
+
+int main(int n_arg, char** arg) {
+    if (n_arg < 3) {
+        std::cout << "usage: tarnel_generate <source folder> <library folder> <element file>...\n";
+        return 1;
+    }
+    const fs::path sources = fs::path(arg[1]) / ".tnlaux", libraries = arg[2];
+    fs::create_directories(sources);
+    fs::create_directories(libraries);
+
+    basic_library basic, basic_ac;
+    for (const family& f : families) {
+        std::vector<element_file> files;
+        for (int i = 3; i < n_arg; ++i)
+            if (fs::path(arg[i]).extension() == f.suffix) files.push_back(read_element_file(arg[i], f));
+        order(files);
+        write_library(sources / f.library, f, files, false);
+        write_library(libraries / f.library, f, files, true);
+        if (f.list) {
+            std::ofstream list = open_output(libraries / f.list);
+            for (const element_file& file : files) list << '.' << file.name << '\n';
+        }
+        if (f.form) {
+            basic_library lib;
+            read_library(sources / f.library, *f.form, int_T, constants_class{1, 2}, lib);
+            std::ofstream reg = open_output(sources / line("reg", f.form->glue.file_word, ".cpp"));
+            write_registration(reg, *f.form, lib);
+            (f.form == &ebes_form ? basic : basic_ac) = std::move(lib);
+        }
+        // A library of all composites would be larger than a working folder may hold: each is read by itself.
+        if (std::string_view(f.suffix) == ".ece")
+            for (std::size_t i = 0; i < files.size(); ++i) {
+                text_file text = with_callees(files, i);
+                composite_library lib;
+                read_composites(text, eels_form, basic, basic_ac, lib);
+            }
+    }
+    return 0;
+}

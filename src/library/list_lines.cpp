@@ -1,0 +1,42 @@
+#include "library/list_lines.h"
+
+#include "library/limits.h"
+#include "run/halt.h"
+
+namespace {
+void set_default(std::string_view word, const char*, int& value) { value = chr_to_int(word); }
+void set_default(std::string_view word, const char*, double& value) { value = chr_to_double(word); }
+void set_default(std::string_view word, const char* class_name, std::string& value) {
+    check_string(word, class_name);
+    value = word;
+}
+}  // namespace
+
+void check_string(std::string_view word, const char* class_name) {
+    constexpr std::size_t max_string = 50;
+    if (word.size() > max_string)
+        halt({line(class_name, ": nchr_s2=", word.size(), " is too large. Halting..."),
+              "  sparm string is too long."});
+}
+
+void add_names(const words& w, word_list& list) {
+    for (int i = 1; i < w.size(); ++i) list.pool.add(w[i]);
+    list.close_entry();
+}
+
+template <class T> void add_pairs(const words& w, const char* class_name, const char* tag, pair_list<T>& list) {
+    if (w.size() % 2 == 0) halt({line(class_name, ": k_rem is not zero (", tag, "). Halting...")});
+    for (int i = 1; i < w.size(); i += 2) {
+        list.name.pool.add(w[i]);
+        set_default(w[i + 1], class_name, list.dflt.emplace_back());
+    }
+    list.name.close_entry();
+}
+template void add_pairs(const words&, const char*, const char*, pair_list<int>&);
+template void add_pairs(const words&, const char*, const char*, pair_list<double>&);
+template void add_pairs(const words&, const char*, const char*, pair_list<std::string>&);
+
+void check_pool(const words& pool, const char* class_name, const char* tag, int max_words, int max_chars) {
+    check_limit(pool.size(), max_words, line(class_name, ": n_ttl", tag, " is too large!"));
+    check_limit(pool.n_chr(), max_chars, line(class_name, ": n_ttl", tag, "chr is too large!"));
+}

@@ -1,0 +1,45 @@
+// registration.h -- from the name of an element to its compiled function.
+#pragma once
+#include <complex>
+#include <string_view>
+
+struct flags_class;
+struct dp_class;
+struct math_cnst_class;
+struct ebes1_class;
+struct ebac1_class;
+
+// A model of an electrical element. Arrays are slices of the unit tables; see docs/models.md for who writes what.
+using ebe_function = void (*)(const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
+                              double* v, double* vind, double* curind, double* aux, double* vr, double* xvr,
+                              double* auxs, double* locv, double* v_new, double* aux_new, double* auxs_new, int* dvar,
+                              double* f, ebes1_class* jac, flags_class* flags, dp_class* dp,
+                              math_cnst_class* math_cnst);
+
+struct ebe_registration {
+    std::string_view name;
+    ebe_function function;
+};
+
+// All electrical elements of this build; written by the build from the element files.
+extern const ebe_registration ebe_registrations[];
+extern const int n_ebe_registrations;
+
+ebe_function find_ebe(std::string_view name);  // null if there is no such model
+
+// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point, or
+// null.
+using ebe_ac_function = void (*)(const int i_ebau, int* iparm, char** sparm, double freq, double* rparm,
+                                 std::complex<double>* v, std::complex<double>* vind, std::complex<double>* curind,
+                                 std::complex<double>* aux, std::complex<double>* vr, std::complex<double>* f,
+                                 ebac1_class* jac, ebes1_class* ebe_jac, flags_class* flags, dp_class* dp,
+                                 math_cnst_class* math_cnst);
+
+struct ebe_ac_registration {
+    std::string_view name;
+    ebe_ac_function function;
+};
+extern const ebe_ac_registration ebe_ac_registrations[];
+extern const int n_ebe_ac_registrations;
+
+ebe_ac_function find_ebe_ac(std::string_view name);  // null if there is no such model
