@@ -1,0 +1,8 @@
+// assign_ov.h -- present values of output variables.
+#pragma once
+#include "blocks/solve_class.h"
+
+// Value of one column. False when the variable cannot be read in an analog row: digital kinds, kinds of families that
+// the circuit does not have, results of post-processing. Halts when a small-signal variable has no phase or magnitude
+// word, or another variable has one.
+bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, double& value);
