@@ -1,0 +1,110 @@
+#include "analyses/dc.h"
+
+#include "analyses/evaluate.h"
+#include "analyses/newton.h"
+#include "analyses/solution_vector.h"
+#include "blocks/directives.h"
+#include "output/solution_file.h"
+#include "run/halt.h"
+#include "run/numeric.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+// Guesses of the units go back to the node values and to aux, in table order, so that the later unit wins; the
+// reference is never written.
+void ebe_init_guess(run_state& r) {
+    ebeu_class& u = r.c.ebeu;
+    for (int k = 0; k < u.n(); ++k) {
+        get_ebe(r, k);
+        if (r.c.lib.ebes.list.ig.count(u.unit.i_lib[at(k)]) == 0) continue;
+        for (int s = u.nd.first[at(k)]; s < u.nd.first[at(k) + 1]; ++s)
+            if (u.nd.data[at(s)] != u.ref_nd) u.val_nd[at(u.nd.data[at(s)])] = u.nodev[at(s)];
+    }
+}
+
+double start_time(const run_state& r) {
+    if (r.slv.startup) return r.slv.t_startup;
+    if (r.slv.dc) return r.slv.t_dc;
+    return r.flags.t_start;
+}
+}  // namespace
+
+void init_guess(run_state& r) {
+    r.flags.init_flags();
+    r.flags.init_guess = 1;
+    clear_solvec(r);
+    std::fill(r.c.ebeu.dvar.begin(), r.c.ebeu.dvar.end(), 2);
+    r.flags.time_given = start_time(r);
+    ebe_init_guess(r);
+    r.flags.init_flags();
+}
+
+void init_sol(run_state& r) {
+    if (r.slv.init_previous) {
+        if (!r.slv.flag_prev_solution_exists)
+            halt({"init_sol: previous solution does not exist?", "   check initial_sol statement. Halting..."});
+    } else {
+        clear_solvec(r);
+        if (r.slv.init_file) {
+            read_solution(r.slv, r.c, r.flags);
+        } else {
+            set_ig(r.slv, r.c);
+            set_dig(r.slv, r.c);
+            init_guess(r);
+        }
+    }
+    form_solvec(r);
+}
+
+void gmin_step_dc_1(run_state& r) {
+    solve_class& slv = r.slv;
+    slv.l_gmin_done = 0;
+    ++slv.n_gmin_total;
+    if (slv.gmin_init) clear_solvec(r);
+    newton_limits limits;
+    limits.itmax = slv.gmin_itmax_newton;
+    limits.damped = slv.gmin_dmp != 0;
+    limits.dmp_k = slv.gmin_dmp_k;
+    limits.dmp_max = slv.gmin_dmp_newt_max;
+    limits.who = "gmin_step_dc_1";
+    for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
+        slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
+        say(line("gmin_step_dc_1: iter_gmin=", slv.iter_gmin, ", gmin_present=", slv.gmin_present));
+        r.flags.gmin = slv.gmin_present;
+        limits.fix_order = slv.iter_gmin == 0;
+        newton_dc(r, limits);
+        if (!slv.l_converged)
+            halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
+    }
+    r.flags.newton_first = 0;
+    slv.l_converged = 1;
+    slv.l_gmin_done = 1;
+    slv.iter_gmin = -1;
+}
+
+void solve_dc(run_state& r) {
+    solve_class& slv = r.slv;
+    r.flags.init_flags();
+    r.flags.time_given = slv.t_dc;
+    if (r.c.cct.flag_solve_analog && r.c.ebeu.n() > 0) {
+        if (slv.flag_linear) {
+            solve_linear_dc(r);
+            slv.l_converged = 1;
+        } else {
+            solve_newton_dc(r);
+            if (!slv.l_converged && slv.flag_vary_auto && slv.automatic.step_now > slv.automatic.step_min) return;
+            if (!slv.l_converged && slv.gmin_step) {
+                gmin_step_dc_1(r);
+            } else if (!slv.l_converged) {
+                if (slv.flag_vary_auto)
+                    halt({"solve_dc: did not converge even with the", "   smallest auto step."});
+                halt({"solve_dc: N-R did not converge.", "   Halting..."});
+            }
+        }
+    }
+    ebce_form_arrays(r);
+    find_ebe_cur_dc(r);
+    ebce_ov_prm(r);
+    r.flags.init_flags();
+}

@@ -1,0 +1,15 @@
+// dc.h -- where a solve starts from, one dc point, and the stepping that helps Newton.
+#pragma once
+#include "analyses/run_state.h"
+
+// The start of a block: from a file, from guesses, or from what the block before left.
+void init_sol(run_state& r);
+// Asks every unit for its first guess.
+void init_guess(run_state& r);
+
+// Newton along a falling conductance across the junctions; a failure stops the run.
+void gmin_step_dc_1(run_state& r);
+
+// One dc point, with terminal currents and output parameters at its end. Leaves without them and without a row when an
+// automatic sweep may still try a smaller step: l_converged is then 0.
+void solve_dc(run_state& r);

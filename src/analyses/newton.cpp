@@ -1,0 +1,141 @@
+#include "analyses/newton.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "analyses/convergence.h"
+#include "analyses/evaluate.h"
+#include "analyses/solution_vector.h"
+#include "run/halt.h"
+#include "run/numeric.h"
+#include "sparse/knuth_write.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+bool first_point(const solve_class& slv) { return slv.i_sync <= 0 && slv.i_sweep <= 0; }
+
+void negate(std::vector<double>& v) {
+    for (double& x : v) x = -x;
+}
+
+// The system as it stands before a solve, under names that tell the analysis.
+void write_system(const run_state& r, const std::string& tail) {
+    knuth<double> m = r.mat.m;
+    m.val = r.mat.val_m;
+    mat_write_knuthij1(m, "mat_" + tail);
+    vector_write(r.mat.n_svec, r.mat.rhs_m.data(), "rhs_" + tail);
+}
+
+// A deliberate stop: the step of the chosen solve is on the disk.
+[[noreturn]] void write_step_and_stop(const run_state& r, const std::string& name, const std::string& title) {
+    std::ofstream file(name);
+    file.precision(10);
+    file << title << '\n';
+    for (double x : r.mat.delsvec) file << x << '\n';
+    file.close();
+    halt({line("stopped as wrt_debug_smat asks, behind writing ", name)});
+}
+
+// Assembly is done, rhs_m holds F. Leaves the step in delsvec and -F in rhs_m.
+void solve_for_step(run_state& r, bool fix_order) {
+    mat_class& mat = r.mat;
+    negate(mat.rhs_m);
+    if (fix_order) solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 0, 1, 2, 0, 0);
+    solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 1, 0, 0, 1, 3);
+    ++r.flags.n_solve_lin;
+    std::copy(mat.e.sol_w.begin(), mat.e.sol_w.end(), mat.delsvec.begin());
+}
+
+// Halves the step until the residual is not above that at the start; false when the trials are used up. svec stays at
+// the start, delsvec is the accepted step. rhs_m is left as the last trial's, un-negated.
+bool line_search(run_state& r) {
+    mat_class& mat = r.mat;
+    mat.svec_ls = mat.svec;
+    double norm_0 = 0.0, alpha = 1.0;
+    norm_2_avg(mat.n_svec, mat.rhs_m.data(), norm_0);
+    bool accepted = false;
+    for (int count = 0; count < r.slv.itmax_line_search && !accepted; ++count) {
+        for (int i = 0; i < mat.n_svec; ++i) {
+            mat.delsvec_ls[at(i)] = alpha * mat.delsvec[at(i)];
+            mat.svec[at(i)] = mat.svec_ls[at(i)] + mat.delsvec_ls[at(i)];
+        }
+        dcmp_solvec(r);
+        form_jac_rhs_dc(r, true);
+        double norm_1 = 0.0;
+        norm_2_avg(mat.n_svec, mat.rhs_m.data(), norm_1);
+        accepted = norm_1 <= norm_0;
+        if (!accepted) alpha *= 0.5;
+    }
+    mat.svec = mat.svec_ls;
+    if (accepted)
+        for (double& x : mat.delsvec) x = alpha * x;
+    return accepted;
+}
+}  // namespace
+
+void newton_dc(run_state& r, const newton_limits& limits) {
+    mat_class& mat = r.mat;
+    solve_class& slv = r.slv;
+    slv.l_converged = 0;
+    for (slv.iter_newton = 0; slv.iter_newton < limits.itmax; ++slv.iter_newton) {
+        r.flags.newton_first = slv.iter_newton == 0 ? 1 : 0;
+        form_jac_rhs_dc(r, false);
+        const bool debug_now = slv.wrt_debug_smat && slv.iter_newton == slv.iter_debug_newton - 1;
+        if (slv.wrt_debug_smat) say(line(limits.who, ": flag_wrt_debug_smat = T"));
+        if (debug_now) {
+            say(line(limits.who, ": writing to smat_dc_newt.dat, iter_newton = ", slv.iter_newton));
+            write_system(r, "dc_newt.dat");
+            vector_write(mat.n_svec, mat.svec.data(), "svec_dc_newt.dat");
+        }
+        solve_for_step(r, limits.fix_order && slv.iter_newton == 0);
+        if (debug_now) write_step_and_stop(r, "delx_dc_newt.dat", line(limits.who, ": delsvec"));
+        if (limits.line_search) {
+            if (!line_search(r)) break;
+        } else if (limits.damped && slv.iter_newton <= limits.dmp_max) {
+            for (double& x : mat.delsvec) x *= limits.dmp_k;
+        }
+        update_sol_1(r);
+        if (has_nan(mat.svec)) {
+            say(line(limits.who, ": NaN found!"));
+            break;
+        }
+        dcmp_solvec(r);
+        check_convergence(mat, r.flags, slv);
+        if (slv.l_norm_too_large) {
+            say(line(limits.who, ": norm too large."));
+            slv.l_converged = 0;
+            break;
+        }
+        if (slv.l_converged) {
+            if (r.c.cct.flag_save_history) save_history(r);
+            break;
+        }
+        if (slv.chk_spice) mat.svec_old = mat.svec;
+    }
+    r.flags.newton_first = 0;
+}
+
+void solve_newton_dc(run_state& r) {
+    get_dmp(r.slv);
+    newton_limits limits;
+    limits.itmax = r.slv.itmax_newton_now;
+    limits.damped = r.slv.dmp_now != 0;
+    limits.dmp_k = r.slv.dmp_k_now;
+    limits.dmp_max = r.slv.dmp_newt_max_now;
+    limits.line_search = r.slv.nr_line_search != 0;
+    limits.fix_order = first_point(r.slv);
+    limits.who = "solve_newton_dc";
+    newton_dc(r, limits);
+}
+
+void solve_linear_dc(run_state& r) {
+    mat_class& mat = r.mat;
+    form_jac_rhs_dc(r, false);
+    if (r.slv.wrt_debug_smat) write_system(r, "dc.dat");
+    solve_for_step(r, first_point(r.slv));
+    if (r.slv.wrt_debug_smat) write_step_and_stop(r, "delx_dc.dat", "solve_linear_dc: delsvec");
+    for (std::size_t i = 0; i < mat.svec.size(); ++i) mat.svec[i] += mat.delsvec[i];
+    dcmp_solvec(r);
+    if (r.c.cct.flag_save_history) save_history(r);
+}

@@ -1,0 +1,51 @@
+// run_state.h -- everything that a run solves with: the circuit, the system, the settings of the present solve block.
+#pragma once
+#include <vector>
+
+#include "analyses/mat_class.h"
+#include "blocks/solve_class.h"
+#include "elaborate/circuit.h"
+#include "library/ebes1_class.h"
+#include "models/dp_class.h"
+#include "models/registration.h"
+#include "run/flags_class.h"
+#include "run/math_cnst_class.h"
+
+// One call of a model with the pointers to its unit's slices resolved.
+struct ebe_call {
+    ebe_function function = nullptr;  // null: no such model; the call does nothing
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
+    double *v = nullptr, *vind = nullptr, *curind = nullptr, *aux = nullptr, *vr = nullptr, *xvr = nullptr,
+           *auxs = nullptr, *locv = nullptr;
+    double *v_new = nullptr, *aux_new = nullptr, *auxs_new = nullptr;
+    int* dvar = nullptr;
+    double* f = nullptr;
+    ebes1_class* jac = nullptr;
+};
+
+struct run_state {
+    circuit& c;
+    mat_class mat;
+    solve_class slv;
+    flags_class flags;
+    dp_class dp;
+    math_cnst_class math_cnst;
+    std::vector<ebes1_class> ebes1;  // [templates, at least 1]
+    std::vector<ebe_call> ebe;       // [electrical units]
+
+    explicit run_state(circuit& elaborated) : c(elaborated) {}
+};
+
+// Calls the model of electrical unit u; what it does is asked by r.flags.
+inline void get_ebe(run_state& r, int u) {
+    const ebe_call& k = r.ebe[static_cast<std::size_t>(u)];
+    if (!k.function) return;
+    k.function(u, k.iparm, k.sparm, k.rparm, k.stparm, k.igparm, k.v, k.vind, k.curind, k.aux, k.vr, k.xvr, k.auxs,
+               k.locv, k.v_new, k.aux_new, k.auxs_new, k.dvar, k.f, k.jac, &r.flags, &r.dp, &r.math_cnst);
+}
+
+// Looks up the model of every template in use by its name and resolves the units' slices. A template with functions but
+// without a model is told once; its units then give zeros.
+void bind_models(run_state& r);

@@ -1,0 +1,183 @@
+#include "run/driver.h"
+
+#include <tuple>
+#include <vector>
+
+#include "analyses/dc.h"
+#include "analyses/evaluate.h"
+#include "analyses/run_state.h"
+#include "analyses/sweep.h"
+#include "blocks/directives.h"
+#include "deck/dumps.h"
+#include "elaborate/dumps.h"
+#include "library/dumps.h"
+#include "library/empty_library.h"
+#include "output/parms_file.h"
+#include "output/row_writers.h"
+#include "output/solution_file.h"
+#include "run/halt.h"
+#include "run/list_file.h"
+
+namespace {
+// Families whose elements this program does not have yet: their files must be there, without entries.
+void read_libraries(circuit& c, const constants_class& constants) {
+    auto pending = [](const char* file, const char* name) {
+        check_empty_library(std::string(".tnlaux/") + file, name);
+    };
+    c.lib.ebes = read_ebes(int_F, constants);
+    pending("gbes.aux", "gbes_class");
+    c.lib.ebac = read_ebac(int_F, constants);
+    for (const char* f : {"gbac", "dbes", "xbes", "xbac"})
+        pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
+    c.lib.eels = read_eels(c.lib.ebes, c.lib.ebac);
+    for (const char* f : {"gels", "dels", "xels", "gmes"})
+        pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
+}
+
+void write_library_dumps(const output_flags& on, const libraries& lib) {
+    const std::tuple<bool, const char*, const basic_library*> basic[] = {
+        {on.ebes, "ebes", &lib.ebes}, {on.gbes, "gbes", &lib.gbes}, {on.ebac, "ebac", &lib.ebac},
+        {on.gbac, "gbac", &lib.gbac}, {on.dbes, "dbes", &lib.dbes}, {on.xbes, "xbes", &lib.xbes},
+        {on.xbac, "xbac", &lib.xbac}};
+    for (const auto& [wanted, word, library] : basic)
+        if (wanted) write_basic_dump(word, *library);
+    const std::tuple<bool, const char*, const composite_library*> composites[] = {
+        {on.eels, "eels", &lib.eels}, {on.gels, "gels", &lib.gels}, {on.xels, "xels", &lib.xels},
+        {on.dels, "dels", &lib.dels}};
+    for (const auto& [wanted, word, library] : composites)
+        if (wanted) write_composite_dump(word, *library);
+    if (on.hebes) write_hebes_dump("hebes", lib.ebes);
+    if (on.heels) write_heels_dump("heels", lib.eels, lib.ebes);
+    if (on.hebes_ac) write_hebes_dump("hebes_ac", lib.ebac);
+    if (on.gmes) write_composite_dump("gmes", lib.gmes);
+}
+
+void write_model_dumps(const output_flags& on, const circuit& c) {
+    if (on.ecem) write_model_dump("ecem", c.ecem, c.lib.eels);
+    if (on.gcem) write_model_dump("gcem", c.gcem, c.lib.gels);
+    if (on.dcem) write_model_dump("dcem", c.dcem, c.lib.dels);
+    if (on.xcem) write_model_dump("xcem", c.xcem, c.lib.xels);
+    if (on.gmem) write_model_dump("gmem", c.gmem, c.lib.gmes);
+}
+
+void read_models_of_deck(circuit& c) {
+    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
+    c.gcem = read_models(c.cf, c.gprm, c.lib.gels, gcem_form);
+    c.dcem = read_models(c.cf, c.gprm, c.lib.dels, dcem_form);
+    c.gmem = read_models(c.cf, c.gprm, c.lib.gmes, gmem_form);
+    c.xcem = read_models(c.cf, c.gprm, c.lib.xels, xcem_form);
+}
+
+// Global numbers of all library entries, in the order in which a faulty list is to show.
+void read_lists(const libraries& lib, flags_class& flags) {
+    flags.map_global_ece = make_chrarray_5("ece", ".tnlaux/ece_all.lst", lib.eels.list.entry);
+    flags.map_global_gce = make_chrarray_5("gce", ".tnlaux/gce_all.lst", lib.gels.list.entry);
+    flags.map_global_xce = make_chrarray_5("xce", ".tnlaux/xce_all.lst", lib.xels.list.entry);
+    flags.map_global_dbe = make_chrarray_5("dbe", ".tnlaux/dbe_all.lst", lib.dbes.list.entry);
+    flags.map_global_ebe = make_chrarray_5("ebe", ".tnlaux/ebe_all.lst", lib.ebes.list.entry);
+    flags.map_global_gbe = make_chrarray_5("gbe", ".tnlaux/gbe_all.lst", lib.gbes.list.entry);
+    flags.map_global_xbe = make_chrarray_5("xbe", ".tnlaux/xbe_all.lst", lib.xbes.list.entry);
+    flags.map_global_sse = make_chrarray_5("sse", ".tnlaux/sse_all.lst", lib.ebac.list.entry);
+    flags.map_global_ssg = make_chrarray_5("ssg", ".tnlaux/ssg_all.lst", lib.gbac.list.entry);
+    flags.map_global_ssx = make_chrarray_5("ssx", ".tnlaux/ssx_all.lst", lib.xbac.list.entry);
+}
+
+void check_circuit_leftovers(const circuit_file& cf) {
+    const int i = cf.first_unclaimed(cf.n_begin_cct, cf.n_end_cct);
+    if (i >= 0)
+        halt({"ccmain: illegal statement in circuit section?",
+              line("  Check line starting with: ", cf.text.word(i, 0))});
+}
+
+void check_solve_leftovers(const circuit_file& cf, int index) {
+    const std::size_t b = static_cast<std::size_t>(index);
+    const int i = cf.first_unclaimed(cf.n_begin_solve[b], cf.n_end_solve[b]);
+    if (i >= 0)
+        halt({"main: illegal statement in a solve section?", line("  Check solve section number ", index),
+              line("  Check line starting with: ", cf.text.word(i, 0)), "  Halting..."});
+}
+
+void check_available(const solve_class& slv) {
+    for (const auto& [on, word] : {std::pair{slv.trns, "trns"}, std::pair{slv.startup, "startup"},
+                                   std::pair{slv.ssw, "ssw"}, std::pair{slv.ac, "ac"}})
+        if (on) halt({line("main: solve_type ", word, " is not available in this version."), "  Halting..."});
+}
+
+void run_block(run_state& r, int index) {
+    solve_class& slv = r.slv;
+    circuit& c = r.c;
+    const bool debug = c.cf.output.debug;
+    slv.n_gmin_total = 0;
+    slv.index_solve = index;
+    r.flags.n_solve_lin = r.flags.n_newton = r.flags.n_steps = 0;
+    slv.i_vary_last = slv.i_sync_last = -1;
+    if (debug) say(line("main: index_solve = ", index));
+    r.flags.init_flags();
+    method_default(slv, c, r.flags);
+    if (debug) say("main: calling slv.set_values");
+    set_values(slv, index, c, r.flags);
+    if (debug) say("main: slv.set_values done");
+    r.flags.gmin = slv.gmin_end;
+    r.flags.flag_debug_int = slv.flag_debug_int;
+    r.mat.e.zero_piv = slv.zero_piv;
+    r.mat.e.gauss_epsln = slv.gauss_epsln;
+    r.mat.e.debug_gauss_1 = slv.debug_gauss_1;
+    r.mat.e.debug_gauss_2 = slv.debug_gauss_2;
+    check_solve_leftovers(c.cf, index);
+    check_available(slv);
+    if (slv.dc) {
+        define_offs_solvec_dc(r.mat, c);
+        define_method_type(slv, c.cct);
+    }
+    open_out_files(slv);
+    if (!slv.set_parm.empty()) r.flags.set_parm = 1;
+    set_parm(slv, c);
+    one_time_parms(r);
+    r.flags.set_parm = 0;
+    if (debug) say("main: one_time_parms done");
+    if (slv.dc) {
+        init_sol(r);
+        set_mat_dc(r.mat, c, r.ebes1);
+        run_dc_sweeps(r);
+        if (slv.i_file_solution >= 0) {
+            ebce_form_arrays(r);
+            find_ebe_cur_dc(r);
+            write_solution(slv, c, r.flags);
+        }
+    }
+    if (slv.i_file_parms >= 0) write_parms(slv, c);
+    close_out_files(slv);
+    slv.previous_solve_type = slv.solve_type;
+    if (slv.dc) slv.flag_prev_solution_exists = int_T;
+    if (slv.gmin_step && slv.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.n_gmin_total));
+    delete_arrays(slv);
+}
+}  // namespace
+
+void run_tarnel() {
+    circuit c;
+    c.cf = read_circuit_file(".tnlaux/cct.in");
+    const constants_class constants;
+    if (c.cf.output.input) write_input_dat(c.cf);
+    read_libraries(c, constants);
+    write_library_dumps(c.cf.output, c.lib);
+    c.gprm = read_gprm(c.cf);
+    if (c.cf.output.glbl) write_glbl_dat(c.gprm);
+    run_state r(c);
+    read_models_of_deck(c);
+    write_model_dumps(c.cf.output, c);
+    c.ov = read_ov(c.cf, c.gprm);
+    read_lists(c.lib, r.flags);
+    c.tmpdim = read_tmpdim("tmpdim.in");
+    elaborate(c);
+    write_circuit_dumps(c);
+    check_circuit_leftovers(c.cf);
+    classify(c);
+    bind_models(r);
+    one_time_parms(r);
+    check_linear(c);
+    check_one_time(c);
+    allocate_system(r.mat, c);
+    for (int index = 0; index < c.cf.n_solve; ++index) run_block(r, index);
+    say("TARNEL: Program completed.");
+}

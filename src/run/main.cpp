@@ -1,0 +1,12 @@
+#include <iostream>
+
+#include "run/driver.h"
+#include "run/halt.h"
+
+int main() {
+    std::ios::sync_with_stdio(false);
+    std::cout.precision(10);
+    run_tarnel();
+    flush_all();
+    return 0;
+}
