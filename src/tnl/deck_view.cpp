@@ -1,0 +1,127 @@
+#include "tnl/deck_view.h"
+
+#include <algorithm>
+
+#include "run/text_file.h"
+#include "tnl/library_split.h"
+
+namespace cli {
+
+deck_view view_deck(std::string path, std::string text) {
+    deck_view deck;
+    deck.path = std::move(path);
+    deck.text = std::move(text);
+    try {
+        deck.statements = file_chr_of(deck.text);
+        deck.lines = text_file_of(deck.text).lines;
+        deck.readable = true;
+    } catch (...) {  // whatever this program's halt throws
+        deck.statements = {};
+    }
+    return deck;
+}
+
+namespace {
+
+int find_from(const deck_view& deck, int start, int end, std::string_view word) {
+    for (int i = start; i < end; ++i)
+        if (deck.statements.begins(i, word)) return i;
+    return -1;
+}
+
+int end_of_deck(const deck_view& deck) {
+    const int n = deck.statements.n_lines(), end = find_from(deck, 0, n, "end_cf");
+    return end < 0 ? n : end;
+}
+
+}  // namespace
+
+statement_range circuit_range(const deck_view& deck) {
+    const int n = end_of_deck(deck), begin = find_from(deck, 0, n, "begin_circuit");
+    if (begin < 0) return {};
+    const int end = find_from(deck, begin, n, "end_circuit");
+    return {begin + 1, end < 0 ? n : end};
+}
+
+std::vector<statement_range> solve_ranges(const deck_view& deck) {
+    std::vector<statement_range> ranges;
+    const int n = end_of_deck(deck);
+    for (int begin = find_from(deck, circuit_range(deck).end, n, "begin_solve"); begin >= 0;) {
+        const int end = find_from(deck, begin, n, "end_solve");
+        ranges.push_back({begin + 1, end < 0 ? n : end});
+        begin = end < 0 ? -1 : find_from(deck, end, n, "begin_solve");
+    }
+    return ranges;
+}
+
+bool is_element_word(std::string_view word) { return find_library(&library_form::statement, word) >= 0; }
+
+bool is_placeholder(std::string_view type) {
+    for (std::string_view w :
+         {"connector_e", "ground_dummy", "connector_d", "connector_g", "connector_x", "e_ground_dummy"})
+        if (w == type) return true;
+    return false;
+}
+
+std::string value_of(const deck_view& deck, int i_statement, std::string_view key, int first) {
+    const file_chr& f = deck.statements;
+    for (int j = first; j + 1 < f.n_words(i_statement); j += 2)
+        if (f.word(i_statement, j) == key) return std::string(f.word(i_statement, j + 1));
+    return {};
+}
+
+std::vector<row_file> row_files(const deck_view& deck) {
+    std::vector<row_file> files;
+    const file_chr& f = deck.statements;
+    for (const statement_range& block : solve_ranges(deck)) {
+        const int type = find_from(deck, block.begin, block.end, "solve_type");
+        const std::string_view kind = type >= 0 && f.n_words(type) > 1 ? f.word(type, 1) : std::string_view();
+        for (int i = block.begin; i < block.end; ++i) {
+            if (!f.begins(i, "filename") || f.n_words(i) < 2) continue;
+            row_file file{std::string(f.word(i, 1)), {}, i, true};
+            if (kind == "trns" || kind == "ssw") file.columns.push_back("time");
+            if (kind == "ac") file.columns.push_back("frequency");
+            const int end = find_from(deck, i, block.end, "end_output");
+            for (int v = i; v < (end < 0 ? block.end : end); ++v) {
+                if (!f.begins(v, "variables:")) continue;
+                for (int j = 1; j < f.n_words(v); ++j) {
+                    const std::string word(f.word(v, j));
+                    if (word == "solution" || word == "solution_ac" || word == "parms") file.rows = false;
+                    file.columns.push_back(word);
+                }
+            }
+            const auto same = [&](const row_file& other) { return other.path == file.path; };
+            if (std::none_of(files.begin(), files.end(), same)) files.push_back(std::move(file));
+        }
+    }
+    return files;
+}
+
+std::string title_of(const deck_view& deck) {
+    std::string title;
+    if (deck.statements.n_lines() > 0 && deck.statements.begins(0, "title:"))
+        for (int j = 1; j < deck.statements.n_words(0); ++j)
+            title += (j > 1 ? " " : "") + std::string(deck.statements.word(0, j));
+    return title;
+}
+
+std::string place_of(const deck_view& deck, int i_statement) {
+    const file_chr& f = deck.statements;
+    const int line = f.physical[file_chr::at(i_statement)];
+    std::string text = deck.lines[file_chr::at(line - 1)];
+    const std::size_t a = text.find_first_not_of(" \t");
+    text.erase(0, a == std::string::npos ? text.size() : a);
+    const bool whole = parse_line_2(text).size() == f.n_words(i_statement);
+    constexpr std::size_t widest = 100;
+    if (text.size() > widest) {
+        text.resize(widest);
+        text += " ...";
+    } else if (!whole) {
+        text += " ...";
+    }
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
+    return deck.path + ":" + std::to_string(line) + ": " + text;
+}
+
+}  // namespace cli

@@ -1,0 +1,124 @@
+#include "tnl/demo.h"
+
+#include <cstdio>
+#include <filesystem>
+
+#include "tnl/rows.h"
+#include "tnl/run_folder.h"
+
+namespace cli {
+
+namespace {
+
+constexpr std::string_view bridge = R"(title: transfer curve of a diode bridge
+# The source floats between a and b; two diodes conduct at a time, so the load sees |vin| less two diode drops.
+begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=a n=b vdc=0
+eelement name=D1 type=diode p=a n=out
+eelement name=D2 type=diode p=b n=out
+eelement name=D3 type=diode p=0 n=a
+eelement name=D4 type=diode p=0 n=b
+eelement name=RL type=r p=out n=0 r=1k
+outvar: vout=nodev_of_out
+end_circuit
+begin_solve
+solve_type dc
+vary_parm vdc_of_V1 from -5 to 5 type linear n_points 101
+begin_output
+filename bridge.dat
+variables: vdc_of_V1 vout
+end_output
+end_solve
+end_cf
+)";
+
+constexpr std::string_view network = R"(title: a loaded potentiometer
+# 10 V across 1 kOhm, the wiper at a; three loads from the wiper to ground bend the straight line.
+begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=in n=0 vdc=10
+eelement name=P1 type=r_pot p=0 w=out n=in r=1k a=0.5
+eelement name=RL type=r p=out n=0 r=1k
+outvar: vout=nodev_of_out
+end_circuit
+begin_solve
+solve_type dc
+vary_parm r_of_RL type table 100k 1k 200
+vary_parm a_of_P1 from 0.01 to 0.99 type linear n_points 50
+begin_output
+filename network.dat
+variables: a_of_P1 vout
+end_output
+end_solve
+end_cf
+)";
+
+// The first column against the others.
+plot plot_of(const demo_deck& deck, const std::string& title, const std::vector<curve>& curves) {
+    plot p{title, std::string(deck.x_label), std::string(deck.y_label), {}};
+    if (curves.empty() || curves[0].empty()) return p;
+    const std::size_t n_columns = curves[0][0].size();
+    for (const curve& one : curves)
+        for (std::size_t j = 1; j < n_columns; ++j) {
+            plot_series s;
+            const std::size_t k = p.series.size();
+            s.name = k < deck.series.size() ? deck.series[k] : "c" + std::to_string(j + 1);
+            for (const row& r : one)
+                if (r.size() == n_columns) {
+                    s.x.push_back(r[0]);
+                    s.y.push_back(r[j]);
+                }
+            p.series.push_back(std::move(s));
+        }
+    return p;
+}
+
+}  // namespace
+
+const std::vector<demo_deck>& demo_decks() {
+    static const std::vector<demo_deck> decks = {
+        {"bridge",
+         "a diode bridge with a load of 1 kOhm, its source swept from -5 V to 5 V",
+         bridge,
+         "source voltage, V",
+         "load voltage, V",
+         {"vout"}},
+        {"network",
+         "a potentiometer of 1 kOhm at 10 V, its wiper moved from end to end under three loads",
+         network,
+         "position of the wiper",
+         "output voltage, V",
+         {"load 100k", "load 1k", "load 200"}},
+    };
+    return decks;
+}
+
+int run_demo(const std::string& folder, const installation& where, const terminal& t) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (!fs::create_directories(folder, error) && error)
+        throw file_error("cannot make " + folder + ": " + error.message());
+    for (const demo_deck& deck : demo_decks()) {
+        const std::string base = folder + "/" + std::string(deck.name);
+        write_file(base + ".in", std::string(deck.text));
+        std::printf("%s%s\n\n  tnl run %s.in\n\n", &deck == &demo_decks().front() ? "" : "\n",
+                    std::string(deck.says).c_str(), base.c_str());
+        const run_result run = run_deck({base + ".in", "", false}, where);
+        if (run.status != good) return run.status;
+
+        const row_file file = row_files(run.deck).at(0);
+        const std::string rows = (run.folder / file.path).string();
+        const std::vector<curve> curves = read_rows(read_file(rows));
+        const plot p = plot_of(deck, title_of(run.deck), curves);
+        const std::string picture = base + ".svg";
+        write_file(picture, draw_svg(p));
+        const std::string table = format_rows(file.columns, curves, curves.size() > 1 ? 4 : 11);
+        std::printf("\n%s\n%s\nrows     %s\npicture  %s\n", table.c_str(), draw_in_terminal(p, t).c_str(), rows.c_str(),
+                    picture.c_str());
+        std::fflush(stdout);
+    }
+    return good;
+}
+
+}  // namespace cli

@@ -1,0 +1,40 @@
+// installed.h -- the installed libraries, and which of their entries a deck needs.
+#pragma once
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tnl/deck_view.h"
+#include "tnl/library_split.h"
+
+namespace cli {
+
+struct installed_library {
+    std::vector<library_entry> entries;                // in file order
+    std::map<std::string, int, std::less<>> position;  // of each name; the first of two equal names
+};
+struct installed_libraries {
+    installed_library library[n_libraries];
+    std::string list[10];  // text of each list file
+};
+// A file that the folder lacks counts as empty.
+installed_libraries read_installed(const std::filesystem::path& share);
+
+struct unknown_type {
+    int i_statement;
+    int library;
+    std::string type;
+};
+struct deck_needs {
+    std::vector<int> entries[n_libraries];  // positions, callee before caller
+    std::vector<unknown_type> unknown;      // element and model statements whose type is not installed
+    std::vector<std::string> files;         // words of the deck that may name a file to read
+};
+// Follows the type words of element and model statements through the composites.
+deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries);
+
+// Names of a library that look like this one, the nearest first, at most five.
+std::vector<std::string> near_names(const installed_library& library, std::string_view name);
+
+}  // namespace cli

@@ -1,0 +1,69 @@
+#!/bin/sh
+# The program tnl from outside: statuses, files, and where its text goes. Arguments: the program, a folder to work in, the
+# folder of the source tree.
+set -u
+tnl=$1
+work=$2
+source=$3
+rm -rf "$work"
+mkdir -p "$work/decks"
+cd "$work" || exit 1
+faults=0
+
+expect() { # what, wanted, got
+    if [ "$2" != "$3" ]; then
+        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
+        faults=$((faults + 1))
+    fi
+}
+status_of() { # command...
+    "$@" >out.txt 2>err.txt </dev/null
+    echo $?
+}
+
+expect 'version' 0 "$(status_of "$tnl" --version)"
+expect 'help' 0 "$(status_of "$tnl" --help)"
+expect 'no command is wrong usage' 2 "$(status_of "$tnl")"
+expect 'an unknown command is wrong usage' 2 "$(status_of "$tnl" fly)"
+expect 'a run needs a deck' 2 "$(status_of "$tnl" run)"
+
+expect 'a missing deck' 5 "$(status_of "$tnl" run nosuch.in)"
+expect 'is told on standard error' 'tnl: cannot read nosuch.in: No such file or directory' "$(cat err.txt)"
+expect 'a folder in place of a deck' 5 "$(status_of "$tnl" run decks)"
+expect 'is told' 'tnl: cannot read decks: it is a folder' "$(cat err.txt)"
+expect 'and leaves nothing behind' no "$([ -e decks.run ] && echo yes || echo no)"
+
+cp "$source/examples/divider.in" decks/divider.in
+expect 'a deck in another folder runs' 0 "$(status_of "$tnl" run decks/divider.in)"
+expect 'the last line of its text' 'TARNEL: Program completed.' "$(tail -n 1 out.txt)"
+expect 'its rows are named' 'decks/divider.in.run/out.dat: r_of_R2 vout' "$(tail -n 1 err.txt)"
+printf ' 1.000000e+03  5.000000e+00 \n 2.000000e+03  6.666667e+00 \n 5.000000e+03  8.333333e+00 \n' >wanted.dat
+expect 'its rows' "$(cat wanted.dat)" "$(cat decks/divider.in.run/out.dat)"
+expect 'the same again' 0 "$(status_of "$tnl" run decks/divider.in)"
+expect 'and into a folder of choice' 0 "$(status_of "$tnl" run decks/divider.in -o there)"
+expect 'with the same rows' "$(cat wanted.dat)" "$(cat there/out.dat)"
+mkdir mine && echo text >mine/file
+expect 'but not into one that holds other things' 5 "$(status_of "$tnl" run decks/divider.in -o mine)"
+
+sed 's/type=vsrcdc/type=vsrdc/' decks/divider.in >wrong.in
+expect 'a stop of the simulator is status 1' 1 "$(status_of "$tnl" run wrong.in)"
+expect 'its place is told' '  wrong.in:4: eelement name=V1 type=vsrdc p=in n=0 vdc=10' "$(tail -n 2 out.txt | head -n 1)"
+sed 's/r=1k/r=1kk/' decks/divider.in >wrong.in
+expect 'a bad number is status 1' 1 "$(status_of "$tnl" run wrong.in)"
+expect 'its place is told' '  wrong.in:5: eelement name=R1 type=r p=in n=out r=1kk' "$(tail -n 1 out.txt)"
+sed '/^refnode/d' decks/divider.in >wrong.in
+expect 'a missing reference node is status 1' 1 "$(status_of "$tnl" run wrong.in)"
+: >empty.in
+expect 'an empty deck is status 1' 1 "$(status_of "$tnl" run empty.in)"
+head -c 4000 "$tnl" >binary.in
+expect 'bytes are status 1' 1 "$(status_of "$tnl" run binary.in)"
+
+expect 'the demo runs' 0 "$(status_of "$tnl" demo)"
+for file in bridge.in bridge.svg bridge.in.run/bridge.dat network.in network.svg network.in.run/network.dat; do
+    expect "it writes $file" yes "$([ -s "tnl-demo.run/$file" ] && echo yes || echo no)"
+done
+expect 'rows of the bridge' 101 "$(wc -l <tnl-demo.run/bridge.in.run/bridge.dat)"
+expect 'curves and rows of the network' 152 "$(wc -l <tnl-demo.run/network.in.run/network.dat)"
+
+if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
+[ "$faults" -eq 0 ]

@@ -1,0 +1,131 @@
+#include "tnl/locate.h"
+
+#include <gtest/gtest.h>
+
+using namespace cli;
+
+namespace {
+
+constexpr const char* text =
+    "title: t R1\n"                                   // 1
+    "# a comment\n"                                   // 2
+    "greal a=1k\n"                                    // 3
+    "begin_circuit\n"                                 // 4
+    "refnode 0\n"                                     // 5
+    "eelement name=V1 type=vsrcdc p=in n=0 vdc=1x\n"  // 6
+    "eelement name=R1 type=rr p=in\n"                 // 7
+    "+ n=out r=1k\n"                                  // 8
+    "eelement name=R2 type=r p=out n=0 wrong=2\n"     // 9
+    "eelement name=R2 type=r p=out n=0\n"             // 10
+    "outvar: v=v_of_R1 w=q_of_R2\n"                   // 11
+    "outvar: u=v_of_R9\n"                             // 12
+    "mystery 1\n"                                     // 13
+    "end_circuit\n"                                   // 14
+    "begin_solve\n"                                   // 15
+    "solve_type dc\n"                                 // 16
+    "method: norm_2=1e-9 t_end=1\n"                   // 17
+    "end_solve\n"                                     // 18
+    "begin_solve\n"                                   // 19
+    "solve_type dc\n"                                 // 20
+    "mystery 2\n"                                     // 21
+    "begin_output\n"                                  // 22
+    "filename f.dat\n"                                // 23
+    "variables: v nobody\n"                           // 24
+    "end_output\n"                                    // 25
+    "end_solve\n"                                     // 26
+    "end_cf\n";
+
+struct stop {
+    const char* name;        // of the case
+    const char* said;        // the last lines of the simulator
+    std::vector<int> lines;  // of the deck
+};
+
+const stop stops[] = {
+    {"whole_line",
+     "set_values_1 (eelu): string <q> not found.\n   Check this line:\neelement name=R2 type=r p=out n=0\n",
+     {10}},
+    {"element_name",
+     "cct_class: (eelement) node name not found.\n   node name is w\n   eelement name is V1\n   Halting...\n",
+     {6}},
+    {"value", "check double string: <1x>\n  (brackets are not part of the string)\n  Halting...\n", {6}},
+    {"unticked", "eelu:set_values_1: some word has not been ticked.\n   word: wrong\n", {9}},
+    {"circuit_leftover", "ccmain: illegal statement in circuit section?\n  Check line starting with: mystery\n", {13}},
+    {"solve_leftover",
+     "main: illegal statement in a solve section?\n  Check solve section number 1\n"
+     "  Check line starting with: mystery\n  Halting...\n",
+     {21}},
+    {"method_word",
+     "solve_class: An unknown keyword is found\n  in the method card.\n  The word is: t_end\n  Halting...\n",
+     {17}},
+    {"output_word", "solve_class: _of_ not found.\n   Check this outvar: nobody\n   Halting...\n", {24}},
+    {"repeated",
+     "check_word_repeat_1: \n   The string <R2> is repeated.\n   i = 2  j = 3\n   Message from the calling routine:\n",
+     {9, 10}},
+    {"unknown_quantity", "eelu_class: outvar not found\n   name is q\n   Halting...\n", {11}},
+    {"unknown_instance", "cct_class: cct_ov_flag = IGL_CLEAR\n", {12}},
+    {"reference", "cct_class: reference node not found.\n", {5}},
+    {"nothing_named", "circuit_file: end_cf not found. Halting...\n", {}},
+    {"another_word", "check double string: <elsewhere>\n", {}},
+    {"no_text", "", {}},
+};
+
+std::vector<int> lines_found(const char* said, const deck_view& deck) {
+    std::vector<int> lines;
+    for (const int i : find_statements(said, deck, {}))
+        lines.push_back(deck.statements.physical[static_cast<std::size_t>(i)]);
+    return lines;
+}
+
+}  // namespace
+
+class stop_texts : public testing::TestWithParam<stop> {};
+TEST_P(stop_texts, lead_to_the_statement) {
+    EXPECT_EQ(lines_found(GetParam().said, view_deck("deck.in", text)), GetParam().lines);
+}
+INSTANTIATE_TEST_SUITE_P(find_statements, stop_texts, testing::ValuesIn(stops),
+                         [](const auto& of) { return std::string(of.param.name); });
+
+TEST(find_statements, typeless_and_nameless_elements_are_found_without_a_word_in_the_text) {
+    const deck_view deck = view_deck("d",
+                                     "title: t\nbegin_circuit\neelement name=A p=1\neelement type=r p=1\n"
+                                     "eelement type=ground_dummy c=1\nend_circuit\nend_cf\n");
+    EXPECT_EQ(lines_found("cct_class: type not found. Halting..\n", deck), (std::vector<int>{3}));
+    EXPECT_EQ(lines_found("eelu_class: name not found. Halting..\n", deck), (std::vector<int>{4}));
+}
+
+TEST(find_statements, only_the_last_lines_of_a_long_text_count) {
+    std::string said = "check double string: <1x>\n";
+    for (int i = 0; i < 100; ++i) said += "gmin_step_dc_1: iter_gmin=1\n";
+    EXPECT_TRUE(find_statements(said, view_deck("d", text), {}).empty());
+}
+
+TEST(explain_stop, shows_place_and_near_names_of_an_unknown_type) {
+    installed_libraries libraries;
+    const int eels = find_library(&library_form::file, "eels.aux");
+    for (const char* name : {"r", "vsrcdc", "r_pot"}) libraries.library[eels].entries.push_back({name, ""});
+    const deck_view deck = view_deck("my.in", text);
+    deck_needs needs;
+    for (int i = 0; i < deck.statements.n_lines(); ++i)
+        if (value_of(deck, i, "type") == "rr") needs.unknown.push_back({i, eels, "rr"});
+    EXPECT_EQ(explain_stop("cct_class: eels_name not found\n", deck, needs, libraries),
+              "  my.in:7: eelement name=R1 type=rr p=in ...\n"
+              "  no composite of that name is installed for eelement: rr; near names: r\n");
+}
+
+TEST(explain_stop, lists_candidates_and_stays_silent_when_there_are_many) {
+    const deck_view deck = view_deck("my.in", text);
+    EXPECT_EQ(explain_stop("   The string <R2> is repeated.\n", deck, {}, {}),
+              "  one of these statements:\n"
+              "  my.in:9: eelement name=R2 type=r p=out n=0 wrong=2\n"
+              "  my.in:10: eelement name=R2 type=r p=out n=0\n");
+    std::string many = "title: t\nbegin_circuit\n";
+    for (int i = 0; i < 9; ++i) many += "eelement name=R" + std::to_string(i) + " type=r v=1x\n";
+    EXPECT_EQ(explain_stop("check double string: <1x>\n", view_deck("d", many + "end_circuit\nend_cf\n"), {}, {}), "");
+}
+
+TEST(place_of, shortens_what_does_not_fit_a_line_and_shows_no_control_characters) {
+    const deck_view deck = view_deck("d", "title: " + std::string(300, 'x') + "\nab\x1b[31m c\n");
+    EXPECT_EQ(place_of(deck, 0), "d:1: title: " + std::string(93, 'x') + " ...");
+    EXPECT_EQ(place_of(deck, 1), "d:2: ab?[31m c");
+}
