@@ -11,11 +11,23 @@
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-// Guesses of the units go back to the node values and to aux, in table order, so that the later unit wins; the
+// Guesses of the units go back to the node values and variables, in table order, so that the later unit wins; the
 // reference is never written.
+void gbe_init_guess(run_state& r) {
+    gbeu_class& g = r.c.gbeu;
+    for (int k = 0; k < g.n(); ++k) {
+        for (int s = g.vr.first[at(k)]; s < g.vr.first[at(k) + 1]; ++s) g.vr_in[at(s)] = g.val_vr[at(g.vr.data[at(s)])];
+        get_gbe(r, k);
+        if (r.c.lib.gbes.list.ig.count(g.unit.i_lib[at(k)]) == 0) continue;
+        for (int s = g.vr.first[at(k)]; s < g.vr.first[at(k) + 1]; ++s) g.val_vr[at(g.vr.data[at(s)])] = g.vr_in[at(s)];
+    }
+}
+
 void ebe_init_guess(run_state& r) {
     ebeu_class& u = r.c.ebeu;
+    ebce_form_arrays(r);
     for (int k = 0; k < u.n(); ++k) {
+        for (int s = u.nd.first[at(k)]; s < u.nd.first[at(k) + 1]; ++s) u.nodev[at(s)] = u.val_nd[at(u.nd.data[at(s)])];
         get_ebe(r, k);
         if (r.c.lib.ebes.list.ig.count(u.unit.i_lib[at(k)]) == 0) continue;
         for (int s = u.nd.first[at(k)]; s < u.nd.first[at(k) + 1]; ++s)
@@ -28,6 +40,8 @@ double start_time(const run_state& r) {
     if (r.slv.dc) return r.slv.t_dc;
     return r.flags.t_start;
 }
+
+bool has_equations(const run_state& r) { return r.c.ebeu.n() > 0 || r.c.gbeu.n() > 0; }
 }  // namespace
 
 void init_guess(run_state& r) {
@@ -36,6 +50,7 @@ void init_guess(run_state& r) {
     clear_solvec(r);
     std::fill(r.c.ebeu.dvar.begin(), r.c.ebeu.dvar.end(), 2);
     r.flags.time_given = start_time(r);
+    gbe_init_guess(r);
     ebe_init_guess(r);
     r.flags.init_flags();
 }
@@ -62,20 +77,16 @@ void gmin_step_dc_1(run_state& r) {
     slv.l_gmin_done = 0;
     ++slv.n_gmin_total;
     if (slv.gmin_init) clear_solvec(r);
-    newton_limits limits;
-    limits.itmax = slv.gmin_itmax_newton;
-    limits.damped = slv.gmin_dmp != 0;
-    limits.dmp_k = slv.gmin_dmp_k;
-    limits.dmp_max = slv.gmin_dmp_newt_max;
-    limits.who = "gmin_step_dc_1";
+    newton_limits limits = gmin_limits(slv, "gmin_step_dc_1");
     for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
         slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
         say(line("gmin_step_dc_1: iter_gmin=", slv.iter_gmin, ", gmin_present=", slv.gmin_present));
         r.flags.gmin = slv.gmin_present;
         limits.fix_order = slv.iter_gmin == 0;
-        newton_dc(r, limits);
+        newton(r, limits);
         if (!slv.l_converged)
             halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
+        if (r.c.cct.flag_save_history) save_history(r);
     }
     r.flags.newton_first = 0;
     slv.l_converged = 1;
@@ -87,7 +98,7 @@ void solve_dc(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     r.flags.time_given = slv.t_dc;
-    if (r.c.cct.flag_solve_analog && r.c.ebeu.n() > 0) {
+    if (has_equations(r)) {
         if (slv.flag_linear) {
             solve_linear_dc(r);
             slv.l_converged = 1;
@@ -105,6 +116,25 @@ void solve_dc(run_state& r) {
     }
     ebce_form_arrays(r);
     find_ebe_cur_dc(r);
-    ebce_ov_prm(r);
+    ov_prm(r);
+    r.flags.init_flags();
+}
+
+void solve_startup(run_state& r) {
+    solve_class& slv = r.slv;
+    r.flags.init_flags();
+    r.flags.time_given = slv.t_startup;
+    if (has_equations(r)) {
+        if (slv.flag_linear) {
+            solve_linear_dc(r);
+            slv.l_converged = 1;
+        } else {
+            solve_newton_dc(r);
+            if (!slv.l_converged) halt({"solve_startup: N-R did not converge.", "   Halting..."});
+        }
+    }
+    ebce_form_arrays(r);
+    find_ebe_cur_startup(r);
+    ov_prm(r);
     r.flags.init_flags();
 }

@@ -1,4 +1,4 @@
-// dc.h -- where a solve starts from, one dc point, and the stepping that helps Newton.
+// dc.h -- where a solve starts from, one dc or start-up point, and the stepping that helps Newton.
 #pragma once
 #include "analyses/run_state.h"
 
@@ -13,3 +13,5 @@ void gmin_step_dc_1(run_state& r);
 // One dc point, with terminal currents and output parameters at its end. Leaves without them and without a row when an
 // automatic sweep may still try a smaller step: l_converged is then 0.
 void solve_dc(run_state& r);
+// The state at the start of a transient, from the start-up equations and values of the units.
+void solve_startup(run_state& r);

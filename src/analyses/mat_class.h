@@ -1,55 +1,94 @@
 // mat_class.h -- the sparse system of an analysis: its unknowns, its pattern, and where every number of a unit goes.
 #pragma once
+#include <cstdint>
 #include <vector>
 
 #include "elaborate/circuit.h"
 #include "library/ebes1_class.h"
+#include "library/gbes1_class.h"
 #include "sparse/elimination.h"
 #include "sparse/knuth.h"
 
-// Start of each kind of unknown in svec; the lengths follow from the unit tables.
+enum class analysis { dc, startup, trns };
+
+// Start of each kind of unknown in svec. dc, trns: nodes, aux of electrical units, general variables, aux of blocks.
+// startup: nodes, start-up unknowns, aux of units without equations of their own for start-up, then as before.
 struct svec_offsets {
     int nodev = 0;  // nodes less the reference; a node above the reference stands one lower
-    int eaux = 0;
-    int gvar = 0;
-    int gaux = 0;
+    int eauxs = 0, eaux = 0, gvar = 0, gaux = 0;
 };
 
 // Where the units' numbers go: active terms only, the reference node left out. Entries of unit u are first[u] up to
 // first[u + 1] - 1, in the order in which they are added.
 struct slot_table {
     std::vector<int> first_jac{0}, to_val, from_jac;  // entry of val_m, place in the template's jac store
+    std::vector<std::uint8_t> scale;                  // 1: times the constant of the method; 0: as it is
     std::vector<int> first_sum{0}, to_row, from_f;    // rows that several units share: f is added
+    std::vector<int> ddt;                             // of each sum: derivative added to it; -1
     std::vector<int> first_own{0}, to_own, from_own;  // rows of one function alone: f is assigned
+    std::vector<char> any_ddt;                        // [n] 1: some entry of the unit is scaled or has a derivative
+};
+
+// KCL functions with a time derivative dz/dt, in unit order, those at the reference node included.
+struct kcl_derivatives {
+    std::vector<int> first{0};  // [n electrical units + 1]
+    std::vector<int> f;         // [n] flat function, static part
+    std::vector<int> z;         // [n] flat local variable
+    std::vector<int> terminal;  // [n] flat terminal
+    std::vector<int> row;       // [n] system row; -1 at the reference
+    // total F and static G at the present and the two earlier levels; A or C/s as the function
+    std::vector<double> total, total_1, total_2, still, still_1, still_2;
+    int n() const { return static_cast<int>(f.size()); }
+};
+
+// Rows f(x) = dx/dt of one unknown x.
+struct state_rows {
+    std::vector<int> row, col, slot;  // [n] col, slot -1: x on the reference node
+    std::vector<int> f;               // [n] flat function, of electrical units or of blocks
+    std::vector<char> is_block;       // [n]
+    std::vector<double> f_now, f_1, f_2;  // [n] function values at the levels
+    int n() const { return static_cast<int>(row.size()); }
 };
 
 struct mat_class {
+    analysis kind = analysis::dc;
     // unknowns
     int n_svec = 0;
     svec_offsets offs;
-    std::vector<int> svec_flag;  // [n_svec] var_kind of the unknown
+    std::vector<int> aux_of_unknown;  // [aux unknowns] flat aux of each
+    std::vector<int> column_of_aux;   // [n_ttlaux] column; -1: no unknown of this analysis
+    std::vector<int> svec_flag;       // [n_svec] var_kind of the unknown
     std::vector<double> svec, delsvec, svec_old, svec_ls, delsvec_ls, tol_spice, del_spice;  // [n_svec]
-    std::vector<double> svec_prev;  // the vector that an automatic sweep goes back to
+    std::vector<double> svec_old_1, svec_old_2;  // [n_svec] the two accepted points before
+    std::vector<double> svec_prev;               // [n_svec] what an automatic sweep goes back to
+    std::vector<double> locv_old_1, locv_old_2;  // [n_ttllocv]
     // system
-    knuth<double> m;              // pattern; the values stand in val_m
-    std::vector<double> val_m;    // [m.nnz()]
-    std::vector<double> rhs_m;    // [n_svec]
+    knuth<double> m;            // pattern; the values stand in val_m
+    std::vector<double> val_m;  // [m.nnz()]
+    std::vector<double> rhs_m;  // [n_svec]
+    int nrow_ebce = 0;          // rows of the electrical block; those of blocks follow
     std::vector<int> ebce_row_of_func;  // [n_ttlf] system row of each function of the units; -1
     std::vector<int> ebce_row_of_node;  // [n_nd]   system row of each node; -1
-    slot_table ebe;
+    slot_table ebe, gbe;
+    kcl_derivatives kcl_ddt;
+    state_rows state;
+    std::vector<int> first_locv_f{0}, locv_f, locv_to;  // [n + 1], pairs: function value -> local variable (flat)
     elimination<double> e;
     // limits
-    int mnz_ebce = 0, mnz_m = 0;
+    int mnz_ebce = 0, mnz_gbce = 0;
 };
 
-// Lengths and offsets for dc; fills svec_flag and sizes the vectors. svec keeps its values if its length stays.
-void define_offs_solvec_dc(mat_class& mat, const circuit& c);
-
-// Column of a term of unit u: kind and index within the unit's list. -1 for the reference node and for local variables.
-int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int index);
+// Lengths and offsets for an analysis; fills svec_flag and sizes the vectors.
+void define_offs_solvec(mat_class& mat, const circuit& c, analysis kind);
 
 // The limits of the run from tmpdim.in; halts when the circuit's pattern passes them.
 void allocate_system(mat_class& mat, const circuit& c);
 
-// Builds pattern, rows and slots for dc and prints the size of the system. Halts if it is not square.
-void set_mat_dc(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& ebes1);
+// Builds pattern, rows and slots for mat.kind and prints the size of the system. Halts if it is not square.
+void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& ebes1,
+             const std::vector<gbes1_class>& gbes1);
+
+// Column of a term of electrical unit u: kind and index within the unit's list. -1: the reference node, or a kind that
+// is no unknown of this analysis.
+int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int index);
+int column_of_block_term(const mat_class& mat, const circuit& c, int u, int kind, int index);

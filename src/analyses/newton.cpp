@@ -13,12 +13,6 @@
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-bool first_point(const solve_class& slv) { return slv.i_sync <= 0 && slv.i_sweep <= 0; }
-
-void negate(std::vector<double>& v) {
-    for (double& x : v) x = -x;
-}
-
 // The system as it stands before a solve, under names that tell the analysis.
 void write_system(const run_state& r, const std::string& tail) {
     knuth<double> m = r.mat.m;
@@ -37,20 +31,27 @@ void write_system(const run_state& r, const std::string& tail) {
     halt({line("stopped as wrt_debug_smat asks, behind writing ", name)});
 }
 
+void assemble(run_state& r, bool only_function) {
+    form_jac_rhs(r, only_function);
+    if (r.mat.kind == analysis::trns) add_trns_terms(r, only_function);
+}
+
 // Assembly is done, rhs_m holds F. Leaves the step in delsvec and -F in rhs_m.
-void solve_for_step(run_state& r, bool fix_order) {
+void solve_for_step(run_state& r, bool fix_order, bool hold_factors) {
     mat_class& mat = r.mat;
-    negate(mat.rhs_m);
+    for (double& x : mat.rhs_m) x = -x;
     if (fix_order) solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 0, 1, 2, 0, 0);
-    solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 1, 0, 0, 1, 3);
+    solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 1, 0, 0, 1, hold_factors ? 2 : 3);
     ++r.flags.n_solve_lin;
     std::copy(mat.e.sol_w.begin(), mat.e.sol_w.end(), mat.delsvec.begin());
 }
 
 // Halves the step until the residual is not above that at the start; false when the trials are used up. svec stays at
-// the start, delsvec is the accepted step. rhs_m is left as the last trial's, un-negated.
-bool line_search(run_state& r) {
+// the start, delsvec is the accepted step. rhs_m is left as the last trial's, un-negated. A transient tells every trial
+// and stops when they are used up.
+bool line_search(run_state& r, std::string_view who) {
     mat_class& mat = r.mat;
+    const bool told = mat.kind == analysis::trns;
     mat.svec_ls = mat.svec;
     double norm_0 = 0.0, alpha = 1.0;
     norm_2_avg(mat.n_svec, mat.rhs_m.data(), norm_0);
@@ -61,37 +62,74 @@ bool line_search(run_state& r) {
             mat.svec[at(i)] = mat.svec_ls[at(i)] + mat.delsvec_ls[at(i)];
         }
         dcmp_solvec(r);
-        form_jac_rhs_dc(r, true);
+        assemble(r, true);
         double norm_1 = 0.0;
         norm_2_avg(mat.n_svec, mat.rhs_m.data(), norm_1);
+        if (told)
+            say(line(who, ": line search: i=", count, " dmp_ls=", alpha, " norm_linsrh=", norm_1,
+                     " norm_linsrh0=", norm_0));
         accepted = norm_1 <= norm_0;
         if (!accepted) alpha *= 0.5;
     }
     mat.svec = mat.svec_ls;
+    if (!accepted && told) halt({line(who, ": N-R line search failed."), "  Halting.."});
+    if (accepted && told) {
+        say(line(who, ": exiting line search loop."));
+        say(line(who, ": dmp_ls=", alpha));
+    }
     if (accepted)
         for (double& x : mat.delsvec) x = alpha * x;
     return accepted;
 }
 }  // namespace
 
-void newton_dc(run_state& r, const newton_limits& limits) {
+bool first_point(const solve_class& slv) { return slv.i_sync <= 0 && slv.i_sweep <= 0; }
+
+newton_limits block_limits(run_state& r, std::string_view who, std::string_view tail) {
+    get_dmp(r.slv);
+    newton_limits limits;
+    limits.itmax = r.slv.itmax_newton_now;
+    limits.damped = r.slv.dmp_now != 0;
+    limits.dmp_k = r.slv.dmp_k_now;
+    limits.dmp_max = r.slv.dmp_newt_max_now;
+    limits.line_search = r.slv.nr_line_search != 0;
+    limits.dump = r.slv.wrt_debug_smat != 0;
+    limits.who = who;
+    limits.tail = tail;
+    return limits;
+}
+
+newton_limits gmin_limits(const solve_class& slv, std::string_view who) {
+    newton_limits limits;
+    limits.itmax = slv.gmin_itmax_newton;
+    limits.damped = slv.gmin_dmp != 0;
+    limits.dmp_k = slv.gmin_dmp_k;
+    limits.dmp_max = slv.gmin_dmp_newt_max;
+    limits.dump = slv.wrt_debug_smat != 0;
+    limits.who = who;
+    limits.tail = "gmin";
+    return limits;
+}
+
+void newton(run_state& r, const newton_limits& limits) {
     mat_class& mat = r.mat;
     solve_class& slv = r.slv;
     slv.l_converged = 0;
     for (slv.iter_newton = 0; slv.iter_newton < limits.itmax; ++slv.iter_newton) {
         r.flags.newton_first = slv.iter_newton == 0 ? 1 : 0;
-        form_jac_rhs_dc(r, false);
-        const bool debug_now = slv.wrt_debug_smat && slv.iter_newton == slv.iter_debug_newton - 1;
-        if (slv.wrt_debug_smat) say(line(limits.who, ": flag_wrt_debug_smat = T"));
+        assemble(r, false);
+        const bool debug_now = limits.dump && slv.iter_newton == slv.iter_debug_newton - 1;
+        if (limits.dump && mat.kind != analysis::trns) say(line(limits.who, ": flag_wrt_debug_smat = T"));
         if (debug_now) {
-            say(line(limits.who, ": writing to smat_dc_newt.dat, iter_newton = ", slv.iter_newton));
-            write_system(r, "dc_newt.dat");
-            vector_write(mat.n_svec, mat.svec.data(), "svec_dc_newt.dat");
+            if (mat.kind != analysis::trns)
+                say(line(limits.who, ": writing to smat_", limits.tail, ".dat, iter_newton = ", slv.iter_newton));
+            write_system(r, line(limits.tail, ".dat"));
+            vector_write(mat.n_svec, mat.svec.data(), line("svec_", limits.tail, ".dat"));
         }
-        solve_for_step(r, limits.fix_order && slv.iter_newton == 0);
-        if (debug_now) write_step_and_stop(r, "delx_dc_newt.dat", line(limits.who, ": delsvec"));
+        solve_for_step(r, limits.fix_order && slv.iter_newton == 0, limits.hold_factors);
+        if (debug_now) write_step_and_stop(r, line("delx_", limits.tail, ".dat"), line(limits.who, ": delsvec"));
         if (limits.line_search) {
-            if (!line_search(r)) break;
+            if (!line_search(r, limits.who)) break;
         } else if (limits.damped && slv.iter_newton <= limits.dmp_max) {
             for (double& x : mat.delsvec) x *= limits.dmp_k;
         }
@@ -107,35 +145,34 @@ void newton_dc(run_state& r, const newton_limits& limits) {
             slv.l_converged = 0;
             break;
         }
-        if (slv.l_converged) {
-            if (r.c.cct.flag_save_history) save_history(r);
-            break;
-        }
+        if (slv.l_converged) break;
         if (slv.chk_spice) mat.svec_old = mat.svec;
     }
     r.flags.newton_first = 0;
 }
 
+void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who, std::string_view tail) {
+    mat_class& mat = r.mat;
+    assemble(r, false);
+    if (dump) write_system(r, line(tail, ".dat"));
+    solve_for_step(r, fix_order, false);
+    if (dump) write_step_and_stop(r, line("delx_", tail, ".dat"), line(who, ": delsvec"));
+    for (std::size_t i = 0; i < mat.svec.size(); ++i) mat.svec[i] += mat.delsvec[i];
+    dcmp_solvec(r);
+}
+
 void solve_newton_dc(run_state& r) {
-    get_dmp(r.slv);
-    newton_limits limits;
-    limits.itmax = r.slv.itmax_newton_now;
-    limits.damped = r.slv.dmp_now != 0;
-    limits.dmp_k = r.slv.dmp_k_now;
-    limits.dmp_max = r.slv.dmp_newt_max_now;
-    limits.line_search = r.slv.nr_line_search != 0;
+    const bool startup = r.mat.kind == analysis::startup;
+    newton_limits limits = startup ? block_limits(r, "solve_newton_startup", "startup_newt")
+                                   : block_limits(r, "solve_newton_dc", "dc_newt");
     limits.fix_order = first_point(r.slv);
-    limits.who = "solve_newton_dc";
-    newton_dc(r, limits);
+    newton(r, limits);
+    if (r.slv.l_converged && r.c.cct.flag_save_history) save_history(r);
 }
 
 void solve_linear_dc(run_state& r) {
-    mat_class& mat = r.mat;
-    form_jac_rhs_dc(r, false);
-    if (r.slv.wrt_debug_smat) write_system(r, "dc.dat");
-    solve_for_step(r, first_point(r.slv));
-    if (r.slv.wrt_debug_smat) write_step_and_stop(r, "delx_dc.dat", "solve_linear_dc: delsvec");
-    for (std::size_t i = 0; i < mat.svec.size(); ++i) mat.svec[i] += mat.delsvec[i];
-    dcmp_solvec(r);
+    const bool startup = r.mat.kind == analysis::startup;
+    solve_linear(r, first_point(r.slv), r.slv.wrt_debug_smat != 0,
+                 startup ? "solve_linear_startup" : "solve_linear_dc", startup ? "startup" : "dc");
     if (r.c.cct.flag_save_history) save_history(r);
 }

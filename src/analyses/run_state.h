@@ -6,14 +6,16 @@
 #include "blocks/solve_class.h"
 #include "elaborate/circuit.h"
 #include "library/ebes1_class.h"
+#include "library/gbes1_class.h"
 #include "models/dp_class.h"
 #include "models/registration.h"
 #include "run/flags_class.h"
 #include "run/math_cnst_class.h"
 
-// One call of a model with the pointers to its unit's slices resolved.
+// One call of a model with the pointers to its unit's slices resolved. function is null if there is no such model; the
+// call then does nothing.
 struct ebe_call {
-    ebe_function function = nullptr;  // null: no such model; the call does nothing
+    ebe_function function = nullptr;
     int* iparm = nullptr;
     char** sparm = nullptr;
     double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
@@ -25,6 +27,16 @@ struct ebe_call {
     ebes1_class* jac = nullptr;
 };
 
+struct gbe_call {
+    gbe_function function = nullptr;
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
+    double *vr = nullptr, *xvr = nullptr, *aux = nullptr, *vr_new = nullptr, *aux_new = nullptr;
+    double* f = nullptr;
+    gbes1_class* jac = nullptr;
+};
+
 struct run_state {
     circuit& c;
     mat_class mat;
@@ -33,17 +45,25 @@ struct run_state {
     dp_class dp;
     math_cnst_class math_cnst;
     std::vector<ebes1_class> ebes1;  // [templates, at least 1]
-    std::vector<ebe_call> ebe;       // [electrical units]
+    std::vector<gbes1_class> gbes1;
+    std::vector<ebe_call> ebe;  // [electrical units]
+    std::vector<gbe_call> gbe;  // [general units]
 
     explicit run_state(circuit& elaborated) : c(elaborated) {}
 };
 
-// Calls the model of electrical unit u; what it does is asked by r.flags.
+// Calls the model of a unit; what it does is asked by r.flags.
 inline void get_ebe(run_state& r, int u) {
     const ebe_call& k = r.ebe[static_cast<std::size_t>(u)];
     if (!k.function) return;
     k.function(u, k.iparm, k.sparm, k.rparm, k.stparm, k.igparm, k.v, k.vind, k.curind, k.aux, k.vr, k.xvr, k.auxs,
                k.locv, k.v_new, k.aux_new, k.auxs_new, k.dvar, k.f, k.jac, &r.flags, &r.dp, &r.math_cnst);
+}
+inline void get_gbe(run_state& r, int u) {
+    const gbe_call& k = r.gbe[static_cast<std::size_t>(u)];
+    if (!k.function) return;
+    k.function(u, k.iparm, k.sparm, k.rparm, k.stparm, k.igparm, k.vr, k.xvr, k.aux, k.vr_new, k.aux_new, k.f, k.jac,
+               &r.flags, &r.dp, &r.math_cnst);
 }
 
 // Looks up the model of every template in use by its name and resolves the units' slices. A template with functions but

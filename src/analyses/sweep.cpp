@@ -14,8 +14,11 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void solve_and_write(run_state& r) {
-    solve_dc(r);
-    if (r.slv.l_converged) write_dc(r.slv, r.c, r.flags);
+    if (r.slv.startup)
+        solve_startup(r);
+    else
+        solve_dc(r);
+    if (r.slv.l_converged || r.mat.n_svec == 0) write_dc(r.slv, r.c, r.flags);
 }
 
 // The solutions that later curves of a grid start from: one for each level that can step on. A curve whose index at

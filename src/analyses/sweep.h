@@ -1,4 +1,4 @@
-// sweep.h -- the points of a dc block: one, a grid of tables, or an automatic sweep.
+// sweep.h -- the points of a dc or start-up block: one, a grid of tables, or an automatic sweep.
 #pragma once
 #include "analyses/run_state.h"
 

@@ -3,6 +3,7 @@
 #include "elaborate/names.h"
 #include "elaborate/outputs.h"
 #include "elaborate/set_values.h"
+#include "run/checks.h"
 #include "run/halt.h"
 
 namespace {
@@ -58,6 +59,19 @@ void check_reference(circuit& c, std::string_view keyword, name_table& names) {
         names.au_ref = names.to_au[at(names.ref)];
     }
 }
+
+// Rows beside the parameters, whose values come at run time.
+void make_run_time_rows(instance_core& inst, const composite_library& lib) {
+    inst.rprm_ac = inst.rprm;
+    inst.outvar.clear();
+    inst.bias.clear();
+    for (int e : inst.i_lib) {
+        inst.outvar.data.insert(inst.outvar.data.end(), at(lib.ov.count(e)), 0.0);
+        inst.outvar.close_row();
+        inst.bias.data.insert(inst.bias.data.end(), at(lib.bias.count(e)), 0.0);
+        inst.bias.close_row();
+    }
+}
 }  // namespace
 
 void elaborate(circuit& c) {
@@ -72,12 +86,15 @@ void elaborate(circuit& c) {
 
     flatten_ebeu(c);
     flatten_ebau(c);
+    flatten_gbeu(c);
     map_names(c.cct.ect, "cct_class: problem in assigning ect_to_ebeu");
     map_names(c.cct.gct, "cct_class: problem in assigning gct_to_gbeu");
+    link_general_variables(c);
     map_names(c.cct.dct, "cct_class: problem in assigning dct_to_dbeu");
     map_names(c.cct.xct, "cct_class: problem in assigning xct_to_xbeu");
     resolve_outputs(c);
     check_ebeu(c, "cct_class: check ebeu nodes.");
+    check_nodes_1(c.gbeu.n_vr, c.gbeu.vr.data, "cct_class: check gbeu vars.");
     resolve_parameter_outputs(c);
 
     check_reference(c, "refnode", c.cct.ect);
@@ -88,15 +105,5 @@ void elaborate(circuit& c) {
     if (c.xelu.n > 0 && c.delu.n > 0)
         halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.",
               "  Halting..."});
-    // Run-time rows beside the parameters.
-    c.eelu.rprm_ac = c.eelu.rprm;
-    c.eelu.outvar.clear();
-    c.eelu.bias.clear();
-    for (int i = 0; i < c.eelu.n; ++i) {
-        const int e = c.eelu.i_lib[at(i)];
-        c.eelu.outvar.data.insert(c.eelu.outvar.data.end(), at(c.lib.eels.ov.count(e)), 0.0);
-        c.eelu.outvar.close_row();
-        c.eelu.bias.data.insert(c.eelu.bias.data.end(), at(c.lib.eels.bias.count(e)), 0.0);
-        c.eelu.bias.close_row();
-    }
+    for (family fam : {fam_e, fam_g}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
 }

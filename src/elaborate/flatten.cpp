@@ -115,8 +115,8 @@ void allocate_values(ebeu_class& u) {
     for (auto* v : {&u.aux, &u.aux_new}) v->assign(at(u.n_ttlaux()), 0.0);
     for (auto* v : {&u.auxs, &u.auxs_new}) v->assign(at(u.n_ttlauxs()), 0.0);
     u.locv.assign(at(u.n_ttllocv()), 0.0);
-    for (auto* v : {&u.f, &u.func, &u.func_old_1, &u.func_old_2, &u.func_s, &u.func_s_old_1, &u.func_s_old_2})
-        v->assign(at(u.unit.n_ttlf()), 0.0);
+    u.f.assign(at(u.unit.n_ttlf()), 0.0);
+    u.time_nextbreak.assign(at(u.unit.n), 0.0);
 }
 }  // namespace
 
@@ -167,6 +167,46 @@ void flatten_ebeu(circuit& c) {
     ect.n_eu = u.n_nd;
     link_sensed(c);
     allocate_values(u);
+}
+
+void flatten_gbeu(circuit& c) {
+    const gels_class& gels = c.lib.gels;
+    gbeu_class& u = c.gbeu;
+    name_table& gct = c.cct.gct;
+    gct.lu_to_eu.assign(at(gct.n_lu), -1);
+    u.first_aux = {0};
+    c.gelu.first_unit = {0};
+    const parameter_copy copy_parameters{gels.be, c.gelu, u.unit};
+    for (int i = 0; i < c.gelu.n; ++i) {
+        const int e = c.gelu.i_lib[at(i)];
+        for (int b = gels.be.first_be[at(e)]; b < gels.be.first_be[at(e) + 1]; ++b) {
+            const int s = gels.be.i_be[at(b)];
+            u.unit.i_lib.push_back(s);
+            u.unit.i_inst.push_back(i);
+            for (int j = 0; j < gels.be.vr.size(b); ++j)
+                u.vr.add(number_node(gct.lu_to_eu, c.gelu.vr.row(i)[gels.be.vr.row(b)[j]], u.n_vr));
+            u.vr.close_row();
+            for (int j = 0; j < gels.be.xvr.size(b); ++j) u.xvr.add(c.gelu.xvr.row(i)[gels.be.xvr.row(b)[j]]);
+            u.xvr.close_row();
+            copy_parameters(b, i, true);
+            u.first_aux.push_back(u.first_aux.back() + c.lib.gbes.list.aux.count(s));
+            u.unit.first_func.push_back(u.unit.first_func.back() + c.lib.gbes.func.n_func(s));
+            ++u.unit.n;
+        }
+        c.gelu.first_unit.push_back(u.unit.n);
+    }
+    gct.n_eu = u.n_vr;
+    for (auto* v : {&u.val_vr, &u.val_vr_new}) v->assign(at(u.n_vr), 0.0);
+    for (auto* v : {&u.vr_in, &u.vr_in_new}) v->assign(u.vr.data.size(), 0.0);
+    u.val_xvr.assign(u.xvr.data.size(), 0.0);
+    for (auto* v : {&u.aux, &u.aux_new}) v->assign(at(u.n_ttlaux()), 0.0);
+    u.f.assign(at(u.unit.n_ttlf()), 0.0);
+    u.time_nextbreak.assign(at(u.unit.n), 0.0);
+}
+
+void link_general_variables(circuit& c) {
+    c.ebeu.vr_gbeu.clear();
+    for (int number : c.ebeu.vr.data) c.ebeu.vr_gbeu.push_back(c.cct.gct.to_eu[at(number)]);
 }
 
 void flatten_ebau(circuit& c) {

@@ -51,6 +51,17 @@ int electrical_index(const circuit& c, int kind, int i, int index) {
     }
 }
 
+int general_index(const circuit& c, int kind, int i, int index) {
+    const int u = c.gelu.first_unit[at(i)];
+    switch (kind) {
+        case ov_var: return c.cct.gct.lu_to_eu[at(c.gelu.vr.row(i)[index])];
+        case ov_gaux: return c.gbeu.first_aux[at(u)] + index;
+        case ov_iparm_gbe: return c.gbeu.unit.iprm.first[at(u)] + index;
+        case ov_rparm_gbe: return c.gbeu.unit.rprm.first[at(u)] + index;
+        default: return index;
+    }
+}
+
 int unit_of(const std::vector<int>& first, int index) {
     const auto it = std::upper_bound(first.begin(), first.end(), index);
     if (it == first.begin() || it == first.end()) return -1;
@@ -64,6 +75,7 @@ void resolve_outputs(circuit& c) {
         if (ov.instance[k] >= 0) {
             if (ov.family[k] == fam_e)
                 ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+            if (ov.family[k] == fam_g) ov.index[k] = general_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             continue;
         }
         for (const global_word& g : global_words) {
@@ -81,15 +93,24 @@ void resolve_outputs(circuit& c) {
 }
 
 void resolve_parameter_outputs(circuit& c) {
+    struct parameter_kind {
+        int kind;
+        const std::vector<int>& first;
+        const char* name;
+        const char* unit;
+    };
+    const parameter_kind kinds[] = {
+        {ov_iparm_ebe, c.ebeu.unit.iprm.first, "igl_iparmebe", "i_ebeu"},
+        {ov_rparm_ebe, c.ebeu.unit.rprm.first, "igl_rparmebe", "i_ebeu"},
+        {ov_iparm_gbe, c.gbeu.unit.iprm.first, "igl_iparmgbe", "i_gbeu"},
+        {ov_rparm_gbe, c.gbeu.unit.rprm.first, "igl_rparmgbe", "i_gbeu"},
+    };
     ov_class& ov = c.ov;
-    for (std::size_t k = 0; k < ov.name.size(); ++k) {
-        if (ov.kind[k] == ov_iparm_ebe) {
-            ov.unit[k] = unit_of(c.ebeu.unit.iprm.first, ov.index[k]);
-            if (ov.unit[k] < 0) halt({"cct_class: (igl_iparmebe) i_ebeu not found? Halting..."});
+    for (std::size_t k = 0; k < ov.name.size(); ++k)
+        for (const parameter_kind& p : kinds) {
+            if (ov.kind[k] != p.kind) continue;
+            ov.unit[k] = unit_of(p.first, ov.index[k]);
+            if (ov.unit[k] < 0)
+                halt({line("cct_class: (", p.name, ") ", p.unit, " not found? Halting...")});
         }
-        if (ov.kind[k] == ov_rparm_ebe) {
-            ov.unit[k] = unit_of(c.ebeu.unit.rprm.first, ov.index[k]);
-            if (ov.unit[k] < 0) halt({"cct_class: (igl_rparmebe) i_ebeu not found? Halting..."});
-        }
-    }
 }

@@ -29,6 +29,7 @@ void instance_changed(circuit& c, int fam, int i) {
     const composite_library& lib = c.lib.composites(fam);
     const int e = inst.i_lib[at(i)];
     eval_rprm_1(lib, e, inst.rprm.row(i));
+    if (fam == fam_g) push_to_units(lib.be, inst, inst.rprm, i, e, inst.first_unit[at(i)], true, c.gbeu.unit);
     if (fam != fam_e) return;  // the other families have no units yet
     push_to_units(lib.be, inst, inst.rprm, i, e, inst.first_unit[at(i)], true, c.ebeu.unit);
     push_to_units(lib.beac, inst, inst.rprm, i, e, inst.first_unit_ac[at(i)], false, c.ebau.unit);

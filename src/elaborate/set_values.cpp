@@ -186,7 +186,7 @@ void match_outputs(circuit& c, const family_form& form, int i_lib, int i, const 
 
 using output_index = std::unordered_map<std::string_view, std::vector<int>>;
 
-void set_values_1(circuit& c, const element_statement& s, const output_index& outputs, int& next_aux) {
+void set_values_1(circuit& c, const element_statement& s, const output_index& outputs) {
     const family_form& form = *s.form;
     const composite_library& lib = c.lib.*(form.composites);
     instance_core& inst = c.*(form.instances);
@@ -220,8 +220,9 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
             if (number < 0) check_this_line(b.assigning, at < 0 ? list.word(e, j) : s.w[at], s.w);
             row.add(number);
         }
-        if (b.row == &instance_core::nd)
-            for (int k = 0; k < lib.auxnode.count(e); ++k) row.add(next_aux++);
+        // Internal nodes or variables stand behind those of the family's first list, with numbers behind all names.
+        if (&b == &form.bound.front())
+            for (int k = 0; k < lib.auxnode.count(e); ++k) row.add((c.cct.*(b.names)).n_lu++);
     }
     for (auto* row : {&inst.nd, &inst.dgtl, &inst.vr, &inst.xvr, &inst.in}) row->close_row();
     for (int j = 0; j < lib.list.ind_branch.count(e); ++j) {
@@ -277,12 +278,8 @@ void set_instance_values(circuit& c, const std::vector<element_statement>& state
         const int i = count[s.form->number]++;
         if (at >= 0 && at + 1 < s.w.size()) (c.*(s.form->instances)).index.try_emplace(s.w.str(at + 1), i);
     }
-    int next_aux = c.cct.ect.n();
-    for (const element_statement& s : statements) set_values_1(c, s, outputs, next_aux);
-    c.cct.ect.n_lu = next_aux;
-    c.cct.gct.n_lu = c.cct.gct.n();
-    c.cct.dct.n_lu = c.cct.dct.n();
-    c.cct.xct.n_lu = c.cct.xct.n();
+    for (name_table* names : {&c.cct.ect, &c.cct.gct, &c.cct.dct, &c.cct.xct}) names->n_lu = names->n();
+    for (const element_statement& s : statements) set_values_1(c, s, outputs);
 }
 
 void check_instance_names(const circuit& c) {

@@ -46,9 +46,9 @@ struct ebeu_class {
     std::vector<int> dvar;
     // one per auxiliary unknown, start-up unknown, local variable
     std::vector<double> aux, aux_new, auxs, auxs_new, locv;
-    // one per function: present values, and two accepted points back (total and static sets)
-    std::vector<double> f;  // what the models write
-    std::vector<double> func, func_old_1, func_old_2, func_s, func_s_old_1, func_s_old_2;
+    std::vector<double> f;  // [n_ttlf] what the models write: static function values
+    std::vector<double> time_nextbreak;  // [n] s, the unit's last answer
+    std::vector<int> vr_gbeu;            // [vr.data] general variable at unit level, of each connection
 
     std::vector<int> ground_units;  // units of ground_dummy_1
 
@@ -71,12 +71,31 @@ struct ebau_class {
     int n() const { return unit.n; }
 };
 
-// Units of the families whose libraries are not read yet: there are none.
+// Units of general blocks. Variables are numbered by first use over the connections.
 struct gbeu_class {
+    unit_core unit;
+    int n_vr = 0;        // variables of the blocks
+    row_table<int> vr;   // variable of connection j
+    row_table<int> xvr;  // xct numbers
+    std::vector<int> first_aux;  // [n + 1]
+
+    std::vector<double> val_vr, val_vr_new;  // [n_vr] values in iteration, and of the next iterate
+    std::vector<double> vr_in, vr_in_new;  // [vr.data] what each unit sees
+    std::vector<double> val_xvr;           // [xvr.data]
+    std::vector<double> aux, aux_new;      // [n_ttlaux]
+    std::vector<double> f;                 // [n_ttlf] function values
+    std::vector<double> time_nextbreak;    // [n] s
+
+    int n() const { return unit.n; }
+    int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }
+};
+
+// Units of the families whose libraries are not read yet: there are none.
+struct no_units {
     unit_core unit;
     int n() const { return unit.n; }
 };
-using gbau_class = gbeu_class;
-using dbeu_class = gbeu_class;
-using xbeu_class = gbeu_class;
-using xbau_class = gbeu_class;
+using gbau_class = no_units;
+using dbeu_class = no_units;
+using xbeu_class = no_units;
+using xbau_class = no_units;

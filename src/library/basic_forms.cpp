@@ -75,6 +75,7 @@ constexpr declared_list ebe_numbered[] = {
 constexpr library_form ebes_form = {
     .class_name = "ebes_class",
     .path = ".tnlaux/ebes.aux",
+    .rule = line_rule::joined_lines,
     .keyword = "ebe",
     .function_word = "ebe",
     .read_word = "ebes",
@@ -83,7 +84,7 @@ constexpr library_form ebes_form = {
     .max_entries = 150,
     .max_functions = 1000,
     .max_dependencies = 5000,
-    .has_jacobian_line = true,
+    .jacobian_entry = "  ebes name is: ",
     .flags = ebes_flags,
     .lines = ebes_lines,
     .functions = {true, &ebes_terminal, &ebes_startup, &ebes_local, &ebes_general},
@@ -143,6 +144,7 @@ constexpr declared_list ebe_ac_numbered[] = {
 constexpr library_form ebac_form = {
     .class_name = "ebac_class",
     .path = ".tnlaux/ebac.aux",
+    .rule = line_rule::joined_lines,
     .keyword = "ebe_ac",
     .function_word = "ebe (ac)",
     .read_word = "ebac",
@@ -151,11 +153,120 @@ constexpr library_form ebac_form = {
     .max_entries = 100,
     .max_functions = 1000,
     .max_dependencies = 5000,
-    .has_jacobian_line = false,
+    .jacobian_entry = nullptr,
     .flags = ebac_flags,
     .lines = ebac_lines,
     .functions = {true, &ebac_words, nullptr, nullptr, &ebac_words},
     .map_kinds = ebac_kinds,
     .glue = {"ebac", "e_ac_", "get_ebe_ac", "i_ebac", "map_global_sse", "ebac1_class.h", "ebe_ac_registration",
              "sse_all.lst", false, ebe_ac_arguments, ebe_ac_declared, ebe_ac_numbered},
+};
+
+// ---- general blocks ---------------------------------------------------------------------------------------------------
+
+namespace {
+constexpr flag_word gbes_flags[] = {
+    {"limit_tstep", &entry_flags::limit_tstep, 0},   {"save_history", &entry_flags::save_history, 0},
+    {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
+    {"limit_modulo", &entry_flags::limit_modulo, 0}, {"allow_reset", &entry_flags::allow_reset, 0},
+    {"set_rparm_1", &entry_flags::set_rparm_1, 0},   {"get_rparm_1", &entry_flags::get_rparm_1, 0},
+    {"allow_ssw", &entry_flags::allow_ssw, 1},
+};
+constexpr list_line gbes_lines[] = {
+    {"main_vars:", "vr", &L::vr, 600, 12000},  {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000},  {"rparms:", "rprm", &L::rprm, 1500, 30000},
+    {"aux_vars:", "aux", &L::aux, 100, 2000},  {"xvar:", "xvr", &L::xvr, 200, 4000},
+    {"stparms:", "sv", &L::sv, 100, 2000},     {"igparms:", "ig", &L::ig, 40, 800},
+};
+constexpr variable_list block_variables[] = {{kind_vr, &L::vr}, {kind_gaux, &L::aux}};
+constexpr function_words gbes_words = {block_variables, {}, ddt_rule::any_variable, "", nullptr, ""};
+constexpr argument gbe_arguments[] = {
+    {"const int", "i_gbeu"},   {"int*", "iparm"},       {"char**", "sparm"},       {"double*", "rparm"},
+    {"double*", "stparm"},     {"double*", "igparm"},   {"double*", "vr"},         {"double*", "xvr"},
+    {"double*", "aux"},        {"double*", "vr_new"},   {"double*", "aux_new"},    {"double*", "f"},
+    {"gbes1_class*", "jac"},   {"flags_class*", "flags"}, {"dp_class*", "dp"},     {"math_cnst_class*", "math_cnst"},
+};
+constexpr declared_list gbe_declared[] = {
+    {"int", "ni_", &L::iprm},    {"char*", "nstr_", &L::sprm},  {"double", "nr_", &L::rprm}, {"double", "na_", &L::aux},
+    {"double", "nvr_", &L::vr},  {"double", "nxvr_", &L::xvr},  {"double", "nst_", &L::sv},  {"double", "nig_", &L::ig},
+};
+constexpr declared_list gbe_numbered[] = {
+    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm},  {nullptr, "nst_", &L::sv},
+    {nullptr, "nig_", &L::ig},   {nullptr, "na_", &L::aux},    {nullptr, "nvr_", &L::vr},   {nullptr, "nxvr_", &L::xvr},
+};
+}  // namespace
+
+constexpr library_form gbes_form = {
+    .class_name = "gbes_class",
+    .path = ".tnlaux/gbes.aux",
+    .rule = line_rule::guard_lines,
+    .keyword = "gbe",
+    .function_word = "gbe",
+    .read_word = "gbes",
+    .no_end = "end_dc",
+    .too_many_functions = "gbes_class: n_ttlf > M_GBESTTLF. Halting...",
+    .max_entries = 250,
+    .max_functions = 1000,
+    .max_dependencies = 5000,
+    .jacobian_entry = "  gbe name is ",
+    .flags = gbes_flags,
+    .lines = gbes_lines,
+    .functions = {false, nullptr, nullptr, nullptr, &gbes_words},
+    .map_kinds = block_variables,
+    .glue = {"gbe", "g_", "get_gbe", "i_gbes", "map_global_gbe", "gbes1_class.h", "gbe_registration", "gbe_all.lst",
+             true, gbe_arguments, gbe_declared, gbe_numbered},
+};
+
+// ---- small-signal forms of general blocks -----------------------------------------------------------------------------
+
+namespace {
+constexpr list_line gbac_lines[] = {
+    {"main_vars:", "vr", &L::vr, 200, 4000},   {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000},  {"rparms:", "rprm", &L::rprm, 1000, 20000},
+    {"aux_vars:", "aux", &L::aux, 100, 2000},
+};
+constexpr function_words gbac_words = {block_variables, {}, ddt_rule::no_word, "", "function declarations", ""};
+constexpr argument gbe_ac_arguments[] = {
+    {"const int", "i_gbau"},
+    {"int*", "iparm"},
+    {"char**", "sparm"},
+    {"double", "freq"},
+    {"double*", "rparm"},
+    {"std::complex<double>*", "vr"},
+    {"std::complex<double>*", "aux"},
+    {"std::complex<double>*", "f"},
+    {"gbac1_class*", "jac"},
+    {"flags_class*", "flags"},
+    {"dp_class*", "dp"},
+    {"math_cnst_class*", "math_cnst"},
+};
+constexpr declared_list gbe_ac_declared[] = {
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},
+    {"double", "na_", &L::aux}, {"double", "nvr_", &L::vr},
+};
+constexpr declared_list gbe_ac_numbered[] = {
+    {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm},
+    {nullptr, "na_", &L::aux},  {nullptr, "nvr_", &L::vr},
+};
+}  // namespace
+
+constexpr library_form gbac_form = {
+    .class_name = "gbac_class",
+    .path = ".tnlaux/gbac.aux",
+    .rule = line_rule::joined_lines,
+    .keyword = "gbe_ac",
+    .function_word = "gbe (ac)",
+    .read_word = "gbac",
+    .no_end = "endgbe_ac",
+    .too_many_functions = "gbac_class: n_ttlf > M_GBACTTLF. Halting...",
+    .max_entries = 100,
+    .max_functions = 1000,
+    .max_dependencies = 5000,
+    .jacobian_entry = nullptr,
+    .flags = ebac_flags,
+    .lines = gbac_lines,
+    .functions = {false, nullptr, nullptr, nullptr, &gbac_words},
+    .map_kinds = block_variables,
+    .glue = {"gbac", "g_ac_", "get_gbe_ac", "i_gbac", "map_global_ssg", "gbac1_class.h", "gbe_ac_registration",
+             "ssg_all.lst", false, gbe_ac_arguments, gbe_ac_declared, gbe_ac_numbered},
 };

@@ -36,7 +36,7 @@ using gbac_class = basic_library;
 
 // All that makes one family's library different from the others (see basic_forms.cpp).
 struct library_form;
-extern const library_form ebes_form, ebac_form;
+extern const library_form ebes_form, ebac_form, gbes_form, gbac_form;
 
 // Reads a whole library file ("<class>: file <path> does not exist. Halting..." if it cannot be opened). With
 // write_glue and the second word of constants 1 or 2 it also writes the family's sources into the folder of the file.
@@ -45,3 +45,5 @@ void read_library(const std::string& path, const library_form& form, truefalse w
 
 ebes_class read_ebes(truefalse write_glue, const constants_class& constants);  // .tnlaux/ebes.aux
 ebac_class read_ebac(truefalse write_glue, const constants_class& constants);  // .tnlaux/ebac.aux
+gbes_class read_gbes(truefalse write_glue, const constants_class& constants);  // .tnlaux/gbes.aux
+gbac_class read_gbac(truefalse write_glue, const constants_class& constants);  // .tnlaux/gbac.aux

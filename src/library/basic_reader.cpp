@@ -12,7 +12,7 @@ namespace {
 // The next line of an entry; its first word must be the keyword.
 words expect_line(text_file& file, const library_form& form, std::string_view keyword) {
     words w;
-    next_line(file, w);
+    next_line(file, w, form.rule);
     check_word_2(w, 0, keyword, line("expect ", keyword, " here, check ", form.keyword, " library"));
     return w;
 }
@@ -45,7 +45,7 @@ void read_jacobian_line(text_file& file, const library_form& form, basic_library
     const std::string_view word = w.size() > 1 ? w[1] : std::string_view();
     if (word != "constant" && word != "variable")
         halt({line(form.class_name, ": expect constant/variable for jacobian."),
-              line("  ", form.keyword, " name is: ", lib.list.entry[lib.n() - 1]), "  Halting..."});
+              line(form.jacobian_entry, lib.list.entry[lib.n() - 1]), "  Halting..."});
     lib.flag.jac_const.back() = word == "constant";
 }
 
@@ -80,7 +80,7 @@ int read_function_count(text_file& file, const library_form& form, const basic_l
 // The text between the functions and the end word. Whoever only reads tables passes over it unseen.
 void read_code(text_file& file, const library_form& form, glue_text* glue, basic_library& lib) {
     words w;
-    next_line(file, w);
+    next_line(file, w, form.rule);
     check_word_3(w, 0, "fortran:", "C:", line("expect fortran:/C: here, check ", form.keyword, " library"));
     const bool compiled = w.size() > 1;
     if (glue && compiled && w[1] != "compiled") halt({line(form.class_name, ": compiled not found")});
@@ -95,7 +95,7 @@ void read_code(text_file& file, const library_form& form, glue_text* glue, basic
 void read_entry(text_file& file, const words& first_line, const library_form& form, glue_text* glue,
                 basic_library& lib) {
     read_entry_line(first_line, form, lib);
-    if (form.has_jacobian_line) read_jacobian_line(file, form, lib);
+    if (form.jacobian_entry) read_jacobian_line(file, form, lib);
     for (const list_line& l : form.lines) read_list_line(file, form, l, lib);
     lib.list.close_rows();
     const int n_func = read_function_count(file, form, lib);
@@ -107,7 +107,7 @@ void read_entry(text_file& file, const words& first_line, const library_form& fo
 void count_entries(text_file& file, const library_form& form) {
     constexpr int max_lines = 50000;
     words w;
-    for (int i = 0; next_line(file, w); ++i) {
+    for (int i = 0; next_line(file, w, form.rule); ++i) {
         if (i >= max_lines) halt({line(form.class_name, ": end of file not reached. Halting...")});
         if (!w.empty() && (w[0] == "C:" || w[0] == "fortran:")) skip_code(file, form);
     }
@@ -121,7 +121,7 @@ void read_library_text(text_file& file, const library_form& form, glue_text* glu
     count_entries(file, form);
     file.at = start;
     words w;
-    while (next_line(file, w)) read_entry(file, w, form, glue, lib);
+    while (next_line(file, w, form.rule)) read_entry(file, w, form, glue, lib);
     lib.map = map_jacobian(lib, form.map_kinds, form.class_name);
 }
 
@@ -138,14 +138,23 @@ void read_library(const std::string& path, const library_form& form, truefalse w
     write_glue_files(path, form, mode, glue, lib);
 }
 
-ebes_class read_ebes(truefalse write_glue, const constants_class& constants) {
-    ebes_class lib;
-    read_library(ebes_form.path, ebes_form, write_glue, constants, lib);
+namespace {
+basic_library read_from_form(const library_form& form, truefalse write_glue, const constants_class& constants) {
+    basic_library lib;
+    read_library(form.path, form, write_glue, constants, lib);
     return lib;
 }
+}  // namespace
 
+ebes_class read_ebes(truefalse write_glue, const constants_class& constants) {
+    return read_from_form(ebes_form, write_glue, constants);
+}
 ebac_class read_ebac(truefalse write_glue, const constants_class& constants) {
-    ebac_class lib;
-    read_library(ebac_form.path, ebac_form, write_glue, constants, lib);
-    return lib;
+    return read_from_form(ebac_form, write_glue, constants);
+}
+gbes_class read_gbes(truefalse write_glue, const constants_class& constants) {
+    return read_from_form(gbes_form, write_glue, constants);
+}
+gbac_class read_gbac(truefalse write_glue, const constants_class& constants) {
+    return read_from_form(gbac_form, write_glue, constants);
 }

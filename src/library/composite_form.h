@@ -1,5 +1,6 @@
 // composite_form.h -- what makes one family of composites different from the others, as tables.
 #pragma once
+#include <limits>
 #include <span>
 #include <variant>
 
@@ -34,12 +35,13 @@ struct bound_line {
     row_table<int> element_table::*flag;  // of sensed nodes and branches; else null
     const char* total;        // count over the library's elements in its message
     int max_total;
-    const char* no_key;       // messages behind the routine's name: an element's key is missing,
+    const char* no_key;       // messages behind the routine's name (see composite_message): an element's key is missing,
     const char* no_value;     // its value is unknown,
     const char* no_call_key;  // and the same of a call
     const char* no_call_value;
 };
 
+constexpr int no_limit = std::numeric_limits<int>::max();
 struct composite_limits {
     int max_entries;   // tested against entry index + 2
     int max_internal;  // internal nodes of an entry, those of its calls included
@@ -65,6 +67,8 @@ struct composite_form {
     const char* basic;    // "ebes"
     const char* keyword;  // "ece"
     const char* element;  // "ebe"
+    const char* model_tag;  // "em": emebe, emece in messages of model lines
+    bool has_power;         // pwr_elec is an output word
     const char* node_word;  // "nodev": left word of the output of a node
     const char* node_name;  // "node": what the composite's connections are called in messages
     word_list library_lists::*main_list;  // the connections visible from outside
@@ -73,4 +77,4 @@ struct composite_form {
     composite_limits limit;
     output_kinds dc_kinds, ac_kinds;
 };
-extern const composite_form eels_form;
+extern const composite_form eels_form, gels_form;

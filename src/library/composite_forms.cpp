@@ -48,6 +48,33 @@ constexpr bound_line eels_bound[] = {
      "eels1_brname not found (check ind branches)."},
 };
 
+// Composites of blocks have no numbers of their own but for model lines, which have texts.
+constexpr header_line gels_dc_lines[] = {
+    {"begin_dc", "begin_dc", special_line::mark, "", "", 0, 0, 0},
+    {"mainvars:", "mainvars", &L::vr, "vr", "", 0, 0, 0},
+    {"auxvars:", "auxvars", &C::auxnode, "vr", "", 0, 0, 0},
+    {"xvars:", "xvars", &L::xvr, "xvr", "", 0, 0, 0},
+    {"outvar:", "outvar", &C::ov, "ov", "", 0, 0, 0},
+    {"bias:", "bias", &C::bias, "bias", "", 0, 0, 0},
+    {"stparms:", "stparms", &L::sv, "sv", "", 0, 0, 0},
+    {"igparms:", "igparms", &L::ig, "ig", "", 0, 0, 0},
+    {"iparms:", "iparms", &L::iprm, "iprm", "", 0, 0, 0},
+    {"sparms:", "sparms", &L::sprm, "sprm", "", 0, 0, 0},
+    {"rparms:", "rparms", &L::rprm, "rprm", "", 0, 0, 0},
+    {"rparms_derived:", "rparms_derived", special_line::derived, "rprm", "", 0, 0, 0},
+};
+constexpr header_line gels_ac_lines[] = {
+    {"begin_ac", "begin_ac", special_line::mark, "", "", 0, 0, 0},
+    {"outvar_ac:", "outvar_ac:", &C::ovac, "ovac", "", 0, 0, 0},
+};
+constexpr bound_line gels_bound[] = {
+    {binding::plain, &L::vr, true, true, &E::vr, nullptr, "n_be_ttlvr", no_limit, "gbes_vr_name not found.",
+     "gels_class: aux var not found, check gce library", "gels2 vr name not found.",
+     "gels_class: aux var not found, check gce library"},
+    {binding::plain, &L::xvr, false, false, &E::xvr, nullptr, "n_be_ttlxvr", no_limit, "gbes_xvr_name not found.",
+     "gels_xvr_name not found.", "gels2 xvr name not found.", "xvr name not found."},
+};
+
 }  // namespace
 
 constexpr composite_form eels_form = {
@@ -57,6 +84,8 @@ constexpr composite_form eels_form = {
     .basic = "ebes",
     .keyword = "ece",
     .element = "ebe",
+    .model_tag = "em",
+    .has_power = true,
     .node_word = "nodev",
     .node_name = "node",
     .main_list = &L::node,
@@ -81,4 +110,39 @@ constexpr composite_form eels_form = {
               .max_ig = 500},
     .dc_kinds = {ov_nodev, ov_aux, ov_cur, ov_iparm_ebe, ov_rparm_ebe},
     .ac_kinds = {ov_nodev_ac, ov_aux_ac, ov_cur_ac, -1, -1},
+};
+
+constexpr composite_form gels_form = {
+    .class_name = "gels_class",
+    .path = ".tnlaux/gels.aux",
+    .library = "gels",
+    .basic = "gbes",
+    .keyword = "gce",
+    .element = "gbe",
+    .model_tag = "gm",
+    .has_power = false,
+    .node_word = "var",
+    .node_name = "var",
+    .main_list = &L::vr,
+    .dc_lines = gels_dc_lines,
+    .ac_lines = gels_ac_lines,
+    .bound = gels_bound,
+    .limit = {.max_entries = no_limit,
+              .max_internal = no_limit,
+              .max_nodes = no_limit,
+              .max_node_chars = no_limit,
+              .max_elements = no_limit,
+              .max_elements_ac = no_limit,
+              .max_elements_entry = no_limit,
+              .max_models = 20,
+              .max_model_chars = 4000,
+              .max_branches = no_limit,
+              .max_forward = no_limit,
+              .max_iprm = no_limit,
+              .max_sprm = no_limit,
+              .max_rprm = no_limit,
+              .max_sv = no_limit,
+              .max_ig = no_limit},
+    .dc_kinds = {ov_var, ov_gaux, -1, ov_iparm_gbe, ov_rparm_gbe},
+    .ac_kinds = {ov_var_ac, -1, -1, -1, -1},
 };

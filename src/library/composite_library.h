@@ -41,7 +41,8 @@ struct output_table {
     std::vector<int> kind;   // [pool words]
     std::vector<int> be;     // [pool words] element within the entry's flat list; -1 for nodes and power
     std::vector<int> index;  // [pool words] ov_nodev: composite's node. ov_aux, ov_cur, ov_iparm_ebe, ov_rparm_ebe: running
-                             // index over the concatenated aux, terminals, iparms, rparms of the entry's elements
+                             // index over the concatenated aux, terminals, iparms, rparms of the entry's elements.
+                             // ov_var: composite's variable. ov_postproc, ov_postproc_ac: which of its results
 
     int count(int e) const { return name.count(e); }
     int at(int e, int j) const { return name.first[word_list::at(e)] + j; }
@@ -86,6 +87,9 @@ using gmes_class = composite_library;
 // Reads .tnlaux/eels.aux and expands every entry. A callee stands earlier in the file than its callers.
 eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac);
 void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_class& ebac, eels_class& eels);
+
+// The same from .tnlaux/gels.aux.
+gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac);
 
 // Evaluates the derived parameters of entry e on one row of its rparms, in order.
 void eval_rprm_1(const composite_library& lib, int e, double* rprm);

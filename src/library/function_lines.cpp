@@ -171,7 +171,7 @@ void read_functions(text_file& file, const library_form& form, int n_func, basic
     words w;
     for (int j = 0; j < n_func; ++j) {
         w.clear();
-        next_line(file, w);  // at the end of the file w stays empty, which is no function line
+        next_line(file, w, form.rule);  // at the end of the file w stays empty, which is no function line
         if (j < n_terminal) {
             read_terminal_line(in, w, j);
             continue;

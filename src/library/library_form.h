@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "library/basic_library.h"
+#include "run/text_file.h"
 
 // One mandatory line of an entry, in file order. The member's type says how the line is read: names, or pairs of a name
 // and a default.
@@ -85,6 +86,7 @@ struct glue_form {
 struct library_form {
     const char* class_name;  // "ebes_class"
     const char* path;        // ".tnlaux/ebes.aux"
+    line_rule rule;          // how lines outside code sections are read
     const char* keyword;     // "ebe": begins an entry, "end" + keyword ends it
     const char* function_word;  // "ebe", "ebe (ac)": in "... functions: check v(xx)"
     const char* read_word;      // "ebes": in "read_ebes: check ..."
@@ -93,7 +95,7 @@ struct library_form {
     int max_entries;    // tested against entry index + 2
     int max_functions;  // of the library
     int max_dependencies;
-    bool has_jacobian_line;
+    const char* jacobian_entry;  // before the entry's name when its Jacobian line is wrong; null: there is no such line
     std::span<const flag_word> flags;
     std::span<const list_line> lines;  // between the Jacobian line and the count of functions
     function_form functions;

@@ -2,6 +2,7 @@
 #pragma once
 #include <cmath>
 
+#include "models/edges.h"
 #include "models/model_functions.h"
 #include "run/halt.h"
 #include "run/numeric.h"

@@ -1,6 +1,14 @@
 #include "library/ebes1_class.h"
 #include "models/model_functions.h"
 #include "run/flags_class.h"
+#include "run/halt.h"
+
+switch_curve switch_constants(const char* file, double r_on, double r_off, double v_on) {
+    if (v_on < 0) halt({line(file, ": v_on < 0 ?!")});
+    if (r_on == 0) halt({line(file, ": ron  =  0 ?!")});
+    const double g_on = 1 / r_on;
+    return {g_on, 1 / r_off, v_on, v_on / 0.9999, 0.0001 * g_on};
+}
 
 void switch_current(const switch_curve& s, bool on, double v, double& i, double& g) {
     if (!on) {
@@ -25,5 +33,24 @@ void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const 
         jac->dfdv[0][1] = -g;
         jac->dfdv[1][0] = -g;
         jac->dfdv[1][1] = g;
+    }
+}
+
+void source_branch(double u, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
+                   const flags_class* flags, int first_s) {
+    const bool startup = flags->startup;
+    const int row = startup ? first_s : 0;
+    if (flags->function) {
+        const double i = startup ? auxs[0] : aux[0];
+        f[row] = i;
+        f[row + 1] = -i;
+        f[row + 2] = v[0] - v[1] - u;
+    }
+    if (flags->jacobian) {
+        double** const dfdi = startup ? jac->dfdauxs : jac->dfdaux;
+        dfdi[row][0] = 1;
+        dfdi[row + 1][0] = -1;
+        jac->dfdv[row + 2][0] = 1;
+        jac->dfdv[row + 2][1] = -1;
     }
 }

@@ -1,0 +1,94 @@
+#include "analyses/step_control.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "analyses/evaluate.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+bool has(const std::vector<int>& flag, const unit_core& unit, int u) { return flag[at(unit.i_lib[at(u)])] != 0; }
+
+// Electrical units, then blocks: f(unit number, their answer so far, template flags, query of that unit).
+template <class F> void for_limiting_families(run_state& r, F f) {
+    f(r.c.ebeu.unit, r.c.lib.ebes.flag, r.c.ebeu.time_nextbreak, [&r](int u) { get_ebe(r, u); });
+    f(r.c.gbeu.unit, r.c.lib.gbes.flag, r.c.gbeu.time_nextbreak, [&r](int u) { get_gbe(r, u); });
+}
+}  // namespace
+
+void find_nextbreak(run_state& r) {
+    ebce_form_arrays(r);
+    gbce_form_arrays(r);
+    r.flags.nexttime = 1;
+    for_limiting_families(r, [&r](const unit_core& unit, const entry_flags& flag, std::vector<double>& next, auto ask) {
+        std::fill(next.begin(), next.end(), r.flags.t_end);
+        for (int u = 0; u < unit.n; ++u) {
+            if (!has(flag.limit_tstep, unit, u)) continue;
+            r.flags.time_nextbreak = next[at(u)];
+            ask(u);
+            next[at(u)] = r.flags.time_nextbreak;
+        }
+    });
+    r.flags.nexttime = 0;
+}
+
+void check_tnext1(run_state& r) {
+    const double t_lim = r.slv.time_present + r.slv.delt;
+    r.flags.time_given = r.slv.time_present;
+    ebce_form_arrays(r);
+    gbce_form_arrays(r);
+    r.flags.nexttime = 1;
+    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, std::vector<double>& next, auto ask) {
+        for (int u = 0; u < unit.n; ++u) {
+            // A unit without limit_tstep would not be heard.
+            if (!has(flag.limit_tstep, unit, u)) continue;
+            if (t_lim < next[at(u)] && !has(flag.save_history, unit, u)) continue;
+            r.flags.time_nextbreak = r.flags.t_end;
+            ask(u);
+            next[at(u)] = r.flags.time_nextbreak;
+        }
+    });
+    r.flags.nexttime = 0;
+}
+
+void check_tnext2(run_state& r) {
+    solve_class& slv = r.slv;
+    if (slv.delt == slv.delt_min) return;
+    double t_lim = slv.time_present + slv.delt;
+    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, const std::vector<double>& next, auto) {
+        for (int u = 0; u < unit.n; ++u) {
+            const double t = next[at(u)];
+            if (!has(flag.limit_tstep, unit, u) || t_lim < t) continue;
+            if (t - slv.time_present >= slv.delt_min - 1e-15) t_lim = t;
+        }
+    });
+    slv.delt = t_lim - slv.time_present;
+}
+
+double trbdf2_constant(double g) { return (4 * g - 3 * g * g - 2) / (12 * (2 - g)); }
+
+bool trzbdf2_1(run_state& r) {
+    solve_class& slv = r.slv;
+    const double g = slv.trbdf2_gamma;
+    double sum = 0.0;
+    auto add = [&](double d0, double d1, double d2) {
+        const double e = (1 / g) * d2 - (1 / g) * (1 / (1 - g)) * d1 + (1 / (1 - g)) * d0;
+        sum += e * e;
+    };
+    const kcl_derivatives& k = r.mat.kcl_ddt;
+    for (int d = 0; d < k.n(); ++d)
+        if (k.row[at(d)] >= 0)
+            add(k.total[at(d)] - k.still[at(d)], k.total_1[at(d)] - k.still_1[at(d)], k.total_2[at(d)] - k.still_2[at(d)]);
+    const state_rows& s = r.mat.state;
+    for (int i = 0; i < s.n(); ++i) add(s.f_now[at(i)], s.f_1[at(i)], s.f_2[at(i)]);
+    const double norm = std::sqrt(sum);
+    const double ratio = norm * (2 * std::fabs(trbdf2_constant(g)) * slv.delt) / slv.trbdf2_tolr;
+    const double h_est = slv.delt * std::pow(ratio, -0.333333333);
+    if (ratio >= 2.0) {
+        slv.delt_new = 0.9 * h_est;
+        return false;
+    }
+    slv.delt_new = std::min(0.9 * h_est, 2 * slv.delt);
+    return true;
+}

@@ -1,0 +1,93 @@
+#include "analyses/trns_solve.h"
+
+#include <cmath>
+
+#include "analyses/evaluate.h"
+#include "analyses/newton.h"
+#include "analyses/solution_vector.h"
+#include "run/halt.h"
+#include "run/numeric.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+// The very first solve fixes the order of elimination, on every try of it.
+bool fixes_order(const solve_class& slv) { return slv.iter_trns_1 == 0 && !slv.flag_bdf2; }
+
+bool dump_step(const solve_class& slv) { return slv.wrt_debug_smat && slv.iter_trns_1 == slv.iter_debug_trns - 1; }
+
+void after_converged(run_state& r) {
+    ebce_form_arrays(r);
+    find_ebe_cur_trns(r, true);
+    if (r.c.cct.flag_reset) treat_reset(r);
+    if (r.c.cct.flag_save_history) save_history(r);
+}
+}  // namespace
+
+void solve_newton_trns(run_state& r) {
+    solve_class& slv = r.slv;
+    newton_limits limits = block_limits(r, "solve_newton_trns", "trns_newt");
+    limits.fix_order = fixes_order(slv);
+    limits.dump = dump_step(slv);
+    limits.hold_factors = slv.nr_approx && slv.iter_trns_1 >= slv.iter_trns_nrapprox && !limits.fix_order;
+    newton(r, limits);
+    if (slv.l_converged) after_converged(r);
+}
+
+void solve_linear_trns(run_state& r) {
+    solve_linear(r, fixes_order(r.slv), dump_step(r.slv), "solve_linear_trns", "trns_lin");
+    r.slv.l_converged = 1;
+    after_converged(r);
+}
+
+void gmin_step_trns_1(run_state& r) {
+    solve_class& slv = r.slv;
+    slv.l_gmin_done = 0;
+    ++slv.n_gmin_total;
+    clear_solvec(r);
+    newton_limits limits = gmin_limits(slv, "gmin_step_trns_1");
+    for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
+        slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
+        r.flags.gmin = slv.gmin_present;
+        limits.fix_order = slv.iter_gmin == 0;
+        newton(r, limits);
+        if (!slv.l_converged)
+            halt({"gmin_step_trns_1:", "   N-R iterations did not converge.",
+                  line("   gmin_present=", slv.gmin_present), line("   1/gmin_present=", 1.0 / slv.gmin_present),
+                  "   Halting..."});
+    }
+    slv.l_converged = 1;
+    slv.l_gmin_done = 1;
+    slv.iter_gmin = -1;
+    ebce_form_arrays(r);
+    find_ebe_cur_trns(r, false);
+    if (r.c.cct.flag_save_history) save_history(r);
+}
+
+void find_functions_trns(run_state& r) {
+    ebce_form_arrays(r);
+    find_ebe_cur_trns(r, false);
+    find_block_functions(r);
+    // A block that goes on from a solution knows the currents of its capacitors; one that starts from nothing has none.
+    kcl_derivatives& k = r.mat.kcl_ddt;
+    const bool from_solution = r.slv.init_previous || r.slv.init_file;
+    for (int d = 0; d < k.n(); ++d)
+        k.total[at(d)] = from_solution ? r.c.ebeu.cur_nd[at(k.terminal[at(d)])] : k.still[at(d)];
+}
+
+void gbce_modulo(run_state& r) {
+    gbeu_class& g = r.c.gbeu;
+    for (int u = 0; u < g.n(); ++u) {
+        if (!r.c.lib.gbes.flag.limit_modulo[at(g.unit.i_lib[at(u)])] || g.vr.size(u) == 0) continue;
+        const double lo = g.unit.rprm.row(u)[0], hi = g.unit.rprm.row(u)[1], w = hi - lo;
+        const int n = g.vr.row(u)[g.vr.size(u) - 1];
+        const double v = g.val_vr[at(n)];
+        const double wrapped = v < lo ? hi - std::fmod(lo - v, w) : std::fmod(v - lo, w) + lo;
+        if (wrapped == v) continue;
+        g.val_vr[at(n)] = wrapped;
+        const std::size_t i = at(r.mat.offs.gvar + n);
+        const double shift = wrapped - r.mat.svec_old_1[i];
+        r.mat.svec[i] = r.mat.svec_old_1[i] = wrapped;
+        if (r.slv.flag_be || r.slv.flag_trz) r.mat.svec_old_2[i] += shift;
+    }
+}

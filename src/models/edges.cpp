@@ -1,0 +1,130 @@
+#include "models/edges.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <limits>
+
+#include "run/flags_class.h"
+
+namespace {
+struct corner {
+    double t, y;
+};
+
+edge_list stored(edge_store& s, std::initializer_list<corner> corners) {
+    edge_list e;
+    for (const corner& c : corners) {
+        s.t[e.n] = c.t;
+        s.y[e.n++] = c.y;
+    }
+    e.t = s.t;
+    e.y = s.y;
+    return e;
+}
+
+bool repeats(const edge_list& e, double from_origin) { return e.per > 0 && (e.repeat_before || from_origin >= 0); }
+
+// How far the rounding of t and of its distance from the origin can take a time away from a corner, s.
+double rounding(const edge_list& e, double t) {
+    return 4 * std::numeric_limits<double>::epsilon() * (std::fabs(t) + std::fabs(e.t0));
+}
+
+// Time within the list: from the origin, or within the period. Just before the end of a period it is below 0 by what is
+// missing to it, so that distances stay exact.
+double phase(const edge_list& e, double t) {
+    double p = t - e.t0;
+    if (!repeats(e, p)) return p;
+    p = std::fmod(p, e.per);
+    if (p < 0) p += e.per;
+    if (e.per - p <= std::min(1e-10, 1e-3 * e.per)) p -= e.per;
+    return p;
+}
+
+// The number of corners at or before p.
+int passed(const edge_list& e, double p) { return static_cast<int>(std::upper_bound(e.t, e.t + e.n, p) - e.t); }
+}  // namespace
+
+edge_list clock_edges(edge_store& s, double t1, double t2, double dt1, double dt2, double t0, double low, double high) {
+    edge_list e = stored(s, {{0, low}, {dt1, high}, {t1, high}, {t1 + dt2, low}, {t1 + t2, low}});
+    e.t0 = t0;
+    e.per = t1 + t2;
+    return e;
+}
+
+edge_list pulse_edges(edge_store& s, double y1, double y2, double td, double tr, double tf, double pw, double per) {
+    // A pulse that fills its period may pass its end by rounding.
+    const auto held = [per](double t) { return t > per && t <= per * (1 + 1e-9) ? per : t; };
+    edge_list e = stored(s, {{0, y1}, {tr, y2}, {held(tr + pw), y2}, {held(tr + pw + tf), y1}, {per, y1}});
+    if (!(per > 0)) e.n = 4;
+    e.t0 = td;
+    e.per = per;
+    e.repeat_before = false;
+    return e;
+}
+
+edge_list step_edges(edge_store& s, double y1, double y2, double t0, double dt) {
+    edge_list e = stored(s, {{0, y1}, {dt, y2}});
+    e.t0 = t0;
+    return e;
+}
+
+edge_list triangle_edges(edge_store& s, double per, double t0, double y_min, double y_max) {
+    edge_list e = stored(s, {{0, y_min}, {0.5 * per, y_max}, {per, y_min}});
+    e.t0 = t0;
+    e.per = per;
+    return e;
+}
+
+edge_list point_edges(int n, const double* t, const double* y) {
+    edge_list e;
+    e.n = n;
+    e.t = t;
+    e.y = y;
+    return e;
+}
+
+bool edges_in_order(const edge_list& e) {
+    if (e.n < 1) return false;
+    for (int i = 1; i < e.n; ++i)
+        if (!(e.t[i] >= e.t[i - 1])) return false;
+    return !(e.per > 0) || e.t[e.n - 1] <= e.per;
+}
+
+double edge_value(const edge_list& e, double t) {
+    double p = phase(e, t);
+    if (p < 0 && repeats(e, t - e.t0)) p = 0;
+    int i = passed(e, p);
+    if (i < e.n && e.t[i] - p <= rounding(e, t)) {
+        p = e.t[i];
+        i = passed(e, p);
+    }
+    if (i == 0) return e.y[0];
+    if (i == e.n) return e.y[e.n - 1];
+    return e.y[i - 1] + (e.y[i] - e.y[i - 1]) * ((p - e.t[i - 1]) / (e.t[i] - e.t[i - 1]));
+}
+
+double edge_next(const edge_list& e, double t, double eps) {
+    const double p = phase(e, t), ahead = std::max(eps, rounding(e, t));
+    const bool repeated = repeats(e, t - e.t0);
+    const int i = passed(e, (repeated ? std::max(p, 0.0) : p) + ahead);
+    if (i < e.n) return repeated ? t + (e.t[i] - p) : e.t0 + e.t[i];
+    if (!repeated) return std::numeric_limits<double>::infinity();
+    // The list ends with the period, on which t stands: the first corner of the next one that is far enough.
+    const int j = std::min(passed(e, p + ahead - e.per), e.n - 1);
+    return t + (e.per + e.t[j] - p);
+}
+
+double edge_eps(const edge_list& e) {
+    double shortest = 0;
+    for (int i = 1; i < e.n; ++i) {
+        const double d = e.t[i] - e.t[i - 1];
+        if (d > 0 && (shortest == 0 || d < shortest)) shortest = d;
+    }
+    return 0.01 * shortest;
+}
+
+void edge_break(const edge_list& e, double eps, flags_class* flags) {
+    const double t = edge_next(e, flags->time_given, eps);
+    if (std::isfinite(t)) flags->time_nextbreak = t;
+}
