@@ -3,7 +3,7 @@
 #include "library/code_section.h"
 #include "library/function_lines.h"
 #include "library/jacobian_map.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "library/list_lines.h"
 #include "run/halt.h"
 
@@ -45,7 +45,7 @@ void read_jacobian_line(text_file& file, const library_form& form, basic_library
     const std::string_view word = w.size() > 1 ? w[1] : std::string_view();
     if (word != "constant" && word != "variable")
         halt({line(form.class_name, ": expect constant/variable for jacobian."),
-              line("  ", form.keyword, " name is: ", lib.list.entry[lib.n() - 1]), "  Halting..."});
+              line(form.jacobian_entry, lib.list.entry[lib.n() - 1]), "  Halting..."});
     lib.flag.jac_const.back() = word == "constant";
 }
 
@@ -95,7 +95,7 @@ void read_code(text_file& file, const library_form& form, glue_text* glue, basic
 void read_entry(text_file& file, const words& first_line, const library_form& form, glue_text* glue,
                 basic_library& lib) {
     read_entry_line(first_line, form, lib);
-    if (form.has_jacobian_line) read_jacobian_line(file, form, lib);
+    if (form.jacobian_entry) read_jacobian_line(file, form, lib);
     for (const list_line& l : form.lines) read_list_line(file, form, l, lib);
     lib.list.close_rows();
     const int n_func = read_function_count(file, form, lib);

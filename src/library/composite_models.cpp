@@ -1,6 +1,6 @@
 // composite_models.cpp -- the ebemodel and ecemodel lines of composites.
 #include "library/composite_entry.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "run/halt.h"
 
 const model_line* model_lines::find(std::string_view name) const {
@@ -19,11 +19,8 @@ void read_model_line(const entry_in_work& entry, half_in_work& half, const words
     if (w.size() <= 6) halt({line(form.class_name, ": nw_s1=", w.size(), " is too small."), check});
     check_word_2(w, 1, "name", line("expect name here, ", entry.library_words()));
     check_word_2(w, 3, "type", line("expect type here, ", entry.library_words()));
-    if (w.size() % 2 == 0) {
-        const std::string odd = line(form.class_name, ": k_rem is not zero (", tag, ", ", half_word, "). Halting...");
-        if (half.ac) halt({odd, check});
-        halt({odd});
-    }
+    if (w.size() % 2 == 0)
+        halt({line(form.class_name, ": k_rem is not zero (", tag, ", ", half_word, "). Halting...")});
 
     model_lines& lines = of_element ? half.element_models : half.call_models;
     model_line& m = lines.list.emplace_back();

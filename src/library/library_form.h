@@ -93,7 +93,7 @@ struct library_form {
     int max_entries;    // tested against entry index + 2
     int max_functions;  // of the library
     int max_dependencies;
-    bool has_jacobian_line;
+    const char* jacobian_entry;  // before the entry's name when its Jacobian line is wrong; null: there is no such line
     std::span<const flag_word> flags;
     std::span<const list_line> lines;  // between the Jacobian line and the count of functions
     function_form functions;
