@@ -3,7 +3,7 @@
 #include "library/code_section.h"
 #include "library/function_lines.h"
 #include "library/jacobian_map.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "library/list_lines.h"
 #include "run/halt.h"
 

@@ -1,6 +1,6 @@
 // composite_body.cpp -- an element statement of a composite: one row more in every table of the flat element list.
 #include "library/composite_entry.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "library/list_lines.h"
 #include "run/halt.h"
 

@@ -1,7 +1,7 @@
 // composite_call.cpp -- a call of another composite: its flat element list is copied, with nodes and parameters
 // translated to those of the caller.
 #include "library/composite_entry.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // composite_models.cpp -- the ebemodel and ecemodel lines of composites.
 #include "library/composite_entry.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "run/halt.h"
 
 const model_line* model_lines::find(std::string_view name) const {

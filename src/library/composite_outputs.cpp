@@ -1,7 +1,7 @@
 // composite_outputs.cpp -- output and bias words of composites: left_of_right, where right names a node, an element or a
 // called composite.
 #include "library/composite_entry.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "run/halt.h"
 
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,

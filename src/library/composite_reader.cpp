@@ -2,7 +2,7 @@
 
 #include "library/code_section.h"
 #include "library/composite_entry.h"
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "library/list_lines.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "library/function_lines.h"
 
-#include "library/limits.h"
+#include "library/check_limit.h"
 #include "run/halt.h"
 
 namespace {

@@ -1,9 +1,10 @@
 // generate_main.cpp -- the build program behind the models: joins element files into libraries, and lets the library
 // reader write the sources of the model functions and their registration.
-//   tarnel_generate <source folder> <library folder> <element file>...
+//   tarnel_generate [--by-number] <source folder> <library folder> <element file>...
 // The source folder gets .tnlaux/ with the libraries as written, and sub*.cpp, get*.cpp, reg*.cpp beside them. The
 // library folder gets the libraries of the program: the same entries with their source sections replaced by
-// "C: compiled", and the list files.
+// "C: compiled", and the list files. Dispatch goes through the list of all names, or with --by-number by the numbers of
+// the library alone.
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -133,8 +134,13 @@ text_file with_callees(const std::vector<element_file>& files, std::size_t i) {
 }  // namespace
 
 int main(int n_arg, char** arg) {
+    const bool by_number = n_arg > 1 && std::string_view(arg[1]) == "--by-number";
+    if (by_number) {
+        --n_arg;
+        ++arg;
+    }
     if (n_arg < 3) {
-        std::cout << "usage: tarnel_generate <source folder> <library folder> <element file>...\n";
+        std::cout << "usage: tarnel_generate [--by-number] <source folder> <library folder> <element file>...\n";
         return 1;
     }
     const fs::path sources = fs::path(arg[1]) / ".tnlaux", libraries = arg[2];
@@ -155,7 +161,7 @@ int main(int n_arg, char** arg) {
         }
         if (f.form) {
             basic_library lib;
-            read_library(sources / f.library, *f.form, int_T, constants_class{1, 2}, lib);
+            read_library(sources / f.library, *f.form, int_T, constants_class{1, by_number ? 1 : 2}, lib);
             std::ofstream reg = open_output(sources / line("reg", f.form->glue.file_word, ".cpp"));
             write_registration(reg, *f.form, lib);
             (f.form == &ebes_form ? basic : basic_ac) = std::move(lib);

@@ -41,9 +41,10 @@ void write_library_dumps(const output_flags& on, const libraries& lib) {
         {on.xbac, "xbac", &lib.xbac}};
     for (const auto& [wanted, word, library] : basic)
         if (wanted) write_basic_dump(word, *library);
-    const std::tuple<bool, const char*, const composite_library*> composites[] = {
-        {on.eels, "eels", &lib.eels}, {on.gels, "gels", &lib.gels}, {on.xels, "xels", &lib.xels},
-        {on.dels, "dels", &lib.dels}};
+    const std::tuple<bool, const char*, const composite_library*> composites[] = {{on.eels, "eels", &lib.eels},
+                                                                                  {on.gels, "gels", &lib.gels},
+                                                                                  {on.xels, "xels", &lib.xels},
+                                                                                  {on.dels, "dels", &lib.dels}};
     for (const auto& [wanted, word, library] : composites)
         if (wanted) write_composite_dump(word, *library);
     if (on.hebes) write_hebes_dump("hebes", lib.ebes);
@@ -103,7 +104,33 @@ void check_available(const solve_class& slv) {
         if (on) halt({line("main: solve_type ", word, " is not available in this version."), "  Halting..."});
 }
 
-void run_block(run_state& r, int index) {
+// All points of a dc block, and the file of its last solution.
+void solve_dc_block(run_state& r) {
+    init_sol(r);
+    set_mat_dc(r.mat, r.c, r.ebes1);
+    run_dc_sweeps(r);
+    if (r.slv.i_file_solution >= 0) {
+        ebce_form_arrays(r);
+        find_ebe_cur_dc(r);
+        write_solution(r.slv, r.c, r.flags);
+    }
+}
+}  // namespace
+
+void prepare_circuit(run_state& r) {
+    circuit& c = r.c;
+    elaborate(c);
+    write_circuit_dumps(c);
+    check_circuit_leftovers(c.cf);
+    classify(c);
+    bind_models(r);
+    one_time_parms(r);
+    check_linear(c);
+    check_one_time(c);
+    allocate_system(r.mat, c);
+}
+
+void read_block(run_state& r, int index) {
     solve_class& slv = r.slv;
     circuit& c = r.c;
     const bool debug = c.cf.output.debug;
@@ -125,6 +152,11 @@ void run_block(run_state& r, int index) {
     r.mat.e.debug_gauss_2 = slv.debug_gauss_2;
     check_solve_leftovers(c.cf, index);
     check_available(slv);
+}
+
+void solve_block(run_state& r) {
+    solve_class& slv = r.slv;
+    circuit& c = r.c;
     if (slv.dc) {
         define_offs_solvec_dc(r.mat, c);
         define_method_type(slv, c.cct);
@@ -134,17 +166,8 @@ void run_block(run_state& r, int index) {
     set_parm(slv, c);
     one_time_parms(r);
     r.flags.set_parm = 0;
-    if (debug) say("main: one_time_parms done");
-    if (slv.dc) {
-        init_sol(r);
-        set_mat_dc(r.mat, c, r.ebes1);
-        run_dc_sweeps(r);
-        if (slv.i_file_solution >= 0) {
-            ebce_form_arrays(r);
-            find_ebe_cur_dc(r);
-            write_solution(slv, c, r.flags);
-        }
-    }
+    if (c.cf.output.debug) say("main: one_time_parms done");
+    if (slv.dc) solve_dc_block(r);
     if (slv.i_file_parms >= 0) write_parms(slv, c);
     close_out_files(slv);
     slv.previous_solve_type = slv.solve_type;
@@ -152,7 +175,6 @@ void run_block(run_state& r, int index) {
     if (slv.gmin_step && slv.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.n_gmin_total));
     delete_arrays(slv);
 }
-}  // namespace
 
 void run_tarnel() {
     circuit c;
@@ -169,15 +191,10 @@ void run_tarnel() {
     c.ov = read_ov(c.cf, c.gprm);
     read_lists(c.lib, r.flags);
     c.tmpdim = read_tmpdim("tmpdim.in");
-    elaborate(c);
-    write_circuit_dumps(c);
-    check_circuit_leftovers(c.cf);
-    classify(c);
-    bind_models(r);
-    one_time_parms(r);
-    check_linear(c);
-    check_one_time(c);
-    allocate_system(r.mat, c);
-    for (int index = 0; index < c.cf.n_solve; ++index) run_block(r, index);
+    prepare_circuit(r);
+    for (int index = 0; index < c.cf.n_solve; ++index) {
+        read_block(r, index);
+        solve_block(r);
+    }
     say("TARNEL: Program completed.");
 }

@@ -162,6 +162,8 @@ double interp_linear(double a, double b, int i, int n) {
 }
 
 double interp_log(double a, double b, int i, int n) {
+    if (!(a > 0 && b > 0))
+        halt({"interp_log: check x_start and x_end", line("interp_log: x_start=", a), line("interp_log: x_end=", b)});
     if (i == 0) return a;
     if (i == n - 1) return b;
     return std::exp(interp_linear(std::log(a), std::log(b), i, n));

@@ -75,7 +75,7 @@ void apply(const update& op, T* w) {
 
 template <class T>
 bool run_levels(factors<T>& f, const segment& s, double zero_piv) {
-    const int *first = f.first.data(), *diag = f.diag.data();
+    const int* diag = f.diag.data();
     T *w = f.w.data(), *x = w + f.col.size(), *inverse = f.inverse.data();
     bool failed = false;
     const level *v = f.levels.data() + s.first_level, *end = f.levels.data() + s.end_level;
@@ -84,23 +84,13 @@ bool run_levels(factors<T>& f, const segment& s, double zero_piv) {
     const update* op = f.updates.data() + start.end_update;
     int k = start.end_scale;
     for (; v != end; ++v) {
-        const int* end_pivot = f.pivot.data() + v->end_pivot;
-        if (end_pivot - pivot == 1) {  // the inverse need not go through memory
-            const int p = *pivot++;
-            T *u = w + diag[p], *end_u = w + first[p + 1];
-            failed |= magnitude(*u) < zero_piv;
-            const T inv = invert(*u, x[p]);
-            for (++u; u != end_u; ++u) *u = product(*u, inv);
-            k = v->end_scale;
-        } else {
-            T* inv = inverse;
-            for (; pivot != end_pivot; ++pivot) {
-                const T piv = w[diag[*pivot]];
-                failed |= magnitude(piv) < zero_piv;
-                *inv++ = invert(piv, x[*pivot]);
-            }
-            for (; k < v->end_scale; ++k) w[scale[k]] = product(w[scale[k]], inverse[by[k]]);
+        T* inv = inverse;
+        for (const int* end_pivot = f.pivot.data() + v->end_pivot; pivot != end_pivot; ++pivot) {
+            const T piv = w[diag[*pivot]];
+            failed |= magnitude(piv) < zero_piv;
+            *inv++ = invert(piv, x[*pivot]);
         }
+        for (; k < v->end_scale; ++k) w[scale[k]] = product(w[scale[k]], inverse[by[k]]);
         const update* end_op = f.updates.data() + v->end_update;
         for (; end_op - op >= 2; op += 2) {
             apply(op[0], w);
@@ -197,62 +187,82 @@ struct level_maker {
     std::vector<int> last;             // [n_entry + n] last level that changed the entry, the right-hand side; or -1
     std::vector<unsigned char> begun;  // [n_entry]    1: a fill-in that has its first value
 
-    // Calls use(target entry, lower entry, upper entry) for all operations of pivot i, rows and columns ascending.
-    template <class F>
-    void for_updates(int i, F use) {
+    std::vector<int> targets;          // of the updates of the segment's matrix entries, pivot by pivot
+    std::vector<size_t> first_target;  // [pivots of the segment + 1]
+
+    // Targets of pivot i, rows and columns ascending.
+    void add_targets(int i) {
         for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) {
             int e = at(low, q) + 1;
             for (int j = at(f.diag, i) + 1; j < at(f.first, i + 1); ++j) {
                 while (at(f.col, e) != at(f.col, j)) ++e;
-                use(e, at(low, q), j);
+                targets.push_back(e);
             }
         }
+    }
+
+    // The first level at which pivot i has its row and column complete and keeps the order of common updates.
+    int level_of_pivot(int i, size_t from_target, int lowest) {
+        const int n_entry = static_cast<int>(f.col.size());
+        int v = std::max(lowest, at(last, n_entry + i) + 1);
+        for (int e = at(f.diag, i); e < at(f.first, i + 1); ++e) v = std::max(v, at(last, e) + 1);
+        for (int q = at(first_low, i); q < at(first_low, i + 1); ++q)
+            v = std::max({v, at(last, at(low, q)) + 1, at(last, n_entry + at(low_row, q))});
+        for (size_t t = from_target; t < targets.size(); ++t) v = std::max(v, at(last, targets[t]));
+        for (size_t t = from_target; t < targets.size(); ++t) at(last, targets[t]) = v;
+        for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) at(last, n_entry + at(low_row, q)) = v;
+        return v;
     }
 
     void add_levels(segment& s) {
-        const int n_pivot = s.end - s.first, n_entry = static_cast<int>(f.col.size());
-        std::vector<int> level_of(static_cast<size_t>(n_pivot), 0);
-        int n_level = 0;
+        const int base = static_cast<int>(f.levels.size()), n_pivot = s.end - s.first;
+        std::vector<int> level_of(static_cast<size_t>(n_pivot)), members(level_of), start(1, 0);
+        targets.clear();
+        first_target.assign(1, 0);
         for (int i = s.first; i < s.end; ++i) {
-            int v = at(last, n_entry + i) + 1;
-            for (int e = at(f.diag, i); e < at(f.first, i + 1); ++e) v = std::max(v, at(last, e) + 1);
-            for (int q = at(first_low, i); q < at(first_low, i + 1); ++q)
-                v = std::max({v, at(last, at(low, q)) + 1, at(last, n_entry + at(low_row, q))});
-            for_updates(i, [&](int t, int, int) { v = std::max(v, at(last, t)); });
-            for_updates(i, [&](int t, int, int) { at(last, t) = v; });
-            for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) at(last, n_entry + at(low_row, q)) = v;
+            add_targets(i);
+            const int v = level_of_pivot(i, first_target.back(), base) - base;
+            first_target.push_back(targets.size());
             at(level_of, i - s.first) = v;
-            n_level = std::max(n_level, v + 1);
+            start.resize(std::max(start.size(), static_cast<size_t>(v) + 2), 0);
+            ++at(start, v + 1);
         }
-        std::fill(last.begin(), last.end(), -1);
-        std::vector<std::vector<int>> members(static_cast<size_t>(n_level));
-        for (int i = s.first; i < s.end; ++i) at(members, at(level_of, i - s.first)).push_back(i);
-        s.first_level = static_cast<int>(f.levels.size());
-        for (const std::vector<int>& pivots : members) add_level(pivots);
+        for (size_t v = 1; v < start.size(); ++v) start[v] += start[v - 1];
+        std::vector<int> next = start;
+        for (int i = s.first; i < s.end; ++i) at(members, at(next, at(level_of, i - s.first))++) = i;
+        s.first_level = base;
+        for (size_t v = 0; v + 1 < start.size(); ++v)
+            add_level(members.data() + start[v], members.data() + start[v + 1], s.first);
         s.end_level = static_cast<int>(f.levels.size());
     }
 
-    void add_level(const std::vector<int>& pivots) {
+    void add_level(const int* pivot, const int* end, int first_pivot) {
         const int n_entry = static_cast<int>(f.col.size());
-        int place = 0;
-        for (const int i : pivots) {
+        f.inverse.resize(std::max(f.inverse.size(), static_cast<size_t>(end - pivot)));
+        for (int place = 0; pivot != end; ++pivot, ++place) {
+            const int i = *pivot, end_i = at(f.first, i + 1);
             f.pivot.push_back(i);
-            for (int e = at(f.diag, i) + 1; e < at(f.first, i + 1); ++e) {
+            for (int e = at(f.diag, i) + 1; e < end_i; ++e) {
                 f.scale.push_back(e);
                 f.scaled_by.push_back(place);
             }
-            for_updates(i, [&](int t, int l, int u) {
-                const bool starts = !is_real(T{}) && at(f.source, t) == nnz_m && !at(begun, t);
-                at(begun, t) = 1;
-                f.updates.push_back({starts ? ~t : t, l, u});
-            });
+            const int* target = targets.data() + at(first_target, i - first_pivot);
+            for (int q = at(first_low, i); q < at(first_low, i + 1); ++q)
+                for (int j = at(f.diag, i) + 1; j < end_i; ++j) add_update(*target++, at(low, q), j);
             for (int q = at(first_low, i); q < at(first_low, i + 1); ++q)
                 f.updates.push_back({n_entry + at(low_row, q), at(low, q), n_entry + i});
-            ++place;
         }
-        f.inverse.resize(std::max(f.inverse.size(), pivots.size()));
         f.levels.push_back(
             {static_cast<int>(f.pivot.size()), static_cast<int>(f.scale.size()), static_cast<int>(f.updates.size())});
+    }
+
+    void add_update(int t, int l, int u) {
+        if constexpr (is_real(T{})) {
+            f.updates.push_back({t, l, u});
+        } else {
+            f.updates.push_back({at(f.source, t) == nnz_m && !at(begun, t) ? ~t : t, l, u});
+            at(begun, t) = 1;
+        }
     }
 };
 
@@ -283,7 +293,9 @@ void make_segments(factors<T>& f, int nnz_m) {
                          low_row,
                          nnz_m,
                          std::vector<int>(n_entry + static_cast<size_t>(f.n), -1),
-                         std::vector<unsigned char>(n_entry, 0)};
+                         std::vector<unsigned char>(n_entry, 0),
+                         {},
+                         {}};
     int from = 0;  // first row that is in no segment yet
     const auto close = [&](int end) {
         if (from == end) return;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace cli {
 
@@ -161,14 +162,27 @@ bool lacks_type(const deck_view& deck, int i) { return without(deck, i, "type");
 bool lacks_name(const deck_view& deck, int i) {
     return without(deck, i, "name") && !is_placeholder(value_of(deck, i, "type"));
 }
+bool is_of_deck(std::string_view quantity) {  // its right word is a node or a variable
+    for (std::string_view q : {"nodev", "dvar", "nodev_ac", "var", "xvar", "var_ac", "xvar_ac"})
+        if (q == quantity) return true;
+    return false;
+}
+bool asks_for_no_node(const deck_view& deck, int i) {
+    if (!deck.statements.begins(i, "outvar:")) return false;
+    const statement_range circuit = circuit_range(deck);
+    for (int j = 2; j < deck.statements.n_words(i); j += 2) {
+        const std::string_view word = deck.statements.word(i, j);
+        bool used = !is_of_deck(quantity_of(word));
+        for (int k = circuit.begin; k < circuit.end && !used; ++k) used = uses_node(deck, k, instance_of(word));
+        if (!used) return true;
+    }
+    return false;
+}
 bool asks_for_nobody(const deck_view& deck, int i) {
     if (!deck.statements.begins(i, "outvar:")) return false;
     for (int j = 2; j < deck.statements.n_words(i); j += 2) {
         const std::string_view word = deck.statements.word(i, j), quantity = quantity_of(word);
-        bool of_deck = false;  // a node or variable, or nothing to look up
-        for (std::string_view q :
-             {"nodev", "dvar", "nodev_ac", "var", "xvar", "var_ac", "xvar_ac", "pwr_elec", "pwr_elec_ac"})
-            of_deck = of_deck || q == quantity;
+        const bool of_deck = is_of_deck(quantity) || quantity.starts_with("pwr_elec");  // nothing to look up
         const std::string_view instance = instance_of(word);
         if (!of_deck && !is_instance(deck, instance.substr(0, instance.find('.')))) return true;
     }
@@ -181,15 +195,33 @@ bool lacks_of(const deck_view& deck, int i) {
     return false;
 }
 bool is_refnode(const deck_view& deck, int i) { return deck.statements.begins(i, "refnode"); }
+bool is_first(const deck_view&, int i) { return i == 0; }
 
 struct silent_stop {
     std::string_view message;
     bool (*cause)(const deck_view&, int i);
 };
 constexpr silent_stop silent_stops[] = {
-    {": type not found. Halting", lacks_type},           {": name not found. Halting", lacks_name},
-    {"cct_ov_flag = IGL_CLEAR", asks_for_nobody},        {"_of_ not found, check circuit file", lacks_of},
+    {": type not found. Halting", lacks_type},
+    {": name not found. Halting", lacks_name},
+    {"cct_ov_flag = IGL_CLEAR", asks_for_nobody},
+    {"_of_ not found, check circuit file", lacks_of},
+    {"Check outvars of type ", asks_for_no_node},
     {"cct_class: reference node not found", is_refnode},
+    {"title: not found", is_first},
+};
+
+// A text that names a statement's first word and nothing else: it tells when the deck has one such statement.
+constexpr std::pair<std::string_view, std::string_view> kinds[] = {
+    {"vary_parm_sync statement", "vary_parm_sync"},
+    {"vary_parm statement", "vary_parm"},
+    {"set_parm statement", "set_parm"},
+    {"initial_sol card", "initial_sol"},
+    {"vary_freq statement", "vary_freq"},
+    {"refnode statement", "refnode"},
+    {"ginteger statement", "ginteger"},
+    {"gstring statement", "gstring"},
+    {"greal statement", "greal"},
 };
 
 // ---- where to look
@@ -232,7 +264,8 @@ std::vector<int> find_statements(std::string_view text, const deck_view& deck, c
     const std::vector<std::string> lines = split_lines(text);
     for (const silent_stop& stop : silent_stops)
         if (any_line_has(lines, stop.message)) {
-            std::vector<int> found = statements_in(circuit_range(deck), [&](int i) { return stop.cause(deck, i); });
+            std::vector<int> found =
+                statements_in({0, deck.statements.n_lines()}, [&](int i) { return stop.cause(deck, i); });
             if (!found.empty()) return found;
         }
     // A type that is not installed stops the run at its first statement, whatever else is wrong with the deck.
@@ -248,6 +281,9 @@ std::vector<int> find_statements(std::string_view text, const deck_view& deck, c
             if (first_only && found.size() > 1) found.resize(1);
             if (!found.empty()) return found;
         }
+    for (const auto& [said, word] : kinds)
+        if (any_line_has(lines, said))
+            return statements_in(range, [&, first = word](int i) { return deck.statements.begins(i, first); });
     return {};
 }
 

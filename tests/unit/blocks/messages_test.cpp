@@ -372,7 +372,14 @@ const fault faults[] = {
          r.c.lib.eels.list.sv = r.c.lib.eels.list.rprm;
          r.c.lib.eels.list.sv.name.pool = words{"v0", "v0", "v0", "v0", "v0", "v0"};
      }},
-    {"ssw_not_allowed", ssw, "solve_class: SSW not allowed for ebe type: vs\n"},
+    {"ssw_not_allowed", ssw, "solve_class: SSW not allowed for ebe type: vs\n",
+     [](block_run& r) { r.c.lib.ebes.flag.allow_ssw[1] = 0; }},
+    {"ssw_not_allowed_block", ssw, "solve_class: SSW not allowed for gbe type: intgr\n",
+     [](block_run& r) {
+         r.c.lib.gbes.list.entry = {"intgr"};
+         r.c.lib.gbes.flag.allow_ssw = {0};
+         r.c.gbeu.unit.i_lib = {0};
+     }},
     {"gauss", dc + "method: matrix_sparse1=no\n",
      "solve_class: gauss elim method not specified correctly.\n   Halting..\n"},
     {"superlu", dc + "method: matrix_superlu=yes\n",

@@ -147,6 +147,7 @@ const listed_word listed[] = {{"itmax_newton", "int", 500},
                               {"n_pass_mixed", "int", 20},
                               {"offset_dgtl", "double", 2.0},
                               {"compute_acp", "flag", 1},
+                              {"t_start", "double", 0},
                               {"t_startup", "double", 0},
                               {"t_dc", "double", 0}};
 const std::set<std::string_view> depends_on_circuit = {"chk_rhs2",      "chk_spice",     "gmin_step",   "x_eval_serial",

@@ -251,6 +251,14 @@ TEST(interp, has_exact_ends) {
     EXPECT_DOUBLE_EQ(interp_log(1, 100, 1, 3), 10.0);
 }
 
+TEST(interp_log, halts_at_every_point_unless_both_bounds_are_positive) {
+    for (int i = 0; i < 3; ++i)
+        EXPECT_HALT(interp_log(0, 10, i, 3),
+                    "interp_log: check x_start and x_end\ninterp_log: x_start=0\ninterp_log: x_end=10\n");
+    EXPECT_HALT(interp_log(1, -1, 0, 3),
+                "interp_log: check x_start and x_end\ninterp_log: x_start=1\ninterp_log: x_end=-1\n");
+}
+
 TEST(interp_linear_1, goes_through_both_points) {
     double y;
     interp_linear_1(1, 1, 3, 10, 20, y);

@@ -5,10 +5,11 @@ namespace {
 
 // Seen in the trials, so that the families are known to reach what they are for.
 struct tally {
-    int n_solved = 0, n_stopped = 0, n_reordered = 0;
+    int n_solved = 0, n_stopped = 0, n_reordered = 0, n_dense = 0;
 };
 
-template <class T> void run_trials(int first_seed, int n_trial, int m_size, value_kind kind, tally& seen) {
+template <class T>
+void run_trials(int first_seed, int n_trial, int m_size, value_kind kind, tally& seen) {
     for (int trial = 0; trial < n_trial; ++trial) {
         std::mt19937 rng(static_cast<unsigned>(first_seed + trial));
         const int n = 1 + static_cast<int>(rng() % static_cast<unsigned>(m_size));
@@ -32,6 +33,7 @@ template <class T> void run_trials(int first_seed, int n_trial, int m_size, valu
             if (before != fast.row_perm) ++seen.n_reordered;
             if (stopped) break;
             ++seen.n_solved;
+            for (const segment& part : fast.compact.segments) seen.n_dense += part.how == segment::dense;
             ASSERT_TRUE(same_call(fast, plain, s, 1, 0, 1, 2, stopped)) << where << ", round " << round;
             ASSERT_TRUE(same_call(fast, plain, s, 1, 0, 1, 3, stopped)) << where << ", again, round " << round;
             const std::vector<T> old = s.val;
@@ -47,7 +49,8 @@ template <class T> void run_trials(int first_seed, int n_trial, int m_size, valu
     }
 }
 
-template <class T> void run_all_kinds(int n_trial, int m_size, tally& seen) {
+template <class T>
+void run_all_kinds(int n_trial, int m_size, tally& seen) {
     for (int k = 0; k < static_cast<int>(value_kind::n_kinds); ++k)
         run_trials<T>(100000 * k + m_size, n_trial, m_size, static_cast<value_kind>(k), seen);
 }
@@ -56,7 +59,7 @@ template <class T> void run_all_kinds(int n_trial, int m_size, tally& seen) {
 
 TEST(plain_against_fast, tiny_real_systems_agree_to_the_bit) {
     tally seen;
-    run_all_kinds<double>(400, 8, seen);
+    run_all_kinds<double>(2500, 8, seen);
     EXPECT_GT(seen.n_solved, 1000);
     EXPECT_GT(seen.n_stopped, 100);
     EXPECT_GT(seen.n_reordered, 50);
@@ -64,7 +67,7 @@ TEST(plain_against_fast, tiny_real_systems_agree_to_the_bit) {
 
 TEST(plain_against_fast, tiny_complex_systems_agree_to_the_bit) {
     tally seen;
-    run_all_kinds<complex_value>(300, 8, seen);
+    run_all_kinds<complex_value>(1500, 8, seen);
     EXPECT_GT(seen.n_solved, 1000);
     EXPECT_GT(seen.n_stopped, 100);
     EXPECT_GT(seen.n_reordered, 50);
@@ -72,21 +75,47 @@ TEST(plain_against_fast, tiny_complex_systems_agree_to_the_bit) {
 
 TEST(plain_against_fast, circuit_sized_real_systems_agree_to_the_bit) {
     tally seen;
-    run_all_kinds<double>(60, 50, seen);
-    EXPECT_GT(seen.n_solved, 200);
+    run_all_kinds<double>(400, 50, seen);
+    EXPECT_GT(seen.n_solved, 2000);
+    EXPECT_GT(seen.n_dense, 200);
 }
 
 TEST(plain_against_fast, circuit_sized_complex_systems_agree_to_the_bit) {
     tally seen;
-    run_all_kinds<complex_value>(40, 50, seen);
-    EXPECT_GT(seen.n_solved, 100);
+    run_all_kinds<complex_value>(250, 50, seen);
+    EXPECT_GT(seen.n_solved, 1000);
 }
 
 TEST(plain_against_fast, large_systems_agree_to_the_bit) {
     tally seen;
-    run_all_kinds<double>(4, 300, seen);
-    run_all_kinds<complex_value>(2, 200, seen);
-    EXPECT_GT(seen.n_solved, 10);
+    run_all_kinds<double>(60, 300, seen);
+    run_all_kinds<complex_value>(25, 200, seen);
+    EXPECT_GT(seen.n_solved, 200);
+    EXPECT_GT(seen.n_dense, 100);
+}
+
+template <class T>
+void ladders_agree() {
+    int n_chain = 0;
+    for (int trial = 0; trial < 200; ++trial) {
+        std::mt19937 rng(static_cast<unsigned>(trial));
+        test_system<T> s = random_ladder<T>(3 + trial % 40, rng);
+        elimination<T> fast, plain;
+        bool stopped = false;
+        ASSERT_TRUE(same_call(fast, plain, s, 0, 2, 0, 0, stopped)) << trial;
+        for (const segment& part : fast.compact.segments) n_chain += part.how == segment::chain;
+        for (int round = 0; round < 4 && !stopped; ++round) {
+            ASSERT_TRUE(same_call(fast, plain, s, 1, 0, 1, round % 2 ? 3 : 2, stopped)) << trial;
+            s.val = random_values(s.m, value_kind::plain, rng);
+            if (round == 2) s.val[rng() % s.val.size()] = T(0);
+        }
+    }
+    EXPECT_GT(n_chain, 100);
+}
+
+TEST(plain_against_fast, ladders_agree_to_the_bit) {
+    ladders_agree<double>();
+    ladders_agree<complex_value>();
 }
 
 TEST(plain_against_fast, order_by_counts_is_the_same) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 using namespace cli;
 
 namespace {
@@ -18,7 +20,7 @@ constexpr const char* text =
     "eelement name=R2 type=r p=out n=0 wrong=2\n"     // 9
     "eelement name=R2 type=r p=out n=0\n"             // 10
     "outvar: v=v_of_R1 w=q_of_R2\n"                   // 11
-    "outvar: u=v_of_R9\n"                             // 12
+    "outvar: u=v_of_R9 n=nodev_of_q\n"                // 12
     "mystery 1\n"                                     // 13
     "end_circuit\n"                                   // 14
     "begin_solve\n"                                   // 15
@@ -26,7 +28,7 @@ constexpr const char* text =
     "method: norm_2=1e-9 t_end=1\n"                   // 17
     "end_solve\n"                                     // 18
     "begin_solve\n"                                   // 19
-    "solve_type dc\n"                                 // 20
+    "vary_parm r_of_R2 from\n"                        // 20
     "mystery 2\n"                                     // 21
     "begin_output\n"                                  // 22
     "filename f.dat\n"                                // 23
@@ -40,6 +42,8 @@ struct stop {
     const char* said;        // the last lines of the simulator
     std::vector<int> lines;  // of the deck
 };
+
+void PrintTo(const stop& s, std::ostream* out) { *out << s.name; }
 
 const stop stops[] = {
     {"whole_line",
@@ -65,6 +69,9 @@ const stop stops[] = {
     {"unknown_quantity", "eelu_class: outvar not found\n   name is q\n   Halting...\n", {11}},
     {"unknown_instance", "cct_class: cct_ov_flag = IGL_CLEAR\n", {12}},
     {"reference", "cct_class: reference node not found.\n", {5}},
+    {"unknown_node", "cct_class: ect node name not found.\n   Check outvars of type nodev_of_xxx.\n", {12}},
+    {"title", "circuit_file: title: not found. Halting...\n", {1}},
+    {"kind_of_statement", "solve_class: <to> not found in\n   vary_parm statement. Halting..\n", {20}},
     {"nothing_named", "circuit_file: end_cf not found. Halting...\n", {}},
     {"another_word", "check double string: <elsewhere>\n", {}},
     {"no_text", "", {}},

@@ -1,4 +1,4 @@
-// limits.h -- tests of the fixed capacities; storage itself grows on demand.
+// check_limit.h -- tests of the fixed capacities; storage itself grows on demand.
 #pragma once
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "library/limits.h"
+#include "library/check_limit.h"
 
 #include "run/checks.h"
 #include "run/halt.h"

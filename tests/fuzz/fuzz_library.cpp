@@ -1,0 +1,106 @@
+#include <array>
+#include <sstream>
+
+#include "analyses/mat_class.h"
+#include "library/basic_reader.h"
+#include "library/composite_reader.h"
+#include "library/dumps.h"
+#include "small_runs.h"
+#include "targets.h"
+
+namespace {
+// The text has up to three parts with a line of "====" between: elements, small-signal elements, composites. Elements
+// that are left out, here or there, are the installed ones.
+constexpr std::string_view between_parts = "====\n";
+
+struct parts {
+    std::array<std::string_view, 3> text;
+};
+parts cut_parts(std::string_view text) {
+    parts p;
+    for (std::string_view& part : p.text) {
+        const std::size_t end = text.find(between_parts);
+        part = text.substr(0, end);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + between_parts.size());
+    }
+    return p;
+}
+
+void read_elements(std::string_view text, const library_form& form, const basic_library& otherwise,
+                   basic_library& lib) {
+    if (text.empty()) {
+        lib = otherwise;
+        return;
+    }
+    text_file file = text_file_of(text);
+    glue_text glue;
+    read_library_text(file, form, &glue, lib);
+    std::ostringstream out;
+    for (const int mode : {1, 2}) write_ebes_c_1(out, form, lib, mode);
+    write_registration(out, form, lib);
+    file.at = 0;
+    basic_library without_glue;
+    read_library_text(file, form, nullptr, without_glue);
+}
+
+// One instance of each composite, every connection on a node of its own or on node 0 by turns.
+std::string deck_of(const eels_class& lib) {
+    std::ostringstream deck;
+    deck << "title: each one\nbegin_circuit\nrefnode 0\n";
+    int n_node = 0;
+    for (int e = 0; e < lib.n(); ++e) {
+        if (lib.list.entry[e] == "ground_dummy_1") continue;
+        deck << "eelement name=x" << e << " type=" << lib.list.entry[e];
+        for (const word_list* list : {&lib.list.node, &lib.list.ind_node, &lib.list.dgtl, &lib.list.vr, &lib.list.xvr})
+            for (int j = 0; j < list->count(e); ++j) {
+                deck << ' ' << list->word(e, j) << "=" << (n_node % 3 == 0 ? 0 : n_node);
+                ++n_node;
+            }
+        for (int j = 0; j < lib.list.ind_branch.count(e); ++j)
+            deck << ' ' << lib.list.ind_branch.word(e, j) << "=x" << e;
+        deck << '\n';
+        if (lib.ov.count(e) > 0)
+            deck << "outvar: o" << e << '=' << lib.ov.name.word(e, lib.ov.count(e) - 1) << "_of_x" << e << '\n';
+    }
+    deck << "end_circuit\nend_cf\n";
+    return deck.str();
+}
+
+// Up to the system of the circuit. The compiled models belong to the installed elements and are not called here.
+void use_each_one(const libraries& lib) {
+    circuit c = circuit_of(deck_of(lib.eels), lib);
+    elaborate(c);
+    classify(c);
+    check_linear(c);
+    check_one_time(c);
+    std::vector<ebes1_class> ebes1(static_cast<std::size_t>(lib.ebes.n()) + 1);
+    for (int s = 0; s < lib.ebes.n(); ++s) ebes1[static_cast<std::size_t>(s)].initialise(lib.ebes, s);
+    for (int i = 0; i < c.eelu.n; ++i) instance_changed(c, fam_e, i);
+    mat_class mat;
+    allocate_system(mat, c);
+    set_mat_dc(mat, c, ebes1);
+}
+
+void read_all(std::string_view text, libraries& lib) {
+    const parts p = cut_parts(text);
+    read_elements(p.text[0], ebes_form, installed_libraries().ebes, lib.ebes);
+    read_elements(p.text[1], ebac_form, installed_libraries().ebac, lib.ebac);
+    text_file file = text_file_of(p.text[2]);
+    read_composites(file, eels_form, lib.ebes, lib.ebac, lib.eels);
+}
+}  // namespace
+
+bool fuzz_library(std::string_view text) {
+    libraries lib;
+    const bool done = runs_through([&] { read_all(text, lib); });
+    if (!done) return false;
+    runs_through([&] {
+        write_basic_dump("ebes", lib.ebes);
+        write_composite_dump("eels", lib.eels);
+        write_hebes_dump("hebes", lib.ebes);
+        write_heels_dump("heels", lib.eels, lib.ebes);
+    });
+    runs_through([&] { use_each_one(lib); });
+    empty_scratch_folder();
+    return true;
+}

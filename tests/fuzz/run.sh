@@ -1,0 +1,23 @@
+#!/bin/sh
+# run.sh BUILD SECONDS [TARGET...] -- runs the fuzz programs of a build folder, each for so many seconds, and fails at the
+# first crash, hang or leak. New texts gather in BUILD/fuzz/corpus/<target>; what a fault needs is BUILD/fuzz/<target>-crash-...
+set -eu
+build=$(readlink -f -- "$1")
+seconds=$2
+shift 2
+here=$(CDPATH='' cd -- "$(dirname -- "$(readlink -f -- "$0")")" && pwd)
+[ $# -gt 0 ] || set -- deck library expression solution words
+for name in "$@"; do
+    corpus=$build/fuzz/corpus/$name
+    mkdir -p "$corpus"
+    echo "fuzz $name, $seconds s"
+    log=$build/fuzz/$name.log
+    if ! "$build/bin/fuzz_$name" "$corpus" "$here/corpus/$name" -dict="$build/fuzz/$name.dict" \
+        -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 -max_len=8192 -print_final_stats=1 \
+        -artifact_prefix="$build/fuzz/$name-" >"$log" 2>&1; then
+        tail -n 60 "$log"
+        echo "fuzz $name: FAILED; the whole text is in $log"
+        exit 1
+    fi
+    grep -E '^stat::(number_of_executed_units|average_exec_per_sec|peak_rss_mb)' "$log"
+done

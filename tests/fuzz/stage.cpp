@@ -1,0 +1,92 @@
+// What every target stands on: a stop that throws, silence, and a folder for files.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <streambuf>
+
+#include "run/halt.h"
+#include "targets.h"
+
+namespace {
+struct stopped {};
+
+class nothing : public std::streambuf {
+    int_type overflow(int_type c) override { return traits_type::not_eof(c); }
+    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
+};
+
+// The folder lasts as long as the process.
+class scratch_folder {
+public:
+    scratch_folder() : outside_(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        std::string name = (std::filesystem::temp_directory_path() / "tarnel_fuzz_XXXXXX").string();
+        if (outside_ < 0 || !mkdtemp(name.data())) std::abort();
+        path_ = name;
+        inside_ = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (inside_ < 0) std::abort();
+    }
+    ~scratch_folder() {
+        close(inside_);
+        close(outside_);
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    scratch_folder(const scratch_folder&) = delete;
+    scratch_folder& operator=(const scratch_folder&) = delete;
+    void enter() const { go(inside_); }
+    void leave() const { go(outside_); }
+    void empty() const {
+        for (const auto& entry : std::filesystem::directory_iterator(path_)) std::filesystem::remove_all(entry.path());
+    }
+
+private:
+    static void go(int folder) {
+        if (fchdir(folder) != 0) std::abort();
+    }
+    std::filesystem::path path_;
+    int outside_, inside_ = -1;
+};
+
+const scratch_folder& scratch() {
+    static const scratch_folder folder;
+    return folder;
+}
+}  // namespace
+
+void halt(std::initializer_list<std::string> lines) {
+    flush_all();
+    if (lines.size() == 0) std::abort();  // a stop without a text
+    throw stopped{};
+}
+
+bool runs_through(const std::function<void()>& f) {
+    static nothing silence;
+    scratch().enter();
+    std::streambuf* console = std::cout.rdbuf(&silence);
+    bool done = true;
+    try {
+        f();
+    } catch (const stopped&) {
+        done = false;
+    }
+    std::cout.rdbuf(console);
+    scratch().leave();
+    return done;
+}
+
+void empty_scratch_folder() { scratch().empty(); }
+
+std::string file_of(std::string_view text) {
+    static const int file = memfd_create("text", MFD_CLOEXEC);
+    if (file < 0 || ftruncate(file, 0) != 0) std::abort();
+    for (std::size_t at = 0; at < text.size();) {
+        const ssize_t n = pwrite(file, text.data() + at, text.size() - at, static_cast<off_t>(at));
+        if (n <= 0) std::abort();
+        at += static_cast<std::size_t>(n);
+    }
+    return "/proc/self/fd/" + std::to_string(file);
+}

@@ -1,0 +1,158 @@
+// The targets, and their dictionaries from the tables that the readers walk.
+#include "targets.h"
+
+#include <set>
+#include <vector>
+
+#include "blocks/solve_words.h"
+#include "deck/circuit_file.h"
+#include "deck/tmpdim_class.h"
+#include "elaborate/families.h"
+#include "library/composite_form.h"
+#include "library/library_form.h"
+
+namespace {
+using word_set = std::set<std::string>;
+
+std::string as_dictionary(const word_set& words) {
+    std::string all;
+    for (const std::string& w : words)
+        if (!w.empty()) all += '"' + w + "\"\n";
+    return all;
+}
+
+const std::vector<std::string_view> numbers = {"1k",          "-1",         "1e999", "1e-999", "2147483647",
+                                               "-2147483648", "4294967296", "0x",    "0x1p3",  "nan",
+                                               "-inf",        "1.5Meg",     "0.1u",  "0"};
+const std::vector<std::string_view> expressions = {"$(",  "$((a)+(b))", ")**(", ")*(",  ")/(",
+                                                   ")-(", "exp(",       "sin(", "cos(", "_of_"};
+
+std::string deck_words() {
+    word_set all;
+    const auto add = [&](const auto& list) { all.insert(list.begin(), list.end()); };
+    add(solve_block_words());
+    add(numbers);
+    add(expressions);
+    add(std::vector<std::string_view>{"title:",
+                                      "begin_circuit",
+                                      "end_circuit",
+                                      "begin_solve",
+                                      "end_solve",
+                                      "end_cf",
+                                      "begin_output",
+                                      "end_output",
+                                      "refnode",
+                                      "x_refnode",
+                                      "output",
+                                      "outvar:",
+                                      "greal",
+                                      "ginteger",
+                                      "gstring",
+                                      "name=",
+                                      "type=",
+                                      "model=",
+                                      "model_file",
+                                      "pwr_elec_of_",
+                                      "nodev_of_",
+                                      "nodev_ac_of_",
+                                      "dvar_of_",
+                                      "xvar_of_",
+                                      "yes",
+                                      "no",
+                                      "\\x0a+ ",
+                                      "\\x0a",
+                                      "#"});
+    for (const output_word& w : output_words()) all.insert(std::string(w.word));
+    for (const family_form& f : family_forms) {
+        all.insert(std::string(f.keyword));
+        all.insert(std::string(f.model_keyword));
+        add(f.placeholders);
+        add(f.flag_words);
+    }
+    return as_dictionary(all);
+}
+
+void add_form(const library_form& form, word_set& all) {
+    all.insert(form.keyword);
+    all.insert(std::string("end") + form.keyword);
+    for (const flag_word& f : form.flags) all.insert(std::string(f.word) + "=yes");
+    for (const list_line& l : form.lines) all.insert(l.keyword);
+}
+
+std::string library_words() {
+    word_set all = {"====\\x0a",
+                    "name=",
+                    "Jacobian: constant",
+                    "Jacobian: variable",
+                    "no_functions",
+                    "f_",
+                    "v(",
+                    "volt(",
+                    "cur(",
+                    "d_dt(",
+                    "startup",
+                    "local_var",
+                    "C:",
+                    "endC",
+                    "compiled",
+                    "fortran:",
+                    "endfortran",
+                    "prototypes:",
+                    "variables:",
+                    "source:",
+                    "end_dc",
+                    "end_ac",
+                    "allow_ac=yes",
+                    "ac_parm_be=",
+                    "acparm_map:",
+                    "ebemodel",
+                    "ecemodel",
+                    "callece",
+                    "ebe_acmodel",
+                    "nodev_of_",
+                    "pwr_elec_of_",
+                    "_of_",
+                    "compute_rparms=yes",
+                    "ground_dummy_1",
+                    "\\x0a+ ",
+                    "model="};
+    all.insert(numbers.begin(), numbers.end());
+    all.insert(expressions.begin(), expressions.end());
+    add_form(ebes_form, all);
+    add_form(ebac_form, all);
+    all.insert({eels_form.keyword, std::string("end") + eels_form.keyword, std::string(eels_form.element) + "_ac"});
+    for (const auto& lines : {eels_form.dc_lines, eels_form.ac_lines})
+        for (const header_line& l : lines) all.insert(l.keyword);
+    return as_dictionary(all);
+}
+
+std::string expression_words() {
+    word_set all(numbers.begin(), numbers.end());
+    all.insert(expressions.begin(), expressions.end());
+    all.insert({"meg", "mil", "infinity", "nan(", "e+", "p-1"});
+    return as_dictionary(all);
+}
+
+std::string solution_words() {
+    word_set all(numbers.begin(), numbers.end());
+    all.insert({"ebeu->val_nd:", "ebeu->aux1d:", "dbeu->state:"});
+    return as_dictionary(all);
+}
+
+std::string text_words() {
+    word_set all(numbers.begin(), numbers.end());
+    for (const tmpdim_word& w : tmpdim_words()) all.insert(std::string(w.word));
+    all.insert({"#ifndef", "#define", "#endif", "\\x0a+", "\\x0d\\x0a", ".ebe"});
+    return as_dictionary(all);
+}
+
+constexpr fuzz_target targets[] = {
+    {"deck", fuzz_deck, deck_words},
+    {"library", fuzz_library, library_words},
+    {"expression", fuzz_expression, expression_words},
+    {"solution", fuzz_solution, solution_words},
+    {"words", fuzz_words, text_words},
+};
+}  // namespace
+
+std::span<const fuzz_target> fuzz_targets() { return targets; }

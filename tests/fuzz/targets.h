@@ -1,0 +1,28 @@
+// targets.h -- readers as functions of one piece of text, for the fuzzer and for the replay of its corpus.
+#pragma once
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+// Each reads the whole text and gives true, or false when the run would have stopped with a message. Anything else that
+// happens is a fault of the reader. Console output is swallowed; files go to a folder of the process.
+bool fuzz_deck(std::string_view text);        // a deck on the installed libraries, its dc blocks solved
+bool fuzz_library(std::string_view text);     // libraries of elements and composites, then a deck that uses each one
+bool fuzz_expression(std::string_view text);  // each line as a word: expressions, numbers, cuts
+bool fuzz_solution(std::string_view text);    // a solution file of a small circuit
+bool fuzz_words(std::string_view text);       // text files: lines, name lists, sizes of a run
+
+struct fuzz_target {
+    const char* name;  // also of its folder of seeds
+    bool (*run)(std::string_view text);
+    std::string (*dictionary)();  // words of its texts, as the fuzzer reads them
+};
+std::span<const fuzz_target> fuzz_targets();
+
+// Calls f in the folder of the process, without console output; false if it stopped with a message.
+bool runs_through(const std::function<void()>& f);
+// Removes what a call may have written there.
+void empty_scratch_folder();
+// A path under which the text can be read as a file.
+std::string file_of(std::string_view text);
