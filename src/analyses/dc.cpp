@@ -98,10 +98,10 @@ void solve_dc(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     r.flags.time_given = slv.t_dc;
+    slv.l_converged = 1;  // also where there is nothing to solve
     if (has_equations(r)) {
         if (slv.flag_linear) {
             solve_linear_dc(r);
-            slv.l_converged = 1;
         } else {
             solve_newton_dc(r);
             if (!slv.l_converged && slv.flag_vary_auto && slv.automatic.step_now > slv.automatic.step_min) return;
@@ -124,10 +124,10 @@ void solve_startup(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     r.flags.time_given = slv.t_startup;
+    slv.l_converged = 1;
     if (has_equations(r)) {
         if (slv.flag_linear) {
             solve_linear_dc(r);
-            slv.l_converged = 1;
         } else {
             solve_newton_dc(r);
             if (!slv.l_converged) halt({"solve_startup: N-R did not converge.", "   Halting..."});

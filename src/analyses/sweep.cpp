@@ -18,7 +18,7 @@ void solve_and_write(run_state& r) {
         solve_startup(r);
     else
         solve_dc(r);
-    if (r.slv.l_converged || r.mat.n_svec == 0) write_dc(r.slv, r.c, r.flags);
+    if (r.slv.l_converged) write_dc(r.slv, r.c, r.flags);
 }
 
 // The solutions that later curves of a grid start from: one for each level that can step on. A curve whose index at

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "blocks/fourier_sums.h"
 #include "blocks/row_file.h"
 #include "elaborate/circuit.h"
 #include "run/enum1.h"
@@ -77,8 +78,11 @@ struct out_file {
     // run state
     int n_lines = 0;                    // rows so far; an appended file starts at the lines it has
     double next_time = 0.0;             // s, with fixed_interval: the next row
+    std::vector<double> value;          // [vars] of an analog file: the present row
+    std::vector<int> level;             // [vars] of a digital file
     double period_fourier = 0.0;        // s, out_tend - out_tstart
     std::vector<double> omega_fourier;  // [n_fourier] rad/s; empty unless fourier is on
+    fourier_sums sums;                  // of a file with fourier on
     std::unique_ptr<row_file> stream;   // open between open_out_files and close_out_files
 };
 inline constexpr double not_given_time = -1000.0;

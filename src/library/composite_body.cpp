@@ -26,6 +26,10 @@ const named_element* find_named(const std::vector<named_element>& list, std::str
     return nullptr;
 }
 
+std::string composite_message(const std::string& routine, const char* text) {
+    return std::string_view(text).find("_class: ") != std::string_view::npos ? text : line(routine, ": ", text);
+}
+
 void check_element_totals(const entry_in_work& entry, const half_in_work& half, const std::string& routine) {
     if (half.ac) return;
     for (const bound_line& b : entry.form.bound)
@@ -65,7 +69,7 @@ element_head read_head(const entry_in_work& entry, const half_in_work& half, sta
         head.model = half.element_models.find(keys.w[i]);
         if (!head.model)
             word_not_found("find_word_3", keys.w[i],
-                           line(routine, ": model name not found (em", entry.form.element, ")."));
+                           line(routine, ": model name not found (", entry.form.model_tag, entry.form.element, ")."));
         if (i_type >= 0 && type != head.model->type)
             halt({line(routine, ": model_type does not match ", entry.form.element, " type."),
                   line("  model_type=", head.model->type), line("  ", entry.form.element, " type=", type),
@@ -103,7 +107,7 @@ void bind_words(entry_in_work& entry, half_in_work& half, const bound_line& b, i
     const std::string& routine = half.element_routine;
     const word_list& names = half.basic.list.*b.list;
     for (int j = 0; j < names.count(i_basic); ++j) {
-        const std::string_view word = keys.value(names.word(i_basic, j), line(routine, ": ", b.no_key));
+        const std::string_view word = keys.value(names.word(i_basic, j), composite_message(routine, b.no_key));
         if (b.how == binding::sensed_branch) {
             bind_branch(entry, half, word);
             continue;
@@ -115,7 +119,7 @@ void bind_words(entry_in_work& entry, half_in_work& half, const bound_line& b, i
             (half.be.*b.flag).add(own);
             if (i < 0) i = own;
         }
-        if (i < 0) word_not_found("find_word_3", word, line(routine, ": ", b.no_value));
+        if (i < 0) word_not_found("find_word_3", word, composite_message(routine, b.no_value));
         (half.be.*b.row).add(i);
     }
     (half.be.*b.row).close_row();

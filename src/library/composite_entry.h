@@ -161,6 +161,8 @@ void apply_words(const entry_in_work& entry, const parameter_group<T>& g, const 
     }
 }
 
+// A message of a bound line behind the routine's name; one that names the class stands alone.
+std::string composite_message(const std::string& routine, const char* text);
 // Sizes of the expanded tables against the limits of the library, under the routine's name.
 void check_element_totals(const entry_in_work& entry, const half_in_work& half, const std::string& routine);
 // Closes the statement: every word must have been used.

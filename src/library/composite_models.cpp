@@ -13,7 +13,7 @@ void read_model_line(const entry_in_work& entry, half_in_work& half, const words
     const composite_form& form = entry.form;
     const char* half_word = half.half_word;
     const std::string keyword = line(of_element ? form.element : form.keyword, "model");
-    const std::string tag = line("em", of_element ? form.element : form.keyword);
+    const std::string tag = line(form.model_tag, of_element ? form.element : form.keyword);
     const std::string check = of_element ? line("  Check ", keyword, " (", half_word, ") statement. Halting...")
                                          : line("  Check ", keyword, " statement (", half_word, "). Halting...");
     if (w.size() <= 6) halt({line(form.class_name, ": nw_s1=", w.size(), " is too small."), check});

@@ -4,6 +4,16 @@
 #include "library/check_limit.h"
 #include "run/halt.h"
 
+namespace {
+// Outputs of a composite that runs over finished rows are its results in order; a word that names the small-signal ones
+// matters only where a composite has both.
+int result_kind(const composite_flags& flag, int e, std::string_view left) {
+    const auto i = static_cast<std::size_t>(e);
+    if (flag.postprocessor_ac[i] && (left == "postproc_ac" || !flag.postprocessor[i])) return ov_postproc_ac;
+    return flag.postprocessor[i] ? ov_postproc : ov_none;
+}
+}  // namespace
+
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,
                   const output_kinds& kinds, std::vector<open_output>& open) {
     const composite_form& form = entry.form;
@@ -12,9 +22,12 @@ void read_outputs(entry_in_work& entry, const words& w, const header_line& l, ou
         table.name.pool.add(w[i]);
         int kind = ov_none, index = -1;
         const cut_word cut = extract_l_r_1(w[i + 1], "_of_", line("_of_ not found (", l.tag, "), ", entry.library_words()));
-        if (cut.left == "pwr_elec") {
+        if (const int result = result_kind(entry.lib.flag, entry.e, cut.left); result != ov_none) {
+            kind = result;
+            index = (i - 1) / 2;
+        } else if (form.has_power && cut.left == "pwr_elec") {
             kind = ov_pwr_elec;
-        } else if (cut.left == "pwr_elec_ac") {
+        } else if (form.has_power && cut.left == "pwr_elec_ac") {
             kind = ov_pwr_elec_ac;
         } else if (cut.left == form.node_word) {
             kind = kinds.node;
@@ -56,7 +69,7 @@ void find_outputs_at_element(half_in_work& half, output_table& table, std::vecto
     const library_lists& list = half.basic.list;
     const std::string& routine = half.element_routine;
     settle(open, name, [&](const open_output& o) {
-        if (const cut_word current = extract_brckt_2(o.left); current.found) {
+        if (const cut_word current = extract_brckt_2(o.left); current.found && half.kinds.current >= 0) {
             if (current.left != "cur")
                 word_not_found("find_word_3", current.left, line(routine, ": expect cur in outvar statement."));
             const int j = list.node.find(i_basic, current.right);
@@ -69,7 +82,8 @@ void find_outputs_at_element(half_in_work& half, output_table& table, std::vecto
         if (const int j = list.rprm.find(i_basic, o.left); j >= 0 && half.kinds.rparm >= 0)
             return assign(table, o.at, half.kinds.rparm, be, half.next.rprm + j);
         const int j = list.aux.find(i_basic, o.left);
-        if (j < 0) word_not_found("find_word_3", o.left, line(routine, ": expect auxvar name here."));
+        if (j < 0 || half.kinds.aux < 0)
+            word_not_found("find_word_3", o.left, line(routine, ": expect auxvar name here."));
         assign(table, o.at, half.kinds.aux, be, half.next.aux + j);
     });
 }
@@ -82,7 +96,8 @@ void find_outputs_at_call(half_in_work& half, output_table& table, std::vector<o
         if (j < 0) word_not_found("find_word_3", o.left, not_found);
         const auto from = static_cast<std::size_t>(callee.at(i_callee, j));
         const int kind = callee.kind[from], be = callee.be[from], index = callee.index[from];
-        if (be < 0) return assign(table, o.at, kind, -1, index < 0 ? -1 : node_map[static_cast<std::size_t>(index)]);
+        if (kind == half.kinds.node) return assign(table, o.at, kind, -1, node_map[static_cast<std::size_t>(index)]);
+        if (be < 0) return assign(table, o.at, kind, -1, index);
         int offset = half.next.aux;
         if (kind == half.kinds.current) offset = half.next.node;
         if (kind == half.kinds.iparm) offset = half.next.iprm;

@@ -78,6 +78,10 @@ void read_derived(entry_in_work& entry, const words& w) {
         halt({line(form.class_name, ": k_rem is not zero (rprm_derived)."), "   Halting..."});
     for (int i = 1; i < w.size(); i += 2) {
         const expression_text text = expr_eval_1(w[i + 1]);
+        if (form.tells_operands && (!text.is_expression || operation_code(text) < 0)) {
+            say(line(form.class_name, ": sa=", w[i + 1], " flag_3=", text.is_function ? 1 : 0));
+            say(line(form.class_name, ": sc=", text.op));
+        }
         if (!text.is_expression)
             halt({line(form.class_name, ": check this string: ", w[i + 1]),
                   "  An expression was expected here. Halting..."});
@@ -286,16 +290,24 @@ void read_composites(text_file& file, const composite_form& form, const basic_li
     while (next_line(file, w)) read_entry(file, w, form, basic, basic_ac, lib);
 }
 
+namespace {
+composite_library read_from_form(const composite_form& form, const basic_library& basic, const basic_library& basic_ac) {
+    composite_library lib;
+    text_file file = open_text_file(form.path, form.class_name);
+    read_composites(file, form, basic, basic_ac, lib);
+    return lib;
+}
+}  // namespace
+
 void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_class& ebac, eels_class& eels) {
     text_file file = open_text_file(path, eels_form.class_name);
     read_composites(file, eels_form, ebes, ebac, eels);
 }
 
 eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac) {
-    eels_class eels;
-    read_eels_file(eels_form.path, ebes, ebac, eels);
-    return eels;
+    return read_from_form(eels_form, ebes, ebac);
 }
+gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac) { return read_from_form(gels_form, gbes, gbac); }
 
 void eval_rprm_1(const composite_library& lib, int e, double* rprm) {
     double* to = rprm + lib.n_rprm_plain(e);

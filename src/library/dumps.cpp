@@ -105,10 +105,12 @@ void write_row(std::ostream& out, const char* tag, const row_table<T>& table, co
 
 // Values with the composite's parameter or name that feeds them in brackets; no brackets: fixed.
 void write_elements(std::ostream& out, const std::string& library, const element_table& be, bool ac, int e) {
+    const std::string basic = library.substr(0, 1) + (ac ? "bac" : "bes");  // eels: ebes, ebac
     for (int k = 0; k < be.n_be(e); ++k) {
         const int row = be.first_be[static_cast<std::size_t>(e)] + k;
         const auto r = static_cast<std::size_t>(row);
-        out << "    i_" << library << "be" << (ac ? "_ac" : "") << " = " << k << ", i_lib = " << be.i_be[r];
+        out << "    i_" << library << "be" << (ac ? "_ac" : "") << " = " << k << ", i_" << basic << " = "
+            << be.i_be[r];
         if (ac) out << ", beac_acprm_be = " << be.acprm_be[r];
         out << '\n';
         write_row(out, "nd", be.node, nullptr, row);
@@ -167,14 +169,22 @@ void write_composite_dump(std::ostream& out, const std::string& word, const comp
     write_total(out, "n_be_ttlxvr", count(lib.be.xvr));
     write_total(out, "n_be_ttlin", count(lib.be.in));
     write_total(out, "n_be_ttlib", count(lib.be.ib));
+    // Blocks are connected by variables, all others by nodes.
+    const bool blocks = word == "gels" || word == "xels";
+    const std::string tag = blocks ? "vr" : "nd";
     for (int e = 0; e < lib.n(); ++e) {
         const auto i = static_cast<std::size_t>(e);
+        const int n_main = blocks ? lib.list.vr.count(e) : lib.n_nd(e);
         out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_be = " << lib.be.n_be(e)
-            << ", n_beac = " << lib.beac.n_be(e) << ", n_nd = " << lib.n_nd(e) << ", n_ttlnd_old = " << lib.n_ttlnd(e)
-            << ", n_rprm_plain = " << lib.n_rprm_plain(e) << ", n_rprm_derived = " << lib.n_rprm_derived(e)
+            << ", n_beac = " << lib.beac.n_be(e) << ", n_" << tag << " = " << n_main << ", n_ttl" << tag
+            << "_old = " << n_main + lib.auxnode.count(e) << ", n_rprm_plain = " << lib.n_rprm_plain(e) << ", n_rprm_derived = " << lib.n_rprm_derived(e)
             << ", flag_allow_ac = " << lib.flag.allow_ac[i] << ", flag_compute_acp = " << lib.flag.compute_acp[i]
             << ", flag_compute_noisep = " << lib.flag.compute_noisep[i]
-            << ", flag_compute_rparms = " << lib.flag.compute_rparms[i] << '\n';
+            << ", flag_compute_rparms = " << lib.flag.compute_rparms[i];
+        if (blocks)
+            out << ", flag_postprocessor = " << lib.flag.postprocessor[i]
+                << ", flag_postprocessor_ac = " << lib.flag.postprocessor_ac[i];
+        out << '\n';
         write_entry_lists(out, lib.list, e);
         write_outputs(out, "ov", lib.ov, e);
         write_outputs(out, "bias", lib.bias, e);

@@ -35,12 +35,19 @@ void write_prototypes(std::ostream& out, const library_form& form, const basic_l
         write_chr_array_2(out, line("void ", function_name(form, lib, e), "("), parameters(form.glue), "   ", ");");
 }
 
+// The object for derivatives, and for small-signal forms of elements that of the operating point.
+void write_jac_includes(std::ostream& out, const glue_form& glue) {
+    bool bias = false;
+    for (const argument& a : glue.arguments) bias |= std::string_view(a.type) == "ebes1_class*";
+    if (bias) out << "#include \"ebes1_class.h\"\n";
+    if (std::string_view(glue.jac_header) != "ebes1_class.h") out << "#include \"" << glue.jac_header << "\"\n";
+}
+
 void write_includes(std::ostream& out, const glue_form& glue) {
     for (const char* system : {"math.h", "iostream", "cstring", "cstdlib", "fstream", "sstream"})
         out << "#include <" << system << ">\n";
     out << "#include \"enum1.h\"\n";
-    out << "#include \"ebes1_class.h\"\n";
-    if (std::string_view(glue.jac_header) != "ebes1_class.h") out << "#include \"" << glue.jac_header << "\"\n";
+    write_jac_includes(out, glue);
     for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"}) out << "#include \"" << ours << "\"\n";
 }
 
@@ -133,8 +140,7 @@ void write_ebes_c_1(std::ostream& out, const library_form& form, const basic_lib
     if (lib.n() > form.max_entries) halt({"write_ebes_c_1: n is too large. Halting..."});
     for (const char* header : {"math_cnst_class.h", "flags_class.h", "dp_class.h"})
         out << "#include \"" << header << "\"\n";
-    out << "#include \"ebes1_class.h\"\n";
-    if (std::string_view(glue.jac_header) != "ebes1_class.h") out << "#include \"" << glue.jac_header << "\"\n";
+    write_jac_includes(out, glue);
     write_prototypes(out, form, lib);
 
     const bool through_list = mode == 2;

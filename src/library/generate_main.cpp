@@ -27,18 +27,20 @@ struct family {
     const char* library;  // file of the library
     const char* list;     // file of the list of names; null: none
     const char* keyword;  // first word of an entry
-    const library_form* form;  // null: the family has no reader yet
+    const library_form* form;  // of basic entries; null: composites, or the family has no reader yet
+    const composite_form* composites = nullptr;
+    const char *basic = nullptr, *basic_ac = nullptr;  // keywords of the entries that composites are made of
 };
 const family families[] = {
     {".ebe", "ebes.aux", "ebe_all.lst", "ebe", &ebes_form},
     {".sse", "ebac.aux", "sse_all.lst", "ebe_ac", &ebac_form},
-    {".gbe", "gbes.aux", "gbe_all.lst", "gbe", nullptr},
-    {".ssg", "gbac.aux", "ssg_all.lst", "gbe_ac", nullptr},
+    {".gbe", "gbes.aux", "gbe_all.lst", "gbe", &gbes_form},
+    {".ssg", "gbac.aux", "ssg_all.lst", "gbe_ac", &gbac_form},
     {".dbe", "dbes.aux", "dbe_all.lst", "dbe", nullptr},
     {".xbe", "xbes.aux", "xbe_all.lst", "xbe", nullptr},
     {".ssx", "xbac.aux", "ssx_all.lst", "xbe_ac", nullptr},
-    {".ece", "eels.aux", "ece_all.lst", "ece", nullptr},
-    {".gce", "gels.aux", "gce_all.lst", "gce", nullptr},
+    {".ece", "eels.aux", "ece_all.lst", "ece", nullptr, &eels_form, "ebe", "ebe_ac"},
+    {".gce", "gels.aux", "gce_all.lst", "gce", nullptr, &gels_form, "gbe", "gbe_ac"},
     {".dce", "dels.aux", nullptr, "dce", nullptr},
     {".xce", "xels.aux", "xce_all.lst", "xce", nullptr},
     {".gme", "gmes.aux", nullptr, "gme", nullptr},
@@ -147,7 +149,7 @@ int main(int n_arg, char** arg) {
     fs::create_directories(sources);
     fs::create_directories(libraries);
 
-    basic_library basic, basic_ac;
+    std::map<std::string, basic_library> basic;  // by keyword
     for (const family& f : families) {
         std::vector<element_file> files;
         for (int i = 3; i < n_arg; ++i)
@@ -164,14 +166,14 @@ int main(int n_arg, char** arg) {
             read_library(sources / f.library, *f.form, int_T, constants_class{1, by_number ? 1 : 2}, lib);
             std::ofstream reg = open_output(sources / line("reg", f.form->glue.file_word, ".cpp"));
             write_registration(reg, *f.form, lib);
-            (f.form == &ebes_form ? basic : basic_ac) = std::move(lib);
+            basic[f.keyword] = std::move(lib);
         }
         // A library of all composites would be larger than a working folder may hold: each is read by itself.
-        if (std::string_view(f.suffix) == ".ece")
+        if (f.composites)
             for (std::size_t i = 0; i < files.size(); ++i) {
                 text_file text = with_callees(files, i);
                 composite_library lib;
-                read_composites(text, eels_form, basic, basic_ac, lib);
+                read_composites(text, *f.composites, basic[f.basic], basic[f.basic_ac], lib);
             }
     }
     return 0;

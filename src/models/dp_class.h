@@ -1,11 +1,25 @@
 // dp_class.h -- data tables read from files, and what models share.
 #pragma once
 #include <cmath>
+#include <vector>
 
+#include "models/block_functions.h"
 #include "models/edges.h"
 #include "models/model_functions.h"
 #include "run/halt.h"
 #include "run/numeric.h"
 
-// No element uses data tables or per-unit scratch yet.
-struct dp_class {};
+// Two columns of a data file, x ascending.
+struct data_table {
+    std::vector<double> x, y;
+};
+
+// Read once before the first analysis; a later change of a file name has no effect.
+struct dp_class {
+    std::vector<data_table> table;
+    std::vector<int> gbe_table;  // [general units] its table; -1
+
+    const data_table& of_gbe(int i_gbeu) const {
+        return table[static_cast<std::size_t>(gbe_table[static_cast<std::size_t>(i_gbeu)])];
+    }
+};

@@ -31,6 +31,10 @@ void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const 
 void source_branch(double u, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
                    const flags_class* flags, int first_s = 3);
 
+// Two windings from terminals 0, 2 to terminals 1, 3: the rows of the four terminals, from `row` on, with the currents
+// i1 and i2 as unknowns 0 and 1. dfdi: the Jacobian table of those unknowns.
+void winding_currents(const double* i, double** dfdi, int row, double* f, const flags_class* flags);
+
 // ---- junction diode (Nagel 1975; Antognetti and Massobrio, chapter 1)
 // ----------------------------------------------------
 

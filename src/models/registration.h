@@ -8,6 +8,8 @@ struct dp_class;
 struct math_cnst_class;
 struct ebes1_class;
 struct ebac1_class;
+struct gbes1_class;
+struct gbac1_class;
 
 // A model of an electrical element. Arrays are slices of the unit tables; see docs/models.md for who writes what.
 using ebe_function = void (*)(const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
@@ -43,3 +45,28 @@ extern const ebe_ac_registration ebe_ac_registrations[];
 extern const int n_ebe_ac_registrations;
 
 ebe_ac_function find_ebe_ac(std::string_view name);  // null if there is no such model
+
+// A model of a general block, and its small-signal form.
+using gbe_function = void (*)(const int i_gbeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
+                              double* vr, double* xvr, double* aux, double* vr_new, double* aux_new, double* f,
+                              gbes1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
+struct gbe_registration {
+    std::string_view name;
+    gbe_function function;
+};
+extern const gbe_registration gbe_registrations[];
+extern const int n_gbe_registrations;
+
+gbe_function find_gbe(std::string_view name);  // null if there is no such model
+
+using gbe_ac_function = void (*)(const int i_gbau, int* iparm, char** sparm, double freq, double* rparm,
+                                 std::complex<double>* vr, std::complex<double>* aux, std::complex<double>* f,
+                                 gbac1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
+struct gbe_ac_registration {
+    std::string_view name;
+    gbe_ac_function function;
+};
+extern const gbe_ac_registration gbe_ac_registrations[];
+extern const int n_gbe_ac_registrations;
+
+gbe_ac_function find_gbe_ac(std::string_view name);  // null if there is no such model

@@ -53,11 +53,23 @@ bool assign_plain(const circuit& c, const out_var& v, double& value) {
         case ov_rparm_xelu:
             value = instance_parameter(c.xelu);
             return true;
+        case ov_var:
+            value = c.gbeu.val_vr[at(v.index)];
+            return true;
+        case ov_gaux:
+            value = c.gbeu.aux[at(v.index)];
+            return true;
         case ov_iparm_ebe:
             value = c.ebeu.unit.iprm.data[at(v.index)];
             return true;
         case ov_rparm_ebe:
             value = c.ebeu.unit.rprm.data[at(v.index)];
+            return true;
+        case ov_iparm_gbe:
+            value = c.gbeu.unit.iprm.data[at(v.index)];
+            return true;
+        case ov_rparm_gbe:
+            value = c.gbeu.unit.rprm.data[at(v.index)];
             return true;
         default:
             break;
@@ -98,4 +110,8 @@ bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, doubl
         halt({"assign_ov: check output variables.", "   perhaps phase or mag is given for", "   a dc variable?",
               line("   ov_flag = ", v.kind, ", ov_indx = ", v.index)});
     return false;
+}
+
+int assign_ov_dgtl(const circuit&, const out_var&) {
+    halt({"assign_ov_dgtl: check output variables (digital)", "   Halting..."});
 }

@@ -6,3 +6,7 @@
 // the circuit does not have, results of post-processing. Halts when a small-signal variable has no phase or magnitude
 // word, or another variable has one.
 bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, double& value);
+
+// Level of a digital node, or state of a digital unit. Circuits have no digital units yet, so nothing can be read:
+// halts for every variable.
+int assign_ov_dgtl(const circuit& c, const out_var& v);

@@ -1,12 +1,58 @@
 #include "output/row_writers.h"
 
 #include "output/assign_ov.h"
+#include "output/fourier.h"
 #include "run/text_file.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool gets_rows(const out_file& file) { return file.content == out_rows && !file.postproc && !file.postproc_ac; }
+
+// The present values of an analog file's columns.
+void read_values(const solve_class& slv, const circuit& c, out_file& file, const char* writer) {
+    for (std::size_t j = 0; j < file.vars.size(); ++j) {
+        const out_var& v = file.vars[j];
+        const bool small_signal_word = v.prefix == prefix_phase || v.prefix == prefix_mag;
+        if (small_signal_word || !assign_ov(slv, c, v, file.value[j]))
+            halt({line(writer, ": Check output variables."), "  Some output variables has not been",
+                  "  mapped to any system variable.", "  Halting..."});
+    }
+}
+
+void read_columns(const solve_class& slv, const circuit& c, out_file& file, const char* writer) {
+    if (file.data_type == out_analog) {
+        read_values(slv, c, file, writer);
+        return;
+    }
+    for (std::size_t j = 0; j < file.vars.size(); ++j) file.level[j] = assign_ov_dgtl(c, file.vars[j]);
+}
+
+// The columns that read_columns has left, and the end of the row.
+void put_columns(const solve_class& slv, out_file& file) {
+    row_file& out = *file.stream;
+    if (file.data_type == out_analog)
+        for (double x : file.value) out.put(x);
+    else
+        put_levels(out, file.level, slv.offset_dgtl);
+    out.end_row();
+}
+
+// Whether an ordinary file takes a row at t; a fixed interval then runs from t, so its rows drift with the steps.
+bool is_due(out_file& file, double t) {
+    if (t > file.out_tend) return false;
+    if (!file.flag_fixed_interval) return t >= file.out_tstart;
+    if (t < file.next_time) return false;
+    file.next_time = t + file.fixed_interval;
+    return true;
+}
+
+void start_file(out_file& file) {
+    file.next_time = file.out_tstart;
+    file.value.assign(file.data_type == out_analog ? file.vars.size() : 0, 0.0);
+    file.level.assign(file.data_type == out_digital ? file.vars.size() : 0, 0);
+    if (file.fourier) start_fourier(file);
+}
 }  // namespace
 
 void open_out_files(solve_class& slv) {
@@ -14,6 +60,7 @@ void open_out_files(solve_class& slv) {
         file.n_lines = file.append ? file_count_lines(file.path) : 0;
         file.stream = std::make_unique<row_file>();
         file.stream->open(file.path, file.append);
+        start_file(file);
     }
 }
 
@@ -32,19 +79,38 @@ void count_line(solve_class& slv, int i_file, const char* writer) {
     ++file.n_lines;
 }
 
+void put_levels(row_file& out, const std::vector<int>& level, double offset) {
+    for (std::size_t j = 0; j < level.size(); ++j)
+        if (offset != 0.0)
+            out.put(level[j] + static_cast<double>(j) * offset);
+        else
+            out.put_field(level[j]);
+}
+
 void write_dc(solve_class& slv, const circuit& c, const flags_class&) {
     for (int i_file = 0; i_file < static_cast<int>(slv.files.size()); ++i_file) {
         out_file& file = slv.files[at(i_file)];
         if (!gets_rows(file)) continue;
         count_line(slv, i_file, "write_dc");
-        for (const out_var& v : file.vars) {
-            double value = 0.0;
-            const bool small_signal_word = v.prefix == prefix_phase || v.prefix == prefix_mag;
-            if (small_signal_word || !assign_ov(slv, c, v, value))
-                halt({"write_dc: Check output variables.", "  Some output variables has not been",
-                      "  mapped to any system variable.", "  Halting..."});
-            file.stream->put(value);
+        read_columns(slv, c, file, "write_dc");
+        put_columns(slv, file);
+    }
+}
+
+void write_trns(solve_class& slv, const circuit& c, int mode, double t) {
+    constexpr const char* me = "write_trns";
+    for (int i_file = 0; i_file < static_cast<int>(slv.files.size()); ++i_file) {
+        out_file& file = slv.files[at(i_file)];
+        if (!gets_rows(file) || (mode != rows_all && mode != file.data_type)) continue;
+        if (file.fourier) {
+            read_values(slv, c, file, me);
+            add_fourier_point(file, t);
+            continue;
         }
-        file.stream->end_row();
+        if (!is_due(file, t)) continue;
+        count_line(slv, i_file, me);
+        read_columns(slv, c, file, me);
+        file.stream->put(t);
+        put_columns(slv, file);
     }
 }

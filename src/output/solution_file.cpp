@@ -1,15 +1,20 @@
 #include "output/solution_file.h"
 
+#include <variant>
+
 #include "output/row_writers.h"
 #include "run/text_file.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
+using ebeu_list = std::vector<double> ebeu_class::*;
+using gbeu_list = std::vector<double> gbeu_class::*;
+
 // One section: a title, and the values under it. A family without units of its own kind yet has none.
 struct section {
     std::string_view title;
-    std::vector<double> ebeu_class::*ebeu;  // null: no values
+    std::variant<std::monostate, ebeu_list, gbeu_list> member;
 };
 constexpr section sections[] = {
     {"ebeu->val_nd:", &ebeu_class::val_nd},
@@ -17,17 +22,26 @@ constexpr section sections[] = {
     {"ebeu->aux1d:", &ebeu_class::aux},
     {"ebeu->auxs1d:", &ebeu_class::auxs},
     {"ebeu->locv1d:", &ebeu_class::locv},
-    {"gbeu->val_vr:", nullptr},
-    {"gbeu->aux1d:", nullptr},
-    {"xbeu->val_vr:", nullptr},
-    {"xbeu->val_aux1d:", nullptr},
-    {"xbeu->val_bev1d:", nullptr},
-    {"xbeu->val_cur1d:", nullptr},
-    {"dbeu->val_nd:", nullptr},
-    {"dbeu->state:", nullptr},
-    {"dbeu->stable:", nullptr},
-    {"dbeu->tschdl_rel:", nullptr},
+    {"gbeu->val_vr:", &gbeu_class::val_vr},
+    {"gbeu->aux1d:", &gbeu_class::aux},
+    {"xbeu->val_vr:", {}},
+    {"xbeu->val_aux1d:", {}},
+    {"xbeu->val_bev1d:", {}},
+    {"xbeu->val_cur1d:", {}},
+    {"dbeu->val_nd:", {}},
+    {"dbeu->state:", {}},
+    {"dbeu->stable:", {}},
+    {"dbeu->tschdl_rel:", {}},
 };
+
+// The values of a section; null: none.
+template <class C>
+auto values(C& c, const section& s) {
+    decltype(&c.ebeu.val_nd) list = nullptr;
+    if (const auto* e = std::get_if<ebeu_list>(&s.member)) list = &(c.ebeu.**e);
+    if (const auto* g = std::get_if<gbeu_list>(&s.member)) list = &(c.gbeu.**g);
+    return list;
+}
 
 // The words of a file, one after the other, whatever lines they stand on.
 struct word_stream {
@@ -55,8 +69,8 @@ void write_solution(solve_class& slv, const circuit& c, const flags_class&) {
     for (const section& s : sections) {
         out.put_text(s.title);
         out.end_row();
-        if (s.ebeu == nullptr) continue;
-        for (double x : c.ebeu.*s.ebeu) out.put(x, '\n');
+        if (const auto* list = values(c, s))
+            for (double x : *list) out.put(x, '\n');
     }
 }
 
@@ -64,7 +78,7 @@ void read_solution(const solve_class& slv, circuit& c, const flags_class&) {
     word_stream in{open_text_file(slv.init_sol_path, "cct_class::read_solution"), {}, 0};
     for (const section& s : sections) {
         in.next();
-        if (s.ebeu == nullptr) continue;
-        for (double& x : c.ebeu.*s.ebeu) x = chr_to_double_4(in.next());
+        if (auto* list = values(c, s))
+            for (double& x : *list) x = chr_to_double_4(in.next());
     }
 }

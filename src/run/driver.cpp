@@ -7,11 +7,13 @@
 #include "analyses/evaluate.h"
 #include "analyses/run_state.h"
 #include "analyses/sweep.h"
+#include "analyses/trns.h"
 #include "blocks/directives.h"
 #include "deck/dumps.h"
 #include "elaborate/dumps.h"
 #include "library/dumps.h"
 #include "library/empty_library.h"
+#include "models/data_files.h"
 #include "output/parms_file.h"
 #include "output/row_writers.h"
 #include "output/solution_file.h"
@@ -25,12 +27,14 @@ void read_libraries(circuit& c, const constants_class& constants) {
         check_empty_library(std::string(".tnlaux/") + file, name);
     };
     c.lib.ebes = read_ebes(int_F, constants);
-    pending("gbes.aux", "gbes_class");
+    c.lib.gbes = read_gbes(int_F, constants);
     c.lib.ebac = read_ebac(int_F, constants);
-    for (const char* f : {"gbac", "dbes", "xbes", "xbac"})
+    c.lib.gbac = read_gbac(int_F, constants);
+    for (const char* f : {"dbes", "xbes", "xbac"})
         pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
     c.lib.eels = read_eels(c.lib.ebes, c.lib.ebac);
-    for (const char* f : {"gels", "dels", "xels", "gmes"})
+    c.lib.gels = read_gels(c.lib.gbes, c.lib.gbac);
+    for (const char* f : {"dels", "xels", "gmes"})
         pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
 }
 
@@ -99,27 +103,38 @@ void check_solve_leftovers(const circuit_file& cf, int index) {
 }
 
 void check_available(const solve_class& slv) {
-    for (const auto& [on, word] : {std::pair{slv.trns, "trns"}, std::pair{slv.startup, "startup"},
-                                   std::pair{slv.ssw, "ssw"}, std::pair{slv.ac, "ac"}})
+    for (const auto& [on, word] : {std::pair{slv.ssw, "ssw"}, std::pair{slv.ac, "ac"}})
         if (on) halt({line("main: solve_type ", word, " is not available in this version."), "  Halting..."});
 }
 
-// All points of a dc block, and the file of its last solution.
-void solve_dc_block(run_state& r) {
+bool solves(const solve_class& slv) { return slv.dc || slv.startup || slv.trns; }
+
+analysis analysis_of(const solve_class& slv) {
+    return slv.trns ? analysis::trns : slv.startup ? analysis::startup : analysis::dc;
+}
+
+// All points of a block, and the file of its last solution.
+void solve_points(run_state& r) {
+    if (r.slv.startup) set_sv(r.slv, r.c);
     init_sol(r);
-    set_mat_dc(r.mat, r.c, r.ebes1);
-    run_dc_sweeps(r);
-    if (r.slv.i_file_solution >= 0) {
-        ebce_form_arrays(r);
-        find_ebe_cur_dc(r);
-        write_solution(r.slv, r.c, r.flags);
-    }
+    set_mat(r.mat, r.c, r.ebes1, r.gbes1);
+    if (r.slv.trns)
+        solve_trns(r);
+    else
+        run_dc_sweeps(r);
+    if (r.slv.i_file_solution < 0) return;
+    ebce_form_arrays(r);
+    if (r.slv.dc) find_ebe_cur_dc(r);
+    if (r.slv.startup) find_ebe_cur_startup(r);
+    if (r.slv.trns) find_ebe_cur_trns(r, false);
+    write_solution(r.slv, r.c, r.flags);
 }
 }  // namespace
 
 void prepare_circuit(run_state& r) {
     circuit& c = r.c;
     elaborate(c);
+    read_gbe_data_files(c.lib.gbes, c.gbeu.unit.i_lib, c.gbeu.unit.sprm, r.dp);
     write_circuit_dumps(c);
     check_circuit_leftovers(c.cf);
     classify(c);
@@ -157,8 +172,8 @@ void read_block(run_state& r, int index) {
 void solve_block(run_state& r) {
     solve_class& slv = r.slv;
     circuit& c = r.c;
-    if (slv.dc) {
-        define_offs_solvec_dc(r.mat, c);
+    if (solves(slv)) {
+        define_offs_solvec(r.mat, c, analysis_of(slv));
         define_method_type(slv, c.cct);
     }
     open_out_files(slv);
@@ -167,11 +182,11 @@ void solve_block(run_state& r) {
     one_time_parms(r);
     r.flags.set_parm = 0;
     if (c.cf.output.debug) say("main: one_time_parms done");
-    if (slv.dc) solve_dc_block(r);
+    if (solves(slv)) solve_points(r);
     if (slv.i_file_parms >= 0) write_parms(slv, c);
     close_out_files(slv);
     slv.previous_solve_type = slv.solve_type;
-    if (slv.dc) slv.flag_prev_solution_exists = int_T;
+    if (solves(slv)) slv.flag_prev_solution_exists = int_T;
     if (slv.gmin_step && slv.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.n_gmin_total));
     delete_arrays(slv);
 }

@@ -31,6 +31,8 @@ struct flags_class {
     double delt = 0.0;            // s, the present step
     double gmin = 1e-12;          // S, the conductance across a junction
     int n_limit = 0;              // exponentials capped in this evaluation
+    int iter_trns = 0;            // pass of the time loop
+    int iter_trns_1 = -1;         // steps of the transient so far; 0 in the first
     int flag_debug_int = 0;
     int n_solve_lin = 0, n_newton = 0, n_steps = 0;  // statistics of the block
 

@@ -1,0 +1,90 @@
+// block_functions.h -- functions that several general blocks share.
+#pragma once
+#include <initializer_list>
+
+struct flags_class;
+struct gbes1_class;
+
+// ---- rows ----------------------------------------------------------------------------------------------------------
+
+// The three analyses in which a block fills its functions.
+bool is_solving(const flags_class* flags);
+
+// Function `row` of a block whose variable `out` has the value g: f = vr[out] - g. slope[k] is dg by variable k; variables
+// behind those of the list do not count. Function and Jacobian each only if asked.
+void output_row(int row, int out, double g, std::initializer_list<double> slope, const double* vr, double* f,
+                gbes1_class* jac, const flags_class* flags);
+
+// A quantity held at a value in start-up: f[row] = x - x0, slope is the cell of x.
+void held_row(int row, double x, double x0, double& slope, double* f, const flags_class* flags);
+
+// ---- levels --------------------------------------------------------------------------------------------------------
+
+struct level_pair {
+    double low, high;
+    double of(bool on) const { return on ? high : low; }
+    bool is_high(double x) const { return x > 0.5 * (high + low); }
+};
+
+// Time at which y, known at (t0, y0) and t1 > t0, y1, reaches 0 on a straight line, less dt_guard and at least 2 dt_guard
+// ahead of t_now; with no crossing in view t_now + dt_default. All in s.
+void get_t_next(double t1, double t0, double y1, double y0, double t_now, double dt_guard, double dt_default,
+                double& t_next);
+
+// The last two accepted samples of a signal, as they stand in a unit's parameters: value and time of the newest, then
+// those of the older.
+struct sample_pair {
+    double* s;  // [4]
+    void clear() const { s[0] = s[1] = s[2] = s[3] = 0.0; }
+    // A time that does not lie ahead takes the newest sample's place: the step that gave that one was rejected.
+    void take(double x, double time) const;
+    // The next break of whoever waits for the level; before there are two samples, dt_default ahead.
+    double next_break(double level, double dt_guard, double dt_default, const flags_class* flags) const;
+};
+
+// ---- averages over time ----------------------------------------------------------------------------------------------
+
+// The running mean of a quantity q, as it stands in a unit's parameters: its integral, the time of the last accepted
+// point, the time that the integral covers. per, s: the integral begins anew when it covers a period; 0: never.
+struct running_mean {
+    double* s;             // [3]
+    double per, t_min;     // s; the mean divides by t_min at least
+    void clear(double time) const;
+    void take(double q, double time) const;
+    // The mean up to `time` with q since the last accepted point, and its slope by q.
+    void mean(double q, double time, double& y, double& dy) const;
+};
+
+// ---- linear filters ----------------------------------------------------------------------------------------------------
+
+// (a[0] + a[1] s + ... + a[n] s^n) / (b[0] + ... + b[n] s^n) with states z[0] .. z[n - 1] (observer form, Kailath 1980):
+//   y = d x + z[0], z[i]' = z[i + 1] - (b[n - 1 - i] / b[n]) z[0] + c[n - 1 - i] x,
+//   d = a[n] / b[n], c[k] = (a[k] - b[k] d) / b[n]
+struct filter_form {
+    int n;
+    const double* a;  // [n + 1]
+    const double* b;  // [n + 1], b[n] not 0
+    double* c;        // [n] filled by filter_constants
+};
+void filter_constants(const filter_form& w);
+// Rows 0 (y) and 1 .. n (states) of a block with the variables x, y and the unknowns z; z0 [n] are held in start-up.
+void filter_rows(const filter_form& w, const double* vr, const double* z, const double* z0, double* f, gbes1_class* jac,
+                 const flags_class* flags);
+
+// ---- frames ----------------------------------------------------------------------------------------------------------
+
+// Phases a, b, c seen from an axis at the electrical angle th, rad; amplitudes stay (Park 1929).
+struct frame {
+    double cos_a, cos_b, cos_c, sin_a, sin_b, sin_c;  // of th, th - 2 pi/3, th + 2 pi/3
+};
+frame frame_at(double th);
+
+// ---- formulas of user blocks -----------------------------------------------------------------------------------------
+
+// Outputs y [n_y] of formula n_given at the inputs x [n_x] and the time t, s; outputs beyond those of the formula are 0.
+// dydx [n_y * n_x], row by row, or null. Halts for a formula that does not exist or needs more inputs or outputs.
+void user_function(int n_given, double t, int n_x, const double* x, int n_y, double* y, double* dydx, const int* iparm,
+                   const double* rparm);
+// The rows of a block with n_x inputs and n_y outputs behind them.
+void user_rows(int n_given, int n_x, int n_y, const int* iparm, const double* rparm, const double* vr, double* f,
+               gbes1_class* jac, const flags_class* flags);

@@ -1,0 +1,57 @@
+// block_history.cpp -- what blocks remember of accepted points.
+#include <algorithm>
+#include <cmath>
+
+#include "models/block_functions.h"
+#include "run/flags_class.h"
+
+void get_t_next(double t1, double t0, double y1, double y0, double t_now, double dt_guard, double dt_default,
+                double& t_next) {
+    constexpr double flat = 1e-10;  // a smaller change of y shows no direction
+    t_next = t_now + dt_default;
+    if (!(y1 * y0 > 0.0 && std::fabs(y1 - y0) >= flat)) return;
+    const double crossing = t1 - y1 / ((y1 - y0) / (t1 - t0));
+    if (!(crossing > t_now)) return;
+    t_next = crossing - t_now <= 2.0 * dt_guard ? t_now + 2.0 * dt_guard : crossing - dt_guard;
+}
+
+void sample_pair::take(double x, double time) const {
+    if (time > s[1]) {
+        s[2] = s[0];
+        s[3] = s[1];
+    } else if (!(time > s[3])) {
+        s[2] = x;
+        s[3] = time;
+    }
+    s[0] = x;
+    s[1] = time;
+}
+
+double sample_pair::next_break(double level, double dt_guard, double dt_default, const flags_class* flags) const {
+    double t_next = flags->time_given + dt_default;
+    if (flags->iter_trns_1 > 1)
+        get_t_next(s[1], s[3], s[0] - level, s[2] - level, flags->time_given, dt_guard, dt_default, t_next);
+    return t_next;
+}
+
+void running_mean::clear(double time) const {
+    s[0] = 0.0;
+    s[1] = time;
+    s[2] = 0.0;
+}
+
+void running_mean::take(double q, double time) const {
+    constexpr double whole = 1.0 - 1e-9;  // a period that lacks no more than rounding is over
+    if (time > s[1]) {
+        s[0] += q * (time - s[1]);
+        s[2] += time - s[1];
+        if (per > 0.0 && s[2] >= per * whole) s[0] = s[2] = 0.0;
+    }
+    s[1] = time;  // a time that falls was given by a rejected step
+}
+
+void running_mean::mean(double q, double time, double& y, double& dy) const {
+    const double since = std::max(time - s[1], 0.0), covered = std::max(s[2] + since, t_min);
+    y = (q * since + s[0]) / covered;
+    dy = since / covered;
+}

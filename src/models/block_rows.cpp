@@ -1,0 +1,62 @@
+#include <algorithm>
+#include <cmath>
+
+#include "library/gbes1_class.h"
+#include "models/block_functions.h"
+#include "run/flags_class.h"
+
+bool is_solving(const flags_class* flags) { return flags->dc || flags->trns || flags->startup; }
+
+void output_row(int row, int out, double g, std::initializer_list<double> slope, const double* vr, double* f,
+                gbes1_class* jac, const flags_class* flags) {
+    if (flags->function) f[row] = vr[out] - g;
+    if (flags->jacobian) {
+        double* cell = jac->dfdvr[row];
+        cell[out] = 1.0;
+        for (const double s : slope) *cell++ = -s;
+    }
+}
+
+void held_row(int row, double x, double x0, double& slope, double* f, const flags_class* flags) {
+    if (flags->function) f[row] = x - x0;
+    if (flags->jacobian) slope = 1.0;
+}
+
+void filter_constants(const filter_form& w) {
+    for (int k = 0; k < w.n; ++k) w.c[k] = (w.a[k] - w.b[k] * (w.a[w.n] / w.b[w.n])) / w.b[w.n];
+}
+
+void filter_rows(const filter_form& w, const double* vr, const double* z, const double* z0, double* f, gbes1_class* jac,
+                 const flags_class* flags) {
+    constexpr int x = 0, y = 1;
+    const double bn = w.b[w.n], d = w.a[w.n] / bn;
+    if (flags->function) f[0] = vr[y] - d * vr[x] - z[0];
+    if (flags->jacobian) {
+        jac->dfdvr[0][x] = -d;
+        jac->dfdvr[0][y] = 1.0;
+        jac->dfdaux[0][0] = -1.0;
+    }
+    for (int i = 0; i < w.n; ++i) {
+        const int k = w.n - 1 - i;
+        const double c = w.c[k], b = w.b[k] / bn;
+        const bool last = i == w.n - 1;
+        if (flags->function)
+            f[1 + i] = flags->startup ? z[i] - z0[i] : c * vr[x] - b * z[0] + (last ? 0.0 : z[i + 1]);
+        if (!flags->jacobian) continue;
+        double* by_z = jac->dfdaux[1 + i];
+        std::fill(by_z, by_z + w.n, 0.0);
+        jac->dfdvr[1 + i][x] = flags->startup ? 0.0 : c;
+        if (flags->startup) {
+            by_z[i] = 1.0;
+        } else {
+            by_z[0] = -b;
+            if (!last) by_z[i + 1] = 1.0;
+        }
+    }
+}
+
+frame frame_at(double th) {
+    constexpr double third = 2.0943951023931953;  // 2 pi/3
+    return {std::cos(th), std::cos(th - third), std::cos(th + third),
+            std::sin(th), std::sin(th - third), std::sin(th + third)};
+}

@@ -1,0 +1,69 @@
+// whole_run.h -- a run of the simulator inside a test: a deck goes in, console text and rows come out.
+#pragma once
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "deck/tmpdim_class.h"
+#include "halt_throws.h"
+#include "run/driver.h"
+#include "run/halt.h"
+#include "temp_folder.h"
+
+using table = std::vector<std::vector<double>>;
+
+// Works in a folder of its own with all installed libraries while it lives.
+class whole_run {
+public:
+    explicit whole_run(const std::string& deck) {
+        std::filesystem::create_directory(".tnlaux");
+        for (const auto& entry : std::filesystem::directory_iterator(TARNEL_SHARE))
+            std::filesystem::copy_file(entry.path(), ".tnlaux" / entry.path().filename());
+        std::string dimensions;
+        for (const tmpdim_word& w : tmpdim_words())
+            dimensions += std::string(w.word) + " " + std::to_string(w.generous) + "\n";
+        write_file("tmpdim.in", dimensions);
+        write_file(".tnlaux/cct.in", deck);
+        const console_run heard = run_and_listen([] { run_tarnel(); });
+        text = heard.text;
+        stopped = heard.stopped;
+        flush_all();
+    }
+
+    // Rows of a file as numbers; empty lines are left out.
+    table rows(const std::string& file) const {
+        table all;
+        std::istringstream in(read_file(file));
+        for (std::string one; std::getline(in, one);) {
+            std::istringstream words(one);
+            std::vector<double> row;
+            for (double x; words >> x;) row.push_back(x);
+            if (!row.empty()) all.push_back(row);
+        }
+        return all;
+    }
+
+    std::string text;
+    bool stopped = false;
+
+private:
+    temp_folder folder_;
+};
+
+// A deck of a circuit block and solve blocks; each block is its cards, and writes `variables` to out<k>.dat.
+struct deck_text {
+    std::string circuit, variables;
+    std::vector<std::string> blocks{};
+    std::string before{};
+
+    std::string str() const {
+        const std::string reference = circuit.find("eelement") == std::string::npos ? "" : "refnode 0\n";
+        std::string deck = "title: test\n" + before + "begin_circuit\n" + reference + circuit + "end_circuit\n";
+        for (std::size_t k = 0; k < blocks.size(); ++k)
+            deck += "begin_solve\n" + blocks[k] + "begin_output\nfilename out" + std::to_string(k + 1) +
+                    ".dat\nvariables: " + variables + "\nend_output\nend_solve\n";
+        return deck + "end_cf\n";
+    }
+};
