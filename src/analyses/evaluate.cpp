@@ -117,6 +117,37 @@ void keep_state_functions(run_state& r, bool of_blocks) {
         if ((s.is_block[at(i)] != 0) == of_blocks) s.f_now[at(i)] = f[at(s.f[at(i)])];
 }
 
+// Totals, static values, local variables and terminal currents of some units in a transient.
+void find_functions_of(run_state& r, const std::vector<int>& units, bool with_ddt) {
+    ebeu_class& e = r.c.ebeu;
+    mat_class& mat = r.mat;
+    const function_table& t = r.c.lib.ebes.func;
+    const raised on(r.flags.trns, r.flags.function);
+    for (int u : units) {
+        get_ebe(r, u);
+        take_local_variables(r, u);
+        if (with_ddt) {
+            const double* f = r.ebe[at(u)].f;
+            const int s = e.unit.i_lib[at(u)], first = t.first_f[at(s)];
+            for (int j = 0; j < e.nd.size(u); ++j)
+                if (t.flag_kcl[at(first + j)]) e.cur_nd[at(e.nd.first[at(u)] + j)] = f[j];
+        }
+        for (int d = mat.kcl_ddt.first[at(u)]; d < mat.kcl_ddt.first[at(u) + 1]; ++d) {
+            const double still = e.f[at(mat.kcl_ddt.f[at(d)])];
+            mat.kcl_ddt.still[at(d)] = still;
+            if (!with_ddt) continue;
+            const double total = still + z_derivative(mat, r.slv, e.locv.data(), d);
+            mat.kcl_ddt.total[at(d)] = total;
+            e.cur_nd[at(mat.kcl_ddt.terminal[at(d)])] = total;
+        }
+    }
+}
+
+// The unit whose row holds a flat index.
+int unit_of_index(const std::vector<int>& first, int index) {
+    return static_cast<int>(std::upper_bound(first.begin(), first.end(), index) - first.begin()) - 1;
+}
+
 // Calls every unit that declares a flag word.
 void call_declared(run_state& r, std::vector<int> entry_flags::*word) {
     for (int u = 0; u < r.c.ebeu.n(); ++u)
@@ -160,7 +191,12 @@ void form_jac_rhs(run_state& r, bool only_function) {
     ebce_form_arrays(r);
     gbce_form_arrays(r);
     std::fill(r.mat.rhs_m.begin(), r.mat.rhs_m.end(), 0.0);
-    // Every entry belongs to some unit, so that clearing all of them clears what will be summed.
+    // Every entry belongs to some unit, so that clearing all of them clears what will be summed. The matrix of a circuit
+    // of pure units stands as long as the method's constant does.
+    r.val_stands = !only_function && r.mat.kind == analysis::trns && r.passes.all_pure &&
+                   r.val_constant == method_constant(r.slv);
+    if (!only_function && !r.val_stands) r.val_constant = r.mat.kind == analysis::trns ? method_constant(r.slv) : 0.0;
+    only_function = only_function || r.val_stands;
     if (!only_function) std::fill(r.mat.val_m.begin(), r.mat.val_m.end(), 0.0);
     const raised on(analysis_flag(r), r.flags.function);
     r.flags.jacobian = only_function ? 0 : 1;
@@ -193,7 +229,7 @@ void add_trns_terms(run_state& r, bool only_function) {
         } else if (slv.flag_bdf2) {
             residual += -x * slv.cnst_bdf2_0 + x1 * slv.cnst_bdf2_1 - x2 * slv.cnst_bdf2_2;
         }
-        if (!only_function && q >= 0) mat.val_m[at(mat.state.slot[at(i)])] -= constant;
+        if (!only_function && !r.val_stands && q >= 0) mat.val_m[at(mat.state.slot[at(i)])] -= constant;
     }
 }
 
@@ -263,29 +299,61 @@ void find_ebe_cur_startup(run_state& r) {
 }
 
 void find_ebe_cur_trns(run_state& r, bool with_ddt) {
-    ebeu_class& e = r.c.ebeu;
-    mat_class& mat = r.mat;
-    const function_table& t = r.c.lib.ebes.func;
-    const raised on(r.flags.trns, r.flags.function);
-    for (int u = 0; u < e.n(); ++u) {
-        get_ebe(r, u);
-        take_local_variables(r, u);
-        const double* f = r.ebe[at(u)].f;
-        if (with_ddt) {
-            const int s = e.unit.i_lib[at(u)], first = t.first_f[at(s)];
-            for (int j = 0; j < t.n_func(s); ++j)
-                if (t.flag_kcl[at(first + j)]) e.cur_nd[at(e.nd.first[at(u)] + j)] = f[j];
-        }
-        for (int d = mat.kcl_ddt.first[at(u)]; d < mat.kcl_ddt.first[at(u) + 1]; ++d) {
-            const double still = e.f[at(mat.kcl_ddt.f[at(d)])];
-            mat.kcl_ddt.still[at(d)] = still;
-            if (!with_ddt) continue;
-            const double total = still + z_derivative(mat, r.slv, e.locv.data(), d);
-            mat.kcl_ddt.total[at(d)] = total;
-            e.cur_nd[at(mat.kcl_ddt.terminal[at(d)])] = total;
-        }
-    }
+    find_functions_of(r, with_ddt ? r.passes.at_accepted : r.passes.with_ddt, with_ddt);
     keep_state_functions(r, false);
+}
+
+void find_left_out_currents(run_state& r) {
+    ebce_form_arrays(r);
+    find_functions_of(r, r.passes.left_out, true);
+}
+
+void plan_passes(run_state& r) {
+    pass_lists& p = r.passes;
+    p = pass_lists{};
+    const ebeu_class& e = r.c.ebeu;
+    const std::vector<int>&pure_e = r.c.lib.ebes.flag.pure, &pure_g = r.c.lib.gbes.flag.pure;
+    std::vector<char> wanted(at(e.n()), 0);
+    std::vector<char> slots_e(at(e.n()), 0), slots_g(at(r.c.gbeu.n()), 0);
+    for (const out_file& file : r.slv.files)
+        for (const out_var& v : file.vars) {
+            if (v.prefix != prefix_none) continue;
+            if (v.kind == ov_cur)
+                wanted[at(unit_of_index(e.nd.first, v.index))] = 1;
+            else if (v.kind == ov_pwr_elec)
+                for (int u = r.c.eelu.first_unit[at(v.instance)]; u < r.c.eelu.first_unit[at(v.instance) + 1]; ++u)
+                    wanted[at(u)] = 1;
+            else if (v.kind == ov_iparm_ebe || v.kind == ov_rparm_ebe)
+                slots_e[at(unit_of_index(v.kind == ov_iparm_ebe ? e.unit.iprm.first : e.unit.rprm.first, v.index))] = 1;
+            else if (v.kind == ov_iparm_gbe || v.kind == ov_rparm_gbe)
+                slots_g[at(unit_of_index(
+                    v.kind == ov_iparm_gbe ? r.c.gbeu.unit.iprm.first : r.c.gbeu.unit.rprm.first, v.index))] = 1;
+        }
+    const function_table& t = r.c.lib.ebes.func;
+    p.all_pure = true;
+    for (int u = 0; u < e.n(); ++u) {
+        const int s = e.unit.i_lib[at(u)];
+        bool ddt = false;
+        for (int k = t.first_f[at(s)]; k < t.first_f[at(s) + 1]; ++k) ddt = ddt || t.flag_ddt[at(k)];
+        const bool pure = pure_e[at(s)] != 0;
+        p.all_pure = p.all_pure && pure;
+        if (ddt) p.with_ddt.push_back(u);
+        (ddt || !pure || wanted[at(u)] ? p.at_accepted : p.left_out).push_back(u);
+        if (slots_e[at(u)]) p.ov_ebe.push_back(u);
+    }
+    for (int u = 0; u < r.c.gbeu.n(); ++u) {
+        p.all_pure = p.all_pure && pure_g[at(r.c.gbeu.unit.i_lib[at(u)])];
+        if (slots_g[at(u)]) p.ov_gbe.push_back(u);
+    }
+}
+
+void ov_prm_of_files(run_state& r) {
+    if (r.passes.ov_ebe.empty() && r.passes.ov_gbe.empty()) return;
+    const raised on(r.flags.outvar_prm);
+    ebce_form_arrays(r);
+    gbce_form_arrays(r);
+    for (int u : r.passes.ov_ebe) get_ebe(r, u);
+    for (int u : r.passes.ov_gbe) get_gbe(r, u);
 }
 
 void find_block_functions(run_state& r) {

@@ -22,8 +22,11 @@ void one_time_parms(run_state& r);
 // Calls the units that keep history, at an accepted point; the blocks that may restart.
 void save_history(run_state& r);
 void treat_reset(run_state& r);
-// Calls every unit for the parameters that outputs read.
+// Calls every unit for the parameters that outputs read; in a transient only those that some file shows.
 void ov_prm(run_state& r);
+void ov_prm_of_files(run_state& r);
+// Decides which units a transient calls where; once, at its start.
+void plan_passes(run_state& r);
 
 // Terminal currents and local variables at a solution.
 void find_ebe_cur_dc(run_state& r);
@@ -31,5 +34,7 @@ void find_ebe_cur_startup(run_state& r);
 // The same in a transient. with_ddt: total values of functions with a derivative, and their currents; without: their
 // static values alone.
 void find_ebe_cur_trns(run_state& r, bool with_ddt);
+// Currents of the units that the accepted points of a transient left out.
+void find_left_out_currents(run_state& r);
 // Function values of all blocks in a transient.
 void find_block_functions(run_state& r);

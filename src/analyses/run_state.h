@@ -37,6 +37,16 @@ struct gbe_call {
     gbes1_class* jac = nullptr;
 };
 
+// Which units a transient calls where not all need it. A unit that is pure and has no derivative gives nothing at an
+// accepted point that anybody reads, unless an output wants its currents.
+struct pass_lists {
+    std::vector<int> at_accepted;  // electrical units: totals, local variables, histories, wanted currents
+    std::vector<int> with_ddt;     // electrical units that own a function with a derivative
+    std::vector<int> left_out;     // those not in at_accepted; their currents are found at the end of the block
+    std::vector<int> ov_ebe, ov_gbe;  // units whose output slots are in some file
+    bool all_pure = false;            // the matrix depends on parameters and the method's constant alone
+};
+
 struct run_state {
     circuit& c;
     mat_class mat;
@@ -48,6 +58,9 @@ struct run_state {
     std::vector<gbes1_class> gbes1;
     std::vector<ebe_call> ebe;  // [electrical units]
     std::vector<gbe_call> gbe;  // [general units]
+    pass_lists passes;          // of the present transient
+    double val_constant = 0.0;  // 1/s, the method's constant in val_m; 0: val_m must be assembled
+    bool val_stands = false;    // the last assembly found val_m as it should be
 
     explicit run_state(circuit& elaborated) : c(elaborated) {}
 };

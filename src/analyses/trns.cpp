@@ -81,7 +81,9 @@ void gmin_or_halt(run_state& r) {
 }
 
 void write_solution_if_asked(run_state& r) {
-    if (r.slv.i_file_solution >= 0) write_solution(r.slv, r.c, r.flags);
+    if (r.slv.i_file_solution < 0) return;
+    find_left_out_currents(r);
+    write_solution(r.slv, r.c, r.flags);
 }
 
 // ---- methods with one solve a step ----------------------------------------------------------------------------------------
@@ -298,7 +300,7 @@ void next_step_size(run_state& r) {
 }
 
 void write_row(run_state& r) {
-    ov_prm(r);
+    ov_prm_of_files(r);
     write_trns(r.slv, r.c, mode_analog, r.slv.time_present);
 }
 }  // namespace
@@ -306,6 +308,8 @@ void write_row(run_state& r) {
 void solve_trns(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
+    plan_passes(r);
+    r.val_constant = 0.0;
     define_method_flags(r);
     slv.time_present = r.flags.t_start;
     r.flags.time_epsilon = slv.time_epsilon;
@@ -331,12 +335,14 @@ void solve_trns(run_state& r) {
         r.flags.time_present = slv.time_present;
         write_row(r);
         if (r.flags.t_end <= slv.time_present + slv.time_epsilon) {
+            find_left_out_currents(r);
             r.flags.init_flags();
             return;
         }
         keep_point_1(r);
         next_step_size(r);
     }
+    find_left_out_currents(r);
     say("warning: time_end not reached");
     say("  in transient simulation.");
     say("  Increase itmax_trns in the method card.");

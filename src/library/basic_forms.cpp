@@ -10,7 +10,7 @@ constexpr flag_word ebes_flags[] = {
     {"limit_tstep", &entry_flags::limit_tstep, 0},   {"save_history", &entry_flags::save_history, 0},
     {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
     {"startup_sprt", &entry_flags::startup_sprt, 0}, {"allow_ssw", &entry_flags::allow_ssw, 1},
-    {"gmin_step", &entry_flags::gmin_step, 0},
+    {"gmin_step", &entry_flags::gmin_step, 0},       {"pure", &entry_flags::pure, 0},
 };
 constexpr list_line ebes_lines[] = {
     {"nodes:", "nd", &L::node, 500, 10000},
@@ -170,7 +170,7 @@ constexpr flag_word gbes_flags[] = {
     {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
     {"limit_modulo", &entry_flags::limit_modulo, 0}, {"allow_reset", &entry_flags::allow_reset, 0},
     {"set_rparm_1", &entry_flags::set_rparm_1, 0},   {"get_rparm_1", &entry_flags::get_rparm_1, 0},
-    {"allow_ssw", &entry_flags::allow_ssw, 1},
+    {"allow_ssw", &entry_flags::allow_ssw, 1},       {"pure", &entry_flags::pure, 0},
 };
 constexpr list_line gbes_lines[] = {
     {"main_vars:", "vr", &L::vr, 600, 12000},  {"iparms:", "iprm", &L::iprm, 500, 10000},

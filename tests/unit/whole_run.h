@@ -17,10 +17,16 @@ using table = std::vector<std::vector<double>>;
 // Works in a folder of its own with all installed libraries while it lives.
 class whole_run {
 public:
-    explicit whole_run(const std::string& deck) {
+    // without: a word that is cut out of all library texts.
+    explicit whole_run(const std::string& deck, const std::string& without = "") {
         std::filesystem::create_directory(".tnlaux");
-        for (const auto& entry : std::filesystem::directory_iterator(TARNEL_SHARE))
-            std::filesystem::copy_file(entry.path(), ".tnlaux" / entry.path().filename());
+        for (const auto& entry : std::filesystem::directory_iterator(TARNEL_SHARE)) {
+            std::string library = read_file(entry.path().string());
+            for (std::size_t at = without.empty() ? std::string::npos : library.find(without); at != std::string::npos;
+                 at = library.find(without, at))
+                library.erase(at, without.size());
+            write_file((".tnlaux" / entry.path().filename()).string(), library);
+        }
         std::string dimensions;
         for (const tmpdim_word& w : tmpdim_words())
             dimensions += std::string(w.word) + " " + std::to_string(w.generous) + "\n";

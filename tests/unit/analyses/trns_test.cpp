@@ -194,3 +194,28 @@ TEST(transient, corners_of_a_clock_are_rows) {
     for (const auto& row : rows)
         EXPECT_TRUE(std::abs(row[1]) < 1e-6 || std::abs(row[1] - 1) < 1e-6) << "a row inside an edge at " << row[0];
 }
+
+// What a transient leaves out for units that are marked pure, it may only leave out if nothing changes.
+TEST(transient, the_mark_of_pure_units_changes_no_byte) {
+    const std::string circuit =
+        "eelement name=V1 type=vsrcac p=in n=0 a=10 f_hz=1k\neelement name=R1 type=r p=in n=a r=10\n"
+        "eelement name=L1 type=l p=a n=b l=1m\neelement name=C1 type=c p=b n=0 c=10u v0=1\n"
+        "eelement name=R2 type=r p=b n=0 r=50\n";
+    const std::string out = "outvar: vb=nodev_of_b ir=i_of_R2 pv=pwr_elec_of_V1 vl=v_of_L1 ic=i_of_C1\n";
+    for (const std::string& more : {std::string(), std::string("eelement name=D1 type=diode_r p=b n=0\n")})
+        for (const char* rule : {"back_euler", "trapezoidal", "gear2", "trbdf2"}) {
+            const deck_text deck{circuit + more + out,
+                                 "vb ir pv vl ic",
+                                 {"solve_type startup\n",
+                                  std::string("solve_type trns\ninitial_sol previous\nmethod: ") + rule +
+                                      "=yes t_end=2m delt_const=10u delt_max=20u\n",
+                                  "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes t_start=2m t_end=2.1m "
+                                  "delt_const=10u\n"}};
+            const whole_run marked(deck.str());
+            const table rows = marked.rows("out2.dat"), more_rows = marked.rows("out3.dat");
+            ASSERT_GT(rows.size(), 100u) << marked.text;
+            const whole_run plain(deck.str(), " pure=yes");
+            EXPECT_EQ(rows, plain.rows("out2.dat")) << rule;
+            EXPECT_EQ(more_rows, plain.rows("out3.dat")) << rule;
+        }
+}

@@ -1,0 +1,91 @@
+// The general libraries of this build as a whole, and what composites of blocks say of their blocks.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <set>
+
+#include "block_unit.h"
+#include "library/composite_reader.h"
+#include "library/library_form.h"
+
+namespace {
+
+TEST(installed_blocks, leave_room_in_every_pool_of_their_library) {
+    const gbes_class& lib = installed_gbes();
+    EXPECT_LE(lib.n(), gbes_form.max_entries - 2);
+    EXPECT_LE(lib.func.n_ttlf(), gbes_form.max_functions);
+    for (const list_line& l : gbes_form.lines)
+        std::visit(
+            [&](auto member) {
+                int n = 0;
+                for (int e = 0; e < lib.n(); ++e) n += (lib.list.*member).count(e);
+                EXPECT_LE(n, l.max_words) << l.keyword;
+            },
+            l.member);
+}
+
+TEST(installed_blocks, have_first_guesses_only_where_they_are_planned) {
+    std::set<std::string> with;
+    for (int e = 0; e < installed_gbes().n(); ++e)
+        if (installed_gbes().list.ig.count(e) > 0) with.insert(installed_gbes().list.entry.str(e));
+    EXPECT_EQ(with, (std::set<std::string>{"intgrtr", "lag_1", "pll_1a"}));
+}
+
+gels_class installed_gels() {
+    gels_class lib;
+    text_file file = open_text_file(std::string(TARNEL_SHARE) + "/gels.aux", "gels_class");
+    read_composites(file, gels_form, installed_gbes(), {}, lib);
+    return lib;
+}
+
+// Words of the statement that stand for others of the same name: the composite adds nothing of its own.
+TEST(installed_blocks, have_composites_of_their_name_with_their_variables_parameters_and_defaults) {
+    const gels_class gels = installed_gels();
+    ASSERT_EQ(gels.n(), installed_gbes().n());
+    const library_lists& basic = installed_gbes().list;
+    for (int c = 0; c < gels.n(); ++c) {
+        const std::string name = gels.list.entry.str(c);
+        const int e = basic.find(name);
+        ASSERT_GE(e, 0) << name;
+        ASSERT_EQ(gels.be.n_be(c), 1) << name;
+        EXPECT_EQ(gels.be.name[static_cast<std::size_t>(c)], name);
+        ASSERT_EQ(gels.list.vr.count(c), basic.vr.count(e)) << name;
+        for (int j = 0; j < basic.vr.count(e); ++j) {
+            EXPECT_EQ(gels.list.vr.word(c, j), basic.vr.word(e, j)) << name;
+            EXPECT_EQ(gels.be.vr.row(c)[j], j) << name;
+        }
+        const auto same = [&](const auto& ours, const auto& theirs, const row_table<int>& flag) {
+            for (int j = 0; j < ours.count(c); ++j) {
+                const int k = theirs.find(e, ours.word(c, j));
+                ASSERT_GE(k, 0) << name << ' ' << ours.word(c, j);
+                EXPECT_EQ(ours.value(c, j), theirs.value(e, k)) << name << ' ' << ours.word(c, j);
+                EXPECT_EQ(flag.row(c)[k], j) << name << ' ' << ours.word(c, j);
+            }
+        };
+        same(gels.list.iprm, basic.iprm, gels.be.iprm_flag);
+        same(gels.list.sprm, basic.sprm, gels.be.sprm_flag);
+        same(gels.list.rprm, basic.rprm, gels.be.rprm_flag);
+        same(gels.list.sv, basic.sv, gels.be.sv_flag);
+        same(gels.list.ig, basic.ig, gels.be.ig_flag);
+        EXPECT_EQ(gels.list.iprm.count(c), basic.iprm.count(e)) << name;
+        EXPECT_EQ(gels.list.sv.count(c), basic.sv.count(e)) << name;
+        EXPECT_EQ(gels.list.ig.count(c), basic.ig.count(e)) << name;
+    }
+}
+
+// Every function of a block is the row of one output or auxiliary variable, so the composite shows as many variables.
+TEST(installed_blocks, offer_their_outputs_and_states_as_output_variables) {
+    const gels_class gels = installed_gels();
+    for (int c = 0; c < gels.n(); ++c) {
+        const std::string name = gels.list.entry.str(c);
+        int n_shown = 0;
+        for (int j = 0; j < gels.ov.count(c); ++j) {
+            const int kind = gels.ov.kind[static_cast<std::size_t>(gels.ov.at(c, j))];
+            n_shown += kind == ov_var || kind == ov_gaux;
+        }
+        const int e = installed_gbes().list.find(name);
+        EXPECT_EQ(n_shown, name == "pp_in_1" ? 1 : installed_gbes().func.n_func(e)) << name;
+    }
+}
+
+}  // namespace
