@@ -1,8 +1,8 @@
 #include <climits>
 
+#include "analyses/layout_dumps.h"
 #include "analyses/mat_class.h"
 #include "run/halt.h"
-#include "sparse/knuth_write.h"
 #include "sparse/pattern.h"
 
 namespace {
@@ -196,9 +196,6 @@ int limited_product(int a, int b) {
     return p > INT_MAX ? INT_MAX : p < 0 ? 0 : static_cast<int>(p);
 }
 
-const char* dump_name(analysis kind) {
-    return kind == analysis::dc ? "ebce1_dc.dat" : kind == analysis::startup ? "ebce1_strt.dat" : "ebce1_trns.dat";
-}
 }  // namespace
 
 void allocate_system(mat_class& mat, const circuit& c) {
@@ -246,6 +243,5 @@ void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& e
     kcl_derivatives& k = mat.kcl_ddt;
     for (auto* v : {&k.total, &k.total_1, &k.total_2, &k.still, &k.still_1, &k.still_2}) v->assign(at(k.n()), 0.0);
     for (auto* v : {&mat.state.f_now, &mat.state.f_1, &mat.state.f_2}) v->assign(at(mat.state.n()), 0.0);
-    if (c.cf.output.ebce) mat_write_knuthij1(mat.m, dump_name(mat.kind));
-    if (c.cf.output.smat) mat_write_knuthij1(mat.m, "smat.dat");
+    write_layout_dumps(mat, c);
 }

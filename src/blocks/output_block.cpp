@@ -70,8 +70,9 @@ void read_filename(out_file& file, const gprm_class& gprm, const words& w) {
     }
 }
 
-// Coefficient tables have a row for each harmonic.
+// Coefficient tables have a row for each harmonic, and in it a number for each variable.
 constexpr int max_harmonics = 100000;
+constexpr std::size_t max_coefficients = 5000000;
 
 void read_control(out_file& file, const solve_class& slv, const gprm_class& gprm, const words& w) {
     for (int i = 1; i + 1 < w.size(); i += 2) {
@@ -246,6 +247,8 @@ void check_fourier(out_file& file, const solve_class& slv) {
     for (const out_var& v : file.vars)
         if (v.prefix != prefix_none)
             halt({"solve_class: cannot have a prefix", "   for an outvar in fourier analysis.", "   Halting..."});
+    if (at(file.n_fourier) * file.vars.size() > max_coefficients)
+        halt({"solve_class: too many harmonics and variables", "   in a Fourier file. Halting..."});
     file.omega_fourier.resize(at(file.n_fourier));
     for (int k = 0; k < file.n_fourier; ++k)
         file.omega_fourier[at(k)] = 2.0 * k * math_cnst_class{}.pi / file.period_fourier;

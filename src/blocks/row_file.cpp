@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstring>
 
+#include "blocks/scientific.h"
+
 namespace {
 constexpr std::size_t buffer_size = std::size_t{1} << 16;
 constexpr std::size_t number_room = 40;  // the longest number has a sign, 7 digits, a point and 5 more
@@ -37,6 +39,12 @@ char* row_file::room(std::size_t n) {
 }
 
 void row_file::put(double x, char behind) {
+    char* quick = room(scientific_width + 1);
+    if (put_scientific(x, quick)) {
+        quick[scientific_width] = behind;
+        used_ += scientific_width + 1;
+        return;
+    }
     char digits[number_room];
     const std::to_chars_result end =
         std::to_chars(digits, digits + number_room, x, std::chars_format::scientific, precision);

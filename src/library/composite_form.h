@@ -35,7 +35,7 @@ struct bound_line {
     row_table<int> element_table::*flag;  // of sensed nodes and branches; else null
     const char* total;        // count over the library's elements in its message
     int max_total;
-    const char* no_key;       // messages behind the routine's name (see composite_message): an element's key is missing,
+    const char* no_key;       // messages, made by composite_message: an element's key is missing,
     const char* no_value;     // its value is unknown,
     const char* no_call_key;  // and the same of a call
     const char* no_call_value;

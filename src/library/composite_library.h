@@ -9,7 +9,7 @@
 #include "run/row_table.h"
 
 // The expanded elements of all entries: those of entry e are first_be[e] up to first_be[e + 1] - 1, callee's elements
-// inline. One row of each table per element.
+// inline. One row per element of each table that the family's elements have words for; others have no rows.
 struct element_table {
     std::vector<int> first_be{0};  // [n entries + 1]
     std::vector<int> i_be;         // [n_be_ttl] entry of the basic library

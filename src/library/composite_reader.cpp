@@ -291,7 +291,8 @@ void read_composites(text_file& file, const composite_form& form, const basic_li
 }
 
 namespace {
-composite_library read_from_form(const composite_form& form, const basic_library& basic, const basic_library& basic_ac) {
+composite_library read_from_form(const composite_form& form, const basic_library& basic,
+                                 const basic_library& basic_ac) {
     composite_library lib;
     text_file file = open_text_file(form.path, form.class_name);
     read_composites(file, form, basic, basic_ac, lib);

@@ -94,7 +94,7 @@ void write_outputs(std::ostream& out, const char* tag, const output_table& table
 
 template <class T>
 void write_row(std::ostream& out, const char* tag, const row_table<T>& table, const row_table<int>* flag, int row) {
-    if (table.size(row) == 0) return;
+    if (row >= table.n_rows() || table.size(row) == 0) return;  // a family has rows for words of its own only
     out << "      " << tag << ':';
     for (int j = 0; j < table.size(row); ++j) {
         out << ' ' << table.row(row)[j];

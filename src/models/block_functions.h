@@ -5,20 +5,25 @@
 struct flags_class;
 struct gbes1_class;
 
-// ---- rows ----------------------------------------------------------------------------------------------------------
+// ---- rows ----
 
 // The three analyses in which a block fills its functions.
 bool is_solving(const flags_class* flags);
 
-// Function `row` of a block whose variable `out` has the value g: f = vr[out] - g. slope[k] is dg by variable k; variables
-// behind those of the list do not count. Function and Jacobian each only if asked.
+// Function `row` of a block whose variable `out` has the value g: f = vr[out] - g. slope[k] is dg by variable k;
+// variables behind those of the list do not count. Function and Jacobian each only if asked.
 void output_row(int row, int out, double g, std::initializer_list<double> slope, const double* vr, double* f,
                 gbes1_class* jac, const flags_class* flags);
 
-// A quantity held at a value in start-up: f[row] = x - x0, slope is the cell of x.
-void held_row(int row, double x, double x0, double& slope, double* f, const flags_class* flags);
+// The row of a first-order state y: dy/dt = (by_x x + by_y y) / by; in start-up y is held at y0. x and y are the
+// variables 0 and 1 of the block.
+struct first_order {
+    double by_x, by_y, by;
+};
+void state_row(const first_order& w, double y0, const double* vr, double* f, gbes1_class* jac,
+               const flags_class* flags);
 
-// ---- levels --------------------------------------------------------------------------------------------------------
+// ---- levels ----
 
 struct level_pair {
     double low, high;
@@ -26,8 +31,8 @@ struct level_pair {
     bool is_high(double x) const { return x > 0.5 * (high + low); }
 };
 
-// Time at which y, known at (t0, y0) and t1 > t0, y1, reaches 0 on a straight line, less dt_guard and at least 2 dt_guard
-// ahead of t_now; with no crossing in view t_now + dt_default. All in s.
+// Time at which y, known at (t0, y0) and t1 > t0, y1, reaches 0 on a straight line, less dt_guard and at least 2
+// dt_guard ahead of t_now; with no crossing in view t_now + dt_default. All in s.
 void get_t_next(double t1, double t0, double y1, double y0, double t_now, double dt_guard, double dt_default,
                 double& t_next);
 
@@ -42,36 +47,37 @@ struct sample_pair {
     double next_break(double level, double dt_guard, double dt_default, const flags_class* flags) const;
 };
 
-// ---- averages over time ----------------------------------------------------------------------------------------------
+// ---- averages over time ----
 
 // The running mean of a quantity q, as it stands in a unit's parameters: its integral, the time of the last accepted
 // point, the time that the integral covers. per, s: the integral begins anew when it covers a period; 0: never.
 struct running_mean {
-    double* s;             // [3]
-    double per, t_min;     // s; the mean divides by t_min at least
+    double* s;          // [3]
+    double per, t_min;  // s; the mean divides by t_min at least
     void clear(double time) const;
     void take(double q, double time) const;
     // The mean up to `time` with q since the last accepted point, and its slope by q.
     void mean(double q, double time, double& y, double& dy) const;
 };
 
-// ---- linear filters ----------------------------------------------------------------------------------------------------
+// ---- linear filters ----
 
-// (a[0] + a[1] s + ... + a[n] s^n) / (b[0] + ... + b[n] s^n) with states z[0] .. z[n - 1] (observer form, Kailath 1980):
-//   y = d x + z[0], z[i]' = z[i + 1] - (b[n - 1 - i] / b[n]) z[0] + c[n - 1 - i] x,
+// (a[0] + a[1] s + ... + a[n] s^n) / (b[0] + ... + b[n] s^n) with states z[0] .. z[n - 1] (observer form, Kailath
+// 1980), brought to the size of y by a time T:
+//   y = d x + z[0], z[i]' = z[i + 1] / T + T^i (c[k] x - (b[k] / b[n]) z[0]), k = n - 1 - i,
 //   d = a[n] / b[n], c[k] = (a[k] - b[k] d) / b[n]
 struct filter_form {
     int n;
     const double* a;  // [n + 1]
     const double* b;  // [n + 1], b[n] not 0
-    double* c;        // [n] filled by filter_constants
+    double* c;        // filled by filter_constants: [n], and from second order on T, s, behind them
 };
 void filter_constants(const filter_form& w);
 // Rows 0 (y) and 1 .. n (states) of a block with the variables x, y and the unknowns z; z0 [n] are held in start-up.
 void filter_rows(const filter_form& w, const double* vr, const double* z, const double* z0, double* f, gbes1_class* jac,
                  const flags_class* flags);
 
-// ---- frames ----------------------------------------------------------------------------------------------------------
+// ---- frames ----
 
 // Phases a, b, c seen from an axis at the electrical angle th, rad; amplitudes stay (Park 1929).
 struct frame {
@@ -79,10 +85,10 @@ struct frame {
 };
 frame frame_at(double th);
 
-// ---- formulas of user blocks -----------------------------------------------------------------------------------------
+// ---- formulas of user blocks ----
 
-// Outputs y [n_y] of formula n_given at the inputs x [n_x] and the time t, s; outputs beyond those of the formula are 0.
-// dydx [n_y * n_x], row by row, or null. Halts for a formula that does not exist or needs more inputs or outputs.
+// Outputs y [n_y] of formula n_given at the inputs x [n_x] and the time t, s; outputs beyond those of the formula are
+// 0. dydx [n_y * n_x], row by row, or null. Halts for a formula that does not exist or needs more inputs or outputs.
 void user_function(int n_given, double t, int n_x, const double* x, int n_y, double* y, double* dydx, const int* iparm,
                    const double* rparm);
 // The rows of a block with n_x inputs and n_y outputs behind them.

@@ -17,31 +17,47 @@ void output_row(int row, int out, double g, std::initializer_list<double> slope,
     }
 }
 
-void held_row(int row, double x, double x0, double& slope, double* f, const flags_class* flags) {
-    if (flags->function) f[row] = x - x0;
-    if (flags->jacobian) slope = 1.0;
+void state_row(const first_order& w, double y0, const double* vr, double* f, gbes1_class* jac,
+               const flags_class* flags) {
+    constexpr int row = 0, x = 0, y = 1;
+    if (flags->function) f[row] = flags->startup ? vr[y] - y0 : (w.by_x * vr[x] + w.by_y * vr[y]) / w.by;
+    if (flags->jacobian) {
+        jac->dfdvr[row][x] = flags->startup ? 0.0 : w.by_x / w.by;
+        jac->dfdvr[row][y] = flags->startup ? 1.0 : w.by_y / w.by;
+    }
 }
 
 void filter_constants(const filter_form& w) {
-    for (int k = 0; k < w.n; ++k) w.c[k] = (w.a[k] - w.b[k] * (w.a[w.n] / w.b[w.n])) / w.b[w.n];
+    const double bn = w.b[w.n];
+    for (int k = 0; k < w.n; ++k) w.c[k] = (w.a[k] - w.b[k] * (w.a[w.n] / bn)) / bn;
+    if (w.n == 1) return;
+    // The mean time of the poles that are not at 0: a state that is large beside y would cost digits of the residual.
+    double& scale = w.c[w.n];
+    scale = 1.0;
+    for (int k = 0; k < w.n; ++k)
+        if (w.b[k] != 0.0) {
+            scale = std::pow(std::fabs(bn / w.b[k]), 1.0 / (w.n - k));
+            break;
+        }
 }
 
 void filter_rows(const filter_form& w, const double* vr, const double* z, const double* z0, double* f, gbes1_class* jac,
                  const flags_class* flags) {
     constexpr int x = 0, y = 1;
-    const double bn = w.b[w.n], d = w.a[w.n] / bn;
+    const double bn = w.b[w.n], d = w.a[w.n] / bn, scale = w.n > 1 ? w.c[w.n] : 1.0;
     if (flags->function) f[0] = vr[y] - d * vr[x] - z[0];
     if (flags->jacobian) {
         jac->dfdvr[0][x] = -d;
         jac->dfdvr[0][y] = 1.0;
         jac->dfdaux[0][0] = -1.0;
     }
-    for (int i = 0; i < w.n; ++i) {
+    double power = 1.0;
+    for (int i = 0; i < w.n; ++i, power *= scale) {
         const int k = w.n - 1 - i;
-        const double c = w.c[k], b = w.b[k] / bn;
+        const double c = power * w.c[k], b = power * (w.b[k] / bn);
         const bool last = i == w.n - 1;
         if (flags->function)
-            f[1 + i] = flags->startup ? z[i] - z0[i] : c * vr[x] - b * z[0] + (last ? 0.0 : z[i + 1]);
+            f[1 + i] = flags->startup ? z[i] - z0[i] : c * vr[x] - b * z[0] + (last ? 0.0 : z[i + 1] / scale);
         if (!flags->jacobian) continue;
         double* by_z = jac->dfdaux[1 + i];
         std::fill(by_z, by_z + w.n, 0.0);
@@ -50,7 +66,7 @@ void filter_rows(const filter_form& w, const double* vr, const double* z, const 
             by_z[i] = 1.0;
         } else {
             by_z[0] = -b;
-            if (!last) by_z[i + 1] = 1.0;
+            if (!last) by_z[i + 1] = 1.0 / scale;
         }
     }
 }

@@ -67,8 +67,11 @@ struct formula {
     int n_x, n_y;  // at least
     void (*evaluate)(const formula_call&);
 };
-constexpr formula formulas[] = {
-    {1, 1, line_in_single_precision}, {2, 1, direct_product}, {3, 1, shared_product}, {3, 1, slip}, {2, 2, switched_pair}};
+constexpr formula formulas[] = {{1, 1, line_in_single_precision},
+                                {2, 1, direct_product},
+                                {3, 1, shared_product},
+                                {3, 1, slip},
+                                {2, 2, switched_pair}};
 constexpr int n_formulas = 5, n_reserved = 10;
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "library/dumps.h"
 #include "library/empty_library.h"
 #include "models/data_files.h"
+#include "output/fourier.h"
 #include "output/parms_file.h"
 #include "output/row_writers.h"
 #include "output/solution_file.h"
@@ -184,6 +185,7 @@ void solve_block(run_state& r) {
     if (c.cf.output.debug) say("main: one_time_parms done");
     if (solves(slv)) solve_points(r);
     if (slv.i_file_parms >= 0) write_parms(slv, c);
+    write_fourier(slv);
     close_out_files(slv);
     slv.previous_solve_type = slv.solve_type;
     if (solves(slv)) slv.flag_prev_solution_exists = int_T;

@@ -1,8 +1,8 @@
-// run_case.cpp -- runs one folder of tests/decks/ and compares what comes out with what is expected.
+// run_case.cpp -- runs one folder of tests/decks/ or examples/ and compares what comes out with what is expected.
 //
 //   <case>/deck.in   a deck, run with `tnl run`; other files beside it are its data files
 //   <case>/work/     instead: a whole working folder, in which the simulator is run as it is
-//   <case>/why.md    where the expected numbers come from
+//   <case>/why.md    where the expected numbers come from; an example tells it in its story.md
 //   <case>/expect/   console.txt       the whole text of the run
 //                    console_has.txt   lines of it that must appear, in this order
 //                    status            exit status, 0 without this file
@@ -125,7 +125,8 @@ int main(int argc, char** argv) {
     const fs::path tnl = argv[1], tarnel = argv[2], folder = argv[3], scratch = argv[4], expect = folder / "expect";
     const bool whole = fs::is_directory(folder / "work");
     if (whole == fs::exists(folder / "deck.in")) fault("a case has either deck.in or work/");
-    if (!fs::exists(folder / "why.md")) fault("why.md is missing: where do the expected numbers come from?");
+    if (!fs::exists(folder / "why.md") && !fs::exists(folder / "story.md"))
+        fault("why.md is missing: where do the expected numbers come from?");
     if (n_faults) return 1;
 
     fs::remove_all(scratch);
@@ -136,9 +137,9 @@ int main(int argc, char** argv) {
         fs::remove(scratch / "why.md");
     }
     const fs::path console = scratch.string() + ".console";
-    const std::string command = "cd " + shell_word(scratch) + " && " +
-                                (whole ? shell_word(tarnel) : shell_word(tnl) + " run deck.in") + " >" + shell_word(console) +
-                                " 2>" + shell_word(scratch.string() + ".messages") + " </dev/null";
+    const std::string command =
+        "cd " + shell_word(scratch) + " && " + (whole ? shell_word(tarnel) : shell_word(tnl) + " run deck.in") + " >" +
+        shell_word(console) + " 2>" + shell_word(scratch.string() + ".messages") + " </dev/null";
     const int ended = std::system(command.c_str());
     const int status = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
 

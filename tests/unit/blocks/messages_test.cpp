@@ -313,6 +313,8 @@ const fault faults[] = {
      "solve_class: wrong data type for Fourier\n   variable. Check output blocks. Halting...\n", digital_outvar},
     {"fourier_period", trns + out("vout", "fourier=yes", "control: out_tstart=1 out_tend=1\n"),
      "solve_class: period_fourier = 0?\n   Check Fourier variables. Halting...\n"},
+    {"fourier_size", trns + out(repeated("vout ", 60), "fourier=yes", "control: n_fourier=100000\n"),
+     "solve_class: too many harmonics and variables\n   in a Fourier file. Halting...\n"},
     {"fourier_prefix", trns + out("mag_of_vout", "fourier=yes"),
      "solve_class: cannot have a prefix\n   for an outvar in fourier analysis.\n   Halting...\n"},
     {"nyquist_dc", dc + out("vout", "nyquist=yes"), "solve_class: Nyquist is allowed only\n   for AC. Halting...\n"},

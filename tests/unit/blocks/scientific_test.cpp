@@ -45,9 +45,10 @@ TEST(put_scientific, is_right_or_silent_on_both_sides_of_a_rounding) {
             const double middle = std::stod(std::to_string(digits) + "5e" + std::to_string(power - 7));
             for (double x : {std::nextafter(middle, 0), middle, std::nextafter(middle, 1e300)}) {
                 const std::string text = fast(x);
-                if (text != "none") ASSERT_EQ(text, slow(x));
-                n_taken += text != "none";
                 ++n;
+                if (text == "none") continue;
+                ++n_taken;
+                ASSERT_EQ(text, slow(x));
             }
         }
     EXPECT_GT(n_taken, n * 9 / 10) << "only ties are left";

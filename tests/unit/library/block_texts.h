@@ -2,20 +2,22 @@
 #pragma once
 #include "library_texts.h"
 
-inline const lines gbe_header = {"gbe name=x", "Jacobian: constant", "main_vars:", "iparms:",  "sparms:",       "rparms:",
-                                 "aux_vars:",  "xvar:",              "stparms:",   "igparms:", "no_functions 0"};
+inline const lines gbe_header = {
+    "gbe name=x", "Jacobian: constant", "main_vars:", "iparms:",       "sparms:", "rparms:", "aux_vars:",
+    "xvar:",      "stparms:",           "igparms:",   "no_functions 0"};
 inline std::string gbe(const lines& replaced, const std::string& functions = "",
                        const std::string& code = "C: compiled\nendgbe\n") {
     return edited(gbe_header, replaced) + functions + code;
 }
-inline const lines gbe_ac_header = {"gbe_ac name=x", "main_vars:", "iparms:",       "sparms:",
-                                    "rparms:",       "aux_vars:",  "no_functions 0"};
+inline const lines gbe_ac_header = {
+    "gbe_ac name=x", "main_vars:", "iparms:", "sparms:", "rparms:", "aux_vars:", "no_functions 0"};
 inline std::string gbe_ac(const lines& replaced, const std::string& functions = "") {
     return edited(gbe_ac_header, replaced) + functions + "C: compiled\nendgbe_ac\n";
 }
 
-inline const lines gce_header = {"gce name=x", "begin_dc", "mainvars:", "auxvars:", "xvars:",  "outvar:",       "bias:",
-                                 "stparms:",   "igparms:", "iparms:",   "sparms:",  "rparms:", "rparms_derived:"};
+inline const lines gce_header = {
+    "gce name=x", "begin_dc", "mainvars:", "auxvars:", "xvars:",  "outvar:",        "bias:",
+    "stparms:",   "igparms:", "iparms:",   "sparms:",  "rparms:", "rparms_derived:"};
 inline const lines gce_middle = {"end_dc", "C:", "endC", "begin_ac", "outvar_ac:"};
 inline std::string gce(const lines& replaced, const std::string& body = "", const lines& replaced_ac = {},
                        const std::string& body_ac = "") {
@@ -24,7 +26,8 @@ inline std::string gce(const lines& replaced, const std::string& body = "", cons
 
 // A gain, a filter with a state of its own, a block that reads an explicit variable, one without functions.
 inline const std::string small_gbes =
-    gbe({"gbe name=gain", "main_vars: x y", "iparms: mode=2", "sparms: label=none", "rparms: k=1 y_o=0", "no_functions 1"},
+    gbe({"gbe name=gain", "main_vars: x y", "iparms: mode=2", "sparms: label=none", "rparms: k=1 y_o=0",
+         "no_functions 1"},
         "f_y y x\n") +
     gbe({"gbe name=filter", "main_vars: x y", "rparms: a=1 b=2", "aux_vars: z w", "stparms: z0=0.5", "igparms: z_ig=7",
          "no_functions 3"},

@@ -30,14 +30,14 @@ TEST(gbes_class, keeps_entries_lists_and_defaults_in_file_order) {
 }
 
 TEST(gbes_class, has_the_flags_of_blocks) {
-    const gbes_class lib =
-        read_gbe_text(gbe({"gbe name=a limit_tstep=yes save_history=yes limit_newton=yes calc_acp=yes limit_modulo=yes "
-                           "allow_reset=yes set_rparm_1=yes get_rparm_1=yes allow_ssw=no"}) +
-                      gbe({"gbe name=b", "Jacobian: variable"}) + gbe({"gbe name=c limit_modulo=Yes startup_sprt=yes"}));
+    const gbes_class lib = read_gbe_text(
+        gbe({"gbe name=a limit_tstep=yes save_history=yes limit_newton=yes calc_acp=yes limit_modulo=yes "
+             "allow_reset=yes set_rparm_1=yes get_rparm_1=yes allow_ssw=no"}) +
+        gbe({"gbe name=b", "Jacobian: variable"}) + gbe({"gbe name=c limit_modulo=Yes startup_sprt=yes"}));
     const entry_flags& f = lib.flag;
-    for (const auto flag : {&entry_flags::limit_tstep, &entry_flags::save_history, &entry_flags::limit_newton,
-                            &entry_flags::calc_acp, &entry_flags::limit_modulo, &entry_flags::allow_reset,
-                            &entry_flags::set_rparm_1, &entry_flags::get_rparm_1})
+    for (const auto flag :
+         {&entry_flags::limit_tstep, &entry_flags::save_history, &entry_flags::limit_newton, &entry_flags::calc_acp,
+          &entry_flags::limit_modulo, &entry_flags::allow_reset, &entry_flags::set_rparm_1, &entry_flags::get_rparm_1})
         EXPECT_EQ(f.*flag, (std::vector<int>{1, 0, 0}));
     EXPECT_EQ(f.allow_ssw, (std::vector<int>{0, 1, 1}));
     EXPECT_EQ(f.jac_const, (std::vector<int>{1, 0, 1}));
@@ -89,7 +89,8 @@ TEST(gbes_class, reads_lines_with_a_blank_before_their_mark_as_text) {
 TEST(gbes_messages, a_missing_line_names_the_keyword_found_and_the_one_wanted) {
     for (std::size_t i = 1; i < gbe_header.size(); ++i) {
         const std::string wanted = gbe_header[i].substr(0, gbe_header[i].find(' '));
-        const std::string found = i + 1 < gbe_header.size() ? gbe_header[i + 1].substr(0, gbe_header[i + 1].find(' ')) : "C:";
+        const std::string found =
+            i + 1 < gbe_header.size() ? gbe_header[i + 1].substr(0, gbe_header[i + 1].find(' ')) : "C:";
         EXPECT_HALT(read_gbe_text(edited(gbe_header, {}, wanted) + "C:\nendgbe\n"),
                     wrong_keyword(found, wanted, "expect " + wanted + " here, check gbe library"));
     }
@@ -115,7 +116,8 @@ TEST(gbes_messages, faults_of_an_entry) {
         {gbe(one, "f_y y v\n"), "read_gbes: check v in gbe library.\n   (function part)\n   Halting...\n"},
         {gbe(one, "f_y v(y)\n"), "read_gbes: check v(y) in gbe library.\n   (function part)\n   Halting...\n"},
         {gbe(one, "f_y startup y\n"), "read_gbes: check startup in gbe library.\n   (function part)\n   Halting...\n"},
-        {gbe(one, "f_y local_var y\n"), "read_gbes: check local_var in gbe library.\n   (function part)\n   Halting...\n"},
+        {gbe(one, "f_y local_var y\n"),
+         "read_gbes: check local_var in gbe library.\n   (function part)\n   Halting...\n"},
         {gbe(one, "f_y d_dt(v)\n"), "read_gbes: check v in gbe library.\n   (function part)\n   Halting...\n"},
         {gbe(one, "f_y d_dt\n"), "gbes_class: check variables involving d_dt\n"},
         {gbe(one, "f_y d_dt(y\n"), "gbes_class: check variables involving d_dt\n"},
@@ -138,9 +140,9 @@ TEST(gbes_messages, capacities_hold_for_the_library) {
         std::string line, tag, behind;
         int max_words;
     } pools[] = {
-        {"main_vars:", "vr", "", 600},  {"iparms:", "iprm", " 1", 500}, {"sparms:", "sprm", " s", 100},
+        {"main_vars:", "vr", "", 600},   {"iparms:", "iprm", " 1", 500}, {"sparms:", "sprm", " s", 100},
         {"rparms:", "rprm", " 1", 1500}, {"aux_vars:", "aux", "", 100},  {"xvar:", "xvr", "", 200},
-        {"stparms:", "sv", " 1", 100},  {"igparms:", "ig", " 1", 40},
+        {"stparms:", "sv", " 1", 100},   {"igparms:", "ig", " 1", 40},
     };
     for (const auto& p : pools) {
         const std::string first = gbe({p.line + many("w", p.max_words - 1, p.behind)});
@@ -163,12 +165,14 @@ TEST(gbes_messages, capacities_hold_for_the_library) {
     };
     EXPECT_EQ(read_gbe_text(functions(1000)).func.n_ttlf(), 1000);
     EXPECT_HALT(read_gbe_text(functions(1001)), "gbes_class: n_ttlf > M_GBESTTLF. Halting...\n");
-    const auto words_of_one = [](int n) { return gbe({"main_vars: y", "no_functions 1"}, "f_y" + repeated(" y", n) + "\n"); };
+    const auto words_of_one = [](int n) {
+        return gbe({"main_vars: y", "no_functions 1"}, "f_y" + repeated(" y", n) + "\n");
+    };
     EXPECT_EQ(read_gbe_text(words_of_one(5000)).n(), 1);
     EXPECT_HALT(read_gbe_text(words_of_one(5001)), "gbes_class: n_ttlfvar is too large. Halting...\n");
 }
 
-// ---- small-signal forms ----------------------------------------------------------------------------------------------
+// ---- small-signal forms ----
 
 TEST(gbac_class, reads_its_lists_and_kinds) {
     const gbac_class lib = read_basic(small_gbac, gbac_form);
@@ -185,7 +189,8 @@ TEST(gbac_messages, faults_of_an_entry) {
         std::string text, console;
     } faults[] = {
         {"gbe name=x\n", wrong_keyword("gbe", "gbe_ac", "gbac_class: gbe_ac not found. Debug 1.")},
-        {gbe_ac(one, "f_y v\n"), "gbac_class: something wrong with function declarations.\n  string is v\n  Halting...\n"},
+        {gbe_ac(one, "f_y v\n"),
+         "gbac_class: something wrong with function declarations.\n  string is v\n  Halting...\n"},
         {gbe_ac(one, "f_y d_dt(y)\n"),
          "gbac_class: something wrong with function declarations.\n  string is d_dt(y)\n  Halting...\n"},
         {"gbe_ac name=x\nC:\ngbe_ac\n",
@@ -209,7 +214,7 @@ TEST(gbac_messages, faults_of_an_entry) {
                 too_many(1001, 1000, "gbac_class: n_ttlrprm is too large!"));
 }
 
-// ---- objects for derivatives -----------------------------------------------------------------------------------------
+// ---- objects for derivatives ----
 
 TEST(gbes1_class, has_two_tables_of_zeros_in_one_array) {
     gbes1_class jac;
@@ -248,7 +253,7 @@ TEST(gbac1_class, is_its_complex_twin) {
     EXPECT_EQ(jac.offset(kind_v, 0, 0), -1);
 }
 
-// ---- files -----------------------------------------------------------------------------------------------------------
+// ---- files ----
 
 TEST(gbes_class, comes_from_its_file_and_says_when_there_is_none) {
     const temp_folder folder;
@@ -268,21 +273,22 @@ TEST(gbes_class, comes_from_its_file_and_says_when_there_is_none) {
 TEST(generated_blocks, have_the_head_and_the_constants_of_blocks) {
     const temp_folder folder;
     std::filesystem::create_directory(".tnlaux");
-    write_file(".tnlaux/gbes.aux",
-               gbe({"gbe name=a", "main_vars: x y", "rparms: k=1", "aux_vars: z", "xvar: xx", "stparms: z0=0",
-                    "no_functions 1"},
-                   "f_y y x\n",
-                   "C:\nprototypes:\n#define above\nvariables:\n   int own;\nsource:\n   f[ne_y] = 1.0;\nendC\nendgbe\n"));
+    write_file(
+        ".tnlaux/gbes.aux",
+        gbe({"gbe name=a", "main_vars: x y", "rparms: k=1", "aux_vars: z", "xvar: xx", "stparms: z0=0",
+             "no_functions 1"},
+            "f_y y x\n",
+            "C:\nprototypes:\n#define above\nvariables:\n   int own;\nsource:\n   f[ne_y] = 1.0;\nendC\nendgbe\n"));
     EXPECT_EQ(read_gbes(int_T, {1, 2}).n_written, 1);
     EXPECT_EQ(read_file(".tnlaux/subgbe.cpp"),
               "#include <math.h>\n#include <iostream>\n#include <cstring>\n#include <cstdlib>\n#include <fstream>\n"
               "#include <sstream>\n#include \"enum1.h\"\n#include \"gbes1_class.h\"\n#include \"math_cnst_class.h\"\n"
               "#include \"flags_class.h\"\n#include \"dp_class.h\"\n#define above\n"
-              "void g_a( const int i_gbeu, int* iparm, char** sparm, double* rparm,\n"
+              "void g_a(const int i_gbeu, int* iparm, char** sparm, double* rparm,\n"
               "   double* stparm, double* igparm, double* vr, double* xvr, double* aux,\n"
               "   double* vr_new, double* aux_new, double* f, gbes1_class* jac,\n"
               "   flags_class* flags, dp_class* dp, math_cnst_class* math_cnst) {\n"
-              "   int own;\n   double  k;\n   double  z;\n   double  x, y;\n   double  xx;\n   double  z0;\n"
+              "   int own;\n   double k;\n   double z;\n   double x, y;\n   double xx;\n   double z0;\n"
               "   const int nr_k=0;\n   const int nst_z0=0;\n   const int na_z=0;\n   const int nvr_x=0;\n"
               "   const int nvr_y=1;\n   const int nxvr_xx=0;\n   const int ne_y=0;\n"
               "   f[ne_y] = 1.0;\n   return;\n}\n");

@@ -6,24 +6,26 @@
 #include "block_texts.h"
 #include "halt_throws.h"
 #include "library/dumps.h"
+#include "temp_folder.h"
 
 namespace {
 
-template <class T> std::vector<T> row(const row_table<T>& table, int i) {
+template <class T>
+std::vector<T> row(const row_table<T>& table, int i) {
     return {table.row(i), table.row(i) + table.size(i)};
 }
 
 // x -> filter -> m -> gain -> y
-const std::string chain = gce({"gce name=chain allow_ac=yes", "mainvars: x y", "auxvars: m", "xvars: xx",
-                               "outvar: y=var_of_y m=var_of_m z=w_of_f k=k_of_g md=mode_of_g", "bias: b=b_of_f",
-                               "stparms: s0=3", "igparms: s_ig=4", "iparms: md0=5", "sparms: lab=zz", "rparms: k0=6",
-                               "rparms_derived: k2=$((k0)*(2))"},
-                              "gbe type=filter name=f x=x y=m a=k2 z0=s0 z_ig=s_ig\n"
-                              "gbe type=gain name=g x=m y=y k=k0 mode=md0 label=lab\n"
-                              "gbe type=from_x y=m xx=xx\n",
-                              {"outvar_ac: ya=var_of_y ma=var_of_m"},
-                              "gbe_ac type=filter name=fa x=x y=m a=k0 ac_parm_be=f\nacparm_map: 1 1\n"
-                              "gbe_ac type=gain x=m y=y\n");
+const std::string chain =
+    gce({"gce name=chain allow_ac=yes", "mainvars: x y", "auxvars: m", "xvars: xx",
+         "outvar: y=var_of_y m=var_of_m z=w_of_f k=k_of_g md=mode_of_g", "bias: b=b_of_f", "stparms: s0=3",
+         "igparms: s_ig=4", "iparms: md0=5", "sparms: lab=zz", "rparms: k0=6", "rparms_derived: k2=$((k0)*(2))"},
+        "gbe type=filter name=f x=x y=m a=k2 z0=s0 z_ig=s_ig\n"
+        "gbe type=gain name=g x=m y=y k=k0 mode=md0 label=lab\n"
+        "gbe type=from_x y=m xx=xx\n",
+        {"outvar_ac: ya=var_of_y ma=var_of_m"},
+        "gbe_ac type=filter name=fa x=x y=m a=k0 ac_parm_be=f\nacparm_map: 1 1\n"
+        "gbe_ac type=gain x=m y=y\n");
 
 TEST(gels_class, gives_every_block_its_variables_in_the_composites_numbers) {
     const gels_class lib = read_gce_text(chain);
@@ -70,10 +72,10 @@ TEST(gels_class, expands_calls_with_fresh_internal_variables) {
     const std::string callee = gce({"gce name=two", "mainvars: a b", "auxvars: c", "outvar: oc=var_of_c ow=w_of_f",
                                     "rparms: ka=1", "stparms: s=2"},
                                    "gbe type=gain x=a y=c k=ka\ngbe type=filter name=f x=c y=b z0=s\n");
-    const gels_class lib = read_gce_text(
-        callee + gce({"gce name=four", "mainvars: p q", "auxvars: m", "outvar: c2=oc_of_second w2=ow_of_second",
-                      "rparms: kk=9"},
-                     "callgce two name=first a=p b=m ka=kk\ncallgce two name=second a=m b=q s=8\n"));
+    const gels_class lib =
+        read_gce_text(callee + gce({"gce name=four", "mainvars: p q", "auxvars: m",
+                                    "outvar: c2=oc_of_second w2=ow_of_second", "rparms: kk=9"},
+                                   "callgce two name=first a=p b=m ka=kk\ncallgce two name=second a=m b=q s=8\n"));
     ASSERT_EQ(lib.be.n_be(1), 4);
     const int first = lib.be.first_be[1];
     EXPECT_EQ(row(lib.be.vr, first), (std::vector<int>{0, 3}));
@@ -90,8 +92,9 @@ TEST(gels_class, expands_calls_with_fresh_internal_variables) {
 
 TEST(gels_class, outputs_of_post_processing_are_its_results_in_order) {
     const auto of = [](const std::string& flags, const std::string& word) {
-        return read_gce_text(gce({"gce name=c " + flags, "mainvars: x", "outvar: a=" + word + "_of_w b=" + word + "_of_any"},
-                                 "gbe type=watch name=w x=x\n"));
+        return read_gce_text(
+            gce({"gce name=c " + flags, "mainvars: x", "outvar: a=" + word + "_of_w b=" + word + "_of_any"},
+                "gbe type=watch name=w x=x\n"));
     };
     const gels_class trns = of("postprocessor=yes", "postproc"), ac = of("postprocessor_ac=yes", "postproc_ac");
     EXPECT_EQ(trns.ov.kind, (std::vector<int>{ov_postproc, ov_postproc}));
@@ -105,8 +108,8 @@ TEST(gels_class, keeps_the_number_of_a_result_when_it_is_called) {
     const std::string calc =
         gce({"gce name=calc postprocessor=yes", "mainvars: x", "outvar: a=postproc_of_w b=postproc_of_w"},
             "gbe type=watch name=w x=x\n");
-    const gels_class lib =
-        read_gce_text(calc + gce({"gce name=y", "mainvars: u v", "outvar: r=b_of_c"}, "callgce calc name=c x=u\ngbe type=watch x=v\n"));
+    const gels_class lib = read_gce_text(calc + gce({"gce name=y", "mainvars: u v", "outvar: r=b_of_c"},
+                                                    "callgce calc name=c x=u\ngbe type=watch x=v\n"));
     EXPECT_EQ(lib.ov.kind[2], ov_postproc);
     EXPECT_EQ(lib.ov.index[2], 1);
 }
@@ -136,12 +139,14 @@ TEST(gels_messages, faults_of_an_entry) {
         {gce({"bias: a"}), "gels_class: k_rem is not zero (bias). Halting...\n"},
         {gce({"rparms: a"}), "gels_class: k_rem is not zero (rprm). Halting...\n"},
         {gce({"rparms_derived: a"}), "gels_class: k_rem is not zero (rprm_derived).\n   Halting...\n"},
-        {gce({"outvar: a b"}), "_of_ not found (ov), check gce library"},
+        {gce({"outvar: a b"}),
+         "find_sub_word: _of_ was not found.\nMessage from calling routine:\n_of_ not found (ov), check gce library\n"},
         {gce({"outvar: a nodev_of_x", "mainvars: x"}, "gbe type=watch name=x x=x\n"),
          not_in_list("nodev", "gels_gbe: expect auxvar name here.")},
         {gce({"outvar: a pwr_elec_of_x", "mainvars: x"}, "gbe type=watch x=x\n"),
          "gels_class: some outvar is not assigned?\n  i_ov = 0\n  Check gce library. Halting..\n"},
-        {gce({"outvar: a cur(x)_of_g", "mainvars: x y"}, gain), not_in_list("cur(x)", "gels_gbe: expect auxvar name here.")},
+        {gce({"outvar: a cur(x)_of_g", "mainvars: x y"}, gain),
+         not_in_list("cur(x)", "gels_gbe: expect auxvar name here.")},
         {gce({"outvar: a var_of_q", "mainvars: x y"}, gain),
          not_in_list("q", "gels_class: outvar node name not found")},
         {gce({"bias: a k_of_q", "mainvars: x y"}, gain),

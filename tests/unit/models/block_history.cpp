@@ -9,7 +9,7 @@
 
 namespace {
 
-// ---- crossings -------------------------------------------------------------------------------------------------------
+// ---- crossings ----
 
 double t_next(double t1, double t0, double y1, double y0, double now, double guard = 0.01, double look_ahead = 5) {
     double t;
@@ -31,12 +31,12 @@ TEST(get_t_next, is_two_guards_ahead_of_the_time_when_the_zero_is_that_near) {
 }
 
 TEST(get_t_next, looks_ahead_by_default_when_no_zero_is_in_view) {
-    EXPECT_EQ(t_next(1, 0, -1, 1, 1), 6);           // on opposite sides
-    EXPECT_EQ(t_next(1, 0, 0, 1, 1), 6);            // on zero
+    EXPECT_EQ(t_next(1, 0, -1, 1, 1), 6);  // on opposite sides
+    EXPECT_EQ(t_next(1, 0, 0, 1, 1), 6);   // on zero
     EXPECT_EQ(t_next(1, 0, 1, 0, 1), 6);
-    EXPECT_EQ(t_next(1, 0, 3, 2, 1), 6);            // going away: the zero is in the past
+    EXPECT_EQ(t_next(1, 0, 3, 2, 1), 6);             // going away: the zero is in the past
     EXPECT_EQ(t_next(1, 0, 2, 2 + 0.99e-10, 1), 6);  // flat
-    EXPECT_EQ(t_next(1, 0, 2, 3, 4), 9);            // the zero has passed
+    EXPECT_EQ(t_next(1, 0, 2, 3, 4), 9);             // the zero has passed
 }
 
 TEST(sample_pair, keeps_the_two_newest_times_in_order_whatever_comes) {
@@ -57,7 +57,7 @@ TEST(sample_pair, keeps_the_two_newest_times_in_order_whatever_comes) {
     EXPECT_LE(s[3], 0.5);
 }
 
-// ---- comparators -----------------------------------------------------------------------------------------------------
+// ---- comparators ----
 
 TEST(cmprtr_2, compares_with_its_threshold_and_inverts) {
     block_unit u("cmprtr_2");
@@ -152,7 +152,7 @@ TEST(cmprtr_hyst_1, waits_for_the_threshold_that_it_has_not_crossed) {
     pass(-3, 1);
     pass(-2, 2);
     EXPECT_DOUBLE_EQ(u.next_break(2), 5 - 1e-3);  // off, rising: reaches 1 at 5
-    pass(2, 3);                                    // on
+    pass(2, 3);                                   // on
     pass(1, 4);
     EXPECT_DOUBLE_EQ(u.next_break(4), 6 - 1e-3);  // falling: reaches -1 at 6
 }
@@ -163,7 +163,7 @@ TEST(cmprtr_hyst_1, refuses_thresholds_in_the_wrong_order) {
     EXPECT_HALT(u.prepare(), "cmprtr_hyst_1.gbe: g_low <= g_high?\n");
 }
 
-// ---- sampler ---------------------------------------------------------------------------------------------------------
+// ---- sampler ----
 
 TEST(sampler1, takes_its_input_at_samples_and_holds_it_in_between) {
     block_unit u("sampler1");
@@ -215,10 +215,11 @@ TEST(sampler1, refuses_dc_and_a_period_without_length) {
     EXPECT_HALT(u.prepare(), "sampler1.gbe: check t_smp. Halting...\n");
 }
 
-// ---- means -----------------------------------------------------------------------------------------------------------
+// ---- means ----
 
 // Runs a signal through the block with accepted points every h.
-template <class F> double mean_at(block_unit& u, F signal, double t_end, double h) {
+template <class F>
+double mean_at(block_unit& u, F signal, double t_end, double h) {
     u.prepare();
     u.flags.time_given = 0;
     u.guess();

@@ -63,7 +63,8 @@ struct block_unit {
                  &math_cnst);
     }
     // One call with these switches on.
-    template <class... F> void call(F... switches) {
+    template <class... F>
+    void call(F... switches) {
         flags.init_flags();
         ((flags.*switches = 1), ...);
         call();
@@ -75,7 +76,8 @@ struct block_unit {
     double& ig(const std::string& word) { return at(lib.list.ig, x.igparm, word); }
     double& vr(const std::string& word) { return at(lib.list.vr, x.vr, word); }
     double& aux(const std::string& word) { return at(lib.list.aux, x.aux, word); }
-    template <class L, class T> T& at(const L& list, std::vector<T>& values, const std::string& word) {
+    template <class L, class T>
+    T& at(const L& list, std::vector<T>& values, const std::string& word) {
         const int j = list.find(e, word);
         if (j < 0) throw std::invalid_argument(word);
         return values[static_cast<std::size_t>(j)];

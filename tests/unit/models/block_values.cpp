@@ -12,7 +12,7 @@ namespace {
 
 constexpr double pi = std::numbers::pi;
 
-// ---- algebra ---------------------------------------------------------------------------------------------------------
+// ---- algebra ----
 
 struct value_case {
     std::string name;
@@ -95,7 +95,7 @@ TEST(abs, tells_its_first_guess_only_when_internals_are_traced) {
     EXPECT_EQ(run_and_listen([&] { u.guess(); }).text, "abs.gbe (init): x=-1.5\n");
 }
 
-// ---- sources in time -------------------------------------------------------------------------------------------------
+// ---- sources in time ----
 
 TEST(srcac, is_a_sine_wave_also_before_its_origin) {
     block_unit u("srcac");
@@ -120,7 +120,16 @@ TEST(waves, stand_at_their_corners_and_name_each_of_them) {
     const wave_case cases[] = {
         {"clock",
          {{"t1", 3e-3}, {"t2", 7e-3}, {"dt1", 1e-3}, {"dt2", 2e-3}, {"g_low", 1}, {"g_high", 5}},
-         {{0, 1}, {0.5e-3, 3}, {1e-3, 5}, {2e-3, 5}, {3e-3, 5}, {4e-3, 3}, {5e-3, 1}, {9e-3, 1}, {10.25e-3, 2}, {-6e-3, 3}},
+         {{0, 1},
+          {0.5e-3, 3},
+          {1e-3, 5},
+          {2e-3, 5},
+          {3e-3, 5},
+          {4e-3, 3},
+          {5e-3, 1},
+          {9e-3, 1},
+          {10.25e-3, 2},
+          {-6e-3, 3}},
          {1e-3, 3e-3, 5e-3, 10e-3, 11e-3, 13e-3, 15e-3, 20e-3, 21e-3}},
         {"pulse",
          {{"y1", 1}, {"y2", 3}, {"td", 1e-3}, {"tr", 1e-3}, {"tf", 2e-3}, {"pw", 4e-3}},
@@ -130,7 +139,10 @@ TEST(waves, stand_at_their_corners_and_name_each_of_them) {
          {{"tr", 1e-3}, {"tf", 1e-3}, {"pw", 1e-3}, {"per", 5e-3}},
          {{0.5e-3, 0.5}, {4e-3, 0}, {5.5e-3, 0.5}, {6.5e-3, 1}, {-1.5e-3, 0}},
          {1e-3, 2e-3, 3e-3, 5e-3, 6e-3, 7e-3}},
-        {"step", {{"y1", 2}, {"y2", -2}, {"t0", 1e-3}, {"dt1", 2e-3}}, {{0, 2}, {2e-3, 0}, {3e-3, -2}, {1, -2}}, {1e-3, 3e-3, 1e9}},
+        {"step",
+         {{"y1", 2}, {"y2", -2}, {"t0", 1e-3}, {"dt1", 2e-3}},
+         {{0, 2}, {2e-3, 0}, {3e-3, -2}, {1, -2}},
+         {1e-3, 3e-3, 1e9}},
         {"triangle_1",
          {{"per", 4e-3}, {"t0", 1e-3}, {"y_min", -1}, {"y_max", 3}},
          {{1e-3, -1}, {2e-3, 1}, {3e-3, 3}, {4e-3, 1}, {5e-3, -1}, {0, 1}, {-1e-3, 3}},
@@ -192,7 +204,7 @@ TEST(waves, refuse_corners_out_of_order) {
     EXPECT_HALT(prepare("pwl20", {}, 21), "pwl20.gbe: check n_pts. Halting...\n");
 }
 
-// ---- states ----------------------------------------------------------------------------------------------------------
+// ---- states ----
 
 TEST(states, are_held_at_their_start_values_in_start_up_and_guessed_where_there_is_a_guess) {
     for (const std::string name : {"intgrtr", "lag_1", "filter_z0_p1"}) {
@@ -314,7 +326,7 @@ TEST(filters, show_the_derived_constant_of_their_strictly_proper_part) {
     EXPECT_DOUBLE_EQ(u.r("c1"), 2.0 / 4 - 3.0 * 5 / 16);
 }
 
-// ---- frames ----------------------------------------------------------------------------------------------------------
+// ---- frames ----
 
 // What the block's output variable number k would be, all variables of the block standing at what they are.
 double output_of(block_unit& u, int row) {
@@ -389,7 +401,7 @@ TEST(pll_1a, is_held_in_start_up_and_refuses_dc) {
     EXPECT_EQ(u.x.f[2], 3);
 }
 
-// ---- user functions --------------------------------------------------------------------------------------------------
+// ---- user functions ----
 
 TEST(user_function, evaluates_its_table_of_formulas) {
     const int ip[] = {1, 0, 0};

@@ -56,8 +56,7 @@ TEST(data_files, are_read_for_the_units_that_have_one) {
 TEST(data_files, that_are_not_named_or_not_there_stop_the_run) {
     const temp_folder folder;
     EXPECT_HALT(read_one("none"), "dp_class::gbe_pwl_file:\n  file name=none?\n  Halting...\n");
-    EXPECT_HALT(read_one("no_such.dat"),
-                "dp_class::gbe_pwl_file:\n  file no_such.dat does not exist.\n  Halting...\n");
+    EXPECT_HALT(read_one("no_such.dat"), "dp_class::gbe_pwl_file:\n  file no_such.dat does not exist.\n  Halting...\n");
 }
 
 TEST(data_files, with_too_few_or_wrong_lines_stop_the_run) {
@@ -74,7 +73,7 @@ TEST(data_files, with_too_few_or_wrong_lines_stop_the_run) {
     expect("0 1\n1 2 3\n", who + "  number of words is 3\n" + tail);
     expect("0 1\n2 1\n1 1\n", who + "  time points not in ascending order?\n" + tail);
     expect(std::string("\0\1\2 x\n\377 y\n", 9), "check double string: <" + std::string("\0\1\2", 3) + ">\n" +
-                                                      "  (brackets are not part of the string)\n  Halting...\n");
+                                                     "  (brackets are not part of the string)\n  Halting...\n");
 }
 
 TEST(data_files, may_jump_at_a_time) {

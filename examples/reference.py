@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+"""Expected rows of the examples, found without the simulator.
+
+    reference.py EXAMPLE ROWS > expect/...
+
+ROWS is a row file of a run; its times alone are read. The other columns come from here: closed forms where there are
+some, else the state equations of the circuit, written down by hand for each state of its switches, and followed in steps
+much finer than those of the run by the midpoint rule.
+"""
+import math
+import sys
+
+
+def follow(rate, x, t_end, h, keep=lambda t, x: x):
+    """Points (t, shown values) of dx/dt = rate(t, x), kept in range by keep; rate gives the rates and the values to show."""
+    points, n = [], int(round(t_end / h)) + 2
+    for k in range(n):
+        t = k * h
+        d, shown = rate(t, x)
+        points.append((t, shown))
+        mid = [a + 0.5 * h * b for a, b in zip(x, d)]
+        d, _ = rate(t + 0.5 * h, mid)
+        x = keep(t + h, [a + h * b for a, b in zip(x, d)])
+    return points, h
+
+
+def current_not_below_0(t, x):
+    return [max(x[0], 0.0)] + x[1:]
+
+
+def is_on(t, period, t_on, edge):
+    """A clock that is at 0 at its origin; the switch acts when an edge is complete."""
+    return edge <= t % period < t_on + edge
+
+
+def rc_step(t):
+    e = math.exp(-t / 1e-3)
+    return 10 * (1 - e), 0.01 * e
+
+
+def rlc_step(t):
+    r, l, c = 20.0, 10e-3, 1e-6
+    a = r / (2 * l)
+    w = math.sqrt(1 / (l * c) - a * a)
+    e = math.exp(-a * t)
+    return 10 * (1 - e * (math.cos(w * t) + a / w * math.sin(w * t))), 10 / (w * l) * e * math.sin(w * t)
+
+
+def rectifier(t_end):
+    def rate(t, x):
+        drive = abs(16.97 * math.sin(2 * math.pi * 50 * t)) - 2 * 0.7 - x[0]
+        i = max(drive, 0.0) / (2 * 0.01)
+        return [(i - x[0] / 20) / 4700e-6], [x[0]]
+    return follow(rate, [0.0], t_end, 1e-6)
+
+
+def buck_open(t_end):
+    def rate(t, x):
+        i, v = x
+        u = (24.0 if is_on(t, 20e-6, 10e-6, 10e-9) else 0.0) - 1e-3 * i
+        return [(u - v) / 100e-6 if i > 0 or u > v else 0.0, (i - v / 5) / 47e-6], [v, i]
+    return follow(rate, [0.0, 0.0], t_end, 10e-9, current_not_below_0)
+
+
+def buck_control(t_end):
+    def rate(t, x):
+        i, v, ui = x
+        err = (12.0 if t < 20e-3 else 15.0) - v
+        duty = min(max(0.01 * err + ui, 0.0), 0.95)
+        p = t / 20e-6 % 1
+        on = duty > (2 * p if p < 0.5 else 2 - 2 * p)
+        u = (24.0 if on else -0.5) - 10e-3 * i
+        load = 0.1 if t < 10e-3 else 0.2
+        return [(u - v) / 470e-6 if i > 0 or u > v else 0.0, (i - v * load) / 22e-6, 65 * err], [v, duty]
+    return follow(rate, [0.0, 0.0, 0.0], t_end, 50e-9, current_not_below_0)
+
+
+def boost(t_end):
+    def rate(t, x):
+        i, v = x
+        on = is_on(t, 20e-6, 12e-6, 10e-9)
+        u = 12 - 1e-3 * i - (0 if on else v)
+        return [u / 200e-6 if i > 0 or u > 0 else 0.0, ((0 if on else i) - v / 30) / 22e-6], [v, i]
+    return follow(rate, [0.0, 12.0], t_end, 10e-9, current_not_below_0)
+
+
+def flyback(t_end):
+    def rate(t, x):  # the magnetising current, seen from the first winding; perfect coupling
+        i, v = x
+        if is_on(t, 20e-6, 8e-6, 10e-9):
+            return [(24 - 1e-3 * i) / 100e-6, -v / 4 / 100e-6], [v]
+        out = 2 * i
+        return [-2 * (v + 1e-3 * out) / 100e-6 if i > 0 else 0.0, (out - v / 4) / 100e-6], [v]
+    return follow(rate, [0.0, 0.0], t_end, 10e-9, current_not_below_0)
+
+
+def rectifier_3ph(t_end):
+    def rate(t, x):
+        phases = [325.27 * math.sin(2 * math.pi * (50 * t - k / 3)) for k in range(3)]
+        vd = max(phases) - min(phases) - 2 * (0.7 + 0.01 * x[0])
+        return [(vd - 20 * x[0]) / 20e-3], [vd, x[0]]
+    return follow(rate, [0.0], t_end, 2e-6)
+
+
+def inverter_spwm(t_end):
+    def rate(t, x):
+        p = (t - 0.02 / 84) * 1050 % 1
+        tri = 1 - 4 * p if p < 0.5 else 4 * p - 3
+        sign = 1 if 0.8 * math.sin(2 * math.pi * 50 * t) > tri else -1
+        return [(100 * sign - (10 + 0.02) * x[0]) / 20e-3], [x[0]]
+    return follow(rate, [0.0], t_end, 0.2e-6)
+
+
+def thyristor_phase(angle):
+    def value(t):
+        p = 360 * 50 * t % 180
+        return [abs(325.27 * math.sin(math.radians(p))) if p > angle else 0.0]
+    return value
+
+
+def pll(t_end):
+    def rate(t, x):
+        grid, th, z = x
+        e = math.sin(grid - th)
+        w = 100 * math.pi + 100 * e + z
+        return [2 * math.pi * (50 if t < 0.2 else 52), w, 5000 * e], [w / (2 * math.pi), grid - th]
+    return follow(rate, [math.pi / 3, 0.0, 0.0], t_end, 10e-6)
+
+
+def main():
+    name, path = sys.argv[1:]
+    times = [float(line.split()[0]) for line in open(path)]
+    if name == "thyristor_phase":
+        value = thyristor_phase(float(path.split("_")[-1].split(".")[0]))
+    elif name in ("rc_step", "rlc_step"):
+        value = globals()[name]
+    else:
+        points, h = globals()[name](times[-1])
+
+        def value(t):
+            k = min(int(t / h), len(points) - 2)
+            part = t / h - k
+            return [a + part * (b - a) for a, b in zip(points[k][1], points[k + 1][1])]
+    for t in times:
+        print("".join(f"{x:13.6e} " for x in (t, *value(t))))
+
+
+main()

@@ -1,0 +1,204 @@
+// examples_test.cpp -- the decks of examples/ against the formulas of their stories.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "whole_run.h"
+
+namespace {
+constexpr double pi = std::numbers::pi;
+
+whole_run example(const std::string& name) {
+    return whole_run(read_file(std::string(TARNEL_EXAMPLES) + "/" + name + "/deck.in"));
+}
+
+// Rows with t_from <= t <= t_to, the time in column 0; never empty.
+table between(const table& rows, double t_from, double t_to) {
+    table part;
+    for (const auto& row : rows)
+        if (row[0] >= t_from - 1e-12 && row[0] <= t_to + 1e-12) part.push_back(row);
+    EXPECT_GT(part.size(), 10u);
+    return part.empty() ? table{std::vector<double>(10, NAN)} : part;
+}
+
+// Mean over the time of the rows, by trapezoids.
+double mean(const table& rows, std::size_t column) {
+    double sum = 0.0;
+    for (std::size_t i = 1; i < rows.size(); ++i)
+        sum += (rows[i][0] - rows[i - 1][0]) * (rows[i][column] + rows[i - 1][column]) / 2;
+    return sum / (rows.back()[0] - rows.front()[0]);
+}
+
+double lowest(const table& rows, std::size_t column) {
+    double x = INFINITY;
+    for (const auto& row : rows) x = std::min(x, row[column]);
+    return x;
+}
+double highest(const table& rows, std::size_t column) {
+    double x = -INFINITY;
+    for (const auto& row : rows) x = std::max(x, row[column]);
+    return x;
+}
+double ripple(const table& rows, std::size_t column) { return highest(rows, column) - lowest(rows, column); }
+
+#define EXPECT_WITHIN(part, got, wanted) EXPECT_NEAR(got, wanted, (part)*std::fabs(wanted))
+}  // namespace
+
+TEST(examples, rc_step_follows_the_exponential) {
+    const whole_run run = example("rc_step");
+    ASSERT_FALSE(run.stopped) << run.text;
+    for (const auto& row : between(run.rows("wave.dat"), 0, 5e-3)) {
+        EXPECT_NEAR(row[1], 10 * (1 - std::exp(-row[0] / 1e-3)), 5e-5);
+        EXPECT_NEAR(row[2], 0.01 * std::exp(-row[0] / 1e-3), 5e-8);
+    }
+}
+
+TEST(examples, rlc_step_overshoots_and_decays_as_its_damping_says) {
+    const whole_run run = example("rlc_step");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = between(run.rows("wave.dat"), 0, 5e-3);
+    const double r = 20, l = 10e-3, c = 1e-6, a = r / (2 * l), w = std::sqrt(1 / (l * c) - a * a);
+    const table first = between(rows, 0, 1.5 * pi / w), second = between(rows, 2 * pi / w, 3.5 * pi / w);
+    const double overshoot = highest(first, 1) - 10;
+    EXPECT_WITHIN(1e-3, overshoot, 10 * std::exp(-a * pi / w));
+    EXPECT_WITHIN(2e-3, (highest(second, 1) - 10) / overshoot, std::exp(-2 * pi * a / w));
+    const auto peak = std::max_element(first.begin(), first.end(), [](auto& x, auto& y) { return x[1] < y[1]; });
+    EXPECT_NEAR((*peak)[0], pi / w, 2.1e-6);  // a step is 2 us
+}
+
+// The capacitor is charged to the peak less two diodes and discharged by the load for all but the angle of conduction.
+TEST(examples, rectifier_ripple_is_the_charge_taken_between_two_peaks) {
+    const whole_run run = example("rectifier");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = between(run.rows("wave.dat"), 0.08, 0.1);
+    const double top = 16.97 - 2 * 0.7, f = 50, c = 4700e-6, r = 20;
+    EXPECT_WITHIN(5e-3, highest(rows, 2), top);
+    const double dv = ripple(rows, 2), current = mean(rows, 2) / r;
+    const double conducting = std::acos(1 - dv / 16.97) / pi;
+    EXPECT_WITHIN(0.03, dv, current / (2 * f * c) * (1 - conducting));
+    double charge = 0.0;  // what the source gives in a period, both half waves, is what the load takes
+    for (std::size_t i = 1; i < rows.size(); ++i) charge += (rows[i][0] - rows[i - 1][0]) * std::fabs(rows[i][3]);
+    EXPECT_WITHIN(2e-3, charge, current / f);
+}
+
+TEST(examples, buck_open_gives_the_duty_ratio_and_the_ripple_of_theory) {
+    const whole_run run = example("buck_open");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = between(run.rows("wave.dat"), 4.9e-3, 5e-3);
+    const double period = 20e-6, d = 0.5, l = 100e-6, c = 47e-6, vin = 24, r = 5;
+    const double v = d * vin / (1 + 1e-3 / r);  // 1 milliohm in either state
+    EXPECT_WITHIN(1e-4, mean(rows, 1), v);
+    EXPECT_WITHIN(1e-3, mean(rows, 2), v / r);
+    const double di = (vin - v) * d * period / l;
+    EXPECT_WITHIN(5e-3, ripple(rows, 2), di);
+    EXPECT_WITHIN(2e-2, ripple(rows, 1), di * period / (8 * c));
+}
+
+TEST(examples, buck_control_holds_its_set_point_through_load_and_reference_steps) {
+    const whole_run run = example("buck_control");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");
+    for (const auto& [from, to, v, current] :
+         {std::array{9e-3, 10e-3, 12.0, 1.2}, {19e-3, 20e-3, 12.0, 2.4}, {29e-3, 30e-3, 15.0, 3.0}}) {
+        const table part = between(rows, from, to);
+        EXPECT_NEAR(mean(part, 2), v, 0.01) << from;
+        EXPECT_NEAR(mean(part, 3), current, 0.02) << from;
+        // Volt-seconds of the inductor: d (vin - r i) - (1 - d) (0.5 + r i) = v
+        EXPECT_NEAR(mean(part, 4), (v + 0.5 + 0.01 * current) / 24.5, 1e-3) << from;
+    }
+    EXPECT_LT(lowest(between(rows, 10e-3, 11e-3), 2), 11);          // the load step is felt,
+    EXPECT_NEAR(mean(between(rows, 14e-3, 14.5e-3), 2), 12, 0.03);  // and made good in 4 ms
+}
+
+TEST(examples, boost_gives_one_over_one_minus_d) {
+    const whole_run run = example("boost");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = between(run.rows("wave.dat"), 11.9e-3, 12e-3);
+    const double period = 20e-6, d = 0.6, l = 200e-6, c = 22e-6, vin = 12, r = 30;
+    const double v = vin / (1 - d) / (1 + 1e-3 / r / ((1 - d) * (1 - d)));
+    EXPECT_WITHIN(1e-3, mean(rows, 1), v);
+    EXPECT_WITHIN(2e-3, mean(rows, 2), v / r / (1 - d));
+    EXPECT_WITHIN(5e-3, ripple(rows, 2), vin * d * period / l);
+    EXPECT_WITHIN(1e-2, ripple(rows, 1), v / r * d * period / c);
+}
+
+TEST(examples, flyback_gives_turns_ratio_times_d_over_one_minus_d) {
+    const whole_run run = example("flyback");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = between(run.rows("wave.dat"), 7.94e-3, 8e-3);
+    const double period = 20e-6, d = 0.4, turns = 0.5, vin = 24, r = 4, c = 100e-6;
+    const double v = vin * turns * d / (1 - d);
+    EXPECT_WITHIN(5e-3, mean(rows, 1), v);
+    EXPECT_WITHIN(1e-2, ripple(rows, 1), v / r * d * period / c);
+    EXPECT_WITHIN(5e-3, mean(rows, 3), v / r);                        // the diode carries the load current
+    EXPECT_WITHIN(1e-2, mean(rows, 2) * vin, v * v / r);              // power in is power out
+    EXPECT_WITHIN(1e-2, highest(rows, 3), highest(rows, 2) / turns);  // ampere-turns go on
+}
+
+TEST(examples, rectifier_3ph_gives_three_root_three_over_pi) {
+    const whole_run run = example("rectifier_3ph");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = between(run.rows("wave.dat"), 0.04, 0.06);
+    const double vm = 325.27, i = mean(rows, 3), drop = 2 * (0.7 + 0.01 * i);
+    EXPECT_WITHIN(2e-4, mean(rows, 1), 3 * std::sqrt(3.0) / pi * vm - drop);
+    EXPECT_WITHIN(1e-3, highest(rows, 1), std::sqrt(3.0) * vm - drop);
+    EXPECT_WITHIN(2e-3, lowest(rows, 1), 1.5 * vm - drop);
+    EXPECT_WITHIN(1e-3, i, mean(rows, 1) / 20);
+    double square = 0.0;  // blocks of 120 degrees: rms current of a phase is sqrt(2/3) of the direct current
+    for (std::size_t k = 1; k < rows.size(); ++k) square += (rows[k][0] - rows[k - 1][0]) * rows[k][4] * rows[k][4];
+    EXPECT_WITHIN(5e-3, std::sqrt(square / 0.02), std::sqrt(2.0 / 3.0) * i);
+}
+
+// Bipolar modulation by a sine of m and a triangle n times as fast: harmonic 1 is m Vdc, harmonic n is 4/pi J0(m pi/2)
+// Vdc, harmonics n - 2 and n + 2 are 4/pi J2(m pi/2) Vdc (the double Fourier series of Bowes and Bird).
+TEST(examples, inverter_spwm_has_the_harmonics_of_sine_triangle_modulation) {
+    const whole_run run = example("inverter_spwm");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table sticks = run.rows("fourier.dat");
+    ASSERT_EQ(sticks.size(), 3u * 26u) << run.text;
+    auto volts = [&](std::size_t k) { return sticks[3 * k + 1][1]; };
+    auto amperes = [&](std::size_t k) { return sticks[3 * k + 1][2]; };
+    const double m = 0.8, vdc = 100, w = 2 * pi * 50, l = 20e-3, r = 10;
+    EXPECT_WITHIN(2e-3, volts(1), m * vdc);
+    EXPECT_WITHIN(5e-3, volts(21), 4 / pi * std::cyl_bessel_j(0, m * pi / 2) * vdc);
+    EXPECT_WITHIN(5e-3, volts(19), 4 / pi * std::cyl_bessel_j(2, m * pi / 2) * vdc);
+    EXPECT_WITHIN(5e-3, volts(23), 4 / pi * std::cyl_bessel_j(2, m * pi / 2) * vdc);
+    for (std::size_t k = 2; k < 16; ++k) EXPECT_LT(volts(k), 0.05) << k;
+    for (const std::size_t k : {1u, 19u, 21u, 23u})
+        EXPECT_WITHIN(5e-3, amperes(k), volts(k) / std::hypot(r, w * static_cast<double>(k) * l)) << k;
+    double sum = 0;
+    for (std::size_t k = 2; k < 26; ++k) sum += volts(k) * volts(k);
+    const std::string words = "variable no=0 thd (%)=";
+    const std::size_t at = run.text.find(words);
+    ASSERT_NE(at, std::string::npos) << run.text;
+    EXPECT_WITHIN(1e-5, std::stod(run.text.substr(at + words.size())), 100 * std::sqrt(sum) / volts(1));
+}
+
+TEST(examples, thyristor_phase_average_falls_with_the_firing_angle) {
+    const whole_run run = example("thyristor_phase");
+    ASSERT_FALSE(run.stopped) << run.text;
+    for (const int angle : {30, 60, 90, 120}) {
+        const table rows = between(run.rows("wave_" + std::to_string(angle) + ".dat"), 0, 20e-3);
+        EXPECT_WITHIN(4e-3, mean(rows, 1), 325.27 / pi * (1 + std::cos(angle * pi / 180))) << angle;
+    }
+}
+
+// Near lock the loop is s^2 + k s + ki: 70.7 rad/s, damping 1/sqrt(2).
+TEST(examples, pll_locks_to_frequency_and_phase) {
+    const whole_run run = example("pll");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");
+    for (const auto& [from, to, hz] : {std::array{0.199, 0.2, 50.0}, {0.49, 0.5, 52.0}})
+        for (const auto& row : rows)
+            if (row[0] > from && row[0] <= to) {
+                EXPECT_NEAR(row[1], hz, 2e-3);
+                EXPECT_NEAR(row[2], 0, 1e-4);
+                EXPECT_NEAR(row[3], row[4], 1e-4);  // the wave of the loop lies on phase a
+            }
+    const double s = 50, w = 50, t_peak = pi / 4 / w;  // real and imaginary part of the roots
+    const double error = 2 * pi * 2 / w * std::exp(-s * t_peak) * std::sin(w * t_peak);
+    EXPECT_WITHIN(5e-3, highest(between(rows, 0.2, 0.5), 2), error);
+}
