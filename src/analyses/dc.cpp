@@ -87,10 +87,10 @@ void solve_dc(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     r.flags.time_given = slv.t_dc;
+    slv.l_converged = 1;  // also where there is nothing to solve
     if (r.c.cct.flag_solve_analog && r.c.ebeu.n() > 0) {
         if (slv.flag_linear) {
             solve_linear_dc(r);
-            slv.l_converged = 1;
         } else {
             solve_newton_dc(r);
             if (!slv.l_converged && slv.flag_vary_auto && slv.automatic.step_now > slv.automatic.step_min) return;

@@ -6,6 +6,7 @@
 #include "analyses/convergence.h"
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"
+#include "output/solution_file.h"
 #include "run/halt.h"
 #include "run/numeric.h"
 #include "sparse/knuth_write.h"
@@ -78,6 +79,7 @@ void newton_dc(run_state& r, const newton_limits& limits) {
     mat_class& mat = r.mat;
     solve_class& slv = r.slv;
     slv.l_converged = 0;
+    slv.l_norm_too_large = 0;  // an iterate with a capped exponential leaves what an earlier solve found
     for (slv.iter_newton = 0; slv.iter_newton < limits.itmax; ++slv.iter_newton) {
         r.flags.newton_first = slv.iter_newton == 0 ? 1 : 0;
         form_jac_rhs_dc(r, false);
@@ -87,6 +89,7 @@ void newton_dc(run_state& r, const newton_limits& limits) {
             say(line(limits.who, ": writing to smat_dc_newt.dat, iter_newton = ", slv.iter_newton));
             write_system(r, "dc_newt.dat");
             vector_write(mat.n_svec, mat.svec.data(), "svec_dc_newt.dat");
+            if (slv.i_file_solution >= 0) write_solution(slv, r.c, r.flags);
         }
         solve_for_step(r, limits.fix_order && slv.iter_newton == 0);
         if (debug_now) write_step_and_stop(r, "delx_dc_newt.dat", line(limits.who, ": delsvec"));

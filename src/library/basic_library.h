@@ -13,8 +13,8 @@ struct entry_flags {
     std::vector<int> limit_tstep, save_history, limit_newton, calc_acp, startup_sprt, allow_ssw, gmin_step;
     std::vector<int> limit_modulo, allow_reset, set_rparm_1, get_rparm_1;  // general blocks
     std::vector<int> noise_source;                                         // small-signal forms
-    std::vector<int> jac_const;     // "Jacobian: constant"
-    std::vector<int> ground_dummy;  // the entry named ground_dummy_1
+    std::vector<int> jac_const;                                            // "Jacobian: constant"
+    std::vector<int> ground_dummy;                                         // the entry named ground_dummy_1
 };
 
 // Templates of basic elements, in file order. Filled once by a reader; read-only afterwards.

@@ -1,9 +1,9 @@
 #include "library/basic_reader.h"
 
+#include "library/check_limit.h"
 #include "library/code_section.h"
 #include "library/function_lines.h"
 #include "library/jacobian_map.h"
-#include "library/check_limit.h"
 #include "library/list_lines.h"
 #include "run/halt.h"
 
@@ -12,18 +12,18 @@ namespace {
 // The next line of an entry; its first word must be the keyword.
 words expect_line(text_file& file, const library_form& form, std::string_view keyword) {
     words w;
-    next_line(file, w);
-    check_word_2(w, 0, keyword, line("expect ", keyword, " here, check ", form.keyword, " library"));
+    next_line(file, w, form.rule);
+    expect_word(w, 0, keyword, "expect ", keyword, " here, check ", form.keyword, " library");
     return w;
 }
 
 // The first line of an entry: its name, and the flag words behind it at any place. Every list gets a row, so that
 // those that the family lacks have an empty one.
 void read_entry_line(const words& w, const library_form& form, basic_library& lib) {
-    check_word_2(w, 0, form.keyword, line(form.class_name, ": ", form.keyword, " not found. Debug 1."));
-    check_word_2(w, 1, "name", line("expect name here, check ", form.keyword, " library"));
+    expect_word(w, 0, form.keyword, form.class_name, ": ", form.keyword, " not found. Debug 1.");
+    expect_word(w, 1, "name", "expect name here, check ", form.keyword, " library");
     const std::string name = pick_word_1(w, 2);
-    check_limit(lib.n() + 2, form.max_entries, line(form.class_name, ": n is too large! Debug 2."));
+    check_limit(lib.n() + 2, form.max_entries, form.class_name, ": n is too large! Debug 2.");
     lib.list.entry.add(name);
 
     entry_flags& flag = lib.flag;
@@ -80,7 +80,7 @@ int read_function_count(text_file& file, const library_form& form, const basic_l
 // The text between the functions and the end word. Whoever only reads tables passes over it unseen.
 void read_code(text_file& file, const library_form& form, glue_text* glue, basic_library& lib) {
     words w;
-    next_line(file, w);
+    next_line(file, w, form.rule);
     check_word_3(w, 0, "fortran:", "C:", line("expect fortran:/C: here, check ", form.keyword, " library"));
     const bool compiled = w.size() > 1;
     if (glue && compiled && w[1] != "compiled") halt({line(form.class_name, ": compiled not found")});
@@ -107,7 +107,7 @@ void read_entry(text_file& file, const words& first_line, const library_form& fo
 void count_entries(text_file& file, const library_form& form) {
     constexpr int max_lines = 50000;
     words w;
-    for (int i = 0; next_line(file, w); ++i) {
+    for (int i = 0; next_line(file, w, form.rule); ++i) {
         if (i >= max_lines) halt({line(form.class_name, ": end of file not reached. Halting...")});
         if (!w.empty() && (w[0] == "C:" || w[0] == "fortran:")) skip_code(file, form);
     }
@@ -121,7 +121,7 @@ void read_library_text(text_file& file, const library_form& form, glue_text* glu
     count_entries(file, form);
     file.at = start;
     words w;
-    while (next_line(file, w)) read_entry(file, w, form, glue, lib);
+    while (next_line(file, w, form.rule)) read_entry(file, w, form, glue, lib);
     lib.map = map_jacobian(lib, form.map_kinds, form.class_name);
 }
 

@@ -1,7 +1,6 @@
-// composite_outputs.cpp -- output and bias words of composites: left_of_right, where right names a node, an element or a
-// called composite.
+// composite_outputs.cpp -- output and bias words of composites: left_of_right, where right names a node, an element or
+// a called composite.
 #include "library/composite_entry.h"
-#include "library/check_limit.h"
 #include "run/halt.h"
 
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,
@@ -11,7 +10,8 @@ void read_outputs(entry_in_work& entry, const words& w, const header_line& l, ou
     for (int i = 1; i < w.size(); i += 2) {
         table.name.pool.add(w[i]);
         int kind = ov_none, index = -1;
-        const cut_word cut = extract_l_r_1(w[i + 1], "_of_", line("_of_ not found (", l.tag, "), ", entry.library_words()));
+        const cut_word cut =
+            extract_l_r_1(w[i + 1], "_of_", line("_of_ not found (", l.tag, "), ", entry.library_words()));
         if (cut.left == "pwr_elec") {
             kind = ov_pwr_elec;
         } else if (cut.left == "pwr_elec_ac") {
@@ -41,7 +41,8 @@ void assign(output_table& table, int at, int kind, int be, int index) {
 }
 
 // Runs over the open outputs of this name; those that `find` assigned are open no more.
-template <class F> void settle(std::vector<open_output>& open, std::string_view name, F find) {
+template <class F>
+void settle(std::vector<open_output>& open, std::string_view name, F find) {
     std::erase_if(open, [&](const open_output& o) {
         if (o.right != name) return false;
         find(o);

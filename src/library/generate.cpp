@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "library/check_limit.h"
 #include "library/code_section.h"
 #include "run/halt.h"
 
@@ -41,7 +42,8 @@ void write_includes(std::ostream& out, const glue_form& glue) {
     out << "#include \"enum1.h\"\n";
     out << "#include \"ebes1_class.h\"\n";
     if (std::string_view(glue.jac_header) != "ebes1_class.h") out << "#include \"" << glue.jac_header << "\"\n";
-    for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"}) out << "#include \"" << ours << "\"\n";
+    for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"})
+        out << "#include \"" << ours << "\"\n";
 }
 
 void open_for_writing(std::ofstream& out, const std::string& path) {
@@ -71,8 +73,7 @@ void write_chr_array_2(std::ostream& out, const std::string& head, const std::ve
 }
 
 void write_list_3(std::ostream& out, const std::string& prefix, const std::vector<std::string>& items) {
-    for (std::size_t i = 0; i < items.size(); ++i)
-        out << "   const int " << prefix << items[i] << '=' << i << ";\n";
+    for (std::size_t i = 0; i < items.size(); ++i) out << "   const int " << prefix << items[i] << '=' << i << ";\n";
 }
 
 void write_list_4(std::ostream& out, const std::string& prefix, const basic_library& lib, int e) {
@@ -109,8 +110,8 @@ void copy_code(text_file& file, const library_form& form, glue_text& glue, basic
     std::string prototypes, variables, source;
     if (form.glue.has_prototypes) {
         words w;
-        next_line(file, w);
-        check_word_2(w, 0, "prototypes:", line("expect prototypes: here, check ", form.keyword, " library"));
+        next_line(file, w, form.rule);
+        expect_word(w, 0, "prototypes:", "expect prototypes: here, check ", form.keyword, " library");
     }
     if (!pass_lines(file, "variables:", "variables:", &prototypes))
         halt({line(form.class_name, ": variables: not found. Halting...")});

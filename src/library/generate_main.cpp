@@ -24,24 +24,18 @@ namespace fs = std::filesystem;
 // A family's element files, and what they become.
 struct family {
     const char* suffix;
-    const char* library;  // file of the library
-    const char* list;     // file of the list of names; null: none
-    const char* keyword;  // first word of an entry
+    const char* library;       // file of the library
+    const char* list;          // file of the list of names; null: none
+    const char* keyword;       // first word of an entry
     const library_form* form;  // null: the family has no reader yet
 };
 const family families[] = {
-    {".ebe", "ebes.aux", "ebe_all.lst", "ebe", &ebes_form},
-    {".sse", "ebac.aux", "sse_all.lst", "ebe_ac", &ebac_form},
-    {".gbe", "gbes.aux", "gbe_all.lst", "gbe", nullptr},
-    {".ssg", "gbac.aux", "ssg_all.lst", "gbe_ac", nullptr},
-    {".dbe", "dbes.aux", "dbe_all.lst", "dbe", nullptr},
-    {".xbe", "xbes.aux", "xbe_all.lst", "xbe", nullptr},
-    {".ssx", "xbac.aux", "ssx_all.lst", "xbe_ac", nullptr},
-    {".ece", "eels.aux", "ece_all.lst", "ece", nullptr},
-    {".gce", "gels.aux", "gce_all.lst", "gce", nullptr},
-    {".dce", "dels.aux", nullptr, "dce", nullptr},
-    {".xce", "xels.aux", "xce_all.lst", "xce", nullptr},
-    {".gme", "gmes.aux", nullptr, "gme", nullptr},
+    {".ebe", "ebes.aux", "ebe_all.lst", "ebe", &ebes_form}, {".sse", "ebac.aux", "sse_all.lst", "ebe_ac", &ebac_form},
+    {".gbe", "gbes.aux", "gbe_all.lst", "gbe", nullptr},    {".ssg", "gbac.aux", "ssg_all.lst", "gbe_ac", nullptr},
+    {".dbe", "dbes.aux", "dbe_all.lst", "dbe", nullptr},    {".xbe", "xbes.aux", "xbe_all.lst", "xbe", nullptr},
+    {".ssx", "xbac.aux", "ssx_all.lst", "xbe_ac", nullptr}, {".ece", "eels.aux", "ece_all.lst", "ece", nullptr},
+    {".gce", "gels.aux", "gce_all.lst", "gce", nullptr},    {".dce", "dels.aux", nullptr, "dce", nullptr},
+    {".xce", "xels.aux", "xce_all.lst", "xce", nullptr},    {".gme", "gmes.aux", nullptr, "gme", nullptr},
 };
 
 // One element file: a single entry of the name of the file.

@@ -27,8 +27,8 @@ extern const int n_ebe_registrations;
 
 ebe_function find_ebe(std::string_view name);  // null if there is no such model
 
-// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point, or
-// null.
+// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point,
+// or null.
 using ebe_ac_function = void (*)(const int i_ebau, int* iparm, char** sparm, double freq, double* rparm,
                                  std::complex<double>* v, std::complex<double>* vind, std::complex<double>* curind,
                                  std::complex<double>* aux, std::complex<double>* vr, std::complex<double>* f,

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <complex>
-#include <cstring>
 
 #include "sparse/arithmetic.h"
 
@@ -28,8 +27,8 @@ constexpr T fill_start = T(0);
 template <>
 constexpr double fill_start<double> = -0.0;
 
-constexpr int m_chain = 4;  // fewest pivots that are worth a segment of their own
-constexpr int m_dense = 6;
+// Fewest pivots that are worth a segment of their own.
+constexpr int m_chain = 4, m_dense = 6;
 
 // Two neighbouring values at once.
 typedef double pair_of_doubles __attribute__((vector_size(16), aligned(8)));
@@ -156,8 +155,7 @@ void gather(int n, const int* index, const T* from, T* to) {
 template <class T>
 int first_dense(const factors<T>& f) {
     if (!is_real(T{})) return f.n;  // the first value of a fill-in is told apart by level only
-    // Entries of row r that end the row without a gap reach down to column full_from.
-    int start = f.n, reach = 0;  // reach: the lowest column that all rows from start on have filled to the end
+    int start = f.n, reach = 0;     // reach: the lowest column that all rows from start on have filled to the end
     for (int p = f.n - 1; p >= 0; --p) {
         int e = at(f.first, p + 1) - 1, c = f.n - 1;
         while (e >= at(f.first, p) && at(f.col, e) == c) --e, --c;
@@ -201,14 +199,14 @@ struct level_maker {
         }
     }
 
-    // The first level at which pivot i has its row and column complete and keeps the order of common updates.
+    // The first level at which pivot i has its row and column complete, and which is not before that of an earlier
+    // pivot with an update in common: then the row's right-hand side is one, too.
     int level_of_pivot(int i, size_t from_target, int lowest) {
         const int n_entry = static_cast<int>(f.col.size());
         int v = std::max(lowest, at(last, n_entry + i) + 1);
         for (int e = at(f.diag, i); e < at(f.first, i + 1); ++e) v = std::max(v, at(last, e) + 1);
         for (int q = at(first_low, i); q < at(first_low, i + 1); ++q)
             v = std::max({v, at(last, at(low, q)) + 1, at(last, n_entry + at(low_row, q))});
-        for (size_t t = from_target; t < targets.size(); ++t) v = std::max(v, at(last, targets[t]));
         for (size_t t = from_target; t < targets.size(); ++t) at(last, targets[t]) = v;
         for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) at(last, n_entry + at(low_row, q)) = v;
         return v;

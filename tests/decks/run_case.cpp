@@ -136,9 +136,9 @@ int main(int argc, char** argv) {
         fs::remove(scratch / "why.md");
     }
     const fs::path console = scratch.string() + ".console";
-    const std::string command = "cd " + shell_word(scratch) + " && " +
-                                (whole ? shell_word(tarnel) : shell_word(tnl) + " run deck.in") + " >" + shell_word(console) +
-                                " 2>" + shell_word(scratch.string() + ".messages") + " </dev/null";
+    const std::string command =
+        "cd " + shell_word(scratch) + " && " + (whole ? shell_word(tarnel) : shell_word(tnl) + " run deck.in") + " >" +
+        shell_word(console) + " 2>" + shell_word(scratch.string() + ".messages") + " </dev/null";
     const int ended = std::system(command.c_str());
     const int status = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
 

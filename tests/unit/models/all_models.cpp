@@ -9,8 +9,8 @@
 
 void get_ebe_by_number(const int i_ebes, const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm,
                        double* igparm, double* v, double* vind, double* curind, double* aux, double* vr, double* xvr,
-                       double* auxs, double* locv, double* v_new, double* aux_new, double* auxs_new, int* dvar, double* f,
-                       ebes1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
+                       double* auxs, double* locv, double* v_new, double* aux_new, double* auxs_new, int* dvar,
+                       double* f, ebes1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
 void get_ebe_by_list(const int i_element, const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm,
                      double* igparm, double* v, double* vind, double* curind, double* aux, double* vr, double* xvr,
                      double* auxs, double* locv, double* v_new, double* aux_new, double* auxs_new, int* dvar, double* f,
@@ -151,10 +151,11 @@ TEST_P(every_element, writes_derivatives_only_where_its_lines_declare_them) {
     for (std::size_t i = 0; i < 7; ++i) {
         const jacobian_map::one_kind& declared = u.lib.map.entry[static_cast<std::size_t>(u.e)][i];
         for (int j = 0; j < u.jac.n_f; ++j)
-            for (int k = 0; k < declared.n_var; ++k)
-                if (declared.map[static_cast<std::size_t>(j * declared.n_var + k)] < 0)
-                    EXPECT_EQ(u.jac.store[static_cast<std::size_t>(u.jac.offset(kinds[i], j, k))], 0.0)
-                        << "kind " << kinds[i] << ", function " << j << ", variable " << k;
+            for (int k = 0; k < declared.n_var; ++k) {
+                if (declared.map[static_cast<std::size_t>(j * declared.n_var + k)] >= 0) continue;
+                EXPECT_EQ(u.jac.store[static_cast<std::size_t>(u.jac.offset(kinds[i], j, k))], 0.0)
+                    << "kind " << kinds[i] << ", function " << j << ", variable " << k;
+            }
     }
 }
 
@@ -261,21 +262,22 @@ TEST_P(every_small_signal_form, has_functions_that_its_derivatives_describe_exac
     }
 }
 
-// ---- generated dispatch --------------------------------------------------------------------------------------------------
+// ---- generated dispatch
+// --------------------------------------------------------------------------------------------------
 
 void through_list(model_unit& u, int i_element) {
     model_numbers& x = u.x;
     get_ebe_by_list(i_element, 0, x.iparm.data(), u.sparm.data(), x.rparm.data(), x.stparm.data(), x.igparm.data(),
                     x.v.data(), x.vind.data(), x.curind.data(), x.aux.data(), x.vr.data(), x.xvr.data(), x.auxs.data(),
-                    x.locv.data(), x.v_new.data(), x.aux_new.data(), x.auxs_new.data(), x.dvar.data(), x.f.data(), &u.jac,
-                    &u.flags, &u.dp, &u.math_cnst);
+                    x.locv.data(), x.v_new.data(), x.aux_new.data(), x.auxs_new.data(), x.dvar.data(), x.f.data(),
+                    &u.jac, &u.flags, &u.dp, &u.math_cnst);
 }
 void by_number(model_unit& u, int i_ebes) {
     model_numbers& x = u.x;
     get_ebe_by_number(i_ebes, 0, x.iparm.data(), u.sparm.data(), x.rparm.data(), x.stparm.data(), x.igparm.data(),
-                      x.v.data(), x.vind.data(), x.curind.data(), x.aux.data(), x.vr.data(), x.xvr.data(), x.auxs.data(),
-                      x.locv.data(), x.v_new.data(), x.aux_new.data(), x.auxs_new.data(), x.dvar.data(), x.f.data(),
-                      &u.jac, &u.flags, &u.dp, &u.math_cnst);
+                      x.v.data(), x.vind.data(), x.curind.data(), x.aux.data(), x.vr.data(), x.xvr.data(),
+                      x.auxs.data(), x.locv.data(), x.v_new.data(), x.aux_new.data(), x.auxs_new.data(), x.dvar.data(),
+                      x.f.data(), &u.jac, &u.flags, &u.dp, &u.math_cnst);
 }
 
 TEST(generated_dispatch, calls_the_model_by_library_number_or_through_the_list) {

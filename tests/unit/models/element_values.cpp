@@ -202,7 +202,8 @@ TEST(controlled_sources, follow_what_they_sense_in_dc_and_start_up) {
     EXPECT_EQ(ammeter.x.f[2], 2);
 }
 
-// ---- switches ------------------------------------------------------------------------------------------------------------
+// ---- switches
+// ------------------------------------------------------------------------------------------------------------
 
 TEST(switch_e, keeps_its_state_through_a_transient_step_and_moves_it_at_accepted_points) {
     model_unit u("switch_e");
@@ -265,7 +266,8 @@ TEST(switch_e, refuses_impossible_values) {
     EXPECT_HALT(u.prepare(), "switch_e.ebe: ron  =  0 ?!\n");
 }
 
-// ---- diodes --------------------------------------------------------------------------------------------------------------
+// ---- diodes
+// --------------------------------------------------------------------------------------------------------------
 
 struct point {
     double v, i;
@@ -324,8 +326,8 @@ TEST(diode_spice_1, has_the_published_currents) {
     model_unit u("diode_spice_1");
     u.prepare();
     EXPECT_REL(u.r("vt"), 2.586418638e-02, 1e-9);
-    for (const auto& [v, i] : {point{0.6, 1.1879745100e-04}, {0.7, 5.6746834471e-03}, {-0.05, -5.8553119e-14},
-                               {-1.0, -1.0100000e-12}}) {
+    for (const auto& [v, i] :
+         {point{0.6, 1.1879745100e-04}, {0.7, 5.6746834471e-03}, {-0.05, -5.8553119e-14}, {-1.0, -1.0100000e-12}}) {
         u.x.v = {v, 0, 0};
         u.dc();
         EXPECT_REL(u.x.f[0], i, v == -0.05 ? 1e-8 : 1e-9) << v;
@@ -376,7 +378,8 @@ TEST(diode_spice_1, has_the_published_charges_and_capacitances) {
     struct charge {
         double v, q, c;
     };
-    for (const auto& [v, q, c] : {charge{-5, -2.8989794856e-12, 4.0824829046e-13}, {0.4, 4.5080666152e-13, 1.2909944487e-12},
+    for (const auto& [v, q, c] : {charge{-5, -2.8989794856e-12, 4.0824829046e-13},
+                                  {0.4, 4.5080666152e-13, 1.2909944487e-12},
                                   {0.7, 8.9691342135e-13, 1.6970562748e-12}}) {
         u.x.v = {v, 0, 0};
         u.trns();
@@ -429,7 +432,8 @@ TEST(diode_spice_1, stops_on_a_voltage_that_is_no_number) {
     EXPECT_HALT(u.dc(), "vd=nan, Halting...\n");
 }
 
-// ---- numeric Jacobian ------------------------------------------------------------------------------------------------------
+// ---- numeric Jacobian
+// ------------------------------------------------------------------------------------------------------
 
 void linear_functions(int*, double*, double* v, double* vind, double* curind, double*, double*, double* f, flags_class*,
                       math_cnst_class*) {
@@ -466,7 +470,8 @@ TEST(dfdx_e, differs_over_every_group_and_writes_the_listed_rows_only) {
     EXPECT_EQ(v[0], 1);
 }
 
-// ---- small signals ---------------------------------------------------------------------------------------------------------
+// ---- small signals
+// ---------------------------------------------------------------------------------------------------------
 
 TEST(small_signal_forms, have_the_admittances_of_their_elements) {
     using number = std::complex<double>;
@@ -514,7 +519,8 @@ TEST(small_signal_forms, of_diodes_take_slope_and_capacitance_from_the_bias_poin
     a.ac(w);
     const double g = (id + 1e-14) / d.r("vt");
     EXPECT_REL(a.jac.dfdv[0][0].real(), g + 1e-12, 1e-12);
-    EXPECT_REL(a.jac.dfdv[0][0].imag(), w * (1e-12 * (1 - 0.5 * 1.5 + 0.5 * 0.6) / std::pow(0.5, 1.5) + 1e-9 * g), 1e-9);
+    EXPECT_REL(a.jac.dfdv[0][0].imag(), w * (1e-12 * (1 - 0.5 * 1.5 + 0.5 * 0.6) / std::pow(0.5, 1.5) + 1e-9 * g),
+               1e-9);
     ac_unit r("diode_r");
     r.ebe_jac = &d.jac;
     r.ac(w);
