@@ -1,6 +1,6 @@
 // Start to exit of the simulator as a process: a deck of three elements, and a ladder of 10,000 nodes.
-// Usage: bench_process [folder of the programs [keep]]; by default the folder of this program. "keep" leaves the working
-// folders, for a profiler.
+// Usage: bench_process [folder of the programs [keep]]; by default the folder of this program. "keep" leaves the
+// working folders, for a profiler.
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -170,7 +170,8 @@ void measure(const char* what, const std::string& program, const fs::path& folde
 }  // namespace
 
 int main(int argc, char** argv) {
-    const fs::path programs = argc > 1 ? fs::path(argv[1]) : fs::canonical("/proc/self/exe").parent_path();
+    const bool given = argc > 1 && !std::string_view(argv[1]).starts_with("--");  // options are of the other programs
+    const fs::path programs = given ? fs::path(argv[1]) : fs::canonical("/proc/self/exe").parent_path();
     const std::string tarnel = fs::absolute(programs / "tarnel").string();
     std::string name = (fs::temp_directory_path() / "tarnel_bench_XXXXXX").string();
     if (!mkdtemp(name.data())) fail("no temporary folder");

@@ -1,5 +1,6 @@
 #include "analyses/run_state.h"
 
+#include "library/entry_counts.h"
 #include "run/halt.h"
 #include "run/list_file.h"
 
@@ -13,7 +14,7 @@ void bind_models(run_state& r) {
     // Global number -> function, by name: an edited or re-ordered list never calls a wrong model.
     std::vector<ebe_function> function(at(lib.n()), nullptr);
     for (int s = 0; s < lib.n(); ++s) function[at(s)] = find_ebe(lib.list.entry[s]);
-    std::vector<char> told(at(lib.n()), 0);
+    std::vector<char> told(at(lib.n()), 0);  // 1: the template was looked at
     r.ebes1.clear();
     r.ebes1.resize(at(std::max(lib.n(), 1)));
     for (int s = 0; s < lib.n(); ++s) r.ebes1[at(s)].initialise(lib, s);
@@ -26,6 +27,10 @@ void bind_models(run_state& r) {
         if (!call.function && lib.func.n_func(s) > 0 && !told[at(s)]) {
             told[at(s)] = 1;
             say(line("warning: no model function is registered for the element type ", lib.list.entry[s]));
+        }
+        if (call.function && !told[at(s)]) {
+            told[at(s)] = 1;
+            check_entry_counts(ebes_form, lib, s, find_ebe_registration(lib.list.entry[s])->counts);
         }
         call.iparm = u.unit.iprm.row(k);
         call.sparm = u.unit.sprm.row(k);

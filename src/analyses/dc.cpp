@@ -74,8 +74,7 @@ void gmin_step_dc_1(run_state& r) {
         r.flags.gmin = slv.gmin_present;
         limits.fix_order = slv.iter_gmin == 0;
         newton_dc(r, limits);
-        if (!slv.l_converged)
-            halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
+        if (!slv.l_converged) halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
     }
     r.flags.newton_first = 0;
     slv.l_converged = 1;
@@ -97,8 +96,7 @@ void solve_dc(run_state& r) {
             if (!slv.l_converged && slv.gmin_step) {
                 gmin_step_dc_1(r);
             } else if (!slv.l_converged) {
-                if (slv.flag_vary_auto)
-                    halt({"solve_dc: did not converge even with the", "   smallest auto step."});
+                if (slv.flag_vary_auto) halt({"solve_dc: did not converge even with the", "   smallest auto step."});
                 halt({"solve_dc: N-R did not converge.", "   Halting..."});
             }
         }

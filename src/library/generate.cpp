@@ -4,6 +4,7 @@
 
 #include "library/check_limit.h"
 #include "library/code_section.h"
+#include "library/entry_counts.h"
 #include "run/halt.h"
 
 namespace {
@@ -44,6 +45,12 @@ void write_includes(std::ostream& out, const glue_form& glue) {
     if (std::string_view(glue.jac_header) != "ebes1_class.h") out << "#include \"" << glue.jac_header << "\"\n";
     for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"})
         out << "#include \"" << ours << "\"\n";
+}
+
+std::string joined_counts(const std::vector<int>& counts) {
+    std::string all;
+    for (int n : counts) all += (all.empty() ? "" : ", ") + std::to_string(n);
+    return all;
 }
 
 void open_for_writing(std::ofstream& out, const std::string& path) {
@@ -162,8 +169,9 @@ void write_registration(std::ostream& out, const library_form& form, const basic
     write_prototypes(out, form, lib);
     out << "const " << row << ' ' << row << "s[] = {\n";
     for (int e = 0; e < lib.n(); ++e)
-        out << "   {\"" << lib.list.entry[e] << "\", " << function_name(form, lib, e) << "},\n";
-    if (lib.n() == 0) out << "   {\"\", nullptr},\n";
+        out << "   {\"" << lib.list.entry[e] << "\", " << function_name(form, lib, e) << ", {"
+            << joined_counts(entry_counts(form, lib, e)) << "}},\n";
+    if (lib.n() == 0) out << "   {\"\", nullptr, {}},\n";
     out << "};\nconst int n_" << row << "s = " << lib.n() << ";\n";
 }
 

@@ -16,9 +16,12 @@ using ebe_function = void (*)(const int i_ebeu, int* iparm, char** sparm, double
                               double* f, ebes1_class* jac, flags_class* flags, dp_class* dp,
                               math_cnst_class* math_cnst);
 
+// counts: words of each list of the entry that the model was compiled from, in the order of its lines, then its
+// functions. The model indexes its arrays by them.
 struct ebe_registration {
     std::string_view name;
     ebe_function function;
+    int counts[15];
 };
 
 // All electrical elements of this build; written by the build from the element files.
@@ -26,6 +29,7 @@ extern const ebe_registration ebe_registrations[];
 extern const int n_ebe_registrations;
 
 ebe_function find_ebe(std::string_view name);  // null if there is no such model
+const ebe_registration* find_ebe_registration(std::string_view name);
 
 // A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point,
 // or null.
@@ -38,6 +42,7 @@ using ebe_ac_function = void (*)(const int i_ebau, int* iparm, char** sparm, dou
 struct ebe_ac_registration {
     std::string_view name;
     ebe_ac_function function;
+    int counts[9];
 };
 extern const ebe_ac_registration ebe_ac_registrations[];
 extern const int n_ebe_ac_registrations;

@@ -1,10 +1,13 @@
 #include <array>
 #include <sstream>
 
-#include "analyses/mat_class.h"
+#include "analyses/dc.h"
+#include "analyses/evaluate.h"
+#include "analyses/solution_vector.h"
 #include "library/basic_reader.h"
 #include "library/composite_reader.h"
 #include "library/dumps.h"
+#include "run/driver.h"
 #include "small_runs.h"
 #include "targets.h"
 
@@ -77,19 +80,19 @@ std::string deck_of(const libraries& all) {
     return deck.str();
 }
 
-// Up to the system of the circuit. The compiled models belong to the installed elements and are not called here.
+// Up to the first assembly. Elements with the names of installed ones have models, which an entry must be fit for.
 void use_each_one(const libraries& lib) {
     circuit c = circuit_of(deck_of(lib), lib);
-    elaborate(c);
-    classify(c);
-    check_linear(c);
-    check_one_time(c);
-    std::vector<ebes1_class> ebes1(static_cast<std::size_t>(lib.ebes.n()) + 1);
-    for (int s = 0; s < lib.ebes.n(); ++s) ebes1[static_cast<std::size_t>(s)].initialise(lib.ebes, s);
+    run_state r(c);
+    prepare_circuit(r);
     for (int i = 0; i < c.eelu.n; ++i) instance_changed(c, fam_e, i);
-    mat_class mat;
-    allocate_system(mat, c);
-    set_mat_dc(mat, c, ebes1);
+    define_offs_solvec_dc(r.mat, c);
+    set_mat_dc(r.mat, c, r.ebes1);
+    init_guess(r);
+    form_solvec(r);
+    form_jac_rhs_dc(r, false);
+    find_ebe_cur_dc(r);
+    ebce_ov_prm(r);
 }
 
 void read_all(std::string_view text, libraries& lib) {

@@ -41,8 +41,9 @@ struct dc_run {
         write_file("ebac.aux", installed_text("ebac.aux"));
         write_file("eels.aux", installed_text("eels.aux") + more_eels);
         const constants_class constants;
-        c.cf = circuit_file_of(file_chr_of("title: test\nbegin_circuit\nrefnode 0\n" + circuit_block +
-                                           "end_circuit\nbegin_solve\nsolve_type dc\n" + cards + "end_solve\nend_cf\n"));
+        c.cf =
+            circuit_file_of(file_chr_of("title: test\nbegin_circuit\nrefnode 0\n" + circuit_block +
+                                        "end_circuit\nbegin_solve\nsolve_type dc\n" + cards + "end_solve\nend_cf\n"));
         read_library("ebes.aux", ebes_form, int_F, constants, c.lib.ebes);
         read_library("ebac.aux", ebac_form, int_F, constants, c.lib.ebac);
         read_eels_file("eels.aux", c.lib.ebes, c.lib.ebac, c.lib.eels);
@@ -81,7 +82,8 @@ struct dc_run {
     }
 };
 
-// ---- models of a test ------------------------------------------------------------------------------------------------
+// ---- models of a test
+// ------------------------------------------------------------------------------------------------
 
 struct model_call {
     double *rparm, *v, *aux, *v_new, *f;
@@ -117,13 +119,15 @@ inline void use_model(run_state& r, int u, made_up_model model) {
     r.ebe[static_cast<std::size_t>(u)].function = call_made_up_model;
 }
 
-// ---- whole runs ------------------------------------------------------------------------------------------------------
+// ---- whole runs
+// ------------------------------------------------------------------------------------------------------
 
 // Fills the current folder with the installed libraries and a deck.
 inline void make_working_folder(const std::string& deck) {
     namespace fs = std::filesystem;
     fs::create_directory(".tnlaux");
-    for (const fs::directory_entry& e : fs::directory_iterator(TARNEL_SHARE)) fs::copy(e.path(), ".tnlaux");
+    for (const fs::directory_entry& e : fs::directory_iterator(TARNEL_SHARE))
+        fs::copy(e.path(), ".tnlaux", fs::copy_options::overwrite_existing);
     std::string dimensions;
     for (const tmpdim_word& d : tmpdim_words())
         dimensions += std::string(d.word) + " " + std::to_string(d.generous) + "\n";

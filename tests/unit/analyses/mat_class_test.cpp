@@ -14,8 +14,7 @@ using dense = std::vector<std::vector<double>>;
 
 dense jacobian_of(const run_state& r) {
     dense a(at(r.mat.n_svec), std::vector<double>(at(r.mat.n_svec), 0.0));
-    for (int k = 0; k < r.mat.m.nnz(); ++k)
-        a[at(r.mat.m.row[at(k)])][at(r.mat.m.col[at(k)])] += r.mat.val_m[at(k)];
+    for (int k = 0; k < r.mat.m.nnz(); ++k) a[at(r.mat.m.row[at(k)])][at(r.mat.m.col[at(k)])] += r.mat.val_m[at(k)];
     return a;
 }
 
@@ -66,7 +65,8 @@ const std::string crooked_ece =
 
 TEST(set_mat_dc, numbers_rows_by_first_use_and_prints_the_size) {
     // R1: rows 0 (a), 1 (b). V1: b is known, 0 has no row, its own equation is row 2. R2: c is row 3.
-    dc_run t("eelement name=R1 type=r p=a n=b\neelement name=V1 type=vsrcdc p=b n=0\neelement name=R2 type=r p=c n=a\n");
+    dc_run t(
+        "eelement name=R1 type=r p=a n=b\neelement name=V1 type=vsrcdc p=b n=0\neelement name=R2 type=r p=c n=a\n");
     t.listen([&] { read_block(t.r, 0); });
     t.listen([&] { set_mat_dc(t.r.mat, t.c, t.r.ebes1); });
     EXPECT_EQ(t.text, "mat::set_mat_2: system matrix size is 4 x 4\n");
@@ -93,7 +93,8 @@ TEST(set_mat_dc, a_kcl_function_on_the_reference_has_no_row_and_terms_on_it_disa
 }
 
 TEST(set_mat_dc, two_elements_on_the_same_nodes_share_their_entries) {
-    dc_run t("eelement name=R1 type=r p=a n=b r=2\neelement name=R2 type=r p=a n=b r=4\neelement name=R3 type=r p=b n=0\n");
+    dc_run t(
+        "eelement name=R1 type=r p=a n=b r=2\neelement name=R2 type=r p=a n=b r=4\neelement name=R3 type=r p=b n=0\n");
     t.start();
     const slot_table& s = t.r.mat.ebe;
     const std::vector<int> of_r1(s.to_val.begin() + s.first_jac[0], s.to_val.begin() + s.first_jac[1]);
@@ -104,7 +105,8 @@ TEST(set_mat_dc, two_elements_on_the_same_nodes_share_their_entries) {
 }
 
 TEST(form_jac_rhs_dc, adds_the_units_once_however_often_it_is_called) {
-    dc_run t("eelement name=R1 type=r p=a n=b r=2\neelement name=R2 type=r p=a n=b r=4\neelement name=R3 type=r p=b n=0\n");
+    dc_run t(
+        "eelement name=R1 type=r p=a n=b r=2\neelement name=R2 type=r p=a n=b r=4\neelement name=R3 type=r p=b n=0\n");
     t.start();
     t.r.mat.svec = {3, 1};
     dcmp_solvec(t.r);
@@ -179,16 +181,14 @@ TEST(set_mat_dc, a_node_without_any_function_leaves_an_empty_row) {
     t.start();
     EXPECT_EQ(t.r.mat.n_svec, 2);
     EXPECT_EQ(t.r.mat.m.nnz(), 1);
-    EXPECT_HALT(solve_linear_dc(t.r),
-                "nnz_active_k_1: valmax_col=0. i_col=0\n  Singular matrix? Halting...\n");
+    EXPECT_HALT(solve_linear_dc(t.r), "nnz_active_k_1: valmax_col=0. i_col=0\n  Singular matrix? Halting...\n");
 }
 
 TEST(set_mat_dc, an_empty_row_is_told_as_such) {
     // `a` is reached by a function that does not depend on any node in dc.
     dc_run t("eelement name=C1 type=c p=a n=b\neelement name=R1 type=r p=b n=0\n");
     t.start();
-    EXPECT_HALT(solve_linear_dc(t.r),
-                "nnz_active_k_1: valmax_row=0. i_row=0\n  Singular matrix? Halting...\n");
+    EXPECT_HALT(solve_linear_dc(t.r), "nnz_active_k_1: valmax_row=0. i_row=0\n  Singular matrix? Halting...\n");
 }
 
 TEST(set_mat_dc, an_empty_last_row_has_a_text_of_its_own) {

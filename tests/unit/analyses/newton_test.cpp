@@ -66,8 +66,8 @@ TEST(solve_newton_dc, the_spice_test_needs_two_iterates) {
 }
 
 TEST(solve_newton_dc, the_spice_test_compares_with_the_iterate_before) {
-    // Newton for the root of v^2 = 2 from 1: 3/2, 17/12, 577/408, ...; changes 1/12, then 1/408. A test of 1e-6 + 0.01 of
-    // the value passes at the second change.
+    // Newton for the root of v^2 = 2 from 1: 3/2, 17/12, 577/408, ...; changes 1/12, then 1/408. A test of 1e-6 + 0.01
+    // of the value passes at the second change.
     one_node t("chk_only_spice=yes norm_spice_rel=0.01", 1,
                [](const model_call& m) { m.branch(m.v[0] * m.v[0] - 2, 2 * m.v[0]); });
     t.solve();
@@ -118,7 +118,8 @@ TEST(solve_newton_dc, counts_its_solves) {
     EXPECT_EQ(t.r.flags.n_solve_lin, 2);
 }
 
-// ---- damping ---------------------------------------------------------------------------------------------------------
+// ---- damping
+// ---------------------------------------------------------------------------------------------------------
 
 TEST(damping, its_bound_counts_iterations_from_0_and_is_inclusive) {
     // Half steps towards 0 from 8: with a bound of 0 one of them, then the full step.
@@ -142,7 +143,8 @@ TEST(damping, its_bound_counts_iterations_from_0_and_is_inclusive) {
 }
 
 TEST(damping, a_start_from_a_solution_has_settings_of_its_own) {
-    one_node t("dmp_first=yes dmp_k_first=0.5 dmp_k=0.25 dmp=yes itmax_newton=1 itmax_newton_first=1", 8, line_through(0));
+    one_node t("dmp_first=yes dmp_k_first=0.5 dmp_k=0.25 dmp=yes itmax_newton=1 itmax_newton_first=1", 8,
+               line_through(0));
     t.solve();
     EXPECT_EQ(t.v(), 4);
     t.r.slv.init_previous = int_T;
@@ -150,7 +152,8 @@ TEST(damping, a_start_from_a_solution_has_settings_of_its_own) {
     EXPECT_EQ(t.v(), 3);
 }
 
-// ---- line search -----------------------------------------------------------------------------------------------------
+// ---- line search
+// -----------------------------------------------------------------------------------------------------
 
 TEST(line_search, a_step_that_lowers_the_residual_stays_whole) {
     one_node t(only_rhs2 + "nr_line_search=yes itmax_newton_first=1", 8, line_through(3));
@@ -219,7 +222,8 @@ TEST(line_search, trials_ask_for_functions_only) {
     EXPECT_EQ(jacobians, (std::vector<int>{1, 0, 0, 0}));
 }
 
-// ---- leaving -----------------------------------------------------------------------------------------------------------
+// ---- leaving
+// -----------------------------------------------------------------------------------------------------------
 
 TEST(solve_newton_dc, tells_nan_and_leaves) {
     one_node t(only_rhs2 + "write_rhs2=yes", 1,
@@ -231,8 +235,9 @@ TEST(solve_newton_dc, tells_nan_and_leaves) {
 
 TEST(solve_newton_dc, tells_a_norm_that_is_too_large_and_leaves) {
     one_node t("chk_spice=no chk_delx_all=yes norm_large=100", 0, line_through(500));
-    EXPECT_EQ(t.solve(),
-              "check_convergence: norm too large.\n   slv->norm_delx_all=5.0000e+02\nsolve_newton_dc: norm too large.\n");
+    EXPECT_EQ(
+        t.solve(),
+        "check_convergence: norm too large.\n   slv->norm_delx_all=5.0000e+02\nsolve_newton_dc: norm too large.\n");
     EXPECT_FALSE(t.r.slv.l_converged);
     EXPECT_EQ(t.n_calls, 1);
 }
@@ -264,7 +269,8 @@ TEST(solve_newton_dc, a_blow_up_of_an_earlier_solve_is_forgotten) {
     EXPECT_TRUE(t.r.slv.l_converged);
 }
 
-// ---- models that limit ---------------------------------------------------------------------------------------------------
+// ---- models that limit
+// ---------------------------------------------------------------------------------------------------
 
 namespace {
 // Lets each node of a unit move by no more than `most` an iteration.
@@ -324,7 +330,9 @@ TEST(update_sol_1, on_a_shared_node_the_last_limiting_unit_wins_and_both_see_the
 }
 
 TEST(update_sol_1, nodes_of_others_and_auxiliary_unknowns_move_freely_and_the_reference_stays) {
-    dc_run t("eelement name=V1 type=vsrcdc p=in n=0\neelement name=R1 type=r p=in n=a\neelement name=D1 type=diode p=0 n=a\n");
+    dc_run t(
+        "eelement name=V1 type=vsrcdc p=in n=0\neelement name=R1 type=r p=in n=a\neelement name=D1 type=diode p=0 "
+        "n=a\n");
     t.start();
     let_diodes_limit(t);
     use_model(t.r, 2, [](const model_call& m) {
@@ -353,9 +361,10 @@ TEST(solve_newton_dc, walks_at_the_pace_that_a_limiting_model_allows) {
     EXPECT_EQ(t.r.mat.svec[0], 1);
 }
 
-// ---- a linear circuit ------------------------------------------------------------------------------------------------
+// ---- a linear circuit
+// ------------------------------------------------------------------------------------------------
 
-TEST(solve_linear_dc, the_exact_solution_is_one_solve_from_anywhere) {
+TEST(solve_linear_dc, one_solve_is_exact) {
     // 1000 equal resistors: node k at 10 (1 - k/1000).
     std::string chain = "eelement name=V1 type=vsrcdc p=n0 n=0 vdc=10\n";
     for (int k = 0; k < 1000; ++k)
@@ -363,10 +372,21 @@ TEST(solve_linear_dc, the_exact_solution_is_one_solve_from_anywhere) {
                  " n=" + (k == 999 ? std::string("0") : "n" + std::to_string(k + 1)) + " r=1\n";
     dc_run t(chain);
     t.start();
-    t.r.mat.svec.assign(t.r.mat.svec.size(), 1e3);
-    dcmp_solvec(t.r);
     solve_linear_dc(t.r);
     EXPECT_EQ(t.r.flags.n_solve_lin, 1);
     for (int k = 1; k < 1000; ++k)
         EXPECT_NEAR(t.node("n" + std::to_string(k)) / (10 * (1 - k / 1000.0)), 1, 1e-12) << k;
+}
+
+TEST(solve_linear_dc, starts_from_anywhere) {
+    dc_run t(
+        "eelement name=V1 type=vsrcdc p=a n=0 vdc=3\neelement name=R1 type=r p=a n=b\neelement name=R2 type=r p=b n=0 "
+        "r=2\n");
+    t.start();
+    t.r.mat.svec = {1e3, -1e3, 70};
+    dcmp_solvec(t.r);
+    solve_linear_dc(t.r);
+    EXPECT_NEAR(t.node("a"), 3, 1e-12);
+    EXPECT_NEAR(t.node("b"), 2, 1e-12);
+    EXPECT_NEAR(t.r.mat.svec[2], -1, 1e-12);
 }

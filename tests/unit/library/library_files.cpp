@@ -8,6 +8,7 @@
 
 #include "halt_throws.h"
 #include "library/empty_library.h"
+#include "library/entry_counts.h"
 #include "library_texts.h"
 
 namespace {
@@ -259,11 +260,32 @@ TEST(write_chr_array_2, wraps_at_80_columns_and_writes_nothing_for_an_empty_list
     EXPECT_TRUE(all.ends_with("word_99;"));
 }
 
-TEST(write_registration, gives_each_name_its_function) {
+TEST(check_entry_counts, refuses_an_entry_with_less_than_its_model_uses) {
+    const basic_library lib =
+        read_basic(ebe({"ebe name=a", "nodes: p n", "rparms: r=1 s=2", "no_functions 2"}, "f_p v(p)\nf_n v(n)\n"));
+    std::vector<int> model = entry_counts(ebes_form, lib, 0);
+    check_entry_counts(ebes_form, lib, 0, model);
+    model[0] = 1;  // of more than the model knows it sees nothing
+    check_entry_counts(ebes_form, lib, 0, model);
+    model[5] = 3;
+    EXPECT_HALT(check_entry_counts(ebes_form, lib, 0, model),
+                "ebes_class: entry a is smaller than its model.\n   rparms: has 2, the model uses 3.\n   Halting...\n");
+    model[5] = 2;
+    model[14] = 3;
+    EXPECT_HALT(
+        check_entry_counts(ebes_form, lib, 0, model),
+        "ebes_class: entry a is smaller than its model.\n   no_functions has 2, the model uses 3.\n   Halting...\n");
+}
+
+TEST(write_registration, gives_each_name_its_function_and_the_counts_of_its_entry) {
     std::ostringstream out, none;
-    write_registration(out, ebes_form, read_basic(ebe({"ebe name=a"})));
-    EXPECT_TRUE(out.str().ends_with(
-        "const ebe_registration ebe_registrations[] = {\n   {\"a\", e_a},\n};\nconst int n_ebe_registrations = 1;\n"));
+    write_registration(
+        out, ebes_form,
+        read_basic(ebe({"ebe name=a", "nodes: p n", "rparms: r=1 s=2 t=3", "no_functions 2"}, "f_p v(p)\nf_n v(n)\n")));
+    EXPECT_TRUE(
+        out.str().ends_with("const ebe_registration ebe_registrations[] = {\n"
+                            "   {\"a\", e_a, {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 2}},\n};\n"
+                            "const int n_ebe_registrations = 1;\n"));
     write_registration(none, ebac_form, read_basic("", ebac_form));
     EXPECT_TRUE(none.str().ends_with("const int n_ebe_ac_registrations = 0;\n"));
 }
