@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "library/entry_counts.h"
 #include "run/halt.h"
 
 namespace {
@@ -14,13 +15,18 @@ template <class F, class Find> std::vector<F> functions_of(const basic_library& 
     return function;
 }
 
-template <class F>
-void tell_unregistered(const basic_library& lib, const std::vector<F>& function, const unit_core& unit) {
-    std::vector<char> told(at(lib.n()), 0);
+// Looks once at every template in use: one without a model is told, one that is smaller than its model halts.
+template <class F, class Find>
+void check_templates(const library_form& form, const basic_library& lib, const std::vector<F>& function,
+                     const unit_core& unit, Find find_registration) {
+    std::vector<char> seen(at(lib.n()), 0);
     for (int s : unit.i_lib) {
-        if (function[at(s)] || lib.func.n_func(s) == 0 || told[at(s)]) continue;
-        told[at(s)] = 1;
-        say(line("warning: no model function is registered for the element type ", lib.list.entry[s]));
+        if (seen[at(s)]) continue;
+        seen[at(s)] = 1;
+        if (function[at(s)])
+            check_entry_counts(form, lib, s, find_registration(lib.list.entry[s])->counts);
+        else if (lib.func.n_func(s) > 0)
+            say(line("warning: no model function is registered for the element type ", lib.list.entry[s]));
     }
 }
 
@@ -43,7 +49,7 @@ template <class Call> void bind_parameters(Call& call, unit_core& unit, int k) {
 void bind_models(run_state& r) {
     ebeu_class& u = r.c.ebeu;
     const auto e_functions = functions_of<ebe_function>(r.c.lib.ebes, find_ebe);
-    tell_unregistered(r.c.lib.ebes, e_functions, u.unit);
+    check_templates(ebes_form, r.c.lib.ebes, e_functions, u.unit, find_ebe_registration);
     make_jac(r.c.lib.ebes, r.ebes1);
     r.ebe.assign(at(u.n()), ebe_call{});
     for (int k = 0; k < u.n(); ++k) {
@@ -68,7 +74,7 @@ void bind_models(run_state& r) {
     }
     gbeu_class& g = r.c.gbeu;
     const auto g_functions = functions_of<gbe_function>(r.c.lib.gbes, find_gbe);
-    tell_unregistered(r.c.lib.gbes, g_functions, g.unit);
+    check_templates(gbes_form, r.c.lib.gbes, g_functions, g.unit, find_gbe_registration);
     make_jac(r.c.lib.gbes, r.gbes1);
     r.gbe.assign(at(g.n()), gbe_call{});
     for (int k = 0; k < g.n(); ++k) {

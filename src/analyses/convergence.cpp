@@ -41,9 +41,10 @@ void print_spice(const mat_class& mat, int iter_newton) {
 
 double largest_node_step(const mat_class& mat) {
     double largest = 0.0;
-    for (int i = 0; i < mat.n_svec; ++i)
-        if (mat.svec_flag[at(i)] == kind_v && !(std::fabs(mat.delsvec[at(i)]) <= largest))
-            largest = std::fabs(mat.delsvec[at(i)]);
+    for (int i = 0; i < mat.n_svec; ++i) {
+        const double step = std::fabs(mat.delsvec[at(i)]);
+        if (mat.svec_flag[at(i)] == kind_v && (step > largest || std::isnan(step))) largest = step;
+    }
     return largest;
 }
 

@@ -108,8 +108,7 @@ void solve_dc(run_state& r) {
             if (!slv.l_converged && slv.gmin_step) {
                 gmin_step_dc_1(r);
             } else if (!slv.l_converged) {
-                if (slv.flag_vary_auto)
-                    halt({"solve_dc: did not converge even with the", "   smallest auto step."});
+                if (slv.flag_vary_auto) halt({"solve_dc: did not converge even with the", "   smallest auto step."});
                 halt({"solve_dc: N-R did not converge.", "   Halting..."});
             }
         }

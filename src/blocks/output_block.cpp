@@ -95,11 +95,18 @@ out_var of_ov(const ov_class& ov, int i, int prefix, std::string_view name) {
 }
 
 // The statements of sweeps may stand behind the output block, so their item words are looked up in the deck itself.
+// What stands inside an output block is not read as a sweep.
 int find_sweep_word(const block_text& block, std::string_view statement, std::string_view word) {
     int k = 0;
-    for (int i = block.find(block.begin + 1, block.end, statement); i >= 0;
-         i = block.find(i + 1, block.end, statement), ++k)
-        if (block.cf.text.n_words(i) > 1 && block.cf.text.word(i, 1) == word) return k;
+    bool in_output = false;
+    for (int i = block.begin + 1; i < block.end; ++i) {
+        const file_chr& text = block.cf.text;
+        if (text.begins(i, "begin_output")) in_output = true;
+        if (text.begins(i, "end_output")) in_output = false;
+        if (in_output || !text.begins(i, statement)) continue;
+        if (text.n_words(i) > 1 && text.word(i, 1) == word) return k;
+        ++k;
+    }
     return -1;
 }
 

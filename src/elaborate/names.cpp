@@ -22,7 +22,8 @@ void add_name(circuit& c, name_table cct_class::*which, std::string_view word) {
     name_table& table = c.cct.*which;
     const auto [it, is_new] = table.index.try_emplace(std::string(word), table.n());
     if (!is_new) return;
-    check_m_gt_n(table_limit(c, which), table.n(), line("cct_class: ", table_count(which), " is too large!"));
+    if (table.n() >= table_limit(c, which))  // the message is made when it is needed: a deck has thousands of names
+        check_m_gt_n(table_limit(c, which), table.n(), line("cct_class: ", table_count(which), " is too large!"));
     table.name.emplace_back(word);
 }
 }  // namespace
@@ -49,7 +50,9 @@ std::vector<element_statement> find_element_statements(const circuit_file& cf) {
 void number_names(circuit& c, std::vector<element_statement>& statements) {
     for (element_statement& s : statements) {
         const composite_library& lib = c.lib.*(s.form->composites);
-        s.i_lib = find_word_3(lib.list.entry, s.w[s.at_type], line("cct_class: ", s.form->library, "_name not found"));
+        s.i_lib = lib.find(s.w[s.at_type]);
+        if (s.i_lib < 0)
+            word_not_found("find_word_3", s.w[s.at_type], line("cct_class: ", s.form->library, "_name not found"));
         for (const bound_list& b : s.form->bound) {
             const word_list& list = lib.list.*(b.list);
             for (int j = 0; j < list.count(s.i_lib); ++j) {

@@ -3,7 +3,8 @@
 
 using L = library_lists;
 
-// ---- electrical -------------------------------------------------------------------------------------------------------
+// ---- electrical
+// -------------------------------------------------------------------------------------------------------
 
 namespace {
 constexpr flag_word ebes_flags[] = {
@@ -33,42 +34,55 @@ constexpr variable_list vr_then_aux[] = {{kind_vr, &L::vr}, {kind_aux, &L::aux}}
 constexpr variable_list vr_then_auxs[] = {{kind_vr, &L::vr}, {kind_auxs, &L::auxs}};
 constexpr bracket_word electrical_brackets[] = {
     {"v", {kind_v, &L::node}}, {"volt", {kind_vind, &L::ind_node}}, {"cur", {kind_curind, &L::ind_branch}}};
-constexpr function_words ebes_terminal = {
-    vr_then_aux, electrical_brackets, ddt_rule::local_variable, "", "function declarations", ""};
-constexpr function_words ebes_startup = {
-    vr_then_auxs, electrical_brackets, ddt_rule::refused, "startup", "startup functions", " (startup)"};
-constexpr function_words ebes_local = {
-    vr_then_aux, electrical_brackets, ddt_rule::refused, "locvar", "locvar functions", ""};
-constexpr function_words ebes_general = {
-    vr_then_aux, electrical_brackets, ddt_rule::any_variable, "", nullptr, ""};
+constexpr function_words ebes_terminal = {vr_then_aux, electrical_brackets,     ddt_rule::local_variable,
+                                          "",          "function declarations", ""};
+constexpr function_words ebes_startup = {vr_then_auxs, electrical_brackets, ddt_rule::refused,
+                                         "startup",    "startup functions", " (startup)"};
+constexpr function_words ebes_local = {vr_then_aux, electrical_brackets, ddt_rule::refused,
+                                       "locvar",    "locvar functions",  ""};
+constexpr function_words ebes_general = {vr_then_aux, electrical_brackets, ddt_rule::any_variable, "", nullptr, ""};
 
 constexpr variable_list ebes_kinds[] = {
-    {kind_v, &L::node},        {kind_locv, &L::locv}, {kind_vind, &L::ind_node}, {kind_curind, &L::ind_branch},
-    {kind_vr, &L::vr},         {kind_aux, &L::aux},   {kind_auxs, &L::auxs},
+    {kind_v, &L::node}, {kind_locv, &L::locv}, {kind_vind, &L::ind_node}, {kind_curind, &L::ind_branch},
+    {kind_vr, &L::vr},  {kind_aux, &L::aux},   {kind_auxs, &L::auxs},
 };
 
 constexpr argument ebe_arguments[] = {
-    {"const int", "i_ebeu"},     {"int*", "iparm"},          {"char**", "sparm"},
-    {"double*", "rparm"},        {"double*", "stparm"},      {"double*", "igparm"},
-    {"double*", "v"},            {"double*", "vind"},        {"double*", "curind"},
-    {"double*", "aux"},          {"double*", "vr"},          {"double*", "xvr"},
-    {"double*", "auxs"},         {"double*", "locv"},        {"double*", "v_new"},
-    {"double*", "aux_new"},      {"double*", "auxs_new"},    {"int*", "dvar"},
-    {"double*", "f"},            {"ebes1_class*", "jac"},    {"flags_class*", "flags"},
-    {"dp_class*", "dp"},         {"math_cnst_class*", "math_cnst"},
+    {"const int", "i_ebeu"},
+    {"int*", "iparm"},
+    {"char**", "sparm"},
+    {"double*", "rparm"},
+    {"double*", "stparm"},
+    {"double*", "igparm"},
+    {"double*", "v"},
+    {"double*", "vind"},
+    {"double*", "curind"},
+    {"double*", "aux"},
+    {"double*", "vr"},
+    {"double*", "xvr"},
+    {"double*", "auxs"},
+    {"double*", "locv"},
+    {"double*", "v_new"},
+    {"double*", "aux_new"},
+    {"double*", "auxs_new"},
+    {"int*", "dvar"},
+    {"double*", "f"},
+    {"ebes1_class*", "jac"},
+    {"flags_class*", "flags"},
+    {"dp_class*", "dp"},
+    {"math_cnst_class*", "math_cnst"},
 };
 constexpr declared_list ebe_declared[] = {
-    {"int", "ni_", &L::iprm},       {"char*", "nstr_", &L::sprm},  {"double", "nr_", &L::rprm},
-    {"double", "na_", &L::aux},     {"int", "ndg_", &L::dgtl},     {"double", "nvr_", &L::vr},
-    {"double", "nxvr_", &L::xvr},   {"double", "nst_", &L::sv},    {"double", "nig_", &L::ig},
-    {"double", "nlv_", &L::locv},   {"double", "nas_", &L::auxs},
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},  {"double", "na_", &L::aux},
+    {"int", "ndg_", &L::dgtl},  {"double", "nvr_", &L::vr},   {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},
+    {"double", "nig_", &L::ig}, {"double", "nlv_", &L::locv}, {"double", "nas_", &L::auxs},
 };
 constexpr declared_list ebe_numbered[] = {
-    {nullptr, "nnd_", &L::node},   {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
-    {nullptr, "ni_", &L::iprm},    {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
-    {nullptr, "nst_", &L::sv},     {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
-    {nullptr, "ndg_", &L::dgtl},   {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
-    {nullptr, "nas_", &L::auxs},   {nullptr, "nlv_", &L::locv},
+    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
+    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
+    {nullptr, "nst_", &L::sv},   {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
+    {nullptr, "ndg_", &L::dgtl}, {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
+    {nullptr, "nas_", &L::auxs}, {nullptr, "nlv_", &L::locv},
 };
 }  // namespace
 
@@ -93,7 +107,8 @@ constexpr library_form ebes_form = {
              true, ebe_arguments, ebe_declared, ebe_numbered},
 };
 
-// ---- small-signal forms of electrical elements ------------------------------------------------------------------------
+// ---- small-signal forms of electrical elements
+// ------------------------------------------------------------------------
 
 namespace {
 constexpr flag_word ebac_flags[] = {{"noise_source", &entry_flags::noise_source, 0}};
@@ -107,10 +122,11 @@ constexpr list_line ebac_lines[] = {
     {"aux_var:", "aux", &L::aux, 100, 2000},
     {"main_var:", "vr", &L::vr, 50, 1000},
 };
-constexpr function_words ebac_words = {
-    vr_then_aux, electrical_brackets, ddt_rule::no_word, "", "function declarations", ""};
+constexpr function_words ebac_words = {vr_then_aux, electrical_brackets,     ddt_rule::no_word,
+                                       "",          "function declarations", ""};
 constexpr variable_list ebac_kinds[] = {
-    {kind_v, &L::node}, {kind_vind, &L::ind_node}, {kind_curind, &L::ind_branch}, {kind_vr, &L::vr}, {kind_aux, &L::aux},
+    {kind_v, &L::node}, {kind_vind, &L::ind_node}, {kind_curind, &L::ind_branch},
+    {kind_vr, &L::vr},  {kind_aux, &L::aux},
 };
 constexpr argument ebe_ac_arguments[] = {
     {"const int", "i_ebau"},

@@ -1,9 +1,9 @@
 #include "library/basic_reader.h"
 
+#include "library/check_limit.h"
 #include "library/code_section.h"
 #include "library/function_lines.h"
 #include "library/jacobian_map.h"
-#include "library/check_limit.h"
 #include "library/list_lines.h"
 #include "run/halt.h"
 
@@ -13,17 +13,17 @@ namespace {
 words expect_line(text_file& file, const library_form& form, std::string_view keyword) {
     words w;
     next_line(file, w, form.rule);
-    check_word_2(w, 0, keyword, line("expect ", keyword, " here, check ", form.keyword, " library"));
+    expect_word(w, 0, keyword, "expect ", keyword, " here, check ", form.keyword, " library");
     return w;
 }
 
 // The first line of an entry: its name, and the flag words behind it at any place. Every list gets a row, so that
 // those that the family lacks have an empty one.
 void read_entry_line(const words& w, const library_form& form, basic_library& lib) {
-    check_word_2(w, 0, form.keyword, line(form.class_name, ": ", form.keyword, " not found. Debug 1."));
-    check_word_2(w, 1, "name", line("expect name here, check ", form.keyword, " library"));
+    expect_word(w, 0, form.keyword, form.class_name, ": ", form.keyword, " not found. Debug 1.");
+    expect_word(w, 1, "name", "expect name here, check ", form.keyword, " library");
     const std::string name = pick_word_1(w, 2);
-    check_limit(lib.n() + 2, form.max_entries, line(form.class_name, ": n is too large! Debug 2."));
+    check_limit(lib.n() + 2, form.max_entries, form.class_name, ": n is too large! Debug 2.");
     lib.list.entry.add(name);
 
     entry_flags& flag = lib.flag;

@@ -1,4 +1,5 @@
-// code_section.h -- the source text inside a library entry: raw physical lines, of which only the first word is looked at.
+// code_section.h -- the source text inside a library entry: raw physical lines, of which only the first word is looked
+// at.
 #pragma once
 #include <string>
 #include <string_view>

@@ -1,6 +1,6 @@
 // composite_body.cpp -- an element statement of a composite: one row more in every table of the flat element list.
-#include "library/composite_entry.h"
 #include "library/check_limit.h"
+#include "library/composite_entry.h"
 #include "library/list_lines.h"
 #include "run/halt.h"
 
@@ -33,11 +33,11 @@ std::string composite_message(const std::string& routine, const char* text) {
 void check_element_totals(const entry_in_work& entry, const half_in_work& half, const std::string& routine) {
     if (half.ac) return;
     for (const bound_line& b : entry.form.bound)
-        check_limit(static_cast<int>((half.be.*b.row).data.size()), b.max_total,
-                    line(routine, ": ", b.total, " is too large!"));
+        check_limit(static_cast<int>((half.be.*b.row).data.size()), b.max_total, routine, ": ", b.total,
+                    " is too large!");
     for_each_group([&](const auto& g) {
-        check_limit(static_cast<int>((half.be.*g.value).data.size()), entry.form.limit.*g.max,
-                    line(routine, ": ", g.total, " too large"));
+        check_limit(static_cast<int>((half.be.*g.value).data.size()), entry.form.limit.*g.max, routine, ": ", g.total,
+                    " too large");
     });
 }
 
@@ -79,8 +79,7 @@ element_head read_head(const entry_in_work& entry, const half_in_work& half, sta
         halt({line(routine, ": type not found. Halting..")});
     }
     head.i_basic = half.basic.list.find(type);
-    if (head.i_basic < 0)
-        word_not_found("find_word_3", type, line(routine, ": ", entry.form.basic, "_name not found"));
+    if (head.i_basic < 0) word_not_found("find_word_3", type, line(routine, ": ", entry.form.basic, "_name not found"));
     if (const int i = keys.find("name"); i >= 0) head.name = keys.w.str(i);
     return head;
 }
@@ -98,8 +97,7 @@ void bind_branch(entry_in_work& entry, half_in_work& half, std::string_view word
     ib.add(own);
     flag.add(own >= 0 ? own : -2);
     if (own >= 0) return;
-    check_limit(++half.n_forward, entry.form.limit.max_forward,
-                line(half.element_routine, ": indbr_temp_nw is too large!"));
+    check_limit(++half.n_forward, entry.form.limit.max_forward, half.element_routine, ": indbr_temp_nw is too large!");
     half.forward.push_back({std::string(word), ib.data.size() - 1});
 }
 
@@ -148,8 +146,7 @@ void bind_operating_point(half_in_work& half, const std::vector<named_element>& 
     if (j >= 0)
         if (const int i = keys.find(operating_point_word); i >= 0) {
             const named_element* n = find_named(dc_elements, keys.w[i]);
-            if (!n)
-                word_not_found("find_word_3", keys.w[i], line(half.element_routine, ": ac_parm_be not found"));
+            if (!n) word_not_found("find_word_3", keys.w[i], line(half.element_routine, ": ac_parm_be not found"));
             be = n->be;
             half.be.iprm.row(half.be.iprm.n_rows() - 1)[j] = be;
             half.be.iprm_flag.row(half.be.iprm.n_rows() - 1)[j] = -1;
@@ -166,7 +163,8 @@ void read_element(entry_in_work& entry, half_in_work& half, const words& w) {
     element_table& be = half.be;
     const int position = static_cast<int>(be.i_be.size()) - be.first_be.back();
     if (position >= form.limit.max_elements_entry)
-        halt({line(half.element_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.library, "] is too large! Halting..")});
+        halt({line(half.element_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.library,
+                   "] is too large! Halting..")});
     be.i_be.push_back(head.i_basic);
     be.name.push_back(head.name);
     for (const bound_line& b : form.bound) bind_words(entry, half, b, head.i_basic, keys);
@@ -201,8 +199,7 @@ void read_element(entry_in_work& entry, half_in_work& half, const words& w) {
 
     if (!head.name.empty()) {
         find_outputs_at_element(half, half.ov, half.open_ov, head.name, head.i_basic, position);
-        if (!half.ac)
-            find_outputs_at_element(half, entry.lib.bias, half.open_bias, head.name, head.i_basic, position);
+        if (!half.ac) find_outputs_at_element(half, entry.lib.bias, half.open_bias, head.name, head.i_basic, position);
     }
     half.next.aux += list.aux.count(head.i_basic);
     half.next.iprm += list.iprm.count(head.i_basic);

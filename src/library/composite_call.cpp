@@ -1,7 +1,7 @@
 // composite_call.cpp -- a call of another composite: its flat element list is copied, with nodes and parameters
 // translated to those of the caller.
-#include "library/composite_entry.h"
 #include "library/check_limit.h"
+#include "library/composite_entry.h"
 
 namespace {
 
@@ -15,10 +15,10 @@ struct call_in_work {
     int i_callee = -1;
     const model_line* model = nullptr;
     std::string name;
-    int first_be = 0;           // position of its first element in the caller's list of this half
-    int first_be_dc = 0;        // the same in the DC half
-    int first_internal = 0;     // node of the caller for the callee's first internal node
-    std::vector<int> node_map;  // [nodes of the callee] node of the caller
+    int first_be = 0;                            // position of its first element in the caller's list of this half
+    int first_be_dc = 0;                         // the same in the DC half
+    int first_internal = 0;                      // node of the caller for the callee's first internal node
+    std::vector<int> node_map;                   // [nodes of the callee] node of the caller
     std::vector<std::vector<connection>> bound;  // [bound lines][words of the callee's list]
 };
 
@@ -42,8 +42,8 @@ call_in_work read_head(const entry_in_work& entry, const half_in_work& half, sta
                   line("  model_type=", call.model->type), line("  ", form.library, "2 type=", type), "  Halting..."});
     }
     if (entry.lib.n_rprm_derived(call.i_callee) > 0)
-        halt({line(routine, ": ", form.library, "2 cannot have derived rparms."), line("  ", form.library, "2_name=", type),
-              "  Halting..."});
+        halt({line(routine, ": ", form.library, "2 cannot have derived rparms."),
+              line("  ", form.library, "2_name=", type), "  Halting..."});
     if (const int i = keys.find("name"); i >= 0) call.name = keys.w.str(i);
     return call;
 }
@@ -67,8 +67,8 @@ int add_internal_nodes(entry_in_work& entry, const std::string& routine, int n) 
     entry.n_internal += n;
     for (int i = 0; i < n; ++i) entry.lib.auxnode.pool.add("");
     entry.lib.auxnode.first.back() = entry.lib.auxnode.pool.size();
-    check_limit(entry.n_internal, entry.form.limit.max_internal, line(routine, ": nend is too large!"));
-    check_limit(entry.n_main + entry.n_internal, entry.form.limit.max_nodes, line(routine, ": ttlnd_old is too large!"));
+    check_limit(entry.n_internal, entry.form.limit.max_internal, routine, ": nend is too large!");
+    check_limit(entry.n_main + entry.n_internal, entry.form.limit.max_nodes, routine, ": ttlnd_old is too large!");
     entry.node_touched.resize(static_cast<std::size_t>(entry.n_main + entry.n_internal), 0);
     return first;
 }
@@ -142,7 +142,8 @@ void copy_bound(entry_in_work& entry, half_in_work& half, const call_in_work& ca
 }
 
 // The callee's parameters of one group as this call sets them.
-template <class T> struct set_parameters {
+template <class T>
+struct set_parameters {
     std::vector<T> value;
     std::vector<int> flag;
 };
@@ -207,7 +208,8 @@ void read_call(entry_in_work& entry, half_in_work& half, const words& w) {
 
     const int first_row = be.first_be[static_cast<std::size_t>(call.i_callee)], n = be.n_be(call.i_callee);
     if (call.first_be + n > form.limit.max_elements_entry)
-        halt({line(half.call_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.library, "] is too large! Halting..")});
+        halt(
+            {line(half.call_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.library, "] is too large! Halting..")});
     const running_offsets before = half.next;
     for (int row = first_row; row < first_row + n; ++row) {
         const auto r = static_cast<std::size_t>(row);
@@ -244,8 +246,7 @@ void read_call(entry_in_work& entry, half_in_work& half, const words& w) {
                                  call.first_be, call.node_map, line(half.call_routine, ": bias name not found."));
     }
     half.next = after;
-    if (!half.ac)
-        entry.calls.push_back({call.name, call.i_callee, call.first_be, call.first_internal});
+    if (!half.ac) entry.calls.push_back({call.name, call.i_callee, call.first_be, call.first_internal});
     half.calls.push_back(call.i_callee);
     half.after_element = false;
 }

@@ -67,8 +67,8 @@ struct half_in_work {
         std::size_t at;  // in be.ib.data
     };
     std::vector<forward_branch> forward{};  // references to branches that have not come yet
-    int n_forward = 0;                    // ever made
-    bool after_element = false;           // the last body statement was an element
+    int n_forward = 0;                      // ever made
+    bool after_element = false;             // the last body statement was an element
 };
 
 struct entry_in_work {
@@ -76,10 +76,10 @@ struct entry_in_work {
     composite_library& lib;
     int e;
     std::string name;
-    int n_main = 0;              // nodes visible from outside
-    int n_internal = 0;          // internal nodes, those of called composites included
-    int n_internal_named = 0;    // the part that statements can name
-    std::vector<char> node_touched{};  // by a terminal or as sensed node
+    int n_main = 0;                            // nodes visible from outside
+    int n_internal = 0;                        // internal nodes, those of called composites included
+    int n_internal_named = 0;                  // the part that statements can name
+    std::vector<char> node_touched{};          // by a terminal or as sensed node
     std::vector<made_call> calls{};            // of the DC half
     std::vector<named_element> dc_elements{};  // named elements of the DC half, for the AC half
 
@@ -89,12 +89,14 @@ struct entry_in_work {
     void touch(int node) { node_touched[static_cast<std::size_t>(node)] = 1; }
 };
 
-// ---- body statements (composite_body.cpp, composite_call.cpp) ----------------------------------------------------------
+// ---- body statements (composite_body.cpp, composite_call.cpp)
+// ----------------------------------------------------------
 void read_element(entry_in_work& entry, half_in_work& half, const words& w);
 void read_call(entry_in_work& entry, half_in_work& half, const words& w);
 void read_acparm_map(entry_in_work& entry, half_in_work& half, const words& w);
 
-// ---- lines that several statements share (composite_outputs.cpp, composite_models.cpp) ------------------------------------
+// ---- lines that several statements share (composite_outputs.cpp, composite_models.cpp)
+// ------------------------------------
 void read_model_line(const entry_in_work& entry, half_in_work& half, const words& w, bool of_element);
 // The words of an output or bias line become rows of the table; what the body must find stays open.
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,
@@ -126,7 +128,8 @@ void link_or_literal(const entry_in_work& entry, const pair_list<T>& own, std::s
 inline constexpr std::string_view operating_point_word = "ac_parm_be";
 
 // The groups of parameters of an element, in the order in which a statement's words are applied.
-template <class T> struct parameter_group {
+template <class T>
+struct parameter_group {
     pair_list<T> library_lists::*list;
     row_table<T> element_table::*value;
     row_table<int> element_table::*flag;
@@ -134,7 +137,8 @@ template <class T> struct parameter_group {
     int composite_limits::*max;
     bool from_model;
 };
-template <class F> void for_each_group(F f) {
+template <class F>
+void for_each_group(F f) {
     using L = library_lists;
     using E = element_table;
     using M = composite_limits;

@@ -9,17 +9,16 @@
 
 // One mandatory line of a half, in file order. The member's type says how it is read.
 enum class special_line { mark, derived };
-using header_member =
-    std::variant<word_list library_lists::*, pair_list<int> library_lists::*, pair_list<double> library_lists::*,
-                 pair_list<std::string> library_lists::*, word_list composite_library::*,
-                 output_table composite_library::*, special_line>;
+using header_member = std::variant<word_list library_lists::*, pair_list<int> library_lists::*,
+                                   pair_list<double> library_lists::*, pair_list<std::string> library_lists::*,
+                                   word_list composite_library::*, output_table composite_library::*, special_line>;
 struct header_line {
     const char* keyword;
     const char* text;  // how the message of a missing line calls it
     header_member member;
-    const char* tag;         // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
-    const char* entry_text;  // the count of one entry in its message
-    int max_entry;           // words of one entry; 0: no limit
+    const char* tag;           // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
+    const char* entry_text;    // the count of one entry in its message
+    int max_entry;             // words of one entry; 0: no limit
     int max_words, max_chars;  // of the library; 0: no limit
 };
 
@@ -33,7 +32,7 @@ struct bound_line {
     bool in_ac;  // elements of the AC half have such words
     row_table<int> element_table::*row;
     row_table<int> element_table::*flag;  // of sensed nodes and branches; else null
-    const char* total;        // count over the library's elements in its message
+    const char* total;                    // count over the library's elements in its message
     int max_total;
     const char* no_key;       // messages, made by composite_message: an element's key is missing,
     const char* no_value;     // its value is unknown,
@@ -49,9 +48,9 @@ struct composite_limits {
     int max_node_chars;
     int max_elements, max_elements_ac;  // of the library, calls expanded
     int max_elements_entry;
-    int max_models, max_model_chars;  // model statements of an entry
-    int max_branches;  // named branches of an entry
-    int max_forward;   // references to elements that come later
+    int max_models, max_model_chars;                   // model statements of an entry
+    int max_branches;                                  // named branches of an entry
+    int max_forward;                                   // references to elements that come later
     int max_iprm, max_sprm, max_rprm, max_sv, max_ig;  // parameters over the library's elements
 };
 

@@ -44,8 +44,7 @@ constexpr bound_line eels_bound[] = {
     {binding::sensed_node, &L::ind_node, true, true, &E::in, &E::in_flag, "n_be_ttlin", 100, "ebes_in_name not found.",
      "eels node name not found.", "ind. node name not found.", "eels1nd_name not found (check ind nodes)."},
     {binding::sensed_branch, &L::ind_branch, false, true, &E::ib, &E::ib_flag, "n_be_ttlib", 100,
-     "ebes_ib_name not found.", "", "ind. branch name not found.",
-     "eels1_brname not found (check ind branches)."},
+     "ebes_ib_name not found.", "", "ind. branch name not found.", "eels1_brname not found (check ind branches)."},
 };
 
 // Composites of blocks have no numbers of their own but for model lines, which have texts.

@@ -11,15 +11,15 @@
 // The expanded elements of all entries: those of entry e are first_be[e] up to first_be[e + 1] - 1, callee's elements
 // inline. One row per element of each table that the family's elements have words for; others have no rows.
 struct element_table {
-    std::vector<int> first_be{0};  // [n entries + 1]
-    std::vector<int> i_be;         // [n_be_ttl] entry of the basic library
+    std::vector<int> first_be{0};   // [n entries + 1]
+    std::vector<int> i_be;          // [n_be_ttl] entry of the basic library
     std::vector<std::string> name;  // [n_be_ttl] name= of the statement, "" if none; inlined ones keep their own
-    row_table<int> node;           // composite's node of terminal j: main nodes, then n_nd + k for auxiliary node k
-    row_table<int> dgtl, vr, xvr;  // composite's digital node, general variable, explicit variable
-    row_table<int> in, in_flag;    // flag -1: in is a node of the composite (as in node); >= 0: position in ind_nodes:
-    row_table<int> ib, ib_flag;    // flag -1: ib is the element's position in this entry's flat list; >= 0: position in
-                                   // ind_branches:; -2: a reference that never came
-    row_table<int> iprm, iprm_flag;          // flag -1: fixed value; >= 0: position in the composite's list
+    row_table<int> node;            // composite's node of terminal j: main nodes, then n_nd + k for auxiliary node k
+    row_table<int> dgtl, vr, xvr;   // composite's digital node, general variable, explicit variable
+    row_table<int> in, in_flag;     // flag -1: in is a node of the composite (as in node); >= 0: position in ind_nodes:
+    row_table<int> ib, ib_flag;  // flag -1: ib is the element's position in this entry's flat list; >= 0: position in
+                                 // ind_branches:; -2: a reference that never came
+    row_table<int> iprm, iprm_flag;  // flag -1: fixed value; >= 0: position in the composite's list
     row_table<std::string> sprm;
     row_table<int> sprm_flag;
     row_table<double> rprm;
@@ -29,8 +29,8 @@ struct element_table {
     row_table<double> ig;
     row_table<int> ig_flag;
     // small-signal half only
-    std::vector<int> acprm_be;    // [n_be_ttl] position of the DC element whose operating point it uses; -1
-    row_table<int> acparm_map;    // per rparm of the element: entry of the instance's rparm row that feeds it; -1
+    std::vector<int> acprm_be;  // [n_be_ttl] position of the DC element whose operating point it uses; -1
+    row_table<int> acparm_map;  // per rparm of the element: entry of the instance's rparm row that feeds it; -1
 
     int n_be(int e) const { return first_be[row_table<int>::at(e) + 1] - first_be[row_table<int>::at(e)]; }
 };
@@ -61,7 +61,7 @@ struct composite_flags {
 // parameters, then derived ones.
 struct composite_library {
     library_lists list;
-    word_list auxnode;  // internal nodes (blocks: internal variables)
+    word_list auxnode;     // internal nodes (blocks: internal variables)
     word_list inac, ibac;  // ind_nodes_ac:, ind_branches_ac:
     composite_flags flag;
     output_table ov, bias, ovac;

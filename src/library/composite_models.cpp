@@ -1,6 +1,6 @@
 // composite_models.cpp -- the ebemodel and ecemodel lines of composites.
-#include "library/composite_entry.h"
 #include "library/check_limit.h"
+#include "library/composite_entry.h"
 #include "run/halt.h"
 
 const model_line* model_lines::find(std::string_view name) const {
@@ -17,8 +17,8 @@ void read_model_line(const entry_in_work& entry, half_in_work& half, const words
     const std::string check = of_element ? line("  Check ", keyword, " (", half_word, ") statement. Halting...")
                                          : line("  Check ", keyword, " statement (", half_word, "). Halting...");
     if (w.size() <= 6) halt({line(form.class_name, ": nw_s1=", w.size(), " is too small."), check});
-    check_word_2(w, 1, "name", line("expect name here, ", entry.library_words()));
-    check_word_2(w, 3, "type", line("expect type here, ", entry.library_words()));
+    expect_word(w, 1, "name", "expect name here, ", entry.library_words());
+    expect_word(w, 3, "type", "expect type here, ", entry.library_words());
     if (w.size() % 2 == 0)
         halt({line(form.class_name, ": k_rem is not zero (", tag, ", ", half_word, "). Halting...")});
 

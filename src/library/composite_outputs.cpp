@@ -1,7 +1,6 @@
-// composite_outputs.cpp -- output and bias words of composites: left_of_right, where right names a node, an element or a
-// called composite.
+// composite_outputs.cpp -- output and bias words of composites: left_of_right, where right names a node, an element or
+// a called composite.
 #include "library/composite_entry.h"
-#include "library/check_limit.h"
 #include "run/halt.h"
 
 namespace {
@@ -54,7 +53,8 @@ void assign(output_table& table, int at, int kind, int be, int index) {
 }
 
 // Runs over the open outputs of this name; those that `find` assigned are open no more.
-template <class F> void settle(std::vector<open_output>& open, std::string_view name, F find) {
+template <class F>
+void settle(std::vector<open_output>& open, std::string_view name, F find) {
     std::erase_if(open, [&](const open_output& o) {
         if (o.right != name) return false;
         find(o);

@@ -1,8 +1,8 @@
 #include "library/composite_reader.h"
 
+#include "library/check_limit.h"
 #include "library/code_section.h"
 #include "library/composite_entry.h"
-#include "library/check_limit.h"
 #include "library/list_lines.h"
 
 namespace {
@@ -17,7 +17,8 @@ void skip_composite_code(text_file& file, const words& w, const composite_form& 
         halt({line(form.class_name, ": endfortran not found. Halting...")});
 }
 
-// ---- first sweep: how many elements every entry has, calls expanded -----------------------------------------------------
+// ---- first sweep: how many elements every entry has, calls expanded
+// -----------------------------------------------------
 
 struct element_count {
     int dc = 0, ac = 0;
@@ -45,22 +46,24 @@ void count_elements(text_file& file, const composite_form& form) {
             const std::string callee = pick_word_1(w, 1);
             const int i = find_word_1(names, callee);
             if (i < 0 || i + 1 >= names.size())
-                word_not_found("find_word_3", callee,
-                               line(form.library, "_", form.library, ac ? "_ac: " : ": ", form.library,
-                                    "_name not found"));
-            (ac ? more.ac : more.dc) = ac ? count[static_cast<std::size_t>(i)].ac : count[static_cast<std::size_t>(i)].dc;
+                word_not_found(
+                    "find_word_3", callee,
+                    line(form.library, "_", form.library, ac ? "_ac: " : ": ", form.library, "_name not found"));
+            (ac ? more.ac : more.dc) =
+                ac ? count[static_cast<std::size_t>(i)].ac : count[static_cast<std::size_t>(i)].dc;
         }
         if (count.empty()) continue;
         count.back().dc += more.dc;
         count.back().ac += more.ac;
         total.dc += more.dc;
         total.ac += more.ac;
-        check_limit(total.dc, form.limit.max_elements, line(form.class_name, ": n_be_ttl is too large."));
-        check_limit(total.ac, form.limit.max_elements_ac, line(form.class_name, ": n_beac_ttl is too large."));
+        check_limit(total.dc, form.limit.max_elements, form.class_name, ": n_be_ttl is too large.");
+        check_limit(total.ac, form.limit.max_elements_ac, form.class_name, ": n_beac_ttl is too large.");
     }
 }
 
-// ---- second sweep: the entries in full ------------------------------------------------------------------------------------
+// ---- second sweep: the entries in full
+// ------------------------------------------------------------------------------------
 
 operand read_operand(const pair_list<double>& rprm, int e, std::string_view word) {
     operand a;
@@ -74,8 +77,7 @@ operand read_operand(const pair_list<double>& rprm, int e, std::string_view word
 void read_derived(entry_in_work& entry, const words& w) {
     const composite_form& form = entry.form;
     pair_list<double>& rprm = entry.lib.list.rprm;
-    if (w.size() % 2 == 0)
-        halt({line(form.class_name, ": k_rem is not zero (rprm_derived)."), "   Halting..."});
+    if (w.size() % 2 == 0) halt({line(form.class_name, ": k_rem is not zero (rprm_derived)."), "   Halting..."});
     for (int i = 1; i < w.size(); i += 2) {
         const expression_text text = expr_eval_1(w[i + 1]);
         if (form.tells_operands && (!text.is_expression || operation_code(text) < 0)) {
@@ -116,7 +118,8 @@ struct header_reader {
         add_names(w, entry.lib.*m);
         return &(entry.lib.*m);
     }
-    template <class T> const word_list* operator()(pair_list<T> library_lists::*m) const {
+    template <class T>
+    const word_list* operator()(pair_list<T> library_lists::*m) const {
         add_pairs(w, entry.form.class_name, l.tag, entry.lib.list.*m);
         return &(entry.lib.list.*m).name;
     }
@@ -139,10 +142,9 @@ void count_nodes(entry_in_work& entry) {
     entry.n_main = main.count(entry.e);
     entry.n_internal = entry.n_internal_named = entry.lib.auxnode.count(entry.e);
     entry.node_touched.assign(static_cast<std::size_t>(entry.n_main + entry.n_internal), 0);
-    check_limit(entry.n_main + entry.n_internal, form.limit.max_nodes,
-                line(form.class_name, ": ttlnd_old is too large!"));
-    check_limit(main.pool.n_chr() + entry.lib.auxnode.pool.n_chr(), form.limit.max_node_chars,
-                line(form.class_name, ": n_ttlndchr is too large!"));
+    check_limit(entry.n_main + entry.n_internal, form.limit.max_nodes, form.class_name, ": ttlnd_old is too large!");
+    check_limit(main.pool.n_chr() + entry.lib.auxnode.pool.n_chr(), form.limit.max_node_chars, form.class_name,
+                ": n_ttlndchr is too large!");
 }
 
 void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std::span<const header_line> lines) {
@@ -150,15 +152,15 @@ void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std:
     for (const header_line& l : lines) {
         words w;
         next_line(file, w);
-        check_word_2(w, 0, l.keyword, line("expect ", l.text, " here, ", entry.library_words()));
+        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ", entry.form.keyword, " library");
         const word_list* list = std::visit(header_reader{entry, half, l, w}, l.member);
         if (!list) continue;
         if (l.max_entry > 0)
-            check_limit(list->count(entry.e), l.max_entry, line(class_name, ": ", l.entry_text, " is too large!"));
+            check_limit(list->count(entry.e), l.max_entry, class_name, ": ", l.entry_text, " is too large!");
         if (l.max_words > 0)
-            check_limit(list->pool.size(), l.max_words, line(class_name, ": n_ttl", l.tag, " is too large!"));
+            check_limit(list->pool.size(), l.max_words, class_name, ": n_ttl", l.tag, " is too large!");
         if (l.max_chars > 0)
-            check_limit(list->pool.n_chr(), l.max_chars, line(class_name, ": n_ttl", l.tag, "chr is too large!"));
+            check_limit(list->pool.n_chr(), l.max_chars, class_name, ": n_ttl", l.tag, "chr is too large!");
         if (list == &entry.lib.auxnode) count_nodes(entry);
     }
 }
@@ -197,8 +199,8 @@ void check_dc_half(const entry_in_work& entry, const half_in_work& half) {
     if (!half.open_ov.empty())
         halt({line(form.class_name, ": some outvar is not assigned?"), number(half.ov, half.open_ov[0]), check});
     if (!half.open_bias.empty())
-        halt({line(form.class_name, ": some bias variable is not assigned?"),
-              number(entry.lib.bias, half.open_bias[0]), check});
+        halt({line(form.class_name, ": some bias variable is not assigned?"), number(entry.lib.bias, half.open_bias[0]),
+              check});
     for (std::size_t i = 0; i < entry.node_touched.size(); ++i)
         if (!entry.node_touched[i])
             halt({line(form.class_name, ": a ", form.node_name, " not assigned? ", entry.library_words()),
@@ -206,10 +208,10 @@ void check_dc_half(const entry_in_work& entry, const half_in_work& half) {
 }
 
 void read_entry_line(const words& w, const composite_form& form, composite_library& lib) {
-    check_word_2(w, 0, form.keyword, line(form.class_name, ": ", form.keyword, " not found. Debug 1."));
-    check_word_2(w, 1, "name", line("expect name here, check ", form.keyword, " library"));
+    expect_word(w, 0, form.keyword, form.class_name, ": ", form.keyword, " not found. Debug 1.");
+    expect_word(w, 1, "name", "expect name here, check ", form.keyword, " library");
     const std::string name = pick_word_1(w, 2);
-    check_limit(lib.n() + 2, form.limit.max_entries, line(form.class_name, ": n is too large! Debug 2."));
+    check_limit(lib.n() + 2, form.limit.max_entries, form.class_name, ": n is too large! Debug 2.");
     lib.list.entry.add(name);
     struct flag_word {
         const char* word;
@@ -275,7 +277,7 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
         halt({line(form.class_name, ": some outvar (ac) is not assigned?"),
               line("  Check ", form.keyword, " library. Halting..")});
     next_line(file, w);
-    check_word_2(w, 0, line("end", form.keyword), line(form.class_name, ": expect end", form.keyword, " here."));
+    expect_word(w, 0, line("end", form.keyword), form.class_name, ": expect end", form.keyword, " here.");
 }
 
 }  // namespace

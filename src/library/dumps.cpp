@@ -15,12 +15,13 @@ struct names_tag {
     const char* tag;
 };
 constexpr names_tag name_lists[] = {
-    {&L::node, "nd"}, {&L::ind_node, "in"}, {&L::ind_branch, "ib"}, {&L::locv, "locv"}, {&L::aux, "aux"},
-    {&L::auxs, "auxs"}, {&L::dgtl, "dgtl"}, {&L::vr, "vr"},         {&L::xvr, "xvr"},
+    {&L::node, "nd"},   {&L::ind_node, "in"}, {&L::ind_branch, "ib"}, {&L::locv, "locv"}, {&L::aux, "aux"},
+    {&L::auxs, "auxs"}, {&L::dgtl, "dgtl"},   {&L::vr, "vr"},         {&L::xvr, "xvr"},
 };
 
 // Visits the pair lists.
-template <class F> void for_each_pair_list(const L& list, F f) {
+template <class F>
+void for_each_pair_list(const L& list, F f) {
     f(list.iprm, "iprm");
     f(list.sprm, "sprm");
     f(list.rprm, "rprm");
@@ -43,7 +44,8 @@ constexpr flag_tag flag_tags[] = {
 };
 
 void write_total(std::ostream& out, const char* label, int n) { out << label << " = " << n << '\n'; }
-template <class T> void write_total(std::ostream& out, const char* tag, const pair_list<T>& list) {
+template <class T>
+void write_total(std::ostream& out, const char* tag, const pair_list<T>& list) {
     out << "n_ttl" << tag << " = " << list.name.pool.size() << '\n';
 }
 
@@ -53,7 +55,8 @@ void write_list_totals(std::ostream& out, const L& list) {
     for (const names_tag& t : name_lists) out << "n_ttl" << t.tag << " = " << (list.*t.list).pool.size() << '\n';
 }
 
-template <class T> void write_pairs(std::ostream& out, const char* tag, const pair_list<T>& list, int e) {
+template <class T>
+void write_pairs(std::ostream& out, const char* tag, const pair_list<T>& list, int e) {
     for (int j = 0; j < list.count(e); ++j)
         out << "    " << tag << ' ' << list.word(e, j) << " = " << list.value(e, j) << '\n';
 }
@@ -127,7 +130,8 @@ void write_elements(std::ostream& out, const std::string& library, const element
     }
 }
 
-template <class F> void write_file(const std::string& word, F write) {
+template <class F>
+void write_file(const std::string& word, F write) {
     std::ofstream out(word + ".dat");
     if (!out) halt({line("write_dump: cannot write ", word, ".dat. Halting...")});
     write(out);

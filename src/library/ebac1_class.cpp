@@ -21,12 +21,23 @@ void ebac1_class::initialise(const basic_library& lib, int i_lib) {
 int ebac1_class::offset(int kind, int j, int m) const {
     number** table = nullptr;
     switch (kind) {
-        case kind_v: table = dfdv; break;
-        case kind_vind: table = dfdvind; break;
-        case kind_curind: table = dfdcurind; break;
-        case kind_vr: table = dfdvr; break;
-        case kind_aux: table = dfdaux; break;
-        default: return -1;
+        case kind_v:
+            table = dfdv;
+            break;
+        case kind_vind:
+            table = dfdvind;
+            break;
+        case kind_curind:
+            table = dfdcurind;
+            break;
+        case kind_vr:
+            table = dfdvr;
+            break;
+        case kind_aux:
+            table = dfdaux;
+            break;
+        default:
+            return -1;
     }
     return static_cast<int>(table[j] + m - store.data());
 }

@@ -15,8 +15,8 @@ struct ebes1_class {
            *delcurind = nullptr, *aux_1 = nullptr, *delaux = nullptr, *vr_1 = nullptr, *delvr = nullptr;
     double *f_0 = nullptr, *f_1 = nullptr;  // [n_f]
 
-    std::vector<double> store;   // all numbers
-    std::vector<double*> rows;   // all row pointers
+    std::vector<double> store;  // all numbers
+    std::vector<double*> rows;  // all row pointers
 
     ebes1_class() = default;
     ebes1_class(const ebes1_class&) = delete;

@@ -39,8 +39,9 @@ variable find_variable(const entry_in_work& in, const function_words& how, std::
                 const std::string_view inside = word.substr(open + 1, word.size() - open - 2);
                 const variable found = find_in(in.lib.list, in.e, b.in, inside);
                 if (found.kind < 0)
-                    word_not_found("find_word_3", inside,
-                                   line(in.form.function_word, " functions: check ", b.before, "(xx)", how.bracket_tail));
+                    word_not_found(
+                        "find_word_3", inside,
+                        line(in.form.function_word, " functions: check ", b.before, "(xx)", how.bracket_tail));
                 return found;
             }
     for (const variable_list& where : how.bare)
@@ -53,10 +54,10 @@ bool is_ddt(std::string_view word) { return word == "d_dt" || word.starts_with("
 // The variable inside d_dt(...), as the sort of line allows.
 variable find_ddt_variable(const entry_in_work& in, const function_words& how, std::string_view word) {
     if (how.ddt == ddt_rule::refused)
-        halt({line(in.form.class_name, ": d_dt is not allowd in the"), line("  mna-", how.ddt_refused_in, " equations!"),
+        halt({line(in.form.class_name, ": d_dt is not allowd in the"),
+              line("  mna-", how.ddt_refused_in, " equations!"),
               line("  Check ", in.form.keyword, " library. Halting...")});
-    if (word.size() < 6 || word.back() != ')')
-        halt({line(in.form.class_name, ": check variables involving d_dt")});
+    if (word.size() < 6 || word.back() != ')') halt({line(in.form.class_name, ": check variables involving d_dt")});
     const std::string_view inside = word.substr(5, word.size() - 6);
     if (how.ddt == ddt_rule::any_variable) return find_variable(in, how, inside);
     const variable found = find_in(in.lib.list, in.e, {kind_locv, &library_lists::locv}, inside);
@@ -80,8 +81,8 @@ void read_dependencies(const entry_in_work& in, const function_words& how, const
             f.ddt_var_flag.back() = found.kind;
             f.ddt_var_number.back() = found.number;
         }
-        check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies,
-                      line(in.form.class_name, ": n_ttlfvar is too large. Halting..."));
+        check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies, in.form.class_name,
+                    ": n_ttlfvar is too large. Halting...");
     }
     f.first_fvar.push_back(static_cast<int>(f.var_flag.size()));
 }
@@ -165,8 +166,7 @@ void find_defining_functions(const entry_in_work& in) {
 
 void read_functions(text_file& file, const library_form& form, int n_func, basic_library& lib) {
     const entry_in_work in{form, lib, lib.n() - 1};
-    const int n_terminal =
-        form.functions.terminal && !lib.flag.ground_dummy.back() ? lib.list.node.count(in.e) : 0;
+    const int n_terminal = form.functions.terminal && !lib.flag.ground_dummy.back() ? lib.list.node.count(in.e) : 0;
     int n_startup = 0;
     words w;
     for (int j = 0; j < n_func; ++j) {

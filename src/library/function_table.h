@@ -19,21 +19,19 @@ enum var_kind : int {
 
 // One row per function, the functions of an entry contiguous and in file order.
 struct function_table {
-    std::vector<int> first_f{0};  // [n entries + 1]
-    words name;                   // [n_ttlf]  text behind "f_"
-    std::vector<int> flag_kcl, flag_gnrl, flag_locvar;           // [n_ttlf] what it is: exactly one is 1
-    std::vector<int> i_locvar;                                   // [n_ttlf] local variable it defines; -1
-    std::vector<int> func_startup, startup_kcl, startup_gnrl;    // [n_ttlf] its part in start-up
-    std::vector<int> startup_kcl_row;                            // [n_ttlf] terminal whose row it stands on; -1
-    std::vector<int> flag_ddt, ddt_var_flag, ddt_var_number;     // [n_ttlf] the last d_dt word of the line; -1
+    std::vector<int> first_f{0};                               // [n entries + 1]
+    words name;                                                // [n_ttlf]  text behind "f_"
+    std::vector<int> flag_kcl, flag_gnrl, flag_locvar;         // [n_ttlf] what it is: exactly one is 1
+    std::vector<int> i_locvar;                                 // [n_ttlf] local variable it defines; -1
+    std::vector<int> func_startup, startup_kcl, startup_gnrl;  // [n_ttlf] its part in start-up
+    std::vector<int> startup_kcl_row;                          // [n_ttlf] terminal whose row it stands on; -1
+    std::vector<int> flag_ddt, ddt_var_flag, ddt_var_number;   // [n_ttlf] the last d_dt word of the line; -1
     std::vector<int> kcl_locvar_func;  // [n_ttlf] KCL function with d_dt: function of the entry that defines z; -1
     std::vector<int> first_fvar{0};    // [n_ttlf + 1] dependencies of function k
     std::vector<int> var_flag, var_number, l_ddt;  // [n_ttlfvar] kind, index in the entry's list, inside d_dt()
 
     int n_ttlf() const { return static_cast<int>(flag_kcl.size()); }
-    int n_func(int e) const {
-        return first_f[static_cast<std::size_t>(e) + 1] - first_f[static_cast<std::size_t>(e)];
-    }
+    int n_func(int e) const { return first_f[static_cast<std::size_t>(e) + 1] - first_f[static_cast<std::size_t>(e)]; }
 };
 
 // Where the partial derivatives of an entry stand: for each kind a dense map [function][variable] to the sequence

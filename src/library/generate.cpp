@@ -2,7 +2,9 @@
 
 #include <fstream>
 
+#include "library/check_limit.h"
 #include "library/code_section.h"
+#include "library/entry_counts.h"
 #include "run/halt.h"
 
 namespace {
@@ -48,7 +50,14 @@ void write_includes(std::ostream& out, const glue_form& glue) {
         out << "#include <" << system << ">\n";
     out << "#include \"enum1.h\"\n";
     write_jac_includes(out, glue);
-    for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"}) out << "#include \"" << ours << "\"\n";
+    for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"})
+        out << "#include \"" << ours << "\"\n";
+}
+
+std::string joined_counts(const std::vector<int>& counts) {
+    std::string all;
+    for (int n : counts) all += (all.empty() ? "" : ", ") + std::to_string(n);
+    return all;
 }
 
 void open_for_writing(std::ofstream& out, const std::string& path) {
@@ -78,8 +87,7 @@ void write_chr_array_2(std::ostream& out, const std::string& head, const std::ve
 }
 
 void write_list_3(std::ostream& out, const std::string& prefix, const std::vector<std::string>& items) {
-    for (std::size_t i = 0; i < items.size(); ++i)
-        out << "   const int " << prefix << items[i] << '=' << i << ";\n";
+    for (std::size_t i = 0; i < items.size(); ++i) out << "   const int " << prefix << items[i] << '=' << i << ";\n";
 }
 
 void write_list_4(std::ostream& out, const std::string& prefix, const basic_library& lib, int e) {
@@ -116,8 +124,8 @@ void copy_code(text_file& file, const library_form& form, glue_text& glue, basic
     std::string prototypes, variables, source;
     if (form.glue.has_prototypes) {
         words w;
-        next_line(file, w);
-        check_word_2(w, 0, "prototypes:", line("expect prototypes: here, check ", form.keyword, " library"));
+        next_line(file, w, form.rule);
+        expect_word(w, 0, "prototypes:", "expect prototypes: here, check ", form.keyword, " library");
     }
     if (!pass_lines(file, "variables:", "variables:", &prototypes))
         halt({line(form.class_name, ": variables: not found. Halting...")});
@@ -167,8 +175,9 @@ void write_registration(std::ostream& out, const library_form& form, const basic
     write_prototypes(out, form, lib);
     out << "const " << row << ' ' << row << "s[] = {\n";
     for (int e = 0; e < lib.n(); ++e)
-        out << "   {\"" << lib.list.entry[e] << "\", " << function_name(form, lib, e) << "},\n";
-    if (lib.n() == 0) out << "   {\"\", nullptr},\n";
+        out << "   {\"" << lib.list.entry[e] << "\", " << function_name(form, lib, e) << ", {"
+            << joined_counts(entry_counts(form, lib, e)) << "}},\n";
+    if (lib.n() == 0) out << "   {\"\", nullptr, {}},\n";
     out << "};\nconst int n_" << row << "s = " << lib.n() << ";\n";
 }
 

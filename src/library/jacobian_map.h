@@ -4,5 +4,6 @@
 
 #include "library/library_form.h"
 
-// Builds the maps of all entries over these kinds, in this order. A kind that stands in the functions and not here halts.
+// Builds the maps of all entries over these kinds, in this order. A kind that stands in the functions and not here
+// halts.
 jacobian_map map_jacobian(const basic_library& lib, std::span<const variable_list> kinds, const char* class_name);

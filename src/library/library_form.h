@@ -39,7 +39,7 @@ enum class ddt_rule { no_word, refused, local_variable, any_variable };
 
 // How the dependency words of one sort of function line are read.
 struct function_words {
-    std::span<const variable_list> bare;     // lists of bare words, in the order of search
+    std::span<const variable_list> bare;  // lists of bare words, in the order of search
     std::span<const bracket_word> brackets;
     ddt_rule ddt;
     const char* ddt_refused_in;  // "startup": the middle of the message of a refused d_dt()
@@ -69,14 +69,14 @@ struct declared_list {
     list_member member;
 };
 struct glue_form {
-    const char* file_word;    // "ebe": subebe.cpp, getebe.cpp, dummy_subebe
-    const char* prefix;       // "e_": functions are e_<name>
-    const char* dispatcher;   // "get_ebe"
-    const char* selector;     // "i_ebes": library number
-    const char* map;          // "map_global_ebe": member of flags_class
-    const char* jac_header;   // "ebes1_class.h"
+    const char* file_word;     // "ebe": subebe.cpp, getebe.cpp, dummy_subebe
+    const char* prefix;        // "e_": functions are e_<name>
+    const char* dispatcher;    // "get_ebe"
+    const char* selector;      // "i_ebes": library number
+    const char* map;           // "map_global_ebe": member of flags_class
+    const char* jac_header;    // "ebes1_class.h"
     const char* registration;  // type of a row of the registration table
-    const char* list_file;    // "ebe_all.lst"
+    const char* list_file;     // "ebe_all.lst"
     bool has_prototypes;
     std::span<const argument> arguments;
     std::span<const declared_list> declared;  // in the order of the declarations

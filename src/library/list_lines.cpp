@@ -15,8 +15,7 @@ void set_default(std::string_view word, const char* class_name, std::string& val
 void check_string(std::string_view word, const char* class_name) {
     constexpr std::size_t max_string = 50;
     if (word.size() > max_string)
-        halt({line(class_name, ": nchr_s2=", word.size(), " is too large. Halting..."),
-              "  sparm string is too long."});
+        halt({line(class_name, ": nchr_s2=", word.size(), " is too large. Halting..."), "  sparm string is too long."});
 }
 
 void add_names(const words& w, word_list& list) {
@@ -24,7 +23,8 @@ void add_names(const words& w, word_list& list) {
     list.close_entry();
 }
 
-template <class T> void add_pairs(const words& w, const char* class_name, const char* tag, pair_list<T>& list) {
+template <class T>
+void add_pairs(const words& w, const char* class_name, const char* tag, pair_list<T>& list) {
     if (w.size() % 2 == 0) halt({line(class_name, ": k_rem is not zero (", tag, "). Halting...")});
     for (int i = 1; i < w.size(); i += 2) {
         list.name.pool.add(w[i]);
@@ -37,6 +37,6 @@ template void add_pairs(const words&, const char*, const char*, pair_list<double
 template void add_pairs(const words&, const char*, const char*, pair_list<std::string>&);
 
 void check_pool(const words& pool, const char* class_name, const char* tag, int max_words, int max_chars) {
-    check_limit(pool.size(), max_words, line(class_name, ": n_ttl", tag, " is too large!"));
-    check_limit(pool.n_chr(), max_chars, line(class_name, ": n_ttl", tag, "chr is too large!"));
+    check_limit(pool.size(), max_words, class_name, ": n_ttl", tag, " is too large!");
+    check_limit(pool.n_chr(), max_chars, class_name, ": n_ttl", tag, "chr is too large!");
 }

@@ -23,7 +23,8 @@ struct word_list {
 };
 
 // The same with a default value for each word.
-template <class T> struct pair_list {
+template <class T>
+struct pair_list {
     word_list name;
     std::vector<T> dflt;  // [pool words]
 
@@ -36,7 +37,7 @@ template <class T> struct pair_list {
 // Every list that an entry of any library can have; what a family lacks has no words. All lists have one (possibly
 // empty) row for each entry.
 struct library_lists {
-    words entry;  // [n] names of the entries, in file order
+    words entry;           // [n] names of the entries, in file order
     word_list node;        // terminals (electrical)
     word_list ind_node;    // sensed nodes
     word_list ind_branch;  // sensed branches

@@ -15,12 +15,6 @@ int statement_keys::find(std::string_view key) {
     return -1;
 }
 
-std::string_view statement_keys::value(std::string_view key, const std::string& message) {
-    const int i = find(key);
-    if (i < 0) word_not_found("find_word_EO_2", key, message);
-    return w[i];
-}
-
 int statement_keys::first_unticked() const {
     for (int i = 0; i < w.size(); ++i)
         if (!ticked[static_cast<std::size_t>(i)]) return i;

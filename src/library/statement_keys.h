@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "run/halt.h"
 #include "run/words.h"
 
 // A key stands at position `first_key` and every second one behind it, its value behind the key; what stands before is
@@ -16,6 +17,11 @@ struct statement_keys {
     // Position of a key's value, key and value ticked; -1 if there is no such key. A key without a value halts.
     int find(std::string_view key);
     // The value of a key that must be there; halts with the framed message.
-    std::string_view value(std::string_view key, const std::string& message);
+    template <class... T>
+    std::string_view value(std::string_view key, const T&... message) {
+        const int i = find(key);
+        if (i < 0) word_not_found("find_word_EO_2", key, line(message...));
+        return w[i];
+    }
     int first_unticked() const;  // -1 if all words were used
 };

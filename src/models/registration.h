@@ -18,9 +18,12 @@ using ebe_function = void (*)(const int i_ebeu, int* iparm, char** sparm, double
                               double* f, ebes1_class* jac, flags_class* flags, dp_class* dp,
                               math_cnst_class* math_cnst);
 
+// counts: words of each list of the entry that the model was compiled from, in the order of its lines, then its
+// functions. The model indexes its arrays by them.
 struct ebe_registration {
     std::string_view name;
     ebe_function function;
+    int counts[15];
 };
 
 // All electrical elements of this build; written by the build from the element files.
@@ -28,9 +31,10 @@ extern const ebe_registration ebe_registrations[];
 extern const int n_ebe_registrations;
 
 ebe_function find_ebe(std::string_view name);  // null if there is no such model
+const ebe_registration* find_ebe_registration(std::string_view name);
 
-// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point, or
-// null.
+// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point,
+// or null.
 using ebe_ac_function = void (*)(const int i_ebau, int* iparm, char** sparm, double freq, double* rparm,
                                  std::complex<double>* v, std::complex<double>* vind, std::complex<double>* curind,
                                  std::complex<double>* aux, std::complex<double>* vr, std::complex<double>* f,
@@ -40,11 +44,13 @@ using ebe_ac_function = void (*)(const int i_ebau, int* iparm, char** sparm, dou
 struct ebe_ac_registration {
     std::string_view name;
     ebe_ac_function function;
+    int counts[9];
 };
 extern const ebe_ac_registration ebe_ac_registrations[];
 extern const int n_ebe_ac_registrations;
 
 ebe_ac_function find_ebe_ac(std::string_view name);  // null if there is no such model
+const ebe_ac_registration* find_ebe_ac_registration(std::string_view name);
 
 // A model of a general block, and its small-signal form.
 using gbe_function = void (*)(const int i_gbeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
@@ -53,11 +59,13 @@ using gbe_function = void (*)(const int i_gbeu, int* iparm, char** sparm, double
 struct gbe_registration {
     std::string_view name;
     gbe_function function;
+    int counts[9];
 };
 extern const gbe_registration gbe_registrations[];
 extern const int n_gbe_registrations;
 
 gbe_function find_gbe(std::string_view name);  // null if there is no such model
+const gbe_registration* find_gbe_registration(std::string_view name);
 
 using gbe_ac_function = void (*)(const int i_gbau, int* iparm, char** sparm, double freq, double* rparm,
                                  std::complex<double>* vr, std::complex<double>* aux, std::complex<double>* f,
@@ -65,8 +73,10 @@ using gbe_ac_function = void (*)(const int i_gbau, int* iparm, char** sparm, dou
 struct gbe_ac_registration {
     std::string_view name;
     gbe_ac_function function;
+    int counts[6];
 };
 extern const gbe_ac_registration gbe_ac_registrations[];
 extern const int n_gbe_ac_registrations;
 
 gbe_ac_function find_gbe_ac(std::string_view name);  // null if there is no such model
+const gbe_ac_registration* find_gbe_ac_registration(std::string_view name);

@@ -183,14 +183,21 @@ void norm_2_avg(int n, const double* v, double& r) {
     r = n > 0 ? std::sqrt(sum / n) : 0.0;
 }
 
+namespace {
+// The larger of a norm and a magnitude; NaN, once met, stays.
+double larger(double norm, double magnitude) {
+    return magnitude > norm || std::isnan(magnitude) ? magnitude : norm;
+}
+}  // namespace
+
 void norm_inf(int n, const double* v, double& r) {
     r = 0;
-    for (int i = 0; i < n; ++i) r = std::max(r, std::fabs(v[i]));
+    for (int i = 0; i < n; ++i) r = larger(r, std::fabs(v[i]));
 }
 
 double norm_abs_diff_double(int n, const double* a, const double* b) {
     double r = 0;
-    for (int i = 0; i < n; ++i) r = std::max(r, std::fabs(a[i] - b[i]));
+    for (int i = 0; i < n; ++i) r = larger(r, std::fabs(a[i] - b[i]));
     return r;
 }
 

@@ -1,28 +1,23 @@
-// factors.h -- the compact replay: every index resolved, steps grouped so that neighbours do not wait for each other.
+// factors.h -- the compact replay: every index resolved, operations grouped by
+// what can be kept in registers.
 #pragma once
 #include <vector>
 
-// One operation: value target loses the product of the values lower and upper. A complement ~target (complex numbers
-// only) marks the first value of a fill-in: minus the product.
-struct update {
-    int target, lower, upper;
-};
-
-// Pivots that run together. Within a level no pivot needs the result of another; what they update in common is listed
-// in pivot order, over all levels.
-struct level {
-    int end_pivot, end_scale, end_update;  // ends in the lists of factors; a level starts where the last ended
-};
+constexpr int m_long = 6;  // upper entries from which on a pivot is run by neighbours
 
 // Consecutive pivots that are run in one way.
 struct segment {
-    enum kind { chain, levels, dense } how;
-    int first, end;              // working rows
-    int first_level, end_level;  // of levels
+    enum kind {
+        chain,  // each touches the next row and column only
+        steps,  // one by one
+        dense   // the full block at the end, four at a time; real numbers only
+    } how;
+    int first, end;          // working rows
+    int from_step, to_step;  // places in the table of steps
 };
 
-// Working row p holds, in ascending working column: its lower entries, the pivot, its upper entries (scaled to a unit
-// diagonal).
+// Working row p holds, in ascending working column: its lower entries, the
+// pivot, its upper entries (scaled to a unit diagonal).
 template <class T>
 struct factors {
     int n = 0;
@@ -32,39 +27,47 @@ struct factors {
     std::vector<int> source;  // [n_entry] slot of the system; nnz of it for a fill-in
 
     std::vector<segment> segments;
-    std::vector<level> levels;
-    std::vector<int> pivot;             // [n_pivot]  working row
-    std::vector<int> scale, scaled_by;  // [n_scale] entry, and the pivot's place in its level
-    std::vector<update> updates;        // [n_op]     of the matrix and of the right-hand side
+    // By pivot: entry of the pivot, its right-hand side, numbers of upper and of
+    // lower entries. For each lower entry: the entry, its right-hand side; then a
+    // target for each upper entry, or, from m_long upper entries on, how many
+    // fours, twos and ones of neighbours they make, and for each of these its
+    // first target and upper entry. Entries and right-hand sides are places in w,
+    // upper entries are counted from the pivot. A complement ~target (complex
+    // numbers only) marks the first value of a fill-in, which is minus the
+    // product.
+    std::vector<int> steps;
 
-    std::vector<T> w;        // [n_entry + n] values; behind them the right-hand side by working row
-    std::vector<T> inverse;  // [largest number of pivots in a level]
-    std::vector<T> given;    // [nnz + 1] the system's values at the last matrix stage; behind them the start value of
-                             //           a fill-in
-    bool standing = false;   // w are the factors of given, and every pivot passed smallest
+    std::vector<T> w;       // [n_entry + n] values; behind them the right-hand side by working row
+    std::vector<T> given;   // [nnz + 1] the system's values at the last matrix
+                            // stage; behind them the start value of
+                            //           a fill-in
+    bool standing = false;  // w are the factors of given, and every pivot passed smallest
     double smallest = 0;
     int n_skipped = 0;     // matrix stages left out since the values had not changed
     std::vector<T> block;  // work space of several right-hand sides
 };
 
 // Makes the tables for an order and takes over the factors that it left.
-//   row_w, col_w  [nnz with fill-in]  working position of each slot; every pivot position has one
-//   val_w         [nnz with fill-in]  factors by slot
+//   row_w, col_w  [nnz with fill-in]  working position of each slot; every
+//   pivot position has one val_w         [nnz with fill-in]  factors by slot
 //   val_m         [nnz_m]             the values that they are of
 template <class T>
 void make_factors(factors<T>& f, int n, const std::vector<int>& row_w, const std::vector<int>& col_w, int nnz_m,
                   const std::vector<T>& val_w, const T* val_m);
 
-// Factors of new values, and the forward pass for rhs by system row with them (null: of no matter). Gives the first
-// working row whose pivot is below zero_piv, or -1; the last row is not tested.
+// Factors of new values, and the forward pass for rhs by system row with them
+// (null: of no matter). Gives the first working row whose pivot is below
+// zero_piv, or -1; the last row is not tested.
 template <class T>
 int refactor_and_forward(factors<T>& f, const T* val_m, double zero_piv, const int* row_perm, const T* rhs);
 
-// Forward pass by standing factors; gives the first row whose pivot is below zero_piv, the last included, or -1.
+// Forward pass by standing factors; gives the first row whose pivot is below
+// zero_piv, the last included, or -1.
 template <class T>
 int forward(factors<T>& f, double zero_piv, const int* row_perm, const T* rhs);
 
-// Back substitution behind either: x [n] by working column, sol by system column.
+// Back substitution behind either: x [n] by working column, sol by system
+// column.
 template <class T>
 void backward(const factors<T>& f, const int* col_perm, T* x, T* sol);
 

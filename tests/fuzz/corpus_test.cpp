@@ -29,13 +29,13 @@ bool is_good(const std::filesystem::path& path) { return path.filename().string(
 
 class fuzz_corpus : public testing::TestWithParam<fuzz_target> {};
 INSTANTIATE_TEST_SUITE_P(targets, fuzz_corpus, testing::ValuesIn(fuzz_targets().begin(), fuzz_targets().end()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& target) { return std::string(target.param.name); });
 
 // A seed named good_ is read to its end; every other one stops with a message.
 TEST_P(fuzz_corpus, texts_named_good_are_read_and_the_others_are_refused) {
     int n_good = 0;
     for (const std::filesystem::path& path : seeds(GetParam())) {
-        EXPECT_EQ(GetParam().run(read_bytes(path)), is_good(path)) << path;
+        EXPECT_EQ(GetParam().run(read_bytes(path)), is_good(path)) << path << '\n' << text_of_last_stop();
         n_good += is_good(path);
     }
     EXPECT_GT(n_good, 0);

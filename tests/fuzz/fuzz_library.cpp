@@ -1,10 +1,13 @@
 #include <array>
 #include <sstream>
 
-#include "analyses/mat_class.h"
+#include "analyses/dc.h"
+#include "analyses/evaluate.h"
+#include "analyses/solution_vector.h"
 #include "library/basic_reader.h"
 #include "library/composite_reader.h"
 #include "library/dumps.h"
+#include "run/driver.h"
 #include "small_runs.h"
 #include "targets.h"
 
@@ -43,8 +46,19 @@ void read_elements(std::string_view text, const library_form& form, const basic_
     read_library_text(file, form, nullptr, without_glue);
 }
 
-// One instance of each composite, every connection on a node of its own or on node 0 by turns.
-std::string deck_of(const eels_class& lib) {
+// A composite of one element with a current of its own, which others can sense; e if there is none.
+int sensed_by(const libraries& lib, int e) {
+    const element_table& be = lib.eels.be;
+    for (int k = 0; k < lib.eels.n(); ++k)
+        if (be.n_be(k) == 1 &&
+            lib.ebes.list.aux.count(be.i_be[static_cast<std::size_t>(be.first_be[static_cast<std::size_t>(k)])]) > 0)
+            return k;
+    return e;
+}
+
+// One instance of each composite, every third connection on the reference and the others on nodes of their own.
+std::string deck_of(const libraries& all) {
+    const eels_class& lib = all.eels;
     std::ostringstream deck;
     deck << "title: each one\nbegin_circuit\nrefnode 0\n";
     int n_node = 0;
@@ -57,7 +71,7 @@ std::string deck_of(const eels_class& lib) {
                 ++n_node;
             }
         for (int j = 0; j < lib.list.ind_branch.count(e); ++j)
-            deck << ' ' << lib.list.ind_branch.word(e, j) << "=x" << e;
+            deck << ' ' << lib.list.ind_branch.word(e, j) << "=x" << sensed_by(all, e);
         deck << '\n';
         if (lib.ov.count(e) > 0)
             deck << "outvar: o" << e << '=' << lib.ov.name.word(e, lib.ov.count(e) - 1) << "_of_x" << e << '\n';
@@ -66,19 +80,19 @@ std::string deck_of(const eels_class& lib) {
     return deck.str();
 }
 
-// Up to the system of the circuit. The compiled models belong to the installed elements and are not called here.
+// Up to the first assembly. Elements with the names of installed ones have models, which an entry must be fit for.
 void use_each_one(const libraries& lib) {
-    circuit c = circuit_of(deck_of(lib.eels), lib);
-    elaborate(c);
-    classify(c);
-    check_linear(c);
-    check_one_time(c);
-    std::vector<ebes1_class> ebes1(static_cast<std::size_t>(lib.ebes.n()) + 1);
-    for (int s = 0; s < lib.ebes.n(); ++s) ebes1[static_cast<std::size_t>(s)].initialise(lib.ebes, s);
+    circuit c = circuit_of(deck_of(lib), lib);
+    run_state r(c);
+    prepare_circuit(r);
     for (int i = 0; i < c.eelu.n; ++i) instance_changed(c, fam_e, i);
-    mat_class mat;
-    allocate_system(mat, c);
-    set_mat_dc(mat, c, ebes1);
+    define_offs_solvec_dc(r.mat, c);
+    set_mat_dc(r.mat, c, r.ebes1);
+    init_guess(r);
+    form_solvec(r);
+    form_jac_rhs_dc(r, false);
+    find_ebe_cur_dc(r);
+    ebce_ov_prm(r);
 }
 
 void read_all(std::string_view text, libraries& lib) {

@@ -6,14 +6,21 @@ build=$(readlink -f -- "$1")
 seconds=$2
 shift 2
 here=$(CDPATH='' cd -- "$(dirname -- "$(readlink -f -- "$0")")" && pwd)
+# Short traces at allocations and plain scheduling of the corpus: both make it several times faster.
+export ASAN_OPTIONS="${ASAN_OPTIONS:-malloc_context_size=3}"
 [ $# -gt 0 ] || set -- deck library expression solution words
 for name in "$@"; do
     corpus=$build/fuzz/corpus/$name
     mkdir -p "$corpus"
     echo "fuzz $name, $seconds s"
     log=$build/fuzz/$name.log
+    case $name in # bytes of a text; short ones run faster
+        expression) longest=200 ;;
+        library) longest=12000 ;;
+        *) longest=4000 ;;
+    esac
     if ! "$build/bin/fuzz_$name" "$corpus" "$here/corpus/$name" -dict="$build/fuzz/$name.dict" \
-        -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 -max_len=8192 -print_final_stats=1 \
+        -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 -entropic=0 -max_len=$longest -print_final_stats=1 \
         -artifact_prefix="$build/fuzz/$name-" >"$log" 2>&1; then
         tail -n 60 "$log"
         echo "fuzz $name: FAILED; the whole text is in $log"

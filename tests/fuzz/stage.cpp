@@ -14,6 +14,8 @@
 namespace {
 struct stopped {};
 
+std::string last_text;
+
 class nothing : public std::streambuf {
     int_type overflow(int_type c) override { return traits_type::not_eof(c); }
     std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
@@ -60,6 +62,8 @@ const scratch_folder& scratch() {
 void halt(std::initializer_list<std::string> lines) {
     flush_all();
     if (lines.size() == 0) std::abort();  // a stop without a text
+    last_text.clear();
+    for (const std::string& text : lines) last_text += text + '\n';
     throw stopped{};
 }
 
@@ -77,6 +81,8 @@ bool runs_through(const std::function<void()>& f) {
     scratch().leave();
     return done;
 }
+
+const std::string& text_of_last_stop() { return last_text; }
 
 void empty_scratch_folder() { scratch().empty(); }
 

@@ -22,6 +22,7 @@ std::span<const fuzz_target> fuzz_targets();
 
 // Calls f in the folder of the process, without console output; false if it stopped with a message.
 bool runs_through(const std::function<void()>& f);
+const std::string& text_of_last_stop();
 // Removes what a call may have written there.
 void empty_scratch_folder();
 // A path under which the text can be read as a file.

@@ -14,7 +14,8 @@ struct fault {
 TEST(ebes_messages, a_missing_line_names_the_keyword_found_and_the_one_wanted) {
     for (std::size_t i = 1; i < ebe_header.size(); ++i) {
         const std::string wanted = ebe_header[i].substr(0, ebe_header[i].find(' '));
-        const std::string found = i + 1 < ebe_header.size() ? ebe_header[i + 1].substr(0, ebe_header[i + 1].find(' ')) : "C:";
+        const std::string found =
+            i + 1 < ebe_header.size() ? ebe_header[i + 1].substr(0, ebe_header[i + 1].find(' ')) : "C:";
         EXPECT_HALT(read_basic(edited(ebe_header, {}, wanted) + "C:\nendebe\n"),
                     wrong_keyword(found, wanted, "expect " + wanted + " here, check ebe library"));
     }
@@ -27,7 +28,8 @@ TEST(ebac_messages, a_missing_line_names_its_own_library) {
 
 TEST(ebes_messages, faults_of_an_entry) {
     const std::string q = "f_q local_var q v(p)\n";
-    const lines one_node = {"nodes: p", "local_var: q", "aux_var: a", "aux_var_startup: s", "main_var: g", "no_functions 2"};
+    const lines one_node = {"nodes: p",           "local_var: q", "aux_var: a",
+                            "aux_var_startup: s", "main_var: g",  "no_functions 2"};
     const auto with = [&](const std::string& first, const std::string& second) {
         return ebe(one_node, first + "\n" + second + "\n");
     };
@@ -57,7 +59,8 @@ TEST(ebes_messages, faults_of_an_entry) {
         {with("f_p cur(x)", q), not_in_list("x", "ebe functions: check cur(xx)")},
         {with("f_p v()", q), not_in_list("", "ebe functions: check v(xx)")},
         {with("f_p x", q), "ebes_class: something wrong with function declarations.\n  string is x\n  Halting...\n"},
-        {with("f_p w(p)", q), "ebes_class: something wrong with function declarations.\n  string is w(p)\n  Halting...\n"},
+        {with("f_p w(p)", q),
+         "ebes_class: something wrong with function declarations.\n  string is w(p)\n  Halting...\n"},
         {with("f_p d_dt", q), "ebes_class: check variables involving d_dt\n"},
         {with("f_p d_dt(q", q), "ebes_class: check variables involving d_dt\n"},
         {with("f_p d_dt(a)", q),
@@ -123,8 +126,8 @@ TEST(ebes_messages, faults_of_code_sections_show_before_those_of_entries) {
 }
 
 TEST(code_section, is_raw_text_that_a_run_does_not_look_at) {
-    const ebes_class lib = read_basic(ebe({}, "", "C: anything\nwrong:\n# text\n+ text\n   ebelike x\n\n endebe\n") +
-                                      ebe({"ebe name=y"}));
+    const ebes_class lib =
+        read_basic(ebe({}, "", "C: anything\nwrong:\n# text\n+ text\n   ebelike x\n\n endebe\n") + ebe({"ebe name=y"}));
     ASSERT_EQ(lib.n(), 2);
     EXPECT_EQ(lib.list.entry[1], "y");
 }
@@ -143,7 +146,8 @@ TEST(ebes_messages, more_than_50000_lines_stop_the_count) {
     EXPECT_HALT(read_basic(text + "x\n"), "ebes_class: end of file not reached. Halting...\n");
 }
 
-// ---- capacities -----------------------------------------------------------------------------------------------------------
+// ---- capacities
+// -----------------------------------------------------------------------------------------------------------
 
 TEST(ebes_limits, the_150th_entry_is_one_too_many) {
     std::string text;
@@ -216,7 +220,8 @@ TEST(ebac_limits, every_list_takes_its_limit_and_not_one_more) {
 TEST(ebes_limits, totals_run_over_all_entries) {
     const std::string half = ebe({"igparms:" + many("w", 20, "=1")});
     EXPECT_EQ(read_basic(half + half).n(), 2);
-    EXPECT_HALT(read_basic(half + half + ebe({"igparms: one=1"})), too_many(41, 40, "ebes_class: n_ttlig is too large!"));
+    EXPECT_HALT(read_basic(half + half + ebe({"igparms: one=1"})),
+                too_many(41, 40, "ebes_class: n_ttlig is too large!"));
 }
 
 TEST(ebes_limits, functions_and_dependencies_of_a_library) {

@@ -71,16 +71,18 @@ TEST(ebes_class, the_first_of_two_entries_of_one_name_is_found) {
     EXPECT_EQ(lib.list.find("a"), 0);
 }
 
-// ---- functions ----------------------------------------------------------------------------------------------------------
+// ---- functions
+// ----------------------------------------------------------------------------------------------------------
 
-const std::string charge_entry = ebe({"ebe name=q", "Jacobian: variable", "nodes: p n", "local_var: qp qn", "aux_var: a",
-                                      "main_var: g", "ind_nodes: cp", "ind_branches: br", "no_functions 6"},
-                                     "f_p v(p) d_dt(qp)\n"
-                                     "f_n d_dt(qn) v(n) v(n)\n"
-                                     "f_a d_dt(a) g d_dt(v(p))\n"
-                                     "f_b volt(cp) cur(br)\n"
-                                     "f_qn local_var qn v(p) v(n)\n"
-                                     "f_qp local_var qp v(p) g\n");
+const std::string charge_entry =
+    ebe({"ebe name=q", "Jacobian: variable", "nodes: p n", "local_var: qp qn", "aux_var: a", "main_var: g",
+         "ind_nodes: cp", "ind_branches: br", "no_functions 6"},
+        "f_p v(p) d_dt(qp)\n"
+        "f_n d_dt(qn) v(n) v(n)\n"
+        "f_a d_dt(a) g d_dt(v(p))\n"
+        "f_b volt(cp) cur(br)\n"
+        "f_qn local_var qn v(p) v(n)\n"
+        "f_qp local_var qp v(p) g\n");
 
 TEST(functions, kinds_and_numbers_of_dependencies_follow_the_words) {
     const ebes_class lib = read_basic(charge_entry);
@@ -151,7 +153,8 @@ TEST(functions, startup_and_local_var_are_plain_words_in_the_terminal_block) {
                 "ebes_class: something wrong with function declarations.\n  string is startup\n  Halting...\n");
 }
 
-// ---- the Jacobian map ----------------------------------------------------------------------------------------------------
+// ---- the Jacobian map
+// ----------------------------------------------------------------------------------------------------
 
 TEST(map_jacobian, holds_the_later_number_of_a_variable_that_stands_twice_and_minus_1_elsewhere) {
     const ebes_class lib = read_basic(charge_entry);
@@ -230,13 +233,14 @@ TEST(ebac1_class, lays_five_complex_tables) {
     EXPECT_EQ(jac.offset(kind_auxs, 0, 0), -1);
 }
 
-// ---- small-signal forms -------------------------------------------------------------------------------------------------
+// ---- small-signal forms
+// -------------------------------------------------------------------------------------------------
 
 TEST(ebac_class, has_its_own_lines_and_the_noise_flag) {
-    const ebac_class lib = read_basic(ebe_ac({"ebe_ac name=a noise_source=yes", "nodes: p n", "no_functions 2"},
-                                             "f_p v(p)\nf_n v(n)\n") +
-                                          ebe_ac({"ebe_ac name=ground_dummy_1", "nodes: g"}),
-                                      ebac_form);
+    const ebac_class lib =
+        read_basic(ebe_ac({"ebe_ac name=a noise_source=yes", "nodes: p n", "no_functions 2"}, "f_p v(p)\nf_n v(n)\n") +
+                       ebe_ac({"ebe_ac name=ground_dummy_1", "nodes: g"}),
+                   ebac_form);
     EXPECT_EQ(lib.flag.noise_source, (std::vector<int>{1, 0}));
     EXPECT_EQ(lib.flag.ground_dummy, (std::vector<int>{0, 1}));
     EXPECT_EQ(lib.map.entry[0].size(), 5u);

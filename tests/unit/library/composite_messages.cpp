@@ -61,7 +61,8 @@ TEST(eels_messages, faults_of_the_header) {
         {ece({"outvar: o=i"}),
          "find_sub_word: _of_ was not found.\nMessage from calling routine:\n_of_ not found (ov), check ece library\n"},
         {ece({"bias: o=i"}),
-         "find_sub_word: _of_ was not found.\nMessage from calling routine:\n_of_ not found (bias), check ece library\n"},
+         "find_sub_word: _of_ was not found.\nMessage from calling routine:\n_of_ not found (bias), check ece "
+         "library\n"},
         {ece({"outvar: o=nodev_of_z"}), not_in_list("z", "eels_class: outvar node name not found")},
         {ece({"rparms_derived: a=5"}),
          "eels_class: check this string: 5\n  An expression was expected here. Halting...\n"},
@@ -82,8 +83,7 @@ TEST(eels_messages, faults_of_model_lines) {
         {ece(ab, "ecemodel name=m type=r\n" + r_ab),
          "eels_class: nw_s1=5 is too small.\n  Check ecemodel statement (DC). Halting...\n"},
         {ece(ab, "ecemodel name=m type=r a b c\n" + r_ab), "eels_class: k_rem is not zero (emece, DC). Halting...\n"},
-        {body_ac("ebemodel name=m type=r r=1 k\n"),
-         "eels_class: k_rem is not zero (emebe, AC). Halting...\n"},
+        {body_ac("ebemodel name=m type=r r=1 k\n"), "eels_class: k_rem is not zero (emebe, AC). Halting...\n"},
         {body_ac("ebemodel name=m type=r\n"),
          "eels_class: nw_s1=5 is too small.\n  Check ebemodel (AC) statement. Halting...\n"},
         {ece(ab, "ebemodel nam=m type=r r=1\n" + r_ab),
@@ -102,9 +102,11 @@ TEST(eels_messages, faults_of_an_element_statement) {
          "eels_ebe: model_type does not match ebe type.\n  model_type=src\n  ebe type=r\n  Halting...\n"},
         {body("ebe type=r p=a\n"), not_in_list("n", "eels_ebe: ebes_node_name not found.", "find_word_EO_2")},
         {body("ebe type=r p=a n=z\n"), not_in_list("z", "eels_ebe: aux node not found.")},
-        {ece(all, r_ab + "ebe type=mix a=a\n"), not_in_list("s", "eels_ebe: ebes_dgtl_name not found.", "find_word_EO_2")},
+        {ece(all, r_ab + "ebe type=mix a=a\n"),
+         not_in_list("s", "eels_ebe: ebes_dgtl_name not found.", "find_word_EO_2")},
         {ece(all, r_ab + "ebe type=mix a=a s=z\n"), not_in_list("z", "eels_ebe: eels_dgtl_name not found.")},
-        {ece(all, r_ab + "ebe type=mix a=a s=d\n"), not_in_list("g", "eels_ebe: ebes_vr_name not found.", "find_word_EO_2")},
+        {ece(all, r_ab + "ebe type=mix a=a s=d\n"),
+         not_in_list("g", "eels_ebe: ebes_vr_name not found.", "find_word_EO_2")},
         {ece(all, r_ab + "ebe type=mix a=a s=d g=z\n"), not_in_list("z", "eels_ebe: eels_vr_name not found.")},
         {ece(all, r_ab + "ebe type=mix a=a s=d g=g\n"),
          not_in_list("xg", "eels_ebe: ebes_xvr_name not found.", "find_word_EO_2")},
@@ -130,8 +132,10 @@ TEST(eels_messages, faults_of_an_element_statement) {
 
 TEST(eels_messages, faults_of_outputs) {
     check({
-        {ece({"mainnodes: a b", "outvar: o=v(p)_of_r1"}, r_ab), not_in_list("v", "eels_ebe: expect cur in outvar statement.")},
-        {ece({"mainnodes: a b", "outvar: o=cur(z)_of_r1"}, r_ab), not_in_list("z", "eels_ebe: node in cur(node) not found.")},
+        {ece({"mainnodes: a b", "outvar: o=v(p)_of_r1"}, r_ab),
+         not_in_list("v", "eels_ebe: expect cur in outvar statement.")},
+        {ece({"mainnodes: a b", "outvar: o=cur(z)_of_r1"}, r_ab),
+         not_in_list("z", "eels_ebe: node in cur(node) not found.")},
         {ece({"mainnodes: a b", "outvar: o=z_of_r1"}, r_ab), not_in_list("z", "eels_ebe: expect auxvar name here.")},
         {ece({"mainnodes: a b", "bias: o=z_of_r1"}, r_ab), not_in_list("z", "eels_ebe: expect auxvar name here.")},
         {ece({"mainnodes: a b", "outvar: o=r_of_r1 q=r_of_r2"}, r_ab),
@@ -145,9 +149,10 @@ TEST(eels_messages, faults_of_outputs) {
 }
 
 TEST(eels_messages, faults_of_a_call) {
-    const std::string callee = ece({"ece name=in", "mainnodes: a b", "ind_nodes: u", "ind_branches: q", "digital_nodes: d",
-                                    "main_var: g", "xvar: x", "outvar: o=r_of_r1", "bias: o=r_of_r1"},
-                                   r_ab);
+    const std::string callee =
+        ece({"ece name=in", "mainnodes: a b", "ind_nodes: u", "ind_branches: q", "digital_nodes: d", "main_var: g",
+             "xvar: x", "outvar: o=r_of_r1", "bias: o=r_of_r1"},
+            r_ab);
     const auto call = [&](const std::string& words, const lines& header = {}) {
         lines all = {"mainnodes: a b", "digital_nodes: d", "main_var: g", "xvar: x", "ind_nodes: u"};
         for (const std::string& l : header) all.push_back(l);
@@ -185,12 +190,14 @@ TEST(eels_messages, faults_of_a_call) {
 
 TEST(eels_messages, faults_of_the_small_signal_half) {
     const std::string no_ac = ece({"ece name=in", "mainnodes: a b"}, r_ab);
-    const std::string with_ac = ece({"ece name=in allow_ac=yes", "mainnodes: a b"}, r_ab, {}, "ebe_ac type=r p=a n=b\n");
+    const std::string with_ac =
+        ece({"ece name=in allow_ac=yes", "mainnodes: a b"}, r_ab, {}, "ebe_ac type=r p=a n=b\n");
     const std::string bias = "ebe_ac type=bias name=q p=a n=b\n";
     check({
         {body_ac("", {"outvar_ac: o"}), "eels_class: k_rem is not zero (ovac). Halting...\n"},
         {body_ac("", {"outvar_ac: o=i"}),
-         "find_sub_word: _of_ was not found.\nMessage from calling routine:\n_of_ not found (ovac), check ece library\n"},
+         "find_sub_word: _of_ was not found.\nMessage from calling routine:\n_of_ not found (ovac), check ece "
+         "library\n"},
         {body_ac("", {"outvar_ac: o=cur(p)_of_q"}),
          "eels_class: some outvar (ac) is not assigned?\n  Check ece library. Halting..\n"},
         {body_ac(bias, {"outvar_ac: o=v(p)_of_q"}), not_in_list("v", "eels_ebe_ac: expect cur in outvar statement.")},
@@ -226,7 +233,8 @@ TEST(eels_messages, faults_of_the_small_signal_half) {
     });
 }
 
-// ---- capacities -----------------------------------------------------------------------------------------------------------
+// ---- capacities
+// -----------------------------------------------------------------------------------------------------------
 
 TEST(eels_limits, the_50th_entry_is_one_too_many) {
     std::string text;
@@ -245,12 +253,18 @@ struct list_limit {
 TEST(eels_limits, every_list_takes_its_limit_and_not_one_more) {
     const std::string out = "=pwr_elec_of_x";
     const list_limit limits[] = {
-        {"outvar:", out, "ov", 50, "n_ov", 500, 25000},  {"bias:", out, "bias", 50, "n_bias", 300, 6000},
-        {"stparms:", "=1", "sv", 0, "", 100, 2000},      {"igparms:", "=1", "ig", 0, "", 40, 800},
-        {"ind_nodes:", "", "in", 0, "", 40, 800},        {"ind_branches:", "", "ib", 0, "", 20, 400},
-        {"digital_nodes:", "", "dgtl", 50, "n_dgtl", 0, 800}, {"main_var:", "", "vr", 50, "n_vr", 0, 800},
-        {"xvar:", "", "xvr", 50, "n_xvr", 0, 800},       {"iparms:", "=1", "iprm", 0, "", 200, 4000},
-        {"sparms:", "=1", "sprm", 0, "", 100, 2000},     {"rparms:", "=1", "rprm", 0, "", 2000, 40000},
+        {"outvar:", out, "ov", 50, "n_ov", 500, 25000},
+        {"bias:", out, "bias", 50, "n_bias", 300, 6000},
+        {"stparms:", "=1", "sv", 0, "", 100, 2000},
+        {"igparms:", "=1", "ig", 0, "", 40, 800},
+        {"ind_nodes:", "", "in", 0, "", 40, 800},
+        {"ind_branches:", "", "ib", 0, "", 20, 400},
+        {"digital_nodes:", "", "dgtl", 50, "n_dgtl", 0, 800},
+        {"main_var:", "", "vr", 50, "n_vr", 0, 800},
+        {"xvar:", "", "xvr", 50, "n_xvr", 0, 800},
+        {"iparms:", "=1", "iprm", 0, "", 200, 4000},
+        {"sparms:", "=1", "sprm", 0, "", 100, 2000},
+        {"rparms:", "=1", "rprm", 0, "", 2000, 40000},
         {"rparms_derived:", "=$((1)+(1))", "rprm", 0, "", 2000, 40000},
     };
     for (const list_limit& l : limits) {
@@ -294,7 +308,8 @@ std::string resistors(const std::string& keyword, int n, const std::string& more
 }
 
 TEST(eels_limits, nodes_of_an_entry) {
-    EXPECT_HALT(read_composite_text(ece({"auxnodes:" + many("w", 51)})), too_many(51, 50, "eels_class: nend is too large!"));
+    EXPECT_HALT(read_composite_text(ece({"auxnodes:" + many("w", 51)})),
+                too_many(51, 50, "eels_class: nend is too large!"));
     EXPECT_HALT(read_composite_text(ece({"mainnodes:" + many("w", 301)})),
                 too_many(301, 300, "eels_class: ttlnd_old is too large!"));
     EXPECT_HALT(read_composite_text(ece({"mainnodes: " + long_word(2001), "auxnodes: " + long_word(2000)})),
@@ -327,7 +342,8 @@ TEST(eels_limits, elements_of_the_library_calls_expanded) {
 
 TEST(eels_limits, totals_over_the_elements) {
     EXPECT_EQ(read_composite_text(ece(ab, resistors("ebe", 200))).be.i_be.size(), 200u);
-    EXPECT_HALT(read_composite_text(ece(ab, resistors("ebe", 201))), too_many(201, 200, "eels_ebe: n_be_ttlsprm too large"));
+    EXPECT_HALT(read_composite_text(ece(ab, resistors("ebe", 201))),
+                too_many(201, 200, "eels_ebe: n_be_ttlsprm too large"));
     const auto mixes = [](int n) {
         std::string all;
         for (int i = 0; i < n; ++i) all += "ebe type=mix a=a s=d g=g xg=x\n";

@@ -8,7 +8,8 @@
 
 namespace {
 
-template <class T> std::vector<T> row(const row_table<T>& table, int i) {
+template <class T>
+std::vector<T> row(const row_table<T>& table, int i) {
     return {table.row(i), table.row(i) + table.size(i)};
 }
 std::vector<std::string> names(const words& w) {
@@ -18,17 +19,17 @@ std::vector<std::string> names(const words& w) {
 }
 
 // Two resistors in a row from a to b with an inner node m, and a source across them.
-const std::string divider = ece({"ece name=divider allow_ac=yes", "mainnodes: a b", "auxnodes: m",
-                                 "outvar: vm=nodev_of_m i=cur(n)_of_rb u=u_of_s is=i_of_s md=mode_of_ra p=pwr_elec_of_all",
-                                 "bias: vo=v_o_of_rb", "stparms: u0=7", "igparms: g0=8", "iparms: m0=5", "sparms: lab=zz",
-                                 "rparms: r=3 2=9", "rparms_derived:"},
-                                "ebe type=r name=ra p=a n=m r=r mode=m0 label=lab\n"
-                                "ebe type=r name=rb p=m n=b r=2 k=4\n"
-                                "ebe type=src name=s p=a n=b u=2.5 u0=u0 v_ig=g0\n",
-                                {"outvar_ac: ia=cur(p)_of_rb va=nodev_of_m ib=i_of_d"},
-                                "ebe_ac type=r name=ra p=a n=m r=r\n"
-                                "ebe_ac type=r name=rb p=m n=b\n"
-                                "ebe_ac type=bias name=d p=m n=b ac_parm_be=rb\nacparm_map: 0 2\nacparm_map: 1 1\n");
+const std::string divider = ece(
+    {"ece name=divider allow_ac=yes", "mainnodes: a b", "auxnodes: m",
+     "outvar: vm=nodev_of_m i=cur(n)_of_rb u=u_of_s is=i_of_s md=mode_of_ra p=pwr_elec_of_all", "bias: vo=v_o_of_rb",
+     "stparms: u0=7", "igparms: g0=8", "iparms: m0=5", "sparms: lab=zz", "rparms: r=3 2=9", "rparms_derived:"},
+    "ebe type=r name=ra p=a n=m r=r mode=m0 label=lab\n"
+    "ebe type=r name=rb p=m n=b r=2 k=4\n"
+    "ebe type=src name=s p=a n=b u=2.5 u0=u0 v_ig=g0\n",
+    {"outvar_ac: ia=cur(p)_of_rb va=nodev_of_m ib=i_of_d"},
+    "ebe_ac type=r name=ra p=a n=m r=r\n"
+    "ebe_ac type=r name=rb p=m n=b\n"
+    "ebe_ac type=bias name=d p=m n=b ac_parm_be=rb\nacparm_map: 0 2\nacparm_map: 1 1\n");
 
 TEST(eels_class, gives_every_element_its_nodes_in_the_composites_numbers) {
     const eels_class lib = read_composite_text(divider);
@@ -83,14 +84,15 @@ TEST(eels_class, the_small_signal_half_has_kinds_and_numbers_of_its_own) {
 }
 
 TEST(eels_class, a_call_copies_the_callees_elements_with_nodes_parameters_and_outputs_translated) {
-    const eels_class lib = read_composite_text(
-        divider + ece({"ece name=top allow_ac=yes", "mainnodes: x y", "auxnodes: z",
-                       "outvar: o1=vm_of_d2 o2=i_of_d2 o3=is_of_d2 o4=md_of_d2 o5=p_of_d2", "bias: b=vo_of_d2", "rparms: rr=1 q=2"},
-                      "ebe type=src name=s0 p=x n=z\n"
-                      "callece divider name=d1 a=x b=z r=rr 2=11\n"
-                      "callece divider name=d2 a=z b=y r=6\n",
-                      {"outvar_ac: oa=va_of_d2 ob=ia_of_d2"},
-                      "callece divider name=d2 a=z b=y r=q\ncallece divider name=d1 a=x b=z\n"));
+    const eels_class lib =
+        read_composite_text(divider + ece({"ece name=top allow_ac=yes", "mainnodes: x y", "auxnodes: z",
+                                           "outvar: o1=vm_of_d2 o2=i_of_d2 o3=is_of_d2 o4=md_of_d2 o5=p_of_d2",
+                                           "bias: b=vo_of_d2", "rparms: rr=1 q=2"},
+                                          "ebe type=src name=s0 p=x n=z\n"
+                                          "callece divider name=d1 a=x b=z r=rr 2=11\n"
+                                          "callece divider name=d2 a=z b=y r=6\n",
+                                          {"outvar_ac: oa=va_of_d2 ob=ia_of_d2"},
+                                          "callece divider name=d2 a=z b=y r=q\ncallece divider name=d1 a=x b=z\n"));
     ASSERT_EQ(lib.n(), 2);
     EXPECT_EQ(lib.be.n_be(1), 7);
     EXPECT_EQ(lib.n_ttlnd(1), 5);
@@ -148,21 +150,20 @@ TEST(eels_class, unnamed_calls_of_the_small_signal_half_pair_by_their_order) {
 }
 
 TEST(eels_class, internal_nodes_of_a_callee_have_no_name_in_the_caller) {
-    EXPECT_HALT(read_composite_text(divider + ece({"ece name=top", "mainnodes: x y"},
-                                                  "callece divider a=x b=y\nebe type=r p=m n=y\n")),
+    EXPECT_HALT(read_composite_text(
+                    divider + ece({"ece name=top", "mainnodes: x y"}, "callece divider a=x b=y\nebe type=r p=m n=y\n")),
                 not_in_list("m", "eels_ebe: aux node not found."));
 }
 
 TEST(eels_class, a_sensed_branch_is_an_element_before_or_after_or_a_name_of_the_composite) {
-    const eels_class lib = read_composite_text(ece(
-        {"mainnodes: a b", "ind_nodes: far", "ind_branches: out"},
-        "ebe type=src name=s1 p=a n=b\n"
-        "ebe type=sense p=a n=b cp=a cn=far br=s1\n"
-        "ebe type=sense p=a n=b cp=far cn=b br=s2\n"
-        "ebe type=sense p=a n=b cp=a cn=b br=out\n"
-        "ebe type=sense p=a n=b cp=a cn=b br=never\n"
-        "ebe type=src name=s2 p=a n=b\n"
-        "ebe type=src name=s1 p=a n=b\n"));
+    const eels_class lib = read_composite_text(ece({"mainnodes: a b", "ind_nodes: far", "ind_branches: out"},
+                                                   "ebe type=src name=s1 p=a n=b\n"
+                                                   "ebe type=sense p=a n=b cp=a cn=far br=s1\n"
+                                                   "ebe type=sense p=a n=b cp=far cn=b br=s2\n"
+                                                   "ebe type=sense p=a n=b cp=a cn=b br=out\n"
+                                                   "ebe type=sense p=a n=b cp=a cn=b br=never\n"
+                                                   "ebe type=src name=s2 p=a n=b\n"
+                                                   "ebe type=src name=s1 p=a n=b\n"));
     EXPECT_EQ(row(lib.be.ib, 1), (std::vector<int>{0}));  // the first of two elements of one name
     EXPECT_EQ(row(lib.be.ib_flag, 1), (std::vector<int>{-1}));
     EXPECT_EQ(row(lib.be.ib, 2), (std::vector<int>{5}));
@@ -179,9 +180,9 @@ TEST(eels_class, sensed_names_of_a_callee_are_connected_by_its_call) {
                                   "ebe type=src name=own p=a n=a\n"
                                   "ebe type=sense p=a n=a cp=u cn=w br=br\n"
                                   "ebe type=sense p=a n=a cp=u cn=a br=own\n");
-    const eels_class lib = read_composite_text(
-        probe + ece({"ece name=top", "mainnodes: x y", "ind_nodes: far"},
-                    "ebe type=src name=s p=x n=y\ncallece probe a=x u=y w=far br=s\n"));
+    const eels_class lib =
+        read_composite_text(probe + ece({"ece name=top", "mainnodes: x y", "ind_nodes: far"},
+                                        "ebe type=src name=s p=x n=y\ncallece probe a=x u=y w=far br=s\n"));
     const int e = lib.be.first_be[1];
     EXPECT_EQ(row(lib.be.in, e + 2), (std::vector<int>{1, 0}));
     EXPECT_EQ(row(lib.be.in_flag, e + 2), (std::vector<int>{-1, 0}));
@@ -191,8 +192,9 @@ TEST(eels_class, sensed_names_of_a_callee_are_connected_by_its_call) {
 }
 
 TEST(eels_class, digital_nodes_and_variables_are_connected_by_element_and_call) {
-    const std::string inner = ece({"ece name=inner", "mainnodes: a", "digital_nodes: d0 d1", "main_var: v0 v1", "xvar: x0"},
-                                  "ebe type=mix a=a s=d1 g=v1 xg=x0\n");
+    const std::string inner =
+        ece({"ece name=inner", "mainnodes: a", "digital_nodes: d0 d1", "main_var: v0 v1", "xvar: x0"},
+            "ebe type=mix a=a s=d1 g=v1 xg=x0\n");
     const eels_class lib = read_composite_text(
         inner + ece({"ece name=top", "mainnodes: a", "digital_nodes: k l m", "main_var: k l m", "xvar: k l m"},
                     "callece inner a=a d0=k d1=m v0=k v1=l x0=m\n"));
@@ -238,10 +240,10 @@ TEST(eels_class, a_composite_without_nodes_and_elements_is_allowed) {
 }
 
 TEST(eels_class, a_sensed_node_counts_as_connected) {
-    EXPECT_EQ(read_composite_text(ece({"mainnodes: a b c", "ind_branches: z"},
-                                      "ebe type=sense p=a n=b cp=c cn=a br=z\n"))
-                  .n(),
-              1);
+    EXPECT_EQ(
+        read_composite_text(ece({"mainnodes: a b c", "ind_branches: z"}, "ebe type=sense p=a n=b cp=c cn=a br=z\n"))
+            .n(),
+        1);
 }
 
 TEST(eels_class, code_sections_are_skipped_in_both_forms) {
@@ -252,12 +254,14 @@ TEST(eels_class, code_sections_are_skipped_in_both_forms) {
     EXPECT_EQ(read_composite_text(with_compiled + with_text).n(), 2);
 }
 
-// ---- derived parameters --------------------------------------------------------------------------------------------------
+// ---- derived parameters
+// --------------------------------------------------------------------------------------------------
 
 TEST(eels_class, derived_parameters_stand_behind_the_plain_ones_and_use_earlier_ones) {
-    const eels_class lib = read_composite_text(
-        ece({"rparms: a=3 b=2", "rparms_derived: s=$((a)+(b)) d=$((s)-(1k)) t=$((a)*(s)) q=$((t)/(b)) "
-                                "p=$((b)**(a)) e=$(exp(b)) si=$(sin(a)) co=$(cos(q))"}));
+    const eels_class lib =
+        read_composite_text(ece({"rparms: a=3 b=2",
+                                 "rparms_derived: s=$((a)+(b)) d=$((s)-(1k)) t=$((a)*(s)) q=$((t)/(b)) "
+                                 "p=$((b)**(a)) e=$(exp(b)) si=$(sin(a)) co=$(cos(q))"}));
     ASSERT_EQ(lib.n_rprm_plain(0), 2);
     ASSERT_EQ(lib.n_rprm_derived(0), 8);
     EXPECT_EQ(names(lib.list.rprm.name.pool),
@@ -288,14 +292,16 @@ TEST(eels_class, remembers_whether_any_composite_computes_its_parameters) {
 }
 
 TEST(eels_class, rows_of_all_tables_keep_step) {
-    const eels_class lib = read_composite_text(divider + ece({"ece name=top allow_ac=yes", "mainnodes: x y"},
-                                                             "callece divider a=x b=y\n", {}, "callece divider a=x b=y\n"));
+    const eels_class lib =
+        read_composite_text(divider + ece({"ece name=top allow_ac=yes", "mainnodes: x y"}, "callece divider a=x b=y\n",
+                                          {}, "callece divider a=x b=y\n"));
     for (const element_table* t : {&lib.be, &lib.beac}) {
         const int n = static_cast<int>(t->i_be.size());
         EXPECT_EQ(t->first_be.back(), n);
         EXPECT_EQ(static_cast<int>(t->name.size()), n);
-        for (const row_table<int>* r : {&t->node, &t->dgtl, &t->vr, &t->xvr, &t->in, &t->in_flag, &t->ib, &t->ib_flag,
-                                        &t->iprm, &t->iprm_flag, &t->sprm_flag, &t->rprm_flag, &t->sv_flag, &t->ig_flag})
+        for (const row_table<int>* r :
+             {&t->node, &t->dgtl, &t->vr, &t->xvr, &t->in, &t->in_flag, &t->ib, &t->ib_flag, &t->iprm, &t->iprm_flag,
+              &t->sprm_flag, &t->rprm_flag, &t->sv_flag, &t->ig_flag})
             EXPECT_EQ(r->n_rows(), n);
         for (const row_table<double>* r : {&t->rprm, &t->sv, &t->ig}) EXPECT_EQ(r->n_rows(), n);
     }

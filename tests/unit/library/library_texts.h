@@ -25,9 +25,9 @@ inline std::string edited(lines text, const lines& replaced, const std::string& 
 }
 
 inline const lines ebe_header = {
-    "ebe name=x",     "Jacobian: constant", "nodes:", "ind_nodes:", "ind_branches:",  "iparms:",
-    "sparms:",        "rparms:",            "local_var:", "aux_var:", "aux_var_startup:", "digital_nodes:",
-    "main_var:",      "xvar:",              "stparms:",   "igparms:", "no_functions 0"};
+    "ebe name=x", "Jacobian: constant", "nodes:",        "ind_nodes:",       "ind_branches:",  "iparms:",   "sparms:",
+    "rparms:",    "local_var:",         "aux_var:",      "aux_var_startup:", "digital_nodes:", "main_var:", "xvar:",
+    "stparms:",   "igparms:",           "no_functions 0"};
 
 // An electrical entry: some header lines replaced, the function lines (the last replacement says how many), its code.
 inline std::string ebe(const lines& replaced, const std::string& functions = "",
@@ -35,15 +35,15 @@ inline std::string ebe(const lines& replaced, const std::string& functions = "",
     return edited(ebe_header, replaced) + functions + code;
 }
 inline std::string ebe_ac(const lines& replaced, const std::string& functions = "") {
-    return edited({"ebe_ac name=x", "nodes:", "ind_nodes:", "ind_branches:", "iparms:", "sparms:", "rparms:", "aux_var:",
-                   "main_var:", "no_functions 0"},
+    return edited({"ebe_ac name=x", "nodes:", "ind_nodes:", "ind_branches:", "iparms:", "sparms:", "rparms:",
+                   "aux_var:", "main_var:", "no_functions 0"},
                   replaced) +
            functions + "C: compiled\nendebe_ac\n";
 }
 
-inline const lines ece_header = {
-    "ece name=x", "begin_dc",       "mainnodes:", "auxnodes:", "outvar:", "bias:",   "stparms:", "igparms:",      "ind_nodes:",
-    "ind_branches:", "digital_nodes:", "main_var:",  "xvar:",     "iparms:", "sparms:", "rparms:",  "rparms_derived:"};
+inline const lines ece_header = {"ece name=x", "begin_dc", "mainnodes:", "auxnodes:",     "outvar:",        "bias:",
+                                 "stparms:",   "igparms:", "ind_nodes:", "ind_branches:", "digital_nodes:", "main_var:",
+                                 "xvar:",      "iparms:",  "sparms:",    "rparms:",       "rparms_derived:"};
 inline const lines ece_middle = {"end_dc", "C:", "endC", "begin_ac", "outvar_ac:", "ind_nodes_ac:", "ind_branches_ac:"};
 
 // A composite: header lines replaced, body of the DC half, lines of the AC half replaced, body of the AC half.
@@ -73,8 +73,9 @@ inline const std::string small_ebes =
     ebe({"ebe name=ground_dummy_1", "nodes: g"});
 inline const std::string small_ebac =
     ebe_ac({"ebe_ac name=r", "nodes: p n", "rparms: r=1 k=1", "no_functions 2"}, "f_p v(p) v(n)\nf_n v(p) v(n)\n") +
-    ebe_ac({"ebe_ac name=bias", "nodes: p n", "iparms: ac_parm_be=-1", "rparms: g=0 c=0", "aux_var: i", "no_functions 3"},
-           "f_p i\nf_n i\nf_i v(p) v(n) i\n") +
+    ebe_ac(
+        {"ebe_ac name=bias", "nodes: p n", "iparms: ac_parm_be=-1", "rparms: g=0 c=0", "aux_var: i", "no_functions 3"},
+        "f_p i\nf_n i\nf_i v(p) v(n) i\n") +
     ebe_ac({"ebe_ac name=sense", "nodes: p n", "ind_nodes: cp cn", "ind_branches: br", "no_functions 2"},
            "f_p volt(cp) volt(cn) cur(br)\nf_n volt(cp) volt(cn) cur(br)\n");
 

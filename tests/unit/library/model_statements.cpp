@@ -8,11 +8,10 @@
 
 namespace {
 
-const std::string composites =
-    ece({"ece name=part", "mainnodes: a b", "iparms: m=1", "sparms: s=none", "rparms: r=10 k=1", "stparms: u=2",
-         "igparms: g=3", "rparms_derived: d=$((r)*(k))"},
-        "ebe type=r p=a n=b r=d\n") +
-    ece({"ece name=other", "mainnodes: a b", "rparms: r=10"}, "ebe type=r p=a n=b r=r\n");
+const std::string composites = ece({"ece name=part", "mainnodes: a b", "iparms: m=1", "sparms: s=none",
+                                    "rparms: r=10 k=1", "stparms: u=2", "igparms: g=3", "rparms_derived: d=$((r)*(k))"},
+                                   "ebe type=r p=a n=b r=d\n") +
+                               ece({"ece name=other", "mainnodes: a b", "rparms: r=10"}, "ebe type=r p=a n=b r=r\n");
 
 struct deck {
     circuit_file cf;
@@ -64,8 +63,8 @@ TEST(ecem_class, marks_its_statements_and_no_others) {
 }
 
 TEST(ecem_class, a_model_is_found_by_name_and_type_and_the_first_wins) {
-    const model_class m = models_of(
-        deck_of("emodel name=m type=other\nemodel name=m type=part r=1\nemodel name=m type=part r=2\n"));
+    const model_class m =
+        models_of(deck_of("emodel name=m type=other\nemodel name=m type=part r=1\nemodel name=m type=part r=2\n"));
     EXPECT_EQ(m.find("m", 0), 1);
     EXPECT_EQ(m.find("m", 1), 0);
     EXPECT_EQ(m.find("n", 0), -1);
@@ -79,10 +78,8 @@ TEST(ecem_class, faults_of_a_statement) {
         {"emodel nam=m type=part\n", not_in_list("name", "ecem_class: name not found", "find_word_4")},
         {"emodel name=m typ=part\n", not_in_list("type", "ecem_class: type not found", "find_word_4")},
         {"emodel name=m type=zz\n", not_in_list("zz", "ecem_class: eels_name not found")},
-        {"emodel name=m type=part rr=1\n",
-         "ecem_class: some word has not been ticked.\n   word: rr\n   Halting...\n"},
-        {"emodel name=m type=part d=1\n",
-         "ecem_class: some word has not been ticked.\n   word: d\n   Halting...\n"},
+        {"emodel name=m type=part rr=1\n", "ecem_class: some word has not been ticked.\n   word: rr\n   Halting...\n"},
+        {"emodel name=m type=part d=1\n", "ecem_class: some word has not been ticked.\n   word: d\n   Halting...\n"},
         {"emodel name=m type=part r=1 r=2\n",
          "ecem_class: some word has not been ticked.\n   word: r\n   Halting...\n"},
         {"emodel name=m type=part r=x\n",
@@ -112,7 +109,8 @@ TEST(model_statements, each_family_has_its_own_words) {
     }
 }
 
-// ---- dumps -----------------------------------------------------------------------------------------------------------------
+// ---- dumps
+// -----------------------------------------------------------------------------------------------------------------
 
 TEST(dumps, begin_with_the_class_and_its_totals) {
     std::ostringstream out;

@@ -160,11 +160,11 @@ TEST_P(every_element, writes_derivatives_only_where_its_lines_declare_them) {
     for (std::size_t i = 0; i < 7; ++i) {
         const jacobian_map::one_kind& declared = u.lib.map.entry[static_cast<std::size_t>(u.e)][i];
         for (int j = 0; j < u.jac.n_f; ++j)
-            for (int k = 0; k < declared.n_var; ++k)
-                if (declared.map[static_cast<std::size_t>(j * declared.n_var + k)] < 0) {
-                    EXPECT_EQ(u.jac.store[static_cast<std::size_t>(u.jac.offset(kinds[i], j, k))], 0.0)
-                        << "kind " << kinds[i] << ", function " << j << ", variable " << k;
-                }
+            for (int k = 0; k < declared.n_var; ++k) {
+                if (declared.map[static_cast<std::size_t>(j * declared.n_var + k)] >= 0) continue;
+                EXPECT_EQ(u.jac.store[static_cast<std::size_t>(u.jac.offset(kinds[i], j, k))], 0.0)
+                    << "kind " << kinds[i] << ", function " << j << ", variable " << k;
+            }
     }
 }
 

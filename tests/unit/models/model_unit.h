@@ -29,7 +29,8 @@ inline const ebac_class& installed_ebac() {
     return lib;
 }
 
-template <class T> std::vector<T> default_values(const pair_list<T>& list, int e) {
+template <class T>
+std::vector<T> default_values(const pair_list<T>& list, int e) {
     std::vector<T> all;
     for (int j = 0; j < list.count(e); ++j) all.push_back(list.value(e, j));
     return all;
@@ -81,7 +82,8 @@ struct model_unit {
                  &math_cnst);
     }
     // One call with these switches on.
-    template <class... F> void call(F... switches) {
+    template <class... F>
+    void call(F... switches) {
         flags.init_flags();
         ((flags.*switches = 1), ...);
         call();

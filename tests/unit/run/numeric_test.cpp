@@ -270,6 +270,18 @@ TEST(interp_linear_1, goes_through_both_points) {
     EXPECT_HALT(interp_linear_1(0, 2, 2, 0, 1, y), "interp_linear_1: x1 = 2, x2 = 2\n");
 }
 
+TEST(norms, keep_nan_wherever_it_stands) {
+    const double first[] = {NAN, 1}, last[] = {1, NAN}, zero[] = {0, 0};
+    for (const double* v : {first, last}) {
+        double r;
+        norm_2_avg(2, v, r);
+        EXPECT_TRUE(std::isnan(r));
+        norm_inf(2, v, r);
+        EXPECT_TRUE(std::isnan(r));
+        EXPECT_TRUE(std::isnan(norm_abs_diff_double(2, v, zero)));
+    }
+}
+
 TEST(norms, follow_their_definitions) {
     const double v[] = {3, -4, 0, 0}, w[] = {3, 4, 1, 0};
     double r;

@@ -168,6 +168,26 @@ TEST(elimination, order_and_inverse_order_agree) {
     }
 }
 
+TEST(elimination, tables_of_a_long_ladder_grow_with_its_length_only) {
+    std::mt19937 rng(6);
+    const int n = 20000;
+    test_system<double> s = random_ladder<double>(n, rng);
+    for (std::size_t k = 0; k < s.val.size(); ++k)
+        if (s.m.row[k] == s.m.col[k]) s.val[k] += 3;  // no near ties that would leave the natural order
+    elimination<double> e = ordered(s);
+    fast_solve_jac(e, s, 1, 0, 1, 3);
+    EXPECT_LT(e.row_w.size(), 4u * n);
+    EXPECT_LT(e.compact.steps.size(), 8u * n);
+    EXPECT_LT(e.compact.w.capacity(), 8u * n);
+    EXPECT_EQ(e.lists.mat_op_2.capacity(), 0u);
+    double worst = 0;
+    std::vector<double> left = s.rhs;
+    for (std::size_t k = 0; k < s.val.size(); ++k)
+        left[static_cast<size_t>(s.m.row[k])] -= s.val[k] * e.sol_w[static_cast<size_t>(s.m.col[k])];
+    for (const double x : left) worst = std::max(worst, std::fabs(x));
+    EXPECT_LT(worst, 1e-12);
+}
+
 // ---- stops of the elimination
 // -------------------------------------------------------------------------------------------
 

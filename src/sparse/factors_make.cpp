@@ -1,0 +1,205 @@
+#include <algorithm>
+#include <complex>
+
+#include "sparse/arithmetic.h"
+#include "sparse/factors.h"
+
+namespace {
+
+using std::size_t;
+
+template <class V>
+auto& at(V& v, int i) {
+    return v[static_cast<size_t>(i)];
+}
+
+constexpr bool is_real(double) { return true; }
+constexpr bool is_real(const complex_value&) { return false; }
+
+// A fill-in begins as minus a product. For real numbers that is -0.0 minus the
+// product in all bits, so the start value serves; a complex product cancels
+// within itself, and the first operation is told apart.
+template <class T>
+constexpr T fill_start = T(0);
+template <>
+constexpr double fill_start<double> = -0.0;
+
+// Fewest pivots that are worth a segment of their own; most rows that are run
+// step by step.
+constexpr int m_chain = 4, m_dense = 6;
+
+// First row from which on the matrix is full.
+template <class T>
+int first_dense(const factors<T>& f) {
+    if (!is_real(T{})) return f.n;  // the first value of a fill-in is told apart by level only
+    int start = f.n, reach = 0;     // reach: the lowest column that all rows from
+                                    // start on have filled to the end
+    for (int p = f.n - 1; p >= 0; --p) {
+        int e = at(f.first, p + 1) - 1, c = f.n - 1;
+        while (e >= at(f.first, p) && at(f.col, e) == c) --e, --c;
+        reach = std::max(reach, c + 1);
+        if (reach > p) break;
+        start = p;
+    }
+    return start;
+}
+
+template <class T>
+bool links_next_only(const factors<T>& f, const std::vector<int>& n_lower, int p) {
+    if (at(f.first, p + 1) != at(f.diag, p) + 2 || at(f.col, at(f.diag, p) + 1) != p + 1 || at(n_lower, p) != 1)
+        return false;
+    const int low = at(f.diag, p + 1) - 1;  // the column's only entry is in the next row, behind all others there
+    return low >= at(f.first, p + 1) && at(f.col, low) == p;
+}
+
+// Tables of pivots that run one by one.
+template <class T>
+struct step_maker {
+    factors<T>& f;
+    const std::vector<int>& first_low;  // [n + 1]    lower entries by column
+    const std::vector<int>& low;        // [n_lower]  entry
+    const std::vector<int>& low_row;    // [n_lower]  its row
+    int nnz_m;
+    std::vector<unsigned char> begun;  // [n_entry]  1: a fill-in that has its first value
+    std::vector<int> targets;          // of one row, for the pivot's upper entries
+    std::vector<int> two, one;         // of one row: target and upper entry, by turns
+
+    bool is_first_value(int t) const { return !is_real(T{}) && at(f.source, t) == nnz_m && !at(begun, t); }
+    // A target as the steps name it.
+    int name_of(int t) {
+        if (!is_first_value(t)) return t;
+        at(begun, t) = 1;
+        return ~t;
+    }
+
+    void find_targets(int i, int low_entry) {
+        targets.clear();
+        for (int j = at(f.diag, i) + 1, e = low_entry + 1; j < at(f.first, i + 1); ++j, ++e) {
+            while (at(f.col, e) != at(f.col, j)) ++e;
+            targets.push_back(e);
+        }
+    }
+
+    // Neighbouring targets from the j-th on that none but the first of them ends:
+    // 4, 2 or 1.
+    int width_at(int j, int n_up) const {
+        int n = 1;
+        while (n < 4 && j + n < n_up && at(targets, j + n) == at(targets, j) + n) ++n;
+        for (int k = 0; k < n; ++k)
+            if (is_first_value(at(targets, j + k))) return 1;
+        return n == 3 ? 2 : n;
+    }
+
+    void add_runs(int n_up) {
+        const size_t counts = f.steps.size();
+        f.steps.insert(f.steps.end(), {0, 0, 0});
+        two.clear();
+        one.clear();
+        for (int j = 0, width = 0; j < n_up; j += width) {
+            width = width_at(j, n_up);
+            std::vector<int>& list = width == 4 ? f.steps : width == 2 ? two : one;
+            list.insert(list.end(), {name_of(at(targets, j)), j});
+            ++f.steps[counts + (width == 4 ? 0 : width == 2 ? 1 : 2)];
+        }
+        f.steps.insert(f.steps.end(), two.begin(), two.end());
+        f.steps.insert(f.steps.end(), one.begin(), one.end());
+    }
+
+    void add_step(int i) {
+        const int n_entry = static_cast<int>(f.col.size()), n_up = at(f.first, i + 1) - at(f.diag, i) - 1;
+        f.steps.insert(f.steps.end(), {at(f.diag, i), n_entry + i, n_up, at(first_low, i + 1) - at(first_low, i)});
+        for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) {
+            f.steps.insert(f.steps.end(), {at(low, q), n_entry + at(low_row, q)});
+            find_targets(i, at(low, q));
+            if (n_up >= m_long)
+                add_runs(n_up);
+            else
+                for (const int t : targets) f.steps.push_back(name_of(t));
+        }
+    }
+};
+
+template <class T>
+void make_segments(factors<T>& f, int nnz_m) {
+    // Lower entries by column.
+    std::vector<int> first_low(static_cast<size_t>(f.n) + 1, 0), n_lower(static_cast<size_t>(f.n), 0);
+    for (int p = 0; p < f.n; ++p)
+        for (int e = at(f.first, p); e < at(f.diag, p); ++e) ++at(n_lower, at(f.col, e));
+    for (int i = 0; i < f.n; ++i) at(first_low, i + 1) = at(first_low, i) + at(n_lower, i);
+    std::vector<int> low(static_cast<size_t>(first_low.back())), low_row(low.size()), next = first_low;
+    for (int p = 0; p < f.n; ++p)
+        for (int e = at(f.first, p); e < at(f.diag, p); ++e) {
+            const int q = at(next, at(f.col, e))++;
+            at(low, q) = e;
+            at(low_row, q) = p;
+        }
+    f.segments.clear();
+    f.steps.clear();
+
+    const int dense_from = first_dense(f), n_sparse = f.n - dense_from >= m_dense ? dense_from : f.n;
+    step_maker<T> maker{f, first_low, low, low_row, nnz_m, std::vector<unsigned char>(f.col.size(), 0), {}, {}, {}};
+    int from = 0;  // first row that is in no segment yet
+    const auto close = [&](int end) {
+        if (from == end) return;
+        segment s{segment::steps, from, end, static_cast<int>(f.steps.size()), 0};
+        for (int i = from; i < end; ++i) maker.add_step(i);
+        s.to_step = static_cast<int>(f.steps.size());
+        f.segments.push_back(s);
+        from = end;
+    };
+    for (int p = 0; p < n_sparse; ++p) {
+        int end = p;
+        while (end < n_sparse && end < f.n - 1 && links_next_only(f, n_lower, end) &&
+               (is_real(T{}) || at(f.source, at(f.diag, end + 1)) < nnz_m))
+            ++end;
+        if (end - p < m_chain) continue;
+        close(p);
+        f.segments.push_back({segment::chain, p, end, 0, 0});
+        from = end;
+        p = end - 1;
+    }
+    close(n_sparse);
+    if (n_sparse < f.n) f.segments.push_back({segment::dense, n_sparse, f.n, 0, 0});
+}
+
+}  // namespace
+
+template <class T>
+void make_factors(factors<T>& f, int n, const std::vector<int>& row_w, const std::vector<int>& col_w, int nnz_m,
+                  const std::vector<T>& val_w, const T* val_m) {
+    const size_t n_entry = row_w.size();
+    f.n = n;
+    f.standing = false;
+    // Slots by column, then by row: ascending columns within each row.
+    std::vector<int> start(static_cast<size_t>(n) + 1, 0), by_col(n_entry), by_row(n_entry);
+    for (const int c : col_w) ++at(start, c + 1);
+    for (int i = 0; i < n; ++i) at(start, i + 1) += at(start, i);
+    for (size_t k = 0; k < n_entry; ++k) at(by_col, at(start, col_w[k])++) = static_cast<int>(k);
+    f.first.assign(static_cast<size_t>(n) + 1, 0);
+    for (const int r : row_w) ++at(f.first, r + 1);
+    for (int i = 0; i < n; ++i) at(f.first, i + 1) += at(f.first, i);
+    start.assign(f.first.begin(), f.first.end());
+    for (const int k : by_col) at(by_row, at(start, at(row_w, k))++) = k;
+
+    f.diag.assign(static_cast<size_t>(n), -1);
+    f.col.resize(n_entry);
+    f.source.resize(n_entry);
+    f.w.assign(n_entry + static_cast<size_t>(n), T(0));
+    for (size_t e = 0; e < n_entry; ++e) {
+        const int k = by_row[e];
+        f.col[e] = at(col_w, k);
+        f.source[e] = std::min(k, nnz_m);
+        f.w[e] = at(val_w, k);
+        if (at(row_w, k) == f.col[e]) at(f.diag, f.col[e]) = static_cast<int>(e);
+    }
+    f.given.assign(val_m, val_m + nnz_m);
+    f.given.push_back(fill_start<T>);
+
+    make_segments(f, nnz_m);
+}
+
+#define INSTANTIATE(T)                                                                                  \
+    template void make_factors(factors<T>&, int, const std::vector<int>&, const std::vector<int>&, int, \
+                               const std::vector<T>&, const T*);
+INSTANTIATE(double)
+INSTANTIATE(complex_value)

@@ -1,0 +1,3 @@
+# sides of the second tee
+emodel name=t type=tee
++ side=250

@@ -1,0 +1,142 @@
+// dc_fixture.h -- circuits of this build's own elements, ready to be solved, and models that a test makes up.
+#pragma once
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "analyses/dc.h"
+#include "analyses/evaluate.h"
+#include "analyses/newton.h"
+#include "analyses/run_state.h"
+#include "analyses/solution_vector.h"
+#include "analyses/sweep.h"
+#include "blocks/directives.h"
+#include "halt_throws.h"
+#include "run/driver.h"
+#include "temp_folder.h"
+
+inline std::string installed_text(const std::string& file) { return read_file(std::string(TARNEL_SHARE) + "/" + file); }
+
+inline tmpdim_class roomy_dimensions() {
+    tmpdim_class d;
+    d.m_ect_nd_tmp = d.m_gct_vr_tmp = d.m_dct_nd_tmp = d.m_xct_vr_tmp = 10000;
+    d.mnz_ebce = 10000;
+    d.f_mnz_w = 4;
+    d.m_matttlop2 = d.m_matttlop3 = 100000;
+    return d;
+}
+
+// A deck elaborated with the installed libraries, and with more entries behind them if a test needs some. What it says
+// on the console is in `text`. The test is in a folder of its own while this lives.
+struct dc_run {
+    temp_folder folder;
+    circuit c;
+    run_state r{c};
+    std::string text;
+
+    explicit dc_run(const std::string& circuit_block, const std::string& cards = "", const std::string& more_ebes = "",
+                    const std::string& more_eels = "") {
+        write_file("ebes.aux", installed_text("ebes.aux") + more_ebes);
+        write_file("ebac.aux", installed_text("ebac.aux"));
+        write_file("eels.aux", installed_text("eels.aux") + more_eels);
+        const constants_class constants;
+        c.cf =
+            circuit_file_of(file_chr_of("title: test\nbegin_circuit\nrefnode 0\n" + circuit_block +
+                                        "end_circuit\nbegin_solve\nsolve_type dc\n" + cards + "end_solve\nend_cf\n"));
+        read_library("ebes.aux", ebes_form, int_F, constants, c.lib.ebes);
+        read_library("ebac.aux", ebac_form, int_F, constants, c.lib.ebac);
+        read_eels_file("eels.aux", c.lib.ebes, c.lib.ebac, c.lib.eels);
+        c.gprm = read_gprm(c.cf);
+        c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
+        c.ov = read_ov(c.cf, c.gprm);
+        c.tmpdim = roomy_dimensions();
+        listen([&] { prepare_circuit(r); });
+    }
+
+    void listen(const std::function<void()>& f) {
+        const console_run heard = run_and_listen(f);
+        text += heard.text;
+        if (heard.stopped) throw halted{text};
+    }
+
+    // The block up to the first assembly: settings, start values, system.
+    void start() {
+        listen([&] {
+            read_block(r, 0);
+            define_offs_solvec_dc(r.mat, c);
+            define_method_type(r.slv, c.cct);
+            set_parm(r.slv, c);
+            one_time_parms(r);
+            init_sol(r);
+            set_mat_dc(r.mat, c, r.ebes1);
+        });
+        text.clear();
+    }
+    int unit_of(const std::string& instance) const {
+        return c.eelu.first_unit[static_cast<std::size_t>(c.eelu.find(instance))];
+    }
+    double node(const std::string& name) const {
+        const int lu = c.cct.ect.find(name);
+        return c.ebeu.val_nd[static_cast<std::size_t>(c.cct.ect.to_eu[static_cast<std::size_t>(lu)])];
+    }
+};
+
+// ---- models of a test
+// ------------------------------------------------------------------------------------------------
+
+struct model_call {
+    double *rparm, *v, *aux, *v_new, *f;
+    ebes1_class* jac;
+    flags_class* flags;
+
+    bool evaluates() const { return flags->dc && flags->function; }
+    // A branch from terminal 0 to terminal 1 with this current and conductance.
+    void branch(double i, double g) const {
+        if (flags->function) {
+            f[0] = i;
+            f[1] = -i;
+        }
+        if (flags->jacobian)
+            for (int j = 0; j < 2; ++j)
+                for (int k = 0; k < 2; ++k) jac->dfdv[j][k] = j == k ? g : -g;
+    }
+};
+using made_up_model = std::function<void(const model_call&)>;
+
+inline std::vector<made_up_model>& made_up_models() {
+    static std::vector<made_up_model> list;
+    return list;
+}
+inline void call_made_up_model(const int u, int*, char**, double* rparm, double*, double*, double* v, double*, double*,
+                               double* aux, double*, double*, double*, double*, double* v_new, double*, double*, int*,
+                               double* f, ebes1_class* jac, flags_class* flags, dp_class*, math_cnst_class*) {
+    made_up_models()[static_cast<std::size_t>(u)]({rparm, v, aux, v_new, f, jac, flags});
+}
+inline void use_model(run_state& r, int u, made_up_model model) {
+    made_up_models().resize(r.ebe.size());
+    made_up_models()[static_cast<std::size_t>(u)] = std::move(model);
+    r.ebe[static_cast<std::size_t>(u)].function = call_made_up_model;
+}
+
+// ---- whole runs
+// ------------------------------------------------------------------------------------------------------
+
+// Fills the current folder with the installed libraries and a deck.
+inline void make_working_folder(const std::string& deck) {
+    namespace fs = std::filesystem;
+    fs::create_directory(".tnlaux");
+    for (const fs::directory_entry& e : fs::directory_iterator(TARNEL_SHARE))
+        fs::copy(e.path(), ".tnlaux", fs::copy_options::overwrite_existing);
+    std::string dimensions;
+    for (const tmpdim_word& d : tmpdim_words())
+        dimensions += std::string(d.word) + " " + std::to_string(d.generous) + "\n";
+    write_file("tmpdim.in", dimensions);
+    write_file(".tnlaux/cct.in", deck);
+}
+
+// Runs the deck in the current folder.
+inline console_run run_here(const std::string& deck) {
+    make_working_folder(deck);
+    return run_and_listen(run_tarnel);
+}
