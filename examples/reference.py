@@ -4,15 +4,15 @@
     reference.py EXAMPLE ROWS > expect/...
 
 ROWS is a row file of a run; its times alone are read. The other columns come from here: closed forms where there are
-some, else the state equations of the circuit, written down by hand for each state of its switches, and followed in steps
-much finer than those of the run by the midpoint rule.
+some, else the state equations of the circuit, written down by hand for each state of its switches, and followed by the
+midpoint rule in steps finer than those of the run.
 """
 import math
 import sys
 
 
 def follow(rate, x, t_end, h, keep=lambda t, x: x):
-    """Points (t, shown values) of dx/dt = rate(t, x), kept in range by keep; rate gives the rates and the values to show."""
+    """Points (t, values to show) of dx/dt = rate(t, x)[0], shown as rate(t, x)[1]; keep holds x in its range."""
     points, n = [], int(round(t_end / h)) + 2
     for k in range(n):
         t = k * h
