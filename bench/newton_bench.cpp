@@ -40,9 +40,9 @@ struct newton_case {
     newton_case() {
         prepare_circuit(r);
         read_block(r, 0);
-        define_offs_solvec_dc(r.mat, c);
+        define_offs_solvec(r.mat, c, analysis::dc);
         define_method_type(r.slv, c.cct);
-        set_mat_dc(r.mat, c, r.ebes1);
+        set_mat(r.mat, c, r.ebes1, r.gbes1);
         r.flags.init_flags();
         start = r.mat.svec;
         limits.itmax = 500;
@@ -52,7 +52,7 @@ struct newton_case {
             limits.itmax = 5 + k;  // before convergence
             solve();
             svec[k] = r.mat.svec;
-            form_jac_rhs_dc(r, false);
+            form_jac_rhs(r, false);
             val_m[k] = r.mat.val_m;
             rhs_m[k] = r.mat.rhs_m;
         }
@@ -68,7 +68,7 @@ struct newton_case {
     void solve() {
         r.mat.svec = start;
         dcmp_solvec(r);
-        newton_dc(r, limits);
+        newton(r, limits);
     }
     void set_point() {
         turn ^= 1;
@@ -81,7 +81,7 @@ struct newton_case {
         for (int u = 0; u < c.ebeu.n(); ++u) get_ebe(r, u);
         r.flags.dc = r.flags.function = r.flags.jacobian = 0;
     }
-    void form() { form_jac_rhs_dc(r, false); }
+    void form() { form_jac_rhs(r, false); }
     void replay() {
         turn ^= 1;
         solve_jac(r.mat.e, r.mat.m, val_m[turn].data(), rhs_m[turn].data(), 1, 0, 0, 1, 3);

@@ -1,126 +1,28 @@
-// The linear solver beside KLU on the systems of circuits: a ladder, a grid, random circuits with a few hubs.
-//   bench_sparse                   the table, medians in microseconds
-//   bench_sparse --benchmark_...   the same cases one by one, as a Google Benchmark
+// The linear solver beside KLU, in one program on the same systems: ladders, random circuits with a few hubs, grids,
+// and the systems of decks.
+//   bench_sparse                                       two tables: beside KLU; beside the floors of the machine
+//   bench_sparse --one-replay FAMILY N literal|fast    one refactor and solve, in a function of that name, to be
+//   counted bench_sparse --benchmark_...                       the cases one by one, as a Google Benchmark
 #include <benchmark/benchmark.h>
 #include <klu.h>
 
 #include <algorithm>
-
 #include <cmath>
 #include <cstdio>
-#include <ctime>
-#include <random>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "measure.h"
 #include "sparse/elimination.h"
-#include "sparse/pattern.h"
+#include "sparse/literal.h"
+#include "sparse_cases.h"
+#include "sparse_floors.h"
 
 namespace {
 
 using std::size_t;
-
-// A matrix with two sets of values, so that no call meets those of the call before; the same in compressed columns.
-struct bench_case {
-    knuth<double> m;
-    std::vector<double> val[2], rhs;
-    std::vector<int> cc_cn, cc_row;
-    std::vector<double> cc_val[2];
-};
-
-class stamper {
-public:
-    explicit stamper(int n) : n_(n), rng_(static_cast<unsigned>(n)) {}
-    void entry(int i, int j, double x) {
-        if (i < 0 || j < 0) return;
-        const size_t slot = static_cast<size_t>(pattern_.add(i, j));
-        if (slot == val_.size()) val_.push_back(0);
-        val_[slot] += x;
-    }
-    // A branch between two nodes, -1 being the reference.
-    void conductance(int i, int j) {
-        const double g = std::pow(10.0, std::uniform_real_distribution<double>(-4, 0)(rng_));
-        entry(i, i, g);
-        entry(j, j, g);
-        entry(i, j, -g);
-        entry(j, i, -g);
-    }
-    // A source from node i to node j, with the unknown k for its current.
-    void source(int i, int j, int k) {
-        for (const auto& [node, x] : {std::pair{i, 1.0}, std::pair{j, -1.0}}) {
-            entry(node, k, x);
-            entry(k, node, x);
-        }
-    }
-    int pick(int n) { return static_cast<int>(rng_() % static_cast<unsigned>(n)); }
-    bench_case finish() {
-        bench_case c;
-        c.m = pattern_.finish<double>(n_, n_);
-        c.val[0] = c.val[1] = val_;
-        for (size_t k = 0; k < val_.size(); ++k)  // time steps and devices change the diagonal
-            if (c.m.row[k] == c.m.col[k]) c.val[1][k] *= 1.25;
-        c.rhs.resize(static_cast<size_t>(n_));
-        for (double& x : c.rhs) x = std::uniform_real_distribution<double>(-1, 1)(rng_);
-        for (int s = 0; s < 2; ++s) {
-            c.m.val = c.val[s];
-            knuth_to_col_compressed(c.m, c.cc_cn, c.cc_row, c.cc_val[s], false);
-        }
-        return c;
-    }
-
-private:
-    int n_;
-    std::mt19937 rng_;
-    pattern_builder pattern_;
-    std::vector<double> val_;
-};
-
-// A source at one end, a series branch and a shunt at each node.
-bench_case ladder(int n) {
-    stamper s(n);
-    s.source(0, -1, n - 1);
-    for (int i = 0; i < n - 1; ++i) {
-        s.conductance(i, -1);
-        if (i > 0) s.conductance(i - 1, i);
-    }
-    return s.finish();
-}
-
-bench_case grid(int n) {
-    const int side = static_cast<int>(std::lround(std::sqrt(n)));
-    stamper s(side * side);
-    for (int i = 0; i < side; ++i)
-        for (int j = 0; j < side; ++j) {
-            const int p = i * side + j;
-            s.conductance(p, -1);
-            if (j > 0) s.conductance(p - 1, p);
-            if (i > 0) s.conductance(p - side, p);
-        }
-    return s.finish();
-}
-
-// Branches between near nodes, a few far ones, two hubs that every twentieth node meets, one source in ten unknowns.
-bench_case circuit(int n) {
-    stamper s(n);
-    const int n_source = n / 10, n_node = n - n_source;
-    for (int i = 0; i < n_node; ++i) {
-        s.conductance(i, -1);
-        if (i > 0) s.conductance(i, i - 1 - s.pick(std::min(i, 4)));
-        if (i > 20 && s.pick(3) == 0) s.conductance(i, i - 5 - s.pick(15));
-        if (i > 0 && s.pick(40) == 0) s.conductance(i, s.pick(i));
-        if (i > 1 && s.pick(20) == 0) s.conductance(i, s.pick(2));
-    }
-    for (int k = 0; k < n_source; ++k) s.source(9 * k, k % 3 ? -1 : 9 * k + 3, n_node + k);
-    return s.finish();
-}
-
-// Largest n: beyond it the last pivots of a grid stand in a dense block where the pivot search ends (counts of 5000).
-struct family {
-    const char* name;
-    bench_case (*make)(int n);
-    int m_size;
-};
-constexpr family families[] = {{"ladder", ladder, 10000}, {"circuit", circuit, 10000}, {"grid", grid, 1000}};
 
 struct our_solver {
     const bench_case& c;
@@ -135,6 +37,7 @@ struct our_solver {
     void refactor() { run(next(), 0, 0, 1, 1); }
     void solve() { run(c.val[turn].data(), 1, 0, 1, 2); }
     void both() { run(next(), 1, 0, 1, 3); }
+    void again() { run(c.val[turn].data(), 1, 0, 1, 3); }  // the values of the last call
     double fill() const { return static_cast<double>(e.row_w.size()); }
     double flops() const { return 2.0 * e.n_matttlop2 + e.n_matttlop1 + e.n; }
 };
@@ -186,24 +89,6 @@ struct klu_solver {
     }
 };
 
-// Median over batches of the processor time of one call, microseconds.
-template <class F>
-double median_us(F call) {
-    const auto batch_us = [&](int n) {
-        const std::clock_t start = std::clock();
-        for (int i = 0; i < n; ++i) call();
-        return 1e6 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC / n;
-    };
-    batch_us(1);
-    const double once = std::max(batch_us(1), 0.05);
-    const int n_call = std::max(1, static_cast<int>(2000 / once)), n_batch = once > 1e5 ? 3 : 15;
-    if (once < 1e5) batch_us(n_call);
-    std::vector<double> t(static_cast<size_t>(n_batch));
-    for (double& x : t) x = batch_us(n_call);
-    std::nth_element(t.begin(), t.begin() + n_batch / 2, t.end());
-    return t[static_cast<size_t>(n_batch / 2)];
-}
-
 // Largest difference of the two solutions against the largest value.
 double disagreement(our_solver& a, klu_solver& b) {
     a.both();
@@ -218,42 +103,123 @@ double disagreement(our_solver& a, klu_solver& b) {
     return difference / largest;
 }
 
-// Least traffic of one refactor and solve: each value of the system and its slot, each factor written and read again
-// twice, each operation's target, right-hand side and solution. Bytes.
-double least_bytes(const our_solver& s) {
-    return 12.0 * s.c.m.nnz() + 4.0 * s.fill() + 8.0 * 4 * s.fill() + 4.0 * s.e.n_matttlop2 + 8.0 * 6 * s.e.n;
+constexpr const case_family* families[] = {&ladder_family, &circuit_family, &grid_family};
+constexpr int sizes[] = {10, 30, 100, 300, 1000, 3000, 10000};
+
+void for_all_cases(const std::function<void(const std::string&, const bench_case&)>& run) {
+    for (const case_family* f : families)
+        for (const int n : sizes)
+            if (n <= f->m_size) run(f->name, f->make(n));
+    for (const std::string& name : deck_names) run("deck " + name, deck_case(name));
 }
 
-void print_table() {
-    std::printf("Microseconds, medians; ratio: ours / KLU; apart: relative difference of the solutions.\n\n");
+// Time of n_cols right-hand sides at once by standing factors.
+constexpr int n_cols = 8;
+double columns_us(our_solver& s) {
+    std::vector<double> rhs, sol(s.c.rhs.size() * n_cols);
+    for (int k = 0; k < n_cols; ++k) rhs.insert(rhs.end(), s.c.rhs.begin(), s.c.rhs.end());
+    return median_us([&] { solve_columns(s.e, n_cols, rhs.data(), sol.data()); }, 9);
+}
+double columns_us(klu_solver& s) {
+    std::vector<double> rhs, sol;
+    for (int k = 0; k < n_cols; ++k) rhs.insert(rhs.end(), s.c.rhs.begin(), s.c.rhs.end());
+    return median_us(
+        [&] {
+            sol = rhs;
+            klu_solve(s.symbolic, s.numeric, s.c.m.n_row, n_cols, sol.data(), &s.common);
+        },
+        9);
+}
+
+// Medians of ours and KLU's, taken by turns, so that a busy machine slows both.
+struct two_times {
+    double ours, klu;
+};
+template <class A, class B>
+two_times measure(A ours, B klu) {
+    std::vector<two_times> t;
+    for (int k = 0; k < 5; ++k) t.push_back({median_us(ours, 5), median_us(klu, 5)});
+    std::sort(t.begin(), t.end(), [](auto& x, auto& y) { return x.ours / x.klu < y.ours / y.klu; });
+    return t[2];
+}
+
+void print_beside_klu() {
     std::printf(
-        "| family | n | first ours | KLU | ratio | refactor ours | KLU | solve ours | KLU | both ours | KLU | ratio "
-        "| fill ours | KLU | flops ours | KLU | flop/byte | ns/flop | apart |\n");
-    std::printf("|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n");
-    for (const family& f : families)
-        for (const int n : {10, 30, 100, 300, 1000, 3000, 10000}) {
-            if (n > f.m_size) break;
-            const bench_case c = f.make(n);
-            our_solver a(c);
-            klu_solver b(c);
-            const double apart = disagreement(a, b);
-            const double first_a = median_us([&] { a.first(); }), first_b = median_us([&] { b.first(); });
-            const double refactor_a = median_us([&] { a.refactor(); }), refactor_b = median_us([&] { b.refactor(); });
-            const double solve_a = median_us([&] { a.solve(); }), solve_b = median_us([&] { b.solve(); });
-            const double both_a = median_us([&] { a.both(); }), both_b = median_us([&] { b.both(); });
-            const double all_flops = a.flops() + 2.0 * a.fill();
-            std::printf(
-                "| %s | %d | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | %.4g | %.4g | %.4g | %.2f | %.0f | %.0f | "
-                "%.0f | %.0f | %.2f | %.2f | %.0e |%s\n",
-                f.name, c.m.n_row, first_a, first_b, first_a / first_b, refactor_a, refactor_b, solve_a, solve_b,
-                both_a, both_b, both_a / both_b, a.fill(), b.fill(), a.flops(), b.flops(), all_flops / least_bytes(a),
-                1e3 * both_a / all_flops, apart, a.e.compact_holds ? "" : " plain lists");
-            std::fflush(stdout);
-        }
+        "Microseconds; ratio: ours / KLU; again: same values once more, 8 columns: right-hand sides at once.\n"
+        "flops: of a refactor; ns/flop: refactor and solve; apart: relative difference of the solutions.\n\n"
+        "| system | n | first | KLU | ratio | refactor | KLU | solve | KLU | both | KLU | ratio | again | 8 columns "
+        "| KLU | fill | KLU | flops | KLU | ns/flop | KLU | apart |\n"
+        "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n");
+    for_all_cases([](const std::string& name, const bench_case& c) {
+        our_solver a(c);
+        klu_solver b(c);
+        const double apart = disagreement(a, b);
+        const two_times first = measure([&] { a.first(); }, [&] { b.first(); });
+        const two_times refactor = measure([&] { a.refactor(); }, [&] { b.refactor(); });
+        const two_times solve = measure([&] { a.solve(); }, [&] { b.solve(); });
+        const two_times both = measure([&] { a.both(); }, [&] { b.both(); });
+        const double again = median_us([&] { a.again(); }, 9);
+        const double a_flops = a.flops() + 2 * a.fill(), b_flops = b.flops() + 2 * b.fill();
+        std::printf(
+            "| %s | %d | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | %.4g | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | "
+            "%.0f | %.0f | %.0f | %.0f | %.3f | %.3f | %.0e |%s\n",
+            name.c_str(), c.m.n_row, first.ours, first.klu, first.ours / first.klu, refactor.ours, refactor.klu,
+            solve.ours, solve.klu, both.ours, both.klu, both.ours / both.klu, again, columns_us(a), columns_us(b),
+            a.fill(), b.fill(), a.flops(), b.flops(), 1e3 * both.ours / a_flops, 1e3 * both.klu / b_flops, apart,
+            a.e.compact_holds ? "" : " plain lists");
+        std::fflush(stdout);
+    });
+}
+
+void print_beside_floors() {
+    const machine_speed speed = measure_machine();
+    std::printf(
+        "\nThis machine: quotient %.2f ns, product %.2f ns, difference %.2f ns, each waiting for the last; "
+        "products and differences\nby pairs, none waiting: %.3f ns per flop. Copy speed is that within a block of "
+        "the replay's size.\n\n"
+        "| system | n | flops | bytes | copy, byte/ns | floors: flops, us | bytes, us | chain, us | refactor and "
+        "solve, "
+        "us | times the highest floor |\n|---|---|---|---|---|---|---|---|---|---|\n",
+        speed.divide_ns, speed.multiply_ns, speed.subtract_ns, speed.flop_ns);
+    for_all_cases([&](const std::string& name, const bench_case& c) {
+        our_solver s(c);
+        const replay_floor f = floor_of(s.e, c.m.nnz(), speed);
+        const double copy = copy_speed(f.bytes), took = median_us([&] { s.both(); }, 9);
+        const double by_flops = 1e-3 * f.flops * speed.flop_ns, by_bytes = 1e-3 * f.bytes / copy;
+        std::printf("| %s | %d | %.0f | %.0f | %.0f | %.4g | %.4g | %.4g | %.4g | %.1f |\n", name.c_str(), c.m.n_row,
+                    f.flops, f.bytes, copy, by_flops, by_bytes, 1e-3 * f.chain_ns, took,
+                    took / std::max({by_flops, by_bytes, 1e-3 * f.chain_ns}));
+        std::fflush(stdout);
+    });
+}
+
+// ---- one replay, for counting instructions
+[[gnu::noinline]] void one_replay(our_solver& s) { s.both(); }
+[[gnu::noinline]] int one_replay(elimination<double>& e, const bench_case& c) {
+    e.rhs_w = c.rhs;
+    return literal_gauss_2(e, c.m.nnz(), c.val[1].data(), 3, false);
+}
+
+int count_one_replay(std::string_view name, int n, std::string_view form) {
+    const case_family* const* f =
+        std::find_if(std::begin(families), std::end(families), [&](auto* x) { return x->name == name; });
+    if (f == std::end(families) || n < 1 || (form != "literal" && form != "fast")) {
+        std::printf("bench_sparse --one-replay ladder|circuit|grid N literal|fast\n");
+        return 1;
+    }
+    const bench_case c = (*f)->make(n);
+    if (form == "fast") {
+        our_solver s(c);
+        one_replay(s);
+        return 0;
+    }
+    elimination<double> e;
+    literal_gauss(e, c.m, c.val[0].data(), pivot_rule::by_values);
+    return one_replay(e, c);
 }
 
 template <class S>
-void run_benchmark(benchmark::State& state, const family& f, void (S::*call)()) {
+void run_benchmark(benchmark::State& state, const case_family& f, void (S::*call)()) {
     const bench_case c = f.make(static_cast<int>(state.range(0)));
     S solver(c);
     for (auto _ : state) (solver.*call)();
@@ -266,22 +232,25 @@ void register_solver(const std::string& who) {
         void (S::*call)();
     } const calls[] = {
         {"first", &S::first}, {"refactor", &S::refactor}, {"solve", &S::solve}, {"refactor_solve", &S::both}};
-    for (const family& f : families)
+    for (const case_family& f : families)
         for (const auto& c : calls)
-            benchmark::RegisterBenchmark((std::string(f.name) + "/" + c.what + "/" + who).c_str(),
-                                         [&f, call = c.call](benchmark::State& s) { run_benchmark<S>(s, f, call); })
+            benchmark::RegisterBenchmark((std::string(f->name) + "/" + c.what + "/" + who).c_str(),
+                                         [f, call = c.call](benchmark::State& s) { run_benchmark<S>(s, *f, call); })
                 ->Arg(30)
                 ->Arg(300)
-                ->Arg(std::min(3000, f.m_size));
+                ->Arg(std::min(3000, f->m_size));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc == 1) {
-        print_table();
+        print_beside_klu();
+        print_beside_floors();
         return 0;
     }
+    if (argc == 5 && std::string_view(argv[1]) == "--one-replay")
+        return count_one_replay(argv[2], std::atoi(argv[3]), argv[4]);
     register_solver<our_solver>("ours");
     register_solver<klu_solver>("klu");
     benchmark::Initialize(&argc, argv);

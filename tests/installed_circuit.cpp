@@ -5,7 +5,11 @@ libraries read_libraries_of(const std::string& folder) {
     libraries lib;
     read_library(folder + "/ebes.aux", ebes_form, int_F, constants, lib.ebes);
     read_library(folder + "/ebac.aux", ebac_form, int_F, constants, lib.ebac);
+    read_library(folder + "/gbes.aux", gbes_form, int_F, constants, lib.gbes);
+    read_library(folder + "/gbac.aux", gbac_form, int_F, constants, lib.gbac);
     read_eels_file(folder + "/eels.aux", lib.ebes, lib.ebac, lib.eels);
+    text_file gels = open_text_file(folder + "/gels.aux", "gels_class");
+    read_composites(gels, gels_form, lib.gbes, lib.gbac, lib.gels);
     return lib;
 }
 

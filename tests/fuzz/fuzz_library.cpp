@@ -86,13 +86,13 @@ void use_each_one(const libraries& lib) {
     run_state r(c);
     prepare_circuit(r);
     for (int i = 0; i < c.eelu.n; ++i) instance_changed(c, fam_e, i);
-    define_offs_solvec_dc(r.mat, c);
-    set_mat_dc(r.mat, c, r.ebes1);
+    define_offs_solvec(r.mat, c, analysis::dc);
+    set_mat(r.mat, c, r.ebes1, r.gbes1);
     init_guess(r);
     form_solvec(r);
-    form_jac_rhs_dc(r, false);
+    form_jac_rhs(r, false);
     find_ebe_cur_dc(r);
-    ebce_ov_prm(r);
+    ov_prm(r);
 }
 
 void read_all(std::string_view text, libraries& lib) {

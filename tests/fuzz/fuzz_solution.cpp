@@ -25,9 +25,9 @@ struct standing_circuit {
             prepare_circuit(*r);
             read_block(*r, 0);
             keep_short(*r);
-            define_offs_solvec_dc(r->mat, c);
+            define_offs_solvec(r->mat, c, analysis::dc);
             define_method_type(r->slv, c.cct);
-            set_mat_dc(r->mat, c, r->ebes1);
+            set_mat(r->mat, c, r->ebes1, r->gbes1);
         });
     }
 };

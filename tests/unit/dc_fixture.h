@@ -64,12 +64,12 @@ struct dc_run {
     void start() {
         listen([&] {
             read_block(r, 0);
-            define_offs_solvec_dc(r.mat, c);
+            define_offs_solvec(r.mat, c, analysis::dc);
             define_method_type(r.slv, c.cct);
             set_parm(r.slv, c);
             one_time_parms(r);
             init_sol(r);
-            set_mat_dc(r.mat, c, r.ebes1);
+            set_mat(r.mat, c, r.ebes1, r.gbes1);
         });
         text.clear();
     }

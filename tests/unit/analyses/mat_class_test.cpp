@@ -21,7 +21,7 @@ dense jacobian_of(const run_state& r) {
 std::vector<double> residual_at(run_state& r, const std::vector<double>& x) {
     r.mat.svec = x;
     dcmp_solvec(r);
-    form_jac_rhs_dc(r, true);
+    form_jac_rhs(r, true);
     return r.mat.rhs_m;
 }
 
@@ -63,12 +63,12 @@ const std::string crooked_ece =
     "end_ac\nendece\n";
 }  // namespace
 
-TEST(set_mat_dc, numbers_rows_by_first_use_and_prints_the_size) {
+TEST(set_mat, numbers_rows_by_first_use_and_prints_the_size) {
     // R1: rows 0 (a), 1 (b). V1: b is known, 0 has no row, its own equation is row 2. R2: c is row 3.
     dc_run t(
         "eelement name=R1 type=r p=a n=b\neelement name=V1 type=vsrcdc p=b n=0\neelement name=R2 type=r p=c n=a\n");
     t.listen([&] { read_block(t.r, 0); });
-    t.listen([&] { set_mat_dc(t.r.mat, t.c, t.r.ebes1); });
+    t.listen([&] { set_mat(t.r.mat, t.c, t.r.ebes1, t.r.gbes1); });
     EXPECT_EQ(t.text, "mat::set_mat_2: system matrix size is 4 x 4\n");
     const std::vector<int>& row = t.r.mat.ebce_row_of_func;
     const std::vector<int>& first = t.c.ebeu.unit.first_func;
@@ -82,7 +82,7 @@ TEST(set_mat_dc, numbers_rows_by_first_use_and_prints_the_size) {
     EXPECT_EQ(row[at(first[2] + 1)], 0);
 }
 
-TEST(set_mat_dc, a_kcl_function_on_the_reference_has_no_row_and_terms_on_it_disappear) {
+TEST(set_mat, a_kcl_function_on_the_reference_has_no_row_and_terms_on_it_disappear) {
     dc_run t("eelement name=R1 type=r p=a n=0\n");
     t.start();
     const slot_table& s = t.r.mat.ebe;
@@ -92,7 +92,7 @@ TEST(set_mat_dc, a_kcl_function_on_the_reference_has_no_row_and_terms_on_it_disa
     EXPECT_EQ(t.r.mat.m.nnz(), 1);
 }
 
-TEST(set_mat_dc, two_elements_on_the_same_nodes_share_their_entries) {
+TEST(set_mat, two_elements_on_the_same_nodes_share_their_entries) {
     dc_run t(
         "eelement name=R1 type=r p=a n=b r=2\neelement name=R2 type=r p=a n=b r=4\neelement name=R3 type=r p=b n=0\n");
     t.start();
@@ -104,50 +104,50 @@ TEST(set_mat_dc, two_elements_on_the_same_nodes_share_their_entries) {
     EXPECT_EQ(t.r.mat.m.nnz(), 4);
 }
 
-TEST(form_jac_rhs_dc, adds_the_units_once_however_often_it_is_called) {
+TEST(form_jac_rhs, adds_the_units_once_however_often_it_is_called) {
     dc_run t(
         "eelement name=R1 type=r p=a n=b r=2\neelement name=R2 type=r p=a n=b r=4\neelement name=R3 type=r p=b n=0\n");
     t.start();
     t.r.mat.svec = {3, 1};
     dcmp_solvec(t.r);
     for (int k = 0; k < 3; ++k) {
-        form_jac_rhs_dc(t.r, false);
+        form_jac_rhs(t.r, false);
         EXPECT_EQ(jacobian_of(t.r), (dense{{0.75, -0.75}, {-0.75, 1.75}}));
         EXPECT_EQ(t.r.mat.rhs_m, (std::vector<double>{1.5, -0.5}));
     }
 }
 
-TEST(form_jac_rhs_dc, a_row_of_one_function_replaces_what_stood_there) {
+TEST(form_jac_rhs, a_row_of_one_function_replaces_what_stood_there) {
     dc_run t("eelement name=V1 type=vsrcdc p=a n=0 vdc=5\neelement name=R1 type=r p=a n=0 r=1\n");
     t.start();
     t.r.mat.svec = {2, 0.5};
     dcmp_solvec(t.r);
     t.r.mat.rhs_m = {1e30, 1e30};
-    form_jac_rhs_dc(t.r, true);
+    form_jac_rhs(t.r, true);
     EXPECT_EQ(t.r.mat.rhs_m, (std::vector<double>{2.5, -3}));  // i_b + v/1, v - 5
 }
 
-TEST(form_jac_rhs_dc, without_the_matrix_leaves_the_matrix_alone) {
+TEST(form_jac_rhs, without_the_matrix_leaves_the_matrix_alone) {
     dc_run t("eelement name=R1 type=r p=a n=0 r=2\n");
     t.start();
-    form_jac_rhs_dc(t.r, false);
+    form_jac_rhs(t.r, false);
     t.r.mat.val_m[0] = 77;
-    form_jac_rhs_dc(t.r, true);
+    form_jac_rhs(t.r, true);
     EXPECT_EQ(t.r.mat.val_m[0], 77);
 }
 
-TEST(form_jac_rhs_dc, clears_the_count_of_capped_exponentials_and_all_switches) {
+TEST(form_jac_rhs, clears_the_count_of_capped_exponentials_and_all_switches) {
     dc_run t("eelement name=R1 type=r p=a n=0 r=2\n");
     t.start();
     for (const bool only_function : {true, false}) {
         t.r.flags.n_limit = 5;
-        form_jac_rhs_dc(t.r, only_function);
+        form_jac_rhs(t.r, only_function);
         EXPECT_EQ(t.r.flags.n_limit, 0);
         EXPECT_EQ(run_and_listen([&] { t.r.flags.write_all_true(); }).text, "");
     }
 }
 
-TEST(form_jac_rhs_dc, its_matrix_is_the_derivative_of_its_residual) {
+TEST(form_jac_rhs, its_matrix_is_the_derivative_of_its_residual) {
     // Central differences of every element at random points; the reference is in the middle of the node order.
     std::mt19937 rng(7);
     std::uniform_real_distribution<double> value(-1, 1);
@@ -160,7 +160,7 @@ TEST(form_jac_rhs_dc, its_matrix_is_the_derivative_of_its_residual) {
         for (double& v : x) v = value(rng);
         t.r.mat.svec = x;
         dcmp_solvec(t.r);
-        form_jac_rhs_dc(t.r, false);
+        form_jac_rhs(t.r, false);
         const dense a = jacobian_of(t.r);
         EXPECT_EQ(t.r.mat.rhs_m, residual_at(t.r, x));
         for (int c = 0; c < n; ++c) {
@@ -175,7 +175,7 @@ TEST(form_jac_rhs_dc, its_matrix_is_the_derivative_of_its_residual) {
     }
 }
 
-TEST(set_mat_dc, a_node_without_any_function_leaves_an_empty_row) {
+TEST(set_mat, a_node_without_any_function_leaves_an_empty_row) {
     // Squareness holds, as the node's row is counted; elimination tells.
     dc_run t("eelement name=X1 type=holding p=a n=0\n", "", "", holding_ece);
     t.start();
@@ -184,31 +184,31 @@ TEST(set_mat_dc, a_node_without_any_function_leaves_an_empty_row) {
     EXPECT_HALT(solve_linear_dc(t.r), "nnz_active_k_1: valmax_col=0. i_col=0\n  Singular matrix? Halting...\n");
 }
 
-TEST(set_mat_dc, an_empty_row_is_told_as_such) {
+TEST(set_mat, an_empty_row_is_told_as_such) {
     // `a` is reached by a function that does not depend on any node in dc.
     dc_run t("eelement name=C1 type=c p=a n=b\neelement name=R1 type=r p=b n=0\n");
     t.start();
     EXPECT_HALT(solve_linear_dc(t.r), "nnz_active_k_1: valmax_row=0. i_row=0\n  Singular matrix? Halting...\n");
 }
 
-TEST(set_mat_dc, an_empty_last_row_has_a_text_of_its_own) {
+TEST(set_mat, an_empty_last_row_has_a_text_of_its_own) {
     dc_run t("eelement name=C1 type=c p=a n=0\n");
     t.start();
     EXPECT_HALT(solve_linear_dc(t.r),
                 "gauss_1a: last row: zero pivot?\n   Error in Gauss elimination routine\n   zero pivot\n");
 }
 
-TEST(set_mat_dc, more_functions_than_unknowns_halts) {
+TEST(set_mat, more_functions_than_unknowns_halts) {
     dc_run t("eelement name=X1 type=crooked p=a n=0\n", "", crooked("", "f_x v(p)\n"), crooked_ece);
     t.listen([&] { read_block(t.r, 0); });
-    EXPECT_HALT(set_mat_dc(t.r.mat, t.c, t.r.ebes1),
+    EXPECT_HALT(set_mat(t.r.mat, t.c, t.r.ebes1, t.r.gbes1),
                 "mat::set_mat_2: system matrix is not square!\n  nrow_m = 2\n  ncol_m = 1\n  Halting...\n");
 }
 
-TEST(set_mat_dc, fewer_functions_than_unknowns_halts) {
+TEST(set_mat, fewer_functions_than_unknowns_halts) {
     dc_run t("eelement name=X1 type=crooked p=a n=0\n", "", crooked("i", ""), crooked_ece);
     t.listen([&] { read_block(t.r, 0); });
-    EXPECT_HALT(set_mat_dc(t.r.mat, t.c, t.r.ebes1),
+    EXPECT_HALT(set_mat(t.r.mat, t.c, t.r.ebes1, t.r.gbes1),
                 "mat::set_mat_2: system matrix is not square!\n  nrow_m = 1\n  ncol_m = 2\n  Halting...\n");
 }
 
@@ -227,7 +227,7 @@ TEST(bind_models, a_template_without_a_model_is_told_once_and_gives_zeros) {
              crooked_ece);
     EXPECT_EQ(t.text, "warning: no model function is registered for the element type crooked\n");
     t.start();
-    form_jac_rhs_dc(t.r, false);
+    form_jac_rhs(t.r, false);
     EXPECT_EQ(t.r.mat.rhs_m, std::vector<double>{0});
 }
 

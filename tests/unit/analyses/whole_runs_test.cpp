@@ -47,6 +47,19 @@ TEST(output_statement, all_words_at_once_write_their_files) {
         EXPECT_NE(ect.find(row), std::string::npos) << row;
 }
 
+TEST(output_statement, tables_are_written_without_a_solve_block_and_before_a_stray_line_is_seen) {
+    for (const std::string stray : {"", "resistor R9\n"}) {
+        const temp_folder folder;
+        const console_run heard = run_here("title: test\nbegin_circuit\nrefnode 0\noutput input ect ov\n" + divider +
+                                           stray + "end_circuit\nend_cf\n");
+        EXPECT_EQ(heard.stopped, !stray.empty());
+        EXPECT_EQ(heard.text, stray.empty() ? "TARNEL: Program completed.\n"
+                                            : "ccmain: illegal statement in circuit section?\n"
+                                              "  Check line starting with: resistor\n");
+        for (const char* file : {"input.dat", "ect.dat", "ov.dat"}) EXPECT_TRUE(fs::exists(file)) << file;
+    }
+}
+
 TEST(output_statement, debug_tells_where_the_run_is) {
     const temp_folder folder;
     EXPECT_EQ(run_here(deck("output debug\n" + divider, "")).text,
