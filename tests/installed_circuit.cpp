@@ -1,5 +1,9 @@
 #include "installed_circuit.h"
 
+#include "library/composite_form.h"
+#include "library/composite_reader.h"
+#include "run/text_file.h"
+
 libraries read_libraries_of(const std::string& folder) {
     const constants_class constants;
     libraries lib;

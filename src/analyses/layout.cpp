@@ -215,7 +215,7 @@ void allocate_system(mat_class& mat, const circuit& c) {
     if (nnz_ebce > mat.mnz_ebce)
         halt({"mat_class::ebce_mat_1_allocate:", "  nnz_ebce is too large. Halting..."});
     count.lay_blocks(nullptr);
-    if (count.nnz() - nnz_ebce > mat.mnz_gbce)
+    if (c.gbeu.n() > 0 && count.nnz() - nnz_ebce > mat.mnz_gbce)
         halt({"mat_class::gbce_mat_1_allocate:", "  nnz_gbce is too large. Halting..."});
 }
 
@@ -230,7 +230,7 @@ void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& e
         halt({line("ebce_mat_1_", mat.kind == analysis::startup ? "startup" : mat.kind == analysis::dc ? "dc" : "trns",
                    ": nnz_ebce is too large. Halting...")});
     lay.lay_blocks(&gbes1);
-    if (lay.nnz() - nnz_ebce > mat.mnz_gbce) halt({"gbce_mat_1: nnz_gbce is too large. Halting..."});
+    if (c.gbeu.n() > 0 && lay.nnz() - nnz_ebce > mat.mnz_gbce) halt({"gbce_mat_1: nnz_gbce is too large. Halting..."});
     const int n_row = lay.n_row();
     if (n_row != mat.n_svec)
         halt({"mat::set_mat_2: system matrix is not square!", line("  nrow_m = ", n_row),
