@@ -2,10 +2,12 @@
 
 #include "run/driver.h"
 #include "run/halt.h"
+#include "run/interrupt.h"
 
 int main() {
     std::ios::sync_with_stdio(false);
     std::cout.precision(10);
+    note_interrupts();
     run_tarnel();
     flush_all();
     return 0;
