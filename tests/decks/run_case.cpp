@@ -1,7 +1,7 @@
 // run_case.cpp -- runs one folder of tests/decks/ or examples/ and compares what comes out with what is expected.
 //
 //   <case>/deck.in   a deck, run with `tnl run`; other files beside it are its data files
-//   <case>/work/     instead: a whole working folder, in which the simulator is run as it is
+//   <case>/by_hand/  instead: a whole working folder, in which the simulator is run as it is
 //   <case>/why.md    where the expected numbers come from; an example tells it in its story.md
 //   <case>/expect/   console.txt       the whole text of the run
 //                    console_has.txt   lines of it that must appear, in this order
@@ -123,7 +123,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     const fs::path tnl = argv[1], tarnel = argv[2], folder = argv[3], scratch = argv[4], expect = folder / "expect";
-    const bool whole = fs::is_directory(folder / "work");
+    const bool whole = fs::is_directory(folder / "by_hand");
     if (whole == fs::exists(folder / "deck.in")) fault("a case has either deck.in or work/");
     if (!fs::exists(folder / "why.md") && !fs::exists(folder / "story.md"))
         fault("why.md is missing: where do the expected numbers come from?");
@@ -131,7 +131,7 @@ int main(int argc, char** argv) {
 
     fs::remove_all(scratch);
     fs::create_directories(scratch.parent_path());
-    fs::copy(whole ? folder / "work" : folder, scratch, fs::copy_options::recursive);
+    fs::copy(whole ? folder / "by_hand" : folder, scratch, fs::copy_options::recursive);
     if (!whole) {
         fs::remove_all(scratch / "expect");
         fs::remove(scratch / "why.md");
