@@ -129,7 +129,7 @@ void find_functions_of(run_state& r, const std::vector<int>& units, bool with_dd
         if (with_ddt) {
             const double* f = r.ebe[at(u)].f;
             const int s = e.unit.i_lib[at(u)], first = t.first_f[at(s)];
-            for (int j = 0; j < e.nd.size(u); ++j)
+            for (int j = 0; j < std::min(e.nd.size(u), t.n_func(s)); ++j)
                 if (t.flag_kcl[at(first + j)]) e.cur_nd[at(e.nd.first[at(u)] + j)] = f[j];
         }
         for (int d = mat.kcl_ddt.first[at(u)]; d < mat.kcl_ddt.first[at(u) + 1]; ++d) {

@@ -1,51 +1,15 @@
-#include <array>
 #include <sstream>
 
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"
-#include "library/basic_reader.h"
-#include "library/composite_reader.h"
 #include "library/dumps.h"
+#include "library_parts.h"
 #include "run/driver.h"
 #include "small_runs.h"
 #include "targets.h"
 
 namespace {
-// The text has up to three parts with a line of "====" between: elements, small-signal elements, composites. Elements
-// that are left out, here or there, are the installed ones.
-constexpr std::string_view between_parts = "====\n";
-
-struct parts {
-    std::array<std::string_view, 3> text;
-};
-parts cut_parts(std::string_view text) {
-    parts p;
-    for (std::string_view& part : p.text) {
-        const std::size_t end = text.find(between_parts);
-        part = text.substr(0, end);
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + between_parts.size());
-    }
-    return p;
-}
-
-void read_elements(std::string_view text, const library_form& form, const basic_library& otherwise,
-                   basic_library& lib) {
-    if (text.empty()) {
-        lib = otherwise;
-        return;
-    }
-    text_file file = text_file_of(text);
-    glue_text glue;
-    read_library_text(file, form, &glue, lib);
-    std::ostringstream out;
-    for (const int mode : {1, 2}) write_ebes_c_1(out, form, lib, mode);
-    write_registration(out, form, lib);
-    file.at = 0;
-    basic_library without_glue;
-    read_library_text(file, form, nullptr, without_glue);
-}
-
 // A composite of one element with a current of its own, which others can sense; e if there is none.
 int sensed_by(const libraries& lib, int e) {
     const element_table& be = lib.eels.be;
@@ -96,11 +60,10 @@ void use_each_one(const libraries& lib) {
 }
 
 void read_all(std::string_view text, libraries& lib) {
-    const parts p = cut_parts(text);
-    read_elements(p.text[0], ebes_form, installed_libraries().ebes, lib.ebes);
-    read_elements(p.text[1], ebac_form, installed_libraries().ebac, lib.ebac);
-    text_file file = text_file_of(p.text[2]);
-    read_composites(file, eels_form, lib.ebes, lib.ebac, lib.eels);
+    const auto part = cut_parts(text);
+    read_elements(part[0], ebes_form, installed_libraries().ebes, lib.ebes);
+    read_elements(part[1], ebac_form, installed_libraries().ebac, lib.ebac);
+    read_composites_of(part[2], eels_form, lib.ebes, lib.ebac, lib.eels);
 }
 }  // namespace
 

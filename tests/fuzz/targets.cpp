@@ -79,7 +79,8 @@ void add_form(const library_form& form, word_set& all) {
     for (const list_line& l : form.lines) all.insert(l.keyword);
 }
 
-std::string library_words() {
+// Words of elements and composites of one family.
+std::string words_of_family(const library_form& form, const library_form& form_ac, const composite_form& composites) {
     word_set all = {"====\\x0a",
                     "name=",
                     "Jacobian: constant",
@@ -100,16 +101,15 @@ std::string library_words() {
                     "prototypes:",
                     "variables:",
                     "source:",
+                    "begin_dc",
                     "end_dc",
+                    "begin_ac",
                     "end_ac",
                     "allow_ac=yes",
-                    "ac_parm_be=",
                     "acparm_map:",
-                    "ebemodel",
-                    "ecemodel",
                     "callece",
-                    "ebe_acmodel",
                     "nodev_of_",
+                    "var_of_",
                     "pwr_elec_of_",
                     "_of_",
                     "compute_rparms=yes",
@@ -118,11 +118,23 @@ std::string library_words() {
                     "model="};
     all.insert(numbers.begin(), numbers.end());
     all.insert(expressions.begin(), expressions.end());
-    add_form(ebes_form, all);
-    add_form(ebac_form, all);
-    all.insert({eels_form.keyword, std::string("end") + eels_form.keyword, std::string(eels_form.element) + "_ac"});
-    for (const auto& lines : {eels_form.dc_lines, eels_form.ac_lines})
+    add_form(form, all);
+    add_form(form_ac, all);
+    const std::string element = composites.element;
+    all.insert({composites.keyword, std::string("end") + composites.keyword, std::string("call") + composites.keyword,
+                element + "_ac", element + "model", composites.keyword + std::string("model"), element + "_acmodel",
+                "ac_parm_be="});
+    for (const auto& lines : {composites.dc_lines, composites.ac_lines})
         for (const header_line& l : lines) all.insert(l.keyword);
+    return as_dictionary(all);
+}
+
+std::string library_words() { return words_of_family(ebes_form, ebac_form, eels_form); }
+std::string block_words() { return words_of_family(gbes_form, gbac_form, gels_form); }
+
+std::string data_words() {
+    word_set all(numbers.begin(), numbers.end());
+    all.insert({"\\x0a", "\\x0d\\x0a", "\\x09", "+", "#", "none"});
     return as_dictionary(all);
 }
 
@@ -149,6 +161,8 @@ std::string text_words() {
 constexpr fuzz_target targets[] = {
     {"deck", fuzz_deck, deck_words},
     {"library", fuzz_library, library_words},
+    {"blocks", fuzz_blocks, block_words},
+    {"data", fuzz_data, data_words},
     {"expression", fuzz_expression, expression_words},
     {"solution", fuzz_solution, solution_words},
     {"words", fuzz_words, text_words},
