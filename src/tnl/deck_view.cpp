@@ -79,7 +79,10 @@ std::vector<row_file> row_files(const deck_view& deck) {
         for (int i = block.begin; i < block.end; ++i) {
             if (!f.begins(i, "filename") || f.n_words(i) < 2) continue;
             row_file file{std::string(f.word(i, 1)), {}, i, true};
-            if (kind == "trns" || kind == "ssw") file.columns.push_back("time");
+            bool harmonics = false;
+            for (int j = 2; j + 1 < f.n_words(i); ++j)
+                harmonics = harmonics || (f.word(i, j) == "fourier" && f.word(i, j + 1) == "yes");
+            if (kind == "trns" || kind == "ssw") file.columns.push_back(harmonics ? "harmonic" : "time");
             if (kind == "ac") file.columns.push_back("frequency");
             const int end = find_from(deck, i, block.end, "end_output");
             for (int v = i; v < (end < 0 ? block.end : end); ++v) {

@@ -44,6 +44,16 @@ int main(int argc, char** argv) {
     CLI::App* demo = app.add_subcommand("demo", "Run two built-in decks; show rows, plots and picture files");
     demo->add_option("-o,--output", demo_folder, "Folder for decks, results and pictures")->capture_default_str();
 
+    const std::string command = argc > 1 ? argv[1] : "";
+    if (command == "help") {
+        std::fputs(app.help().c_str(), stdout);
+        return cli::good;
+    }
+    if (!command.empty() && command[0] != '-' && command != "run" && command != "demo") {
+        std::fprintf(stderr, "tnl: unknown command %s; known: run, demo, build, test, bench, fuzz, format, tidy\n",
+                     command.c_str());
+        return cli::usage_fault;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
