@@ -122,7 +122,6 @@ void plain_step(run_state& r) {
             return;
         }
         if (slv.delt == slv.delt_min) {
-            write_solution_if_asked(r);
             say("solve_trns: no convergence even with");
             say("  the smallest time step.");
             say(line("iter_trns_1=", slv.iter_trns_1, ", time (3)=", slv.time_next));

@@ -46,6 +46,7 @@ void gmin_step_trns_1(run_state& r) {
     ++slv.n_gmin_total;
     clear_solvec(r);
     newton_limits limits = gmin_limits(slv, "gmin_step_trns_1");
+    limits.dump = false;  // the chosen step's system is that of its Newton solve
     for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
         slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
         r.flags.gmin = slv.gmin_present;

@@ -1,0 +1,107 @@
+#!/bin/sh
+# Runs that end early, by a signal or by a step that fails, leave complete rows; and no locale of the user's changes one.
+# Arguments: the simulator, the folder of the installed libraries, a folder to work in.
+set -u
+tarnel=$1
+share=$2
+work=$3
+rm -rf "$work"
+mkdir -p "$work/.tnlaux"
+cd "$work" || exit 1
+cp "$share"/*.aux "$share"/*.lst .tnlaux/
+for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE MNZ_XBCE MNZ_EBCE_AC MNZ_GBCE_AC \
+    MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE; do
+    echo "$key 1000"
+done >tmpdim.in
+faults=0
+
+expect() { # what, wanted, got
+    if [ "$2" != "$3" ]; then
+        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
+        faults=$((faults + 1))
+    fi
+}
+deck() { # settings; the diode stays off and sends the run through Newton
+    cat >.tnlaux/cct.in <<END
+title: charging
+begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=in n=0 vdc=1
+eelement name=R1 type=r p=in n=a r=1k
+eelement name=C1 type=c p=a n=0 c=1u
+eelement name=D1 type=diode_r p=0 n=a
+outvar: va=nodev_of_a ic=i_of_C1
+end_circuit
+begin_solve
+solve_type trns
+method: gmin_step=no $1
+begin_output
+filename rows.dat limit_lines=2000000000
+variables: va ic
+end_output
+end_solve
+end_cf
+END
+}
+# Lines that are not three numbers of 13 columns, each with a blank behind it.
+broken_lines() {
+    grep -a -c -v -E '^([ -][0-9]\.[0-9]{6}e[-+][0-9]{2} ){3}$' rows.dat
+}
+rows_size() { [ -f rows.dat ] && wc -c <rows.dat || echo 0; }
+ends_with_newline() { [ -z "$(tail -c 1 rows.dat)" ] && echo yes || echo no; }
+
+# A thousand million steps, unless a signal comes.
+for signal in INT TERM; do
+    case $signal in INT) number=2 ;; TERM) number=15 ;; esac
+    rm -f rows.dat
+    deck 'back_euler=yes t_end=1000 delt_const=1u itmax_trns=2000000000 n_wrtiterno=2000000000'
+    "$tarnel" >text 2>errors </dev/null &
+    run=$!
+    tries=0
+    while [ "$(rows_size)" -lt 200000 ] && [ $tries -lt 600 ]; do
+        sleep 0.05
+        tries=$((tries + 1))
+    done
+    kill -s $signal $run
+    wait $run
+    expect "$signal: status" $((128 + number)) $?
+    expect "$signal: text" 'mat::set_mat_2: system matrix size is 3 x 3
+Transient simulation starts...
+iter_trns=0 time=0' "$(cat text)"
+    expect "$signal: nothing on standard error" '' "$(cat errors)"
+    expect "$signal: lines that are no rows" 0 "$(broken_lines)"
+    expect "$signal: the last line is complete" yes "$(ends_with_newline)"
+    [ "$(wc -l <rows.dat)" -ge 4000 ] || expect "$signal: rows" 'at least 4000' "$(wc -l <rows.dat)"
+done
+
+# A step that fails: what came before it is on the disk.
+rm -f rows.dat
+deck 'back_euler=yes t_end=1m delt_const=0.1m itmax_newton=1'
+"$tarnel" >text 2>errors </dev/null
+expect 'failing step: status' 1 $?
+expect 'failing step: text' 'mat::set_mat_2: system matrix size is 3 x 3
+Transient simulation starts...
+iter_trns=0 time=0
+solve_trns: N-R iterations did not converge.
+  iter_trns_anlg=1
+  time (4)=0.0002
+  Halting...' "$(cat text)"
+expect 'failing step: rows' ' 0.000000e+00  0.000000e+00  0.000000e+00 
+ 1.000000e-04  9.090083e-02  9.090083e-04 ' "$(cat rows.dat)"
+
+# The same bytes where numbers are written with a comma.
+deck 'trapezoidal=yes t_end=5m delt_const=5u'
+LC_ALL=C "$tarnel" >text </dev/null
+expect 'plain locale: status' 0 $?
+cp rows.dat plain.dat
+if command -v localedef >/dev/null && localedef -i de_DE -f UTF-8 ./de_DE.UTF-8 >/dev/null 2>&1; then
+    LOCPATH=$work
+    export LOCPATH
+fi
+LC_ALL=de_DE.UTF-8 "$tarnel" >text_elsewhere </dev/null
+expect 'locale with a comma: status' 0 $?
+expect 'locale with a comma: text' "$(cat text)" "$(cat text_elsewhere)"
+cmp rows.dat plain.dat || faults=$((faults + 1))
+[ "$(wc -l <rows.dat)" -ge 1000 ] || expect 'rows in time' 'at least 1000' "$(wc -l <rows.dat)"
+
+[ $faults -eq 0 ] || exit 1
