@@ -5,9 +5,8 @@
 
 #include "sparse/arithmetic.h"
 
-// Updates follow the plain elimination to the bit: a target meets its pivots in
-// ascending order, the matrix stage multiplies by the inverse of a pivot, the
-// right-hand side divides by the pivot.
+// Updates follow the plain elimination to the bit: a target meets its pivots in ascending order, the matrix stage
+// multiplies by the inverse of a pivot, the right-hand side divides by the pivot.
 
 namespace {
 
@@ -35,8 +34,7 @@ inline complex_value invert(const complex_value& piv, complex_value& y) {
     return quotient(complex_value(1), piv);
 }
 
-// Pivots that touch nothing but the next row and column: its values are carried
-// along instead of read back.
+// Pivots that touch nothing but the next row and column: its values are carried along instead of read back.
 template <class T>
 bool run_chain(factors<T>& f, const segment& s, double zero_piv) {
     const int* diag = f.diag.data();
@@ -56,29 +54,19 @@ bool run_chain(factors<T>& f, const segment& s, double zero_piv) {
     return failed;
 }
 
-// A target loses a product; the complement of one begins with minus the
-// product.
-template <class T>
-void subtract(T* w, int target, const T& l, const T& u) {
-    if (is_real(T{}) || target >= 0)
-        w[target] = w[target] - product(l, u);
-    else
-        w[~target] = product(-l, u);
-}
-
-// One pivot with n_up upper entries, which stay in registers; gives the end of
-// the step's lower entries.
+// One pivot with n_up upper entries, which stay in registers; gives the end of the step's lower entries.
 template <int n_up, class T>
 const int* run_step(const int* s, int n_low, const T& pivinv, const T& y, T* upper, T* w) {
-    T u[n_up > 0 ? n_up : 1];
+    T u[n_up + 1];
     for (int k = 0; k < n_up; ++k) upper[k] = u[k] = product(upper[k], pivinv);
     for (; n_low > 0; --n_low, s += 2 + n_up) {
         const T l = w[s[0]];
-        for (int k = 0; k < n_up; ++k) subtract(w, s[2 + k], l, u[k]);
+        for (int k = 0; k < n_up; ++k) w[s[2 + k]] = w[s[2 + k]] - product(l, u[k]);
         w[s[1]] = w[s[1]] - product(l, y);
     }
     return s;
 }
+
 inline void subtract_run(int n, double l, const double* u, double* target) {
     for (int k = 0; k < n; k += 2) {
         pair_of_doubles& t = *reinterpret_cast<pair_of_doubles*>(target + k);
@@ -89,18 +77,19 @@ inline void subtract_run(int n, const complex_value& l, const complex_value* u, 
     for (int k = 0; k < n; ++k) target[k] = target[k] - product(l, u[k]);
 }
 
-// The same with more upper entries, by fours, twos and ones that are
-// neighbours.
+// The same with more upper entries: by fours, twos and ones that are neighbours, and first values of fill-ins.
 template <class T>
 const int* run_long_step(const int* s, int n_up, int n_low, const T& pivinv, const T& y, T* upper, T* w) {
     for (int k = 0; k < n_up; ++k) upper[k] = product(upper[k], pivinv);
     for (; n_low > 0; --n_low) {
         const T l = w[s[0]];
         w[s[1]] = w[s[1]] - product(l, y);
-        const int *two = s + 5 + 2 * s[2], *one = two + 2 * s[3], *end = one + 2 * s[4];
-        for (s += 5; s != two; s += 2) subtract_run(4, l, upper + s[1], w + s[0]);
+        const int *two = s + 6 + 2 * s[2], *one = two + 2 * s[3], *begin = one + 2 * s[4], *end = begin + 2 * s[5];
+        for (s += 6; s != two; s += 2) subtract_run(4, l, upper + s[1], w + s[0]);
         for (; s != one; s += 2) subtract_run(2, l, upper + s[1], w + s[0]);
-        for (; s != end; s += 2) subtract(w, s[0], l, upper[s[1]]);
+        for (; s != begin; s += 2) w[s[0]] = w[s[0]] - product(l, upper[s[1]]);
+        if constexpr (!is_real(T{}))
+            for (; s != end; s += 2) w[s[0]] = product(-l, upper[s[1]]);
     }
     return s;
 }
@@ -112,14 +101,14 @@ bool run_steps(factors<T>& f, const segment& part, double zero_piv) {
     const int *s = f.steps.data() + part.from_step, *end = f.steps.data() + part.to_step;
     while (s != end) {
         T *diag = w + s[0], *rhs = w + s[1];
-        const int n_up = s[2], n_low = s[3];
+        const int form = s[2], n_low = s[3];
         const T piv = *diag;
         failed |= magnitude(piv) < zero_piv;
         T y = *rhs;
         const T pivinv = invert(piv, y);
         *rhs = y;
         s += 4;
-        switch (n_up) {
+        switch (form) {
             case 0:
                 s = run_step<0>(s, n_low, pivinv, y, diag + 1, w);
                 break;
@@ -139,15 +128,14 @@ bool run_steps(factors<T>& f, const segment& part, double zero_piv) {
                 s = run_step<5>(s, n_low, pivinv, y, diag + 1, w);
                 break;
             default:
-                s = run_long_step(s, n_up, n_low, pivinv, y, diag + 1, w);
+                s = run_long_step(s, form - m_long, n_low, pivinv, y, diag + 1, w);
         }
     }
     return failed;
 }
 
-// Row v of the full block loses n_up pivots, one behind the other; v starts at
-// the column of the first. n: entries behind the pivots' columns; u[k]: upper
-// row of pivot k, from the column behind its pivot; x: right-hand sides.
+// Row v of the full block loses n_up pivots, one behind the other; v starts at the column of the first.
+//   n  entries behind the pivots' columns; u[k]  upper row of pivot k, from the column behind it; x  right-hand sides
 template <int n_up>
 void subtract_pivots(int n, double* const* u, const double* x, double* v, double& rhs) {
     double l[n_up];
@@ -169,8 +157,7 @@ void subtract_pivots(int n, double* const* u, const double* x, double* v, double
     for (int k = 0; k < n_up; ++k) v[j] = v[j] - l[k] * behind[k][j];
 }
 
-// The last rows, where the remaining matrix is full: columns follow one another
-// in each row.
+// The last rows, where the remaining matrix is full: columns follow one another in each row.
 bool run_dense(factors<double>& f, const segment& s, double zero_piv) {
     constexpr int width = 4;
     const int *first = f.first.data(), *diag = f.diag.data();
@@ -226,8 +213,8 @@ void gather(int n, const int* index, const T* from, T* to) {
 
 }  // namespace
 
-// A pivot that is too small is told at the end, since levels do not meet the
-// pivots in order; what precedes the first such pivot does not depend on it.
+// A pivot that is too small is told at the end, so that the steps need not stop: what precedes the first such pivot
+// does not depend on it.
 template <class T>
 int refactor_and_forward(factors<T>& f, const T* val_m, double zero_piv, const int* row_perm, const T* rhs) {
     std::copy(val_m, val_m + f.given.size() - 1, f.given.begin());

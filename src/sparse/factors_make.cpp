@@ -16,24 +16,21 @@ auto& at(V& v, int i) {
 constexpr bool is_real(double) { return true; }
 constexpr bool is_real(const complex_value&) { return false; }
 
-// A fill-in begins as minus a product. For real numbers that is -0.0 minus the
-// product in all bits, so the start value serves; a complex product cancels
-// within itself, and the first operation is told apart.
+// A fill-in begins as minus a product. For real numbers that is -0.0 minus the product in all bits, so the start value
+// serves; a complex product cancels within itself, and the first operation is told apart.
 template <class T>
 constexpr T fill_start = T(0);
 template <>
 constexpr double fill_start<double> = -0.0;
 
-// Fewest pivots that are worth a segment of their own; most rows that are run
-// step by step.
+// Fewest pivots that are worth a segment of their own.
 constexpr int m_chain = 4, m_dense = 6;
 
 // First row from which on the matrix is full.
 template <class T>
 int first_dense(const factors<T>& f) {
-    if (!is_real(T{})) return f.n;  // the first value of a fill-in is told apart by level only
-    int start = f.n, reach = 0;     // reach: the lowest column that all rows from
-                                    // start on have filled to the end
+    if (!is_real(T{})) return f.n;  // there the first value of a fill-in is told apart
+    int start = f.n, reach = 0;     // reach: the lowest column that all rows from start on have filled to the end
     for (int p = f.n - 1; p >= 0; --p) {
         int e = at(f.first, p + 1) - 1, c = f.n - 1;
         while (e >= at(f.first, p) && at(f.col, e) == c) --e, --c;
@@ -60,61 +57,63 @@ struct step_maker {
     const std::vector<int>& low;        // [n_lower]  entry
     const std::vector<int>& low_row;    // [n_lower]  its row
     int nnz_m;
-    std::vector<unsigned char> begun;  // [n_entry]  1: a fill-in that has its first value
-    std::vector<int> targets;          // of one row, for the pivot's upper entries
-    std::vector<int> two, one;         // of one row: target and upper entry, by turns
+    std::vector<unsigned char> begun;        // [n_entry]  1: a fill-in that has its first value
+    std::vector<int> targets{};              // of one pivot: [lower entries][upper entries]
+    std::vector<int> two{}, one{}, begin{};  // of one row: target and upper entry, by turns
 
     bool is_first_value(int t) const { return !is_real(T{}) && at(f.source, t) == nnz_m && !at(begun, t); }
-    // A target as the steps name it.
-    int name_of(int t) {
-        if (!is_first_value(t)) return t;
-        at(begun, t) = 1;
-        return ~t;
-    }
 
-    void find_targets(int i, int low_entry) {
+    // Gives whether one of them is a first value.
+    bool find_targets(int i) {
+        bool any_first = false;
         targets.clear();
-        for (int j = at(f.diag, i) + 1, e = low_entry + 1; j < at(f.first, i + 1); ++j, ++e) {
-            while (at(f.col, e) != at(f.col, j)) ++e;
-            targets.push_back(e);
+        for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) {
+            int t = at(low, q) + 1;
+            for (int j = at(f.diag, i) + 1; j < at(f.first, i + 1); ++j, ++t) {
+                while (at(f.col, t) != at(f.col, j)) ++t;
+                targets.push_back(t);
+                any_first |= is_first_value(t);
+            }
         }
+        return any_first;
     }
 
-    // Neighbouring targets from the j-th on that none but the first of them ends:
-    // 4, 2 or 1.
-    int width_at(int j, int n_up) const {
+    // How many neighbours, 4, 2 or 1, a row's targets from the j-th on begin with. First values stand alone.
+    int width_at(const int* target, int j, int n_up) const {
         int n = 1;
-        while (n < 4 && j + n < n_up && at(targets, j + n) == at(targets, j) + n) ++n;
+        while (n < 4 && j + n < n_up && target[j + n] == target[j] + n) ++n;
         for (int k = 0; k < n; ++k)
-            if (is_first_value(at(targets, j + k))) return 1;
+            if (is_first_value(target[j + k])) return 1;
         return n == 3 ? 2 : n;
     }
 
-    void add_runs(int n_up) {
+    void add_runs(const int* target, int n_up) {
         const size_t counts = f.steps.size();
-        f.steps.insert(f.steps.end(), {0, 0, 0});
-        two.clear();
-        one.clear();
+        f.steps.insert(f.steps.end(), {0, 0, 0, 0});
+        for (auto* list : {&two, &one, &begin}) list->clear();
         for (int j = 0, width = 0; j < n_up; j += width) {
-            width = width_at(j, n_up);
-            std::vector<int>& list = width == 4 ? f.steps : width == 2 ? two : one;
-            list.insert(list.end(), {name_of(at(targets, j)), j});
-            ++f.steps[counts + (width == 4 ? 0 : width == 2 ? 1 : 2)];
+            width = width_at(target, j, n_up);
+            const bool is_first = is_first_value(target[j]);
+            std::vector<int>& list = is_first ? begin : width == 1 ? one : width == 2 ? two : f.steps;
+            list.insert(list.end(), {target[j], j});
+            ++f.steps[counts + (is_first ? 3 : width == 1 ? 2 : width == 2 ? 1 : 0)];
+            if (is_first) at(begun, target[j]) = 1;
         }
-        f.steps.insert(f.steps.end(), two.begin(), two.end());
-        f.steps.insert(f.steps.end(), one.begin(), one.end());
+        for (auto* list : {&two, &one, &begin}) f.steps.insert(f.steps.end(), list->begin(), list->end());
     }
 
     void add_step(int i) {
         const int n_entry = static_cast<int>(f.col.size()), n_up = at(f.first, i + 1) - at(f.diag, i) - 1;
-        f.steps.insert(f.steps.end(), {at(f.diag, i), n_entry + i, n_up, at(first_low, i + 1) - at(first_low, i)});
-        for (int q = at(first_low, i); q < at(first_low, i + 1); ++q) {
+        const int first_q = at(first_low, i), end_q = at(first_low, i + 1);
+        const bool is_long = find_targets(i) || n_up >= m_long;
+        f.steps.insert(f.steps.end(), {at(f.diag, i), n_entry + i, is_long ? m_long + n_up : n_up, end_q - first_q});
+        const int* target = targets.data();
+        for (int q = first_q; q < end_q; ++q, target += n_up) {
             f.steps.insert(f.steps.end(), {at(low, q), n_entry + at(low_row, q)});
-            find_targets(i, at(low, q));
-            if (n_up >= m_long)
-                add_runs(n_up);
+            if (is_long)
+                add_runs(target, n_up);
             else
-                for (const int t : targets) f.steps.push_back(name_of(t));
+                f.steps.insert(f.steps.end(), target, target + n_up);
         }
     }
 };
@@ -137,13 +136,13 @@ void make_segments(factors<T>& f, int nnz_m) {
     f.steps.clear();
 
     const int dense_from = first_dense(f), n_sparse = f.n - dense_from >= m_dense ? dense_from : f.n;
-    step_maker<T> maker{f, first_low, low, low_row, nnz_m, std::vector<unsigned char>(f.col.size(), 0), {}, {}, {}};
+    step_maker<T> maker{f, first_low, low, low_row, nnz_m, std::vector<unsigned char>(f.col.size(), 0)};
     int from = 0;  // first row that is in no segment yet
     const auto close = [&](int end) {
         if (from == end) return;
-        segment s{segment::steps, from, end, static_cast<int>(f.steps.size()), 0};
+        segment s{segment::steps, from, end, f.steps.size(), 0};
         for (int i = from; i < end; ++i) maker.add_step(i);
-        s.to_step = static_cast<int>(f.steps.size());
+        s.to_step = f.steps.size();
         f.segments.push_back(s);
         from = end;
     };
