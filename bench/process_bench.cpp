@@ -1,46 +1,22 @@
 // Start to exit of the simulator as a process: a deck of three elements, and a ladder of 10,000 nodes.
 // Usage: bench_process [folder of the programs [keep]]; by default the folder of this program. "keep" leaves the
 // working folders, for a profiler.
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "process_run.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 constexpr int n_line = 200, n_section = 50;  // the ladder: deck lines, and nodes of each
-
-[[noreturn]] void fail(const std::string& what) {
-    std::cerr << "bench_process: " << what << '\n';
-    std::exit(1);
-}
-
-std::string read_file(const fs::path& path) {
-    std::ostringstream all;
-    all << std::ifstream(path).rdbuf();
-    return all.str();
-}
-
-void write_file(const fs::path& path, const std::string& text) {
-    std::ofstream file(path);
-    file << text;
-    if (!file.flush()) fail("cannot write " + path.string());
-}
 
 // Entries "<keyword> name=X ..." to "end<keyword>" of a library, for the names that are wanted.
 std::string entries(const std::string& library, const std::string& keyword, const std::vector<std::string>& names) {
@@ -99,54 +75,14 @@ std::string ladder_deck() {
 // A working folder: installed files, less what the run does not need if `names` says what it needs.
 fs::path working_folder(const fs::path& base, const std::string& name, const std::string& deck,
                         const std::vector<std::string>& names, const std::string& more_composites) {
-    const fs::path folder = base / name, lib = folder / ".tnlaux";
-    fs::create_directories(lib);
-    for (const auto& entry : fs::directory_iterator(TARNEL_SHARE)) {
-        const std::string file = entry.path().filename().string();
-        if (file.ends_with(".aux") || file.ends_with(".lst"))
-            fs::copy_file(entry.path(), lib / file, fs::copy_options::overwrite_existing);
-    }
+    const fs::path folder = installed_folder(base, name, deck), lib = folder / ".tnlaux";
     if (!names.empty()) {
         for (const auto& [file, keyword] : {std::pair{"ebes.aux", "ebe"}, {"ebac.aux", "ebe_ac"}, {"eels.aux", "ece"}})
             write_file(lib / file, entries(read_file(lib / file), keyword, names));
     }
     write_file(lib / "eels.aux", read_file(lib / "eels.aux") + more_composites);
     write_file(lib / "ece_all.lst", read_file(lib / "ece_all.lst") + "x.ladder\n");
-    std::ostringstream sizes;
-    for (const char* word : {"M_ECT_ND_TMP", "M_GCT_VR_TMP", "M_DCT_ND_TMP", "M_XCT_VR_TMP", "MNZ_EBCE", "MNZ_GBCE",
-                             "MNZ_XBCE", "MNZ_EBCE_AC", "MNZ_GBCE_AC", "MNZ_XBCE_AC", "M_MATTTLOP2", "M_MATTTLOP3",
-                             "M_AVERAGE_MV_GBE", "M_RMS_MV_GBE", "M_AVERAGE_MV_XBE", "M_RMS_MV_XBE"})
-        sizes << word << " 10000000\n";
-    sizes << "F_MNZ_W 100\n";
-    write_file(folder / "tmpdim.in", sizes.str());
-    write_file(lib / "cct.in", deck);
     return folder;
-}
-
-struct process_run {
-    double wall_ms, cpu_ms, peak_mb;
-};
-
-process_run run_once(const std::string& program, const fs::path& folder) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
-    posix_spawn_file_actions_addopen(&actions, 1, "console.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    char* argv[] = {const_cast<char*>(program.c_str()), nullptr};
-    const auto start = std::chrono::steady_clock::now();
-    pid_t pid = 0;
-    if (const int error = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv, environ); error != 0)
-        fail("cannot start " + program + ": " + std::strerror(error));
-    int status = 0;
-    rusage use{};
-    if (wait4(pid, &status, 0, &use) != pid) fail("the program was lost");
-    const std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - start;
-    posix_spawn_file_actions_destroy(&actions);
-    if (status != 0) fail("the program failed:\n" + read_file(folder / "console.txt"));
-    const auto ms = [](const timeval& t) {
-        return 1e3 * static_cast<double>(t.tv_sec) + 1e-3 * static_cast<double>(t.tv_usec);
-    };
-    return {wall.count(), ms(use.ru_utime) + ms(use.ru_stime), static_cast<double>(use.ru_maxrss) / 1024.0};
 }
 
 double median(std::vector<double> v) {
@@ -171,10 +107,9 @@ void measure(const char* what, const std::string& program, const fs::path& folde
 
 int main(int argc, char** argv) {
     const bool given = argc > 1 && !std::string_view(argv[1]).starts_with("--");  // options are of the other programs
-    const fs::path programs = given ? fs::path(argv[1]) : fs::canonical("/proc/self/exe").parent_path();
+    const fs::path programs = given ? fs::path(argv[1]) : program_folder();
     const std::string tarnel = fs::absolute(programs / "tarnel").string();
-    std::string name = (fs::temp_directory_path() / "tarnel_bench_XXXXXX").string();
-    if (!mkdtemp(name.data())) fail("no temporary folder");
+    const fs::path name = temporary_folder();
     const std::vector<std::string> few = {"r", "vsrcdc", "vsrc_ac", "ground_dummy_1"};
     std::printf(
         "Start to exit of tarnel.\n\n| run | wall ms, median | least | cpu ms, median | peak MB "

@@ -22,9 +22,12 @@ private:
 
 int& analysis_flag(run_state& r) {
     switch (r.mat.kind) {
-        case analysis::startup: return r.flags.startup;
-        case analysis::trns: return r.flags.trns;
-        default: return r.flags.dc;
+        case analysis::startup:
+            return r.flags.startup;
+        case analysis::trns:
+            return r.flags.trns;
+        default:
+            return r.flags.dc;
     }
 }
 
@@ -39,73 +42,99 @@ void add_jac_scaled(const slot_table& slot, int u, const double* jac, double con
         val_m[slot.to_val[at(s)]] += factor[slot.scale[at(s)]] * jac[slot.from_jac[at(s)]];
 }
 
-// Adds its functions: rows of nodes are summed, rows of its own are assigned.
-void add_function(const slot_table& slot, int u, const double* f, double* rhs_m) {
-    for (int s = slot.first_sum[at(u)]; s < slot.first_sum[at(u) + 1]; ++s)
-        rhs_m[slot.to_row[at(s)]] += f[slot.from_f[at(s)]];
-    for (int s = slot.first_own[at(u)]; s < slot.first_own[at(u) + 1]; ++s)
-        rhs_m[slot.to_own[at(s)]] = f[slot.from_own[at(s)]];
+// Adds the functions f of all units of a family: rows of nodes are summed, rows of a unit's own are assigned.
+void add_functions(const slot_table& slot, const double* f, double* rhs_m) {
+    const std::size_t n_sum = slot.to_row.size(), n_own = slot.to_own.size();
+    for (std::size_t s = 0; s < n_sum; ++s) rhs_m[slot.to_row[s]] += f[slot.from_f[s]];
+    for (std::size_t s = 0; s < n_own; ++s) rhs_m[slot.to_own[s]] = f[slot.from_own[s]];
 }
-
-// dz/dt of KCL derivative d by the present method. Tests stand in this order; the first that is on decides.
-double z_derivative(const mat_class& mat, const solve_class& slv, const double* locv, int d) {
-    const std::size_t i = at(mat.kcl_ddt.z[at(d)]);
-    const double z = locv[i], z1 = mat.locv_old_1[i];
-    if (slv.flag_be) return (z - z1) * slv.cnst_be;
-    if (slv.flag_trz) return (z - z1) * slv.cnst_trz - (mat.kcl_ddt.total_1[at(d)] - mat.kcl_ddt.still_1[at(d)]);
-    const double z2 = mat.locv_old_2[i];
-    if (slv.flag_gear_fixed || slv.flag_gear_var) return z * slv.cnst_gear_2 - z1 * slv.cnst_gear_0 + z2 * slv.cnst_gear_1;
-    if (slv.flag_bdf2) return z * slv.cnst_bdf2_0 - z1 * slv.cnst_bdf2_1 + z2 * slv.cnst_bdf2_2;
-    return 0.0;
-}
-
-void add_function_with_ddt(const run_state& r, int u, const double* f, double* rhs_m) {
-    const slot_table& slot = r.mat.ebe;
-    for (int s = slot.first_sum[at(u)]; s < slot.first_sum[at(u) + 1]; ++s) {
-        double value = f[slot.from_f[at(s)]];
-        if (const int d = slot.ddt[at(s)]; d >= 0) value += z_derivative(r.mat, r.slv, r.c.ebeu.locv.data(), d);
-        rhs_m[slot.to_row[at(s)]] += value;
+// The same with the derivatives of sums that have one.
+void add_functions_with_ddt(const slot_table& slot, const double* f, const double* rate, double* rhs_m) {
+    const std::size_t n_sum = slot.to_row.size(), n_own = slot.to_own.size();
+    for (std::size_t s = 0; s < n_sum; ++s) {
+        double value = f[slot.from_f[s]];
+        if (const int d = slot.ddt[s]; d >= 0) value += rate[d];
+        rhs_m[slot.to_row[s]] += value;
     }
-    for (int s = slot.first_own[at(u)]; s < slot.first_own[at(u) + 1]; ++s)
-        rhs_m[slot.to_own[at(s)]] = f[slot.from_own[at(s)]];
+    for (std::size_t s = 0; s < n_own; ++s) rhs_m[slot.to_own[s]] = f[slot.from_own[s]];
+}
+
+// dz/dt of all KCL derivatives by the present method. Tests stand in this order; the first that is on decides.
+void find_rates(run_state& r) {
+    kcl_derivatives& k = r.mat.kcl_ddt;
+    const solve_class& slv = r.slv;
+    const std::size_t n = k.f.size();
+    const int* at_z = k.z.data();
+    const double *z = r.c.ebeu.locv.data(), *z1 = r.mat.locv_old_1.data(), *z2 = r.mat.locv_old_2.data();
+    double* rate = k.rate.data();
+    const auto find = [&](auto formula) {
+        for (std::size_t d = 0; d < n; ++d) rate[d] = formula(d, at_z[d]);
+    };
+    if (slv.flag_be)
+        find([=, c = slv.cnst_be](std::size_t, int i) { return (z[i] - z1[i]) * c; });
+    else if (slv.flag_trz)
+        find([=, c = slv.cnst_trz, total_1 = k.total_1.data(), still_1 = k.still_1.data()](std::size_t d, int i) {
+            return (z[i] - z1[i]) * c - (total_1[d] - still_1[d]);
+        });
+    else if (slv.flag_gear_fixed || slv.flag_gear_var)
+        find([=, c0 = slv.cnst_gear_0, c1 = slv.cnst_gear_1, c2 = slv.cnst_gear_2](std::size_t, int i) {
+            return z[i] * c2 - z1[i] * c0 + z2[i] * c1;
+        });
+    else if (slv.flag_bdf2)
+        find([=, c0 = slv.cnst_bdf2_0, c1 = slv.cnst_bdf2_1, c2 = slv.cnst_bdf2_2](std::size_t, int i) {
+            return z[i] * c0 - z1[i] * c1 + z2[i] * c2;
+        });
+    else
+        find([](std::size_t, int) { return 0.0; });
+}
+
+void move_values(const value_moves& m, const double* from, double* to) {
+    const std::size_t n = m.from.size();
+    for (std::size_t k = 0; k < n; ++k) to[m.to[k]] = from[m.from[k]];
 }
 
 void take_local_variables(run_state& r, int u) {
     const mat_class& mat = r.mat;
-    for (int k = mat.first_locv_f[at(u)]; k < mat.first_locv_f[at(u) + 1]; ++k)
-        r.c.ebeu.locv[at(mat.locv_to[at(k)])] = r.c.ebeu.f[at(mat.locv_f[at(k)])];
+    for (int k = mat.first_locv[at(u)]; k < mat.first_locv[at(u) + 1]; ++k)
+        r.c.ebeu.locv[at(mat.locv.to[at(k)])] = r.c.ebeu.f[at(mat.locv.from[at(k)])];
 }
 
+// Templates share their derivatives, so that those of a unit are added before the next one is called. Functions and
+// local variables are each unit's own: they are fetched behind all calls.
 void evaluate_electrical(run_state& r, bool only_function) {
     const int n = r.c.ebeu.n();
     const bool in_time = r.mat.kind == analysis::trns;
     const double constant = in_time ? method_constant(r.slv) : 0.0;
     double* val_m = r.mat.val_m.data();
-    double* rhs_m = r.mat.rhs_m.data();
-    for (int u = 0; u < n; ++u) {
-        get_ebe(r, u);
-        const ebe_call& call = r.ebe[at(u)];
-        if (in_time && r.mat.ebe.any_ddt[at(u)]) {
-            take_local_variables(r, u);
-            if (!only_function) add_jac_scaled(r.mat.ebe, u, call.jac->store.data(), constant, val_m);
-            add_function_with_ddt(r, u, call.f, rhs_m);
-        } else {
-            if (in_time) take_local_variables(r, u);
-            if (!only_function) add_jac(r.mat.ebe, u, call.jac->store.data(), val_m);
-            add_function(r.mat.ebe, u, call.f, rhs_m);
+    const double* f = r.c.ebeu.f.data();
+    if (only_function) {
+        for (int u = 0; u < n; ++u) get_ebe(r, u);
+    } else {
+        for (int u = 0; u < n; ++u) {
+            get_ebe(r, u);
+            const double* jac = r.ebe[at(u)].jac->store.data();
+            if (r.mat.ebe.any_ddt[at(u)])
+                add_jac_scaled(r.mat.ebe, u, jac, constant, val_m);
+            else
+                add_jac(r.mat.ebe, u, jac, val_m);
         }
+    }
+    if (in_time) {
+        move_values(r.mat.locv, f, r.c.ebeu.locv.data());
+        find_rates(r);
+        add_functions_with_ddt(r.mat.ebe, f, r.mat.kcl_ddt.rate.data(), r.mat.rhs_m.data());
+    } else {
+        add_functions(r.mat.ebe, f, r.mat.rhs_m.data());
     }
 }
 
 void evaluate_blocks(run_state& r, bool only_function) {
     double* val_m = r.mat.val_m.data();
-    double* rhs_m = r.mat.rhs_m.data();
     for (int u = 0; u < r.c.gbeu.n(); ++u) {
         get_gbe(r, u);
-        const gbe_call& call = r.gbe[at(u)];
-        if (!only_function) add_jac(r.mat.gbe, u, call.jac->store.data(), val_m);
-        add_function(r.mat.gbe, u, call.f, rhs_m);
+        if (!only_function) add_jac(r.mat.gbe, u, r.gbe[at(u)].jac->store.data(), val_m);
     }
+    add_functions(r.mat.gbe, r.c.gbeu.f.data(), r.mat.rhs_m.data());
 }
 
 // Function values of the state rows, from what the models gave last. Those of blocks follow every assembly, those of
@@ -118,28 +147,21 @@ void keep_state_functions(run_state& r, bool of_blocks) {
 }
 
 // Totals, static values, local variables and terminal currents of some units in a transient.
-void find_functions_of(run_state& r, const std::vector<int>& units, bool with_ddt) {
+void find_functions_of(run_state& r, const unit_pass& pass, bool with_ddt) {
     ebeu_class& e = r.c.ebeu;
-    mat_class& mat = r.mat;
-    const function_table& t = r.c.lib.ebes.func;
+    kcl_derivatives& k = r.mat.kcl_ddt;
     const raised on(r.flags.trns, r.flags.function);
-    for (int u : units) {
-        get_ebe(r, u);
-        take_local_variables(r, u);
-        if (with_ddt) {
-            const double* f = r.ebe[at(u)].f;
-            const int s = e.unit.i_lib[at(u)], first = t.first_f[at(s)];
-            for (int j = 0; j < std::min(e.nd.size(u), t.n_func(s)); ++j)
-                if (t.flag_kcl[at(first + j)]) e.cur_nd[at(e.nd.first[at(u)] + j)] = f[j];
-        }
-        for (int d = mat.kcl_ddt.first[at(u)]; d < mat.kcl_ddt.first[at(u) + 1]; ++d) {
-            const double still = e.f[at(mat.kcl_ddt.f[at(d)])];
-            mat.kcl_ddt.still[at(d)] = still;
-            if (!with_ddt) continue;
-            const double total = still + z_derivative(mat, r.slv, e.locv.data(), d);
-            mat.kcl_ddt.total[at(d)] = total;
-            e.cur_nd[at(mat.kcl_ddt.terminal[at(d)])] = total;
-        }
+    for (int u : pass.unit) get_ebe(r, u);
+    const double* f = e.f.data();
+    move_values(pass.locv, f, e.locv.data());
+    for (int d : pass.ddt) k.still[at(d)] = f[k.f[at(d)]];
+    if (!with_ddt) return;
+    move_values(pass.current, f, e.cur_nd.data());
+    find_rates(r);
+    for (int d : pass.ddt) {
+        const double total = k.still[at(d)] + k.rate[at(d)];
+        k.total[at(d)] = total;
+        e.cur_nd[at(k.terminal[at(d)])] = total;
     }
 }
 
@@ -191,10 +213,10 @@ void form_jac_rhs(run_state& r, bool only_function) {
     ebce_form_arrays(r);
     gbce_form_arrays(r);
     std::fill(r.mat.rhs_m.begin(), r.mat.rhs_m.end(), 0.0);
-    // Every entry belongs to some unit, so that clearing all of them clears what will be summed. The matrix of a circuit
-    // of pure units stands as long as the method's constant does.
-    r.val_stands = !only_function && r.mat.kind == analysis::trns && r.passes.all_pure &&
-                   r.val_constant == method_constant(r.slv);
+    // Every entry belongs to some unit, so that clearing all of them clears what will be summed. The matrix of a
+    // circuit of pure units stands as long as the method's constant does.
+    r.val_stands =
+        !only_function && r.mat.kind == analysis::trns && r.passes.all_pure && r.val_constant == method_constant(r.slv);
     if (!only_function && !r.val_stands) r.val_constant = r.mat.kind == analysis::trns ? method_constant(r.slv) : 0.0;
     only_function = only_function || r.val_stands;
     if (!only_function) std::fill(r.mat.val_m.begin(), r.mat.val_m.end(), 0.0);
@@ -291,8 +313,7 @@ void find_ebe_cur_startup(run_state& r) {
         const int s = e.unit.i_lib[at(u)], first = t.first_f[at(s)];
         const double* f = r.ebe[at(u)].f;
         for (int j = 0; j < t.n_func(s); ++j)
-            if (t.startup_kcl[at(first + j)])
-                e.cur_nd[at(e.nd.first[at(u)] + t.startup_kcl_row[at(first + j)])] = f[j];
+            if (t.startup_kcl[at(first + j)]) e.cur_nd[at(e.nd.first[at(u)] + t.startup_kcl_row[at(first + j)])] = f[j];
         // A template with start-up equations of its own has left its local variables itself.
         if (!r.c.lib.ebes.flag.startup_sprt[at(s)]) take_local_variables(r, u);
     }
@@ -307,6 +328,27 @@ void find_left_out_currents(run_state& r) {
     ebce_form_arrays(r);
     find_functions_of(r, r.passes.left_out, true);
 }
+
+namespace {
+void add_move(value_moves& m, int from, int to) {
+    m.from.push_back(from);
+    m.to.push_back(to);
+}
+
+void add_to_pass(unit_pass& pass, const run_state& r, int u) {
+    const ebeu_class& e = r.c.ebeu;
+    const mat_class& mat = r.mat;
+    const function_table& t = r.c.lib.ebes.func;
+    pass.unit.push_back(u);
+    for (int k = mat.first_locv[at(u)]; k < mat.first_locv[at(u) + 1]; ++k)
+        add_move(pass.locv, mat.locv.from[at(k)], mat.locv.to[at(k)]);
+    const int s = e.unit.i_lib[at(u)];
+    for (int j = 0; j < std::min(e.nd.size(u), t.n_func(s)); ++j)
+        if (t.flag_kcl[at(t.first_f[at(s)] + j)])
+            add_move(pass.current, e.unit.first_func[at(u)] + j, e.nd.first[at(u)] + j);
+    for (int d = mat.kcl_ddt.first[at(u)]; d < mat.kcl_ddt.first[at(u) + 1]; ++d) pass.ddt.push_back(d);
+}
+}  // namespace
 
 void plan_passes(run_state& r) {
     pass_lists& p = r.passes;
@@ -326,8 +368,8 @@ void plan_passes(run_state& r) {
             else if (v.kind == ov_iparm_ebe || v.kind == ov_rparm_ebe)
                 slots_e[at(unit_of_index(v.kind == ov_iparm_ebe ? e.unit.iprm.first : e.unit.rprm.first, v.index))] = 1;
             else if (v.kind == ov_iparm_gbe || v.kind == ov_rparm_gbe)
-                slots_g[at(unit_of_index(
-                    v.kind == ov_iparm_gbe ? r.c.gbeu.unit.iprm.first : r.c.gbeu.unit.rprm.first, v.index))] = 1;
+                slots_g[at(unit_of_index(v.kind == ov_iparm_gbe ? r.c.gbeu.unit.iprm.first : r.c.gbeu.unit.rprm.first,
+                                         v.index))] = 1;
         }
     const function_table& t = r.c.lib.ebes.func;
     p.all_pure = true;
@@ -337,8 +379,8 @@ void plan_passes(run_state& r) {
         for (int k = t.first_f[at(s)]; k < t.first_f[at(s) + 1]; ++k) ddt = ddt || t.flag_ddt[at(k)];
         const bool pure = pure_e[at(s)] != 0;
         p.all_pure = p.all_pure && pure;
-        if (ddt) p.with_ddt.push_back(u);
-        (ddt || !pure || wanted[at(u)] ? p.at_accepted : p.left_out).push_back(u);
+        if (ddt) add_to_pass(p.with_ddt, r, u);
+        add_to_pass(ddt || !pure || wanted[at(u)] ? p.at_accepted : p.left_out, r, u);
         if (slots_e[at(u)]) p.ov_ebe.push_back(u);
     }
     for (int u = 0; u < r.c.gbeu.n(); ++u) {

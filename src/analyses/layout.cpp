@@ -57,7 +57,7 @@ public:
             for (int j = 0; j < te_.n_func(s); ++j) lay_function(u, te_.first_f[at(s)], j, jac);
             close_unit(mat_.ebe);
             mat_.kcl_ddt.first.push_back(mat_.kcl_ddt.n());
-            mat_.first_locv_f.push_back(static_cast<int>(mat_.locv_f.size()));
+            mat_.first_locv.push_back(static_cast<int>(mat_.locv.from.size()));
         }
     }
 
@@ -75,7 +75,7 @@ public:
                     if (gbes1) add_jac(mat_.gbe, slot, (*gbes1)[at(s)].offset(kind, j, index), 0);
                 }
                 mat_.gbe.to_own.push_back(row);
-                mat_.gbe.from_own.push_back(j);
+                mat_.gbe.from_own.push_back(c_.gbeu.unit.first_func[at(u)] + j);
                 if (mat_.kind == analysis::trns && tg_.flag_ddt[at(k)]) {
                     const int col =
                         column_of_block_term(mat_, c_, u, tg_.ddt_var_flag[at(k)], tg_.ddt_var_number[at(k)]);
@@ -95,8 +95,8 @@ private:
     void lay_function(int u, int first_k, int j, const ebes1_class* jac) {
         const int k = first_k + j, flat_f = c_.ebeu.unit.first_func[at(u)] + j;
         if (te_.flag_locvar[at(k)]) {
-            mat_.locv_f.push_back(flat_f);
-            mat_.locv_to.push_back(c_.ebeu.first_locv[at(u)] + te_.i_locvar[at(k)]);
+            mat_.locv.from.push_back(flat_f);
+            mat_.locv.to.push_back(c_.ebeu.first_locv[at(u)] + te_.i_locvar[at(k)]);
         }
         const function_part part = part_of(te_, k, j, mat_.kind);
         if (part.row == function_part::none) return;
@@ -130,11 +130,11 @@ private:
         }
         if (part.row == function_part::node_row) {
             mat_.ebe.to_row.push_back(row);
-            mat_.ebe.from_f.push_back(j);
+            mat_.ebe.from_f.push_back(flat_f);
             mat_.ebe.ddt.push_back(derivative);
         } else {
             mat_.ebe.to_own.push_back(row);
-            mat_.ebe.from_own.push_back(j);
+            mat_.ebe.from_own.push_back(flat_f);
             if (with_ddt)
                 add_state(row, column_of_term(mat_, c_, u, te_.ddt_var_flag[at(k)], te_.ddt_var_number[at(k)]), flat_f,
                           false);
@@ -168,8 +168,6 @@ private:
 
     void close_unit(slot_table& t) const {
         t.first_jac.push_back(static_cast<int>(t.to_val.size()));
-        t.first_sum.push_back(static_cast<int>(t.to_row.size()));
-        t.first_own.push_back(static_cast<int>(t.to_own.size()));
         t.any_ddt.push_back(any_ddt_ ? 1 : 0);
     }
 
@@ -186,9 +184,8 @@ void clear_tables(mat_class& mat) {
     mat.gbe = slot_table{};
     mat.kcl_ddt = kcl_derivatives{};
     mat.state = state_rows{};
-    mat.first_locv_f = {0};
-    mat.locv_f.clear();
-    mat.locv_to.clear();
+    mat.first_locv = {0};
+    mat.locv = value_moves{};
 }
 
 int limited_product(int a, int b) {
@@ -212,8 +209,7 @@ void allocate_system(mat_class& mat, const circuit& c) {
     layout count(mat, c);
     count.lay_electrical(nullptr);
     const int nnz_ebce = count.nnz();
-    if (nnz_ebce > mat.mnz_ebce)
-        halt({"mat_class::ebce_mat_1_allocate:", "  nnz_ebce is too large. Halting..."});
+    if (nnz_ebce > mat.mnz_ebce) halt({"mat_class::ebce_mat_1_allocate:", "  nnz_ebce is too large. Halting..."});
     count.lay_blocks(nullptr);
     if (c.gbeu.n() > 0 && count.nnz() - nnz_ebce > mat.mnz_gbce)
         halt({"mat_class::gbce_mat_1_allocate:", "  nnz_gbce is too large. Halting..."});
@@ -227,7 +223,10 @@ void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& e
     const int nnz_ebce = lay.nnz();
     // A transient and a start-up have entries that the first count did not see.
     if (nnz_ebce > mat.mnz_ebce)
-        halt({line("ebce_mat_1_", mat.kind == analysis::startup ? "startup" : mat.kind == analysis::dc ? "dc" : "trns",
+        halt({line("ebce_mat_1_",
+                   mat.kind == analysis::startup ? "startup"
+                   : mat.kind == analysis::dc    ? "dc"
+                                                 : "trns",
                    ": nnz_ebce is too large. Halting...")});
     lay.lay_blocks(&gbes1);
     if (c.gbeu.n() > 0 && lay.nnz() - nnz_ebce > mat.mnz_gbce) halt({"gbce_mat_1: nnz_gbce is too large. Halting..."});
@@ -241,7 +240,8 @@ void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& e
     mat.val_m.assign(at(mat.m.nnz()), 0.0);
     mat.rhs_m.assign(at(n_row), 0.0);
     kcl_derivatives& k = mat.kcl_ddt;
-    for (auto* v : {&k.total, &k.total_1, &k.total_2, &k.still, &k.still_1, &k.still_2}) v->assign(at(k.n()), 0.0);
+    for (auto* v : {&k.total, &k.total_1, &k.total_2, &k.still, &k.still_1, &k.still_2, &k.rate})
+        v->assign(at(k.n()), 0.0);
     for (auto* v : {&mat.state.f_now, &mat.state.f_1, &mat.state.f_2}) v->assign(at(mat.state.n()), 0.0);
     write_layout_dumps(mat, c);
 }

@@ -18,15 +18,20 @@ struct svec_offsets {
     int eauxs = 0, eaux = 0, gvar = 0, gaux = 0;
 };
 
-// Where the units' numbers go: active terms only, the reference node left out. Entries of unit u are first[u] up to
-// first[u + 1] - 1, in the order in which they are added.
+// Where the units' numbers go: active terms only, the reference node left out. Functions are flat indices of the family;
+// derivatives of unit u are first_jac[u] up to first_jac[u + 1] - 1. All stand in the order in which they are added.
 struct slot_table {
     std::vector<int> first_jac{0}, to_val, from_jac;  // entry of val_m, place in the template's jac store
     std::vector<std::uint8_t> scale;                  // 1: times the constant of the method; 0: as it is
-    std::vector<int> first_sum{0}, to_row, from_f;    // rows that several units share: f is added
+    std::vector<int> to_row, from_f;                  // rows that several units share: f is added
     std::vector<int> ddt;                             // of each sum: derivative added to it; -1
-    std::vector<int> first_own{0}, to_own, from_own;  // rows of one function alone: f is assigned
+    std::vector<int> to_own, from_own;                // rows of one function alone: f is assigned
     std::vector<char> any_ddt;                        // [n] 1: some entry of the unit is scaled or has a derivative
+};
+
+// Values that are copied from one flat array to another, in this order.
+struct value_moves {
+    std::vector<int> from, to;
 };
 
 // KCL functions with a time derivative dz/dt, in unit order, those at the reference node included.
@@ -38,14 +43,15 @@ struct kcl_derivatives {
     std::vector<int> row;       // [n] system row; -1 at the reference
     // total F and static G at the present and the two earlier levels; A or C/s as the function
     std::vector<double> total, total_1, total_2, still, still_1, still_2;
+    std::vector<double> rate;  // [n] dz/dt of the present iterate
     int n() const { return static_cast<int>(f.size()); }
 };
 
 // Rows f(x) = dx/dt of one unknown x.
 struct state_rows {
-    std::vector<int> row, col, slot;  // [n] col, slot -1: x on the reference node
-    std::vector<int> f;               // [n] flat function, of electrical units or of blocks
-    std::vector<char> is_block;       // [n]
+    std::vector<int> row, col, slot;      // [n] col, slot -1: x on the reference node
+    std::vector<int> f;                   // [n] flat function, of electrical units or of blocks
+    std::vector<char> is_block;           // [n]
     std::vector<double> f_now, f_1, f_2;  // [n] function values at the levels
     int n() const { return static_cast<int>(row.size()); }
 };
@@ -63,16 +69,17 @@ struct mat_class {
     std::vector<double> svec_prev;               // [n_svec] what an automatic sweep goes back to
     std::vector<double> locv_old_1, locv_old_2;  // [n_ttllocv]
     // system
-    knuth<double> m;            // pattern; the values stand in val_m
-    std::vector<double> val_m;  // [m.nnz()]
-    std::vector<double> rhs_m;  // [n_svec]
-    int nrow_ebce = 0;          // rows of the electrical block; those of blocks follow
+    knuth<double> m;                    // pattern; the values stand in val_m
+    std::vector<double> val_m;          // [m.nnz()]
+    std::vector<double> rhs_m;          // [n_svec]
+    int nrow_ebce = 0;                  // rows of the electrical block; those of blocks follow
     std::vector<int> ebce_row_of_func;  // [n_ttlf] system row of each function of the units; -1
     std::vector<int> ebce_row_of_node;  // [n_nd]   system row of each node; -1
     slot_table ebe, gbe;
     kcl_derivatives kcl_ddt;
     state_rows state;
-    std::vector<int> first_locv_f{0}, locv_f, locv_to;  // [n + 1], pairs: function value -> local variable (flat)
+    std::vector<int> first_locv{0};  // [n + 1] moves of unit u
+    value_moves locv;                // flat function -> flat local variable
     elimination<double> e;
     // limits
     int mnz_ebce = 0, mnz_gbce = 0;

@@ -37,12 +37,19 @@ struct gbe_call {
     gbes1_class* jac = nullptr;
 };
 
+// Electrical units that are called together, and what is fetched from their functions then.
+struct unit_pass {
+    std::vector<int> unit;
+    value_moves locv, current;  // to local variables, to terminal currents
+    std::vector<int> ddt;       // KCL derivatives of these units
+};
+
 // Which units a transient calls where not all need it. A unit that is pure and has no derivative gives nothing at an
 // accepted point that anybody reads, unless an output wants its currents.
 struct pass_lists {
-    std::vector<int> at_accepted;  // electrical units: totals, local variables, histories, wanted currents
-    std::vector<int> with_ddt;     // electrical units that own a function with a derivative
-    std::vector<int> left_out;     // those not in at_accepted; their currents are found at the end of the block
+    unit_pass at_accepted;            // totals, local variables, histories, wanted currents
+    unit_pass with_ddt;               // those that own a function with a derivative
+    unit_pass left_out;               // those not in at_accepted; their currents are found at the end of the block
     std::vector<int> ov_ebe, ov_gbe;  // units whose output slots are in some file
     bool all_pure = false;            // the matrix depends on parameters and the method's constant alone
 };
