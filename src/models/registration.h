@@ -11,7 +11,8 @@ struct ebac1_class;
 struct gbes1_class;
 struct gbac1_class;
 
-// A model of an electrical element. Arrays are slices of the unit tables; see docs/models.md for who writes what.
+// A model of an electrical element. Arrays are slices of the unit tables: parameters, present values, values of the next
+// iterate under limiting (_new), function values, and jac for the partial derivatives.
 using ebe_function = void (*)(const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
                               double* v, double* vind, double* curind, double* aux, double* vr, double* xvr,
                               double* auxs, double* locv, double* v_new, double* aux_new, double* auxs_new, int* dvar,
