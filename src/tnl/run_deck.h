@@ -3,13 +3,11 @@
 #include <filesystem>
 #include <string>
 
+#include "tnl/exit_status.h"
 #include "tnl/installed.h"
 #include "tnl/process.h"
 
 namespace cli {
-
-// Exit statuses of the front end's own; those of a run are the simulator's, 128 + n when signal n ended it.
-enum exit_status : int { good = 0, usage_fault = 2, file_fault = 5 };
 
 // What a built tree holds: the simulator beside this program, the libraries in ../share.
 struct installation {

@@ -2,18 +2,13 @@
 #pragma once
 #include <filesystem>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "tnl/exit_status.h"
 #include "tnl/installed.h"
 
 namespace cli {
-
-// A file or folder that cannot be read or written; the text names it.
-struct file_error : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 std::string read_file(const std::filesystem::path& path);
 void write_file(const std::filesystem::path& path, const std::string& text);

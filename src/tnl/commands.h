@@ -1,0 +1,20 @@
+// commands.h -- the commands that a person types; one file cmd_<name>.cpp each.
+#pragma once
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <vector>
+
+namespace cli {
+
+// A subcommand and what it does when it was the one asked for: returns an exit status (exit_status.h).
+struct command {
+    CLI::App* app;
+    std::function<int()> act;
+};
+using command_list = std::vector<command>;
+
+// Each declares its options on app and adds itself. The options live in the closure of act.
+void add_run(CLI::App& app, command_list& commands);
+void add_demo(CLI::App& app, command_list& commands);
+
+}  // namespace cli

@@ -1,0 +1,106 @@
+#include "tnl/deck_source.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+
+#include "run/words.h"
+#include "tnl/exit_status.h"
+#include "tnl/run_folder.h"
+
+namespace cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::string> lines_of(std::string_view text) {
+    std::vector<std::string> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        lines.emplace_back(text.substr(0, end));
+        if (lines.back().ends_with('\r')) lines.back().pop_back();
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
+
+// The line without the comment at its end. Lines that are all comment stay, so that line numbers can.
+std::string_view without_comment(std::string_view line) {
+    for (std::size_t i = 1; i < line.size(); ++i)
+        if (line[i] == '#' && (line[i - 1] == ' ' || line[i - 1] == '\t')) {
+            const std::size_t last = line.substr(0, i).find_last_not_of(" \t");
+            return last == std::string_view::npos ? line : line.substr(0, last + 1);
+        }
+    return line;
+}
+
+class resolver {
+public:
+    explicit resolver(deck_source& source) : source_(source) {}
+
+    void add(std::string text, const std::string& path) {
+        const int i_file = static_cast<int>(source_.files.size());
+        source_.files.push_back({path, lines_of(text)});
+        open_.push_back(path);
+        for (int i = 0; i < static_cast<int>(source_.files[at(i_file)].lines.size()); ++i) {
+            const std::string line(without_comment(source_.files[at(i_file)].lines[at(i)]));
+            const words w = parse_line_2(line);
+            if (w.size() > 0 && w[0] == "include") {
+                include(w, i_file, i);
+            } else {
+                source_.text += line;
+                source_.text += '\n';
+                source_.origin.push_back({i_file, i});
+            }
+        }
+        open_.pop_back();
+    }
+
+private:
+    static std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+    void include(const words& w, int i_file, int i_line) {
+        const std::string place = source_.files[at(i_file)].path + ":" + std::to_string(i_line + 1) + ": ";
+        if (w.size() != 2) throw deck_error(place + "include needs one file name");
+        const fs::path name(w.str(1));
+        const fs::path folder = fs::path(source_.files[at(i_file)].path).parent_path();
+        const std::string path = (name.is_absolute() ? name : folder / name).lexically_normal().string();
+        std::error_code error;
+        for (const std::string& open : open_)
+            if (open == path || fs::equivalent(open, path, error)) throw deck_error(place + path + " includes itself");
+        if (open_.size() > 50) throw deck_error(place + "files include each other more than 50 deep");
+        std::string text;
+        try {
+            text = read_file(path);
+        } catch (const file_error& e) {
+            throw deck_error(place + e.what());
+        }
+        add(std::move(text), path);
+    }
+
+    deck_source& source_;
+    std::vector<std::string> open_;  // the files whose lines are being read
+};
+
+}  // namespace
+
+deck_source deck_source_of(std::string text, const std::string& path) {
+    deck_source source;
+    resolver(source).add(std::move(text), path);
+    return source;
+}
+
+deck_source read_deck_source(const std::string& path) {
+    if (path != "-") return deck_source_of(read_file(path), path);
+    std::string text(std::istreambuf_iterator<char>(std::cin), {});
+    return deck_source_of(std::move(text), path);
+}
+
+std::string origin_of(const deck_source& source, int i_line) {
+    const deck_source::place& p = source.origin[static_cast<std::size_t>(i_line - 1)];
+    return source.files[static_cast<std::size_t>(p.file)].path + ":" + std::to_string(p.line + 1);
+}
+
+}  // namespace cli

@@ -1,0 +1,32 @@
+// deck_source.h -- the user's deck and the files it includes, as the one text that the simulator reads.
+#pragma once
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+// A line "include FILE" stands for the lines of that file; its path is relative to the file that names it. A '#' behind
+// a blank begins a comment that runs to the end of the line. Both are resolved here; the simulator knows neither.
+struct deck_source {
+    struct file {
+        std::string path;                // the deck's as the user gave it; "-" for standard input
+        std::vector<std::string> lines;  // as they stand, without line ends
+    };
+    struct place {
+        int file = 0, line = 0;  // files[file].lines[line]
+    };
+    std::vector<file> files;    // the deck first
+    std::string text;           // for the simulator
+    std::vector<place> origin;  // [lines of text]
+};
+
+// Throws file_error for a deck that cannot be read, deck_error, with the place of the include statement, for an
+// included one, and for files that include each other. Path "-" reads standard input.
+deck_source read_deck_source(const std::string& path);
+deck_source deck_source_of(std::string text, const std::string& path);  // the same for a text in memory
+
+// Where statement text of the simulator's line i_line (1-based) stands: "file:line".
+std::string origin_of(const deck_source& source, int i_line);
+
+}  // namespace cli

@@ -1,0 +1,69 @@
+#include "tnl/open_run.h"
+
+#include "tnl/exit_status.h"
+#include "tnl/run_folder.h"
+
+namespace cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool open_folder(const fs::path& folder, opened_run& run) {
+    std::error_code error;
+    for (const fs::path& place : {folder, folder / partial_name}) {
+        if (!fs::is_regular_file(place / record_name, error)) continue;
+        run.folder = place;
+        run.record = read_record(place / record_name);
+        run.unfinished = run.record.state == "running";
+        return true;
+    }
+    return false;
+}
+
+// The row file alone, or as the record beside it describes it.
+opened_run open_file(const fs::path& path) {
+    opened_run run;
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    const std::string name = path.filename().string();
+    if (open_folder(folder, run) && run.folder == folder)
+        for (const record_file& file : run.record.files)
+            if (file.path == name) {
+                run.record.files = {file};
+                return run;
+            }
+    run = {};
+    run.folder = folder;
+    run.record.files.push_back({name, "", {}, 0, 0});
+    return run;
+}
+
+}  // namespace
+
+opened_run open_run(const std::string& path) {
+    opened_run run;
+    std::error_code error;
+    if (fs::is_directory(path, error)) {
+        if (open_folder(path, run)) return run;
+        throw file_error(path + " is a folder without results of tnl run");
+    }
+    if (fs::is_directory(path + ".run", error) && open_folder(path + ".run", run)) return run;
+    if (fs::exists(path, error)) return open_file(path);
+    throw file_error("cannot read " + path + ": no such run, deck or row file");
+}
+
+row_table load_table(const opened_run& run, const record_file& file) {
+    const fs::path path = run.folder / file.path;
+    row_table table = read_row_table(read_file(path), path.string());
+    table.kind = file.kind;
+    if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
+    return table;
+}
+
+const record_file* find_file(const opened_run& run, std::string_view name) {
+    for (const record_file& file : run.record.files)
+        if (name.empty() ? file.is_table() : file.path == name) return &file;
+    return nullptr;
+}
+
+}  // namespace cli

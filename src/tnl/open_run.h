@@ -1,0 +1,28 @@
+// open_run.h -- what the user names as RUN: a run folder, the deck that was run, or one row file.
+#pragma once
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tnl/row_table.h"
+#include "tnl/run_record.h"
+
+namespace cli {
+
+struct opened_run {
+    std::filesystem::path folder;  // that the paths of its files are relative to
+    run_record record;             // a lone row file: one made up for it, without columns
+    bool unfinished = false;       // the run goes on, or was cut before its end
+};
+// A folder with a record, else its .partial with one; a deck's path, when path + ".run" is such a folder; a row file,
+// with the names that the record beside it gives. Throws file_error.
+opened_run open_run(const std::string& path);
+
+// The file's rows with names and units from the record, where their number fits. Throws file_error.
+row_table load_table(const opened_run& run, const record_file& file);
+
+// "out.dat" or "dir/out.dat": the file of the run with this path, or nullptr. An empty name means the first table.
+const record_file* find_file(const opened_run& run, std::string_view name);
+
+}  // namespace cli

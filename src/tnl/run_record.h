@@ -1,0 +1,51 @@
+// run_record.h -- run.json, which stands beside the rows of a run and tells what they are.
+#pragma once
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+inline constexpr const char* record_name = "run.json";
+// While a run goes on, its folder holds everything in this subfolder; files get their final places when it is over.
+inline constexpr const char* partial_name = ".partial";
+
+struct record_column {
+    std::string name;  // "time", "frequency", "harmonic", or the deck's word: "vout", "r_of_R2"
+    std::string unit;  // "s", "V", "ohm"; empty when unknown or none
+};
+struct record_file {
+    std::string path;  // relative to the folder of the record
+    std::string kind;  // "dc", "startup", "trns", "ssw", "ac", "fourier"; "solution", "parms": no table
+    std::vector<record_column> columns;
+    long long rows = 0;
+    int curves = 0;  // parts with blank lines between them
+    bool is_table() const { return kind != "solution" && kind != "parms"; }
+};
+struct record_place {  // of a statement in the user's files
+    std::string file;
+    int line = 0, column = 0;  // 1-based
+    std::string text;          // the line
+};
+struct run_record {
+    std::string version;  // of tnl
+    std::string deck;     // absolute path; "-" for standard input
+    std::string deck_hash, library_hash;
+    std::string title;
+    std::vector<std::string> options;  // as typed behind "tnl run"
+    std::string began;                 // ISO 8601, UTC
+    double seconds = 0;                // wall time of the simulator
+    std::string state;                 // "running", "complete", "stopped", "limit", "signal"
+    int status = 0;                    // exit status of tnl run
+    int signal = 0;
+    std::string message;               // the simulator's text of the stop
+    std::vector<record_place> places;  // that it speaks of
+    std::vector<record_file> files;
+};
+
+std::string to_json(const run_record& record);
+run_record record_of_json(const std::string& text);         // throws file_error
+run_record read_record(const std::filesystem::path& path);  // throws file_error
+std::string hash_of(std::string_view text);                 // "fnv1a64:" and 16 digits; tells changes, no secrets
+
+}  // namespace cli

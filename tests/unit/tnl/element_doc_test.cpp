@@ -1,0 +1,22 @@
+#include "tnl/element_doc.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace cli;
+
+TEST(element_doc, description_and_words_are_read_from_the_comments_of_an_entry) {
+    const element_doc doc = doc_of({"r",
+                                    "ece name=r\n#: Resistor.\n#: i = v / r\n#. r ohm resistance at 300.15 K\n"
+                                    "#. tc1 1/K\n#. k - scale\n# not for people\nbegin_dc\n"});
+    EXPECT_EQ(doc.description, (std::vector<std::string>{"Resistor.", "i = v / r"}));
+    ASSERT_NE(find_word(doc, "r"), nullptr);
+    EXPECT_EQ(find_word(doc, "r")->unit, "ohm");
+    EXPECT_EQ(find_word(doc, "r")->text, "resistance at 300.15 K");
+    EXPECT_EQ(find_word(doc, "tc1")->text, "");
+    EXPECT_EQ(find_word(doc, "k")->unit, "");
+    EXPECT_EQ(find_word(doc, "q"), nullptr);
+}
+
+}  // namespace
