@@ -8,7 +8,7 @@
 #include "analyses/solution_vector.h"
 #include "output/solution_file.h"
 #include "run/halt.h"
-#include "run/interrupt.h"
+#include "run/signals.h"
 #include "run/numeric.h"
 #include "sparse/knuth_write.h"
 
@@ -119,7 +119,7 @@ void newton(run_state& r, const newton_limits& limits) {
     slv.l_converged = 0;
     slv.l_norm_too_large = 0;  // an iterate with a capped exponential leaves what an earlier solve found
     for (slv.iter_newton = 0; slv.iter_newton < limits.itmax; ++slv.iter_newton) {
-        end_if_interrupted();
+        heed_signals();
         r.flags.newton_first = slv.iter_newton == 0 ? 1 : 0;
         assemble(r, false);
         const bool debug_now = limits.dump && slv.iter_newton == slv.iter_debug_newton - 1;
@@ -158,7 +158,7 @@ void newton(run_state& r, const newton_limits& limits) {
 
 void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who, std::string_view tail) {
     mat_class& mat = r.mat;
-    end_if_interrupted();
+    heed_signals();
     assemble(r, false);
     if (dump) write_system(r, line(tail, ".dat"));
     solve_for_step(r, fix_order, false);

@@ -10,7 +10,7 @@
 #include "output/row_writers.h"
 #include "output/solution_file.h"
 #include "run/halt.h"
-#include "run/interrupt.h"
+#include "run/signals.h"
 
 namespace {
 constexpr int mode_analog = 5;
@@ -321,7 +321,7 @@ void solve_trns(run_state& r) {
     slv.delt_old_1 = slv.delt;
     progress lines(slv);
     for (slv.iter_trns = 0; slv.iter_trns < slv.itmax_trns; ++slv.iter_trns) {
-        end_if_interrupted();
+        heed_signals();
         r.flags.iter_trns = slv.iter_trns;
         lines.tell();
         begin_analog_step(r);

@@ -21,7 +21,7 @@ expect() { # what, wanted, got
         faults=$((faults + 1))
     fi
 }
-deck() { # settings; the diode stays off and sends the run through Newton
+deck() { # settings, settings of the rows; the diode stays off and sends the run through Newton
     cat >.tnlaux/cct.in <<END
 title: charging
 begin_circuit
@@ -37,6 +37,7 @@ solve_type trns
 method: gmin_step=no $1
 begin_output
 filename rows.dat limit_lines=2000000000
+${2:-}
 variables: va ic
 end_output
 end_solve
@@ -73,6 +74,22 @@ iter_trns=0 time=0' "$(cat text)"
     expect "$signal: the last line is complete" yes "$(ends_with_newline)"
     [ "$(wc -l <rows.dat)" -ge 4000 ] || expect "$signal: rows" 'at least 4000' "$(wc -l <rows.dat)"
 done
+
+# A kill that nobody can catch loses less than the last second: few rows, far from filling any buffer, are on the disk.
+rm -f rows.dat
+deck 'back_euler=yes t_end=1000 delt_const=1u itmax_trns=2000000000 n_wrtiterno=2000000000' 'control: fixed_interval=50m'
+"$tarnel" >text 2>errors </dev/null &
+run=$!
+tries=0
+while [ "$(rows_size)" -lt 80 ] && [ $tries -lt 600 ]; do
+    sleep 0.05
+    tries=$((tries + 1))
+done
+kill -s KILL $run
+wait $run 2>/dev/null
+expect 'kill: lines that are no rows' 0 "$(broken_lines)"
+rows=$(wc -l <rows.dat)
+[ "$rows" -ge 2 ] && [ "$rows" -le 400 ] || expect 'kill: rows' '2 to 400' "$rows"
 
 # A step that fails: what came before it is on the disk.
 rm -f rows.dat
