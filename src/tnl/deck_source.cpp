@@ -26,16 +26,6 @@ std::vector<std::string> lines_of(std::string_view text) {
     return lines;
 }
 
-// The line without the comment at its end. Lines that are all comment stay, so that line numbers can.
-std::string_view without_comment(std::string_view line) {
-    for (std::size_t i = 1; i < line.size(); ++i)
-        if (line[i] == '#' && (line[i - 1] == ' ' || line[i - 1] == '\t')) {
-            const std::size_t last = line.substr(0, i).find_last_not_of(" \t");
-            return last == std::string_view::npos ? line : line.substr(0, last + 1);
-        }
-    return line;
-}
-
 class resolver {
 public:
     explicit resolver(deck_source& source) : source_(source) {}
@@ -85,6 +75,16 @@ private:
 };
 
 }  // namespace
+
+// Lines that are all comment stay, so that line numbers can.
+std::string_view without_comment(std::string_view line) {
+    for (std::size_t i = 1; i < line.size(); ++i)
+        if (line[i] == '#' && (line[i - 1] == ' ' || line[i - 1] == '\t')) {
+            const std::size_t last = line.substr(0, i).find_last_not_of(" \t");
+            return last == std::string_view::npos ? line : line.substr(0, last + 1);
+        }
+    return line;
+}
 
 deck_source deck_source_of(std::string text, const std::string& path) {
     deck_source source;

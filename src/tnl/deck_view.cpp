@@ -2,23 +2,26 @@
 
 #include <algorithm>
 
-#include "run/text_file.h"
+#include "run/words.h"
 #include "tnl/library_split.h"
 
 namespace cli {
 
-deck_view view_deck(std::string path, std::string text) {
+deck_view view_deck(deck_source source) {
     deck_view deck;
-    deck.path = std::move(path);
-    deck.text = std::move(text);
+    deck.path = source.files.front().path;
+    deck.source = std::move(source);
     try {
-        deck.statements = file_chr_of(deck.text);
-        deck.lines = text_file_of(deck.text).lines;
+        deck.statements = file_chr_of(deck.source.text);
         deck.readable = true;
     } catch (...) {  // whatever this program's halt throws
         deck.statements = {};
     }
     return deck;
+}
+
+deck_view view_deck(const std::string& path, std::string text) {
+    return view_deck(deck_source_of(std::move(text), path));
 }
 
 namespace {
@@ -108,23 +111,93 @@ std::string title_of(const deck_view& deck) {
     return title;
 }
 
+namespace {
+
+constexpr std::size_t widest = 100;  // characters of a line that are shown
+
+// Where the words of a physical line begin, with the separators of the deck's reader.
+std::vector<std::size_t> word_columns(std::string_view line, bool continued) {
+    std::vector<std::size_t> columns;
+    std::size_t at = 0;
+    if (continued) at = line.find('+') + 1;
+    for (;;) {
+        at = line.find_first_not_of(" \t=", at);
+        if (at == std::string_view::npos) return columns;
+        columns.push_back(at);
+        at = std::min(line.find_first_of(" \t=", at), line.size());
+    }
+}
+
+bool is_continuation(std::string_view line) {
+    const std::size_t a = line.find_first_not_of(" \t");
+    return a != std::string_view::npos && line[a] == '+';
+}
+
+std::string shown(std::string text) {
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
+    return text;
+}
+
+}  // namespace
+
+record_place place_in_files(const deck_view& deck, int i_statement, int i_word) {
+    const deck_source& source = deck.source;
+    const int first = deck.statements.physical[file_chr::at(i_statement)] - 1;
+    const auto line_at = [&](int i) -> const std::string& {
+        const deck_source::place& p = source.origin[file_chr::at(i)];
+        return source.files[file_chr::at(p.file)].lines[file_chr::at(p.line)];
+    };
+    int left = i_word, i_line = first;
+    std::size_t column = 0;
+    for (int i = first; i < static_cast<int>(source.origin.size()); ++i) {
+        const std::string& line = line_at(i);
+        const bool more = is_continuation(line);
+        if (i > first && !more) {
+            const std::size_t a = line.find_first_not_of(" \t");
+            if (a == std::string::npos || line[a] == '#') continue;  // comments may stand between
+            break;
+        }
+        const std::vector<std::size_t> columns = word_columns(without_comment(line), more);
+        if (i == first && !columns.empty()) column = columns[0];
+        if (left < static_cast<int>(columns.size())) {
+            i_line = i;
+            column = columns[file_chr::at(left)];
+            break;
+        }
+        left -= static_cast<int>(columns.size());
+    }
+    const deck_source::place& p = source.origin[file_chr::at(i_line)];
+    return {source.files[file_chr::at(p.file)].path, p.line + 1, static_cast<int>(column) + 1, line_at(i_line)};
+}
+
 std::string place_of(const deck_view& deck, int i_statement) {
-    const file_chr& f = deck.statements;
-    const int line = f.physical[file_chr::at(i_statement)];
-    std::string text = deck.lines[file_chr::at(line - 1)];
-    const std::size_t a = text.find_first_not_of(" \t");
-    text.erase(0, a == std::string::npos ? text.size() : a);
-    const bool whole = parse_line_2(text).size() == f.n_words(i_statement);
-    constexpr std::size_t widest = 100;
+    const record_place place = place_in_files(deck, i_statement);
+    std::string text(without_comment(place.text));
+    text.erase(0, file_chr::at(place.column - 1));
+    const bool whole = parse_line_2(text).size() == deck.statements.n_words(i_statement);
     if (text.size() > widest) {
         text.resize(widest);
         text += " ...";
     } else if (!whole) {
         text += " ...";
     }
+    return place.file + ":" + std::to_string(place.line) + ": " + shown(text);
+}
+
+std::string place_with_caret(const deck_view& deck, int i_statement, int i_word) {
+    const record_place place = place_in_files(deck, i_statement, i_word);
+    std::string text = place.text;
+    std::size_t caret = file_chr::at(place.column - 1);
+    if (caret > widest * 3 / 4) {  // keep the word in sight
+        text = "..." + text.substr(caret - widest / 2);
+        caret = widest / 2 + 3;
+    }
+    if (text.size() > widest) text = text.substr(0, widest) + " ...";
     for (char& c : text)
-        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
-    return deck.path + ":" + std::to_string(line) + ": " + text;
+        if (c == '\t') c = ' ';
+    return place.file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column) + ":\n  " + shown(text) +
+           "\n  " + std::string(caret, ' ') + "^";
 }
 
 }  // namespace cli

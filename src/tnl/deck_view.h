@@ -6,19 +6,23 @@
 #include <vector>
 
 #include "deck/file_chr.h"
+#include "tnl/deck_source.h"
+#include "tnl/run_record.h"
 
 namespace cli {
 
 // The deck's statements. A deck that the reader refuses has none: the simulator will say why.
 struct deck_view {
-    std::string path;  // as the user gave it; it begins every place that is shown
-    std::string text;
+    std::string path;    // as the user gave it
+    deck_source source;  // its files, and where each line of the simulator's text comes from
     file_chr statements;
-    std::vector<std::string> lines;  // physical lines; statement i begins in lines[statements.physical[i] - 1]
-    bool readable = false;           // the reader took it
+    bool readable = false;  // the reader took it
+
+    const std::string& text() const { return source.text; }
 };
 
-deck_view view_deck(std::string path, std::string text);
+deck_view view_deck(deck_source source);
+deck_view view_deck(const std::string& path, std::string text);  // a text in memory; its includes are read
 
 // Statements [begin, end) of the circuit block and of each solve block; empty when the deck has none.
 struct statement_range {
@@ -44,7 +48,14 @@ std::vector<row_file> row_files(const deck_view& deck);
 
 std::string title_of(const deck_view& deck);  // the words behind title:
 
+// Where word i_word of a statement stands: file, line, column, and that line as the user wrote it. The statement's
+// first word for words that were joined from several lines and cannot be found.
+record_place place_in_files(const deck_view& deck, int i_statement, int i_word = 0);
+
 // "deck.in:12: eelement name=R1 type=r"; a statement of several lines ends in " ...".
 std::string place_of(const deck_view& deck, int i_statement);
+
+// "deck.in:12:15: " and the line, and below it a caret under the word. Control bytes are shown as '?', long lines cut.
+std::string place_with_caret(const deck_view& deck, int i_statement, int i_word = 0);
 
 }  // namespace cli

@@ -17,7 +17,7 @@ installation own_installation() {
 
 run_result run_deck(const run_options& options, const installation& where) {
     run_result run;
-    run.deck = view_deck(options.deck, read_file(options.deck));
+    run.deck = view_deck(read_deck_source(options.deck));
     run.folder = options.folder.empty() ? options.deck + ".run" : options.folder;
     if (!fs::exists(where.program)) throw file_error("the simulator is missing: " + where.program.string());
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());

@@ -141,7 +141,7 @@ std::set<std::string> make_run_folder(const fs::path& folder, const deck_view& d
     std::error_code error;
     const fs::path aux = folder / ".tnlaux";
     if (!fs::create_directory(aux, error) && error) fail("cannot make", aux, error.message());
-    write_file(aux / "cct.in", deck.text);
+    write_file(aux / "cct.in", deck.text());
     for (int i = 0; i < n_libraries; ++i) {
         std::string text;
         for (const int e : needs.entries[i]) text += libraries.library[i].entries[static_cast<std::size_t>(e)].text;
