@@ -27,6 +27,8 @@ std::string read_bytes(const std::filesystem::path& path) {
 bool is_good(const std::filesystem::path& path) { return path.filename().string().starts_with("good_"); }
 }  // namespace
 
+void PrintTo(const fuzz_target& target, std::ostream* out) { *out << target.name; }
+
 class fuzz_corpus : public testing::TestWithParam<fuzz_target> {};
 INSTANTIATE_TEST_SUITE_P(targets, fuzz_corpus, testing::ValuesIn(fuzz_targets().begin(), fuzz_targets().end()),
                          [](const auto& target) { return std::string(target.param.name); });

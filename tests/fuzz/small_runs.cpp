@@ -13,8 +13,6 @@ bool keep_short(run_state& r) {
     at_most(slv.gmin_itmax_newton, 20);
     at_most(slv.automatic.itmax_sweep, 20);
     at_most(slv.itmax_trns, 200);
-    // A step that TR-BDF2 rejects at its smallest size is tried again without end.
-    if (slv.trns && slv.trbdf2) return false;
-    return r.c.ebeu.n() <= max_unknowns && r.c.gbeu.n() <= max_unknowns && r.mat.n_svec <= max_unknowns && slv.n_sweep <= max_points &&
-           slv.n_sync <= max_points;
+    return r.c.ebeu.n() <= max_unknowns && r.c.gbeu.n() <= max_unknowns && r.mat.n_svec <= max_unknowns &&
+           slv.n_sweep <= max_points && slv.n_sync <= max_points;
 }
