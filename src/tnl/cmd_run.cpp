@@ -12,13 +12,11 @@ namespace {
 int run_command(const run_options& options) {
     const run_result run = run_deck(options, own_installation());
     std::fflush(stdout);
-    for (const row_file& file : row_files(run.deck)) {
-        const std::filesystem::path path = run.folder / file.path;
-        std::error_code error;
-        if (!std::filesystem::is_regular_file(path, error)) continue;
+    for (const record_file& file : run.record.files) {
+        const std::filesystem::path place = run.kept ? run.folder / partial_name : run.folder;
         std::string columns;
-        for (const std::string& c : file.columns) columns += " " + c;
-        std::fprintf(stderr, "%s:%s\n", path.c_str(), columns.c_str());
+        for (const record_column& c : file.columns) columns += " " + c.name;
+        std::fprintf(stderr, "%s:%s\n", (place / file.path).c_str(), columns.c_str());
     }
     return run.status;
 }
@@ -30,6 +28,7 @@ void add_run(CLI::App& app, command_list& commands) {
     CLI::App* run = app.add_subcommand("run", "Run a deck; its row files are left in DECK.run/");
     run->add_option("DECK", options->deck, "File with the circuit and what to solve")->required();
     run->add_option("-o,--output", options->folder, "Folder of the run, instead of DECK.run");
+    run->add_flag("--force", options->force, "Replace the results of another deck in the folder");
     commands.push_back({run, [options] { return run_command(*options); }});
 }
 

@@ -104,7 +104,7 @@ int run_demo(const std::string& folder, const installation& where, const termina
         write_file(base + ".in", std::string(deck.text));
         std::printf("%s%s\n\n  tnl run %s.in\n\n", &deck == &demo_decks().front() ? "" : "\n",
                     std::string(deck.says).c_str(), base.c_str());
-        const run_result run = run_deck({base + ".in", "", false}, where);
+        const run_result run = run_deck({base + ".in", ""}, where);
         if (run.status != good) return run.status;
 
         const row_file file = row_files(run.deck).at(0);

@@ -1,6 +1,7 @@
 #include "tnl/process.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -56,10 +57,13 @@ process_result run_program(const std::filesystem::path& program, const std::file
         throw file_error(std::string("cannot make a pipe: ") + std::strerror(errno));
     std::fflush(nullptr);
     const passing_on handlers;
+    const pid_t self = getpid();
     const pid_t child = fork();
     if (child < 0) throw file_error(std::string("cannot start a process: ") + std::strerror(errno));
     if (child == 0) {
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
+        prctl(PR_SET_PDEATHSIG, SIGTERM);  // nobody would take the results of a simulator that is alone
+        if (getppid() != self) _exit(127);
         if (chdir(folder.c_str()) == 0 && dup2(text[1], STDOUT_FILENO) >= 0 && dup2(text[1], STDERR_FILENO) >= 0)
             execl(program.c_str(), program.c_str(), static_cast<char*>(nullptr));
         const int why = errno;

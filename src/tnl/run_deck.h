@@ -2,10 +2,12 @@
 #pragma once
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tnl/exit_status.h"
 #include "tnl/installed.h"
 #include "tnl/process.h"
+#include "tnl/run_record.h"
 
 namespace cli {
 
@@ -16,16 +18,21 @@ struct installation {
 installation own_installation();
 
 struct run_options {
-    std::string deck;
-    std::string folder;  // empty: the deck's path and ".run"
-    bool quiet = false;  // the simulator's text is shown only when it stops
+    std::string deck;                     // "-": standard input
+    std::string folder;                   // empty: the deck's path and ".run"; "stdin.run" for standard input
+    bool quiet = false;                   // the simulator's text is shown only when it stops
+    bool silent = false;                  // nor then
+    bool force = false;                   // results of another deck may be replaced
+    std::vector<std::string> words = {};  // as typed, for the record
 };
 struct run_result {
     int status = good;
-    std::filesystem::path folder;
+    std::filesystem::path folder;  // where the results stand
     deck_view deck;
+    run_record record;  // as it stands in the folder
+    bool kept = false;  // the simulator was killed or could not write: what there is of the rows stands in .partial
 };
-// Throws file_error when the deck cannot be read or the folder not be made.
+// Throws file_error when the deck cannot be read or the folder not be made, deck_error for an include that fails.
 run_result run_deck(const run_options& options, const installation& where);
 
 }  // namespace cli

@@ -1,9 +1,14 @@
 #include "tnl/run_folder.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "deck/tmpdim_class.h"
@@ -15,45 +20,11 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uintmax_t largest_copy = 64u << 20;  // bytes; larger data files are linked
+constexpr const char* aux_name = ".tnlaux";
+constexpr const char* dimensions_name = "tmpdim.in";
 
 [[noreturn]] void fail(const std::string& what, const fs::path& path, const std::string& why) {
     throw file_error(what + " " + path.string() + ": " + why);
-}
-
-std::string deck_identity(const deck_view& deck) {
-    std::error_code none;
-    const fs::path whole = fs::weakly_canonical(deck.path, none);
-    return none ? deck.path : whole.string();
-}
-
-// First line: "deck " and the deck's path. Then one file of ours a line, relative to the folder.
-struct marker {
-    std::string deck;
-    std::set<std::string> files;
-};
-
-bool read_marker(const fs::path& folder, marker& m) {
-    std::ifstream in(folder / marker_name);
-    std::string line;
-    if (!in || !std::getline(in, line) || !line.starts_with("deck ")) return false;
-    m.deck = line.substr(5);
-    while (std::getline(in, line))
-        if (!line.empty()) m.files.insert(line);
-    return true;
-}
-
-void write_marker(const fs::path& folder, const marker& m) {
-    std::string text = "deck " + m.deck + "\n";
-    for (const std::string& file : m.files) text += file + "\n";
-    write_file(folder / marker_name, text);
-}
-
-std::set<std::string> files_in(const fs::path& folder) {
-    std::set<std::string> names;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
-        if (entry.is_regular_file(error)) names.insert(entry.path().filename().string());
-    return names;
 }
 
 // A name inside the folder that cannot lead out of it.
@@ -62,48 +33,84 @@ bool stays_inside(const fs::path& name) {
     return std::none_of(name.begin(), name.end(), [](const fs::path& part) { return part == ".."; });
 }
 
-// Removes the files of the last run of this deck. What somebody else put into the folder stays.
-void clear_old_run(const fs::path& folder, const marker& m) {
-    std::error_code ignored;
-    for (const std::string& file : m.files)
-        if (stays_inside(file)) fs::remove(folder / file, ignored);
-    fs::remove(folder / marker_name, ignored);
-    fs::remove(folder / ".tnlaux", ignored);  // goes only when empty
-}
-
-void take_folder(const fs::path& folder, const deck_view& deck) {
+bool has_record(const fs::path& folder, run_record& record) {
     std::error_code error;
-    const fs::file_status status = fs::status(folder, error);
-    if (fs::exists(status)) {
-        if (!fs::is_directory(status)) fail("cannot use", folder, "it is not a folder");
-        marker old;
-        if (read_marker(folder, old)) {
-            if (old.deck != deck_identity(deck))
-                fail("cannot use", folder, "it holds the results of " + old.deck + "; choose another with -o");
-            clear_old_run(folder, old);
-        } else if (!fs::is_empty(folder, error) || error) {
-            fail("cannot use", folder, "it exists and is no run folder; choose another with -o");
-        }
-    } else if (!fs::create_directories(folder, error) && error) {
-        fail("cannot make", folder, error.message());
+    if (!fs::is_regular_file(folder / record_name, error)) return false;
+    try {
+        record = read_record(folder / record_name);
+        return true;
+    } catch (const file_error&) {
+        return false;  // some other program's
     }
 }
 
-void bring_data_files(const fs::path& folder, const deck_view& deck, const std::vector<std::string>& words, marker& m) {
-    const fs::path home = fs::path(deck.path).parent_path();
+std::string new_record_name() { return std::string(record_name) + ".new"; }
+
+// No file in the folder but .partial, and in that, at most a record that was being written: a run was killed in its
+// first moments.
+bool is_barely_begun(const fs::path& folder) {
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
+        if (entry.path().filename() != partial_name || !entry.is_directory(error)) return false;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder / partial_name, error))
+        if (entry.path().filename() != new_record_name()) return false;
+    return true;
+}
+
+std::set<std::string> files_of(const run_record& record) {
+    std::set<std::string> files(record.other_files.begin(), record.other_files.end());
+    for (const record_file& file : record.files) files.insert(file.path);
+    return files;
+}
+
+void make_parents(const fs::path& path) {
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    if (error) fail("cannot make", path.parent_path(), error.message());
+}
+
+std::vector<std::string> bring_data_files(const run_folder& folder, const deck_view& deck,
+                                          const std::vector<std::string>& words) {
+    std::vector<std::string> brought;
+    const fs::path home = deck.path == "-" ? fs::path() : fs::path(deck.path).parent_path();
+    const std::set<std::string> old = files_of(folder.old);
     for (const std::string& word : words) {
-        const fs::path from = home / word, to = folder / word;
+        if (!stays_inside(word)) continue;
         std::error_code error;
-        if (!stays_inside(word) || !fs::is_regular_file(from, error) || fs::exists(to, error)) continue;
-        if (to.has_parent_path()) fs::create_directories(to.parent_path(), error);
+        // The user may also have put it into the run's folder.
+        const bool placed = !old.contains(word) && fs::is_regular_file(folder.path / word, error);
+        const fs::path from = placed ? folder.path / word : home / word, to = folder.partial / word;
+        if (!fs::is_regular_file(from, error) || fs::exists(to, error)) continue;
+        make_parents(to);
         // A copy, as a deck may write to a file that it reads.
         if (fs::file_size(from, error) <= largest_copy)
             fs::copy_file(from, to, error);
         else
             fs::create_symlink(fs::absolute(from), to, error);
         if (error) fail("cannot bring", from, error.message());
-        m.files.insert(word);
+        if (!placed) brought.push_back(word);
     }
+    return brought;
+}
+
+// All files below the folder, with paths relative to it.
+std::vector<std::string> files_below(const fs::path& folder) {
+    std::vector<std::string> files;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_symlink() || !entry.is_directory())
+            files.push_back(entry.path().lexically_relative(folder).string());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+void give_place(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    make_parents(to);
+    fs::remove(to, error);
+    // The name in .partial stays while others follow, where the file system can give a file two names.
+    if (::link(from.c_str(), to.c_str()) == 0) return;
+    fs::rename(from, to, error);
+    if (error) fail("cannot write", to, error.message() + "; the rows are in " + from.parent_path().string());
 }
 
 }  // namespace
@@ -128,47 +135,164 @@ void write_file(const fs::path& path, const std::string& text) {
     if (!out) fail("cannot write", path, std::strerror(errno ? errno : EIO));
 }
 
-std::set<std::string> make_run_folder(const fs::path& folder, const deck_view& deck,
-                                      const installed_libraries& libraries, const deck_needs& needs) {
-    take_folder(folder, deck);
-    std::set<std::string> foreign = files_in(folder);
-    marker m{deck_identity(deck), {".tnlaux/cct.in", "tmpdim.in"}};
-    for (const library_form& form : library_forms) m.files.insert(".tnlaux/" + std::string(form.file));
-    for (const std::string_view list : list_files) m.files.insert(".tnlaux/" + std::string(list));
-    for (const row_file& file : row_files(deck)) m.files.insert(file.path);
-    write_marker(folder, m);  // first, so that a folder left half made is known as ours
+// ---- taking a folder
+// ---------------------------------------------------------------------------------------------------
+
+folder_claim::folder_claim(const fs::path& folder) : fd_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY)) {
+    if (fd_ < 0) fail("cannot use", folder, std::strerror(errno));
+    // A simulator whose front end was killed ends by itself within moments.
+    for (int tries = 0; ::flock(fd_, LOCK_EX | LOCK_NB) != 0; ++tries) {
+        if (errno != EWOULDBLOCK && errno != EINTR) break;  // a file system without locks
+        if (tries == 100) {
+            ::close(fd_);
+            fail("cannot use", folder, "another run goes on in it");
+        }
+        ::usleep(20000);
+    }
+}
+
+folder_claim::~folder_claim() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+folder_claim& folder_claim::operator=(folder_claim&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+}
+
+std::string deck_identity(const std::string& path) {
+    if (path == "-") return path;
+    std::error_code none;
+    const fs::path whole = fs::weakly_canonical(path, none);
+    return none ? path : whole.string();
+}
+
+run_folder take_run_folder(const fs::path& path, const std::string& deck, bool force) {
+    run_folder folder{path, path / partial_name, {}, {}};
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status)) {
+        fs::create_directories(path, error);
+        if (error) fail("cannot make", path, error.message());
+    } else if (!fs::is_directory(status)) {
+        fail("cannot use", path, "it is not a folder");
+    }
+    folder.claim = folder_claim(path);
+    run_record begun;
+    const bool done = has_record(path, folder.old), killed = has_record(folder.partial, begun);
+    if (!done && !killed && !is_barely_begun(path))
+        fail("cannot use", path, "it holds other files, and none of a run; choose another folder with -o");
+    const std::string& owner = done ? folder.old.deck : begun.deck;
+    if ((done || killed) && owner != deck && !force)
+        fail("cannot use", path,
+             "it holds the results of " + owner + "; choose another with -o, or replace them with --force");
+    if (!done && killed && begun.state != "running") folder.old = begun;  // it was giving its files their places
+    fs::remove_all(folder.partial, error);
+    if (error) fail("cannot remove", folder.partial, error.message());
+    return folder;
+}
+
+void check_output_names(const deck_view& deck) {
+    for (const row_file& file : row_files(deck)) {
+        const fs::path path(file.path), first = *path.lexically_normal().begin();
+        const auto refuse = [&](const std::string& why) {
+            throw deck_error(why + ": " + file.path + "\n" + place_with_caret(deck, file.i_statement, 1));
+        };
+        if (!path.is_absolute() && !stays_inside(path)) refuse("an output file outside the folder of the run");
+        for (const std::string_view own : {record_name, partial_name, aux_name, dimensions_name})
+            if (first == own) refuse("an output file in the place of one that the run keeps for itself");
+    }
+}
+
+void check_output_places(const run_folder& folder, const deck_view& deck, bool force) {
+    const std::set<std::string> old = files_of(folder.old);
+    for (const row_file& file : row_files(deck)) {
+        std::error_code error;
+        const fs::path path(file.path), target = folder.path / path;  // a whole path as it is
+        const fs::file_status status = fs::status(target, error);
+        if (!fs::exists(status)) continue;
+        if (fs::is_directory(status)) fail("cannot write", target, "it is a folder");
+        if (!fs::is_regular_file(status)) fail("cannot write", target, "it is a device");
+        if (!old.contains(file.path) && !(force && path.is_absolute()))
+            fail("cannot write", target,
+                 "it exists and is not from a run of this deck; move it away" +
+                     std::string(path.is_absolute() ? ", or replace it with --force" : ""));
+    }
+}
+
+// ---- the run's own place
+// -----------------------------------------------------------------------------------------------
+
+void write_partial_record(const run_folder& folder, const run_record& record) {
+    const fs::path beside = folder.partial / new_record_name();
+    write_file(beside, to_json(record));
+    std::error_code error;
+    fs::rename(beside, folder.partial / record_name, error);
+    if (error) fail("cannot write", folder.partial / record_name, error.message());
+}
+
+void fill_partial(const run_folder& folder, const deck_view& deck, const installed_libraries& libraries,
+                  const deck_needs& needs, run_record& record) {
+    std::string text[n_libraries], all;
+    for (int i = 0; i < n_libraries; ++i) {
+        for (const int e : needs.entries[i]) text[i] += libraries.library[i].entries[static_cast<std::size_t>(e)].text;
+        all += text[i];
+    }
+    record.library_hash = hash_of(all);
 
     std::error_code error;
-    const fs::path aux = folder / ".tnlaux";
-    if (!fs::create_directory(aux, error) && error) fail("cannot make", aux, error.message());
+    const fs::path aux = folder.partial / aux_name;
+    fs::create_directory(folder.partial, error);
+    if (error) fail("cannot make", folder.partial, error.message());
+    write_partial_record(folder, record);  // first, so that a run killed now is known as this deck's
+    fs::create_directory(aux, error);
+    if (error) fail("cannot make", aux, error.message());
     write_file(aux / "cct.in", deck.text());
-    for (int i = 0; i < n_libraries; ++i) {
-        std::string text;
-        for (const int e : needs.entries[i]) text += libraries.library[i].entries[static_cast<std::size_t>(e)].text;
-        write_file(aux / library_forms[i].file, text);
-    }
+    for (int i = 0; i < n_libraries; ++i) write_file(aux / library_forms[i].file, text[i]);
     for (std::size_t i = 0; i < std::size(list_files); ++i) write_file(aux / list_files[i], libraries.list[i]);
 
     std::string dimensions;
     for (const tmpdim_word& d : tmpdim_words())
         dimensions += std::string(d.word) + " " + std::to_string(d.generous) + "\n";
-    write_file(folder / "tmpdim.in", dimensions);
+    write_file(folder.partial / dimensions_name, dimensions);
 
-    bring_data_files(folder, deck, needs.files, m);
+    record.other_files = bring_data_files(folder, deck, needs.files);
     // A row file may lie in a folder below; the simulator does not make folders.
-    for (const row_file& file : row_files(deck))
-        if (stays_inside(file.path) && fs::path(file.path).has_parent_path())
-            fs::create_directories((folder / file.path).parent_path(), error);
-    write_marker(folder, m);
-    return foreign;
+    for (const record_file& file : record.files)
+        if (stays_inside(file.path) && fs::path(file.path).has_parent_path()) make_parents(folder.partial / file.path);
 }
 
-void note_results(const fs::path& folder, const deck_view& deck, const std::set<std::string>& foreign) {
-    marker m;
-    if (!read_marker(folder, m)) m.deck = deck_identity(deck);
-    for (const std::string& file : files_in(folder))
-        if (file != marker_name && !foreign.contains(file)) m.files.insert(file);
-    write_marker(folder, m);
+void publish(const run_folder& folder, run_record& record) {
+    std::error_code error;
+    const std::set<std::string> old = files_of(folder.old), brought = files_of(record);
+    std::vector<std::string> files;
+    for (const std::string& file : files_below(folder.partial)) {
+        // What somebody has put into the folder stays, as a data file may that was read from there.
+        const bool foreign = !old.contains(file) && !brought.contains(file) && fs::exists(folder.path / file, error);
+        if (file != record_name && !foreign) files.push_back(file);
+    }
+    std::set<std::string> others(files.begin(), files.end());
+    for (const record_file& file : record.files) others.erase(file.path);
+    // If this is cut short, the next run must know all that is ours.
+    record.other_files.assign(others.begin(), others.end());
+    run_record both = record;
+    both.other_files.insert(both.other_files.end(), old.begin(), old.end());
+    write_partial_record(folder, both);
+
+    fs::remove(folder.path / record_name, error);
+    if (error) fail("cannot remove", folder.path / record_name, error.message());
+    const std::set<std::string> now(files.begin(), files.end());
+    for (const std::string& file : old) {
+        if (!stays_inside(file) || now.contains(file)) continue;
+        const fs::path path = folder.path / file;
+        fs::remove(path, error);
+        if (path.parent_path() != folder.path) fs::remove(path.parent_path(), error);  // goes only when empty
+    }
+    for (const std::string& file : files) give_place(folder.partial / file, folder.path / file);
+    write_partial_record(folder, record);
+    fs::rename(folder.partial / record_name, folder.path / record_name, error);
+    if (error) fail("cannot write", folder.path / record_name, error.message());
+    fs::remove_all(folder.partial, error);
 }
 
 }  // namespace cli

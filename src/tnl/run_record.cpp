@@ -14,7 +14,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_column, name, unit)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_file, path, kind, columns, rows, curves)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_place, file, line, column, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(run_record, version, deck, deck_hash, library_hash, title, options,
-                                                began, seconds, state, status, signal, message, places, files)
+                                                began, seconds, state, status, signal, message, places, files,
+                                                other_files)
 // NOLINTEND
 
 std::string to_json(const run_record& record) {

@@ -41,6 +41,8 @@ struct run_record {
     std::string message;               // the simulator's text of the stop
     std::vector<record_place> places;  // that it speaks of
     std::vector<record_file> files;
+    // What else the run has put into its folder: deck and libraries as the simulator read them, data files, dumps.
+    std::vector<std::string> other_files;
 };
 
 std::string to_json(const run_record& record);

@@ -138,14 +138,16 @@ TEST(run_deck, an_empty_folder_and_a_deep_one_are_taken) {
     EXPECT_TRUE(fs::exists("a/b/c/.tnlaux/cct.in"));
 }
 
-TEST(run_deck, an_entry_of_the_marker_cannot_lead_out_of_the_folder) {
+TEST(run_deck, a_file_named_by_the_record_cannot_lead_out_of_the_folder) {
     const temp_folder here;
     const installation where = tree("true");
     ::write_file("deck.in", deck);
     ::write_file("outside.txt", "text");
     listen({"deck.in", "", false}, where);
-    ::write_file("deck.in.run/.tnl-run", ::read_file("deck.in.run/.tnl-run") + "../outside.txt\n" +
-                                             fs::absolute("outside.txt").string() + "\n");
+    run_record record = read_record("deck.in.run/run.json");
+    record.other_files.push_back("../outside.txt");
+    record.other_files.push_back(fs::absolute("outside.txt").string());
+    ::write_file("deck.in.run/run.json", to_json(record));
     listen({"deck.in", "", false}, where);
     EXPECT_EQ(::read_file("outside.txt"), "text");
 }

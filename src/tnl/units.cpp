@@ -1,0 +1,128 @@
+#include "tnl/units.h"
+
+#include <algorithm>
+
+#include "tnl/element_doc.h"
+
+namespace cli {
+
+namespace {
+
+// "i_of_R1": what, and of whom. Nothing behind a word without "_of_".
+struct cut_item {
+    std::string_view quantity, owner;
+};
+cut_item cut(std::string_view item) {
+    const std::size_t at = item.find("_of_");
+    if (at == std::string_view::npos) return {item, {}};
+    return {item.substr(0, at), item.substr(at + 4)};
+}
+
+// Quantities that do not depend on an element's own words.
+struct known_quantity {
+    std::string_view word, unit;
+};
+constexpr known_quantity known_quantities[] = {
+    {"time", "s"}, {"frequency", "Hz"}, {"harmonic", ""}, {"nodev", "V"},       {"nodev_ac", "V"},
+    {"var", ""},   {"var_ac", ""},      {"xvar", ""},     {"xvar_ac", ""},      {"dvar", ""},
+    {"glbl", ""},  {"pwr_elec", "W"},   {"phase", "deg"}, {"pwr_elec_ac", "W"},
+};
+
+// The unit that an entry's definition of an output variable shows: a current, a power, a node's voltage.
+std::string unit_of_definition(std::string_view value) {
+    if (value.starts_with("cur(")) return "A";
+    if (value.starts_with("pwr")) return "W";
+    if (value.starts_with("nodev")) return "V";
+    return {};
+}
+
+// What the element's entry says of this word: its description, else the definition.
+std::string unit_in_entry(const library_entry& entry, const library_form& form, std::string_view word) {
+    const element_doc doc = doc_of(entry);
+    if (const word_doc* w = find_word(doc, word)) return w->unit;
+    const entry_lines lines = lines_of(entry, form);
+    for (const std::string_view list : {"outvar:", "outvar_ac:"})
+        for (const name_and_value& p : pairs_of(lines, list))
+            if (p.name == word) return unit_of_definition(p.value);
+    return {};
+}
+
+std::string unit_of_item(const deck_view& deck, const installed_libraries& libraries, const cut_item& item) {
+    for (const known_quantity& q : known_quantities)
+        if (q.word == item.quantity) return std::string(q.unit);
+    const statement_range circuit = circuit_range(deck);
+    for (int i = circuit.begin; i < circuit.end; ++i) {
+        const std::string_view first = deck.statements.word(i, 0);
+        const int element = find_library(&library_form::statement, first);
+        const int library = element >= 0 ? element : find_library(&library_form::model, first);
+        if (library < 0 || value_of(deck, i, "name") != item.owner) continue;
+        const installed_library& all = libraries.library[library];
+        const auto at = all.position.find(value_of(deck, i, "type"));
+        if (at == all.position.end()) return {};
+        return unit_in_entry(all.entries[static_cast<std::size_t>(at->second)], library_forms[library], item.quantity);
+    }
+    return {};
+}
+
+// Calls f(name, definition) for each output variable of the deck until it gives true.
+template <class F>
+void for_each_outvar(const deck_view& deck, F f) {
+    const file_chr& s = deck.statements;
+    const statement_range circuit = circuit_range(deck);
+    for (int i = circuit.begin; i < circuit.end; ++i)
+        for (int j = 1; s.begins(i, "outvar:") && j + 1 < s.n_words(i); j += 2)
+            if (f(s.word(i, j), s.word(i, j + 1))) return;
+}
+
+// The word behind solve_type of the block in which a statement stands.
+std::string block_kind(const deck_view& deck, int i_statement) {
+    const file_chr& s = deck.statements;
+    for (const statement_range& block : solve_ranges(deck))
+        for (int i = block.begin; i_statement >= block.begin && i_statement < block.end && i < block.end; ++i)
+            if (s.begins(i, "solve_type") && s.n_words(i) > 1) return std::string(s.word(i, 1));
+    return {};
+}
+
+bool has_column(const row_file& file, std::string_view word) {
+    return std::find(file.columns.begin(), file.columns.end(), word) != file.columns.end();
+}
+
+}  // namespace
+
+std::string unit_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word) {
+    std::string_view definition;
+    for_each_outvar(deck, [&](std::string_view name, std::string_view value) {
+        if (name == word) definition = value;
+        return name == word;
+    });
+    if (!definition.empty()) return unit_of_item(deck, libraries, cut(definition));
+    const cut_item item = cut(word);
+    if (item.quantity == "mag") return unit_of_column(deck, libraries, item.owner);
+    return unit_of_item(deck, libraries, item);
+}
+
+std::vector<record_file> planned_files(const deck_view& deck, const installed_libraries& libraries) {
+    std::vector<record_file> files;
+    for (const row_file& file : row_files(deck)) {
+        record_file planned;
+        planned.path = file.path;
+        planned.kind = block_kind(deck, file.i_statement);
+        if (has_column(file, "harmonic")) planned.kind = "fourier";
+        if (!file.rows) planned.kind = has_column(file, "parms") ? "parms" : "solution";
+        if (planned.is_table() && !has_column(file, "all_nodes"))
+            for (const std::string& word : file.columns) {
+                if (word == "all_outvars")
+                    for_each_outvar(deck, [&](std::string_view name, std::string_view value) {
+                        if (!cut(value).quantity.ends_with("_ac"))
+                            planned.columns.push_back({std::string(name), unit_of_column(deck, libraries, name)});
+                        return false;
+                    });
+                else
+                    planned.columns.push_back({word, unit_of_column(deck, libraries, word)});
+            }
+        files.push_back(std::move(planned));
+    }
+    return files;
+}
+
+}  // namespace cli
