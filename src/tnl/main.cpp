@@ -21,6 +21,8 @@ int main(int argc, char** argv) {
     cli::add_demo(app, commands);
     cli::add_list(app, commands);
     cli::add_describe(app, commands);
+    cli::add_examples(app, commands);
+    cli::add_new(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {
