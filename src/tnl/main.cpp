@@ -23,6 +23,8 @@ int main(int argc, char** argv) {
     cli::add_describe(app, commands);
     cli::add_examples(app, commands);
     cli::add_new(app, commands);
+    cli::add_completion(app, commands);
+    cli::add_man(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {
