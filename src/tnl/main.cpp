@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
     cli::add_new(app, commands);
     cli::add_completion(app, commands);
     cli::add_man(app, commands);
+    cli::add_doctor(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {

@@ -68,5 +68,95 @@ if ! diff -r "$source/docs/elements" pages >differences.txt; then
     expect 'docs/elements is current; renew it with: ./tnl describe --all --md -o docs/elements' yes no
 fi
 
+# ---- examples, new ------------------------------------------------------------------------------------------------------
+
+expect 'examples' 0 "$(status_of "$tnl" examples)"
+expect 'a story in one line' yes "$(has '^boost  *Boost converter$' out.txt)"
+expect 'every folder of examples is there' "$(for f in "$source"/examples/*/deck.in; do basename "$(dirname "$f")"; done)" \
+    "$("$tnl" examples --names | grep -v '^divider$')"
+expect 'new' 0 "$(status_of "$tnl" new first)"
+expect 'gives the next command' 'tnl run first.in' "$(cat out.txt)"
+expect 'which works' 0 "$(status_of "$tnl" run first.in)"
+# Five time constants behind the step: 10 (1 - exp(-5)) V, 10 exp(-5) mA.
+expect 'and charges the capacitor' yes "$(tail -n 1 first.in.run/out.dat |
+    awk '{ print ($2 > 9.932 && $2 < 9.933 && $3 > 6.73e-5 && $3 < 6.75e-5) ? "yes" : "no" }')"
+cp first.in kept
+expect 'nothing is replaced' 5 "$(status_of "$tnl" new first.in --from pll)"
+expect 'the name is told' yes "$(has '^tnl: cannot write first.in: it exists' err.txt)"
+expect 'the deck stays' yes "$(cmp -s first.in kept && echo yes || echo no)"
+expect 'from an example' 0 "$(status_of "$tnl" new second --from divider)"
+expect 'it is the deck of the example' yes "$(cmp -s second.in "$source/examples/divider.in" && echo yes || echo no)"
+expect 'an unknown example is wrong usage' 2 "$(status_of "$tnl" new third --from buck)"
+expect 'near names are told here too' yes "$(has 'near names: buck_' err.txt)"
+expect 'and nothing is written' no "$([ -e third.in ] && echo yes || echo no)"
+expect 'a folder that is not there' 5 "$(status_of "$tnl" new no/such/deck)"
+
+# ---- completion, man ----------------------------------------------------------------------------------------------------
+
+expect 'an unknown shell' 2 "$(status_of "$tnl" completion csh)"
+if command -v bash >/dev/null 2>&1; then
+    "$tnl" completion bash >complete.bash
+    cat >words.bash <<'EOF'
+source ./complete.bash
+COMP_WORDS=("$@")
+COMP_CWORD=$(($# - 1))
+_tnl
+echo "${COMPREPLY[*]}"
+EOF
+    words() { bash words.bash "$tnl" "$@"; }
+    expect 'commands are completed' 'describe' "$(words desc)"
+    expect 'elements' 'vsrcac vsrcac_ramp' "$(words describe vsrca)"
+    expect 'examples behind --from' 'rectifier rectifier_3ph' "$(words new x --from rect)"
+    expect 'and behind --from=' 'pll' "$(words new x --from = pl)"
+    expect 'options' '--from' "$(words new --fr)"
+    expect 'decks' 'first.in first.in.run' "$(words run fir)"
+    expect 'names of pages' 'doctor' "$(words man doc)"
+fi
+for shell in zsh fish; do
+    if command -v $shell >/dev/null 2>&1; then
+        "$tnl" completion $shell >complete.$shell
+        expect "$shell reads its completion" 0 "$(status_of $shell -n complete.$shell)"
+    fi
+done
+
+expect 'man' 0 "$(status_of "$tnl" man)"
+expect 'man of a command' 0 "$(status_of "$tnl" man describe)"
+expect 'has its name' yes "$(has '^tnl\\-describe \\- ' out.txt)"
+expect 'an unknown command' 2 "$(status_of "$tnl" man fly)"
+expect 'all pages' 0 "$(status_of "$tnl" man -o man1)"
+for page in man1/*.1; do
+    if command -v groff >/dev/null 2>&1; then
+        expect "groff on $page" '' "$(groff -ww -man -Tascii "$page" 2>&1 >/dev/null)"
+    fi
+    if command -v mandoc >/dev/null 2>&1; then # pages bear the version, no date
+        expect "mandoc on $page" '' "$(mandoc -Tlint "$page" | grep -v 'missing date')"
+    fi
+    command=$(basename "$page" .1 | sed 's/^tnl-*//')
+    if [ "$command" ]; then expect "$page is a command's" 0 "$(status_of "$tnl" "$command" --help)"; fi
+done
+
+# ---- doctor -------------------------------------------------------------------------------------------------------------
+
+mkdir temporary
+expect 'doctor' 0 "$(TMPDIR=$work/temporary status_of "$tnl" doctor)"
+expect 'the simulator runs' yes "$(has '^ok .*simulator: .*/tarnel runs a small deck$' out.txt)"
+expect 'nothing is left behind' '' "$(ls temporary)"
+expect 'no colour in a file' no "$(has "$(printf '\033')" out.txt)"
+# A tree without its simulator and with half of its libraries.
+mkdir -p broken/bin broken/share
+cp "$tnl" broken/bin/tnl
+expect 'doctor of a broken tree' 5 "$(status_of broken/bin/tnl doctor)"
+expect 'names what is missing' yes "$(has '^MISSING  libraries: .*ebes.aux is missing' out.txt)"
+cp "$(dirname "$tnl")"/../share/*.* broken/share
+expect 'the simulator is next' 5 "$(status_of broken/bin/tnl doctor --json)"
+expect 'as JSON' yes "$(has '"well": false' out.txt)"
+expect 'with its name' yes "$(has 'tarnel is missing' out.txt)"
+printf '#!/bin/sh\necho 5.0 >out.dat\nexit 1\n' >broken/bin/tarnel
+chmod +x broken/bin/tarnel
+expect 'a simulator that fails' 5 "$(status_of broken/bin/tnl doctor)"
+expect 'is told' yes "$(has '^MISSING  simulator: a small deck does not run' out.txt)"
+TMPDIR=/nonexistent "$tnl" doctor >out.txt 2>err.txt
+expect 'the folder for temporary files falls back to /tmp' 0 $?
+
 if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
 [ "$faults" -eq 0 ]
