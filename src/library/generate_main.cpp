@@ -48,7 +48,7 @@ const family families[] = {
 
 // One element file: a single entry of the name of the file.
 struct element_file {
-    std::string name;
+    std::string name, group;  // group: the folder that holds the file
     text_file text;
     std::vector<std::string> calls;  // composites that it calls
 };
@@ -56,6 +56,7 @@ struct element_file {
 element_file read_element_file(const fs::path& path, const family& f) {
     element_file file;
     file.name = path.stem();
+    file.group = path.parent_path().filename();
     file.text = open_text_file(path, "tarnel_generate");
     words w;
     text_file text = file.text;
@@ -94,14 +95,20 @@ void order(std::vector<element_file>& files) {
     files = std::move(ordered);
 }
 
-// The text as lines; with `strip` the source sections of basic entries are left out.
-void write_text(std::ostream& out, const text_file& file, const std::string& end_word, bool strip) {
-    bool in_code = false;
+// The text as lines; with `strip` the source sections of basic entries are left out. A group that is not empty goes
+// behind the entry's first line, as a comment for readers that show what there is.
+void write_text(std::ostream& out, const text_file& file, const std::string& end_word, bool strip,
+                const std::string& group) {
+    bool in_code = false, told = group.empty();
     for (const std::string& l : file.lines) {
         const std::string_view word = word_first_1(l);
         if (in_code && word != end_word) continue;
         in_code = strip && (word == "C:" || word == "fortran:");
         out << (in_code ? std::string("C: compiled") : l) << '\n';
+        if (!told && !word.empty() && !word.starts_with('#')) {
+            out << "#@ " << group << '\n';
+            told = true;
+        }
     }
     out << '\n';
 }
@@ -115,7 +122,8 @@ std::ofstream open_output(const fs::path& path) {
 void write_library(const fs::path& path, const family& f, const std::vector<element_file>& files, bool strip) {
     std::ofstream out = open_output(path);
     const bool has_sources = f.keyword[1] == 'b';  // basic entries: ebe, gbe, ...; composites have nothing to strip
-    for (const element_file& file : files) write_text(out, file.text, line("end", f.keyword), strip && has_sources);
+    for (const element_file& file : files)
+        write_text(out, file.text, line("end", f.keyword), strip && has_sources, has_sources ? "" : file.group);
 }
 
 // A composite and all that it calls, callees first.

@@ -16,5 +16,12 @@ using command_list = std::vector<command>;
 // Each declares its options on app and adds itself. The options live in the closure of act.
 void add_run(CLI::App& app, command_list& commands);
 void add_demo(CLI::App& app, command_list& commands);
+void add_list(CLI::App& app, command_list& commands);
+void add_describe(CLI::App& app, command_list& commands);
+void add_examples(CLI::App& app, command_list& commands);
+void add_new(CLI::App& app, command_list& commands);
+void add_completion(CLI::App& app, command_list& commands);
+void add_man(CLI::App& app, command_list& commands);
+void add_doctor(CLI::App& app, command_list& commands);
 
 }  // namespace cli

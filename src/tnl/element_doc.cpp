@@ -32,6 +32,10 @@ element_doc doc_of(const library_entry& entry) {
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.starts_with("#:")) {
             doc.description.emplace_back(trimmed(line.substr(2)));
+        } else if (line.starts_with("#>")) {
+            doc.examples.emplace_back(trimmed(line.substr(2)));
+        } else if (line.starts_with("#@")) {
+            doc.group = trimmed(line.substr(2));
         } else if (line.starts_with("#.")) {
             line.remove_prefix(2);
             word_doc w;
@@ -46,9 +50,9 @@ element_doc doc_of(const library_entry& entry) {
 }
 
 const word_doc* find_word(const element_doc& doc, std::string_view word) {
-    for (const word_doc& w : doc.words)
-        if (w.word == word) return &w;
-    return nullptr;
+    const auto found =
+        std::find_if(doc.words.rbegin(), doc.words.rend(), [&](const auto& w) { return w.word == word; });
+    return found == doc.words.rend() ? nullptr : &*found;
 }
 
 }  // namespace cli

@@ -19,6 +19,13 @@ int main(int argc, char** argv) {
     cli::command_list commands;
     cli::add_run(app, commands);
     cli::add_demo(app, commands);
+    cli::add_list(app, commands);
+    cli::add_describe(app, commands);
+    cli::add_examples(app, commands);
+    cli::add_new(app, commands);
+    cli::add_completion(app, commands);
+    cli::add_man(app, commands);
+    cli::add_doctor(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {

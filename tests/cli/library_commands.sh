@@ -1,0 +1,162 @@
+#!/bin/sh
+# Commands of tnl about what is installed, from outside: statuses, files, and where their text goes. Arguments: the
+# program, a folder to work in, the folder of the source tree.
+set -u
+tnl=$1
+work=$2
+source=$3
+rm -rf "$work"
+mkdir -p "$work"
+cd "$work" || exit 1
+faults=0
+
+expect() { # what, wanted, got
+    if [ "$2" != "$3" ]; then
+        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
+        faults=$((faults + 1))
+    fi
+}
+status_of() { # command...
+    "$@" >out.txt 2>err.txt </dev/null
+    echo $?
+}
+has() { # pattern, file
+    grep -q -e "$1" "$2" && echo yes || echo no
+}
+
+# ---- list, describe ---------------------------------------------------------------------------------------------------
+
+expect 'list' 0 "$(status_of "$tnl" list)"
+expect 'an element with its summary' yes "$(has '^    r  *Resistor' out.txt)"
+expect 'its group' yes "$(has '^  passive$' out.txt)"
+expect 'both families' '2' "$(grep -c '^[a-z]*: ' out.txt)"
+expect 'nothing on standard error' '' "$(cat err.txt)"
+expect 'list of a word' 0 "$(status_of "$tnl" list THYRISTOR)"
+expect 'has the element of that name' yes "$(has '^    thyristor_g' out.txt)"
+expect 'and no other' 1 "$(grep -c '^    ' out.txt)"
+expect 'a word that nothing has' 0 "$(status_of "$tnl" list nosuchword)"
+expect 'gives nothing' '' "$(cat out.txt)"
+expect 'and says so' 'tnl: no element speaks of nosuchword' "$(cat err.txt)"
+expect 'describe' 0 "$(status_of "$tnl" describe c)"
+expect 'a start value with its unit' yes "$(has '^  v0  *0  *V' out.txt)"
+expect 'a name of two families' 0 "$(status_of "$tnl" describe clock)"
+expect 'shows both' 2 "$(grep -c '^[eg]:clock ' out.txt)"
+expect 'or the one of a family' 0 "$(status_of "$tnl" describe g:clock)"
+expect 'alone' 'g:clock' "$(head -n 1 out.txt | cut -d ' ' -f 1)"
+expect 'an unknown element is wrong usage' 2 "$(status_of "$tnl" describe vsrdc)"
+expect 'near names are told' yes "$(has 'vsrdc.*near names: vsrcdc' err.txt)"
+expect 'nothing on standard output' '' "$(cat out.txt)"
+expect 'describe needs an element' 2 "$(status_of "$tnl" describe)"
+if [ -c /dev/full ]; then
+    "$tnl" list >/dev/full 2>err.txt
+    expect 'a full disk' 5 $?
+fi
+if command -v python3 >/dev/null 2>&1; then
+    "$tnl" describe r --json | python3 -c '
+import json, sys
+(r,) = json.load(sys.stdin)
+assert [t["name"] for t in r["terminals"]] == ["p", "n"], r
+assert r["parameters"][0]["default"] == "1" and r["parameters"][0]["unit"] == "ohm", r
+' || faults=$((faults + 1))
+    expect 'all elements as JSON' 0 "$("$tnl" list --json | python3 -c 'import json, sys; json.load(sys.stdin)' && echo 0)"
+fi
+
+# Pages of the manual are those of this build.
+expect 'pages' 0 "$(status_of "$tnl" describe --all --md -o pages)"
+if ! diff -r "$source/docs/elements" pages >differences.txt; then
+    head -n 20 differences.txt
+    expect 'docs/elements is current; renew it with: ./tnl describe --all --md -o docs/elements' yes no
+fi
+
+# ---- examples, new ------------------------------------------------------------------------------------------------------
+
+expect 'examples' 0 "$(status_of "$tnl" examples)"
+expect 'a story in one line' yes "$(has '^boost  *Boost converter$' out.txt)"
+expect 'every folder of examples is there' "$(for f in "$source"/examples/*/deck.in; do basename "$(dirname "$f")"; done)" \
+    "$("$tnl" examples --names | grep -v '^divider$')"
+expect 'new' 0 "$(status_of "$tnl" new first)"
+expect 'gives the next command' 'tnl run first.in' "$(cat out.txt)"
+expect 'which works' 0 "$(status_of "$tnl" run first.in)"
+# Five time constants behind the step: 10 (1 - exp(-5)) V, 10 exp(-5) mA.
+expect 'and charges the capacitor' yes "$(tail -n 1 first.in.run/out.dat |
+    awk '{ print ($2 > 9.932 && $2 < 9.933 && $3 > 6.73e-5 && $3 < 6.75e-5) ? "yes" : "no" }')"
+cp first.in kept
+expect 'nothing is replaced' 5 "$(status_of "$tnl" new first.in --from pll)"
+expect 'the name is told' yes "$(has '^tnl: cannot write first.in: it exists' err.txt)"
+expect 'the deck stays' yes "$(cmp -s first.in kept && echo yes || echo no)"
+expect 'from an example' 0 "$(status_of "$tnl" new second --from divider)"
+expect 'it is the deck of the example' yes "$(cmp -s second.in "$source/examples/divider.in" && echo yes || echo no)"
+expect 'an unknown example is wrong usage' 2 "$(status_of "$tnl" new third --from buck)"
+expect 'near names are told here too' yes "$(has 'near names: buck_' err.txt)"
+expect 'and nothing is written' no "$([ -e third.in ] && echo yes || echo no)"
+expect 'a folder that is not there' 5 "$(status_of "$tnl" new no/such/deck)"
+
+# ---- completion, man ----------------------------------------------------------------------------------------------------
+
+expect 'an unknown shell' 2 "$(status_of "$tnl" completion csh)"
+if command -v bash >/dev/null 2>&1; then
+    "$tnl" completion bash >complete.bash
+    cat >words.bash <<'EOF'
+source ./complete.bash
+COMP_WORDS=("$@")
+COMP_CWORD=$(($# - 1))
+_tnl
+echo "${COMPREPLY[*]}"
+EOF
+    words() { bash words.bash "$tnl" "$@"; }
+    expect 'commands are completed' 'describe' "$(words desc)"
+    expect 'elements' 'vsrcac vsrcac_ramp' "$(words describe vsrca)"
+    expect 'examples behind --from' 'rectifier rectifier_3ph' "$(words new x --from rect)"
+    expect 'and behind --from=' 'pll' "$(words new x --from = pl)"
+    expect 'options' '--from' "$(words new --fr)"
+    expect 'decks' 'first.in first.in.run' "$(words run fir)"
+    expect 'names of pages' 'doctor' "$(words man doc)"
+fi
+for shell in zsh fish; do
+    if command -v $shell >/dev/null 2>&1; then
+        "$tnl" completion $shell >complete.$shell
+        expect "$shell reads its completion" 0 "$(status_of $shell -n complete.$shell)"
+    fi
+done
+
+expect 'man' 0 "$(status_of "$tnl" man)"
+expect 'man of a command' 0 "$(status_of "$tnl" man describe)"
+expect 'has its name' yes "$(has '^tnl\\-describe \\- ' out.txt)"
+expect 'an unknown command' 2 "$(status_of "$tnl" man fly)"
+expect 'all pages' 0 "$(status_of "$tnl" man -o man1)"
+for page in man1/*.1; do
+    if command -v groff >/dev/null 2>&1; then
+        expect "groff on $page" '' "$(groff -ww -man -Tascii "$page" 2>&1 >/dev/null)"
+    fi
+    if command -v mandoc >/dev/null 2>&1; then # pages bear the version, no date
+        expect "mandoc on $page" '' "$(mandoc -Tlint "$page" | grep -v 'missing date')"
+    fi
+    command=$(basename "$page" .1 | sed 's/^tnl-*//')
+    if [ "$command" ]; then expect "$page is a command's" 0 "$(status_of "$tnl" "$command" --help)"; fi
+done
+
+# ---- doctor -------------------------------------------------------------------------------------------------------------
+
+mkdir temporary
+expect 'doctor' 0 "$(TMPDIR=$work/temporary status_of "$tnl" doctor)"
+expect 'the simulator runs' yes "$(has '^ok .*simulator: .*/tarnel runs a small deck$' out.txt)"
+expect 'nothing is left behind' '' "$(ls temporary)"
+expect 'no colour in a file' no "$(has "$(printf '\033')" out.txt)"
+# A tree without its simulator and with half of its libraries.
+mkdir -p broken/bin broken/share
+cp "$tnl" broken/bin/tnl
+expect 'doctor of a broken tree' 5 "$(status_of broken/bin/tnl doctor)"
+expect 'names what is missing' yes "$(has '^MISSING  libraries: .*ebes.aux is missing' out.txt)"
+cp "$(dirname "$tnl")"/../share/*.* broken/share
+expect 'the simulator is next' 5 "$(status_of broken/bin/tnl doctor --json)"
+expect 'as JSON' yes "$(has '"well": false' out.txt)"
+expect 'with its name' yes "$(has 'tarnel is missing' out.txt)"
+printf '#!/bin/sh\necho 5.0 >out.dat\nexit 1\n' >broken/bin/tarnel
+chmod +x broken/bin/tarnel
+expect 'a simulator that fails' 5 "$(status_of broken/bin/tnl doctor)"
+expect 'is told' yes "$(has '^MISSING  simulator: a small deck does not run' out.txt)"
+TMPDIR=/nonexistent "$tnl" doctor >out.txt 2>err.txt
+expect 'the folder for temporary files falls back to /tmp' 0 $?
+
+if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
+[ "$faults" -eq 0 ]
