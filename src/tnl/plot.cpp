@@ -37,7 +37,7 @@ axis x_axis(const plot& p, int n_ticks) {
     axis a = make_axis(r.lo, r.hi, n_ticks, p.x_unit);
     if (a.lo != r.lo || a.hi != r.hi) return a;
     // A run that ends a step before a round number: the axis reaches it.
-    const double step = a.step * a.scale.factor, near = 0.01 * (a.hi - a.lo);
+    const double step = a.step * a.scale.factor, near = 0.02 * (a.hi - a.lo);
     const double down = step * std::floor(a.lo / step + 1e-9), up = step * std::ceil(a.hi / step - 1e-9);
     return make_axis(a.lo - down < near ? down : a.lo, up - a.hi < near ? up : a.hi, n_ticks, p.x_unit);
 }
@@ -60,6 +60,21 @@ axis y_axis(const plot_panel& panel, int n_ticks) {
     }
     const bool rests = panel.form == panel_form::sticks && r.lo >= 0;  // sticks stand on the frame
     return make_axis(rests ? 0 : r.lo - 0.1 * half, r.hi + 0.1 * half, n_ticks, panel.unit);
+}
+
+bool is_dense(const plot_series& series, const axis& y) {
+    double way = 0;  // up and down, in heights of the panel
+    for (std::size_t i = 1; i < series.y.size(); ++i)
+        if (const double step = std::abs(y.place(series.y[i]) - y.place(series.y[i - 1])); std::isfinite(step))
+            way += step;
+    return way > 30;
+}
+
+std::vector<std::size_t> drawing_order(const plot_panel& panel, const axis& y) {
+    std::vector<std::size_t> dense, others;
+    for (std::size_t k = 0; k < panel.series.size(); ++k) (is_dense(panel.series[k], y) ? dense : others).push_back(k);
+    dense.insert(dense.end(), others.begin(), others.end());
+    return dense;
 }
 
 }  // namespace cli

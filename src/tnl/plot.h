@@ -33,6 +33,10 @@ struct plot {
 axis x_axis(const plot& p, int n_ticks);
 axis y_axis(const plot_panel& panel, int n_ticks);
 
+// Whether a curve goes up and down so often that it fills an area: it is drawn thin, without dashes, below the others.
+bool is_dense(const plot_series& series, const axis& y);
+std::vector<std::size_t> drawing_order(const plot_panel& panel, const axis& y);  // of the series
+
 // At most this many series of a panel are named; the rest is counted: "... and 30 more".
 inline constexpr std::size_t most_names = 12;
 

@@ -84,7 +84,7 @@ axis make_axis(double lo, double hi, int n_ticks, std::string_view unit) {
     hi = std::min(hi, 1e308);
     const double size = std::max(std::abs(lo), std::abs(hi));
     if (hi / 2 - lo / 2 <= 0.5e-9 * size || hi - lo < 1e-300) {  // one value: make room around it
-        const double room = size > 1e-290 ? 0.1 * size : 1;
+        const double room = size > 1e-290 ? 0.12 * size : 1.2;
         lo -= room;
         hi += room;
     }
@@ -125,7 +125,7 @@ axis make_log_axis(double lo, double hi, int n_ticks, std::string_view unit) {
         for (int m = 1; m < 10; ++m) {
             const double v = m * std::pow(10, power);
             if (!inside(v)) continue;
-            const bool named = m == 1 ? (power - first) % every == 0 : !wide && (m == 2 || m == 5);
+            const bool named = m == 1 ? power % every == 0 : !wide && (m == 2 || m == 5);
             if (named)
                 a.ticks.push_back(v);
             else if (m == 1 || every == 1)

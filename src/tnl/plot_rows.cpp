@@ -241,6 +241,12 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
             }
         }
     }
+    for (plot_panel& panel : p.panels) {  // phases beside magnitudes stay linear
+        const auto shows = [](const plot_series& one) {
+            return std::any_of(one.y.begin(), one.y.end(), [](double v) { return v > 0 && std::isfinite(v); });
+        };
+        panel.log = panel.log && std::any_of(panel.series.begin(), panel.series.end(), shows);
+    }
     for (std::size_t i = 0; i < p.panels.size(); ++i)
         if (keys[i].one_column && keys[i].form != panel_form::logic) p.panels[i].quantity = keys[i].column;
     return p;

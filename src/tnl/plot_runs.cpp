@@ -32,9 +32,10 @@ row_table columns_of(named_run& r, const record_file& file) {
     return names;
 }
 
-bool has_columns(named_run& r, const record_file& file, const std::vector<std::string>& names) {
+int n_columns_of(named_run& r, const record_file& file, const std::vector<std::string>& names) {
     const row_table table = columns_of(r, file);
-    return std::all_of(names.begin(), names.end(), [&](const std::string& n) { return find_column(table, n) >= 0; });
+    return static_cast<int>(
+        std::count_if(names.begin(), names.end(), [&](const std::string& n) { return find_column(table, n) >= 0; }));
 }
 
 std::vector<const record_file*> tables_of(const named_run& r, const plot_wish& wish) {
@@ -54,7 +55,7 @@ std::string listed(const std::vector<std::string>& words) {
 bool is_column(std::list<named_run>& runs, const plot_wish& wish, const std::string& word) {
     for (named_run& r : runs)
         for (const record_file* file : tables_of(r, wish))
-            if (has_columns(r, *file, {word})) return true;
+            if (n_columns_of(r, *file, {word}) > 0) return true;
     return false;
 }
 
@@ -69,7 +70,7 @@ bool is_column(std::list<named_run>& runs, const plot_wish& wish, const std::str
     throw usage_error(text);
 }
 
-// The first file with all columns; among several those with more than one row come first.
+// The file with most of the columns, and among equals the first with more than one row.
 const record_file& file_for(named_run& r, const std::vector<std::string>& columns, const plot_wish& wish) {
     const std::vector<const record_file*> files = tables_of(r, wish);
     if (files.empty() && !wish.file.empty()) {
@@ -79,15 +80,15 @@ const record_file& file_for(named_run& r, const std::vector<std::string>& column
         throw usage_error(r.word + " has no row file " + wish.file + "; it has " + listed(names));
     }
     if (files.empty()) throw file_error(r.word + " has no row files");
-    const record_file* second_choice = nullptr;
+    const record_file* best = nullptr;
+    int most = -1;
     for (const record_file* file : files) {
-        if (!has_columns(r, *file, columns)) continue;
-        const bool curve = file->kind != "startup" && (file->rows > 0 ? file->rows : 2) > 1;
-        if (curve || files.size() == 1) return *file;
-        if (!second_choice) second_choice = file;
+        const bool is_curve = file->kind != "startup" && file->rows != 1;
+        const int worth = 2 * n_columns_of(r, *file, columns) + (is_curve ? 1 : 0);
+        if (worth > most) best = file, most = worth;
     }
-    if (second_choice) return *second_choice;
-    throw usage_error("no row file of " + r.word + " has the columns " + listed(columns));
+    if (most < 2 && !columns.empty()) throw usage_error(r.word + " has none of the columns " + listed(columns));
+    return *best;
 }
 
 std::string name_of(const named_run& r, const std::list<named_run>& runs) {
@@ -130,7 +131,7 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
         if (r.run.unfinished) out.notes.push_back(r.word + ": the run is not finished; shown are its rows so far");
 
         row_table& loaded = table_of(r, file);
-        if (loaded.n_rows() == 0) throw file_error(loaded.path + " has no rows");
+        if (loaded.n_rows() == 0) throw file_error(fs::path(loaded.path).lexically_normal().string() + " has no rows");
         out.tables.push_back(std::move(loaded));
         row_table& table = out.tables.back();
         plot_source source;
@@ -138,11 +139,12 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
         source.run = runs.size() > 1 ? name_of(r, runs) : "";
         source.x = wish.x.empty() ? x_column_of(table) : find_column(table, wish.x);
         if (columns.empty()) source.columns = drawn_columns(table, source.x);
-        for (const std::string& name : columns) source.columns.push_back(find_column(table, name));
-        const auto missing = [](int j) { return j < 0; };
-        if ((!wish.x.empty() && source.x < 0) || std::any_of(source.columns.begin(), source.columns.end(), missing))
-            throw usage_error(table.path + " has not the columns " + listed(wanted));
-        if (source.columns.empty()) throw usage_error(table.path + " has no column besides that of the x axis");
+        for (const std::string& name : columns)
+            if (const int j = find_column(table, name); j >= 0) source.columns.push_back(j);
+        if (!wish.x.empty() && source.x < 0) throw usage_error(table.path + " has no column " + wish.x);
+        if (source.columns.empty())
+            throw usage_error(columns.empty() ? table.path + " has no column besides that of the x axis"
+                                              : table.path + " has none of the columns " + listed(columns));
         if (table.kind == "ac") out.choice.log_x = true;
         out.sources.push_back(std::move(source));
         if (&r == &runs.front()) title = r.run.record.title;
@@ -161,6 +163,12 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
         if ((s.table->kind == "fourier") != (out.sources.front().table->kind == "fourier"))
             throw usage_error("harmonics and curves do not go into one picture: " + out.sources.front().table->path +
                               ", " + s.table->path);
+    }
+    for (const std::string& name : columns) {
+        const auto has = [&](const plot_source& s) { return find_column(*s.table, name) >= 0; };
+        if (std::none_of(out.sources.begin(), out.sources.end(), has))
+            throw usage_error("no row file has all of the columns " + listed(columns) + "; " + name +
+                              " is in another one");
     }
     if (out.choice.title.empty()) out.choice.title = title;
     return out;

@@ -195,6 +195,10 @@ axis spaced_x_axis(const plot& p, double width) {
     return a;
 }
 
+axis spaced_y_axis(const plot_panel& panel, double height) {
+    return y_axis(panel, std::clamp(static_cast<int>(height / (panel.log ? 26 : 48)), 2, 10));
+}
+
 double wanted_height(const plot_panel& panel, std::size_t n_panels) {
     if (panel.form == panel_form::logic)
         return lane_height * static_cast<double>(std::max<std::size_t>(1, panel.series.size()));
@@ -210,7 +214,7 @@ page layout(const plot& p, picture_size size) {
     for (const plot_panel& panel : p.panels) {
         panel_place place;
         double height = wanted_height(panel, n);
-        place.y = y_axis(panel, std::clamp(static_cast<int>(height / 50), 2, 8));
+        place.y = spaced_y_axis(panel, height);
         place.frame.height = height;
         if (panel.form == panel_form::logic) {
             for (const plot_series& s : panel.series)
@@ -270,7 +274,7 @@ page layout(const plot& p, picture_size size) {
                 std::to_string(static_cast<int>(fixed_height + 1.5 * least_height * static_cast<double>(n))) +
                 " would do");
         place.frame = {left, y, width, height};
-        if (size.height > 0) place.y = y_axis(panel, std::clamp(static_cast<int>(height / 45), 2, 10));
+        if (size.height > 0) place.y = spaced_y_axis(panel, height);
         y += height;
     }
     return out;
@@ -290,16 +294,16 @@ public:
                 lanes(panel, page_.panels[i]);
                 continue;
             }
+            const axis& y = page_.panels[i].y;
             legend(panel, page_.panels[i]);
             bool any = false;
-            for (std::size_t k = 0; k < panel.series.size(); ++k) {
+            for (const std::size_t k : drawing_order(panel, y)) {
                 for (std::size_t j = 0; j < panel.series[k].y.size() && !any; ++j)
-                    any = std::isfinite(panel.series[k].y[j]) &&
-                          std::isfinite(page_.panels[i].y.place(panel.series[k].y[j]));
+                    any = std::isfinite(y.place(panel.series[k].y[j]));
                 if (panel.form == panel_form::sticks)
                     sticks(panel, page_.panels[i], k);
                 else
-                    curve(panel.series[k], page_.panels[i].frame, page_.panels[i].y, style_of(k));
+                    curve(panel.series[k], page_.panels[i].frame, y, style_of(k));
             }
             if (!any) {
                 const box& b = page_.panels[i].frame;
@@ -391,14 +395,15 @@ private:
         flow_legend(place, place.frame.width, [&](double x, int line, int i) {
             const double at = place.frame.left + x, y = top + line * legend_line + 12.5;
             if (i < 0) return add_text(out_, at, y, "", "", place.more);
-            const line_style style = style_of(static_cast<std::size_t>(i));
+            const auto k = static_cast<std::size_t>(i);
+            const line_style style = style_of(k);
             if (panel.form == panel_form::sticks) {
                 add(out_, "<path d=\"M%.1f %.1fv-12\" %s/>\n", at + sample - 8, y + 1,
-                    stroke(style, 1.5, true).c_str());
-                add(out_, "<circle cx=\"%.1f\" cy=\"%.1f\" r=\"3\" fill=\"%s\"/>\n", at + sample - 8, y - 10,
-                    style.colour.data());
+                    stroke(style, 1.5, false).c_str());
+                heads_of({{at + sample - 8, y - 10}}, k, 5.5);
             } else {
-                add(out_, "<path d=\"M%.1f %.1fh%.0f\" %s/>\n", at, y - 4.5, sample, stroke(style, 1.8, true).c_str());
+                add(out_, "<path d=\"M%.1f %.1fh%.0f\" %s/>\n", at, y - 4.5, sample,
+                    stroke(style, 1.8, !is_dense(panel.series[k], place.y)).c_str());
             }
             add_text(out_, at + sample + 7, y, "", "", place.legend[static_cast<std::size_t>(i)]);
         });
@@ -416,17 +421,28 @@ private:
             style.colour.data(), size);
     }
 
+    // Every second series has hollow heads.
+    void heads_of(const std::vector<std::pair<double, double>>& points, std::size_t k, double size) {
+        dots(points, style_of(k), size);
+        if (k % 2 == 1 && size > 3) dots(points, {"#ffffff", ""}, size - 2.4);
+    }
+
     void curve(const plot_series& s, const box& b, const axis& y_of, const line_style& style) {
-        const int share = static_cast<int>(most_points / 4 / std::max<std::size_t>(1, n_series_));
-        const axis pixels = make_axis(b.left, b.left + b.width, 2);
-        thinner thin(pixels, std::clamp(static_cast<int>(b.width), 8, std::max(8, share)));
-        for (std::size_t i = 0; i < s.x.size(); ++i) thin.add(px(s.x[i]), b.top + (1 - y_of.place(s.y[i])) * b.height);
-        thin.finish();
+        const auto at = [&](double v) { return b.top + (1 - y_of.place(v)) * b.height; };
+        std::vector<double> x, y;
+        if (std::is_sorted(s.x.begin(), s.x.end()) || std::is_sorted(s.x.rbegin(), s.x.rend())) {
+            const int share = static_cast<int>(most_points / 4 / std::max<std::size_t>(1, n_series_));
+            thinner thin(make_axis(b.left, b.left + b.width, 2),
+                         std::clamp(static_cast<int>(b.width), 8, std::max(8, share)));
+            for (std::size_t i = 0; i < s.x.size(); ++i) thin.add(px(s.x[i]), at(s.y[i]));
+            thin.finish();
+            x = std::move(thin.x);
+            y = std::move(thin.y);
+        } else {
+            for (std::size_t i = 0; i < s.x.size(); ++i) x.push_back(px(s.x[i])), y.push_back(at(s.y[i]));
+        }
         path_text d;
-        double length = 0;
         std::vector<std::pair<double, double>> marks;  // points that no line reaches
-        std::vector<double>& x = thin.x;
-        std::vector<double>& y = thin.y;
         for (std::size_t begin = 0, end; begin < x.size(); begin = end + 1) {
             for (end = begin; end < x.size() && std::isfinite(y[end]);) ++end;
             const std::vector<bool> kept = bends(x, y, begin, end, thinned);
@@ -434,12 +450,11 @@ private:
                 if (!kept[i - begin]) continue;
                 i == begin ? d.move(x[i], y[i]) : d.line(x[i], y[i]);
             }
-            for (std::size_t i = begin + 1; i < end; ++i) length += std::hypot(x[i] - x[i - 1], y[i] - y[i - 1]);
             const bool all = static_cast<double>(s.x.size()) <= few_points;
             for (std::size_t i = begin; i < end; ++i)
                 if (all || end - begin == 1) marks.push_back({x[i], y[i]});
         }
-        const bool dense = length > 12 * b.width;  // dashes and thick lines would make a stain of it
+        const bool dense = is_dense(s, y_of);  // dashes and thick lines would make a stain of it
         if (!d.text().empty())
             out_ += "<path d=\"" + d.text() + "\" " + stroke(style, dense ? 1 : 1.8, !dense) + "/>\n";
         dots(marks, style, 5);
@@ -477,7 +492,7 @@ private:
         put();
         if (heads.empty()) return;
         out_ += "<path d=\"" + d.text() + "\" " + stroke(style_of(k), thick, false) + "/>\n";
-        dots(heads, style_of(k), std::clamp(0.5 * room / n, 1.5, 5.5));
+        heads_of(heads, k, std::clamp(0.5 * room / n, 1.5, 5.5));
     }
 
     void lanes(const plot_panel& panel, const panel_place& place) {

@@ -120,16 +120,24 @@ int tick_aim(int rows) { return std::max(3, rows / 4); }
 
 // The curve, and the row of its last point; -1 if it has none.
 int draw_curve(canvas& c, const plot_series& s, const frame& f, const axis& y, int base, int height, int series) {
-    thinner thin(make_axis(0, 1, 2), 2 * c.columns * c.nx);
-    for (std::size_t i = 0; i < s.x.size(); ++i) thin.add(f.x.place(s.x[i]), y.place(s.y[i]));
-    thin.finish();
+    std::vector<double> px, py;
+    if (std::is_sorted(s.x.begin(), s.x.end())) {
+        thinner thin(make_axis(0, 1, 2), 2 * c.columns * c.nx);
+        for (std::size_t i = 0; i < s.x.size(); ++i) thin.add(f.x.place(s.x[i]), y.place(s.y[i]));
+        thin.finish();
+        px = std::move(thin.x);
+        py = std::move(thin.y);
+    } else {
+        for (std::size_t i = 0; i < s.x.size(); ++i) px.push_back(f.x.place(s.x[i])), py.push_back(y.place(s.y[i]));
+    }
     int last = -1;
     const double wide = c.columns * c.nx - 1, high = height - 1;
-    for (std::size_t i = 0; i < thin.x.size(); ++i) {
-        if (!std::isfinite(thin.y[i])) continue;
-        const double x1 = thin.x[i] * wide, y1 = base + thin.y[i] * high;
-        const bool joined = i > 0 && std::isfinite(thin.y[i - 1]);
-        c.line(joined ? thin.x[i - 1] * wide : x1, joined ? base + thin.y[i - 1] * high : y1, x1, y1, series);
+    const auto drawn = [&](std::size_t i) { return std::isfinite(px[i]) && std::isfinite(py[i]); };
+    for (std::size_t i = 0; i < px.size(); ++i) {
+        if (!drawn(i)) continue;
+        const double x1 = px[i] * wide, y1 = base + py[i] * high;
+        const bool joined = i > 0 && drawn(i - 1);
+        c.line(joined ? px[i - 1] * wide : x1, joined ? base + py[i - 1] * high : y1, x1, y1, series);
         last = c.rows - 1 - static_cast<int>(std::lround(y1)) / c.ny;
     }
     return last;
@@ -151,6 +159,9 @@ int draw_sticks(canvas& c, const plot_series& s, const frame& f, const axis& y, 
     return last;
 }
 
+// One curve whose name stands at the axis needs it nowhere else.
+bool needs_names(const plot_panel& panel) { return panel.series.size() > 1 || panel.quantity.empty(); }
+
 std::string panel_text(const plot_panel& panel, const frame& f) {
     const terminal& t = f.t;
     const int rows = rows_of(panel, f.p, t);
@@ -166,25 +177,32 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
         }
     } else {
         const axis y = y_axis(panel, tick_aim(rows));
-        const std::string label = name_of(axis_label(panel.quantity, y), t);
+        std::string label = name_of(axis_label(panel.quantity, y), t);
+        const auto shows = [&](const plot_series& one) {
+            return std::any_of(one.y.begin(), one.y.end(), [&](double v) { return std::isfinite(y.place(v)); });
+        };
+        if (std::none_of(panel.series.begin(), panel.series.end(), shows))
+            label += label.empty() ? "no values to show" : ": no values to show";
         if (!label.empty()) head = blanks(f.left + 2) + shortened_to(label, f.columns) + "\n";
-        for (const double tick : y.ticks)
-            side.left[static_cast<std::size_t>(
-                rows - 1 - static_cast<int>(std::lround(y.place(tick) * (rows * c.ny - 1))) / c.ny)] =
-                y.tick_text(tick);
+        for (const double tick : y.ticks) {
+            const int up = static_cast<int>(std::lround(y.place(tick) * (rows * c.ny - 1))) / c.ny;
+            side.left[static_cast<std::size_t>(rows - 1 - up)] = y.tick_text(tick);
+        }
         const std::size_t n = panel.series.size();
         const std::size_t room = std::min(most_names, static_cast<std::size_t>(rows) - 1);
-        const std::size_t shown = n <= room || n == 1 ? n : room - 1;
-        for (std::size_t k = 0; k < n; ++k) {
+        const std::size_t shown = !needs_names(panel) ? 0 : n <= room ? n : room - 1;
+        std::vector<int> last(n);
+        for (const std::size_t k : drawing_order(panel, y)) {
             const int i = static_cast<int>(k);
-            const int last = panel.form == panel_form::sticks ? draw_sticks(c, panel.series[k], f, y, i)
-                                                              : draw_curve(c, panel.series[k], f, y, 0, rows * c.ny, i);
-            if (k < shown && last >= 0)
-                side.name(std::clamp(last, 0, rows - 1), shortened_to(name_of(panel.series[k].name, t), f.right), i);
+            last[k] = panel.form == panel_form::sticks ? draw_sticks(c, panel.series[k], f, y, i)
+                                                       : draw_curve(c, panel.series[k], f, y, 0, rows * c.ny, i);
         }
-        if (shown < n)
-            head +=
-                blanks(f.left + 2) + "named are " + std::to_string(shown) + " of " + std::to_string(n) + " curves\n";
+        for (std::size_t k = 0; k < shown; ++k)
+            if (last[k] >= 0)
+                side.name(std::clamp(last[k], 0, rows - 1), shortened_to(name_of(panel.series[k].name, t), f.right),
+                          static_cast<int>(k));
+        if (shown > 0 && shown < n)
+            head += blanks(f.left + 2) + std::to_string(shown) + " of " + std::to_string(n) + " curves are named\n";
     }
     const std::string upright = t.utf8 ? "│" : "|", cross = t.utf8 ? "┤" : "+";
     std::string out = head;
@@ -274,6 +292,7 @@ std::string draw_in_terminal(const plot& p, const terminal& t) {
         }
         const axis y = y_axis(panel, tick_aim(rows_of(panel, p, t)));
         for (const double tick : y.ticks) f.left = std::max(f.left, static_cast<int>(y.tick_text(tick).size()));
+        if (!needs_names(panel)) continue;
         for (const plot_series& s : panel.series)
             f.right = std::max(f.right, std::min(std::max(10, t.columns * 3 / 10), n_characters(s.name)));
     }

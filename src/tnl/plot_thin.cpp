@@ -58,36 +58,80 @@ void thinner::finish() {
     if (!y.empty() && std::isnan(y.back())) x.pop_back(), y.pop_back();
 }
 
+namespace {
+
+// Lines that are new on the grid, with gaps between those that do not meet.
+void drop_joined(const axis& x_axis, const axis& y_axis, double n_cells, std::vector<double>& x,
+                 std::vector<double>& y) {
+    const auto cell_of = [&](std::size_t i) {
+        const double px = x_axis.place(x[i]), py = y_axis.place(y[i]);
+        if (!std::isfinite(px) || !std::isfinite(py)) return UINT32_MAX;
+        const auto cell = [&](double v) { return static_cast<std::uint32_t>(std::clamp(v, 0.0, 1.0) * n_cells); };
+        return cell(px) << 16 | cell(py);
+    };
+    std::unordered_set<std::uint64_t> joined;
+    std::vector<double> new_x, new_y;
+    bool down = false;  // the last kept point is the one before i
+    for (std::size_t i = 1; i < x.size(); ++i) {
+        const std::uint64_t a = cell_of(i - 1), b = cell_of(i);
+        if (a == UINT32_MAX || b == UINT32_MAX || !joined.insert(std::min(a, b) << 32 | std::max(a, b)).second) {
+            down = false;
+            continue;
+        }
+        if (!down) {
+            if (!new_x.empty()) new_x.push_back(x[i - 1]), new_y.push_back(NAN);
+            new_x.push_back(x[i - 1]);
+            new_y.push_back(y[i - 1]);
+        }
+        new_x.push_back(x[i]);
+        new_y.push_back(y[i]);
+        down = true;
+    }
+    x = std::move(new_x);
+    y = std::move(new_y);
+}
+
+void cover(const axis& x_axis, const axis& y_axis, std::vector<double>& x, std::vector<double>& y) {
+    constexpr int n = 256;
+    std::vector<char> met(n * n, 0);
+    const auto mark = [&](double px, double py) {
+        const auto cell = [](double v) { return static_cast<std::size_t>(std::clamp(v * n, 0.0, n - 1.0)); };
+        met[cell(py) * n + cell(px)] = 1;
+    };
+    double old_x = NAN, old_y = NAN;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const double px = x_axis.place(x[i]), py = y_axis.place(y[i]);
+        if (std::isfinite(px) && std::isfinite(py) && std::isfinite(old_x) && std::isfinite(old_y)) {
+            const double far = std::max(std::abs(px - old_x), std::abs(py - old_y));
+            const int steps = 1 + static_cast<int>(std::clamp(far, 0.0, 2.0) * n);
+            for (int k = 0; k <= steps; ++k) {
+                const double t = static_cast<double>(k) / steps;
+                mark(old_x + t * (px - old_x), old_y + t * (py - old_y));
+            }
+        }
+        old_x = px;
+        old_y = py;
+    }
+    x.clear();
+    y.clear();
+    const auto at = [](const axis& a, double place) { return a.lo + place / n * (a.hi - a.lo); };
+    for (int row = 0; row < n; ++row)
+        for (int from = 0, to; from < n; from = to + 1) {
+            for (to = from; to < n && met[static_cast<std::size_t>(row * n + to)];) ++to;
+            if (to == from) continue;
+            const double height = at(y_axis, row + 0.5);
+            x.insert(x.end(), {at(x_axis, from), at(x_axis, to), at(x_axis, to)});
+            y.insert(y.end(), {height, height, NAN});
+        }
+}
+
+}  // namespace
+
 void drop_retraced(const axis& x_axis, const axis& y_axis, std::size_t n_most, std::vector<double>& x,
                    std::vector<double>& y) {
-    for (double n_cells = 2048; x.size() > n_most && n_cells >= 16; n_cells /= 2) {
-        const auto cell_of = [&](std::size_t i) {
-            const double px = x_axis.place(x[i]), py = y_axis.place(y[i]);
-            if (!std::isfinite(px) || !std::isfinite(py)) return UINT32_MAX;
-            const auto cell = [&](double v) { return static_cast<std::uint32_t>(std::clamp(v, 0.0, 1.0) * n_cells); };
-            return cell(px) << 16 | cell(py);
-        };
-        std::unordered_set<std::uint64_t> joined;
-        std::vector<double> new_x, new_y;
-        bool down = false;  // the last kept point is the one before i
-        for (std::size_t i = 1; i < x.size(); ++i) {
-            const std::uint64_t a = cell_of(i - 1), b = cell_of(i);
-            if (a == UINT32_MAX || b == UINT32_MAX || !joined.insert(std::min(a, b) << 32 | std::max(a, b)).second) {
-                down = false;
-                continue;
-            }
-            if (!down) {
-                if (!new_x.empty()) new_x.push_back(x[i - 1]), new_y.push_back(NAN);
-                new_x.push_back(x[i - 1]);
-                new_y.push_back(y[i - 1]);
-            }
-            new_x.push_back(x[i]);
-            new_y.push_back(y[i]);
-            down = true;
-        }
-        x = std::move(new_x);
-        y = std::move(new_y);
-    }
+    for (const double n_cells : {2048.0, 1024.0, 512.0})
+        if (x.size() > n_most) drop_joined(x_axis, y_axis, n_cells, x, y);
+    if (x.size() > n_most) cover(x_axis, y_axis, x, y);
 }
 
 std::vector<bool> bends(const std::vector<double>& x, const std::vector<double>& y, std::size_t begin, std::size_t end,

@@ -35,7 +35,8 @@ private:
 };
 
 // For curves that run to and fro (one quantity over another): lines between cells of a grid that are joined already are
-// left out, on ever wider cells until at most n_most points are left.
+// left out. When more than n_most points remain on any grid that a picture could tell from the curve, the curve has
+// filled an area: lines along x then cover the cells that it went through.
 void drop_retraced(const axis& x_axis, const axis& y_axis, std::size_t n_most, std::vector<double>& x,
                    std::vector<double>& y);
 

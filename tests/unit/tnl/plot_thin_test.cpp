@@ -89,15 +89,22 @@ TEST(drop_retraced, draws_a_circle_once_that_is_run_through_a_thousand_times) {
     EXPECT_GE(angles.size(), 360u);
 }
 
-TEST(drop_retraced, holds_the_limit_for_lines_without_pattern) {
+TEST(drop_retraced, covers_the_area_that_lines_without_pattern_fill) {
     std::mt19937 rng(1);
     std::uniform_real_distribution<double> any(0, 1);
     std::vector<double> x(300000), y(300000);
     for (double& v : x) v = any(rng);
-    for (double& v : y) v = any(rng);
-    drop_retraced(make_axis(0, 1, 5), make_axis(0, 1, 5), 70000, x, y);
-    EXPECT_LE(x.size(), 70000u);
-    EXPECT_GE(x.size(), 1000u);
+    for (double& v : y) v = 0.25 + 0.5 * any(rng);
+    drop_retraced(make_axis(0, 1, 5), make_axis(0, 1, 5), 20000, x, y);
+    EXPECT_LE(x.size(), 20000u);
+    double covered = 0;
+    for (std::size_t i = 1; i < x.size(); ++i)
+        if (std::isfinite(y[i])) {
+            covered += x[i] > x[i - 1] && y[i] == y[i - 1] ? x[i] - x[i - 1] : 0;
+            EXPECT_GT(y[i], 0.24);
+            EXPECT_LT(y[i], 0.76);
+        }
+    EXPECT_NEAR(covered / 256, 0.5, 0.01);  // lines 1/256 apart
 }
 
 TEST(bends, keeps_corners_and_drops_points_on_lines) {
