@@ -23,5 +23,6 @@ void add_new(CLI::App& app, command_list& commands);
 void add_completion(CLI::App& app, command_list& commands);
 void add_man(CLI::App& app, command_list& commands);
 void add_doctor(CLI::App& app, command_list& commands);
+void add_plot(CLI::App& app, command_list& commands);
 
 }  // namespace cli

@@ -1,8 +1,10 @@
 #include "tnl/demo.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
+#include "tnl/plot_rows.h"
 #include "tnl/rows.h"
 #include "tnl/run_folder.h"
 
@@ -54,23 +56,15 @@ end_solve
 end_cf
 )";
 
-// The first column against the others.
-plot plot_of(const demo_deck& deck, const std::string& title, const std::vector<curve>& curves) {
-    plot p{title, std::string(deck.x_label), std::string(deck.y_label), {}};
-    if (curves.empty() || curves[0].empty()) return p;
-    const std::size_t n_columns = curves[0][0].size();
-    for (const curve& one : curves)
-        for (std::size_t j = 1; j < n_columns; ++j) {
-            plot_series s;
-            const std::size_t k = p.series.size();
-            s.name = k < deck.series.size() ? deck.series[k] : "c" + std::to_string(j + 1);
-            for (const row& r : one)
-                if (r.size() == n_columns) {
-                    s.x.push_back(r[0]);
-                    s.y.push_back(r[j]);
-                }
-            p.series.push_back(std::move(s));
-        }
+// The first column against the others, under the names that the deck's story gives them.
+plot plot_of(const demo_deck& deck, const std::string& title, row_table table) {
+    if (table.n_columns() == deck.columns.size()) table.columns = deck.columns;
+    plot_choice choice;
+    choice.title = title;
+    plot p = plot_of_rows({{&table, "", 0, drawn_columns(table, 0), {}}}, choice);
+    for (plot_panel& panel : p.panels)
+        for (std::size_t k = 0; k < std::min(panel.series.size(), deck.curves.size()); ++k)
+            panel.series[k].name = deck.curves[k];
     return p;
 }
 
@@ -81,14 +75,12 @@ const std::vector<demo_deck>& demo_decks() {
         {"bridge",
          "a diode bridge with a load of 1 kOhm, its source swept from -5 V to 5 V",
          bridge,
-         "source voltage, V",
-         "load voltage, V",
-         {"vout"}},
+         {{"source voltage", "V"}, {"load voltage", "V"}},
+         {}},
         {"network",
          "a potentiometer of 1 kOhm at 10 V, its wiper moved from end to end under three loads",
          network,
-         "position of the wiper",
-         "output voltage, V",
+         {{"position of the wiper", ""}, {"output voltage", "V"}},
          {"load 100k", "load 1k", "load 200"}},
     };
     return decks;
@@ -109,12 +101,14 @@ int run_demo(const std::string& folder, const installation& where, const termina
 
         const row_file file = row_files(run.deck).at(0);
         const std::string rows = (run.folder / file.path).string();
-        const std::vector<curve> curves = read_rows(read_file(rows));
-        const plot p = plot_of(deck, title_of(run.deck), curves);
+        row_table table = read_row_table(read_file(rows), rows);
+        if (table.n_columns() == file.columns.size())
+            for (std::size_t j = 0; j < file.columns.size(); ++j) table.columns[j].name = file.columns[j];
+        const plot p = plot_of(deck, title_of(run.deck), table);
         const std::string picture = base + ".svg";
         write_file(picture, draw_svg(p));
-        const std::string table = format_rows(file.columns, curves, curves.size() > 1 ? 4 : 11);
-        std::printf("\n%s\n%s\nrows     %s\npicture  %s\n", table.c_str(), draw_in_terminal(p, t).c_str(), rows.c_str(),
+        const std::string text = format_rows(table, table.n_curves() > 1 ? 4 : 11);
+        std::printf("\n%s\n%s\nrows     %s\npicture  %s\n", text.c_str(), draw_in_terminal(p, t).c_str(), rows.c_str(),
                     picture.c_str());
         std::fflush(stdout);
     }

@@ -13,9 +13,9 @@ struct demo_deck {
     std::string_view name;  // of the deck and picture files
     std::string_view says;  // one line about what it computes
     std::string_view text;  // the deck; its one row file is <name>.dat
-    std::string_view x_label, y_label;
-    // One series for each column behind the first; or, when the rows are several curves, one for each curve.
-    std::vector<std::string> series;
+    // What the picture says of the file's columns, the first along x; and of its curves when they are several.
+    std::vector<record_column> columns;
+    std::vector<std::string> curves;
 };
 const std::vector<demo_deck>& demo_decks();
 

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     cli::add_completion(app, commands);
     cli::add_man(app, commands);
     cli::add_doctor(app, commands);
+    cli::add_plot(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {

@@ -2,71 +2,79 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace cli {
 
-axis make_axis(double lo, double hi, int n_ticks) {
-    if (!(std::isfinite(lo) && std::isfinite(hi)) || lo > hi) lo = 0, hi = 1;
-    const double size = std::max(std::abs(lo), std::abs(hi));
-    if (hi - lo <= 1e-9 * size || hi - lo < 1e-300) {  // one value: make room around it
-        const double room = size > 1e-290 ? 0.1 * size : 1;
-        lo -= room;
-        hi += room;
-    }
-    const double raw = (hi - lo) / std::max(1, n_ticks), power = std::pow(10, std::floor(std::log10(raw)));
-    double step = 10 * power;
-    for (const double m : {1.0, 2.0, 5.0})
-        if (m * power >= raw / 1.4) {  // the nearest of them, by ratio
-            step = m * power;
-            break;
-        }
-    axis a{lo, hi, {}};
-    const double first = std::ceil(lo / step - 1e-9);
-    for (double k = first; k * step <= hi + 1e-9 * step; ++k) a.ticks.push_back(k * step);
-    return a;
-}
-
-std::string tick_text(double tick, double step) {
-    char text[40];
-    if (std::abs(tick) < 1e-9 * std::abs(step)) tick = 0;
-    const double size = std::max(std::abs(tick), std::abs(step));
-    if (tick != 0 && (size >= 1e5 || std::abs(step) < 1e-4)) {
-        std::snprintf(text, sizeof text, "%.3g", tick);
-    } else {
-        const int digits = std::clamp(static_cast<int>(std::ceil(-std::log10(std::abs(step)) - 1e-9)), 0, 6);
-        std::snprintf(text, sizeof text, "%.*f", digits, tick);
-    }
-    return text;
-}
-
 namespace {
 
-axis axis_over(const plot& p, std::vector<double> plot_series::*values, int n_ticks) {
+struct range {
     double lo = INFINITY, hi = -INFINITY;
-    for (const plot_series& s : p.series)
-        for (const double v : s.*values)
-            if (std::isfinite(v)) {
-                lo = std::min(lo, v);
-                hi = std::max(hi, v);
+    void take(const std::vector<double>& values, const std::vector<double>& partner, bool log) {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            if (std::isfinite(values[i]) && std::isfinite(partner[i]) && !(log && values[i] <= 0)) {
+                lo = std::min(lo, values[i]);
+                hi = std::max(hi, values[i]);
             }
-    return make_axis(lo, hi, n_ticks);
-}
+    }
+};
 
 }  // namespace
 
-axis x_axis(const plot& p, int n_ticks) { return axis_over(p, &plot_series::x, n_ticks); }
-
-axis y_axis(const plot& p, int n_ticks) {
-    axis a = axis_over(p, &plot_series::y, n_ticks);
-    if (a.ticks.size() > 1) {  // up to the next tick on both sides, so that no curve runs along the frame
-        const double step = a.ticks[1] - a.ticks[0];
-        if (a.ticks.front() - a.lo > 1e-9 * step) a.ticks.insert(a.ticks.begin(), a.ticks.front() - step);
-        if (a.hi - a.ticks.back() > 1e-9 * step) a.ticks.push_back(a.ticks.back() + step);
-        a.lo = a.ticks.front();
-        a.hi = a.ticks.back();
+axis x_axis(const plot& p, int n_ticks) {
+    range r;
+    bool sticks = false;
+    for (const plot_panel& panel : p.panels) {
+        sticks = sticks || panel.form == panel_form::sticks;
+        for (const plot_series& s : panel.series) r.take(s.x, s.y, p.log_x);
     }
-    return a;
+    if (p.log_x) return make_log_axis(r.lo, r.hi, n_ticks, p.x_unit);
+    if (sticks) {  // whole numbers, half a place free on both sides
+        axis a = make_axis(r.lo - 0.5, r.hi + 0.5, n_ticks, p.x_unit);
+        if (a.scale.factor * a.step < 1) a = make_axis(r.lo - 0.5, r.hi + 0.5, static_cast<int>(r.hi - r.lo) + 1);
+        std::erase_if(a.ticks, [](double t) { return std::abs(t - std::round(t)) > 1e-6; });
+        return a;
+    }
+    axis a = make_axis(r.lo, r.hi, n_ticks, p.x_unit);
+    if (a.lo != r.lo || a.hi != r.hi) return a;
+    // A run that ends a step before a round number: the axis reaches it.
+    const double step = a.step * a.scale.factor, near = 0.02 * (a.hi - a.lo);
+    const double down = step * std::floor(a.lo / step + 1e-9), up = step * std::ceil(a.hi / step - 1e-9);
+    return make_axis(a.lo - down < near ? down : a.lo, up - a.hi < near ? up : a.hi, n_ticks, p.x_unit);
+}
+
+axis y_axis(const plot_panel& panel, int n_ticks) {
+    range r;
+    for (const plot_series& s : panel.series) r.take(s.y, s.x, panel.log);
+    if (panel.log) {
+        const double room = r.hi > r.lo ? std::pow(r.hi / r.lo, 0.04) : 1;
+        return make_log_axis(r.lo / room, r.hi * room, n_ticks, panel.unit);
+    }
+    if (panel.form == panel_form::sticks) r.lo = std::min(r.lo, 0.0), r.hi = std::max(r.hi, 0.0);
+    r.lo = std::max(r.lo, -1e308);  // so that the range is a number
+    r.hi = std::min(r.hi, 1e308);
+    // Rows have seven digits: what differs in the last one only is one value.
+    const double size = std::max(std::abs(r.lo), std::abs(r.hi)), half = r.hi / 2 - r.lo / 2;
+    if (half <= 1.5e-6 * size) {
+        const double middle = r.lo + half;
+        return make_axis(middle, middle, n_ticks, panel.unit);
+    }
+    const bool rests = panel.form == panel_form::sticks && r.lo >= 0;  // sticks stand on the frame
+    return make_axis(rests ? 0 : r.lo - 0.1 * half, r.hi + 0.1 * half, n_ticks, panel.unit);
+}
+
+bool is_dense(const plot_series& series, const axis& y) {
+    double way = 0;  // up and down, in heights of the panel
+    for (std::size_t i = 1; i < series.y.size(); ++i)
+        if (const double step = std::abs(y.place(series.y[i]) - y.place(series.y[i - 1])); std::isfinite(step))
+            way += step;
+    return way > 30;
+}
+
+std::vector<std::size_t> drawing_order(const plot_panel& panel, const axis& y) {
+    std::vector<std::size_t> dense, others;
+    for (std::size_t k = 0; k < panel.series.size(); ++k) (is_dense(panel.series[k], y) ? dense : others).push_back(k);
+    dense.insert(dense.end(), others.begin(), others.end());
+    return dense;
 }
 
 }  // namespace cli

@@ -1,7 +1,9 @@
-// plot.h -- a picture of curves: in the terminal, and as an SVG file.
+// plot.h -- a picture of curves: panels over one another with a shared x axis; in the terminal, and as an SVG file.
 #pragma once
 #include <string>
 #include <vector>
+
+#include "tnl/plot_axis.h"
 
 namespace cli {
 
@@ -9,20 +11,34 @@ struct plot_series {
     std::string name;
     std::vector<double> x, y;  // equal lengths; points that are not finite break the line
 };
-struct plot {
-    std::string title, x_label, y_label;
+enum class panel_form {
+    lines,
+    sticks,  // from 0 up to each point
+    logic,   // each series on a lane of its own; y is 0 or 1 and holds until the next point
+};
+struct plot_panel {
+    std::string quantity;  // of all its series; empty when they show different ones
+    std::string unit;      // empty: none
+    panel_form form = panel_form::lines;
+    bool log = false;
     std::vector<plot_series> series;
 };
-
-// An axis: limits that hold all points, and ticks at round numbers (1, 2 or 5 times a power of ten).
-struct axis {
-    double lo = 0, hi = 1;
-    std::vector<double> ticks;
+struct plot {
+    std::string title, x_quantity, x_unit;
+    bool log_x = false;
+    std::vector<plot_panel> panels;
 };
-axis make_axis(double lo, double hi, int n_ticks);  // n_ticks is an aim
-std::string tick_text(double tick, double step);
+
+// Axes that hold all finite points (on a log axis: those above 0); n_ticks is an aim.
 axis x_axis(const plot& p, int n_ticks);
-axis y_axis(const plot& p, int n_ticks);
+axis y_axis(const plot_panel& panel, int n_ticks);
+
+// Whether a curve goes up and down so often that it fills an area: it is drawn thin, without dashes, below the others.
+bool is_dense(const plot_series& series, const axis& y);
+std::vector<std::size_t> drawing_order(const plot_panel& panel, const axis& y);  // of the series
+
+// At most this many series of a panel are named; the rest is counted: "... and 30 more".
+inline constexpr std::size_t most_names = 12;
 
 struct terminal {
     int columns = 80, rows = 20;
@@ -33,6 +49,11 @@ terminal this_terminal();  // of standard output and the environment; NO_COLOR i
 std::string draw_in_terminal(const plot& p, const terminal& t);
 
 // The same bytes for the same curves. Lines differ in colour and in dashes, so that grey prints can be read.
-std::string draw_svg(const plot& p);
+struct picture_size {
+    int width = 720, height = 0;  // px; height 0: as the panels need it
+};
+inline constexpr int least_picture = 200, most_picture = 10000;  // px, width and height
+// Throws usage_error when the panels do not fit into the height.
+std::string draw_svg(const plot& p, picture_size size = {});
 
 }  // namespace cli

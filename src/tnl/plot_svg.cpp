@@ -1,19 +1,36 @@
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <string_view>
 
+#include "tnl/exit_status.h"
 #include "tnl/plot.h"
+#include "tnl/plot_text.h"
+#include "tnl/plot_thin.h"
 
 namespace cli {
 
 namespace {
 
-constexpr double width = 720, height = 440, left = 76, right = 24, top = 52, bottom = 64;  // px
+// px
+constexpr double font = 13, title_font = 16, title_line = 22, legend_line = 19, sample = 30, edge = 12;
+constexpr double bold = 1.125;  // how much wider bold words are
+constexpr double below_axis = 46, lane_height = 30, gap = 16;
+constexpr double few_points = 30;           // up to so many, each point gets a dot
+constexpr double thinned = 0.12;            // what a left out point may be off
+constexpr std::size_t most_points = 40000;  // of a picture
+
 struct line_style {
     std::string_view colour, dashes;
 };
-constexpr line_style styles[] = {{"#0072b2", ""},        {"#d55e00", "9 4"},  {"#009e73", "2 3"},
-                                 {"#cc79a7", "9 3 2 3"}, {"#56b4e9", "14 5"}, {"#000000", "5 5"}};
+// Colours of Okabe and Ito, which differ in lightness too; the number of dashes has no factor with theirs in common, so
+// that 35 series differ.
+constexpr std::string_view colours[] = {"#0072b2", "#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#000000", "#e69f00"};
+constexpr std::string_view dashes[] = {"", "9 4", "2 3", "9 3 2 3", "16 5"};
+line_style style_of(std::size_t series) {
+    return {colours[series % std::size(colours)], dashes[series % std::size(dashes)]};
+}
 
 std::string escaped(std::string_view text) {
     std::string out;
@@ -26,8 +43,39 @@ std::string escaped(std::string_view text) {
             out += "&gt;";
         else if (c == '"')
             out += "&quot;";
-        else if (static_cast<unsigned char>(c) >= ' ')
+        else if (static_cast<unsigned char>(c) >= ' ' && c != '\x7f')
             out += c;
+    }
+    return out;
+}
+
+// Bytes that are no UTF-8 would make the file unreadable: '?' stands for them.
+std::string valid_utf8(std::string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size();) {
+        const auto u = static_cast<unsigned char>(text[i]);
+        const std::size_t n = u < 0x80                ? 1
+                              : u >= 0xc2 && u < 0xe0 ? 2
+                              : u >= 0xe0 && u < 0xf0 ? 3
+                              : u >= 0xf0 && u < 0xf5 ? 4
+                                                      : 0;
+        bool good_bytes = n > 0 && i + n <= text.size();
+        for (std::size_t k = 1; good_bytes && k < n; ++k)
+            good_bytes = (static_cast<unsigned char>(text[i + k]) & 0xc0) == 0x80;
+        if (good_bytes && n == 3) {  // too long a form, surrogates, U+FFFE and U+FFFF
+            const auto v = static_cast<unsigned char>(text[i + 1]), w = static_cast<unsigned char>(text[i + 2]);
+            good_bytes =
+                !(u == 0xe0 && v < 0xa0) && !(u == 0xed && v >= 0xa0) && !(u == 0xef && v == 0xbf && w >= 0xbe);
+        }
+        if (good_bytes && n == 4) {
+            const auto v = static_cast<unsigned char>(text[i + 1]);
+            good_bytes = !(u == 0xf0 && v < 0x90) && !(u == 0xf4 && v >= 0x90);
+        }
+        if (good_bytes)
+            out += text.substr(i, n);
+        else
+            out += '?';
+        i += good_bytes ? n : 1;
     }
     return out;
 }
@@ -40,69 +88,439 @@ void add(std::string& out, const char* format, T... values) {
 }
 
 void add_text(std::string& out, double x, double y, const char* anchor, const char* more, std::string_view text) {
-    add(out, "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"%s\"%s>", x, y, anchor, more);
-    out += escaped(text) + "</text>\n";
+    add(out, "<text x=\"%.1f\" y=\"%.1f\"", x, y);
+    if (*anchor) add(out, " text-anchor=\"%s\"", anchor);
+    out += more;
+    out += '>' + escaped(text) + "</text>\n";
 }
+
+// A path in tenths of a pixel, each step relative to the point before: short, and without sums of rounding.
+class path_text {
+public:
+    void move(double x, double y) {
+        const long px = tenths(x), py = tenths(y);
+        text_ += 'M';
+        number(px);
+        number_behind(py);
+        command_ = 'M';
+        x_ = px, y_ = py;
+    }
+    void line(double x, double y) {
+        const long px = tenths(x), py = tenths(y), dx = px - x_, dy = py - y_;
+        if (dx == 0 && dy == 0 && command_ != 'M') return;
+        const char c = dy == 0 ? 'h' : dx == 0 ? 'v' : 'l';
+        const bool again = c == command_;
+        if (!again) text_ += c;
+        if (c != 'v') again ? number_behind(dx) : number(dx);
+        if (c == 'l') number_behind(dy);
+        if (c == 'v') again ? number_behind(dy) : number(dy);
+        command_ = c;
+        x_ = px, y_ = py;
+    }
+    const std::string& text() const { return text_; }
+
+private:
+    static long tenths(double v) { return std::lround(10 * std::clamp(v, -2e4, 2e4)); }
+    void number(long n) {
+        if (n < 0) text_ += '-', n = -n;
+        if (n >= 10 || n == 0) text_ += std::to_string(n / 10);
+        if (n % 10) text_ += '.', text_ += static_cast<char>('0' + n % 10);
+    }
+    void number_behind(long n) {
+        if (n >= 0) text_ += ' ';
+        number(n);
+    }
+    std::string text_;
+    long x_ = 0, y_ = 0;
+    char command_ = 0;
+};
+
+struct box {
+    double left = 0, top = 0, width = 0, height = 0;
+};
+// Where a panel and the names above it stand.
+struct panel_place {
+    box frame;
+    axis y;
+    std::string label;                // beside the axis
+    bool named = false;               // has a legend
+    std::vector<std::string> legend;  // the names that are shown, shortened
+    std::string more;                 // "... and 30 more"
+    int legend_lines = 0;
+};
+struct page {
+    double width = 0, height = 0;
+    std::vector<std::string> title;
+    double title_x = 0;
+    axis x;
+    std::vector<panel_place> panels;
+};
+
+double entry_width(std::string_view name) { return sample + 7 + font * text_width(name) + 22; }
+
+// Calls at(x, line, i) for each legend entry, i = -1 for the words behind the last; gives the number of lines.
+template <class F>
+int flow_legend(const panel_place& p, double width, const F& at) {
+    double x = 0;
+    int line = 0;
+    const auto put = [&](double w, int i) {
+        if (x > 0 && x + w > width) x = 0, ++line;
+        at(x, line, i);
+        x += w;
+    };
+    for (std::size_t i = 0; i < p.legend.size(); ++i) put(entry_width(p.legend[i]), static_cast<int>(i));
+    if (!p.more.empty()) put(font * text_width(p.more) + 22, -1);
+    return line + 1;
+}
+
+double widest_tick(const axis& a) {
+    double w = 0;
+    for (const double t : a.ticks) w = std::max(w, font * text_width(a.tick_text(t)));
+    return w;
+}
+
+// As many ticks as have room between their numbers.
+axis spaced_x_axis(const plot& p, double width) {
+    axis a;
+    for (int n = std::max(2, static_cast<int>(width / 70)); n >= 1; --n) {
+        a = x_axis(p, n);
+        bool fits = true;
+        for (std::size_t i = 1; i < a.ticks.size(); ++i) {
+            const double half =
+                font * (text_width(a.tick_text(a.ticks[i - 1])) + text_width(a.tick_text(a.ticks[i]))) / 2;
+            fits = fits && (a.place(a.ticks[i]) - a.place(a.ticks[i - 1])) * width > half + 14;
+        }
+        if (fits) break;
+    }
+    return a;
+}
+
+axis spaced_y_axis(const plot_panel& panel, double height) {
+    return y_axis(panel, std::clamp(static_cast<int>(height / (panel.log ? 26 : 48)), 2, 10));
+}
+
+double wanted_height(const plot_panel& panel, std::size_t n_panels) {
+    if (panel.form == panel_form::logic)
+        return lane_height * static_cast<double>(std::max<std::size_t>(1, panel.series.size()));
+    return n_panels == 1 ? 330 : n_panels == 2 ? 210 : n_panels <= 4 ? 150 : 110;
+}
+constexpr double least_height = 44;  // of a panel with lines
+
+page layout(const plot& p, picture_size size) {
+    page out;
+    out.width = size.width;
+    double names = 0, numbers = 0;  // widths left of the frames: of the names of lanes, of ticks
+    const std::size_t n = p.panels.size();
+    for (const plot_panel& panel : p.panels) {
+        panel_place place;
+        double height = wanted_height(panel, n);
+        place.y = spaced_y_axis(panel, height);
+        place.frame.height = height;
+        if (panel.form == panel_form::logic) {
+            for (const plot_series& s : panel.series)
+                names = std::max(names, font * std::min(text_width(valid_utf8(s.name)), 0.25 * out.width / font));
+        } else {
+            numbers = std::max(numbers, widest_tick(place.y));
+        }
+        out.panels.push_back(std::move(place));
+    }
+    const double left = edge + std::max(names + 8, numbers + 8 + (numbers > 0 ? font + 10 : 0));
+    out.title_x = std::min(left, 80.0);
+    out.title = wrapped(valid_utf8(p.title), (out.width - out.title_x - edge) / (bold * title_font), 2);
+    double width = out.width - left - 2 * edge;
+    out.x = spaced_x_axis(p, width);
+    if (!out.x.ticks.empty()) {  // half of the last number may stand out on the right
+        const double last = out.x.ticks.back(), half = font * text_width(out.x.tick_text(last)) / 2;
+        const double over = out.x.place(last) * width + half - width - 1.5 * edge;
+        if (over > 0) width -= over;
+    }
+    width = std::max(width, 40.0);
+
+    double fixed_height = edge + static_cast<double>(out.title.size()) * title_line + below_axis, free_height = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const plot_panel& panel = p.panels[i];
+        panel_place& place = out.panels[i];
+        const bool lanes = panel.form == panel_form::logic;
+        const double height = place.frame.height;
+        place.label = valid_utf8(axis_label(panel.quantity, place.y));
+        const bool label_fits = font * text_width(place.label) <= height - 6;
+        place.named =
+            !lanes && (panel.series.size() > 1 || !label_fits || (panel.quantity.empty() && !panel.series.empty()));
+        if (!label_fits) place.label = shortened(place.y.scale.unit, height / font);
+        if (place.named) {
+            const std::size_t shown = std::min(panel.series.size(), most_names);
+            for (std::size_t k = 0; k < shown; ++k)
+                place.legend.push_back(shortened(valid_utf8(panel.series[k].name), (width - sample - 30) / font));
+            if (shown < panel.series.size())
+                place.more = "... and " + std::to_string(panel.series.size() - shown) + " more";
+            place.legend_lines = flow_legend(place, width, [](double, int, int) {});
+        }
+        fixed_height += place.legend_lines * legend_line + (i > 0 ? gap : 6) + (lanes ? height : 0);
+        free_height += lanes ? 0 : height;
+    }
+    out.height = size.height > 0 ? size.height : fixed_height + free_height;
+    const double stretch = free_height > 0 ? (out.height - fixed_height) / free_height : 1;
+    double y = edge + static_cast<double>(out.title.size()) * title_line;
+    for (std::size_t i = 0; i < n; ++i) {
+        const plot_panel& panel = p.panels[i];
+        panel_place& place = out.panels[i];
+        y += place.legend_lines * legend_line + (i > 0 ? gap : 6);
+        double height = place.frame.height;
+        if (panel.form != panel_form::logic) height *= stretch;
+        if (height < least_height && panel.form != panel_form::logic)
+            throw usage_error(
+                "the height of " + std::to_string(size.height) + " px is too small for " + std::to_string(n) +
+                (n == 1 ? " panel" : " panels") + " and the names; about " +
+                std::to_string(static_cast<int>(fixed_height + 1.5 * least_height * static_cast<double>(n))) +
+                " would do");
+        place.frame = {left, y, width, height};
+        if (size.height > 0) place.y = spaced_y_axis(panel, height);
+        y += height;
+    }
+    return out;
+}
+
+class drawing {
+public:
+    drawing(const plot& p, picture_size size) : p_(p), page_(layout(p, size)) {
+        for (const plot_panel& panel : p.panels) n_series_ += panel.series.size();
+    }
+    std::string text() {
+        head();
+        for (std::size_t i = 0; i < p_.panels.size(); ++i) {
+            const plot_panel& panel = p_.panels[i];
+            frame(panel, page_.panels[i], i + 1 == p_.panels.size());
+            if (panel.form == panel_form::logic) {
+                lanes(panel, page_.panels[i]);
+                continue;
+            }
+            const axis& y = page_.panels[i].y;
+            legend(panel, page_.panels[i]);
+            bool any = false;
+            for (const std::size_t k : drawing_order(panel, y)) {
+                for (std::size_t j = 0; j < panel.series[k].y.size() && !any; ++j)
+                    any = std::isfinite(y.place(panel.series[k].y[j]));
+                if (panel.form == panel_form::sticks)
+                    sticks(panel, page_.panels[i], k);
+                else
+                    curve(panel.series[k], page_.panels[i].frame, y, style_of(k));
+            }
+            if (!any) {
+                const box& b = page_.panels[i].frame;
+                add_text(out_, b.left + b.width / 2, b.top + b.height / 2 + 4, "middle", " fill=\"#666666\"",
+                         "no values to show");
+            }
+        }
+        return std::move(out_) + "</svg>\n";
+    }
+
+private:
+    double px(double v) const { return left() + page_.x.place(v) * width(); }
+    double left() const { return page_.panels.empty() ? 60 : page_.panels.front().frame.left; }
+    double width() const { return page_.panels.empty() ? 100 : page_.panels.front().frame.width; }
+
+    void head() {
+        add(out_,
+            "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.0f\" height=\"%.0f\" viewBox=\"0 0 %.0f %.0f\" "
+            "font-family=\"DejaVu Sans, Verdana, Helvetica, Arial, sans-serif\" font-size=\"%.0f\" fill=\"#222222\">\n",
+            page_.width, page_.height, page_.width, page_.height, font);
+        add(out_, "<rect width=\"%.0f\" height=\"%.0f\" fill=\"#ffffff\"/>\n", page_.width, page_.height);
+        double y = edge + 14;
+        for (const std::string& line : page_.title) {
+            add_text(out_, page_.title_x, y, "", " font-size=\"16\" font-weight=\"bold\"", line);
+            y += title_line;
+        }
+    }
+
+    void grid(const std::string& d, const char* colour) {
+        if (!d.empty()) out_ += "<path d=\"" + d + "\" stroke=\"" + colour + "\" fill=\"none\"/>\n";
+    }
+
+    void frame(const plot_panel& panel, const panel_place& place, bool last) {
+        const box& b = place.frame;
+        const bool is_logic = panel.form == panel_form::logic;
+        path_text minor, major;
+        const auto upright = [&](path_text& d, double v) {
+            if (!(page_.x.place(v) > -1e-6 && page_.x.place(v) < 1 + 1e-6)) return;
+            d.move(px(v), b.top);
+            d.line(px(v), b.top + b.height);
+        };
+        const auto level = [&](path_text& d, double v) {
+            const double y = b.top + (1 - place.y.place(v)) * b.height;
+            d.move(b.left, y);
+            d.line(b.left + b.width, y);
+        };
+        for (const double v : page_.x.minor) upright(minor, v);
+        for (const double v : page_.x.ticks) upright(major, v);
+        if (!is_logic) {
+            for (const double v : place.y.minor) level(minor, v);
+            for (const double v : place.y.ticks) level(major, v);
+        }
+        grid(minor.text(), "#f0f0f0");
+        grid(major.text(), "#dcdcdc");
+        if (!is_logic && !place.y.log && place.y.lo < 0 && place.y.hi > 0) {
+            path_text zero;
+            level(zero, 0);
+            grid(zero.text(), "#a0a0a0");
+        }
+        if (!is_logic)
+            for (const double v : place.y.ticks)
+                add_text(out_, b.left - 8, b.top + (1 - place.y.place(v)) * b.height + 4.5, "end", "",
+                         place.y.tick_text(v));
+        add(out_, "<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"none\" stroke=\"#444444\"/>\n",
+            b.left, b.top, b.width, b.height);
+        if (!place.label.empty() && !is_logic) {
+            char turned[80];
+            const double x = edge + font - 3, y = b.top + b.height / 2;
+            std::snprintf(turned, sizeof turned, " transform=\"rotate(-90 %.1f %.1f)\"", x, y);
+            add_text(out_, x, y, "middle", turned, place.label);
+        }
+        if (!last) return;
+        for (const double v : page_.x.ticks)
+            add_text(out_, px(v), b.top + b.height + 18, "middle", "", page_.x.tick_text(v));
+        add_text(out_, b.left + b.width / 2, b.top + b.height + 37, "middle", "",
+                 shortened(valid_utf8(axis_label(p_.x_quantity, page_.x)), b.width / font));
+    }
+
+    std::string stroke(const line_style& style, double line_width, bool dashed) const {
+        std::string text = "fill=\"none\" stroke=\"" + std::string(style.colour) + "\"";
+        add(text, " stroke-width=\"%.3g\" stroke-linejoin=\"round\"", line_width);
+        if (dashed && !style.dashes.empty()) text += " stroke-dasharray=\"" + std::string(style.dashes) + "\"";
+        return text;
+    }
+
+    void legend(const plot_panel& panel, const panel_place& place) {
+        if (!place.named) return;
+        const double top = place.frame.top - place.legend_lines * legend_line - 1;
+        flow_legend(place, place.frame.width, [&](double x, int line, int i) {
+            const double at = place.frame.left + x, y = top + line * legend_line + 12.5;
+            if (i < 0) return add_text(out_, at, y, "", "", place.more);
+            const auto k = static_cast<std::size_t>(i);
+            const line_style style = style_of(k);
+            if (panel.form == panel_form::sticks) {
+                add(out_, "<path d=\"M%.1f %.1fv-12\" %s/>\n", at + sample - 8, y + 1,
+                    stroke(style, 1.5, false).c_str());
+                heads_of({{at + sample - 8, y - 10}}, k, 5.5);
+            } else {
+                add(out_, "<path d=\"M%.1f %.1fh%.0f\" %s/>\n", at, y - 4.5, sample,
+                    stroke(style, 1.8, !is_dense(panel.series[k], place.y)).c_str());
+            }
+            add_text(out_, at + sample + 7, y, "", "", place.legend[static_cast<std::size_t>(i)]);
+        });
+    }
+
+    void dots(const std::vector<std::pair<double, double>>& points, const line_style& style, double size) {
+        if (points.empty()) return;
+        path_text d;
+        for (const auto& [x, y] : points) {
+            d.move(x, y);
+            d.line(x, y);
+        }
+        out_ += "<path d=\"" + d.text();
+        add(out_, "\" fill=\"none\" stroke=\"%s\" stroke-width=\"%.3g\" stroke-linecap=\"round\"/>\n",
+            style.colour.data(), size);
+    }
+
+    // Every second series has hollow heads.
+    void heads_of(const std::vector<std::pair<double, double>>& points, std::size_t k, double size) {
+        dots(points, style_of(k), size);
+        if (k % 2 == 1 && size > 3) dots(points, {"#ffffff", ""}, size - 2.4);
+    }
+
+    void curve(const plot_series& s, const box& b, const axis& y_of, const line_style& style) {
+        const auto at = [&](double v) { return b.top + (1 - y_of.place(v)) * b.height; };
+        std::vector<double> x, y;
+        if (std::is_sorted(s.x.begin(), s.x.end()) || std::is_sorted(s.x.rbegin(), s.x.rend())) {
+            const int share = static_cast<int>(most_points / 4 / std::max<std::size_t>(1, n_series_));
+            thinner thin(make_axis(b.left, b.left + b.width, 2),
+                         std::clamp(static_cast<int>(b.width), 8, std::max(8, share)));
+            for (std::size_t i = 0; i < s.x.size(); ++i) thin.add(px(s.x[i]), at(s.y[i]));
+            thin.finish();
+            x = std::move(thin.x);
+            y = std::move(thin.y);
+        } else {
+            for (std::size_t i = 0; i < s.x.size(); ++i) x.push_back(px(s.x[i])), y.push_back(at(s.y[i]));
+        }
+        path_text d;
+        std::vector<std::pair<double, double>> marks;  // points that no line reaches
+        for (std::size_t begin = 0, end; begin < x.size(); begin = end + 1) {
+            for (end = begin; end < x.size() && std::isfinite(y[end]);) ++end;
+            const std::vector<bool> kept = bends(x, y, begin, end, thinned);
+            for (std::size_t i = begin; i < end; ++i) {
+                if (!kept[i - begin]) continue;
+                i == begin ? d.move(x[i], y[i]) : d.line(x[i], y[i]);
+            }
+            const bool all = static_cast<double>(s.x.size()) <= few_points;
+            for (std::size_t i = begin; i < end; ++i)
+                if (all || end - begin == 1) marks.push_back({x[i], y[i]});
+        }
+        const bool dense = is_dense(s, y_of);  // dashes and thick lines would make a stain of it
+        if (!d.text().empty())
+            out_ += "<path d=\"" + d.text() + "\" " + stroke(style, dense ? 1 : 1.8, !dense) + "/>\n";
+        dots(marks, style, 5);
+    }
+
+    void sticks(const plot_panel& panel, const panel_place& place, std::size_t k) {
+        const box& b = place.frame;
+        const double n = static_cast<double>(panel.series.size());
+        const double room = b.width / std::max(1.0, page_.x.hi - page_.x.lo);  // of one harmonic
+        const double aside = (static_cast<double>(k) - (n - 1) / 2) * std::min(7.0, 0.7 * room / n);
+        const double foot = b.top + (1 - place.y.place(0)) * b.height, thick = std::clamp(0.25 * room / n, 0.7, 2.0);
+        path_text d;
+        std::vector<std::pair<double, double>> heads;
+        const plot_series& s = panel.series[k];
+        // The tallest of a pixel stands for all of them.
+        double at = NAN, tallest = 0;
+        const auto put = [&] {
+            if (!std::isfinite(at)) return;
+            const double y = b.top + (1 - place.y.place(tallest)) * b.height;
+            d.move(at, foot);
+            d.line(at, y);
+            heads.push_back({at, y});
+        };
+        for (std::size_t i = 0; i < s.x.size(); ++i) {
+            const double x = px(s.x[i]) + aside;
+            if (!std::isfinite(x) || !std::isfinite(s.y[i])) continue;
+            if (std::isfinite(at) && std::abs(x - at) < 0.5) {
+                if (std::abs(s.y[i]) > std::abs(tallest)) tallest = s.y[i];
+                continue;
+            }
+            put();
+            at = x;
+            tallest = s.y[i];
+        }
+        put();
+        if (heads.empty()) return;
+        out_ += "<path d=\"" + d.text() + "\" " + stroke(style_of(k), thick, false) + "/>\n";
+        heads_of(heads, k, std::clamp(0.5 * room / n, 1.5, 5.5));
+    }
+
+    void lanes(const plot_panel& panel, const panel_place& place) {
+        const box& b = place.frame;
+        const double h = b.height / static_cast<double>(std::max<std::size_t>(1, panel.series.size()));
+        axis level = make_axis(0, 1, 2);
+        for (std::size_t k = 0; k < panel.series.size(); ++k) {
+            const box lane{b.left, b.top + h * (static_cast<double>(k) + 0.18), b.width, 0.64 * h};
+            if (k > 0) {
+                path_text d;
+                d.move(b.left, b.top + h * static_cast<double>(k));
+                d.line(b.left + b.width, b.top + h * static_cast<double>(k));
+                grid(d.text(), "#c8c8c8");
+            }
+            add_text(out_, b.left - 8, lane.top + lane.height / 2 + 4.5, "end", "",
+                     shortened(valid_utf8(panel.series[k].name), 0.25 * page_.width / font));
+            curve(panel.series[k], lane, level, {colours[k % std::size(colours)], ""});
+        }
+    }
+
+    const plot& p_;
+    page page_;
+    std::size_t n_series_ = 0;
+    std::string out_;
+};
 
 }  // namespace
 
-std::string draw_svg(const plot& p) {
-    const axis x = x_axis(p, 8), y = y_axis(p, 6);
-    const double x_step = x.ticks.size() > 1 ? x.ticks[1] - x.ticks[0] : x.hi - x.lo;
-    const double y_step = y.ticks.size() > 1 ? y.ticks[1] - y.ticks[0] : y.hi - y.lo;
-    const double w = width - left - right, h = height - top - bottom;
-    const auto px = [&](double v) { return left + (v - x.lo) / (x.hi - x.lo) * w; };
-    const auto py = [&](double v) { return top + h - (v - y.lo) / (y.hi - y.lo) * h; };
-
-    std::string out;
-    add(out,
-        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.0f\" height=\"%.0f\" viewBox=\"0 0 %.0f %.0f\" "
-        "font-family=\"DejaVu Sans, Helvetica, Arial, sans-serif\" font-size=\"13\" fill=\"#222222\">\n",
-        width, height, width, height);
-    add(out, "<rect width=\"%.0f\" height=\"%.0f\" fill=\"#ffffff\"/>\n", width, height);
-    add_text(out, left, 22, "start", " font-size=\"16\" font-weight=\"bold\"", p.title);
-    for (const double tick : x.ticks) {
-        add(out, "<path d=\"M%.1f %.1fV%.1f\" stroke=\"#dddddd\" fill=\"none\"/>\n", px(tick), top, top + h);
-        add_text(out, px(tick), top + h + 19, "middle", "", tick_text(tick, x_step));
-    }
-    for (const double tick : y.ticks) {
-        add(out, "<path d=\"M%.1f %.1fH%.1f\" stroke=\"#dddddd\" fill=\"none\"/>\n", left, py(tick), left + w);
-        add_text(out, left - 8, py(tick) + 4.5, "end", "", tick_text(tick, y_step));
-    }
-    add(out, "<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"none\" stroke=\"#444444\"/>\n", left,
-        top, w, h);
-    add_text(out, left + w / 2, height - 18, "middle", "", p.x_label);
-    char turned[80];
-    std::snprintf(turned, sizeof turned, " transform=\"rotate(-90 20 %.1f)\"", top + h / 2);
-    add_text(out, 20, top + h / 2, "middle", turned, p.y_label);
-
-    double legend = left;
-    for (std::size_t s = 0; s < p.series.size(); ++s) {
-        const line_style& style = styles[s % std::size(styles)];
-        char look[120];
-        std::snprintf(look, sizeof look, "fill=\"none\" stroke=\"%s\" stroke-width=\"2\" stroke-dasharray=\"%s\"",
-                      style.colour.data(), style.dashes.empty() ? "none" : style.dashes.data());
-        const plot_series& one = p.series[s];
-        out += "<path d=\"";
-        bool down = false;  // the pen
-        for (std::size_t i = 0; i < one.x.size(); ++i) {
-            if (!std::isfinite(one.x[i]) || !std::isfinite(one.y[i])) {
-                down = false;
-                continue;
-            }
-            add(out, "%c%.2f %.2f", down ? 'L' : 'M', px(one.x[i]), py(one.y[i]));
-            down = true;
-        }
-        out += "\" stroke-linejoin=\"round\" ";
-        out += look;
-        out += "/>\n";
-        add(out, "<path d=\"M%.1f 39h30\" ", legend);
-        out += look;
-        out += "/>\n";
-        add_text(out, legend + 36, 43.5, "start", "", one.name);
-        legend += 36 + 8.0 * static_cast<double>(one.name.size()) + 24;
-    }
-    return out + "</svg>\n";
-}
+std::string draw_svg(const plot& p, picture_size size) { return drawing(p, size).text(); }
 
 }  // namespace cli

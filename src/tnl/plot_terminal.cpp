@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "tnl/plot.h"
+#include "tnl/plot_text.h"
+#include "tnl/plot_thin.h"
 
 namespace cli {
 
@@ -54,11 +56,206 @@ std::string utf8_braille(unsigned dots) {
 }
 
 constexpr std::string_view colours[] = {"\x1b[36m", "\x1b[33m", "\x1b[35m", "\x1b[32m", "\x1b[31m", "\x1b[34m"};
-constexpr std::string_view marks = "*o+x#@";
+constexpr std::string_view marks = "*o+x#@%&";
+constexpr int lane_rows = 3;  // of a logic trace; the lowest stays free
 
-std::string padded(const std::string& s, int width) {  // to the right
-    const int n = std::max(0, width - static_cast<int>(s.size()));
-    return std::string(static_cast<std::size_t>(n), ' ') + s;
+std::string blanks(int n) { return std::string(static_cast<std::size_t>(std::max(0, n)), ' '); }
+std::string padded(const std::string& s, int width) { return blanks(width - n_characters(s)) + s; }  // to the right
+// Bytes of names go to a terminal: no control characters.
+std::string clean(std::string_view s) {
+    std::string out(s);
+    for (char& c : out)
+        if ((static_cast<unsigned char>(c) < ' ') || c == '\x7f') c = '?';
+    return out;
+}
+// On plain terminals only ASCII.
+std::string name_of(std::string_view s, const terminal& t) {
+    std::string out = clean(s);
+    if (!t.utf8)
+        for (char& c : out)
+            if (static_cast<unsigned char>(c) >= 0x80) c = '?';
+    return out;
+}
+
+// What stands at a row of a panel, left and right of the curves.
+struct side_texts {
+    std::vector<std::string> left, right;  // [rows]
+    std::vector<int> series;               // [rows] of the name on the right, -1 none
+    explicit side_texts(int rows)
+        : left(static_cast<std::size_t>(rows)),
+          right(static_cast<std::size_t>(rows)),
+          series(static_cast<std::size_t>(rows), -1) {}
+    // In the row, or the nearest that is free.
+    void name(int row, const std::string& text, int i_series) {
+        const int rows = static_cast<int>(right.size());
+        for (int away = 0; away < rows; ++away)
+            for (const int at : {row - away, row + away}) {
+                if (at < 0 || at >= rows || series[static_cast<std::size_t>(at)] >= 0) continue;
+                right[static_cast<std::size_t>(at)] = text;
+                series[static_cast<std::size_t>(at)] = i_series;
+                return;
+            }
+    }
+};
+
+struct frame {
+    const plot& p;
+    const terminal& t;
+    axis x;
+    int left = 0, right = 0, columns = 20;  // characters
+
+    std::string coloured(const std::string& text, int series) const {
+        if (!t.colour || series < 0) return text;
+        return std::string(colours[static_cast<std::size_t>(series) % std::size(colours)]) + text + "\x1b[0m";
+    }
+    char mark(int series) const { return marks[static_cast<std::size_t>(series) % marks.size()]; }
+};
+
+int rows_of(const plot_panel& panel, const plot& p, const terminal& t) {
+    if (panel.form == panel_form::logic) return lane_rows * static_cast<int>(panel.series.size());
+    return std::max(6, t.rows / std::max(1, static_cast<int>(p.panels.size())));
+}
+
+int tick_aim(int rows) { return std::max(3, rows / 4); }
+
+// The curve, and the row of its last point; -1 if it has none.
+int draw_curve(canvas& c, const plot_series& s, const frame& f, const axis& y, int base, int height, int series) {
+    std::vector<double> px, py;
+    if (std::is_sorted(s.x.begin(), s.x.end())) {
+        thinner thin(make_axis(0, 1, 2), 2 * c.columns * c.nx);
+        for (std::size_t i = 0; i < s.x.size(); ++i) thin.add(f.x.place(s.x[i]), y.place(s.y[i]));
+        thin.finish();
+        px = std::move(thin.x);
+        py = std::move(thin.y);
+    } else {
+        for (std::size_t i = 0; i < s.x.size(); ++i) px.push_back(f.x.place(s.x[i])), py.push_back(y.place(s.y[i]));
+    }
+    int last = -1;
+    const double wide = c.columns * c.nx - 1, high = height - 1;
+    const auto drawn = [&](std::size_t i) { return std::isfinite(px[i]) && std::isfinite(py[i]); };
+    for (std::size_t i = 0; i < px.size(); ++i) {
+        if (!drawn(i)) continue;
+        const double x1 = px[i] * wide, y1 = base + py[i] * high;
+        const bool joined = i > 0 && drawn(i - 1);
+        c.line(joined ? px[i - 1] * wide : x1, joined ? base + py[i - 1] * high : y1, x1, y1, series);
+        last = c.rows - 1 - static_cast<int>(std::lround(y1)) / c.ny;
+    }
+    return last;
+}
+
+int draw_sticks(canvas& c, const plot_series& s, const frame& f, const axis& y, int series) {
+    int last = -1;
+    const double wide = c.columns * c.nx - 1, high = c.rows * c.ny - 1, foot = y.place(0) * high;
+    double tallest = 0;
+    for (std::size_t i = 0; i < s.x.size(); ++i) {
+        const double at = f.x.place(s.x[i]) * wide, top = y.place(s.y[i]) * high;
+        if (!std::isfinite(at) || !std::isfinite(top)) continue;
+        c.line(at, foot, at, top, series);
+        if (std::abs(s.y[i]) >= tallest) {
+            tallest = std::abs(s.y[i]);
+            last = c.rows - 1 - static_cast<int>(std::lround(top)) / c.ny;
+        }
+    }
+    return last;
+}
+
+// One curve whose name stands at the axis needs it nowhere else.
+bool needs_names(const plot_panel& panel) { return panel.series.size() > 1 || panel.quantity.empty(); }
+
+std::string panel_text(const plot_panel& panel, const frame& f) {
+    const terminal& t = f.t;
+    const int rows = rows_of(panel, f.p, t);
+    canvas c(f.columns, rows, t.utf8);
+    side_texts side(rows);
+    std::string head;
+    if (panel.form == panel_form::logic) {
+        const axis level = make_axis(0, 1, 2);
+        for (std::size_t k = 0; k < panel.series.size(); ++k) {
+            const int n = static_cast<int>(k), bottom = (rows - lane_rows * (n + 1) + 1) * c.ny;
+            draw_curve(c, panel.series[k], f, level, bottom, (lane_rows - 1) * c.ny, n);
+            side.left[static_cast<std::size_t>(lane_rows * n)] = shortened_to(name_of(panel.series[k].name, t), f.left);
+        }
+    } else {
+        const axis y = y_axis(panel, tick_aim(rows));
+        std::string label = name_of(axis_label(panel.quantity, y), t);
+        const auto shows = [&](const plot_series& one) {
+            return std::any_of(one.y.begin(), one.y.end(), [&](double v) { return std::isfinite(y.place(v)); });
+        };
+        if (std::none_of(panel.series.begin(), panel.series.end(), shows))
+            label += label.empty() ? "no values to show" : ": no values to show";
+        if (!label.empty()) head = blanks(f.left + 2) + shortened_to(label, f.columns) + "\n";
+        for (const double tick : y.ticks) {
+            const int up = static_cast<int>(std::lround(y.place(tick) * (rows * c.ny - 1))) / c.ny;
+            side.left[static_cast<std::size_t>(rows - 1 - up)] = y.tick_text(tick);
+        }
+        const std::size_t n = panel.series.size();
+        const std::size_t room = std::min(most_names, static_cast<std::size_t>(rows) - 1);
+        const std::size_t shown = !needs_names(panel) ? 0 : n <= room ? n : room - 1;
+        std::vector<int> last(n);
+        for (const std::size_t k : drawing_order(panel, y)) {
+            const int i = static_cast<int>(k);
+            last[k] = panel.form == panel_form::sticks ? draw_sticks(c, panel.series[k], f, y, i)
+                                                       : draw_curve(c, panel.series[k], f, y, 0, rows * c.ny, i);
+        }
+        for (std::size_t k = 0; k < shown; ++k)
+            if (last[k] >= 0)
+                side.name(std::clamp(last[k], 0, rows - 1), shortened_to(name_of(panel.series[k].name, t), f.right),
+                          static_cast<int>(k));
+        if (shown > 0 && shown < n)
+            head += blanks(f.left + 2) + std::to_string(shown) + " of " + std::to_string(n) + " curves are named\n";
+    }
+    const std::string upright = t.utf8 ? "│" : "|", cross = t.utf8 ? "┤" : "+";
+    std::string out = head;
+    for (int r = 0; r < rows; ++r) {
+        const auto at_row = static_cast<std::size_t>(r);
+        out += padded(side.left[at_row], f.left) + " " + (side.left[at_row].empty() ? upright : cross);
+        std::string rest;
+        for (int k = 0; k < f.columns; ++k) {
+            const std::size_t cell = c.at(r, k);
+            const int owner = c.owner[cell];
+            if (owner < 0) {
+                rest += ' ';
+                continue;
+            }
+            out += rest;
+            rest.clear();
+            out += f.coloured(t.utf8 ? utf8_braille(c.dots[cell]) : std::string(1, f.mark(owner)), owner);
+        }
+        if (!side.right[at_row].empty()) {
+            const int s = side.series[at_row];
+            out += rest + " ";
+            if (!t.utf8) out += std::string(1, f.mark(s)) + " ";
+            out += f.coloured(side.right[at_row], s);
+        }
+        out += '\n';
+    }
+    return out;
+}
+
+std::string x_axis_text(const frame& f) {
+    const std::string floor = f.t.utf8 ? "─" : "-", corner = f.t.utf8 ? "└" : "+", below = f.t.utf8 ? "┬" : "+";
+    const int nx = f.t.utf8 ? 2 : 1;
+    std::vector<std::string> line(static_cast<std::size_t>(f.columns), floor);
+    std::string numbers = blanks(f.left + 2 + f.columns + 24);
+    std::size_t free_from = 0, end = 0;
+    for (const double tick : f.x.ticks) {
+        const int at = static_cast<int>(std::lround(f.x.place(tick) * (f.columns * nx - 1))) / nx;
+        if (at < 0 || at >= f.columns) continue;
+        const std::string text = f.x.tick_text(tick);
+        const int half = static_cast<int>(text.size()) / 2;
+        const auto start = static_cast<std::size_t>(std::max(0, f.left + 2 + at - half));
+        line[static_cast<std::size_t>(at)] = below;
+        if (start < free_from || start + text.size() > numbers.size()) continue;
+        numbers.replace(start, text.size(), text);
+        end = start + text.size();
+        free_from = end + 1;
+    }
+    std::string out = blanks(f.left + 1) + corner;
+    for (const std::string& s : line) out += s;
+    out += "\n" + numbers.substr(0, end) + "\n";
+    const std::string label = shortened_to(name_of(axis_label(f.p.x_quantity, f.x), f.t), f.columns);
+    if (!label.empty()) out += blanks(f.left + 2 + std::max(0, f.columns - n_characters(label)) / 2) + label + "\n";
+    return out;
 }
 
 }  // namespace
@@ -67,8 +264,10 @@ terminal this_terminal() {
     terminal t;
     const bool tty = isatty(STDOUT_FILENO) == 1;
     winsize size{};
-    if (tty && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col >= 40)
-        t.columns = std::min<int>(size.ws_col, 100);
+    if (tty && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) {
+        if (size.ws_col >= 30) t.columns = std::min<int>(size.ws_col, 240);
+        if (size.ws_row >= 12) t.rows = std::clamp(size.ws_row - 6, 8, 40);
+    }
     for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"})
         if (const char* value = std::getenv(name); value && *value) {
             std::string upper(value);
@@ -78,106 +277,39 @@ terminal this_terminal() {
             break;
         }
     const char* no_colour = std::getenv("NO_COLOR");
-    t.colour = tty && !(no_colour && *no_colour);
+    const char* kind = std::getenv("TERM");
+    t.colour = tty && !(no_colour && *no_colour) && !(kind && std::string_view(kind) == "dumb");
     return t;
 }
 
 std::string draw_in_terminal(const plot& p, const terminal& t) {
-    const int rows = std::max(6, t.rows);
-    const axis y = y_axis(p, std::max(2, rows / 4));
-    const double y_step = y.ticks.size() > 1 ? y.ticks[1] - y.ticks[0] : y.hi - y.lo;
-    int left = 0;  // width of the numbers beside the frame
-    for (const double tick : y.ticks) left = std::max(left, static_cast<int>(tick_text(tick, y_step).size()));
-    std::size_t right = 0;  // width of the names behind the curves
-    for (const plot_series& s : p.series) right = std::max(right, s.name.size());
-    const int columns = std::max(20, t.columns - left - static_cast<int>(right) - 5);
-    const axis x = x_axis(p, columns / 12);
-    const double x_step = x.ticks.size() > 1 ? x.ticks[1] - x.ticks[0] : x.hi - x.lo;
-
-    canvas c(columns, rows, t.utf8);
-    const auto dot_x = [&](double v) { return (v - x.lo) / (x.hi - x.lo) * (columns * c.nx - 1); };
-    const auto dot_y = [&](double v) { return (v - y.lo) / (y.hi - y.lo) * (rows * c.ny - 1); };
-    std::vector<std::string> name_at(static_cast<std::size_t>(rows));  // the name stands where its curve ends
-    std::vector<int> named(static_cast<std::size_t>(rows), -1);
-    for (std::size_t s = 0; s < p.series.size(); ++s) {
-        const plot_series& one = p.series[s];
-        int last_row = -1;
-        for (std::size_t i = 0; i < one.x.size(); ++i) {
-            if (!std::isfinite(one.x[i]) || !std::isfinite(one.y[i])) continue;
-            const double x1 = dot_x(one.x[i]), y1 = dot_y(one.y[i]);
-            const bool joined = i > 0 && std::isfinite(one.x[i - 1]) && std::isfinite(one.y[i - 1]);
-            c.line(joined ? dot_x(one.x[i - 1]) : x1, joined ? dot_y(one.y[i - 1]) : y1, x1, y1, static_cast<int>(s));
-            last_row = rows - 1 - static_cast<int>(std::lround(y1)) / c.ny;
+    frame f{p, t, {}};
+    for (const plot_panel& panel : p.panels) {
+        if (panel.form == panel_form::logic) {
+            for (const plot_series& s : panel.series)
+                f.left = std::max(f.left, std::min(t.columns / 4, n_characters(s.name)));
+            continue;
         }
-        // the nearest row that is still free
-        for (int away = 0; last_row >= 0 && away < rows; ++away) {
-            const int up = last_row - away, down = last_row + away;
-            const int at = up >= 0 && named[static_cast<std::size_t>(up)] < 0         ? up
-                           : down < rows && named[static_cast<std::size_t>(down)] < 0 ? down
-                                                                                      : -1;
-            if (at < 0) continue;
-            name_at[static_cast<std::size_t>(at)] = one.name;
-            named[static_cast<std::size_t>(at)] = static_cast<int>(s);
-            break;
-        }
+        const axis y = y_axis(panel, tick_aim(rows_of(panel, p, t)));
+        for (const double tick : y.ticks) f.left = std::max(f.left, static_cast<int>(y.tick_text(tick).size()));
+        if (!needs_names(panel)) continue;
+        for (const plot_series& s : panel.series)
+            f.right = std::max(f.right, std::min(std::max(10, t.columns * 3 / 10), n_characters(s.name)));
     }
-    const auto coloured = [&](const std::string& text, int series) {
-        if (!t.colour || series < 0) return text;
-        return std::string(colours[static_cast<std::size_t>(series) % std::size(colours)]) + text + "\x1b[0m";
-    };
-    const std::string side = t.utf8 ? "│" : "|", cross = t.utf8 ? "┤" : "+", floor = t.utf8 ? "─" : "-",
-                      corner = t.utf8 ? "└" : "+", below = t.utf8 ? "┬" : "+";
-
-    std::string out = std::string(static_cast<std::size_t>(left) + 2, ' ') + p.title + "\n";
-    if (!p.y_label.empty()) out += padded("", left + 2) + p.y_label + "\n";
-    std::vector<std::string> tick_at(static_cast<std::size_t>(rows));
-    for (const double tick : y.ticks)
-        tick_at[static_cast<std::size_t>(rows - 1 - static_cast<int>(std::lround(dot_y(tick))) / c.ny)] =
-            tick_text(tick, y_step);
-    for (int r = 0; r < rows; ++r) {
-        const auto at_row = static_cast<std::size_t>(r);
-        out += padded(tick_at[at_row], left) + " " + (tick_at[at_row].empty() ? side : cross);
-        std::string rest;
-        for (int k = 0; k < columns; ++k) {
-            const std::size_t cell = c.at(r, k);
-            const int owner = c.owner[cell];
-            if (owner < 0) {
-                rest += ' ';
-                continue;
-            }
-            out += rest;
-            rest.clear();
-            out += coloured(t.utf8 ? utf8_braille(c.dots[cell])
-                                   : std::string(1, marks[static_cast<std::size_t>(owner) % marks.size()]),
-                            owner);
-        }
-        if (!name_at[at_row].empty()) {
-            const int s = named[at_row];
-            out += rest + " " + coloured(name_at[at_row], s);
-            if (!t.utf8) out += std::string(" ") + marks[static_cast<std::size_t>(s) % marks.size()];
-        }
-        out += '\n';
+    f.columns = std::max(20, t.columns - f.left - f.right - (t.utf8 ? 4 : 6));
+    for (int n = std::max(2, f.columns / 9); n >= 1; --n) {  // as many ticks as their numbers leave room for
+        f.x = x_axis(p, n);
+        bool fits = true;
+        for (std::size_t i = 1; i < f.x.ticks.size(); ++i)
+            fits = fits && (f.x.place(f.x.ticks[i]) - f.x.place(f.x.ticks[i - 1])) * f.columns >
+                               static_cast<double>(f.x.tick_text(f.x.ticks[i]).size() + 2);
+        if (fits) break;
     }
-    std::vector<std::string> frame(static_cast<std::size_t>(columns), floor);
-    std::string numbers(static_cast<std::size_t>(left) + 2 + static_cast<std::size_t>(columns) + 8, ' ');
-    std::size_t free_from = 0;
-    for (const double tick : x.ticks) {
-        const int at = static_cast<int>(std::lround(dot_x(tick))) / c.nx;
-        frame[static_cast<std::size_t>(std::clamp(at, 0, columns - 1))] = below;
-        const std::string text = tick_text(tick, x_step);
-        const int begin = std::max(0, left + 2 + at - static_cast<int>(text.size()) / 2);
-        const auto from = static_cast<std::size_t>(begin);
-        if (from < free_from || from + text.size() > numbers.size()) continue;
-        numbers.replace(from, text.size(), text);
-        free_from = from + text.size() + 1;
-    }
-    out += padded("", left) + " " + corner;
-    for (const std::string& f : frame) out += f;
-    while (!numbers.empty() && numbers.back() == ' ') numbers.pop_back();
-    out += "\n" + numbers + "\n";
-    const int middle = left + 2 + (columns - static_cast<int>(p.x_label.size())) / 2;
-    out += padded("", std::max(0, middle)) + p.x_label + "\n";
-    return out;
+    std::string out;
+    if (!p.title.empty())
+        out += blanks(f.left + 2) + shortened_to(name_of(p.title, t), std::max(20, t.columns - f.left - 2)) + "\n";
+    for (const plot_panel& panel : p.panels) out += panel_text(panel, f);
+    return out + x_axis_text(f);
 }
 
 }  // namespace cli

@@ -1,0 +1,98 @@
+#include <cstdio>
+#include <list>
+#include <memory>
+
+#include "run/words.h"
+#include "tnl/commands.h"
+#include "tnl/exit_status.h"
+#include "tnl/open_run.h"
+#include "tnl/output_file.h"
+#include "tnl/plot_convert.h"
+#include "tnl/plot_rows.h"
+#include "tnl/plot_runs.h"
+
+namespace cli {
+
+namespace {
+
+struct plot_options {
+    std::vector<std::string> words;  // runs and columns
+    plot_wish wish;
+    std::string output, size, from, to;
+    bool ascii = false;
+};
+
+picture_format format_of(const std::string& path) {
+    constexpr std::pair<const char*, picture_format> known[] = {
+        {".svg", picture_format::svg}, {".png", picture_format::png}, {".pdf", picture_format::pdf}};
+    if (path == "-") return picture_format::svg;
+    for (const auto& [end, format] : known)
+        if (path.ends_with(end)) return format;
+    throw usage_error("-o " + path +
+                      ": the name of a picture ends in .svg, .png or .pdf; - writes SVG to standard output");
+}
+
+picture_size size_of(const std::string& text) {
+    picture_size size;
+    char rest = 0;
+    if (text.empty()) return size;
+    if (std::sscanf(text.c_str(), "%5dx%5d%c", &size.width, &size.height, &rest) != 2 || size.width < least_picture ||
+        size.height < least_picture || size.width > most_picture || size.height > most_picture)
+        throw usage_error("--size " + text + ": width and height in pixels are wanted, as 720x440, from " +
+                          std::to_string(least_picture) + " to " + std::to_string(most_picture));
+    return size;
+}
+
+std::optional<double> number_of(const std::string& option, const std::string& word) {
+    if (word.empty()) return {};
+    double value = 0;
+    if (!is_double(word, value)) throw usage_error(option + " " + word + ": not a number");
+    return value;
+}
+
+int plot_command(plot_options options) {
+    const picture_format format = options.output.empty() ? picture_format::svg : format_of(options.output);
+    const picture_size size = size_of(options.size);
+    options.wish.choice.from = number_of("--from", options.from);
+    options.wish.choice.to = number_of("--to", options.to);
+    const plotted_runs runs = open_plotted(options.words, options.wish);
+    for (const std::string& note : runs.notes) std::fprintf(stderr, "tnl: %s\n", note.c_str());
+    const plot p = plot_of_rows(runs.sources, runs.choice, std::max(1500, size.width));
+    if (options.output.empty()) {
+        terminal t = this_terminal();
+        if (options.ascii) t.utf8 = false;
+        const std::string text = draw_in_terminal(p, t);
+        if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+            throw file_error("cannot write to standard output");
+        return good;
+    }
+    write_output(options.output, convert_svg(draw_svg(p, size), format));
+    return good;
+}
+
+}  // namespace
+
+void add_plot(CLI::App& app, command_list& commands) {
+    const auto o = std::make_shared<plot_options>();
+    CLI::App* plot = app.add_subcommand("plot", "Draw columns of a run in the terminal or as a picture file");
+    plot->add_option(
+            "RUN", o->words,
+            "Runs (a folder, the deck that was run, or a row file), then names or numbers of columns; no column: "
+            "all")
+        ->required();
+    plot->add_option("-o,--output", o->output, "Picture file: .svg, .png or .pdf; - for SVG on standard output");
+    plot->add_option("--file", o->wish.file, "Row file of the run, instead of the first that has the columns");
+    plot->add_option("--x", o->wish.x, "Column for the x axis, instead of the first");
+    plot->add_flag("--log-x", o->wish.choice.log_x, "Logarithmic x axis");
+    plot->add_flag("--log-y", o->wish.choice.log_y, "Logarithmic y axes");
+    plot->add_flag("--stack", o->wish.choice.stack, "A panel for each column, instead of one for each unit");
+    plot->add_flag("--logic", o->wish.choice.logic, "Columns with two values as logic traces under one another");
+    plot->add_option("--title", o->wish.choice.title, "Instead of the deck's title");
+    plot->add_option("--from", o->from, "First x to show; scale letters as in decks: 4m");
+    plot->add_option("--to", o->to, "Last x to show");
+    plot->add_option("--size", o->size, "Of the picture, WIDTHxHEIGHT in pixels");
+    plot->add_flag("--ascii", o->ascii, "Plain characters in the terminal");
+    commands.push_back({plot, [o] { return plot_command(*o); }});
+}
+
+}  // namespace cli

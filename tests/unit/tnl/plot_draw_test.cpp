@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <regex>
+
+#include "tnl/exit_status.h"
+#include "tnl/plot.h"
+#include "tnl/plot_text.h"
+
+namespace {
+
+using namespace cli;
+
+plot one_panel(std::vector<plot_series> series) {
+    plot p;
+    p.title = "t";
+    p.x_quantity = "x";
+    p.panels.push_back({series.size() == 1 ? "y" : "", "", panel_form::lines, false, std::move(series)});
+    return p;
+}
+plot line_up() { return one_panel({{"up", {0, 1, 2}, {0, 1, 2}}}); }
+
+int count_of(const std::string& text, const std::string& what) {
+    int n = 0;
+    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += what.size()) ++n;
+    return n;
+}
+
+TEST(draw_in_terminal, plain_text_rises_from_left_to_right) {
+    const std::string text = draw_in_terminal(line_up(), {60, 8, false, false});
+    std::vector<std::size_t> column;  // of the first mark in each row of the frame
+    std::size_t from = 0;
+    for (std::size_t end; (end = text.find('\n', from)) != std::string::npos; from = end + 1) {
+        const std::string row = text.substr(from, end - from);
+        if (const std::size_t at = row.find('*'); at != std::string::npos) column.push_back(at);
+    }
+    EXPECT_GE(column.size(), 7u);
+    EXPECT_TRUE(std::is_sorted(column.rbegin(), column.rend()));
+    EXPECT_EQ(text.find('\x1b'), std::string::npos);
+    for (const char c : text) EXPECT_TRUE(static_cast<unsigned char>(c) < 0x80);
+}
+
+TEST(draw_in_terminal, bears_points_that_are_not_finite_and_no_points) {
+    plot p = line_up();
+    p.panels[0].series[0].y = {NAN, INFINITY, 1};
+    EXPECT_FALSE(draw_in_terminal(p, {40, 8, true, true}).empty());
+    p.panels[0].series.clear();
+    EXPECT_FALSE(draw_in_terminal(p, {40, 8, true, true}).empty());
+    p.panels.clear();
+    EXPECT_FALSE(draw_in_terminal(p, {40, 8, true, true}).empty());
+}
+
+TEST(draw_in_terminal, keeps_to_the_width_with_long_names_many_series_and_panels) {
+    plot p = line_up();
+    p.title = std::string(300, 't');
+    for (int k = 0; k < 50; ++k)
+        p.panels[0].series.push_back({"a_very_long_name_of_a_series_" + std::to_string(k), {0, 1}, {0, double(k)}});
+    p.panels.push_back(p.panels[0]);
+    for (const int columns : {40, 80, 200})
+        for (const bool utf8 : {false, true}) {
+            const std::string text = draw_in_terminal(p, {columns, 20, utf8, false});
+            std::size_t from = 0;
+            for (std::size_t end; (end = text.find('\n', from)) != std::string::npos; from = end + 1)
+                EXPECT_LE(n_characters(text.substr(from, end - from)), columns) << text.substr(from, end - from);
+        }
+}
+
+TEST(draw_in_terminal, names_no_control_characters) {
+    plot p = line_up();
+    p.title = "\x1b[2J";
+    p.panels[0].series[0].name = "a\tb\x07";
+    const std::string text = draw_in_terminal(p, {60, 8, true, false});
+    for (const char c : text) EXPECT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= ' ');
+}
+
+TEST(draw_svg, breaks_the_line_at_points_that_are_not_finite_and_escapes_words) {
+    plot p = one_panel({{"s", {0, 1, 2, 3, 4}, {0, 1, NAN, 1, 2}}});
+    p.title = "a < b & c";
+    const std::string svg = draw_svg(p);
+    EXPECT_NE(svg.find("a &lt; b &amp; c"), std::string::npos);
+    EXPECT_EQ(svg.find("nan"), std::string::npos);
+    std::smatch path;
+    ASSERT_TRUE(std::regex_search(svg, path, std::regex("<path d=\"([^\"]*)\" fill=\"none\" stroke=\"#0072b2\"")));
+    EXPECT_EQ(count_of(path[1], "M"), 2);
+}
+
+TEST(draw_svg, gives_the_same_bytes_for_the_same_curves) { EXPECT_EQ(draw_svg(line_up()), draw_svg(line_up())); }
+
+TEST(draw_svg, puts_points_to_their_places) {
+    const std::string svg = draw_svg(one_panel({{"s", {0, 1}, {0, 1}}}), {720, 440});
+    std::smatch frame, path;
+    ASSERT_TRUE(std::regex_search(
+        svg, frame,
+        std::regex("<rect x=\"([0-9.]+)\" y=\"([0-9.]+)\" width=\"([0-9.]+)\" height=\"([0-9.]+)\" fill=\"none\"")));
+    ASSERT_TRUE(std::regex_search(
+        svg, path, std::regex("d=\"M([0-9.]+) ([0-9.]+)l([0-9.]+)-([0-9.]+)\" fill=\"none\" stroke=\"#0072b2\"")));
+    const double left = std::stod(frame[1]), top = std::stod(frame[2]), width = std::stod(frame[3]),
+                 height = std::stod(frame[4]);
+    EXPECT_NEAR(std::stod(path[1]), left, 0.11);
+    EXPECT_NEAR(std::stod(path[3]), width, 0.21);
+    EXPECT_NEAR(std::stod(path[2]), top + height * (1 - 0.05 / 1.1), 0.11);  // a twentieth free above and below
+    EXPECT_NEAR(std::stod(path[4]), height / 1.1, 0.21);
+}
+
+TEST(draw_svg, names_twelve_series_and_counts_the_others) {
+    std::vector<plot_series> many;
+    for (int k = 0; k < 42; ++k) many.push_back({"s" + std::to_string(k), {0, 1}, {0, double(k)}});
+    const std::string svg = draw_svg(one_panel(many));
+    EXPECT_NE(svg.find(">s11</text>"), std::string::npos);
+    EXPECT_EQ(svg.find(">s12</text>"), std::string::npos);
+    EXPECT_NE(svg.find(">... and 30 more</text>"), std::string::npos);
+}
+
+TEST(draw_svg, draws_sticks_from_zero) {
+    plot p;
+    p.panels.push_back({"v", "V", panel_form::sticks, false, {{"v", {0, 1, 3}, {1, 80, -20}}}});
+    const std::string svg = draw_svg(p);
+    std::smatch path;
+    ASSERT_TRUE(std::regex_search(svg, path,
+                                  std::regex("<path d=\"M[0-9.]+ ([0-9.]+)v-[0-9.]+M[0-9.]+ ([0-9.]+)v-[0-9.]+M[0-9.]+ "
+                                             "([0-9.]+)v[0-9.]+\" fill=\"none\" stroke=\"#0072b2\"")));
+    EXPECT_EQ(path[1], path[2]);
+    EXPECT_EQ(path[1], path[3]);
+}
+
+TEST(draw_svg, stays_small_for_many_points_and_for_many_series) {
+    plot p = one_panel({});
+    for (int k = 0; k < 60; ++k) {
+        plot_series s{"s", {}, {}};
+        for (int i = 0; i < 20000; ++i) s.x.push_back(i), s.y.push_back((i * (k + 7919)) % 1009);
+        p.panels[0].series.push_back(std::move(s));
+    }
+    EXPECT_LT(draw_svg(p).size(), 500000u);
+}
+
+TEST(draw_svg, refuses_a_height_that_the_panels_do_not_fit_into) {
+    plot p = line_up();
+    for (int k = 0; k < 20; ++k) p.panels.push_back(p.panels[0]);
+    EXPECT_THROW(draw_svg(p, {720, 300}), usage_error);
+    EXPECT_NE(draw_svg(p).find("<svg"), std::string::npos);
+}
+
+TEST(draw_svg, bears_no_panel_no_series_and_bytes_that_are_no_text) {
+    plot p;
+    EXPECT_NE(draw_svg(p).find("</svg>"), std::string::npos);
+    p = one_panel({});
+    EXPECT_NE(draw_svg(p).find("no values to show"), std::string::npos);
+    p.title = "\xff\xc3(\xed\xa0\x80 \xc3\xa4";
+    EXPECT_NE(draw_svg(p).find("?\?(?\?? \xc3\xa4"), std::string::npos);
+}
+
+// Boxes of all words of a picture must not touch; words turned by a right angle have their own margin.
+TEST(draw_svg, words_never_overlap) {
+    const std::regex words("<text x=\"([-0-9.]+)\" y=\"([-0-9.]+)\"( text-anchor=\"([a-z]+)\")?([^>]*)>([^<]*)</text>");
+    struct box {
+        double x0, x1, y0, y1;
+        std::string text;
+    };
+    for (const double size : {1e-12, 1e-3, 1.0, 999.0, 1e5, 1e300})
+        for (const double offset : {0.0, 1.0, 100.0})
+            for (const int n_series : {1, 2, 12, 40})
+                for (const int width : {200, 720}) {
+                    plot p;
+                    p.title = "a long title of a deck that goes on and on and on, until nobody reads it any more";
+                    p.x_quantity = "time";
+                    p.x_unit = "s";
+                    for (const char* unit : {"V", "A", "rad/s"}) {
+                        plot_panel panel{n_series == 1 ? "voltage_of_the_second_winding_of_transformer_3" : "",
+                                         unit,
+                                         panel_form::lines,
+                                         false,
+                                         {}};
+                        for (int k = 0; k < n_series; ++k)
+                            panel.series.push_back({"name_of_series_number_" + std::to_string(k * 1000),
+                                                    {size * offset, size * (offset + 1)},
+                                                    {size * (offset + k), -size}});
+                        p.panels.push_back(std::move(panel));
+                    }
+                    const std::string svg = draw_svg(p, {width, 0});
+                    std::vector<box> boxes;
+                    for (std::sregex_iterator m(svg.begin(), svg.end(), words), end; m != end; ++m) {
+                        const std::string more = (*m)[5], text = (*m)[6];
+                        if (more.find("rotate") != std::string::npos) continue;
+                        const double font = more.find("16") != std::string::npos ? 18 : 13;
+                        const double x = std::stod((*m)[1]), y = std::stod((*m)[2]), w = font * text_width(text);
+                        const double x0 = (*m)[4] == "middle" ? x - w / 2 : (*m)[4] == "end" ? x - w : x;
+                        boxes.push_back({x0, x0 + w, y - 0.75 * font, y + 0.2 * font, text});
+                        EXPECT_GE(x0, 0) << text;
+                        EXPECT_LE(x0 + w, width) << text << " offset " << offset << " size " << size;
+                    }
+                    for (std::size_t i = 0; i < boxes.size(); ++i)
+                        for (std::size_t j = 0; j < i; ++j) {
+                            const box &a = boxes[i], &b = boxes[j];
+                            EXPECT_FALSE(a.x0 < b.x1 && b.x0 < a.x1 && a.y0 < b.y1 && b.y0 < a.y1)
+                                << a.text << " over " << b.text << ", size " << size << ", width " << width;
+                        }
+                }
+}
+
+TEST(shortened, leaves_out_the_middle_between_whole_characters) {
+    EXPECT_EQ(shortened_to("abcdefghij", 10), "abcdefghij");
+    EXPECT_EQ(shortened_to("abcdefghijk", 9), "abc...ijk");
+    EXPECT_EQ(shortened_to("\xc3\xa4\xc3\xb6\xc3\xbc\xc3\xa4\xc3\xb6\xc3\xbc", 5), "\xc3\xa4...\xc3\xbc");
+    EXPECT_EQ(shortened_to("abc", 0), "...");
+    EXPECT_LE(text_width(shortened(std::string(500, 'm'), 12)), 12);
+}
+
+}  // namespace
