@@ -16,5 +16,8 @@ using command_list = std::vector<command>;
 // Each declares its options on app and adds itself. The options live in the closure of act.
 void add_run(CLI::App& app, command_list& commands);
 void add_demo(CLI::App& app, command_list& commands);
+void add_measure(CLI::App& app, command_list& commands);
+void add_assert(CLI::App& app, command_list& commands);
+void add_export(CLI::App& app, command_list& commands);
 
 }  // namespace cli

@@ -19,6 +19,8 @@ int main(int argc, char** argv) {
     cli::command_list commands;
     cli::add_run(app, commands);
     cli::add_demo(app, commands);
+    cli::add_measure(app, commands);
+    cli::add_assert(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {
