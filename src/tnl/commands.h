@@ -24,5 +24,8 @@ void add_completion(CLI::App& app, command_list& commands);
 void add_man(CLI::App& app, command_list& commands);
 void add_doctor(CLI::App& app, command_list& commands);
 void add_plot(CLI::App& app, command_list& commands);
+void add_measure(CLI::App& app, command_list& commands);
+void add_assert(CLI::App& app, command_list& commands);
+void add_export(CLI::App& app, command_list& commands);
 
 }  // namespace cli

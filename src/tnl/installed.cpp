@@ -98,14 +98,13 @@ deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries)
     return needs;
 }
 
-std::vector<std::string> near_names(const installed_library& library, std::string_view name) {
+std::vector<std::string> near_names(const std::vector<std::string>& known, std::string_view name) {
     std::vector<std::pair<int, std::string>> near;
-    for (const library_entry& entry : library.entries) {
-        const int distance = edit_distance(name, entry.name);
-        const bool within = std::min(name.size(), entry.name.size()) > 2 &&
-                            (entry.name.find(name) != std::string::npos || name.find(entry.name) != std::string::npos);
-        if (distance <= std::max(1, static_cast<int>(name.size()) / 3) || within)
-            near.emplace_back(distance, entry.name);
+    for (const std::string& other : known) {
+        const int distance = edit_distance(name, other);
+        const bool within = std::min(name.size(), other.size()) > 2 &&
+                            (other.find(name) != std::string::npos || name.find(other) != std::string::npos);
+        if (distance <= std::max(1, static_cast<int>(name.size()) / 3) || within) near.emplace_back(distance, other);
     }
     std::sort(near.begin(), near.end());
     if (near.size() > 5) near.resize(5);
@@ -113,6 +112,13 @@ std::vector<std::string> near_names(const installed_library& library, std::strin
     names.reserve(near.size());
     for (const auto& [distance, entry] : near) names.push_back(entry);
     return names;
+}
+
+std::vector<std::string> near_names(const installed_library& library, std::string_view name) {
+    std::vector<std::string> known;
+    known.reserve(library.entries.size());
+    for (const library_entry& entry : library.entries) known.push_back(entry.name);
+    return near_names(known, name);
 }
 
 }  // namespace cli

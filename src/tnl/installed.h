@@ -34,7 +34,8 @@ struct deck_needs {
 // Follows the type words of element and model statements through the composites.
 deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries);
 
-// Names of a library that look like this one, the nearest first, at most five.
+// Names of a library, or of a list, that look like this one, the nearest first, at most five.
 std::vector<std::string> near_names(const installed_library& library, std::string_view name);
+std::vector<std::string> near_names(const std::vector<std::string>& known, std::string_view name);
 
 }  // namespace cli

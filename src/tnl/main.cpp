@@ -27,6 +27,9 @@ int main(int argc, char** argv) {
     cli::add_man(app, commands);
     cli::add_doctor(app, commands);
     cli::add_plot(app, commands);
+    cli::add_measure(app, commands);
+    cli::add_assert(app, commands);
+    cli::add_export(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {

@@ -1,0 +1,44 @@
+// run_tables.h -- the tables of a run, and the one that a request is about.
+#pragma once
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tnl/open_run.h"
+
+namespace cli {
+
+// What the user names as RUN, its tables read when asked for.
+class run_tables {
+public:
+    // RUN, or "-" for rows on standard input. file: the path of one of its row files, or empty. Throws file_error, and
+    // usage_error for a file that the run does not have.
+    run_tables(const std::string& run, const std::string& file);
+
+    // The table that holds all these columns. Throws usage_error when there is none, with near names, or several.
+    const row_table& with_columns(const std::vector<std::string>& names);
+
+    const run_record& record() const { return run_.record; }
+    // What the user should know of a run that did not come to its end; empty for others.
+    std::string caution() const;
+
+private:
+    const row_table& load(const record_file& file);
+    std::vector<std::string> names_of(const record_file& file);
+
+    opened_run run_;
+    std::vector<const record_file*> files_;   // tables that may be meant
+    std::map<std::string, row_table> table_;  // that were read
+};
+
+// Throws usage_error: the table lacks this column.
+[[noreturn]] void fail_no_column(std::string_view name, const std::vector<std::string>& known, const std::string& path);
+
+// Curves first and behind: all, or the one that the user numbered from 1. Throws usage_error; 0 means all.
+struct curve_range {
+    std::size_t first, end;
+};
+curve_range curves_of(const row_table& table, int number);
+
+}  // namespace cli
