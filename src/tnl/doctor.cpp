@@ -153,6 +153,7 @@ struct optional_program {
 };
 constexpr optional_program optional_programs[] = {
     {"rsvg-convert", "pictures as PNG and PDF files", "librsvg2-bin"},
+    {"npm", "the plotting library of tnl view, which is fetched once", "npm"},
     {"man", "tnl man run | man -l -", "man-db"},
 };
 
