@@ -54,7 +54,7 @@ double harm(args a) {
 }
 double thd(args a) {
     return distortion(w(a), a.numbers[0],
-                      a.numbers.size() > 1 ? static_cast<int>(whole(a.numbers[1], 2, 1000000, "n")) : 0);
+                      a.numbers.size() > 1 ? static_cast<int>(whole(a.numbers[1], 2, 10000, "n")) : 0);
 }
 
 constexpr unit_of as_is = unit_of::wave, time_like = unit_of::axis, none = unit_of::none;

@@ -281,7 +281,8 @@ samples last_periods(const wave& w, double f0) {
     if (!(f0 > 0 && std::isfinite(f0))) throw measure_error("a frequency must be above 0");
     const double n = std::floor(span_of(w) * f0 * (1 + beyond));
     if (!(n >= 1))
-        throw measure_error("the window of " + text_of(span_of(w)) + " is shorter than a period of " + text_of(f0));
+        throw measure_error("the window of " + text_of(span_of(w)) + " is shorter than one period of frequency " +
+                            text_of(f0));
     return clip(w, std::max(w.t.front(), w.t.back() - n / f0), w.t.back());
 }
 

@@ -8,14 +8,14 @@ shift 2
 here=$(CDPATH='' cd -- "$(dirname -- "$(readlink -f -- "$0")")" && pwd)
 # Short traces at allocations and plain scheduling of the corpus: both make it several times faster.
 export ASAN_OPTIONS="${ASAN_OPTIONS:-malloc_context_size=3}"
-[ $# -gt 0 ] || set -- deck library blocks data expression solution words
+[ $# -gt 0 ] || set -- deck library blocks data expression solution measure words
 for name in "$@"; do
     corpus=$build/fuzz/corpus/$name
     mkdir -p "$corpus"
     echo "fuzz $name, $seconds s"
     log=$build/fuzz/$name.log
     case $name in # bytes of a text; short ones run faster
-        expression) longest=200 ;;
+        expression | measure) longest=200 ;;
         data) longest=1000 ;;
         library | blocks) longest=12000 ;;
         *) longest=4000 ;;

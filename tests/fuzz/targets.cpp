@@ -10,6 +10,7 @@
 #include "elaborate/families.h"
 #include "library/composite_form.h"
 #include "library/library_form.h"
+#include "tnl/measure_functions.h"
 
 namespace {
 using word_set = std::set<std::string>;
@@ -158,6 +159,13 @@ std::string text_words() {
     return as_dictionary(all);
 }
 
+std::string measure_words() {
+    word_set all(numbers.begin(), numbers.end());
+    for (const cli::measure_function& f : cli::measure_functions()) all.insert(std::string(f.name) + "(");
+    all.insert({"c1", "c2", "$3", "--\\x0a", "2%", "1m", "rise", "fall", "any", "<=", "==", "!=", "\\x0a\\x0a"});
+    return as_dictionary(all);
+}
+
 constexpr fuzz_target targets[] = {
     {"deck", fuzz_deck, deck_words},
     {"library", fuzz_library, library_words},
@@ -165,6 +173,7 @@ constexpr fuzz_target targets[] = {
     {"data", fuzz_data, data_words},
     {"expression", fuzz_expression, expression_words},
     {"solution", fuzz_solution, solution_words},
+    {"measure", fuzz_measure, measure_words},
     {"words", fuzz_words, text_words},
 };
 }  // namespace

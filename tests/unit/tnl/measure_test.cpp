@@ -109,8 +109,8 @@ TEST(measure, periodic_waves) {
     // All of it by Parseval: mean square 25 d, less the mean's.
     const double first = 10 / M_PI * std::sin(0.3 * M_PI);
     EXPECT_EQ(result_of("thd(v, 1)", t), text_of({std::sqrt(2 * 25 * 0.3 * 0.7 / (first * first) - 1), "%"}));
-    EXPECT_EQ(measure_fault_of("thd(v, 0.1)", t), "the window of 3.3 is shorter than a period of 0.1");
-    EXPECT_EQ(measure_fault_of("thd(v, 1, 1.5)", t), "n must be a whole number from 2 to 1000000");
+    EXPECT_EQ(measure_fault_of("thd(v, 0.1)", t), "the window of 3.3 is shorter than one period of frequency 0.1");
+    EXPECT_EQ(measure_fault_of("thd(v, 1, 1.5)", t), "n must be a whole number from 2 to 10000");
     EXPECT_EQ(measure_fault_of("freq(v, 7)", t),
               "a period needs two rising crossings of level 7; there are 0 from 0 to 3.3");
 }

@@ -202,7 +202,7 @@ TEST(waveform, harmonics_are_those_of_the_last_whole_periods) {
     EXPECT_NEAR(harmonic_amplitude(s, 1, 1), 2, 1e-6);
     EXPECT_NEAR(harmonic_amplitude(s, 1, 3), 0.5, 1e-6);
     EXPECT_NEAR(distortion(s, 1), 0.25, 1e-6);
-    EXPECT_EQ(fault_of([&] { distortion(s, 0.1); }), "the window of 2.6 is shorter than a period of 0.1");
+    EXPECT_EQ(fault_of([&] { distortion(s, 0.1); }), "the window of 2.6 is shorter than one period of frequency 0.1");
     EXPECT_NE(fault_of([&] { distortion(s, 0); }), "");
     EXPECT_NE(fault_of([&] { distortion(samples{{0, 1}, {3, 3}}, 1); }), "");
 }

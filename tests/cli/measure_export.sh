@@ -1,0 +1,215 @@
+#!/bin/sh
+# tnl measure, assert and export from outside; what they write is read by other programs where these are installed.
+# Arguments: the program, a folder to work in, the folder of the source tree.
+set -u
+tnl=$1
+work=$2
+source=$3
+rm -rf "$work"
+mkdir -p "$work"
+cd "$work" || exit 1
+faults=0
+
+expect() { # what, wanted, got
+    if [ "$2" != "$3" ]; then
+        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
+        faults=$((faults + 1))
+    fi
+}
+status_of() { # command...
+    "$@" >out.txt 2>err.txt </dev/null
+    echo $?
+}
+there_is() { command -v "$1" >/dev/null 2>&1; }
+cr=$(printf '\r')
+
+# A capacitor charged through a resistor: vout = 10 (1 - exp(-t / 1 ms)), i = 10 mA exp(-t / 1 ms).
+cp "$source/examples/rc_step/deck.in" rc.in
+expect 'a run' 0 "$(status_of "$tnl" run rc.in)"
+expect 'measurements' 0 "$(status_of "$tnl" measure rc.in --file wave.dat 'at(vout, 5m)' 'max(i)' 'tau = cross(vout, 6.321206)' 'rise(vout, 10)' 'avg(vout)')"
+awk 'function near(x, y) { return (x - y) ^ 2 < (2e-4 * y) ^ 2 }
+     { value[$1] = $(NF - 1); unit[$1] = $NF }
+     END { good = near(value["at(vout,"], 9.9326205) && near(value["max(i)"], 0.01) && near(value["tau"], 1e-3)
+           good = good && near(value["rise(vout,"], 2.1972246e-3) && near(value["avg(vout)"], 8.0134759)
+           print good ? "good" : "wrong", NR, unit["max(i)"], unit["tau"], unit["avg(vout)"] }' out.txt >seen.txt
+expect 'are those of the formula, in their units' 'good 5 A s V' "$(cat seen.txt)"
+expect 'a column of several tables' 2 "$(status_of "$tnl" measure rc.in 'max(vout)')"
+expect 'is told' 'tnl: vout stands in several tables: start.dat, out.dat, wave.dat; choose one with --file' "$(cat err.txt)"
+expect 'a file of the run' 0 "$(status_of "$tnl" measure rc.in.run/wave.dat 'max(vout) - at(vout, 5m)')"
+expect 'has its names' 'max(vout) - at(vout, 5m) = 0 V' "$(cat out.txt)"
+expect 'a column that is not there' 2 "$(status_of "$tnl" measure rc.in.run/wave.dat 'max(vou)')"
+expect 'is told with those that are' 'tnl: no column vou in rc.in.run/wave.dat; near names: vout; it has time, vout, i' "$(cat err.txt)"
+expect 'a bad expression' 2 "$(status_of "$tnl" measure rc.in 'avg(vout, 4m')"
+expect 'has a caret' "  avg(vout, 4m
+              ^" "$(tail -n 2 err.txt)"
+expect 'a comparison does not belong here' 2 "$(status_of "$tnl" measure rc.in 'max(i) < 3')"
+expect 'what the rows do not allow' 5 "$(status_of "$tnl" measure rc.in --file wave.dat 'freq(vout)' 'min(vout)')"
+expect 'stops nothing else' 'min(vout) = 0 V' "$(cat out.txt)"
+expect 'no rows' 5 "$(status_of "$tnl" measure nosuch 'max(c1)')"
+expect 'rows on standard input' 'max(c2) = 9' "$(printf '0 1\n1 9\n' | "$tnl" measure - 'max(c2)')"
+expect 'curves one by one' 'max(c2) [curve 1] = 1
+max(c2) [curve 2] = 7' "$(printf '0 1\n\n1 7\n' | "$tnl" measure - 'max(c2)')"
+expect 'one curve' 'max(c2) [curve 2] = 7' "$(printf '0 1\n\n1 7\n' | "$tnl" measure - --curve 2 'max(c2)')"
+
+expect 'claims that hold' 0 "$(status_of "$tnl" assert rc.in --file wave.dat 'max(vout) < 10' '9 < at(vout,5m) < 10' 'overshoot(vout, 10) < 1%')"
+expect 'are listed' 'pass  max(vout) < 10' "$(head -n 1 out.txt)"
+expect 'a claim that cannot be read' 2 "$(status_of "$tnl" assert rc.in --file wave.dat 'max(i) > 1' 'max(i) < 1 &' --junit x.xml)"
+expect 'is told' 'tnl: this does not belong to the expression' "$(head -n 1 err.txt)"
+expect 'and leaves no report' no "$([ -e x.xml ] && echo yes || echo no)"
+expect 'claims that do not' 4 "$(status_of "$tnl" assert rc.in --file wave.dat 'max(i) > 1' 'min(vout) == 0' 'freq(vout) > 1' --junit x.xml)"
+expect 'say what was found' 'FAIL  max(i) > 1  (max(i) = 0.01 A)' "$(head -n 1 out.txt)"
+expect 'a claim without a comparison' 2 "$(status_of "$tnl" assert rc.in 'max(i)')"
+expect 'a ratio against a plain number' 2 "$(status_of "$tnl" assert rc.in --file wave.dat 'overshoot(vout) < 20')"
+expect 'a report that cannot be written' 5 "$(status_of "$tnl" assert rc.in --file wave.dat 'max(i) < 1' --junit /dev/full)"
+expect 'standard output that is full' 5 "$("$tnl" assert rc.in --file wave.dat 'max(i) < 1' 2>err.txt >/dev/full; echo $?)"
+
+expect 'no format' 2 "$(status_of "$tnl" export rc.in)"
+expect 'two formats' 2 "$(status_of "$tnl" export rc.in --csv --tsv)"
+expect 'several tables' 2 "$(status_of "$tnl" export rc.in --csv)"
+expect 'csv' 0 "$(status_of "$tnl" export rc.in --file out.dat --csv --units i time)"
+expect 'its head' "i [A],time [s]$cr" "$(head -n 1 out.txt)"
+expect 'its second line' "0.01,0$cr" "$(sed -n 2p out.txt)"
+expect 'its lines are the rows' "$(($(wc -l <rc.in.run/out.dat) + 1))" "$(wc -l <out.txt)"
+for format in '--csv' '--tsv' '--npy' '--raw' '--raw --binary' '--vcd'; do
+    name=$(echo "rc$format" | tr -d ' -')
+    # shellcheck disable=SC2086
+    expect "$format" 0 "$(status_of "$tnl" export rc.in --file wave.dat $format -o "$name")"
+    "$tnl" export rc.in --file wave.dat $format >again
+    expect "$format to standard output is the same" same "$(cmp -s again "$name" && echo same)"
+    expect "$format to a full disk" 5 "$(status_of "$tnl" export rc.in --file wave.dat $format -o /dev/full)"
+    expect 'is told' 'tnl: cannot write /dev/full: No space left on device' "$(cat err.txt)"
+    echo old >kept
+    (
+        trap '' XFSZ
+        ulimit -f 1
+        "$tnl" export rc.in --file wave.dat $format -o kept
+    ) >/dev/null 2>&1
+    expect "$format that does not fit" 5 $?
+    expect 'leaves what was there' old "$(cat kept)"
+done
+mkdir folder
+expect 'a folder in place of the file' 5 "$(status_of "$tnl" export rc.in --file wave.dat --csv -o folder)"
+expect 'is told' 'tnl: cannot write folder: it is a folder' "$(cat err.txt)"
+expect 'a file in a folder that is not there' 5 "$(status_of "$tnl" export rc.in --file wave.dat --csv -o none/x)"
+expect 'no part of a file is left behind' '' "$(find . -name '.tnl*part')"
+if [ "$(id -u)" -ne 0 ]; then
+    chmod a-w folder
+    expect 'a folder without permission' 5 "$(status_of "$tnl" export rc.in --file wave.dat --csv -o folder/x)"
+    expect 'is told' 'tnl: cannot write folder/x: Permission denied' "$(cat err.txt)"
+fi
+cp "$source/examples/divider.in" divider.in
+"$tnl" run divider.in >/dev/null 2>&1
+expect 'no change dump of a sweep' 2 "$(status_of "$tnl" export divider.in --vcd)"
+expect 'is told' 'tnl: a VCD file shows rows over time; the first column of divider.in.run/out.dat is r_of_R2' "$(cat err.txt)"
+
+# Logic: two levels and jumps, and one column of many values.
+mkdir logic.run
+printf '0 0 1.5\n1e-6 0 1.5\n1e-6 5 1.25\n2.5e-6 5 1\n4e-6 0 1\n' >logic.run/w.dat
+cat >logic.run/run.json <<'JSON'
+{"state": "stopped", "title": "logic", "files": [{"path": "w.dat", "kind": "trns", "columns": [{"name": "time", "unit": "s"},
+ {"name": "gate", "unit": "V"}, {"name": "il", "unit": "A"}]}]}
+JSON
+expect 'change dump' 0 "$(status_of "$tnl" export logic.run --vcd -o logic.vcd)"
+expect 'a stopped run is told' 'tnl: the run did not come to its end (stopped): the rows up to there are taken' "$(cat err.txt)"
+printf '0 1\n1 2\n\n0 3\n1 4\n2 5\n' >curves.dat
+"$tnl" export curves.dat --raw -o curves.raw
+"$tnl" export curves.dat --npy -o curves.npy
+"$tnl" export curves.dat --csv -o curves.csv
+
+if there_is python3; then
+    expect 'the report, read by an XML reader' '3 1 1 max(i) > 1' "$(python3 -c '
+import xml.etree.ElementTree as t
+suite = t.parse("x.xml").getroot()[0]
+print(suite.get("tests"), len(list(suite.iter("failure"))), len(list(suite.iter("error"))), suite[0].get("name"))')"
+    expect 'csv, npy, raw and vcd, read by readers of their formats' good "$(python3 - <<'PY' 2>&1
+import ast, csv, struct, sys
+
+rows = [[float(x) for x in line.split()] for line in open("rc.in.run/wave.dat")]
+names = ["time", "vout", "i"]
+for file, comma in (("rccsv", ","), ("rctsv", "\t")):
+    with open(file, newline="") as f:
+        table = list(csv.reader(f, delimiter=comma, strict=True))
+    assert table[0] == names and [[float(x) for x in r] for r in table[1:]] == rows, file
+table = list(csv.reader(open("curves.csv", newline="")))
+assert table[0] == ["curve", "c1", "c2"] and [r[0] for r in table[1:]] == ["1", "1", "2", "2", "2"]
+
+def npy(file):
+    data = open(file, "rb").read()
+    assert data[:8] == b"\x93NUMPY\x01\x00"
+    n = struct.unpack("<H", data[8:10])[0]
+    assert (10 + n) % 64 == 0 and data[10 + n - 1:10 + n] == b"\n"
+    head = ast.literal_eval(data[10:10 + n].decode("latin1"))
+    assert head["fortran_order"] is False and all(t == "<f8" for _, t in head["descr"])
+    width, (height,) = len(head["descr"]), head["shape"]
+    numbers = struct.unpack("<%dd" % (width * height), data[10 + n:])
+    return [d[0] for d in head["descr"]], [list(numbers[i * width:(i + 1) * width]) for i in range(height)]
+assert npy("rcnpy") == (names, rows)
+assert npy("curves.npy") == (["curve", "c1", "c2"], [[1, 0, 1], [1, 1, 2], [2, 0, 3], [2, 1, 4], [2, 2, 5]])
+try:
+    import numpy
+    a = numpy.load("rcnpy")
+    assert list(a.dtype.names) == names and a["vout"].tolist() == [r[1] for r in rows]
+except ImportError:
+    pass
+
+data = open("rcrawbinary", "rb").read()
+head, numbers = data.split(b"Binary:\n", 1)
+assert list(struct.unpack("<%dd" % (3 * len(rows)), numbers)) == [x for r in rows for x in r]
+head, numbers = open("rcraw").read().split("Values:\n", 1)
+words = numbers.split()
+assert [float(x) for i, x in enumerate(words) if i % 4] == [x for r in rows for x in r]
+assert words[::4] == [str(i) for i in range(len(rows))]
+print("good")
+PY
+)"
+fi
+
+if there_is ngspice; then
+    for file in rcraw rcrawbinary curves.raw; do
+        cat >load.sp <<SPICE
+* rows of another program
+.control
+load $file
+display
+print length(time)
+print maximum(vout) minimum(i)
+setplot
+print length(c1) maximum(c2)
+.endc
+.end
+SPICE
+        ngspice -b load.sp >"$file.txt" 2>&1
+    done
+    n=$(wc -l <rc.in.run/wave.dat)
+    for file in rcraw rcrawbinary; do
+        expect "$file in a circuit simulator" "$n" "$(awk '/^length\(time\)/ { printf "%d", $3 }' $file.txt)"
+        expect 'with its names and values' 1 "$(grep -c '^maximum(vout) = 9.93' $file.txt)"
+        grep -E '^ +(time|vout|i) +: (time|voltage|current), real' $file.txt | tr -d ' ' | cut -d, -f1 | sort -u >types.txt
+        expect 'with its types' 'i:current time:time vout:voltage' "$(tr '\n' ' ' <types.txt | sed 's/ $//')"
+    done
+    expect 'the last of several curves is the present plot' 1 "$(grep -c '^length(c1) = 3' curves.raw.txt)"
+    expect 'with its values' 1 "$(grep -c '^maximum(c2) = 5' curves.raw.txt)"
+else
+    echo 'ngspice is not there: rawfiles were read by python alone'
+fi
+
+expect 'the change dump as it is meant' '#0 $dumpvars 0! r1.5 " $end #10 1! r1.25 " #25 r1 " #40 0!' \
+    "$(sed '1,/enddefinitions/d' logic.vcd | tr '\n' ' ' | sed 's/ $//')"
+expect 'its timescale' '$timescale 100 ns $end' "$(grep timescale logic.vcd)"
+expect 'its wire and its real' '$var wire 1 ! gate $end
+$var real 64 " il $end' "$(grep '^.var' logic.vcd)"
+if there_is vcd2fst && there_is fst2vcd; then
+    for file in logic.vcd rcvcd; do
+        expect "$file is taken by a converter" 0 "$(status_of vcd2fst "$file" "$file.fst")"
+        fst2vcd "$file.fst" >"$file.back" 2>/dev/null
+        changes() { awk '/^r/ { $1 = sprintf("r%.14g", substr($1, 2)) } /enddefinitions/ { on = 1 } on && /^[#01r]/' "$1" | sort; }
+        changes "$file" >a.txt
+        changes "$file.back" >b.txt
+        expect 'and comes back with the same times and changes' same "$(cmp a.txt b.txt 2>&1 && echo same)"
+    done
+else
+    echo 'vcd2fst is not there: change dumps were not converted'
+fi
+
+if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
+[ "$faults" -eq 0 ]
