@@ -105,7 +105,7 @@ struct frame {
     int left = 0, right = 0, columns = 20;  // characters
 
     std::string coloured(const std::string& text, int series) const {
-        if (!t.colour || series < 0) return text;
+        if (!t.colour || series < 0 || text.empty()) return text;
         return std::string(colours[static_cast<std::size_t>(series) % std::size(colours)]) + text + "\x1b[0m";
     }
     char mark(int series) const { return marks[static_cast<std::size_t>(series) % marks.size()]; }
@@ -209,7 +209,8 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
     for (int r = 0; r < rows; ++r) {
         const auto at_row = static_cast<std::size_t>(r);
         out += padded(side.left[at_row], f.left) + " " + (side.left[at_row].empty() ? upright : cross);
-        std::string rest;
+        std::string rest, same;  // blanks that may be the last; cells of one colour
+        int colour = -1;
         for (int k = 0; k < f.columns; ++k) {
             const std::size_t cell = c.at(r, k);
             const int owner = c.owner[cell];
@@ -217,10 +218,18 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
                 rest += ' ';
                 continue;
             }
-            out += rest;
+            if (owner != colour) {
+                out += f.coloured(same, colour);
+                same.clear();
+                out += rest;
+            } else {
+                same += rest;
+            }
             rest.clear();
-            out += f.coloured(t.utf8 ? utf8_braille(c.dots[cell]) : std::string(1, f.mark(owner)), owner);
+            colour = owner;
+            same += t.utf8 ? utf8_braille(c.dots[cell]) : std::string(1, f.mark(owner));
         }
+        out += f.coloured(same, colour);
         if (!side.right[at_row].empty()) {
             const int s = side.series[at_row];
             out += rest + " ";

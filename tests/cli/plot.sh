@@ -27,7 +27,7 @@ words_of() { # file: the words in the picture, one a line
     python3 -c 'import sys, xml.etree.ElementTree as t
 for e in t.parse(sys.argv[1]).iter("{http://www.w3.org/2000/svg}text"): print(e.text)' "$1"
 }
-has() { grep -qxF -- "$1" && echo yes || echo no; }
+has() { [ "$(grep -cxF -- "$1")" -gt 0 ] && echo yes || echo no; }
 svg='{http://www.w3.org/2000/svg}svg'
 
 mkdir a.run b.run

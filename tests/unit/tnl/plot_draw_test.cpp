@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <regex>
+#include <map>
 
 #include "tnl/exit_status.h"
 #include "tnl/plot.h"
@@ -21,10 +21,49 @@ plot one_panel(std::vector<plot_series> series) {
 }
 plot line_up() { return one_panel({{"up", {0, 1, 2}, {0, 1, 2}}}); }
 
-int count_of(const std::string& text, const std::string& what) {
-    int n = 0;
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += what.size()) ++n;
-    return n;
+struct svg_element {
+    std::string name;
+    std::map<std::string, std::string> attribute;
+    std::string text;
+    double number(const std::string& key) const { return std::stod(attribute.at(key)); }
+};
+
+std::vector<svg_element> elements_of(const std::string& svg) {
+    std::vector<svg_element> out;
+    for (std::size_t at = 0; (at = svg.find('<', at)) != std::string::npos;) {
+        const std::size_t end = svg.find('>', at);
+        const std::string tag = svg.substr(at + 1, end - at - 1);
+        at = end;
+        if (tag[0] == '/') continue;
+        svg_element e{tag.substr(0, tag.find(' ')), {}, svg.substr(end + 1, svg.find('<', end) - end - 1)};
+        for (std::size_t from = e.name.size(), eq; (eq = tag.find("=\"", from)) != std::string::npos;) {
+            const std::size_t close = tag.find('"', eq + 2);
+            e.attribute[tag.substr(from + 1, eq - from - 1)] = tag.substr(eq + 2, close - eq - 2);
+            from = close + 1;
+        }
+        out.push_back(std::move(e));
+    }
+    return out;
+}
+
+// The first path in the colour of the first series, cut into its commands with their numbers.
+std::vector<std::pair<char, std::vector<double>>> first_path(const std::string& svg) {
+    std::vector<std::pair<char, std::vector<double>>> out;
+    for (const svg_element& e : elements_of(svg)) {
+        if (e.name != "path" || e.attribute.at("stroke") != "#0072b2") continue;
+        const std::string& d = e.attribute.at("d");
+        for (const char* at = d.c_str(); *at;) {
+            if (std::isalpha(static_cast<unsigned char>(*at))) {
+                out.push_back({*at++, {}});
+                continue;
+            }
+            char* behind = nullptr;
+            out.back().second.push_back(std::strtod(at, &behind));
+            at = behind > at ? behind : at + 1;
+        }
+        break;
+    }
+    return out;
 }
 
 TEST(draw_in_terminal, plain_text_rises_from_left_to_right) {
@@ -80,27 +119,27 @@ TEST(draw_svg, breaks_the_line_at_points_that_are_not_finite_and_escapes_words) 
     const std::string svg = draw_svg(p);
     EXPECT_NE(svg.find("a &lt; b &amp; c"), std::string::npos);
     EXPECT_EQ(svg.find("nan"), std::string::npos);
-    std::smatch path;
-    ASSERT_TRUE(std::regex_search(svg, path, std::regex("<path d=\"([^\"]*)\" fill=\"none\" stroke=\"#0072b2\"")));
-    EXPECT_EQ(count_of(path[1], "M"), 2);
+    int begins = 0;
+    for (const auto& [command, numbers] : first_path(svg)) begins += command == 'M';
+    EXPECT_EQ(begins, 2);
 }
 
 TEST(draw_svg, gives_the_same_bytes_for_the_same_curves) { EXPECT_EQ(draw_svg(line_up()), draw_svg(line_up())); }
 
 TEST(draw_svg, puts_points_to_their_places) {
     const std::string svg = draw_svg(one_panel({{"s", {0, 1}, {0, 1}}}), {720, 440});
-    std::smatch frame, path;
-    ASSERT_TRUE(std::regex_search(
-        svg, frame,
-        std::regex("<rect x=\"([0-9.]+)\" y=\"([0-9.]+)\" width=\"([0-9.]+)\" height=\"([0-9.]+)\" fill=\"none\"")));
-    ASSERT_TRUE(std::regex_search(
-        svg, path, std::regex("d=\"M([0-9.]+) ([0-9.]+)l([0-9.]+)-([0-9.]+)\" fill=\"none\" stroke=\"#0072b2\"")));
-    const double left = std::stod(frame[1]), top = std::stod(frame[2]), width = std::stod(frame[3]),
-                 height = std::stod(frame[4]);
-    EXPECT_NEAR(std::stod(path[1]), left, 0.11);
-    EXPECT_NEAR(std::stod(path[3]), width, 0.21);
-    EXPECT_NEAR(std::stod(path[2]), top + height * (1 - 0.05 / 1.1), 0.11);  // a twentieth free above and below
-    EXPECT_NEAR(std::stod(path[4]), height / 1.1, 0.21);
+    const std::vector<svg_element> elements = elements_of(svg);
+    const auto frame = std::find_if(elements.begin(), elements.end(),
+                                    [](const svg_element& e) { return e.name == "rect" && e.attribute.count("x"); });
+    ASSERT_NE(frame, elements.end());
+    const auto path = first_path(svg);
+    ASSERT_EQ(path.size(), 2u);
+    ASSERT_EQ(path[1].first, 'l');
+    const double height = frame->number("height");
+    EXPECT_NEAR(path[0].second.at(0), frame->number("x"), 0.11);
+    EXPECT_NEAR(path[1].second.at(0), frame->number("width"), 0.21);
+    EXPECT_NEAR(path[0].second.at(1), frame->number("y") + height * (1 - 0.05 / 1.1), 0.11);  // a twentieth stays free
+    EXPECT_NEAR(path[1].second.at(1), -height / 1.1, 0.21);
 }
 
 TEST(draw_svg, names_twelve_series_and_counts_the_others) {
@@ -116,12 +155,16 @@ TEST(draw_svg, draws_sticks_from_zero) {
     plot p;
     p.panels.push_back({"v", "V", panel_form::sticks, false, {{"v", {0, 1, 3}, {1, 80, -20}}}});
     const std::string svg = draw_svg(p);
-    std::smatch path;
-    ASSERT_TRUE(std::regex_search(svg, path,
-                                  std::regex("<path d=\"M[0-9.]+ ([0-9.]+)v-[0-9.]+M[0-9.]+ ([0-9.]+)v-[0-9.]+M[0-9.]+ "
-                                             "([0-9.]+)v[0-9.]+\" fill=\"none\" stroke=\"#0072b2\"")));
-    EXPECT_EQ(path[1], path[2]);
-    EXPECT_EQ(path[1], path[3]);
+    const auto path = first_path(svg);
+    ASSERT_EQ(path.size(), 6u);
+    const double foot = path[0].second.at(1);
+    const double signs[] = {-1, -1, 1};  // downwards is positive
+    for (std::size_t k = 0; k < 3; ++k) {
+        EXPECT_EQ(path[2 * k].first, 'M');
+        EXPECT_EQ(path[2 * k].second.at(1), foot);
+        EXPECT_EQ(path[2 * k + 1].first, 'v');
+        EXPECT_GT(path[2 * k + 1].second.at(0) * signs[k], 0);
+    }
 }
 
 TEST(draw_svg, stays_small_for_many_points_and_for_many_series) {
@@ -152,7 +195,6 @@ TEST(draw_svg, bears_no_panel_no_series_and_bytes_that_are_no_text) {
 
 // Boxes of all words of a picture must not touch; words turned by a right angle have their own margin.
 TEST(draw_svg, words_never_overlap) {
-    const std::regex words("<text x=\"([-0-9.]+)\" y=\"([-0-9.]+)\"( text-anchor=\"([a-z]+)\")?([^>]*)>([^<]*)</text>");
     struct box {
         double x0, x1, y0, y1;
         std::string text;
@@ -179,12 +221,14 @@ TEST(draw_svg, words_never_overlap) {
                     }
                     const std::string svg = draw_svg(p, {width, 0});
                     std::vector<box> boxes;
-                    for (std::sregex_iterator m(svg.begin(), svg.end(), words), end; m != end; ++m) {
-                        const std::string more = (*m)[5], text = (*m)[6];
-                        if (more.find("rotate") != std::string::npos) continue;
-                        const double font = more.find("16") != std::string::npos ? 18 : 13;
-                        const double x = std::stod((*m)[1]), y = std::stod((*m)[2]), w = font * text_width(text);
-                        const double x0 = (*m)[4] == "middle" ? x - w / 2 : (*m)[4] == "end" ? x - w : x;
+                    for (const svg_element& e : elements_of(svg)) {
+                        if (e.name != "text" || e.attribute.count("transform")) continue;
+                        const std::string& text = e.text;
+                        const double font = e.attribute.count("font-weight") ? 18 : 13;
+                        const double x = e.number("x"), y = e.number("y"), w = font * text_width(text);
+                        const auto anchor = e.attribute.find("text-anchor");
+                        const std::string end = anchor == e.attribute.end() ? "start" : anchor->second;
+                        const double x0 = end == "middle" ? x - w / 2 : end == "end" ? x - w : x;
                         boxes.push_back({x0, x0 + w, y - 0.75 * font, y + 0.2 * font, text});
                         EXPECT_GE(x0, 0) << text;
                         EXPECT_LE(x0 + w, width) << text << " offset " << offset << " size " << size;
