@@ -19,7 +19,7 @@ installation own_installation();
 
 struct run_options {
     std::string deck;                     // "-": standard input
-    std::string folder;                   // empty: the deck's path and ".run"; "stdin.run" for standard input
+    std::string folder = {};              // empty: the deck's path and ".run"; "stdin.run" for standard input
     bool quiet = false;                   // the simulator's text is shown only when it stops
     bool silent = false;                  // nor then
     bool force = false;                   // results of another deck may be replaced

@@ -157,7 +157,7 @@ folder_claim::folder_claim(const fs::path& folder) : fd_(::open(folder.c_str(), 
     // A simulator whose front end was killed ends by itself within moments.
     for (int tries = 0; ::flock(fd_, LOCK_EX | LOCK_NB) != 0; ++tries) {
         if (errno != EWOULDBLOCK && errno != EINTR) break;  // a file system without locks
-        if (tries == 100) {
+        if (tries == 50) {
             ::close(fd_);
             fail("cannot use", folder, "another run goes on in it");
         }
