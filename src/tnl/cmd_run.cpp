@@ -1,23 +1,70 @@
+#include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 
 #include "tnl/commands.h"
+#include "tnl/progress.h"
 #include "tnl/run_deck.h"
 
 namespace cli {
 
 namespace {
 
-int run_command(const run_options& options) {
+void tell(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
+
+std::string counted(long long n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); }
+
+// "out.dat: 1001 rows of time vout"
+std::string told(const std::filesystem::path& folder, const record_file& file) {
+    std::string text = (folder / file.path).string() + ":";
+    if (!file.is_table()) return text + (file.kind == "parms" ? " parameters" : " a solution");
+    text += " " + counted(file.rows, "row");
+    if (file.curves > 1) text += " in " + counted(file.curves, "curve");
+    if (!file.columns.empty()) text += " of";
+    for (const record_column& c : file.columns) text += " " + c.name;
+    return text;
+}
+
+// How a run ended that was not complete, apart from the simulator's own words.
+std::string ending(const run_options& options, const run_result& run, const std::filesystem::path& place) {
+    const std::string t = run.t_last < 0 ? "" : "t = " + short_number(run.t_last);
+    const std::string kept = run.record.files.empty()
+                                 ? "there are no rows"
+                                 : "rows up to " + (t.empty() ? "there" : t) + " are in " + place.string() + "/";
+    char limit[32];
+    std::snprintf(limit, sizeof limit, "%g s", options.time_limit);
+    if (run.record.state == "limit")
+        return std::string("tnl: time limit of ") + limit + " reached" + (t.empty() ? "" : " at " + t) + "; " + kept;
+    if (run.record.signal == SIGINT) return "tnl: interrupted; " + kept;
+    if (run.record.signal == SIGTERM || run.record.signal == SIGHUP) return "tnl: asked to end; " + kept;
+    if (run.record.signal != 0) return "tnl: the simulator was killed; " + kept;
+    if (run.kept) return "tnl: a file could not be written; " + kept;
+    return run.status == good || run.record.files.empty() ? "" : kept;
+}
+
+// What stood on the command line, options by their long names.
+std::vector<std::string> words_of(const CLI::App& command) {
+    std::vector<std::string> words;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (!option->get_positional()) words.push_back(option->get_name());
+        const bool has_value = option->get_items_expected_max() > 0;
+        if (has_value) words.insert(words.end(), option->results().begin(), option->results().end());
+    }
+    return words;
+}
+
+int run_command(const run_options& options, bool json) {
     const run_result run = run_deck(options, own_installation());
     std::fflush(stdout);
-    for (const record_file& file : run.record.files) {
-        const std::filesystem::path place = run.kept ? run.folder / partial_name : run.folder;
-        std::string columns;
-        for (const record_column& c : file.columns) columns += " " + c.name;
-        std::fprintf(stderr, "%s:%s\n", (place / file.path).c_str(), columns.c_str());
-    }
+    const std::filesystem::path place = run.kept ? run.folder / partial_name : run.folder;
+    if (const std::string text = ending(options, run, place); !text.empty()) tell(text);
+    if (json)
+        std::fputs(to_json(run.record).c_str(), stdout);
+    else
+        for (const record_file& file : run.record.files) tell(told(place, file));
+    std::error_code error;
+    if (run.kept && std::filesystem::exists(run.folder / record_name, error))
+        tell("tnl: " + run.folder.string() + "/ holds the results of the earlier run as they were");
     return run.status;
 }
 
@@ -25,11 +72,22 @@ int run_command(const run_options& options) {
 
 void add_run(CLI::App& app, command_list& commands) {
     const auto options = std::make_shared<run_options>();
+    const auto json = std::make_shared<bool>(false);
     CLI::App* run = app.add_subcommand("run", "Run a deck; its row files are left in DECK.run/");
-    run->add_option("DECK", options->deck, "File with the circuit and what to solve")->required();
+    run->add_option("DECK", options->deck, "File with the circuit and what to solve; - reads standard input")
+        ->required();
     run->add_option("-o,--output", options->folder, "Folder of the run, instead of DECK.run");
+    run->add_option("--time-limit", options->time_limit, "Seconds until the run is asked to end; its rows are kept")
+        ->check(CLI::PositiveNumber);
+    run->add_flag("--json", *json, "Print the record of the run instead of the simulator's text");
+    run->add_flag("-q,--quiet", options->quiet, "Show the simulator's text only when it stops, and no progress");
     run->add_flag("--force", options->force, "Replace the results of another deck in the folder");
-    commands.push_back({run, [options] { return run_command(*options); }});
+    commands.push_back({run, [options, json, run] {
+                            options->words = words_of(*run);
+                            options->silent = *json;
+                            options->follow = !options->quiet;
+                            return run_command(*options, *json);
+                        }});
 }
 
 }  // namespace cli

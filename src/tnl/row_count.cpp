@@ -58,4 +58,24 @@ row_count count_rows(const std::filesystem::path& path) {
     return count;
 }
 
+double last_time(const std::filesystem::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return -1;
+    char end[8192];
+    const off_t size = ::lseek(fd, 0, SEEK_END);
+    const off_t from = std::max<off_t>(0, size - static_cast<off_t>(sizeof end));
+    const ssize_t n = ::pread(fd, end, sizeof end, from);
+    ::close(fd);
+    std::string_view text(end, n > 0 ? static_cast<std::size_t>(n) : 0);
+    text = text.substr(
+        0, text.rfind('\n') == std::string_view::npos ? 0 : text.rfind('\n'));  // behind it a row is not complete
+    if (text.empty() || n <= 0) return -1;
+    const std::size_t before = text.rfind('\n');
+    if (before == std::string_view::npos && from > 0) return -1;
+    const std::string row(text.substr(before == std::string_view::npos ? 0 : before + 1));
+    char* behind = nullptr;
+    const double t = std::strtod(row.c_str(), &behind);
+    return behind == row.c_str() ? -1 : t;
+}
+
 }  // namespace cli

@@ -13,4 +13,7 @@ struct row_count {
 };
 row_count count_rows(const std::filesystem::path& path);  // of a file that cannot be read: nothing
 
+// The first number of the last complete row, found from the file's end; -1 if there is none.
+double last_time(const std::filesystem::path& path);
+
 }  // namespace cli

@@ -1,5 +1,7 @@
 #include "tnl/run_deck.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -8,6 +10,7 @@
 #include <ctime>
 
 #include "tnl/locate.h"
+#include "tnl/progress.h"
 #include "tnl/row_count.h"
 #include "tnl/run_folder.h"
 #include "tnl/units.h"
@@ -19,6 +22,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t most_places = 4;
+constexpr double between_looks = 0.5;  // s, at the files of a run; the simulator writes as often
 
 // Signals wait while it lives, so that files get their places as a whole.
 class held_signals {
@@ -79,7 +83,9 @@ bool output_failed(std::string_view tail) {
     return at != std::string_view::npos && tail.find(" could not be ", at) != std::string_view::npos;
 }
 
-void count_files(const fs::path& folder, run_record& record) {
+// Fills in what the files hold and leaves out those that were not written. Gives the last time of a row, or -1.
+double count_files(const fs::path& folder, run_record& record) {
+    double t_last = -1;
     std::vector<record_file> written;
     for (record_file& file : record.files) {
         std::error_code error;
@@ -89,18 +95,28 @@ void count_files(const fs::path& folder, run_record& record) {
             const row_count count = count_rows(path);
             file.rows = count.rows;
             file.curves = count.curves;
+            if (file.kind == "trns" && count.rows > 0) t_last = std::max(t_last, count.last);
             if (count.columns > 0 && static_cast<std::size_t>(count.columns) != file.columns.size())
                 file.columns.clear();
         }
         written.push_back(std::move(file));
     }
     record.files = std::move(written);
+    return t_last;
 }
 
 void end_record(const process_result& ended, const deck_view& deck, const deck_needs& needs, run_record& record) {
     record.status = ended.status;
     record.signal = ended.signal;
     record.state = ended.signal != 0 ? "signal" : ended.status != 0 ? "stopped" : "complete";
+    if (ended.signal != 0 && ended.timed_out) {
+        record.state = "limit";
+        record.status = limit_reached;
+        record.signal = 0;
+    } else if (ended.signal != 0 && ended.asked != 0) {
+        record.signal = ended.asked;
+        record.status = 128 + ended.asked;
+    }
     if (ended.signal != 0 || ended.status == 0) return;
     record.message = message_of(ended.tail);
     if (output_failed(ended.tail)) record.status = file_fault;
@@ -109,9 +125,47 @@ void end_record(const process_result& ended, const deck_view& deck, const deck_n
         for (const int i : found) record.places.push_back(place_in_files(deck, i));
 }
 
-void print(const std::string& text) {
+void print(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
+}
+
+// Runs the simulator in .partial. Its text goes to standard output and, when asked for, how far it is to standard
+// error.
+process_result simulate(const run_options& options, const installation& where, const run_folder& folder,
+                        const deck_view& deck) {
+    using clock = std::chrono::steady_clock;
+    const clock::time_point start = clock::now();
+    const auto now = [&] { return std::chrono::duration<double>(clock::now() - start).count(); };
+    // A bar takes lines off the simulator's text, so that must be on the terminal too.
+    progress_form form = options.follow ? form_for_standard_error() : progress_form::none;
+    const bool hears = !options.quiet && !options.silent;
+    const bool filters = form == progress_form::bar && hears && isatty(STDOUT_FILENO) == 1;
+    progress way(time_blocks(deck), form, columns_of_standard_error(), options.deck);
+    const auto tell = [](const std::string& text) { std::fwrite(text.data(), 1, text.size(), stderr); };
+
+    process_task task{fs::absolute(where.program), folder.partial, options.time_limit, {}, {}};
+    task.text = [&](std::string_view text) {
+        const std::string rest = way.take(text, now());
+        const std::string_view shown = filters ? std::string_view(rest) : text;
+        if (!hears || shown.empty()) return;
+        tell(way.wipe());
+        print(shown);
+    };
+    double looked_at = 0;
+    if (form != progress_form::none)
+        task.idle = [&] {
+            const double t = now();
+            if (t > looked_at + between_looks && way.block() != nullptr) {
+                looked_at = t;
+                for (const std::string& file : way.block()->files) way.note_time(last_time(folder.partial / file), t);
+            }
+            tell(way.draw(t));
+        };
+    const process_result ended = run_program(task);
+    tell(way.wipe());
+    if (filters) print(way.rest());
+    return ended;
 }
 
 }  // namespace
@@ -135,33 +189,43 @@ run_result run_deck(const run_options& options, const installation& where) {
     run_record& record = run.record = begun_record(options, run.deck, libraries);
     const run_folder folder = take_run_folder(run.folder, record.deck, options.force);
     check_output_places(folder, run.deck, options.force);
-    fill_partial(folder, run.deck, libraries, needs, record);
+    try {
+        fill_partial(folder, run.deck, libraries, needs, record);
+    } catch (const file_error&) {
+        drop_partial(folder);
+        throw;
+    }
 
     const auto start = std::chrono::steady_clock::now();
-    const process_result ended =
-        run_program(fs::absolute(where.program), folder.partial, options.quiet || options.silent);
+    const process_result ended = simulate(options, where, folder, run.deck);
     const held_signals hold;
     record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     end_record(ended, run.deck, needs, record);
-    count_files(folder.partial, record);
+    run.t_last = count_files(folder.partial, record);
     run.status = record.status;
 
+    // A simulator that had no time to write out what it held, or could not: its rows are no results.
+    const bool asked = ended.signal == SIGINT || ended.signal == SIGTERM;
+    run.kept = (ended.signal != 0 && !asked) || record.status == file_fault;
+
     std::string more;
-    if (ended.signal != 0)
+    if (ended.signal != 0 && !asked)
         more = "  the simulator was ended by signal " + std::to_string(ended.signal) + " (" + strsignal(ended.signal) +
                ")\n";
-    else if (ended.status != 0)
+    else if (ended.signal == 0 && ended.status != 0)
         more = explain_stop(ended.tail, run.deck, needs, libraries);
     if (!more.empty() && !ended.tail.empty() && !ended.tail.ends_with('\n')) more.insert(0, "\n");
     if (options.quiet && ended.status != 0) more.insert(0, ended.tail);
     if (!options.silent) print(more);
 
-    // A simulator that had no time to write out what it held, or could not: its rows are no results.
-    run.kept = (ended.signal != 0 && ended.signal != SIGINT && ended.signal != SIGTERM) || run.status == file_fault;
-    if (run.kept)
-        write_partial_record(folder, record);
-    else
+    if (!run.kept) {
         publish(folder, record);
+        return run;
+    }
+    try {
+        write_partial_record(folder, record);
+    } catch (const file_error&) {  // on a disk that is full; the record of the beginning stays
+    }
     return run;
 }
 

@@ -113,6 +113,20 @@ void give_place(const fs::path& from, const fs::path& to) {
     if (error) fail("cannot write", to, error.message() + "; the rows are in " + from.parent_path().string());
 }
 
+// Appears as a whole: written under another name in one folder, then moved to its place.
+void put_record(const run_record& record, const fs::path& written_in, const fs::path& place) {
+    const fs::path beside = written_in / new_record_name();
+    std::error_code error;
+    try {
+        write_file(beside, to_json(record));
+    } catch (const file_error&) {
+        fs::remove(beside, error);
+        throw;
+    }
+    fs::rename(beside, place / record_name, error);
+    if (error) fail("cannot write", place / record_name, error.message());
+}
+
 }  // namespace
 
 std::string read_file(const fs::path& path) {
@@ -143,7 +157,7 @@ folder_claim::folder_claim(const fs::path& folder) : fd_(::open(folder.c_str(), 
     // A simulator whose front end was killed ends by itself within moments.
     for (int tries = 0; ::flock(fd_, LOCK_EX | LOCK_NB) != 0; ++tries) {
         if (errno != EWOULDBLOCK && errno != EINTR) break;  // a file system without locks
-        if (tries == 100) {
+        if (tries == 50) {
             ::close(fd_);
             fail("cannot use", folder, "another run goes on in it");
         }
@@ -224,11 +238,7 @@ void check_output_places(const run_folder& folder, const deck_view& deck, bool f
 // -----------------------------------------------------------------------------------------------
 
 void write_partial_record(const run_folder& folder, const run_record& record) {
-    const fs::path beside = folder.partial / new_record_name();
-    write_file(beside, to_json(record));
-    std::error_code error;
-    fs::rename(beside, folder.partial / record_name, error);
-    if (error) fail("cannot write", folder.partial / record_name, error.message());
+    put_record(record, folder.partial, folder.partial);
 }
 
 void fill_partial(const run_folder& folder, const deck_view& deck, const installed_libraries& libraries,
@@ -262,6 +272,12 @@ void fill_partial(const run_folder& folder, const deck_view& deck, const install
         if (stays_inside(file.path) && fs::path(file.path).has_parent_path()) make_parents(folder.partial / file.path);
 }
 
+void drop_partial(const run_folder& folder) {
+    std::error_code error;
+    fs::remove_all(folder.partial, error);
+    fs::remove(folder.path, error);  // goes only when empty
+}
+
 void publish(const run_folder& folder, run_record& record) {
     std::error_code error;
     const std::set<std::string> old = files_of(folder.old), brought = files_of(record);
@@ -289,9 +305,7 @@ void publish(const run_folder& folder, run_record& record) {
         if (path.parent_path() != folder.path) fs::remove(path.parent_path(), error);  // goes only when empty
     }
     for (const std::string& file : files) give_place(folder.partial / file, folder.path / file);
-    write_partial_record(folder, record);
-    fs::rename(folder.partial / record_name, folder.path / record_name, error);
-    if (error) fail("cannot write", folder.path / record_name, error.message());
+    put_record(record, folder.partial, folder.path);
     fs::remove_all(folder.partial, error);
 }
 

@@ -55,6 +55,9 @@ void check_output_places(const run_folder& folder, const deck_view& deck, bool f
 void fill_partial(const run_folder& folder, const deck_view& deck, const installed_libraries& libraries,
                   const deck_needs& needs, run_record& record);
 
+// Takes back what a run that cannot begin has made.
+void drop_partial(const run_folder& folder);
+
 // Writes the record into .partial, complete at any moment.
 void write_partial_record(const run_folder& folder, const run_record& record);
 

@@ -1,6 +1,8 @@
 #include "tnl/units.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
 
 #include "tnl/element_doc.h"
 
@@ -47,31 +49,49 @@ std::string unit_in_entry(const library_entry& entry, const library_form& form, 
     return {};
 }
 
-std::string unit_of_item(const deck_view& deck, const installed_libraries& libraries, const cut_item& item) {
+// Where a deck says what a word stands for; built once, as a deck may have thousands of each.
+struct deck_names {
+    const deck_view& deck;
+    std::vector<std::pair<std::string_view, std::string_view>> outvars;  // name and definition, in deck order
+    std::unordered_map<std::string_view, std::string_view> definition;
+    std::unordered_map<std::string, int> statement;  // of an instance or model of this name
+
+    explicit deck_names(const deck_view& deck_) : deck(deck_) {
+        const file_chr& s = deck.statements;
+        const statement_range circuit = circuit_range(deck);
+        for (int i = circuit.begin; i < circuit.end; ++i) {
+            if (library_of(i) >= 0) statement.try_emplace(value_of(deck, i, "name"), i);
+            for (int j = 1; s.begins(i, "outvar:") && j + 1 < s.n_words(i); j += 2) {
+                outvars.emplace_back(s.word(i, j), s.word(i, j + 1));
+                definition.try_emplace(s.word(i, j), s.word(i, j + 1));
+            }
+        }
+    }
+    int library_of(int i_statement) const {  // -1: neither an element nor a model
+        const std::string_view first = deck.statements.word(i_statement, 0);
+        const int element = find_library(&library_form::statement, first);
+        return element >= 0 ? element : find_library(&library_form::model, first);
+    }
+};
+
+std::string unit_of_item(const deck_names& names, const installed_libraries& libraries, const cut_item& item) {
     for (const known_quantity& q : known_quantities)
         if (q.word == item.quantity) return std::string(q.unit);
-    const statement_range circuit = circuit_range(deck);
-    for (int i = circuit.begin; i < circuit.end; ++i) {
-        const std::string_view first = deck.statements.word(i, 0);
-        const int element = find_library(&library_form::statement, first);
-        const int library = element >= 0 ? element : find_library(&library_form::model, first);
-        if (library < 0 || value_of(deck, i, "name") != item.owner) continue;
-        const installed_library& all = libraries.library[library];
-        const auto at = all.position.find(value_of(deck, i, "type"));
-        if (at == all.position.end()) return {};
-        return unit_in_entry(all.entries[static_cast<std::size_t>(at->second)], library_forms[library], item.quantity);
-    }
-    return {};
+    const auto found = names.statement.find(std::string(item.owner));
+    if (found == names.statement.end()) return {};
+    const int library = names.library_of(found->second);
+    const installed_library& all = libraries.library[library];
+    const auto at = all.position.find(value_of(names.deck, found->second, "type"));
+    if (at == all.position.end()) return {};
+    return unit_in_entry(all.entries[static_cast<std::size_t>(at->second)], library_forms[library], item.quantity);
 }
 
-// Calls f(name, definition) for each output variable of the deck until it gives true.
-template <class F>
-void for_each_outvar(const deck_view& deck, F f) {
-    const file_chr& s = deck.statements;
-    const statement_range circuit = circuit_range(deck);
-    for (int i = circuit.begin; i < circuit.end; ++i)
-        for (int j = 1; s.begins(i, "outvar:") && j + 1 < s.n_words(i); j += 2)
-            if (f(s.word(i, j), s.word(i, j + 1))) return;
+std::string unit_of_word(const deck_names& names, const installed_libraries& libraries, std::string_view word) {
+    cut_item item = cut(word);
+    auto meant = names.definition.find(word);
+    if (meant == names.definition.end() && item.quantity == "mag") meant = names.definition.find(item.owner);
+    if (meant != names.definition.end()) item = cut(meant->second);
+    return unit_of_item(names, libraries, item);
 }
 
 // The word behind solve_type of the block in which a statement stands.
@@ -90,18 +110,11 @@ bool has_column(const row_file& file, std::string_view word) {
 }  // namespace
 
 std::string unit_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word) {
-    std::string_view definition;
-    for_each_outvar(deck, [&](std::string_view name, std::string_view value) {
-        if (name == word) definition = value;
-        return name == word;
-    });
-    if (!definition.empty()) return unit_of_item(deck, libraries, cut(definition));
-    const cut_item item = cut(word);
-    if (item.quantity == "mag") return unit_of_column(deck, libraries, item.owner);
-    return unit_of_item(deck, libraries, item);
+    return unit_of_word(deck_names(deck), libraries, word);
 }
 
 std::vector<record_file> planned_files(const deck_view& deck, const installed_libraries& libraries) {
+    const deck_names names(deck);
     std::vector<record_file> files;
     for (const row_file& file : row_files(deck)) {
         record_file planned;
@@ -111,14 +124,13 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
         if (!file.rows) planned.kind = has_column(file, "parms") ? "parms" : "solution";
         if (planned.is_table() && !has_column(file, "all_nodes"))
             for (const std::string& word : file.columns) {
-                if (word == "all_outvars")
-                    for_each_outvar(deck, [&](std::string_view name, std::string_view value) {
-                        if (!cut(value).quantity.ends_with("_ac"))
-                            planned.columns.push_back({std::string(name), unit_of_column(deck, libraries, name)});
-                        return false;
-                    });
-                else
-                    planned.columns.push_back({word, unit_of_column(deck, libraries, word)});
+                if (word != "all_outvars") {
+                    planned.columns.push_back({word, unit_of_word(names, libraries, word)});
+                    continue;
+                }
+                for (const auto& [name, value] : names.outvars)
+                    if (!cut(value).quantity.ends_with("_ac"))
+                        planned.columns.push_back({std::string(name), unit_of_word(names, libraries, name)});
             }
         files.push_back(std::move(planned));
     }
