@@ -31,14 +31,11 @@ min_max extremes_of_nodes(const view_column& column, std::size_t k, std::size_t 
     return m;
 }
 
-// Before x goes to the end of the axis.
-void note_axis(view_curve& curve, const view_column& axis, double x) {
-    if (curve.n++ == 0) {
-        curve.ascending = curve.descending = x == x;
-        return;
-    }
-    curve.ascending = curve.ascending && x >= axis.values.back();
-    curve.descending = curve.descending && x <= axis.values.back();
+// Before x goes to the end of the column.
+void note_course(view_curve::course& course, const view_column& column, bool is_first, double x) {
+    const double before = is_first ? x : column.values.back();
+    course.ascending = course.ascending && x >= before;
+    course.descending = course.descending && x <= before;
 }
 
 bool is_blank_line(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
@@ -90,15 +87,29 @@ void append_lines(view_rows& rows, const view_lines& lines) {
     if (lines.blank_begin) rows.curve_is_open = false;
     if (table.n_rows() > 0 && rows.columns.empty()) rows.columns.resize(n_columns);
     for (std::size_t k = 0; k < table.n_curves(); ++k) {
-        if (k > 0 || !rows.curve_is_open) rows.curves.push_back({rows.n, 0, true, true});
+        if (k > 0 || !rows.curve_is_open)
+            rows.curves.push_back({rows.n, 0, std::vector<view_curve::course>(n_columns)});
         rows.curve_is_open = true;
+        view_curve& curve = rows.curves.back();
         for (std::size_t i = table.first_row[k]; i < table.first_row[k + 1]; ++i) {
-            note_axis(rows.curves.back(), rows.columns[0], table.at(i, 0));
-            for (std::size_t j = 0; j < n_columns; ++j) append_value(rows.columns[j], table.at(i, j));
+            for (std::size_t j = 0; j < n_columns; ++j) {
+                note_course(curve.columns[j], rows.columns[j], curve.n == 0, table.at(i, j));
+                append_value(rows.columns[j], table.at(i, j));
+            }
+            ++curve.n;
             ++rows.n;
         }
     }
     if (lines.blank_end) rows.curve_is_open = false;
+}
+
+int axis_column(const view_rows& rows) {
+    if (rows.columns.size() == 1) return -1;
+    if (rows.curves.size() < 2) return 0;
+    for (std::size_t j = 0; j < rows.columns.size(); ++j)
+        for (const view_curve& curve : rows.curves)
+            if (!(curve.columns[j].ascending && curve.columns[j].descending)) return static_cast<int>(j);
+    return 0;
 }
 
 }  // namespace cli

@@ -35,10 +35,13 @@ struct view_column {
 void append_value(view_column& column, double x);
 min_max extremes(const view_column& column, std::size_t begin, std::size_t end);  // of rows [begin, end)
 
-// A part of the file between blank lines. Its first column is the axis.
+// A part of the file between blank lines.
 struct view_curve {
-    std::size_t first = 0, n = 0;              // rows
-    bool ascending = true, descending = true;  // the axis never falls, never rises; both false: neither
+    struct course {
+        bool ascending = true, descending = true;  // never falls, never rises; both: constant; neither: to and fro
+    };
+    std::size_t first = 0, n = 0;  // rows
+    std::vector<course> columns;
 };
 
 // All rows of one file as far as they are read.
@@ -59,5 +62,9 @@ struct view_lines {
 view_lines parse_lines(std::string_view text, const std::string& path, long long first_line);
 // Throws file_error, and changes nothing, when the number of columns is another.
 void append_lines(view_rows& rows, const view_lines& lines);
+
+// The column that the others stand over: the first; of several curves the first that varies within one, as the constant
+// ones before it are a sweep's. -1, the number of the row, when there is but one column.
+int axis_column(const view_rows& rows);
 
 }  // namespace cli

@@ -13,17 +13,20 @@ constexpr double no_number = std::numeric_limits<double>::quiet_NaN();
 struct axis_view {
     const view_rows& rows;
     const view_curve& curve;
-    bool row_axis, backwards;
+    std::size_t column = 0;
+    bool row_axis = true, backwards = false;
 
-    axis_view(const view_rows& rows_, const view_window& window)
-        : rows(rows_),
-          curve(rows_.curves[window.curve]),
-          row_axis(window.row_axis || (!curve.ascending && !curve.descending)),
-          backwards(!row_axis && !curve.ascending) {}
+    axis_view(const view_rows& rows_, const view_window& window) : rows(rows_), curve(rows_.curves[window.curve]) {
+        if (window.axis < 0 || static_cast<std::size_t>(window.axis) >= rows.columns.size()) return;
+        column = static_cast<std::size_t>(window.axis);
+        const view_curve::course& course = curve.columns[column];
+        row_axis = !course.ascending && !course.descending;
+        backwards = !row_axis && !course.ascending;
+    }
 
     std::size_t row(std::size_t p) const { return backwards ? curve.first + curve.n - 1 - p : curve.first + p; }
-    double x(std::size_t p) const { return row_axis ? static_cast<double>(p) : rows.columns[0].values[row(p)]; }
-    double y(std::size_t p, std::size_t column) const { return rows.columns[column].values[row(p)]; }
+    double x(std::size_t p) const { return row_axis ? static_cast<double>(p) : rows.columns[column].values[row(p)]; }
+    double y(std::size_t p, std::size_t j) const { return rows.columns[j].values[row(p)]; }
 
     // First position of [begin, n) with x(p) >= limit, or > limit.
     template <class Before>
@@ -46,9 +49,9 @@ struct axis_view {
     std::size_t first_above(double limit) const {
         return bound(0, [limit](double v) { return v <= limit; });
     }
-    min_max extremes_between(std::size_t begin, std::size_t end, std::size_t column) const {
-        return backwards ? extremes(rows.columns[column], row(end - 1), row(begin) + 1)
-                         : extremes(rows.columns[column], row(begin), row(end - 1) + 1);
+    min_max extremes_between(std::size_t begin, std::size_t end, std::size_t j) const {
+        return backwards ? extremes(rows.columns[j], row(end - 1), row(begin) + 1)
+                         : extremes(rows.columns[j], row(begin), row(end - 1) + 1);
     }
 };
 

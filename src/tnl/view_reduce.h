@@ -13,15 +13,15 @@ struct view_window {
     std::optional<double> from, to;    // in units of the axis; none: to the curve's end
     std::size_t points = 1000;         // at most so many buckets
     bool by_rows = false;              // buckets of equal numbers of rows, not of equal widths on the axis
-    bool row_axis = false;             // the number of the row is the axis, not the first column
+    int axis = 0;                      // column that the others stand over; -1: the number of the row
 };
 
 struct reduced_rows {
-    bool whole = false;     // all rows of the window stand there, none is summed up
-    bool row_axis = false;  // asked for, or the first column goes to and fro: x, from and to are numbers of rows from 0
-    double lo = 0, hi = 0;  // the whole curve's axis
-    std::size_t n_curve = 0;             // rows of the curve
-    std::vector<double> x;               // [n] never falls
+    bool whole = false;       // all rows of the window stand there, none is summed up
+    bool row_axis = false;    // asked for, or the axis goes to and fro: x, from and to are numbers of rows from 0
+    double lo = 0, hi = 0;    // the whole curve's axis
+    std::size_t n_curve = 0;  // rows of the curve
+    std::vector<double> x;    // [n] never falls
     std::vector<std::vector<double>> y;  // [columns][n]
 };
 
@@ -32,7 +32,7 @@ struct reduced_rows {
 reduced_rows reduce(const view_rows& rows, const view_window& window);
 
 // Values of the columns at x of the axis, between rows on the straight line; nan outside of the curve. Where the axis
-// stands still, the last of the equal rows. Of the window only its curve, columns and row_axis count.
+// stands still, the last of the equal rows. Of the window only its curve, columns and axis count.
 std::vector<double> values_at(const view_rows& rows, const view_window& window, double x);
 
 }  // namespace cli

@@ -101,9 +101,11 @@ std::vector<std::size_t> columns_of(const httplib::Request& request) {
     return columns;
 }
 
-void check_columns(const std::vector<std::size_t>& columns, const view_rows& rows) {
-    for (const std::size_t column : columns)
+void check_columns(const view_window& window, const view_rows& rows) {
+    if (rows.n == 0) return;
+    for (const std::size_t column : window.columns)
         if (column >= rows.columns.size()) throw bad_request("no such column");
+    if (window.axis < -1 || window.axis >= static_cast<int>(rows.columns.size())) throw bad_request("no such axis");
 }
 
 void put(std::string& bytes, double x) {
@@ -129,7 +131,7 @@ view_window window_of(const httplib::Request& request) {
     window.to = find_number<double>(request, "to");
     window.points = std::clamp<std::size_t>(find_number<std::size_t>(request, "points").value_or(1000), 1, most_points);
     window.by_rows = request.get_param_value("spacing") == "rows";
-    window.row_axis = request.get_param_value("axis") == "rows";
+    window.axis = request.get_param_value("axis") == "rows" ? -1 : find_number<int>(request, "axis").value_or(0);
     return window;
 }
 
@@ -137,7 +139,7 @@ std::string data_bytes(const httplib::Request& request, view_file& file) {
     const view_window window = window_of(request);
     const std::lock_guard<std::mutex> hold(file.lock);
     const view_rows& rows = file.source.rows;
-    if (rows.n > 0) check_columns(window.columns, rows);
+    check_columns(window, rows);
     const reduced_rows out = reduce(rows, window);
     std::string bytes;
     bytes.reserve(8 * (8 + out.x.size() * (1 + out.y.size())));
@@ -155,7 +157,7 @@ std::string at_bytes(const httplib::Request& request, view_file& file) {
     const std::optional<double> x = find_number<double>(request, "x");
     if (!x) throw bad_request("x is missing");
     const std::lock_guard<std::mutex> hold(file.lock);
-    if (file.source.rows.n > 0) check_columns(window.columns, file.source.rows);
+    check_columns(window, file.source.rows);
     std::string bytes;
     put(bytes, values_at(file.source.rows, window, *x));
     return bytes;

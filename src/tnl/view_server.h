@@ -18,7 +18,8 @@ namespace cli {
 // one (a name of somebody else's may lead here too), is refused with 403. Below the token:
 //   /                    the page, and its files by a fixed list of names
 //   /api/runs            JSON, view_store::list
-//   /api/data?run=0&file=out.dat&curve=0&columns=1,2&from=&to=&points=1000&spacing=rows&axis=rows
+//   /api/data?run=0&file=out.dat&curve=0&columns=1,2&from=&to=&points=1000&spacing=rows&axis=0
+//                        spacing and axis may be left out; axis=rows is the number of the row
 //                        reduce(): doubles, the least significant byte first: a head of eight (rows, columns with the
 //                        axis, whole, row_axis, lo, hi, n_curve, version), then the axis, then each column
 //   /api/at?run=0&file=out.dat&curve=0&columns=1,2&x=0.5

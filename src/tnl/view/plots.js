@@ -109,6 +109,7 @@ export class Group {
       clearTimeout(later);
       if (turn === this.turn) this.busy.textContent = this.fault ?? "";
     }
+    this.showX();
     this.draw();
     this.read();
   }
@@ -127,6 +128,8 @@ export class Group {
   }
   shown() { return this.view ?? this.extent(); }
 
+  // An axis that goes to and fro cannot be drawn over; the server gives numbers of rows instead.
+  xAxis() { return this.tables.some((t) => t.rowAxis) ? { name: "row number", unit: "" } : this.axis; }
   tableOf(s) { return this.tables.find((t) => t.key === JSON.stringify([s.run, s.file, s.curve])); }
   columnOf(s, table) { return table ? table.of.columns.indexOf(s.column) : -1; }
 
@@ -212,12 +215,12 @@ export class Group {
   ticksX(lo, hi) { // characters of a tick's text
     if (this.logX) return 4;
     const step = 10 ** Math.floor(Math.log10((hi - lo) / 5));
-    return tickText(Math.max(Math.abs(lo), Math.abs(hi)), step, exponentFor(Math.max(Math.abs(lo), Math.abs(hi)), this.axis.unit)).length;
+    return tickText(Math.max(Math.abs(lo), Math.abs(hi)), step, exponentFor(Math.max(Math.abs(lo), Math.abs(hi)), this.xAxis().unit)).length;
   }
-  exponentX() { return exponentFor(Math.max(...this.shown().map(Math.abs)), this.axis.unit); }
+  exponentX() { return exponentFor(Math.max(...this.shown().map(Math.abs)), this.xAxis().unit); }
   axisLabel() {
-    const unit = this.logX ? this.axis.unit : unitText(this.exponentX(), this.axis.unit);
-    return unit ? `${this.axis.name} (${unit})` : this.axis.name;
+    const unit = this.logX ? this.xAxis().unit : unitText(this.exponentX(), this.xAxis().unit);
+    return unit ? `${this.xAxis().name} (${unit})` : this.xAxis().name;
   }
   textsX(splits, step) {
     if (this.logX) return logTexts(splits);
@@ -328,8 +331,8 @@ export class Group {
     return all.reduce((best, at) => (Math.abs(at - x) < Math.abs(best - x) ? at : best), all[0] ?? x);
   }
   showX() {
-    const x = this.hover === null ? "" : engineering(this.hover, this.axis.unit, 7);
-    this.xText.textContent = `${this.axis.name}${x ? ` ${x}` : ""}`;
+    const x = this.hover === null ? "" : engineering(this.hover, this.xAxis().unit, 7);
+    this.xText.textContent = `${this.xAxis().name}${x ? ` ${x}` : ""}`;
   }
 
   // ---- values ----
@@ -416,11 +419,11 @@ export class Group {
       el("td", { className: "b", textContent: text(vb, unit, digits) }),
       el("td", { className: "difference", textContent: va === null || vb === null ? "" : engineering(vb - va, unit, digits) }),
       el("td", { textContent: last }));
-    const inverse = { s: "Hz", Hz: "s" }[this.axis.unit];
+    const inverse = { s: "Hz", Hz: "s" }[this.xAxis().unit];
     const d = a === null || b === null || a === b ? null : Math.abs(1 / (b - a));
     const head = el("tr", {}, ...["", "A", "B", "B − A", d === null ? "" : "1 / |B − A|"].map((textContent) => el("th", { textContent })));
-    const body = [row(el("th", { textContent: this.axis.name }), a, b, this.axis.unit, 8,
-      d === null ? "" : engineering(d, inverse ?? "") + (inverse === undefined && this.axis.unit ? ` 1/${this.axis.unit}` : ""))];
+    const body = [row(el("th", { textContent: this.xAxis().name }), a, b, this.xAxis().unit, 8,
+      d === null ? "" : engineering(d, inverse ?? "") + (inverse === undefined && this.xAxis().unit ? ` 1/${this.xAxis().unit}` : ""))];
     for (const p of this.plots)
       for (const s of p.series)
         body.push(row(el("th", {}, lineSample(s), s.name), atA === none ? null : atA(s), atB === none ? null : atB(s), p.unit, 5, ""));

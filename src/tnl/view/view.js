@@ -12,13 +12,11 @@ const groups = new Map();
 const chosen = new Map(); // "run|file" -> Set of columns
 const curves = new Map(); // "run|file" -> number of the curve; none: all
 const open = new Map(); // "run|file" -> the file's columns are shown
-const rowAxis = new Set(); // "run|file": the number of the row is the axis
+const axes = new Map(); // "run|file" -> column that the others stand over, -1: the number of the row; none: the server's
 const keyOf = (run, file) => `${run}|${file.path}`;
 
-// A file of single rows has no axis.
-const isPoint = (file) => file.kind === "startup";
-const isRowAxis = (run, file) => isPoint(file) || rowAxis.has(keyOf(run, file));
-const firstColumn = (run, file) => (isRowAxis(run, file) ? 0 : 1);
+const axisColumn = (run, file) => axes.get(keyOf(run, file)) ?? file.axis;
+const drawable = (run, file) => file.columns.map((_, j) => j).filter((j) => j !== axisColumn(run, file));
 
 // ---- choice ----
 
@@ -32,8 +30,8 @@ function chooseFirst() {
   runs.forEach((run, r) => {
     const file = run.files.find((f) => f.path === first?.path && f.columns.length > 1) ?? mainFile(run);
     if (!file || chosen.has(keyOf(r, file)) || file.columns.length === 0) return;
-    const from = firstColumn(r, file), n = file.columns.length - from;
-    chosen.set(keyOf(r, file), new Set(Array.from({ length: n <= 8 ? n : 4 }, (_, j) => j + from)));
+    const columns = drawable(r, file);
+    chosen.set(keyOf(r, file), new Set(columns.slice(0, columns.length <= 8 ? 8 : 4)));
     open.set(keyOf(r, file), true);
   });
 }
@@ -64,7 +62,7 @@ function chosenSeries() {
     const axis = axisOf(r, file), key = JSON.stringify(axis), numbers = curveNumbers(r, file);
     if (!found.has(key)) found.set(key, { axis, series: [] });
     for (const column of [...columns].sort((a, b) => a - b)) {
-      if (column >= file.columns.length) continue;
+      if (column >= file.columns.length || column === axisColumn(r, file)) continue;
       const { name, unit } = file.columns[column];
       for (const curve of numbers) {
         const colour = colours.get(key) ?? 0;
@@ -74,7 +72,7 @@ function chosenSeries() {
         if (manyFiles.has(key)) parts.push(file.path);
         if (numbers.length > 1 || file.curves > 1) parts.push(`#${curve + 1}`);
         found.get(key).series.push({ run: r, file: file.path, curve, column, unit, colour, name: parts.join(" · "),
-          axis: isRowAxis(r, file) ? "rows" : undefined });
+          axis: axisColumn(r, file) < 0 ? "rows" : axisColumn(r, file) });
       }
     }
   }));
@@ -82,8 +80,8 @@ function chosenSeries() {
 }
 function axisOf(run, file) {
   const kind = ["fourier", "ac"].includes(file.kind) ? file.kind : "";
-  if (isRowAxis(run, file)) return { name: "row", unit: "", kind };
-  return { name: file.columns[0].name, unit: file.columns[0].unit, kind };
+  const { name, unit } = file.columns[axisColumn(run, file)] ?? { name: "row number", unit: "" };
+  return { name, unit, kind };
 }
 
 // ---- plots ----
@@ -130,7 +128,7 @@ function aboutFile(file) {
 function fileNode(run, file) {
   const key = keyOf(run, file), columns = chosen.get(key) ?? new Set();
   const word = page.filter.value.trim().toLowerCase();
-  const list = file.columns.map((c, j) => [c, j]).slice(firstColumn(run, file))
+  const list = drawable(run, file).map((j) => [file.columns[j], j])
     .filter(([c]) => !word || c.name.toLowerCase().includes(word));
   if (word && list.length === 0) return null;
   const node = el("details", { open: word !== "" || (open.get(key) ?? columns.size > 0) });
@@ -160,15 +158,18 @@ function fileNode(run, file) {
     };
     tools.append(select);
   }
-  if (!isPoint(file) && file.columns.length > 0) {
-    const box = el("input", { type: "checkbox", checked: rowAxis.has(key) });
-    box.onchange = () => {
-      if (box.checked) rowAxis.add(key); else { rowAxis.delete(key); chosen.get(key)?.delete(0); }
+  if (file.columns.length > 1 && file.kind !== "fourier") {
+    const select = el("select", { ariaLabel: `axis of ${file.path}` });
+    file.columns.forEach((c, j) => select.append(el("option", { value: j, textContent: c.name })));
+    select.append(el("option", { value: -1, textContent: "row number" }));
+    select.value = axisColumn(run, file);
+    select.onchange = () => {
+      axes.set(key, Number(select.value));
+      select.blur();
       drawTree();
       show();
     };
-    if (file.kind === "" || file.kind === "dc")
-      tools.append(el("label", { title: "The number of the row is the axis, not the first column" }, box, "by rows"));
+    tools.append(el("label", {}, "over", select));
   }
   if (tools.childNodes.length) node.append(tools);
   for (const [c, j] of list) {
@@ -183,7 +184,7 @@ function fileNode(run, file) {
 
 let drawn = "";
 function drawTree() {
-  const now = JSON.stringify([runs, [...chosen].map(([k, v]) => [k, [...v]]), [...rowAxis], page.filter.value]);
+  const now = JSON.stringify([runs, [...chosen].map(([k, v]) => [k, [...v]]), [...axes], page.filter.value]);
   if (now === drawn || page.tree.contains(document.activeElement) && document.activeElement.tagName === "SELECT") return;
   drawn = now;
   const focus = document.activeElement?.dataset?.column;
