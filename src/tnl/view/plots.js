@@ -282,7 +282,6 @@ export class Group {
     if (this.view) this.zoom([from + by, to + by].map((v) => this.uneven(v)));
   }
   pan(u, e) {
-    e.preventDefault();
     const start = e.clientX, [from, to] = this.shown().map((v) => this.even(v));
     const move = (m) => {
       const by = (start - m.clientX) / u.over.clientWidth * (to - from);
@@ -366,6 +365,7 @@ export class Group {
     this.markChanged();
   }
   clearMarks() {
+    clearTimeout(this.click);
     this.marks = { a: null, b: null };
     this.markChanged();
   }
@@ -405,8 +405,8 @@ export class Group {
   async read() {
     const { a, b } = this.marks;
     this.readout.hidden = a === null && b === null;
-    if (this.readout.hidden) return;
     const turn = this.readTurn = (this.readTurn ?? 0) + 1;
+    if (this.readout.hidden) return this.readout.replaceChildren();
     const none = () => null;
     let atA = none, atB = none;
     try {
