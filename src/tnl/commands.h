@@ -27,5 +27,6 @@ void add_plot(CLI::App& app, command_list& commands);
 void add_measure(CLI::App& app, command_list& commands);
 void add_assert(CLI::App& app, command_list& commands);
 void add_export(CLI::App& app, command_list& commands);
+void add_view(CLI::App& app, command_list& commands);
 
 }  // namespace cli

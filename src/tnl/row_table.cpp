@@ -31,11 +31,11 @@ bool read_numbers(const char* at, const char* end, std::vector<double>& values) 
 
 }  // namespace
 
-row_table read_row_table(std::string_view text, const std::string& path) {
+row_table read_row_table(std::string_view text, const std::string& path, long long first_line) {
     row_table table;
     table.path = path;
     std::size_t n_columns = 0, n_rows = 0;
-    long long i_line = 0;
+    long long i_line = first_line - 1;
     const char* at = text.data();
     const char* const end = at + text.size();
     while (at != end) {

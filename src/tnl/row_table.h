@@ -25,8 +25,8 @@ struct row_table {
 
 // Columns get the names "c1", "c2" ... A last line without line end is dropped, as a run that was cut may have left it
 // unfinished; nan and inf are numbers. Throws file_error when a line holds other things than numbers, or more or less
-// of them than the first row.
-row_table read_row_table(std::string_view text, const std::string& path);
+// of them than the first row; the text begins with line first_line of the file.
+row_table read_row_table(std::string_view text, const std::string& path, long long first_line = 1);
 
 // Number of a column by its name; an integer from 1 counts columns. -1 if there is none.
 int find_column(const row_table& table, std::string_view name);

@@ -1,0 +1,42 @@
+// The page's numbers and its merging of rows, without a browser. Argument: the folder of the source tree.
+import assert from "node:assert/strict";
+import { pathToFileURL } from "node:url";
+
+const { decimalsFor, engineering, merge, tickText, tipsOf, valuesAt } =
+  await import(pathToFileURL(`${process.argv[2]}/src/tnl/view/rows.js`));
+
+// Numbers with units, in steps of a thousand.
+for (const [v, unit, text] of [
+  [0.01235, "V", "12.35 mV"], [-1500, "V", "−1.5 kV"], [999.9999, "V", "1 kV"], [0, "A", "0 A"], [1e-9, "s", "1 ns"],
+  [2.5e-6, "s", "2.5 µs"], [1e3, "Hz", "1 kHz"], [1e20, "V", "1e20 V"], [1e-20, "V", "1e-20 V"], [0.5, "", "0.5"],
+  [12345, "", "12345"], [1e-7, "", "1e-7"], [-45, "deg", "−45 deg"], [NaN, "V", "—"], [Infinity, "V", "∞"],
+  [123456.789, "V", "123.46 kV"]])
+  assert.equal(engineering(v, unit), text);
+
+// Ticks tell steps apart, and have no more digits than that.
+for (const [step, digits] of [[1, 0], [0.5, 1], [0.25, 2], [1e-6, 6], [20, 0]]) assert.equal(decimalsFor(step), digits);
+assert.equal(tickText(0.005, 0.001, -3), "5");
+assert.equal(tickText(-0.0025, 0.0005, -3), "−2.5");
+assert.equal(tickText(0.30000000000000004, 0.1, 0), "0.3");
+assert.equal(tickText(-1e-17, 0.1, 0), "0.0");
+
+// Rows of two tables in order; equal ones together, a jump of one table kept as two rows, no number as a gap.
+const table = (x, ...y) => ({ x: Float64Array.from(x), y: y.map((values) => Float64Array.from(values)), whole: true });
+const one = table([0, 1, 1, 3], [10, 11, 12, NaN]), two = table([1, 2], [20, 21]);
+assert.deepEqual(merge([[one, 0], [two, 0]], isFinite, isFinite),
+  [[0, 1, 1, 2, 3], [10, 11, 12, undefined, null], [undefined, 20, undefined, 21, undefined]]);
+assert.deepEqual(merge([[one, 0]], isFinite, isFinite), [[0, 1, 1, 3], [10, 11, 12, null]]);
+assert.deepEqual(merge([[one, 0]], (x) => x > 0, (y) => y > 11), [[1, 1, 3], [null, 12, null]]);
+assert.deepEqual(merge([], isFinite, isFinite), [[]]);
+
+// Between rows on a straight line, behind a jump, nothing outside.
+assert.deepEqual(await valuesAt(one, 0.5, false), [10.5]);
+assert.deepEqual(await valuesAt(one, 1, false), [12]);
+assert.deepEqual(await valuesAt(one, 4, false), [NaN]);
+assert.deepEqual(await valuesAt(two, 1.9, true), [21]);
+
+// The tips of sticks.
+const sticks = tipsOf(table([-0.1, 0, 0.1, 0.9, 1, 1.1], [0, 5, 0, 0, 7, 0]));
+assert.deepEqual([...sticks.x], [0, 1]);
+assert.deepEqual([...sticks.y[0]], [5, 7]);
+console.log("ok: numbers and merged rows");

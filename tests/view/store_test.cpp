@@ -1,0 +1,174 @@
+#include "tnl/view_store.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "temp_folder.h"
+#include "tnl/exit_status.h"
+
+namespace {
+
+using namespace cli;
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+void append_text(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary | std::ios::app) << text;
+}
+
+void write_record(const fs::path& folder, const std::string& state, const std::vector<record_file>& files) {
+    run_record record;
+    record.state = state;
+    record.files = files;
+    fs::create_directories(folder);
+    ::write_file((folder / record_name).string(), to_json(record));
+}
+
+const std::vector<record_file> one_file{{"w.dat", "trns", {{"time", "s"}, {"v", "V"}}, 0, 0}};
+
+json first_file(view_store& store, std::size_t run = 0) { return json::parse(store.list())["runs"][run]["files"][0]; }
+
+TEST(row_source, takes_what_was_appended_and_leaves_a_line_without_its_end) {
+    const temp_folder inside;
+    ::write_file("w.dat", "1 2\n3 4\n5 ");
+    row_source source;
+    ASSERT_TRUE(look_at(source, "w.dat"));
+    EXPECT_EQ(next_lines(source, 1000), "1 2\n3 4\n");
+    EXPECT_FALSE(look_at(source, "w.dat"));
+    append_text("w.dat", "6\n7 8");
+    ASSERT_TRUE(look_at(source, "w.dat"));
+    EXPECT_EQ(next_lines(source, 1000), "5 6\n");
+    append_text("w.dat", "\n");
+    ASSERT_TRUE(look_at(source, "w.dat"));
+    EXPECT_EQ(next_lines(source, 1000), "7 8\n");
+}
+
+TEST(row_source, small_pieces_give_the_same_lines) {
+    const temp_folder inside;
+    ::write_file("w.dat", "12 34\n\n56 78\n");
+    row_source source;
+    std::string all;
+    while (look_at(source, "w.dat")) all += next_lines(source, 4);
+    EXPECT_EQ(all, "12 34\n\n56 78\n");
+}
+
+TEST(row_source, another_file_of_the_name_and_a_shorter_one_are_read_from_their_begin) {
+    const temp_folder inside;
+    ::write_file("w.dat", "1 2\n3 4\n");
+    row_source source;
+    look_at(source, "w.dat");
+    next_lines(source, 1000);
+    ::write_file("new.dat", "9 9\n8 8\n7 7\n");
+    fs::rename("new.dat", "w.dat");
+    ASSERT_TRUE(look_at(source, "w.dat"));
+    EXPECT_EQ(next_lines(source, 1000), "9 9\n8 8\n7 7\n");
+    ::write_file("w.dat", "5 5\n");
+    ASSERT_TRUE(look_at(source, "w.dat"));
+    EXPECT_EQ(next_lines(source, 1000), "5 5\n");
+}
+
+TEST(row_source, a_pipe_or_folder_in_place_of_the_file_is_refused_without_waiting) {
+    const temp_folder inside;
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    fs::create_directory("folder");
+    for (const char* name : {"pipe", "folder"}) {
+        row_source source;
+        EXPECT_FALSE(look_at(source, name));
+        EXPECT_EQ(source.problem, std::string("cannot read ") + name + ": it is no file");
+    }
+}
+
+TEST(view_store, reads_the_head_of_a_file_until_it_is_wanted) {
+    const temp_folder inside;
+    write_record("a.run", "complete", one_file);
+    ::write_file("a.run/w.dat", repeated("1 2\n", 50000));
+    view_store store({"a.run"});
+    store.wait_until_read();
+    EXPECT_LT(first_file(store)["bytes_read"], 100000);
+    ASSERT_NE(store.want_file(0, "w.dat"), nullptr);
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 50000);
+    EXPECT_EQ(first_file(store)["columns"][1], (json{{"name", "v"}, {"unit", "V"}}));
+}
+
+TEST(view_store, follows_a_run_from_its_partial_folder_to_its_end_and_to_the_next_run) {
+    const temp_folder inside;
+    write_record("a.run/.partial", "running", one_file);
+    ::write_file("a.run/.partial/w.dat", "0 1\n1 2\n2 ");
+    view_store store({"a.run"});
+    store.want_file(0, "w.dat");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 2);
+    EXPECT_EQ(json::parse(store.list())["runs"][0]["unfinished"], true);
+
+    append_text("a.run/.partial/w.dat", "3\n3 4\n");
+    write_record("a.run", "complete", one_file);
+    fs::rename("a.run/.partial/w.dat", "a.run/w.dat");
+    fs::remove_all("a.run/.partial");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 4);
+    EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "complete");
+    const view_file_ptr file = store.want_file(0, "w.dat");
+    EXPECT_EQ(file->source.rows.curves.size(), 1u);
+
+    fs::remove_all("a.run");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 4);  // what was read stays
+    EXPECT_NE(json::parse(store.list())["runs"][0]["problem"], "");
+    write_record("a.run", "complete", one_file);
+    ::write_file("a.run/w.dat", "0 9\n");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 1);
+    EXPECT_EQ(json::parse(store.list())["runs"][0]["problem"], "");
+}
+
+TEST(view_store, files_outside_of_the_run_are_not_followed_whatever_the_record_says) {
+    const temp_folder inside;
+    ::write_file("secret.dat", "1 2\n");
+    fs::create_directories("a.run/sub");
+    ::write_file("a.run/sub/in.dat", "1 2\n");
+    fs::create_symlink("../secret.dat", "a.run/link.dat");
+    fs::create_directory_symlink("..", "a.run/up");
+    std::vector<record_file> files;
+    for (const std::string& path :
+         {std::string("../secret.dat"), fs::absolute("secret.dat").string(), std::string("sub/../../secret.dat"),
+          std::string("link.dat"), std::string("up/secret.dat"), std::string(""), std::string("sub/in.dat")})
+        files.push_back({path, "trns", {}, 0, 0});
+    write_record("a.run", "complete", files);
+    view_store store({"a.run"});
+    store.wait_until_read();
+    const json list = json::parse(store.list())["runs"][0]["files"];
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list[0]["path"], "sub/in.dat");
+    EXPECT_EQ(store.want_file(0, "../secret.dat"), nullptr);
+    EXPECT_EQ(store.want_file(1, "sub/in.dat"), nullptr);
+}
+
+TEST(view_store, a_file_with_a_fault_says_so_and_others_go_on) {
+    const temp_folder inside;
+    ::write_file("a.dat", "1 2\n3 x\n");
+    ::write_file("b.dat", "1 2\n");
+    view_store store({"a.dat", "b.dat"});
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["problem"], "./a.dat:2: not a row of numbers");
+    EXPECT_EQ(first_file(store, 1)["rows"], 1);
+    EXPECT_EQ(first_file(store, 1)["columns"][0]["name"], "c1");
+}
+
+TEST(view_store, runs_of_the_same_name_are_told_apart_by_their_paths) {
+    const temp_folder inside;
+    write_record("one/a.run", "complete", {});
+    write_record("two/a.run", "complete", {});
+    write_record("b.run", "complete", {});
+    view_store store({"one/a.run", "two/a.run/", "b.run/"});
+    const json runs = json::parse(store.list())["runs"];
+    EXPECT_EQ(runs[0]["name"], "one/a.run");
+    EXPECT_EQ(runs[1]["name"], "two/a.run/");
+    EXPECT_EQ(runs[2]["name"], "b");
+    EXPECT_THROW(view_store({"b.run", "nosuch"}), file_error);
+}
+
+}  // namespace
