@@ -217,6 +217,7 @@ void check_element(checked_deck& d, const deck_element& e) {
     check_words(d, i, 1, *e.type, e.pairs, false);
     check_terminals(d, e);
     check_data_files(d, e);
+    check_model_limits(d, e);
 }
 
 // Sensed branches name elements that have a current of their own; models must be there.

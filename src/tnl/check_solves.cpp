@@ -59,7 +59,12 @@ public:
     }
 
 private:
-    deck_word block_place() const { return {s_.type_line >= 0 ? s_.type_line : s_.begin_line, 0}; }
+    // Where a word of method: is missing.
+    deck_word block_place() const {
+        for (int i = s_.range.begin; i < s_.range.end; ++i)
+            if (d_.text().begins(i, "method:")) return {i, 0};
+        return {s_.type_line >= 0 ? s_.type_line : s_.begin_line, 0};
+    }
     bool is_time() const { return s_.type == "trns" || s_.type == "ssw"; }
 
     void check_type() {
@@ -208,7 +213,7 @@ private:
             if (e.type != nullptr)
                 for (const std::string& basic : e.type->basics)
                     if (refuses_dc(basic))
-                        d_.report.error("no-dc", block_place(),
+                        d_.report.error("no-dc", {s_.type_line, 1},
                                         "a dc block cannot stand with " + e.name + " (" + e.type->name + ")",
                                         "find the state to start from with solve_type startup");
     }

@@ -19,15 +19,16 @@ std::string lower(std::string_view s) {
 }  // namespace
 
 int edit_distance(std::string_view a, std::string_view b) {
-    std::vector<int> row(b.size() + 1);
+    std::vector<int> before, last, row(b.size() + 1);
     std::iota(row.begin(), row.end(), 0);
     for (std::size_t i = 0; i < a.size(); ++i) {
-        int diagonal = row[0];
+        before = std::move(last);
+        last = row;
         row[0] = static_cast<int>(i) + 1;
         for (std::size_t j = 0; j < b.size(); ++j) {
-            const int change = diagonal + (a[i] != b[j]);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({change, row[j] + 1, diagonal + 1});
+            row[j + 1] = std::min({last[j] + (a[i] != b[j]), row[j] + 1, last[j + 1] + 1});
+            if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j])
+                row[j + 1] = std::min(row[j + 1], before[j - 1] + 1);
         }
     }
     return row.back();
@@ -43,7 +44,8 @@ std::vector<std::string> near_words(const std::vector<std::string>& words, std::
         const int distance = edit_distance(wanted, other);
         const std::size_t shorter = std::min(wanted.size(), other.size());
         const bool begins = shorter > 2 && (other.starts_with(wanted) || wanted.starts_with(other));
-        if (distance <= static_cast<int>(std::max(wanted.size(), other.size())) / 3 || begins)
+        const bool short_pair = shorter > 1 && distance == 1 && wanted[0] == other[0];  // R1 and R2
+        if (distance <= static_cast<int>(std::max(wanted.size(), other.size())) / 3 || begins || short_pair)
             near.emplace_back(distance, candidate);
     }
     std::sort(near.begin(), near.end());

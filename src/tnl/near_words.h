@@ -6,7 +6,7 @@
 
 namespace cli {
 
-// Letters to change, add or drop, so that one word becomes the other (Levenshtein).
+// Letters to change, add, drop or swap with their neighbour, so that one word becomes the other.
 int edit_distance(std::string_view a, std::string_view b);
 
 // Those of the words that look like this one, the nearest first, at most `most`; words that differ in case alone come
