@@ -1,5 +1,6 @@
 #include "tnl/check_values.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -106,8 +107,9 @@ void check_model_limits(checked_deck& d, const deck_element& e) {
 }
 
 void check_unit(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at, double value) {
-    const word_doc* doc = find_word(type.doc, parameter);
-    if (doc == nullptr) return;
+    const auto doc = std::find_if(type.doc.words.begin(), type.doc.words.end(),
+                                  [&](const word_doc& w) { return w.word == parameter; });
+    if (doc == type.doc.words.end()) return;
     const std::string word = d.word(at.statement, at.word);
     for (const unit_range& r : unit_ranges) {
         if (r.unit != doc->unit) continue;

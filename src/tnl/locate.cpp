@@ -372,42 +372,58 @@ check_report report_of(const deck_view& deck, const installed_libraries& librari
     }
 }
 
+// What is to be shown of a stop.
+struct stop_reading {
+    std::vector<stop_place> found;  // by the text
+    check_report report;
+    std::vector<const check_fault*> errors;  // of the report: at what was found, else wherever they are
+    bool explained = false;                  // they are at what was found
+};
+
+stop_reading read_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
+                       const installed_libraries& libraries) {
+    stop_reading stop{find_places(text, deck, needs), report_of(deck, libraries), {}, false};
+    const auto is_found = [&](const check_fault& f) {
+        return std::any_of(stop.found.begin(), stop.found.end(),
+                           [&](const stop_place& p) { return p.i_statement == f.at.statement; });
+    };
+    for (const bool at_place : {true, false}) {
+        for (const check_fault& f : stop.report.faults)
+            if (f.is_error && is_found(f) == at_place && stop.errors.size() < most_faults) stop.errors.push_back(&f);
+        stop.explained = at_place && !stop.errors.empty();
+        if (stop.explained) break;
+    }
+    return stop;
+}
+
 }  // namespace
+
+std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
+                                         const installed_libraries& libraries) {
+    const stop_reading stop = read_stop(text, deck, needs, libraries);
+    std::vector<record_place> places;
+    if (!stop.explained && stop.found.size() <= most_candidates)
+        for (const stop_place& p : stop.found) places.push_back(place_in_files(deck, p.i_statement, p.i_word));
+    if (places.empty())
+        for (const check_fault* f : stop.errors) places.push_back(place_of_fault(stop.report, *f));
+    return places;
+}
 
 std::string explain_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
                          const installed_libraries& libraries) {
-    const std::vector<stop_place> found = find_places(text, deck, needs);
-    const check_report report = report_of(deck, libraries);
-    const auto is_found = [&](const check_fault& f) {
-        return std::any_of(found.begin(), found.end(),
-                           [&](const stop_place& p) { return p.i_statement == f.at.statement; });
-    };
-    // Faults of the statements that the text names; where there are none, all of them.
-    std::vector<const check_fault*> shown;
-    for (const bool at_place : {true, false})
-        for (const check_fault& f : report.faults)
-            if (f.is_error && shown.size() < most_faults && is_found(f) == at_place &&
-                (at_place || shown.empty() || !is_found(*shown.front())))
-                shown.push_back(&f);
-    const bool explained = !shown.empty() && is_found(*shown.front());
-
+    const stop_reading stop = read_stop(text, deck, needs, libraries);
     std::string out;
-    if (!explained && found.size() <= most_candidates) {
-        if (found.size() > 1) out += "  one of these statements:\n";
-        for (const stop_place& p : found) out += indented(place_with_caret(deck, p.i_statement, p.i_word));
+    if (!stop.explained && stop.found.size() <= most_candidates) {
+        if (stop.found.size() > 1) out += "  one of these statements:\n";
+        for (const stop_place& p : stop.found) out += indented(place_with_caret(deck, p.i_statement, p.i_word));
     }
-    const bool has_place = !out.empty();
-    for (const check_fault* f : shown) out += fault_text(report, *f, "  ");
-    if (shown.empty() && !has_place)
-        for (const check_fault& f : report.faults)
-            if (shown.size() < most_faults) {
-                shown.push_back(&f);
-                out += fault_text(report, f, "  ");
-            }
-
-    if (const advice_text* advice = find_advice(text); advice != nullptr) {
-        if (shown.empty()) out += "  meaning: " + std::string(advice->meaning) + "\n";
-        if (report.n_errors() == 0 && !advice->mend.empty()) out += "  advice: " + std::string(advice->mend) + "\n";
+    for (const check_fault* f : stop.errors) out += fault_text(stop.report, *f, "  ");
+    if (out.empty())  // doubts are better than nothing
+        for (std::size_t i = 0; i < std::min(most_faults, stop.report.faults.size()); ++i)
+            out += fault_text(stop.report, stop.report.faults[i], "  ");
+    if (const advice_text* advice = find_advice(text); advice != nullptr && stop.errors.empty()) {
+        out += "  meaning: " + std::string(advice->meaning) + "\n";
+        if (!advice->mend.empty()) out += "  advice: " + std::string(advice->mend) + "\n";
     }
     return out;
 }

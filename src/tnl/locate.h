@@ -20,6 +20,10 @@ struct stop_place {
 std::vector<stop_place> find_places(std::string_view text, const deck_view& deck, const deck_needs& needs);
 std::vector<int> find_statements(std::string_view text, const deck_view& deck, const deck_needs& needs);
 
+// The places for the record of the run: those, or where a check of the deck finds the cause; none when there are many.
+std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
+                                         const installed_libraries& libraries);
+
 // Lines to print below the text of a stop: places with line, column and caret, the cause where a check of the deck
 // knows it, and one line of advice. A stop whose text leads nowhere shows what a check finds, three faults at most.
 std::string explain_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,

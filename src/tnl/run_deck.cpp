@@ -18,7 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t most_places = 4;
 
 // Signals wait while it lives, so that files get their places as a whole.
 class held_signals {
@@ -97,16 +96,15 @@ void count_files(const fs::path& folder, run_record& record) {
     record.files = std::move(written);
 }
 
-void end_record(const process_result& ended, const deck_view& deck, const deck_needs& needs, run_record& record) {
+void end_record(const process_result& ended, const deck_view& deck, const deck_needs& needs,
+                const installed_libraries& libraries, run_record& record) {
     record.status = ended.status;
     record.signal = ended.signal;
     record.state = ended.signal != 0 ? "signal" : ended.status != 0 ? "stopped" : "complete";
     if (ended.signal != 0 || ended.status == 0) return;
     record.message = message_of(ended.tail);
     if (output_failed(ended.tail)) record.status = file_fault;
-    const std::vector<int> found = find_statements(ended.tail, deck, needs);
-    if (found.size() <= most_places)
-        for (const int i : found) record.places.push_back(place_in_files(deck, i));
+    record.places = places_of_stop(ended.tail, deck, needs, libraries);
 }
 
 void print(const std::string& text) {
@@ -142,7 +140,7 @@ run_result run_deck(const run_options& options, const installation& where) {
         run_program(fs::absolute(where.program), folder.partial, options.quiet || options.silent);
     const held_signals hold;
     record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    end_record(ended, run.deck, needs, record);
+    end_record(ended, run.deck, needs, libraries, record);
     count_files(folder.partial, record);
     run.status = record.status;
 

@@ -165,6 +165,7 @@ constexpr fuzz_target targets[] = {
     {"data", fuzz_data, data_words},
     {"expression", fuzz_expression, expression_words},
     {"solution", fuzz_solution, solution_words},
+    {"check", fuzz_check, deck_words},
     {"words", fuzz_words, text_words},
 };
 }  // namespace
