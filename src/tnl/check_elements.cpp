@@ -274,6 +274,17 @@ void check_model(checked_deck& d, int i, int library, std::map<std::string, std:
     check_words(d, i, 5, *type, pairs_in(d, i, 5, known_words(*type, true)), true);
 }
 
+// A statement whose first word nobody knows and whose type is installed: its name and nodes are there all the same.
+bool looks_like_element(const checked_deck& d, int i, int& library) {
+    const std::string type = value_of(d.report.deck, i, "type");
+    if (type.empty() || value_of(d.report.deck, i, "name").empty()) return false;
+    if (find_library(&library_form::model, d.text().word(i, 0)) >= 0) return false;
+    const installed_libraries& libraries = d.types.libraries();
+    for (int l = 0; l < n_libraries && library < 0; ++l)
+        if (!library_forms[l].statement.empty() && libraries.library[l].position.count(type)) library = l;
+    return library >= 0;
+}
+
 }  // namespace
 
 void check_elements(checked_deck& d) {
@@ -282,11 +293,12 @@ void check_elements(checked_deck& d) {
     for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i) {
         if (f.n_words(i) == 0) continue;
         if (const int m = find_library(&library_form::model, f.word(i, 0)); m >= 0) check_model(d, i, m, models[m]);
-        const int library = find_library(&library_form::statement, f.word(i, 0));
+        int library = find_library(&library_form::statement, f.word(i, 0));
+        const bool misspelt = library < 0 && looks_like_element(d, i, library);
         if (library < 0) continue;
         d.elements.push_back(read_element(d, i, library));
         const deck_element& e = d.elements.back();
-        check_element(d, e);
+        if (!misspelt) check_element(d, e);
         if (e.name.empty() || e.is_placeholder) continue;
         const auto [first, is_new] = d.element_of.emplace(e.name, static_cast<int>(d.elements.size()) - 1);
         if (is_new) continue;

@@ -311,19 +311,19 @@ private:
                     queue.push_back(other);
                 }
         std::vector<std::string> names;
-        bool sources_only = last.kind == branch_kind::voltage;
+        const auto is_source = [](branch_kind b) { return b == branch_kind::voltage || b == branch_kind::winding; };
+        bool sources_only = is_source(last.kind);
         for (int n = last.to; n != last.from && n >= 0; n = from_node[static_cast<std::size_t>(n)]) {
             const int b = from_branch[static_cast<std::size_t>(n)];
             if (b < 0) break;
             add_once(names, name_of(g_.branches[static_cast<std::size_t>(b)].element));
-            sources_only = sources_only && g_.branches[static_cast<std::size_t>(b)].kind == branch_kind::voltage;
+            sources_only = sources_only && is_source(g_.branches[static_cast<std::size_t>(b)].kind);
         }
         std::reverse(names.begin(), names.end());
         add_once(names, name_of(last.element));
         // Loops of sources alone are told once, not for each kind of block.
         if (sources_only && v.solve_type != nullptr) return;
-        const bool has_winding = last.kind == branch_kind::winding;
-        std::string what = sources_only || has_winding ? "a loop of ideal voltage sources: "
+        std::string what = sources_only ? "a loop of ideal voltage sources: "
                            : std::string_view(v.where).starts_with("in dc")
                                ? "in dc, where inductors are shorts, a loop of ideal voltages: "
                                : "in start-up, where capacitors have a given voltage, a loop of ideal voltages: ";

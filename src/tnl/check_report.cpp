@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace cli {
 
@@ -38,6 +39,13 @@ int check_report::n_errors() const {
 }
 
 void sort_faults(check_report& report) {
+    // A word that is an error is not doubted as well.
+    std::set<std::pair<int, int>> errors;
+    for (const check_fault& f : report.faults)
+        if (f.is_error && f.at.statement >= 0) errors.emplace(f.at.statement, f.at.word);
+    std::erase_if(report.faults, [&](const check_fault& f) {
+        return !f.is_error && errors.count({f.at.statement, f.at.word}) > 0;
+    });
     const auto key = [](const check_fault& f) {
         return std::pair(f.at.line >= 0 ? -1 : f.at.statement < 0 ? INT_MAX : f.at.statement, f.at.word);
     };

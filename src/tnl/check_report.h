@@ -34,7 +34,8 @@ struct check_report {
     int n_warnings() const { return static_cast<int>(faults.size()) - n_errors(); }
 };
 
-void sort_faults(check_report& report);  // by place; what holds for the whole deck stands last
+// By place; what holds for the whole deck stands last. A warning at the word of an error is left out.
+void sort_faults(check_report& report);
 
 record_place place_of_fault(const check_report& report, const check_fault& fault);
 

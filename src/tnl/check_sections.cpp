@@ -208,6 +208,15 @@ private:
         }
         std::vector<std::string> all = border_words;
         if (before) all.insert(all.end(), globals.begin(), globals.end());
+        if (before && has(circuit_words_, word)) {  // as if begin_circuit stood here
+            d_.report.error("no-circuit", {i, 0}, "begin_circuit is missing before this statement",
+                            "add a line: begin_circuit");
+            s_.begin_circuit = i;
+            s_.circuit = {i, i};
+            now_ = section::circuit;
+            inside(i, word);
+            return;
+        }
         const bool misplaced = has(circuit_words_, word) || has(solve_words_, word) || has(output_words, word);
         const std::string text =
             "the statement " + word + " ... stands outside of all blocks and is not read" + near_text(all, word);

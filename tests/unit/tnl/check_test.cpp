@@ -83,8 +83,8 @@ const change changes[] = {
     {"end_output\nend_solve\nbegin", "end_output\nbegin", "20:1 no-end-solve"},
     {"end_output\nend_solve\nend_cf", "end_solve\nend_cf", "29:1 no-end-output"},
     {"end_cf\n", "", "30:1 no-end"},
-    {"begin_circuit\n", "", "3:1 misplaced, 3:1 misplaced"},
-    {"greal", "+ greal", "2:2 x"},
+    {"begin_circuit\n", "", "3:1 no-circuit"},
+    {"greal", "+ greal", "6:38 bad-number"},
     {"end_cf", "end_solve\nend_cf", "31:1 misplaced"},
     {"solve_type dc\n", "", "13:1 no-solve-type"},
     {"solve_type dc", "solve_type dcc", "14:12 unknown-solve-type"},
@@ -111,11 +111,11 @@ const change changes[] = {
     {"r=1k\ng", "r=0\ng", "8:37 bad-value"},
     {"r=1k\ng", "r=1k model=M1\ng", "8:46 unknown-model"},
     {"type=const y=x k=2", "type=pwl_file y=x file=none", "9:1 no-file"},
-    {"type=const y=x k=2", "type=pwl_file y=x file=nothere.txt", "9:38 missing-file"},
+    {"type=const y=x k=2", "type=pwl_file y=x file=nothere.txt", "9:41 missing-file"},
     // nodes
     {"refnode 0\n", "", "3:1 no-reference"},
     {"refnode 0", "refnode gnd", "4:9 no-reference"},
-    {"p=in n=out r=rl", "p=in n=ot r=rl", "~6:33 one-terminal"},
+    {"p=in n=out r=rl", "p=in n=ot r=rl", "~6:32 one-terminal"},
     {"p=out n=0 r=1k", "p=in n=0 r=1k", ""},
     {"eelement name=R2 type=r p=out", "eelement name=R3 type=r p=a n=b\neelement name=R2 type=r p=out",
      "8:27 floating"},
@@ -129,7 +129,7 @@ const change changes[] = {
      "8:1 voltage-loop"},
     {"eelement name=R2 type=r p=out", "eelement name=L1 type=l p=in n=0\neelement name=R2 type=r p=out",
      "8:1 voltage-loop"},
-    {"n=0 vdc", "n=in vdc", "5:35 voltage-loop"},
+    {"n=0 vdc", "n=in vdc", "5:37 voltage-loop"},
     {"eelement name=R2 type=r p=out", "eelement name=F1 type=cccs p=in n=0 br=R1\neelement name=R2 type=r p=out",
      "8:40 unknown-branch"},
     {"eelement name=R2 type=r p=out", "eelement name=F1 type=cccs p=in n=0 br=V2\neelement name=R2 type=r p=out",
@@ -138,8 +138,8 @@ const change changes[] = {
      "8:40 sensed-only"},
     // variables
     {"x=x y=z", "x=w y=z", "~9:31 not-read, 10:34 not-written"},
-    {"x=x y=z", "x=x y=x", "10:38 written-twice, 11:52 unknown-output"},
-    {" z=var_of_z", "", "~10:38 not-read, 26:20 unknown-variable"},
+    {"x=x y=z", "x=x y=x", "10:38 written-twice, 11:40 unknown-output"},
+    {" z=var_of_z", "", "~10:38 not-read, 27:20 unknown-variable"},
     // outputs of the circuit
     {"nodev_of_out", "nodev_of_uot", "11:14 unknown-output"},
     {"i_of_R1", "i_of_R7", "11:30 unknown-output"},
@@ -147,10 +147,10 @@ const change changes[] = {
     {"i_of_R1", "iR1", "11:30 unknown-output"},
     // solve blocks
     {"r_of_R2 from", "r_of_R5 from", "15:11 unknown-item, 18:12 unknown-variable"},
-    {"n_points 5", "n_points 1", "15:55 bad-sweep"},
+    {"n_points 5", "n_points 1", "15:54 bad-sweep"},
     {"type linear n", "n", "15:1 bad-sweep"},
-    {"type linear n", "type lin n", "15:37 bad-sweep"},
-    {"from 1k", "from 1k 2k", "15:1 x"},
+    {"type linear n", "type lin n", "15:38 bad-sweep"},
+    {"from 1k", "from 1k 2k", "15:27 unknown-word"},
     {"solve_type dc\n", "solve_type dc\ninitial_sol previous\n", "15:13 no-previous"},
     {"initial_sol previous", "initial_sol prevous", "23:13 bad-initial-sol"},
     {"initial_sol previous", "initial_sol file filename no.dat", "23:27 missing-file"},
@@ -343,7 +343,8 @@ TEST(basic_branches, hold_every_installed_element_whose_terminal_current_does_no
             for (int j = 1; j < w.size(); ++j) of_voltage = of_voltage || w[j].starts_with("v(");
             conducts = conducts && of_voltage;
         }
-        if (nodes.size() > 1) EXPECT_EQ(listed, !conducts) << entry.name;
+        if (nodes.size() < 2) continue;
+        EXPECT_EQ(listed, !conducts) << entry.name;
     }
 }
 

@@ -140,7 +140,7 @@ TEST(explain_stop, shows_the_word_that_the_text_names_where_the_check_finds_noth
                         good_deck("eelement name=R1 type=r p=a n=0 r=4\neelement name=R2 type=r p=a n=0 r=5\n", "")),
               "  my.in:6:35:\n"
               "    eelement name=R2 type=r p=a n=0 r=5\n"
-              "                                    ^\n"
+              "                                      ^\n"
               "  meaning: A parameter of an element has a value that its model does not allow.\n"
               "  advice: tnl describe TYPE; look at scale letters: m is 1e-3, M is 1e6\n");
 }
