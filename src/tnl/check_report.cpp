@@ -10,6 +10,7 @@ namespace cli {
 namespace {
 
 constexpr int most_of_a_code = 50;
+constexpr std::size_t widest = 100;  // characters of a line that are shown
 
 std::string counted(int n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); }
 
@@ -80,6 +81,11 @@ std::string fault_text(const check_report& report, const check_fault& fault, con
             out += indent + shown.substr(at + 1, end == std::string::npos ? end : end - at - 1) + "\n";
             at = end;
         }
+    }
+    if (fault.at.line >= 0 && !place.text.empty()) {
+        std::string line = printable(place.text.substr(0, widest));
+        out += indent + "  " + line + "\n" + indent + "  " +
+               std::string(std::min(line.find_first_not_of(' '), line.size()), ' ') + "^\n";
     }
     if (!fault.advice.empty()) out += indent + "  advice: " + fault.advice + "\n";
     return out;

@@ -6,6 +6,8 @@ namespace cli {
 
 namespace {
 
+constexpr std::size_t most_orphans = 5;  // that an advice names
+
 struct use {
     int element;
     deck_word at;
@@ -66,10 +68,14 @@ void check_variables(checked_deck& d) {
         }
         if (writer == nullptr && !unsure) {
             // A variable that is written and read by nobody may be the one that is meant.
-            std::string near = near_text(unread, name);
-            if (near.empty()) near = near_text(written, name);
-            d.report.error("not-written", list.front().at, "no block or meter writes the variable " + name + near,
-                           "is a name misspelt? A block type=const gives a variable a fixed value");
+            std::string orphans;
+            for (const std::string& other : unread)
+                if (has(written, other)) orphans += (orphans.empty() ? "" : " ") + other;
+            d.report.error("not-written", list.front().at,
+                           "no block or meter writes the variable " + name + near_text(written, name),
+                           orphans.empty() || unread.size() > most_orphans
+                               ? "is the name misspelt? A block type=const gives a variable a fixed value"
+                               : "is the name misspelt? Written, but read by nobody: " + orphans);
         } else if (writer != nullptr && !has_block && !unsure) {
             d.report.error("no-block", writer->at,
                            "variable " + name + " stands in electrical elements alone; a block must read or write it",
