@@ -5,6 +5,7 @@
 
 #include "blocks/method_words.h"
 #include "blocks/output_block.h"
+#include "blocks/solve_words.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -325,4 +326,13 @@ void check_block(solve_class& slv, const circuit& c, flags_class& flags) {
     if (!slv.matrix_sparse1 || slv.matrix_superlu)
         halt({"solve_class: gauss elim method not specified correctly.", "   Halting.."});
     check_explicit_outputs(slv, c);
+}
+
+std::vector<std::string_view> time_rule_words() {
+    std::vector<std::string_view> list;
+    for (const method_word& m : method_words())
+        for (auto rule : implicit_methods)
+            if (const auto* flag = std::get_if<truefalse solve_class::*>(&m.member); flag != nullptr && *flag == rule)
+                list.push_back(m.word);
+    return list;
 }

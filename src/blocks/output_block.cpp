@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <variant>
 
+#include "blocks/solve_words.h"
 #include "run/math_cnst_class.h"
 
 namespace {
@@ -291,4 +292,22 @@ void add_output_words(std::vector<std::string_view>& list) {
     for (const reserved_word& r : reserved_words) list.push_back(r.word);
     for (const file_option& o : file_options) list.push_back(o.word);
     for (const control_key& k : control_keys) list.push_back(k.word);
+}
+
+std::vector<std::string_view> file_option_words() {
+    std::vector<std::string_view> list = {"sweep_format"};
+    for (const file_option& o : file_options) list.push_back(o.word);
+    return list;
+}
+
+std::vector<std::string_view> control_words() {
+    std::vector<std::string_view> list = {"n_fourier"};
+    for (const control_key& k : control_keys) list.push_back(k.word);
+    return list;
+}
+
+std::vector<std::string_view> reserved_output_words() {
+    std::vector<std::string_view> list;
+    for (const reserved_word& r : reserved_words) list.push_back(r.word);
+    return list;
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <variant>
 
+#include "blocks/solve_words.h"
 #include "run/numeric.h"
 
 namespace {
@@ -284,4 +285,11 @@ void add_directive_words(std::vector<std::string_view>& list) {
     for (std::string_view word :
          {"from", "to", "type", "linear", "log", "table", "auto", "n_points", "div", "glbl_of_"})
         list.push_back(word);
+}
+
+std::vector<std::string_view> auto_sweep_words(bool required_only) {
+    std::vector<std::string_view> list;
+    for (const auto_word& k : auto_words)
+        if (k.required || !required_only) list.push_back(k.word);
+    return list;
 }

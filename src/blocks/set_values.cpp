@@ -125,6 +125,18 @@ void set_values(solve_class& slv, int index_solve, const circuit& c, flags_class
     check_block(slv, c, flags);
 }
 
+std::vector<std::string_view> solve_type_words() {
+    std::vector<std::string_view> list;
+    for (const type_word& t : type_words) list.push_back(t.word);
+    return list;
+}
+
+std::vector<std::string_view> solve_card_words() {
+    std::vector<std::string_view> list;
+    for (const card& k : cards) list.push_back(k.word);
+    return list;
+}
+
 std::vector<std::string_view> solve_block_words() {
     std::vector<std::string_view> list = {"solve_type", "file", "filename", "initialize", "previous"};
     for (const type_word& t : type_words) list.push_back(t.word);

@@ -14,6 +14,8 @@ struct command {
 using command_list = std::vector<command>;
 
 // Each declares its options on app and adds itself. The options live in the closure of act.
+void add_check(CLI::App& app, command_list& commands);
+void add_explain(CLI::App& app, command_list& commands);
 void add_run(CLI::App& app, command_list& commands);
 void add_demo(CLI::App& app, command_list& commands);
 void add_list(CLI::App& app, command_list& commands);

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <fstream>
-#include <numeric>
 #include <set>
 #include <sstream>
+
+#include "tnl/near_words.h"
 
 namespace cli {
 
@@ -43,21 +44,6 @@ struct follow {
 // The values of a statement's pairs from word first on: any of them may be a string parameter.
 void add_values(const deck_view& deck, int i, int first, std::vector<std::string>& values) {
     for (int j = first + 1; j < deck.statements.n_words(i); j += 2) values.emplace_back(deck.statements.word(i, j));
-}
-
-int edit_distance(std::string_view a, std::string_view b) {
-    std::vector<int> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), 0);
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        int diagonal = row[0];
-        row[0] = static_cast<int>(i) + 1;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const int change = diagonal + (a[i] != b[j]);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({change, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
 }
 
 }  // namespace

@@ -9,12 +9,23 @@
 
 namespace cli {
 
-// Statements that the last lines of the simulator's text speak of, in deck order. One statement is an answer, several
-// are candidates; none when the text names nothing that the deck holds.
+// A word of a statement.
+struct stop_place {
+    int i_statement = 0, i_word = 0;
+    auto operator<=>(const stop_place&) const = default;
+};
+
+// What the last lines of the simulator's text speak of, in deck order. One place is an answer, several are candidates;
+// none when the text names nothing that the deck holds.
+std::vector<stop_place> find_places(std::string_view text, const deck_view& deck, const deck_needs& needs);
 std::vector<int> find_statements(std::string_view text, const deck_view& deck, const deck_needs& needs);
 
-// Lines to print below the text of a stop: the places of those statements, what is near a type that is not installed.
-// Nothing when nothing can be told. At most four candidates are listed.
+// The places for the record of the run: those, or where a check of the deck finds the cause; none when there are many.
+std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
+                                         const installed_libraries& libraries);
+
+// Lines to print below the text of a stop: places with line, column and caret, the cause where a check of the deck
+// knows it, and one line of advice. A stop whose text leads nowhere shows what a check finds, three faults at most.
 std::string explain_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
                          const installed_libraries& libraries);
 

@@ -31,6 +31,8 @@ int main(int argc, char** argv) {
     cli::add_assert(app, commands);
     cli::add_export(app, commands);
     cli::add_view(app, commands);
+    cli::add_check(app, commands);
+    cli::add_explain(app, commands);
 
     const std::string word = argc > 1 ? argv[1] : "";
     if (word == "help") {

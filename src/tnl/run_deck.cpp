@@ -21,7 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t most_places = 4;
 constexpr double between_looks = 0.5;  // s, at the files of a run; the simulator writes as often
 
 // Signals wait while it lives, so that files get their places as a whole.
@@ -105,7 +104,8 @@ double count_files(const fs::path& folder, run_record& record) {
     return t_last;
 }
 
-void end_record(const process_result& ended, const deck_view& deck, const deck_needs& needs, run_record& record) {
+void end_record(const process_result& ended, const deck_view& deck, const deck_needs& needs,
+                const installed_libraries& libraries, run_record& record) {
     record.status = ended.status;
     record.signal = ended.signal;
     record.state = ended.signal != 0 ? "signal" : ended.status != 0 ? "stopped" : "complete";
@@ -120,9 +120,7 @@ void end_record(const process_result& ended, const deck_view& deck, const deck_n
     if (ended.signal != 0 || ended.status == 0) return;
     record.message = message_of(ended.tail);
     if (output_failed(ended.tail)) record.status = file_fault;
-    const std::vector<int> found = find_statements(ended.tail, deck, needs);
-    if (found.size() <= most_places)
-        for (const int i : found) record.places.push_back(place_in_files(deck, i));
+    record.places = places_of_stop(ended.tail, deck, needs, libraries);
 }
 
 void print(std::string_view text) {
@@ -200,7 +198,7 @@ run_result run_deck(const run_options& options, const installation& where) {
     const process_result ended = simulate(options, where, folder, run.deck);
     const held_signals hold;
     record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    end_record(ended, run.deck, needs, record);
+    end_record(ended, run.deck, needs, libraries, record);
     run.t_last = count_files(folder.partial, record);
     run.status = record.status;
 

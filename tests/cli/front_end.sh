@@ -47,10 +47,10 @@ expect 'but not into one that holds other things' 5 "$(status_of "$tnl" run deck
 
 sed 's/type=vsrcdc/type=vsrdc/' decks/divider.in >wrong.in
 expect 'a stop of the simulator is status 1' 1 "$(status_of "$tnl" run wrong.in)"
-expect 'its place is told' '  wrong.in:4: eelement name=V1 type=vsrdc p=in n=0 vdc=10' "$(tail -n 2 out.txt | head -n 1)"
+expect 'its place is told' '  wrong.in:4:23: error: no element type vsrdc is installed for eelement; near names: vsrcdc' "$(tail -n 4 out.txt | head -n 1)"
 sed 's/r=1k/r=1kk/' decks/divider.in >wrong.in
 expect 'a bad number is status 1' 1 "$(status_of "$tnl" run wrong.in)"
-expect 'its place is told' '  wrong.in:5: eelement name=R1 type=r p=in n=out r=1kk' "$(tail -n 1 out.txt)"
+expect 'its place is told' '  wrong.in:5:38: error: this is no number: 1kk' "$(tail -n 4 out.txt | head -n 1)"
 sed '/^refnode/d' decks/divider.in >wrong.in
 expect 'a missing reference node is status 1' 1 "$(status_of "$tnl" run wrong.in)"
 : >empty.in

@@ -8,7 +8,7 @@ shift 2
 here=$(CDPATH='' cd -- "$(dirname -- "$(readlink -f -- "$0")")" && pwd)
 # Short traces at allocations and plain scheduling of the corpus: both make it several times faster.
 export ASAN_OPTIONS="${ASAN_OPTIONS:-malloc_context_size=3}"
-[ $# -gt 0 ] || set -- deck library blocks data expression solution measure words
+[ $# -gt 0 ] || set -- deck library blocks data expression solution check measure words
 for name in "$@"; do
     corpus=$build/fuzz/corpus/$name
     mkdir -p "$corpus"

@@ -174,6 +174,7 @@ constexpr fuzz_target targets[] = {
     {"expression", fuzz_expression, expression_words},
     {"solution", fuzz_solution, solution_words},
     {"measure", fuzz_measure, measure_words},
+    {"check", fuzz_check, deck_words},
     {"words", fuzz_words, text_words},
 };
 }  // namespace

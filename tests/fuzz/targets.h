@@ -14,6 +14,7 @@ bool fuzz_data(std::string_view text);        // a data file of points, and a tr
 bool fuzz_expression(std::string_view text);  // each line as a word: expressions, numbers, cuts
 bool fuzz_solution(std::string_view text);    // a solution file of a small circuit
 bool fuzz_measure(std::string_view text);     // rows, and expressions over them
+bool fuzz_check(std::string_view text);       // a deck as `tnl check` sees it; true if it has no errors
 bool fuzz_words(std::string_view text);       // text files: lines, name lists, sizes of a run
 
 struct fuzz_target {

@@ -107,28 +107,76 @@ TEST(find_statements, only_the_last_lines_of_a_long_text_count) {
     EXPECT_TRUE(find_statements(said, view_deck("d", text), {}).empty());
 }
 
-TEST(explain_stop, shows_place_and_near_names_of_an_unknown_type) {
-    installed_libraries libraries;
-    const int eels = find_library(&library_form::file, "eels.aux");
-    for (const char* name : {"r", "vsrcdc", "r_pot"}) libraries.library[eels].entries.push_back({name, ""});
-    const deck_view deck = view_deck("my.in", text);
-    deck_needs needs;
-    for (int i = 0; i < deck.statements.n_lines(); ++i)
-        if (value_of(deck, i, "type") == "rr") needs.unknown.push_back({i, eels, "rr"});
-    EXPECT_EQ(explain_stop("cct_class: eels_name not found\n", deck, needs, libraries),
-              "  my.in:7: eelement name=R1 type=rr p=in ...\n"
-              "  no composite of that name is installed for eelement: rr; near names: r\n");
+namespace {
+
+const installed_libraries& installed() {
+    static const installed_libraries all = read_installed(TARNEL_SHARE);
+    return all;
 }
 
-TEST(explain_stop, lists_candidates_and_stays_silent_when_there_are_many) {
-    const deck_view deck = view_deck("my.in", text);
-    EXPECT_EQ(explain_stop("   The string <R2> is repeated.\n", deck, {}, {}),
-              "  one of these statements:\n"
-              "  my.in:9: eelement name=R2 type=r p=out n=0 wrong=2\n"
-              "  my.in:10: eelement name=R2 type=r p=out n=0\n");
-    std::string many = "title: t\nbegin_circuit\n";
-    for (int i = 0; i < 9; ++i) many += "eelement name=R" + std::to_string(i) + " type=r v=1x\n";
-    EXPECT_EQ(explain_stop("check double string: <1x>\n", view_deck("d", many + "end_circuit\nend_cf\n"), {}, {}), "");
+std::string explained(const std::string& said, const std::string& deck_text) {
+    const deck_view deck = view_deck("my.in", deck_text);
+    return explain_stop(said, deck, needs_of(deck, installed()), installed());
+}
+
+std::string good_deck(const std::string& elements, const std::string& block) {
+    return "title: t\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcdc p=a n=0 vdc=1\n" + elements +
+           "outvar: v=nodev_of_a\nend_circuit\nbegin_solve\nsolve_type dc\n" + block +
+           "begin_output\nfilename f.dat\nvariables: v\nend_output\nend_solve\nend_cf\n";
+}
+
+}  // namespace
+
+TEST(explain_stop, shows_place_caret_and_near_names_of_an_unknown_type) {
+    EXPECT_EQ(explained("cct_class: eels_name not found\n", good_deck("eelement name=R1 type=rr p=a n=0\n", "")),
+              "  my.in:5:23: error: no element type rr is installed for eelement; near names: r\n"
+              "    eelement name=R1 type=rr p=a n=0\n"
+              "                          ^\n"
+              "    advice: tnl list shows the types that are installed\n");
+}
+
+TEST(explain_stop, shows_the_word_that_the_text_names_where_the_check_finds_nothing) {
+    EXPECT_EQ(explained("r.ebe: r too small!\nr.ebe: r=5\nr.ebe: k_scale=1\n",
+                        good_deck("eelement name=R1 type=r p=a n=0 r=4\neelement name=R2 type=r p=a n=0 r=5\n", "")),
+              "  my.in:6:35:\n"
+              "    eelement name=R2 type=r p=a n=0 r=5\n"
+              "                                      ^\n"
+              "  meaning: A parameter of an element has a value that its model does not allow.\n"
+              "  advice: tnl describe TYPE; look at scale letters: m is 1e-3, M is 1e6\n");
+}
+
+TEST(explain_stop, shows_what_a_check_finds_where_the_text_names_nothing) {
+    const std::string shown = explained("gauss_2: zero pivot in the last row!\n  (even after reordering)\n",
+                                        good_deck("eelement name=V2 type=vsrcdc p=a n=0 vdc=2\n", ""));
+    EXPECT_TRUE(shown.starts_with("  my.in:5:1: error: a loop of ideal voltage sources: V1, V2\n")) << shown;
+}
+
+TEST(explain_stop, lists_candidates_and_leaves_out_too_many) {
+    const std::string two = "eelement name=R1 type=r p=a n=0\neelement name=R2 type=r p=a n=0\n";
+    EXPECT_TRUE(
+        explained("r: odd\n", good_deck(two, ""))
+            .starts_with("  one of these statements:\n  my.in:5:1:\n    eelement name=R1 type=r p=a n=0\n    ^\n"
+                         "  my.in:6:1:\n"));
+    EXPECT_EQ(explained("r: odd\n", good_deck(two + "eelement name=R3 type=r p=a n=0\neelement name=R4 type=r p=a n=0\n"
+                                                    "eelement name=R5 type=r p=a n=0\n",
+                                              "")),
+              "");
+}
+
+TEST(explain_stop, finds_the_output_block_whose_file_is_full) {
+    const std::string shown = explained(
+        "write_dc: limit_lines is exceeded.\n  index_solve = 0, i_file = 0\n  Halting...\n", good_deck("", ""));
+    EXPECT_TRUE(shown.starts_with("  my.in:10:1:\n    filename f.dat\n    ^\n")) << shown;
+    EXPECT_NE(shown.find("advice: filename NAME limit_lines=N"), std::string::npos);
+}
+
+TEST(places_of_stop, have_the_column_of_the_word) {
+    const deck_view deck = view_deck("my.in", good_deck("eelement name=R1 type=r p=a n=0 r=1kk\n", ""));
+    const std::vector<record_place> places = places_of_stop("check double string: <1kk>\n", deck, {}, installed());
+    ASSERT_EQ(places.size(), 1u);
+    EXPECT_EQ(places[0].line, 5);
+    EXPECT_EQ(places[0].column, 35);
+    EXPECT_EQ(places[0].text, "eelement name=R1 type=r p=a n=0 r=1kk");
 }
 
 TEST(place_of, shortens_what_does_not_fit_a_line_and_shows_no_control_characters) {

@@ -1,0 +1,13 @@
+// check_values.h -- numbers that a model refuses, and numbers that are rarely meant.
+#pragma once
+#include "tnl/check_deck.h"
+
+namespace cli {
+
+// What the model of the element refuses: resistances of zero, periods below zero ...
+void check_model_limits(checked_deck& d, const deck_element& e);
+
+// Warns when the value of a parameter is far from what its unit leads to expect. Without a unit nothing is said.
+void check_unit(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at, double value);
+
+}  // namespace cli

@@ -1,0 +1,66 @@
+#!/bin/sh
+# `tnl check` and `tnl explain` from outside: statuses, and what goes where. Arguments: the program, a folder to work in,
+# the folder of the source tree.
+set -u
+tnl=$1
+work=$2
+source=$3
+rm -rf "$work"
+mkdir -p "$work"
+cd "$work" || exit 1
+faults=0
+
+expect() { # what, wanted, got
+    if [ "$2" != "$3" ]; then
+        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
+        faults=$((faults + 1))
+    fi
+}
+status_of() { # command...
+    "$@" >out.txt 2>err.txt </dev/null
+    echo $?
+}
+
+cp "$source/examples/divider.in" good.in
+sed 's/p=out n=0/p=ot n=0/' good.in >warned.in
+sed 's/r=1k/r=1kk/' good.in >wrong.in
+printf 'title: t\ninclude nosuch.in\n' >include.in
+
+expect 'a good deck' 0 "$(status_of "$tnl" check good.in)"
+expect 'is told so' 'good.in: no faults' "$(cat out.txt)"
+expect 'warnings alone are no errors' 0 "$(status_of "$tnl" check warned.in)"
+expect 'but are told' yes "$(grep -q 'warning: ' out.txt && echo yes || echo no)"
+expect 'and count when asked' 3 "$(status_of "$tnl" check --strict warned.in)"
+expect 'an error is status 3' 3 "$(status_of "$tnl" check wrong.in)"
+expect 'the report is on standard output' 'wrong.in: 1 error, 0 warnings' "$(tail -n 1 out.txt)"
+expect 'and nowhere else' '' "$(cat err.txt)"
+expect 'the list for programs' 3 "$(status_of "$tnl" check wrong.in --json)"
+expect 'is one of JSON' yes "$(python3 -c 'import json; f = json.load(open("out.txt")); print("yes" if len(f) == 1 and f[0]["place"]["line"] == 5 else "no")')"
+expect 'no faults are an empty list' 0 "$(status_of "$tnl" check good.in --json)"
+expect 'namely this' '[]' "$(cat out.txt)"
+expect 'an include that is not there' 3 "$(status_of "$tnl" check include.in)"
+expect 'has its place' 'include.in:2:1: error: cannot read nosuch.in: No such file or directory' "$(head -n 1 out.txt)"
+expect 'a deck that is not there' 5 "$(status_of "$tnl" check nosuch.in)"
+expect 'no deck is wrong usage' 2 "$(status_of "$tnl" check)"
+"$tnl" check - <wrong.in >out.txt 2>err.txt
+expect 'standard input' 3 $?
+head -c 4000 "$tnl" >binary.in
+expect 'bytes' 3 "$(status_of "$tnl" check binary.in)"
+
+expect 'a message' 0 "$(status_of "$tnl" explain 'Singular matrix? Halting...')"
+expect 'is explained' 'meaning: The equations have no unique solution: the matrix is singular.' "$(head -n 1 out.txt)"
+expect 'words need no quotes' 0 "$(status_of "$tnl" explain some word has not been ticked)"
+expect 'an unknown message is status 1' 1 "$(status_of "$tnl" explain zebra crossing ahead)"
+expect 'and told on standard error' '' "$(cat out.txt)"
+expect 'nothing to explain is wrong usage' 2 "$(status_of "$tnl" explain)"
+expect 'all messages' 0 "$(status_of "$tnl" explain --list)"
+status_of "$tnl" run wrong.in >/dev/null
+expect 'the folder of a run that stopped' 0 "$(status_of "$tnl" explain wrong.in.run)"
+expect 'is read' 'meaning: A word stands where a number should, or a number has more than one letter of scale.' "$(head -n 1 out.txt)"
+status_of "$tnl" run good.in >/dev/null
+expect 'a run without a message' 5 "$(status_of "$tnl" explain good.in.run)"
+echo 'cct_class: cct_ov_flag = IGL_CLEAR' | "$tnl" explain - >out.txt
+expect 'a message on standard input' 0 $?
+
+if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
+[ "$faults" -eq 0 ]
