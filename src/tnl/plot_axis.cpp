@@ -131,10 +131,15 @@ axis make_log_axis(double lo, double hi, int n_ticks, std::string_view unit) {
             else if (m == 1 || every == 1)
                 a.minor.push_back(v);
         }
-    if (a.ticks.size() < 2) {  // a narrow range: ticks as on a linear axis, at their places on this one
+    if (a.ticks.size() < 2 &&
+        hi / lo < 100) {  // a narrow range: ticks as on a linear axis, at their places on this one
         a.minor.clear();
-        a.ticks = make_axis(lo, hi, n_ticks).ticks;
+        a.ticks = make_axis(lo, hi, std::max(3, n_ticks)).ticks;
+        std::erase_if(a.ticks, [&](double v) { return !inside(v); });
     }
+    for (int power = first; a.ticks.empty() && power <= last; ++power)
+        if (const double v = std::pow(10, power); inside(v)) a.ticks.push_back(v);
+    if (a.ticks.empty()) a.ticks.push_back(lo);
     return a;
 }
 

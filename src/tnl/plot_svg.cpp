@@ -439,7 +439,10 @@ private:
             x = std::move(thin.x);
             y = std::move(thin.y);
         } else {
-            for (std::size_t i = 0; i < s.x.size(); ++i) x.push_back(px(s.x[i])), y.push_back(at(s.y[i]));
+            for (std::size_t i = 0; i < s.x.size(); ++i) {
+                x.push_back(px(s.x[i]));
+                y.push_back(std::isfinite(x.back()) ? at(s.y[i]) : NAN);
+            }
         }
         path_text d;
         std::vector<std::pair<double, double>> marks;  // points that no line reaches

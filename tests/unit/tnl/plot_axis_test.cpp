@@ -95,6 +95,21 @@ TEST(make_log_axis, names_more_ticks_in_one_decade_and_fewer_in_many) {
     EXPECT_EQ(make_log_axis(1e-3, 1e9, 20).tick_text(1e6), "1e+06");
 }
 
+TEST(make_log_axis, has_no_tick_that_it_cannot_show) {
+    for (const double lo : {1e-320, 1e-307, 1e-3, 1.0, 3.0, 1e300})
+        for (const double ratio : {1.001, 1.5, 9.0, 90.0, 1e5, 1e300})
+            for (const int n_ticks : {1, 3, 10}) {
+                const axis a = make_log_axis(lo, lo * ratio, n_ticks, "V");
+                for (const double t : a.ticks) {
+                    EXPECT_TRUE(std::isfinite(a.place(t))) << lo << ' ' << ratio << ' ' << t;
+                    EXPECT_FALSE(a.tick_text(t).empty());
+                }
+                if (std::isfinite(lo * ratio) && lo > 1e-300) {
+                    EXPECT_GE(a.ticks.size(), 1u) << lo << ' ' << ratio << ' ' << n_ticks;
+                }
+            }
+}
+
 TEST(engineering_text, has_prefixes_between_femto_and_tera) {
     EXPECT_EQ(engineering_text(1e5), "100k");
     EXPECT_EQ(engineering_text(1.5e-3), "1.5m");

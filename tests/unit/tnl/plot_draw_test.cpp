@@ -124,6 +124,14 @@ TEST(draw_svg, breaks_the_line_at_points_that_are_not_finite_and_escapes_words) 
     EXPECT_EQ(begins, 2);
 }
 
+TEST(draw_svg, breaks_the_line_where_a_log_axis_has_no_place) {
+    plot p = one_panel({{"s", {1, 10, 0, -5, 100, 20}, {0, 1, 2, 3, 4, 5}}});
+    p.log_x = true;
+    int begins = 0;
+    for (const auto& [command, numbers] : first_path(draw_svg(p))) begins += command == 'M';
+    EXPECT_EQ(begins, 2);
+}
+
 TEST(draw_svg, gives_the_same_bytes_for_the_same_curves) { EXPECT_EQ(draw_svg(line_up()), draw_svg(line_up())); }
 
 TEST(draw_svg, puts_points_to_their_places) {
