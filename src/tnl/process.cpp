@@ -43,7 +43,11 @@ public:
         n_taken = 0;
         struct sigaction action {};
         action.sa_handler = pass_on;
-        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &action, &old_[i]);
+        for (std::size_t i = 0; i < signals.size(); ++i) {
+            sigaction(signals[i], &action, &old_[i]);
+            // Of a run that is to outlive its terminal.
+            if (signals[i] == SIGHUP && old_[i].sa_handler == SIG_IGN) sigaction(SIGHUP, &old_[i], nullptr);
+        }
     }
     ~passing_on() {
         for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &old_[i], nullptr);
@@ -103,7 +107,8 @@ private:
 };
 
 [[noreturn]] void become(const process_task& task, pid_t parent, int output, int report) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
+    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+    if (std::signal(SIGHUP, SIG_DFL) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
     prctl(PR_SET_PDEATHSIG, SIGTERM);  // nobody would take the results of a simulator that is alone
     if (getppid() != parent) _exit(127);
     if (chdir(task.folder.c_str()) == 0 && dup2(output, STDOUT_FILENO) >= 0 && dup2(output, STDERR_FILENO) >= 0)

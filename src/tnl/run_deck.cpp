@@ -109,13 +109,14 @@ void end_record(const process_result& ended, const deck_view& deck, const deck_n
     record.status = ended.status;
     record.signal = ended.signal;
     record.state = ended.signal != 0 ? "signal" : ended.status != 0 ? "stopped" : "complete";
+    // One that had to be killed in the end may have left a row half written; signal says so.
     if (ended.signal != 0 && ended.timed_out) {
         record.state = "limit";
         record.status = limit_reached;
-        record.signal = 0;
+        if (ended.signal == SIGTERM) record.signal = 0;
     } else if (ended.signal != 0 && ended.asked != 0) {
-        record.signal = ended.asked;
         record.status = 128 + ended.asked;
+        if (ended.signal != SIGKILL) record.signal = ended.asked;
     }
     if (ended.signal != 0 || ended.status == 0) return;
     record.message = message_of(ended.tail);
@@ -202,12 +203,10 @@ run_result run_deck(const run_options& options, const installation& where) {
     run.t_last = count_files(folder.partial, record);
     run.status = record.status;
 
-    // A simulator that had no time to write out what it held, or could not: its rows are no results.
-    const bool asked = ended.signal == SIGINT || ended.signal == SIGTERM;
-    run.kept = (ended.signal != 0 && !asked) || record.status == file_fault;
+    run.kept = stays_aside(record);
 
     std::string more;
-    if (ended.signal != 0 && !asked)
+    if (ended.signal != 0 && run.kept)
         more = "  the simulator was ended by signal " + std::to_string(ended.signal) + " (" + strsignal(ended.signal) +
                ")\n";
     else if (ended.signal == 0 && ended.status != 0)

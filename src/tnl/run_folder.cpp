@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fstream>
 #include <set>
@@ -113,6 +114,17 @@ void give_place(const fs::path& from, const fs::path& to) {
     if (error) fail("cannot write", to, error.message() + "; the rows are in " + from.parent_path().string());
 }
 
+// All but the record goes: where no results stand, it is what tells whose folder this is.
+void clear_partial(const fs::path& partial) {
+    std::error_code error;
+    if (!fs::exists(partial, error)) return;
+    for (const fs::directory_entry& entry : fs::directory_iterator(partial, error)) {
+        if (entry.path().filename() == record_name) continue;
+        fs::remove_all(entry.path(), error);
+        if (error) fail("cannot remove", entry.path(), error.message());
+    }
+}
+
 // Appears as a whole: written under another name in one folder, then moved to its place.
 void put_record(const run_record& record, const fs::path& written_in, const fs::path& place) {
     const fs::path beside = written_in / new_record_name();
@@ -181,6 +193,11 @@ std::string deck_identity(const std::string& path) {
     return none ? path : whole.string();
 }
 
+bool stays_aside(const run_record& record) {
+    const int s = record.signal;
+    return (s != 0 && s != SIGINT && s != SIGTERM && s != SIGHUP) || record.status == file_fault;
+}
+
 run_folder take_run_folder(const fs::path& path, const std::string& deck, bool force) {
     run_folder folder{path, path / partial_name, {}, {}};
     std::error_code error;
@@ -200,9 +217,12 @@ run_folder take_run_folder(const fs::path& path, const std::string& deck, bool f
     if ((done || killed) && owner != deck && !force)
         fail("cannot use", path,
              "it holds the results of " + owner + "; choose another with -o, or replace them with --force");
-    if (!done && killed && begun.state != "running") folder.old = begun;  // it was giving its files their places
-    fs::remove_all(folder.partial, error);
-    if (error) fail("cannot remove", folder.partial, error.message());
+    if (!done && killed && begun.state != "running" && !stays_aside(begun)) {
+        folder.old = begun;
+        publish(folder, begun);
+        folder.old = begun;
+    }
+    clear_partial(folder.partial);
     return folder;
 }
 
@@ -287,8 +307,11 @@ void publish(const run_folder& folder, run_record& record) {
         const bool foreign = !old.contains(file) && !brought.contains(file) && fs::exists(folder.path / file, error);
         if (file != record_name && !foreign) files.push_back(file);
     }
-    std::set<std::string> others(files.begin(), files.end());
-    for (const record_file& file : record.files) others.erase(file.path);
+    std::set<std::string> others(files.begin(), files.end()), now = others;
+    for (const record_file& file : record.files) {
+        others.erase(file.path);
+        now.insert(file.path);
+    }
     // If this is cut short, the next run must know all that is ours.
     record.other_files.assign(others.begin(), others.end());
     run_record both = record;
@@ -297,7 +320,6 @@ void publish(const run_folder& folder, run_record& record) {
 
     fs::remove(folder.path / record_name, error);
     if (error) fail("cannot remove", folder.path / record_name, error.message());
-    const std::set<std::string> now(files.begin(), files.end());
     for (const std::string& file : old) {
         if (!stays_inside(file) || now.contains(file)) continue;
         const fs::path path = folder.path / file;

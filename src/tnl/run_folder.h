@@ -38,8 +38,12 @@ struct run_folder {
 // The name under which records know the deck: its whole path, "-" for standard input.
 std::string deck_identity(const std::string& path);
 
+// Whether the rows of this run, which is over, are no results: the simulator was killed or could not write a file.
+bool stays_aside(const run_record& record);
+
 // Claims the folder for a run of the deck; made if it is not there. What a run that was killed has left in .partial is
-// removed. Throws file_error for a folder with anything else than results of this deck; with force, of any deck.
+// removed, or gets its place, if the kill came when files were about to. Throws file_error for a folder with anything
+// else than results of this deck; with force, of any deck.
 run_folder take_run_folder(const std::filesystem::path& path, const std::string& deck, bool force);
 
 // Throws deck_error, with the place of the statement, when a file that the deck writes would leave the folder or stand

@@ -36,7 +36,7 @@ expect 'and leaves nothing behind' no "$([ -e decks.run ] && echo yes || echo no
 cp "$source/examples/divider.in" decks/divider.in
 expect 'a deck in another folder runs' 0 "$(status_of "$tnl" run decks/divider.in)"
 expect 'the last line of its text' 'TARNEL: Program completed.' "$(tail -n 1 out.txt)"
-expect 'its rows are named' 'decks/divider.in.run/out.dat: r_of_R2 vout' "$(tail -n 1 err.txt)"
+expect 'its rows are named' 'decks/divider.in.run/out.dat: 3 rows of r_of_R2 vout' "$(tail -n 1 err.txt)"
 printf ' 1.000000e+03  5.000000e+00 \n 2.000000e+03  6.666667e+00 \n 5.000000e+03  8.333333e+00 \n' >wanted.dat
 expect 'its rows' "$(cat wanted.dat)" "$(cat decks/divider.in.run/out.dat)"
 expect 'the same again' 0 "$(status_of "$tnl" run decks/divider.in)"
