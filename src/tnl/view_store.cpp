@@ -40,6 +40,20 @@ bool is_inside(const fs::path& folder, const std::string& name) {
     return !error && std::mismatch(home.begin(), home.end(), whole.begin(), whole.end()).first == home.end();
 }
 
+// A run that goes on comes before the results of the one before it, which stand in its folder until it ends.
+opened_run open_latest(const std::string& path) {
+    std::error_code error;
+    for (const fs::path& folder : {fs::path(path), fs::path(path + ".run")}) {
+        if (!fs::is_regular_file(folder / partial_name / record_name, error)) continue;
+        try {
+            opened_run run = open_run((folder / partial_name).string());
+            if (run.unfinished) return run;
+        } catch (const file_error&) {  // it ends just now
+        }
+    }
+    return open_run(path);
+}
+
 bool is_row_file(const std::string& path) {
     std::error_code error;
     return !fs::is_directory(path, error) && !fs::is_directory(path + ".run", error);
@@ -94,7 +108,7 @@ view_store::view_store(const std::vector<std::string>& paths) {
     for (const std::string& path : paths) {
         view_run run;
         run.path = path;
-        run.opened = open_run(path);
+        run.opened = open_latest(path);
         set_files(run);
         runs_.push_back(std::move(run));
     }
@@ -186,7 +200,7 @@ void view_store::look_for_changes() {
         opened_run opened;
         std::string problem;
         try {
-            opened = open_run(runs_[i].path);
+            opened = open_latest(runs_[i].path);
         } catch (const file_error& e) {
             problem = e.what();
         }

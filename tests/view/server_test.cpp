@@ -137,6 +137,31 @@ TEST(view_server, gives_rows_as_doubles_behind_a_head) {
     EXPECT_EQ(list["runs"][0]["files"][0]["rows"], 10);
 }
 
+TEST(view_server, answers_with_whole_rows_while_the_file_grows) {
+    served s;
+    std::ofstream out("w.dat", std::ios::app);
+    double rows = 10;
+    for (int round = 0; round < 60; ++round) {
+        for (int i = 0; i < 500; ++i) out << rows + i << " " << 10 * (rows + i) << "\n";
+        rows += 500;
+        out << rows << " ";  // half a line
+        out.flush();
+        s.body("/api/runs");  // has the reader look
+        const std::vector<double> data = doubles_of(s.body("/api/data?run=0&file=w.dat&columns=1&points=20"));
+        ASSERT_GE(data.size(), 8u);
+        const auto n = static_cast<std::size_t>(data[0]);
+        ASSERT_EQ(data.size(), 8 + 2 * n);
+        ASSERT_LE(data[6], rows);
+        ASSERT_EQ(data[5], data[6] - 1);       // the axis ends with the last row
+        ASSERT_EQ(data.back(), 10 * data[5]);  // and so does the column
+        out << 10 * rows << "\n";
+        rows += 1;
+    }
+    out.flush();
+    s.store->wait_until_read();
+    EXPECT_EQ(doubles_of(s.body("/api/data?run=0&file=w.dat&columns=1"))[6], rows);
+}
+
 TEST(view_server, says_what_is_wrong_with_a_request) {
     served s;
     const auto told = [&](const std::string& words) {

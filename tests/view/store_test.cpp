@@ -125,6 +125,25 @@ TEST(view_store, follows_a_run_from_its_partial_folder_to_its_end_and_to_the_nex
     EXPECT_EQ(json::parse(store.list())["runs"][0]["problem"], "");
 }
 
+TEST(view_store, a_new_run_comes_before_the_results_of_the_old_one) {
+    const temp_folder inside;
+    write_record("a.run", "complete", one_file);
+    ::write_file("a.run/w.dat", "0 1\n1 1\n2 1\n");
+    view_store store({"a"});
+    store.want_file(0, "w.dat");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 3);
+    write_record("a.run/.partial", "running", one_file);
+    ::write_file("a.run/.partial/w.dat", "0 2\n");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 1);
+    fs::rename("a.run/.partial/w.dat", "a.run/w.dat");
+    fs::remove_all("a.run/.partial");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 1);
+    EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "complete");
+}
+
 TEST(view_store, files_outside_of_the_run_are_not_followed_whatever_the_record_says) {
     const temp_folder inside;
     ::write_file("secret.dat", "1 2\n");

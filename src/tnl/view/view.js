@@ -93,7 +93,7 @@ function plotHeight(found) {
     bars += 1;
   }
   const room = page.groups.clientHeight - 12 - bars * 74 - plots * 26;
-  return Math.max(130, Math.min(560, Math.floor(room / Math.max(plots, 1))));
+  return Math.max(130, Math.min(680, Math.floor(room / Math.max(plots, 1))));
 }
 
 function show() {
