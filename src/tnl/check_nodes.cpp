@@ -72,11 +72,12 @@ struct graph_view {
     const char* why_open;  // what the branches do that hold nothing together
 };
 using k = branch_kind;
+constexpr bool is_current(k b) { return b == k::current || b == k::controlled_current; }
 constexpr graph_view graph_views[] = {
-    {nullptr, "", [](k b) { return b != k::current; }, [](k b) { return b == k::voltage; }, ""},
-    {"dc", "in dc, ", [](k b) { return b != k::current && b != k::capacitor; },
+    {nullptr, "", [](k b) { return !is_current(b); }, [](k b) { return b == k::voltage; }, ""},
+    {"dc", "in dc, ", [](k b) { return !is_current(b) && b != k::capacitor; },
      [](k b) { return b == k::voltage || b == k::inductor; }, "capacitors are open in dc"},
-    {"startup", "in start-up, ", [](k b) { return b != k::current && b != k::inductor; },
+    {"startup", "in start-up, ", [](k b) { return !is_current(b) && b != k::inductor; },
      [](k b) { return b == k::voltage || b == k::capacitor; },
      "inductors have a given current in start-up, capacitors a given voltage"},
 };
@@ -132,6 +133,7 @@ private:
         for (const std::string& terminal : e.type->ind_node) {
             const int node = number(terminal);
             ++g_.node(node).n_other;
+            sensed_.insert(node);
         }
         for (const type_branch& b : e.type->branches) {
             const int from = number(b.from), to = number(b.to);
@@ -345,10 +347,18 @@ private:
             const bool told = std::all_of(nodes.begin(), nodes.end(), [&](int n) { return told_.count(n) > 0; });
             const bool open_terminal =
                 std::all_of(nodes.begin(), nodes.end(), [&](int n) { return g_.node(n).name.empty(); });
-            if (told || open_terminal) continue;
+            if (told || open_terminal || holds_itself(nodes, parts, root)) continue;
             told_.insert(nodes.begin(), nodes.end());
             report_part(v, nodes, parts, root);
         }
+    }
+    // A part that is sensed may set the controlled currents that feed it, and so its own voltage.
+    bool holds_itself(const std::vector<int>& nodes, union_find& parts, int root) const {
+        if (std::none_of(nodes.begin(), nodes.end(), [&](int n) { return sensed_.count(n) > 0; })) return false;
+        return std::any_of(g_.branches.begin(), g_.branches.end(), [&](const graph_branch& b) {
+            return b.kind == branch_kind::controlled_current &&
+                   (parts.root(b.from) == root) != (parts.root(b.to) == root);
+        });
     }
     bool unsure_branch(const graph_branch& b) const { return b.element >= 0 && element(b.element).type == nullptr; }
     void report_part(const graph_view& v, const std::vector<int>& nodes, union_find& parts, int root) {
@@ -366,7 +376,7 @@ private:
         for (const graph_branch& b : g_.branches)
             if ((parts.root(b.from) == root) != (parts.root(b.to) == root) && b.element >= 0) {
                 add_once(across, name_of(b.element));
-                currents_only = currents_only && b.kind == branch_kind::current;
+                currents_only = currents_only && is_current(b.kind);
             }
         const std::string who = (names.size() == 1 ? "node " : "nodes ") + list(names);
         const std::string reference = g_.node(g_.reference).name;
@@ -389,7 +399,7 @@ private:
 
     checked_deck& d_;
     deck_graph g_;
-    std::set<int> unsure_, told_;
+    std::set<int> unsure_, told_, sensed_;
 };
 
 }  // namespace

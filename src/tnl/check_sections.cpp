@@ -90,6 +90,14 @@ private:
         d_.report.error("misplaced", {i, 0}, word + " " + why);
     }
 
+    void open_solve(int line, int begin) {
+        solve_section s;
+        s.begin_line = line;
+        s.range = {begin, begin};
+        s_.solves.push_back(std::move(s));
+        now_ = section::solve;
+    }
+
     void border(int i, const std::string& word) {
         if (word == "begin_circuit") {
             if (s_.begin_circuit >= 0) {
@@ -108,11 +116,7 @@ private:
         } else if (word == "begin_solve") {
             close_any(i);
             if (s_.begin_circuit < 0) unexpected(i, word, "before the circuit");
-            solve_section s;
-            s.begin_line = i;
-            s.range = {i + 1, i + 1};
-            s_.solves.push_back(std::move(s));
-            now_ = section::solve;
+            open_solve(i, i + 1);
             if (s_.solves.size() == most_solves + 1)
                 d_.report.warning(
                     "too-many-blocks", {i, 0},
@@ -217,7 +221,15 @@ private:
             inside(i, word);
             return;
         }
-        const bool misplaced = has(circuit_words_, word) || has(solve_words_, word) || has(output_words, word);
+        if (!before && (word == "solve_type" || has(solve_words_, word))) {  // as if begin_solve stood here
+            d_.report.error("no-begin-solve", {i, 0}, "begin_solve is missing before this statement",
+                            "add a line: begin_solve");
+            open_solve(i, i);
+            inside(i, word);
+            return;
+        }
+        const bool misplaced = !near_words(border_words, word).empty() || has(circuit_words_, word) ||
+                               has(solve_words_, word) || has(output_words, word);
         const std::string text =
             "the statement " + word + " ... stands outside of all blocks and is not read" + near_text(all, word);
         if (misplaced)

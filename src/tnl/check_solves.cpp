@@ -96,7 +96,11 @@ private:
         for (int j = 1; j < f.n_words(i); j += 2) {
             const std::string word = d_.word(i, j);
             if (j + 1 >= f.n_words(i)) {
-                d_.report.error("no-value", {i, j}, word + " has no value and is passed over", word + "=...");
+                const std::span<const method_word> all = method_words();
+                if (std::any_of(all.begin(), all.end(), [&](const method_word& k) { return k.word == word; }))
+                    d_.report.error("no-value", {i, j}, word + " has no value and is passed over", word + "=...");
+                else
+                    d_.report.warning("stray-word", {i, j}, "the word " + word + " is passed over");
                 break;
             }
             const method_word* m = nullptr;

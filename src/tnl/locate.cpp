@@ -210,6 +210,16 @@ int sweeps_by_itself(const deck_view& deck, int i) {
     return deck.statements.begins(i, "vary_parm") ? find_word(deck, i, "auto") : -1;
 }
 
+// A statement solve_type of a kind that begins with one of these letters.
+int solve_type_like(const deck_view& deck, int i, std::string_view letters) {
+    const bool has_type = deck.statements.begins(i, "solve_type") && deck.statements.n_words(i) > 1;
+    return has_type && letters.find(deck.statements.word(i, 1)[0]) != std::string_view::npos ? 1 : -1;
+}
+int solves_dc(const deck_view& deck, int i) { return solve_type_like(deck, i, "d"); }
+int solves_startup(const deck_view& deck, int i) { return solve_type_like(deck, i, "s"); }
+int solves_time(const deck_view& deck, int i) { return solve_type_like(deck, i, "t"); }
+int solves_by_steps(const deck_view& deck, int i) { return solve_type_like(deck, i, "dt"); }
+
 struct silent_stop {
     std::string_view message;
     int (*cause)(const deck_view&, int i);  // the word that is meant; -1: not this statement
@@ -223,6 +233,12 @@ constexpr silent_stop silent_stops[] = {
     {"cct_class: reference node not found", is_refnode},
     {"title: not found", is_first},
     {"main: sweep end not reached", sweeps_by_itself},
+    {"solve_dc: N-R did not", solves_dc},
+    {"solve_dc: did not converge", solves_dc},
+    {"solve_startup: N-R did not", solves_startup},
+    {"solve_trns: no convergence", solves_time},
+    {"solve_trns: iter_trbdf2 has exceeded", solves_time},
+    {"N-R iterations did not converge", solves_by_steps},  // with small conductances
 };
 
 // A text that names a statement's first word and nothing else: it tells when the deck has one such statement.
