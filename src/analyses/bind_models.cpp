@@ -52,6 +52,11 @@ void bind_models(run_state& r) {
     check_templates(ebes_form, r.c.lib.ebes, e_functions, u.unit, find_ebe_registration);
     make_jac(r.c.lib.ebes, r.ebes1);
     r.ebe.assign(at(u.n()), ebe_call{});
+    int n_ddt = 0;
+    for (int s : u.unit.i_lib)
+        for (int k = r.c.lib.ebes.func.first_f[at(s)]; k < r.c.lib.ebes.func.first_f[at(s) + 1]; ++k)
+            n_ddt += r.c.lib.ebes.func.flag_ddt[at(k)] != 0;
+    u.f.resize(at(u.unit.n_ttlf() + n_ddt));
     for (int k = 0; k < u.n(); ++k) {
         const int s = u.unit.i_lib[at(k)];
         ebe_call& call = r.ebe[at(k)];

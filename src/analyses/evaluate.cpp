@@ -1,6 +1,9 @@
 #include "analyses/evaluate.h"
 
 #include <algorithm>
+#include <cstring>
+
+#include "analyses/plan.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -31,32 +34,66 @@ int& analysis_flag(run_state& r) {
     }
 }
 
-// Adds the derivatives of one evaluated unit. No search and no test: the slots hold active terms only.
-void add_jac(const slot_table& slot, int u, const double* jac, double* val_m) {
-    for (int s = slot.first_jac[at(u)]; s < slot.first_jac[at(u) + 1]; ++s)
-        val_m[slot.to_val[at(s)]] += jac[slot.from_jac[at(s)]];
+void call(run_state& r, const ebe_run& run, bool with_derivatives) {
+    if (run.function) return run.function(run, with_derivatives, &r.flags, &r.dp, &r.math_cnst);
+    get_ebe(r, run.unit);
+    if (with_derivatives) fetch_derivatives(run.jac, run.jac.out);
 }
-void add_jac_scaled(const slot_table& slot, int u, const double* jac, double constant, double* val_m) {
-    const double factor[2] = {1.0, constant};
-    for (int s = slot.first_jac[at(u)]; s < slot.first_jac[at(u) + 1]; ++s)
-        val_m[slot.to_val[at(s)]] += factor[slot.scale[at(s)]] * jac[slot.from_jac[at(s)]];
+void call(run_state& r, const gbe_run& run, bool with_derivatives) {
+    if (run.function) return run.function(run, with_derivatives, &r.flags, &r.dp, &r.math_cnst);
+    get_gbe(r, run.unit);
+    if (with_derivatives) fetch_derivatives(run.jac, run.jac.out);
+}
+// The units of some runs, for functions and, if with_derivatives, for derivatives.
+template <class Run>
+void call(run_state& r, const std::vector<Run>& runs, bool with_derivatives) {
+    r.flags.jacobian = with_derivatives ? 1 : 0;
+    for (const Run& run : runs) call(r, run, with_derivatives);
+    r.flags.jacobian = 0;
 }
 
-// Adds the functions f of all units of a family: rows of nodes are summed, rows of a unit's own are assigned.
-void add_functions(const slot_table& slot, const double* f, double* rhs_m) {
-    const std::size_t n_sum = slot.to_row.size(), n_own = slot.to_own.size();
-    for (std::size_t s = 0; s < n_sum; ++s) rhs_m[slot.to_row[s]] += f[slot.from_f[s]];
-    for (std::size_t s = 0; s < n_own; ++s) rhs_m[slot.to_own[s]] = f[slot.from_own[s]];
+double add_terms(double sum, const double* from, const int* term, const int* end) {
+    for (; term != end; ++term) sum += from[*term];
+    return sum;
 }
-// The same with the derivatives of sums that have one.
-void add_functions_with_ddt(const slot_table& slot, const double* f, const double* rate, double* rhs_m) {
-    const std::size_t n_sum = slot.to_row.size(), n_own = slot.to_own.size();
-    for (std::size_t s = 0; s < n_sum; ++s) {
-        double value = f[slot.from_f[s]];
-        if (const int d = slot.ddt[s]; d >= 0) value += rate[d];
-        rhs_m[slot.to_row[s]] += value;
+
+void scale(const value_moves& m, double constant, double* d) {
+    const std::size_t n = m.from.size();
+    for (std::size_t k = 0; k < n; ++k) d[m.to[k]] = constant * d[m.from[k]];
+}
+
+// The whole matrix, and what stands of the entries that will change.
+void sum_matrix(assembly_plan& p, double constant, double* val_m) {
+    double* d = p.d.data();
+    scale(p.scaled, constant, d);
+    p.d.back() = -constant;
+    const int *term = p.entries.term.data(), *first = p.entries.first.data();
+    const int n = p.entries.n();
+    for (int i = 0; i < n; ++i) val_m[i] = add_terms(0.0, d, term + first[i], term + first[i + 1]);
+    for (std::size_t k = 0; k < p.entry.size(); ++k) {
+        const int* begin = term + first[p.entry[k]];
+        p.standing[k] = add_terms(0.0, d, begin, begin + p.n_standing[k]);
     }
-    for (std::size_t s = 0; s < n_own; ++s) rhs_m[slot.to_own[s]] = f[slot.from_own[s]];
+}
+// The entries that change.
+void sum_changing(assembly_plan& p, double* val_m) {
+    double* d = p.d.data();
+    scale(p.scaled_changing, p.val_constant, d);
+    const int *term = p.changing.term.data(), *first = p.changing.first.data();
+    const std::size_t n = p.entry.size();
+    for (std::size_t k = 0; k < n; ++k)
+        val_m[p.entry[k]] = add_terms(p.standing[k], d, term + first[k], term + first[k + 1]);
+}
+
+// Rows of nodes are sums of functions f, rows of a unit's own are assigned.
+void sum_rows_of_nodes(const assembly_plan& p, const double* f, double* rhs_m) {
+    const int *term = p.rows.term.data(), *first = p.rows.first.data();
+    const std::size_t n = p.row.size();
+    for (std::size_t i = 0; i < n; ++i) rhs_m[p.row[i]] = add_terms(0.0, f, term + first[i], term + first[i + 1]);
+}
+void assign_own_rows(const slot_table& slot, const double* f, double* rhs_m) {
+    const std::size_t n = slot.to_own.size();
+    for (std::size_t s = 0; s < n; ++s) rhs_m[slot.to_own[s]] = f[slot.from_own[s]];
 }
 
 // dz/dt of all KCL derivatives by the present method. Tests stand in this order; the first that is on decides.
@@ -99,42 +136,38 @@ void take_local_variables(run_state& r, int u) {
         r.c.ebeu.locv[at(mat.locv.to[at(k)])] = r.c.ebeu.f[at(mat.locv.from[at(k)])];
 }
 
-// Templates share their derivatives, so that those of a unit are added before the next one is called. Functions and
-// local variables are each unit's own: they are fetched behind all calls.
-void evaluate_electrical(run_state& r, bool only_function) {
-    const int n = r.c.ebeu.n();
-    const bool in_time = r.mat.kind == analysis::trns;
-    const double constant = in_time ? method_constant(r.slv) : 0.0;
-    double* val_m = r.mat.val_m.data();
-    const double* f = r.c.ebeu.f.data();
-    if (only_function) {
-        for (int u = 0; u < n; ++u) get_ebe(r, u);
-    } else {
-        for (int u = 0; u < n; ++u) {
-            get_ebe(r, u);
-            const double* jac = r.ebe[at(u)].jac->store.data();
-            if (r.mat.ebe.any_ddt[at(u)])
-                add_jac_scaled(r.mat.ebe, u, jac, constant, val_m);
-            else
-                add_jac(r.mat.ebe, u, jac, val_m);
-        }
-    }
-    if (in_time) {
-        move_values(r.mat.locv, f, r.c.ebeu.locv.data());
-        find_rates(r);
-        add_functions_with_ddt(r.mat.ebe, f, r.mat.kcl_ddt.rate.data(), r.mat.rhs_m.data());
-    } else {
-        add_functions(r.mat.ebe, f, r.mat.rhs_m.data());
-    }
+// The held units, unless they have been called for these arguments.
+void call_held(run_state& r, bool with_derivatives) {
+    if (!with_derivatives && r.formed.of_held == r.formed.version) return;
+    call(r, r.plan.e.held, with_derivatives);
+    move_values(r.plan.e.of_held.locv, r.c.ebeu.f.data(), r.c.ebeu.locv.data());
+    r.formed.of_held = r.formed.version;
 }
 
-void evaluate_blocks(run_state& r, bool only_function) {
-    double* val_m = r.mat.val_m.data();
-    for (int u = 0; u < r.c.gbeu.n(); ++u) {
-        get_gbe(r, u);
-        if (!only_function) add_jac(r.mat.gbe, u, r.gbe[at(u)].jac->store.data(), val_m);
+// All units; whole: with the derivatives of all, changing: with those of units whose derivatives may change.
+void evaluate_electrical(run_state& r, bool whole, bool changing) {
+    const electrical_runs& e = r.plan.e;
+    double* f = r.c.ebeu.f.data();
+    call_held(r, whole);
+    call(r, e.accepted, whole);
+    call(r, e.left_out, whole);
+    call(r, e.changing, changing);
+    if (r.mat.kind == analysis::trns) {
+        move_values(e.of_others.locv, f, r.c.ebeu.locv.data());
+        move_values(e.of_left_out.locv, f, r.c.ebeu.locv.data());
+        find_rates(r);
+        const kcl_derivatives& k = r.mat.kcl_ddt;
+        double* total = f + r.c.ebeu.unit.n_ttlf();
+        for (int d = 0; d < k.n(); ++d) total[d] = f[k.f[at(d)]] + k.rate[at(d)];
     }
-    add_functions(r.mat.gbe, r.c.gbeu.f.data(), r.mat.rhs_m.data());
+    sum_rows_of_nodes(r.plan, f, r.mat.rhs_m.data());
+    assign_own_rows(r.mat.ebe, f, r.mat.rhs_m.data());
+}
+
+void evaluate_blocks(run_state& r, bool whole, bool changing) {
+    call(r, r.plan.g.pure, whole);
+    call(r, r.plan.g.changing, changing);
+    assign_own_rows(r.mat.gbe, r.c.gbeu.f.data(), r.mat.rhs_m.data());
 }
 
 // Function values of the state rows, from what the models gave last. Those of blocks follow every assembly, those of
@@ -146,28 +179,27 @@ void keep_state_functions(run_state& r, bool of_blocks) {
         if ((s.is_block[at(i)] != 0) == of_blocks) s.f_now[at(i)] = f[at(s.f[at(i)])];
 }
 
-// Totals, static values, local variables and terminal currents of some units in a transient.
-void find_functions_of(run_state& r, const unit_pass& pass, bool with_ddt) {
-    ebeu_class& e = r.c.ebeu;
+// Static values of derivatives, and with_totals their totals as currents.
+void find_totals(run_state& r, const std::vector<int>& ddt, bool with_totals) {
     kcl_derivatives& k = r.mat.kcl_ddt;
-    const raised on(r.flags.trns, r.flags.function);
-    for (int u : pass.unit) get_ebe(r, u);
-    const double* f = e.f.data();
-    move_values(pass.locv, f, e.locv.data());
-    for (int d : pass.ddt) k.still[at(d)] = f[k.f[at(d)]];
-    if (!with_ddt) return;
-    move_values(pass.current, f, e.cur_nd.data());
-    find_rates(r);
-    for (int d : pass.ddt) {
+    const double* f = r.c.ebeu.f.data();
+    for (int d : ddt) k.still[at(d)] = f[k.f[at(d)]];
+    if (!with_totals) return;
+    for (int d : ddt) {
         const double total = k.still[at(d)] + k.rate[at(d)];
         k.total[at(d)] = total;
-        e.cur_nd[at(k.terminal[at(d)])] = total;
+        r.c.ebeu.cur_nd[at(k.terminal[at(d)])] = total;
     }
 }
 
-// The unit whose row holds a flat index.
-int unit_of_index(const std::vector<int>& first, int index) {
-    return static_cast<int>(std::upper_bound(first.begin(), first.end(), index) - first.begin()) - 1;
+// Terminal currents at a point whose functions and local variables are known.
+void find_currents(run_state& r, const function_moves& m) {
+    move_values(m.current, r.c.ebeu.f.data(), r.c.ebeu.cur_nd.data());
+}
+
+// Nobody asks for totals before the end of a block whose method has no use for the present ones.
+bool totals_wait(const run_state& r) {
+    return !r.slv.flag_trz && !r.slv.flag_bdf2 && !r.plan.shows_currents && r.slv.i_file_solution < 0;
 }
 
 // Calls every unit that declares a flag word.
@@ -191,8 +223,24 @@ double method_constant(const solve_class& slv) {
     return slv.flag_bdf2 ? slv.cnst_bdf2_0 : 0.0;
 }
 
+namespace {
+bool same(const std::vector<double>& a, const std::vector<double>& b) {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
+}
+}  // namespace
+
 void ebce_form_arrays(run_state& r) {
     ebeu_class& u = r.c.ebeu;
+    formed_arguments& formed = r.formed;
+    const std::vector<double>& vr = r.c.gbeu.val_vr;
+    if (formed.valid && same(formed.val_nd, u.val_nd) && same(formed.aux, u.aux) && same(formed.val_vr, vr)) return;
+    formed.valid = formed.kept;
+    ++formed.version;
+    if (formed.valid) {
+        formed.val_nd = u.val_nd;
+        formed.aux = u.aux;
+        formed.val_vr = vr;
+    }
     const double* val = u.val_nd.data();
     for (std::size_t k = 0; k < u.nodev.size(); ++k) u.nodev[k] = val[u.nd.data[k]];
     for (std::size_t k = 0; k < u.vin.size(); ++k) u.vin[k] = val[u.in.data[k]];
@@ -200,7 +248,7 @@ void ebce_form_arrays(run_state& r) {
         const int auxs = u.ib_auxs.data[k];
         u.curind[k] = r.mat.kind == analysis::startup && auxs >= 0 ? u.auxs[at(auxs)] : u.aux[at(u.ib_aux.data[k])];
     }
-    for (std::size_t k = 0; k < u.val_vr.size(); ++k) u.val_vr[k] = r.c.gbeu.val_vr[at(u.vr_gbeu[k])];
+    for (std::size_t k = 0; k < u.val_vr.size(); ++k) u.val_vr[k] = vr[at(u.vr_gbeu[k])];
 }
 
 void gbce_form_arrays(run_state& r) {
@@ -209,29 +257,33 @@ void gbce_form_arrays(run_state& r) {
 }
 
 void form_jac_rhs(run_state& r, bool only_function) {
+    assembly_plan& plan = r.plan;
+    if (plan.layout != r.mat.layout) make_plan(r);
     r.flags.n_limit = 0;
     ebce_form_arrays(r);
     gbce_form_arrays(r);
-    std::fill(r.mat.rhs_m.begin(), r.mat.rhs_m.end(), 0.0);
-    // Every entry belongs to some unit, so that clearing all of them clears what will be summed. The matrix of a
-    // circuit of pure units stands as long as the method's constant does.
-    r.val_stands =
-        !only_function && r.mat.kind == analysis::trns && r.passes.all_pure && r.val_constant == method_constant(r.slv);
-    if (!only_function && !r.val_stands) r.val_constant = r.mat.kind == analysis::trns ? method_constant(r.slv) : 0.0;
-    only_function = only_function || r.val_stands;
-    if (!only_function) std::fill(r.mat.val_m.begin(), r.mat.val_m.end(), 0.0);
-    const raised on(analysis_flag(r), r.flags.function);
-    r.flags.jacobian = only_function ? 0 : 1;
-    evaluate_electrical(r, only_function);
-    evaluate_blocks(r, only_function);
-    r.flags.jacobian = 0;
+    const bool in_time = r.mat.kind == analysis::trns;
+    const double constant = in_time ? method_constant(r.slv) : 0.0;
+    const bool changing = !only_function, whole = changing && !(in_time && plan.d_stands);
+    {
+        const raised on(analysis_flag(r), r.flags.function);
+        evaluate_electrical(r, whole, changing);
+        evaluate_blocks(r, whole, changing);
+    }
+    if (changing) {
+        if (!whole && plan.val_stands && plan.val_constant == constant)
+            sum_changing(plan, r.mat.val_m.data());
+        else
+            sum_matrix(plan, constant, r.mat.val_m.data());
+        plan.d_stands = plan.val_stands = in_time;
+        plan.val_constant = constant;
+    }
     keep_state_functions(r, true);
 }
 
 void add_trns_terms(run_state& r, bool only_function) {
     mat_class& mat = r.mat;
     const solve_class& slv = r.slv;
-    const double constant = method_constant(slv);
     for (int i = 0; i < mat.state.n(); ++i) {
         const int q = mat.state.col[at(i)];
         double x = 0.0, x1 = 0.0, x2 = 0.0;
@@ -251,7 +303,6 @@ void add_trns_terms(run_state& r, bool only_function) {
         } else if (slv.flag_bdf2) {
             residual += -x * slv.cnst_bdf2_0 + x1 * slv.cnst_bdf2_1 - x2 * slv.cnst_bdf2_2;
         }
-        if (!only_function && !r.val_stands && q >= 0) mat.val_m[at(mat.state.slot[at(i)])] -= constant;
     }
 }
 
@@ -320,87 +371,67 @@ void find_ebe_cur_startup(run_state& r) {
 }
 
 void find_ebe_cur_trns(run_state& r, bool with_ddt) {
-    find_functions_of(r, with_ddt ? r.passes.at_accepted : r.passes.with_ddt, with_ddt);
+    const electrical_runs& e = r.plan.e;
+    const double* f = r.c.ebeu.f.data();
+    double* locv = r.c.ebeu.locv.data();
+    {
+        const raised on(r.flags.trns, r.flags.function);
+        call_held(r, false);
+        if (with_ddt) {
+            call(r, e.accepted, false);
+            call(r, e.changing, false);
+        } else {
+            call(r, e.with_ddt, false);
+        }
+    }
+    const function_moves& others = with_ddt ? e.of_others : e.of_with_ddt;
+    move_values(others.locv, f, locv);
+    if (!with_ddt || !totals_wait(r)) {
+        if (with_ddt) {
+            find_currents(r, e.of_held);
+            find_currents(r, others);
+            find_rates(r);
+        }
+        find_totals(r, e.of_held.ddt, with_ddt);
+        find_totals(r, others.ddt, with_ddt);
+    }
     keep_state_functions(r, false);
 }
 
 void find_left_out_currents(run_state& r) {
+    const electrical_runs& e = r.plan.e;
     ebce_form_arrays(r);
-    find_functions_of(r, r.passes.left_out, true);
-}
-
-namespace {
-void add_move(value_moves& m, int from, int to) {
-    m.from.push_back(from);
-    m.to.push_back(to);
-}
-
-void add_to_pass(unit_pass& pass, const run_state& r, int u) {
-    const ebeu_class& e = r.c.ebeu;
-    const mat_class& mat = r.mat;
-    const function_table& t = r.c.lib.ebes.func;
-    pass.unit.push_back(u);
-    for (int k = mat.first_locv[at(u)]; k < mat.first_locv[at(u) + 1]; ++k)
-        add_move(pass.locv, mat.locv.from[at(k)], mat.locv.to[at(k)]);
-    const int s = e.unit.i_lib[at(u)];
-    for (int j = 0; j < std::min(e.nd.size(u), t.n_func(s)); ++j)
-        if (t.flag_kcl[at(t.first_f[at(s)] + j)])
-            add_move(pass.current, e.unit.first_func[at(u)] + j, e.nd.first[at(u)] + j);
-    for (int d = mat.kcl_ddt.first[at(u)]; d < mat.kcl_ddt.first[at(u) + 1]; ++d) pass.ddt.push_back(d);
-}
-}  // namespace
-
-void plan_passes(run_state& r) {
-    pass_lists& p = r.passes;
-    p = pass_lists{};
-    const ebeu_class& e = r.c.ebeu;
-    const std::vector<int>&pure_e = r.c.lib.ebes.flag.pure, &pure_g = r.c.lib.gbes.flag.pure;
-    std::vector<char> wanted(at(e.n()), 0);
-    std::vector<char> slots_e(at(e.n()), 0), slots_g(at(r.c.gbeu.n()), 0);
-    for (const out_file& file : r.slv.files)
-        for (const out_var& v : file.vars) {
-            if (v.prefix != prefix_none) continue;
-            if (v.kind == ov_cur)
-                wanted[at(unit_of_index(e.nd.first, v.index))] = 1;
-            else if (v.kind == ov_pwr_elec)
-                for (int u = r.c.eelu.first_unit[at(v.instance)]; u < r.c.eelu.first_unit[at(v.instance) + 1]; ++u)
-                    wanted[at(u)] = 1;
-            else if (v.kind == ov_iparm_ebe || v.kind == ov_rparm_ebe)
-                slots_e[at(unit_of_index(v.kind == ov_iparm_ebe ? e.unit.iprm.first : e.unit.rprm.first, v.index))] = 1;
-            else if (v.kind == ov_iparm_gbe || v.kind == ov_rparm_gbe)
-                slots_g[at(unit_of_index(v.kind == ov_iparm_gbe ? r.c.gbeu.unit.iprm.first : r.c.gbeu.unit.rprm.first,
-                                         v.index))] = 1;
-        }
-    const function_table& t = r.c.lib.ebes.func;
-    p.all_pure = true;
-    for (int u = 0; u < e.n(); ++u) {
-        const int s = e.unit.i_lib[at(u)];
-        bool ddt = false;
-        for (int k = t.first_f[at(s)]; k < t.first_f[at(s) + 1]; ++k) ddt = ddt || t.flag_ddt[at(k)];
-        const bool pure = pure_e[at(s)] != 0;
-        p.all_pure = p.all_pure && pure;
-        if (ddt) add_to_pass(p.with_ddt, r, u);
-        add_to_pass(ddt || !pure || wanted[at(u)] ? p.at_accepted : p.left_out, r, u);
-        if (slots_e[at(u)]) p.ov_ebe.push_back(u);
+    {
+        const raised on(r.flags.trns, r.flags.function);
+        call(r, e.left_out, false);
     }
-    for (int u = 0; u < r.c.gbeu.n(); ++u) {
-        p.all_pure = p.all_pure && pure_g[at(r.c.gbeu.unit.i_lib[at(u)])];
-        if (slots_g[at(u)]) p.ov_gbe.push_back(u);
-    }
+    move_values(e.of_left_out.locv, r.c.ebeu.f.data(), r.c.ebeu.locv.data());
+    find_currents(r, e.of_left_out);
+}
+
+void find_waiting_currents(run_state& r) {
+    if (!totals_wait(r)) return;
+    const electrical_runs& e = r.plan.e;
+    find_currents(r, e.of_held);
+    find_currents(r, e.of_others);
+    find_rates(r);
+    find_totals(r, e.of_held.ddt, true);
+    find_totals(r, e.of_others.ddt, true);
 }
 
 void ov_prm_of_files(run_state& r) {
-    if (r.passes.ov_ebe.empty() && r.passes.ov_gbe.empty()) return;
+    if (r.plan.ov_ebe.empty() && r.plan.ov_gbe.empty()) return;
     const raised on(r.flags.outvar_prm);
     ebce_form_arrays(r);
     gbce_form_arrays(r);
-    for (int u : r.passes.ov_ebe) get_ebe(r, u);
-    for (int u : r.passes.ov_gbe) get_gbe(r, u);
+    for (int u : r.plan.ov_ebe) get_ebe(r, u);
+    for (int u : r.plan.ov_gbe) get_gbe(r, u);
 }
 
 void find_block_functions(run_state& r) {
     gbce_form_arrays(r);
     const raised on(r.flags.trns, r.flags.function);
-    for (int u = 0; u < r.c.gbeu.n(); ++u) get_gbe(r, u);
+    call(r, r.plan.g.pure, false);
+    call(r, r.plan.g.changing, false);
     keep_state_functions(r, true);
 }

@@ -53,7 +53,6 @@ public:
         for (int u = 0; u < c_.ebeu.n(); ++u) {
             const int s = c_.ebeu.unit.i_lib[at(u)];
             const ebes1_class* jac = ebes1 ? &(*ebes1)[at(s)] : nullptr;
-            any_ddt_ = false;
             for (int j = 0; j < te_.n_func(s); ++j) lay_function(u, te_.first_f[at(s)], j, jac);
             close_unit(mat_.ebe);
             mat_.kcl_ddt.first.push_back(mat_.kcl_ddt.n());
@@ -65,7 +64,6 @@ public:
         int row = mat_.nrow_ebce;
         for (int u = 0; u < c_.gbeu.n(); ++u) {
             const int s = c_.gbeu.unit.i_lib[at(u)];
-            any_ddt_ = false;
             for (int j = 0; j < tg_.n_func(s); ++j, ++row) {
                 const int k = tg_.first_f[at(s)] + j;
                 for (int d = tg_.first_fvar[at(k)]; d < tg_.first_fvar[at(k) + 1]; ++d) {
@@ -126,7 +124,6 @@ private:
             // The row also depends on what its local variable depends on, times the constant of the method.
             const int defining = te_.kcl_locvar_func[at(k)];
             lay_terms(u, first_k + defining, defining, row, 1, jac);
-            any_ddt_ = true;
         }
         if (part.row == function_part::node_row) {
             mat_.ebe.to_row.push_back(row);
@@ -166,9 +163,8 @@ private:
         mat_.state.is_block.push_back(is_block ? 1 : 0);
     }
 
-    void close_unit(slot_table& t) const {
+    static void close_unit(slot_table& t) {
         t.first_jac.push_back(static_cast<int>(t.to_val.size()));
-        t.any_ddt.push_back(any_ddt_ ? 1 : 0);
     }
 
     mat_class& mat_;
@@ -176,7 +172,6 @@ private:
     const function_table &te_, &tg_;
     pattern_builder pattern_;
     int row_next_ = 0, n_row_ = 0;
-    bool any_ddt_ = false;
 };
 
 void clear_tables(mat_class& mat) {
@@ -218,6 +213,7 @@ void allocate_system(mat_class& mat, const circuit& c) {
 void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& ebes1,
              const std::vector<gbes1_class>& gbes1) {
     clear_tables(mat);
+    ++mat.layout;
     layout lay(mat, c);
     lay.lay_electrical(&ebes1);
     const int nnz_ebce = lay.nnz();

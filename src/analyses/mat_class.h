@@ -26,7 +26,6 @@ struct slot_table {
     std::vector<int> to_row, from_f;                  // rows that several units share: f is added
     std::vector<int> ddt;                             // of each sum: derivative added to it; -1
     std::vector<int> to_own, from_own;                // rows of one function alone: f is assigned
-    std::vector<char> any_ddt;                        // [n] 1: some entry of the unit is scaled or has a derivative
 };
 
 // Values that are copied from one flat array to another, in this order.
@@ -58,6 +57,7 @@ struct state_rows {
 
 struct mat_class {
     analysis kind = analysis::dc;
+    int layout = 0;  // counts the calls of set_mat
     // unknowns
     int n_svec = 0;
     svec_offsets offs;

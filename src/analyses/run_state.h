@@ -12,46 +12,68 @@
 #include "run/flags_class.h"
 #include "run/math_cnst_class.h"
 
-// One call of a model with the pointers to its unit's slices resolved. function is null if there is no such model; the
-// call then does nothing.
-struct ebe_call {
-    ebe_function function = nullptr;
-    int* iparm = nullptr;
-    char** sparm = nullptr;
-    double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
-    double *v = nullptr, *vind = nullptr, *curind = nullptr, *aux = nullptr, *vr = nullptr, *xvr = nullptr,
-           *auxs = nullptr, *locv = nullptr;
-    double *v_new = nullptr, *aux_new = nullptr, *auxs_new = nullptr;
-    int* dvar = nullptr;
-    double* f = nullptr;
-    ebes1_class* jac = nullptr;
+// Rows of sums over one flat array of numbers, in the order of addition.
+struct sum_rows {
+    std::vector<int> first{0};  // [n + 1] terms of row i are first[i] .. first[i + 1] - 1
+    std::vector<int> term;      // place in the array
+    int n() const { return static_cast<int>(first.size()) - 1; }
 };
 
-struct gbe_call {
-    gbe_function function = nullptr;
-    int* iparm = nullptr;
-    char** sparm = nullptr;
-    double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
-    double *vr = nullptr, *xvr = nullptr, *aux = nullptr, *vr_new = nullptr, *aux_new = nullptr;
-    double* f = nullptr;
-    gbes1_class* jac = nullptr;
-};
-
-// Electrical units that are called together, and what is fetched from their functions then.
-struct unit_pass {
-    std::vector<int> unit;
+// What is fetched of the functions of some electrical units behind their calls.
+struct function_moves {
     value_moves locv, current;  // to local variables, to terminal currents
     std::vector<int> ddt;       // KCL derivatives of these units
 };
 
-// Which units a transient calls where not all need it. A unit that is pure and has no derivative gives nothing at an
-// accepted point that anybody reads, unless an output wants its currents.
-struct pass_lists {
-    unit_pass at_accepted;            // totals, local variables, histories, wanted currents
-    unit_pass with_ddt;               // those that own a function with a derivative
-    unit_pass left_out;               // those not in at_accepted; their currents are found at the end of the block
+// Electrical units by what a transient must call where; other analyses have standing, timed and changing ones alone.
+// The calls of pure units have no side effect, and may stand in any order; the others are called in the order of the
+// units.
+//   held      pure and timeless, and wanted at accepted points: for a derivative, or since an output shows a current.
+//             They stand while the variables do: an accepted point is the first iterate of the next step.
+//   accepted  other pure ones that are wanted at accepted points
+//   left_out  other pure ones; their currents are found at the end of the block
+//   changing  all others; they are called at accepted points, for their histories
+struct electrical_runs {
+    std::vector<ebe_run> held, accepted, left_out, changing;
+    std::vector<ebe_run> with_ddt;  // again those that own a function with a derivative, less the held ones
+    function_moves of_held, of_others, of_left_out, of_with_ddt;
+};
+struct block_runs {
+    std::vector<gbe_run> pure, changing;
+};
+
+// How the present system is put together. Entries of the matrix that pure units alone add to stand as long as the
+// method's constant does; of another entry the sum up to the first unit that is not pure does.
+struct assembly_plan {
+    int layout = -1;  // the mat.layout that it was made for
+    electrical_runs e;
+    block_runs g;
+    std::vector<std::vector<int>> from_ebe, from_gbe;  // [templates] places in the jac store that some unit adds
+    // Derivatives as the models gave them last; behind them those that are scaled, and minus the method's constant.
+    std::vector<double> d;
+    value_moves scaled, scaled_changing;
+    sum_rows entries;              // [nnz] over d
+    std::vector<int> entry;        // entries that change
+    sum_rows changing;             // [entry] their terms behind the standing ones
+    std::vector<int> n_standing;   // [entry] terms in front
+    std::vector<double> standing;  // [entry] sum of these
+    // Sums of functions: the functions of electrical units with the totals of those with a derivative behind them.
+    std::vector<int> row;             // [rows of several units]
+    sum_rows rows;                    // [row]
     std::vector<int> ov_ebe, ov_gbe;  // units whose output slots are in some file
-    bool all_pure = false;            // the matrix depends on parameters and the method's constant alone
+    bool shows_currents = false;      // some file shows a terminal current
+    bool d_stands = false;            // d has the derivatives of the pure units for this block
+    bool val_stands = false;          // val_m has their sums for this constant of the method
+    double val_constant = 0.0;        // 1/s
+};
+
+// The variables that the arguments of electrical units were formed of last.
+struct formed_arguments {
+    bool kept = false;  // only while a transient runs: nobody else writes arguments then
+    bool valid = false;
+    long version = 0;   // counts the changes
+    long of_held = -1;  // version that the held units were called for
+    std::vector<double> val_nd, aux, val_vr;
 };
 
 struct run_state {
@@ -65,9 +87,8 @@ struct run_state {
     std::vector<gbes1_class> gbes1;
     std::vector<ebe_call> ebe;  // [electrical units]
     std::vector<gbe_call> gbe;  // [general units]
-    pass_lists passes;          // of the present transient
-    double val_constant = 0.0;  // 1/s, the method's constant in val_m; 0: val_m must be assembled
-    bool val_stands = false;    // the last assembly found val_m as it should be
+    assembly_plan plan;
+    formed_arguments formed;
 
     explicit run_state(circuit& elaborated) : c(elaborated) {}
 };

@@ -80,6 +80,7 @@ void clear_solvec(run_state& r) {
     gbeu_class& g = r.c.gbeu;
     for (auto* v : {&u.val_nd, &u.aux, &u.auxs, &u.locv, &u.cur_nd, &g.val_vr, &g.aux, &r.mat.svec})
         std::fill(v->begin(), v->end(), 0.0);
+    r.formed.of_held = -1;
 }
 
 void form_solvec(run_state& r) { collect(r.mat, r.c, present(r.c)); }
@@ -95,6 +96,7 @@ void update_sol_1(run_state& r) {
     ebeu_class& u = r.c.ebeu;
     gbeu_class& g = r.c.gbeu;
     spread(mat, r.c, present(r.c));
+    r.formed.valid = false;
     to_terminals(u, u.val_nd, u.nodev);
     for (std::size_t i = 0; i < n; ++i) mat.svec[i] += mat.delsvec[i];
     std::copy(u.aux.begin(), u.aux.end(), u.aux_new.begin());

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "analyses/evaluate.h"
+#include "analyses/plan.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
@@ -17,14 +18,15 @@ constexpr int mode_analog = 5;
 
 // ---- levels: the present point, the accepted one before it, and the one before that -----------------------------------
 
+// Levels are exchanged: what comes into the present one, or into 1, is overwritten before it is read.
 void keep_functions_1(mat_class& m) {  // present -> 1
-    m.kcl_ddt.total_1 = m.kcl_ddt.total;
-    m.kcl_ddt.still_1 = m.kcl_ddt.still;
+    m.kcl_ddt.total_1.swap(m.kcl_ddt.total);
+    m.kcl_ddt.still_1.swap(m.kcl_ddt.still);
     m.state.f_1 = m.state.f_now;
 }
 void keep_functions_2(mat_class& m) {  // 1 -> 2
-    m.kcl_ddt.total_2 = m.kcl_ddt.total_1;
-    m.kcl_ddt.still_2 = m.kcl_ddt.still_1;
+    m.kcl_ddt.total_2.swap(m.kcl_ddt.total_1);
+    m.kcl_ddt.still_2.swap(m.kcl_ddt.still_1);
     m.state.f_2 = m.state.f_1;
 }
 void restore_functions_1(mat_class& m) {  // 1 -> present
@@ -44,6 +46,14 @@ void keep_point_1(run_state& r) {
 void keep_point_2(mat_class& m) {
     m.svec_old_2 = m.svec_old_1;
     m.locv_old_2 = m.locv_old_1;
+}
+
+// Back to the accepted point before, or to the one before that: the functions of the units are of another point.
+void restore_point(run_state& r, const std::vector<double>& svec, const std::vector<double>& locv) {
+    r.mat.svec = svec;
+    r.c.ebeu.locv = locv;
+    r.formed.of_held = -1;
+    dcmp_solvec(r);
 }
 
 // ---- one solve ---------------------------------------------------------------------------------------------------------
@@ -136,10 +146,8 @@ void plain_step(run_state& r) {
             gmin_or_halt(r);
         }
         slv.delt = std::max(slv.delt_min, slv.delt * slv.fctr_stepred);
-        mat.svec = mat.svec_old_1;
-        r.c.ebeu.locv = mat.locv_old_1;
+        restore_point(r, mat.svec_old_1, mat.locv_old_1);
         if (slv.flag_trz) restore_functions_1(mat);
-        dcmp_solvec(r);
     }
 }
 
@@ -184,10 +192,8 @@ void trbdf2_step(run_state& r) {
         if (!slv.l_converged) {
             if (slv.delt == slv.delt_min) no_smaller_step(slv, count, false);
             slv.delt = std::max(slv.delt_min, h * slv.fctr_stepred);
-            mat.svec = mat.svec_old_1;
-            r.c.ebeu.locv = mat.locv_old_1;
+            restore_point(r, mat.svec_old_1, mat.locv_old_1);
             restore_functions_1(mat);
-            dcmp_solvec(r);
             continue;
         }
         keep_point_2(mat);
@@ -210,10 +216,10 @@ void trbdf2_step(run_state& r) {
             if (slv.delt == slv.delt_min) no_smaller_step(slv, count, true);
             slv.delt = std::max(slv.delt_min, h * slv.fctr_stepred);
         }
-        mat.svec = mat.svec_old_1 = mat.svec_old_2;
-        r.c.ebeu.locv = mat.locv_old_1 = mat.locv_old_2;
+        mat.svec_old_1 = mat.svec_old_2;
+        mat.locv_old_1 = mat.locv_old_2;
+        restore_point(r, mat.svec_old_1, mat.locv_old_1);
         restore_functions_2(mat);
-        dcmp_solvec(r);
     }
 }
 
@@ -308,8 +314,8 @@ void write_row(run_state& r) {
 void solve_trns(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
-    plan_passes(r);
-    r.val_constant = 0.0;
+    make_plan(r);
+    r.formed.kept = true;
     define_method_flags(r);
     slv.time_present = r.flags.t_start;
     r.flags.time_epsilon = slv.time_epsilon;
@@ -326,24 +332,29 @@ void solve_trns(run_state& r) {
         lines.tell();
         begin_analog_step(r);
         r.flags.iter_trns_1 = slv.iter_trns_1;
-        if (slv.trbdf2) {
+        if (slv.trbdf2)
             trbdf2_step(r);
-        } else {
+        else
             plain_step(r);
-            if (slv.gear2_fixed || slv.gear2) keep_point_2(r.mat);
-        }
         slv.time_present = slv.time_next;
         r.flags.time_present = slv.time_present;
         write_row(r);
-        if (r.flags.t_end <= slv.time_present + slv.time_epsilon) {
+        const bool ends = r.flags.t_end <= slv.time_present + slv.time_epsilon;
+        if (ends || slv.iter_trns == slv.itmax_trns - 1) {
             find_left_out_currents(r);
+            find_waiting_currents(r);
+        }
+        if (ends) {
+            r.formed = formed_arguments{};
             r.flags.init_flags();
             return;
         }
+        if (slv.gear2_fixed || slv.gear2) keep_point_2(r.mat);
         keep_point_1(r);
         next_step_size(r);
     }
-    find_left_out_currents(r);
+    if (slv.itmax_trns <= 0) find_left_out_currents(r);
+    r.formed = formed_arguments{};
     say("warning: time_end not reached");
     say("  in transient simulation.");
     say("  Increase itmax_trns in the method card.");

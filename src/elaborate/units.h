@@ -46,7 +46,8 @@ struct ebeu_class {
     std::vector<int> dvar;
     // one per auxiliary unknown, start-up unknown, local variable
     std::vector<double> aux, aux_new, auxs, auxs_new, locv;
-    std::vector<double> f;  // [n_ttlf] what the models write: static function values
+    // what the models write: static function values; behind them room for totals of those with a derivative
+    std::vector<double> f;  // [n_ttlf + n_ddt]
     std::vector<double> time_nextbreak;  // [n] s, the unit's last answer
     std::vector<int> vr_gbeu;            // [vr.data] general variable at unit level, of each connection
 

@@ -12,6 +12,7 @@ constexpr flag_word ebes_flags[] = {
     {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
     {"startup_sprt", &entry_flags::startup_sprt, 0}, {"allow_ssw", &entry_flags::allow_ssw, 1},
     {"gmin_step", &entry_flags::gmin_step, 0},       {"pure", &entry_flags::pure, 0},
+    {"timeless", &entry_flags::timeless, 0},
 };
 constexpr list_line ebes_lines[] = {
     {"nodes:", "nd", &L::node, 500, 10000},
@@ -103,7 +104,7 @@ constexpr library_form ebes_form = {
     .lines = ebes_lines,
     .functions = {true, &ebes_terminal, &ebes_startup, &ebes_local, &ebes_general},
     .map_kinds = ebes_kinds,
-    .glue = {"ebe", "e_", "get_ebe", "i_ebes", "map_global_ebe", "ebes1_class.h", "ebe_registration", "ebe_all.lst",
+    .glue = {"ebe", "e_", "get_ebe", "i_ebes", "map_global_ebe", "ebes1_class.h", "ebe_registration", "run_ebe", "ebe_all.lst",
              true, ebe_arguments, ebe_declared, ebe_numbered},
 };
 
@@ -174,7 +175,7 @@ constexpr library_form ebac_form = {
     .lines = ebac_lines,
     .functions = {true, &ebac_words, nullptr, nullptr, &ebac_words},
     .map_kinds = ebac_kinds,
-    .glue = {"ebac", "e_ac_", "get_ebe_ac", "i_ebac", "map_global_sse", "ebac1_class.h", "ebe_ac_registration",
+    .glue = {"ebac", "e_ac_", "get_ebe_ac", "i_ebac", "map_global_sse", "ebac1_class.h", "ebe_ac_registration", nullptr,
              "sse_all.lst", false, ebe_ac_arguments, ebe_ac_declared, ebe_ac_numbered},
 };
 
@@ -229,7 +230,7 @@ constexpr library_form gbes_form = {
     .lines = gbes_lines,
     .functions = {false, nullptr, nullptr, nullptr, &gbes_words},
     .map_kinds = block_variables,
-    .glue = {"gbe", "g_", "get_gbe", "i_gbes", "map_global_gbe", "gbes1_class.h", "gbe_registration", "gbe_all.lst",
+    .glue = {"gbe", "g_", "get_gbe", "i_gbes", "map_global_gbe", "gbes1_class.h", "gbe_registration", "run_gbe", "gbe_all.lst",
              true, gbe_arguments, gbe_declared, gbe_numbered},
 };
 
@@ -283,6 +284,6 @@ constexpr library_form gbac_form = {
     .lines = gbac_lines,
     .functions = {false, nullptr, nullptr, nullptr, &gbac_words},
     .map_kinds = block_variables,
-    .glue = {"gbac", "g_ac_", "get_gbe_ac", "i_gbac", "map_global_ssg", "gbac1_class.h", "gbe_ac_registration",
+    .glue = {"gbac", "g_ac_", "get_gbe_ac", "i_gbac", "map_global_ssg", "gbac1_class.h", "gbe_ac_registration", nullptr,
              "ssg_all.lst", false, gbe_ac_arguments, gbe_ac_declared, gbe_ac_numbered},
 };

@@ -14,6 +14,7 @@ struct entry_flags {
     std::vector<int> limit_modulo, allow_reset, set_rparm_1, get_rparm_1;  // general blocks
     std::vector<int> noise_source;                                         // small-signal forms
     std::vector<int> pure;          // derivatives depend on parameters and analysis alone; a call has no side effect
+    std::vector<int> timeless;      // functions depend on parameters, analysis and the unit's variables alone
     std::vector<int> jac_const;     // "Jacobian: constant"
     std::vector<int> ground_dummy;  // the entry named ground_dummy_1
 };

@@ -32,9 +32,10 @@ std::vector<std::string> parameters(const glue_form& glue) {
     return items;
 }
 
-void write_prototypes(std::ostream& out, const library_form& form, const basic_library& lib) {
+void write_prototypes(std::ostream& out, const library_form& form, const basic_library& lib,
+                      std::string_view attributes = "") {
     for (int e = 0; e < lib.n(); ++e)
-        write_chr_array_2(out, line("void ", function_name(form, lib, e), "("), parameters(form.glue), "   ", ");");
+        write_chr_array_2(out, line(attributes, "void ", function_name(form, lib, e), "("), parameters(form.glue), "   ", ");");
 }
 
 // The object for derivatives, and for small-signal forms of elements that of the operating point.
@@ -172,11 +173,18 @@ void write_ebes_c_1(std::ostream& out, const library_form& form, const basic_lib
 void write_registration(std::ostream& out, const library_form& form, const basic_library& lib) {
     const std::string row = form.glue.registration;
     out << "#include \"models/registration.h\"\n";
-    write_prototypes(out, form, lib);
+    // Where rows of units are called, a function's body stands in the loop over them.
+    const char* run = form.glue.run;
+    write_prototypes(out, form, lib, run ? "inline __attribute__((always_inline)) " : "");
+    if (run) out << "#include \"sub" << form.glue.file_word << ".cpp\"\n";
     out << "const " << row << ' ' << row << "s[] = {\n";
-    for (int e = 0; e < lib.n(); ++e)
-        out << "   {\"" << lib.list.entry[e] << "\", " << function_name(form, lib, e) << ", {"
-            << joined_counts(entry_counts(form, lib, e)) << "}},\n";
+    for (int e = 0; e < lib.n(); ++e) {
+        const std::string function = function_name(form, lib, e);
+        out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {"
+            << joined_counts(entry_counts(form, lib, e)) << '}';
+        if (run) out << ", " << run << '<' << function << '>';
+        out << "},\n";
+    }
     if (lib.n() == 0) out << "   {\"\", nullptr, {}},\n";
     out << "};\nconst int n_" << row << "s = " << lib.n() << ";\n";
 }

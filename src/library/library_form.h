@@ -76,6 +76,7 @@ struct glue_form {
     const char* map;           // "map_global_ebe": member of flags_class
     const char* jac_header;    // "ebes1_class.h"
     const char* registration;  // type of a row of the registration table
+    const char* run;           // "run_ebe": template that calls a function for rows of units; null: there is none
     const char* list_file;     // "ebe_all.lst"
     bool has_prototypes;
     std::span<const argument> arguments;

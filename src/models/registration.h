@@ -3,21 +3,10 @@
 #include <complex>
 #include <string_view>
 
-struct flags_class;
-struct dp_class;
-struct math_cnst_class;
-struct ebes1_class;
-struct ebac1_class;
-struct gbes1_class;
-struct gbac1_class;
+#include "models/runs.h"
 
-// A model of an electrical element. Arrays are slices of the unit tables: parameters, present values, values of the next
-// iterate under limiting (_new), function values, and jac for the partial derivatives.
-using ebe_function = void (*)(const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
-                              double* v, double* vind, double* curind, double* aux, double* vr, double* xvr,
-                              double* auxs, double* locv, double* v_new, double* aux_new, double* auxs_new, int* dvar,
-                              double* f, ebes1_class* jac, flags_class* flags, dp_class* dp,
-                              math_cnst_class* math_cnst);
+struct ebac1_class;
+struct gbac1_class;
 
 // counts: words of each list of the entry that the model was compiled from, in the order of its lines, then its
 // functions. The model indexes its arrays by them.
@@ -25,6 +14,7 @@ struct ebe_registration {
     std::string_view name;
     ebe_function function;
     int counts[15];
+    ebe_run_function run;  // the same for rows of units
 };
 
 // All electrical elements of this build; written by the build from the element files.
@@ -53,14 +43,11 @@ extern const int n_ebe_ac_registrations;
 ebe_ac_function find_ebe_ac(std::string_view name);  // null if there is no such model
 const ebe_ac_registration* find_ebe_ac_registration(std::string_view name);
 
-// A model of a general block, and its small-signal form.
-using gbe_function = void (*)(const int i_gbeu, int* iparm, char** sparm, double* rparm, double* stparm, double* igparm,
-                              double* vr, double* xvr, double* aux, double* vr_new, double* aux_new, double* f,
-                              gbes1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
 struct gbe_registration {
     std::string_view name;
     gbe_function function;
     int counts[9];
+    gbe_run_function run;
 };
 extern const gbe_registration gbe_registrations[];
 extern const int n_gbe_registrations;

@@ -284,7 +284,7 @@ TEST(write_registration, gives_each_name_its_function_and_the_counts_of_its_entr
         read_basic(ebe({"ebe name=a", "nodes: p n", "rparms: r=1 s=2 t=3", "no_functions 2"}, "f_p v(p)\nf_n v(n)\n")));
     EXPECT_TRUE(
         out.str().ends_with("const ebe_registration ebe_registrations[] = {\n"
-                            "   {\"a\", e_a, {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 2}},\n};\n"
+                            "   {\"a\", e_a, {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 2}, run_ebe<e_a>},\n};\n"
                             "const int n_ebe_registrations = 1;\n"));
     write_registration(none, ebac_form, read_basic("", ebac_form));
     EXPECT_TRUE(none.str().ends_with("const int n_ebe_ac_registrations = 0;\n"));
