@@ -421,7 +421,13 @@ std::vector<record_place> places_of_stop(std::string_view text, const deck_view&
     if (!stop.explained && stop.found.size() <= most_candidates)
         for (const stop_place& p : stop.found) places.push_back(place_in_files(deck, p.i_statement, p.i_word));
     if (places.empty())
-        for (const check_fault* f : stop.errors) places.push_back(place_of_fault(stop.report, *f));
+        for (const check_fault* f : stop.errors) {  // one place a line is enough
+            const record_place place = place_of_fault(stop.report, *f);
+            const bool told = std::any_of(places.begin(), places.end(), [&](const record_place& p) {
+                return p.file == place.file && p.line == place.line;
+            });
+            if (!told) places.push_back(place);
+        }
     return places;
 }
 
