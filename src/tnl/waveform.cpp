@@ -26,10 +26,17 @@ double between(const wave& w, std::size_t i, double t) {
 
 double span_of(const wave& w) { return w.t.back() - w.t.front(); }
 
+// What t may lie outside at an end with this distance between its two samples: a run ends, and rows of a fixed interval
+// begin, up to a row beside the time that was asked for. Never more than a hundredth of the span.
+double slack(const wave& w, double last_interval) {
+    return std::max(beyond * span_of(w), std::min(last_interval, 0.01 * span_of(w)));
+}
+
 // t, moved to the first or last sample when it lies just outside.
 double inside(const wave& w, double t) {
-    const double slack = beyond * span_of(w);
-    if (!(t >= w.t.front() - slack && t <= w.t.back() + slack))
+    const std::size_t n = w.t.size();
+    const double first = n > 1 ? w.t[1] - w.t[0] : 0, last = n > 1 ? w.t[n - 1] - w.t[n - 2] : 0;
+    if (!(t >= w.t.front() - slack(w, first) && t <= w.t.back() + slack(w, last)))
         throw measure_error(text_of(t) + " lies outside the rows, which go from " + text_of(w.t.front()) + " to " +
                             text_of(w.t.back()));
     return std::clamp(t, w.t.front(), w.t.back());

@@ -23,8 +23,8 @@ struct measure_error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The part from a to b with interpolated borders. Ends that lie beyond the samples by less than a millionth of their
-// span, as printed numbers do, are taken for the first or last sample. Throws measure_error.
+// The part from a to b with interpolated borders. Ends that lie beyond the samples by less than the distance of two and
+// a hundredth of the span are taken for the first or last sample. Throws measure_error.
 samples clip(const wave& w, double a, double b);
 double value_at(const wave& w, double t);  // behind a jump at t; throws measure_error
 

@@ -97,9 +97,15 @@ TEST(waveform, a_window_ends_before_a_jump_and_begins_behind_one) {
     EXPECT_EQ(value_at(w, 0.999), 0);
 }
 
-TEST(waveform, a_window_beyond_the_rows_is_refused_unless_by_rounding_alone) {
+TEST(waveform, a_window_beyond_the_rows_is_refused_unless_by_less_than_a_row_and_a_hundredth) {
     const samples w{{1, 2}, {0, 1}};
     EXPECT_EQ(clip(w, 1, 2.0000009).t.back(), 2);
+    EXPECT_EQ(clip(w, 0.991, 2).t.front(), 1);
+    EXPECT_NE(fault_of([&] { clip(w, 1, 2.011); }), "");
+    const samples fine{{1, 1.001, 1.999, 2}, {0, 0, 1, 1}};
+    EXPECT_EQ(clip(fine, 0.9991, 2.0009).t.back(), 2);
+    EXPECT_NE(fault_of([&] { clip(fine, 1, 2.0011); }), "");
+    EXPECT_NE(fault_of([&] { clip(fine, 0.9989, 2); }), "");
     EXPECT_EQ(fault_of([&] { clip(w, 1, 3); }), "3 lies outside the rows, which go from 1 to 2");
     EXPECT_EQ(fault_of([&] { clip(w, 0, 2); }), "0 lies outside the rows, which go from 1 to 2");
     EXPECT_EQ(fault_of([&] { clip(w, 2, 1); }), "the window from 2 to 1 is empty");
