@@ -52,11 +52,15 @@ std::set<std::string> words_of_text(std::string_view text) {
     return words;
 }
 
+constexpr std::size_t longest_question = 400;  // characters that are looked at
+
 bool among(const std::set<std::string>& words, const std::string& word) {
     if (words.count(word)) return true;
     if (word.size() < 5) return false;
     return std::any_of(words.begin(), words.end(), [&](const std::string& w) {
-        return w.size() >= 5 && (edit_distance(w, word) <= 1 || w.starts_with(word) || word.starts_with(w));
+        const bool near_length = w.size() <= word.size() + 1 && word.size() <= w.size() + 1;
+        return w.size() >= 5 && (w.starts_with(word) || word.starts_with(w) ||
+                                 (near_length && w[0] == word[0] && edit_distance(w, word) <= 1));
     });
 }
 
@@ -76,7 +80,7 @@ const advice_text* find_advice(std::string_view message) {
 }
 
 std::vector<const advice_pattern*> similar_patterns(std::string_view text, std::size_t most) {
-    const std::set<std::string> asked = words_of_text(text.substr(0, 2000));
+    const std::set<std::string> asked = words_of_text(text.substr(0, longest_question));
     std::vector<std::pair<double, const advice_pattern*>> scored;
     for (const advice_pattern& row : advice_patterns()) {
         const advice_text* t = advice_of(row);
