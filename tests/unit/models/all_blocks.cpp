@@ -8,6 +8,14 @@
 #include "block_unit.h"
 #include "run/list_file.h"
 
+// The generated dispatch: by the number in the library, and through the list of names.
+void get_gbe_by_number(const int i_gbes, const int i_gbeu, int* iparm, char** sparm, double* rparm, double* stparm,
+                       double* igparm, double* vr, double* xvr, double* aux, double* vr_new, double* aux_new, double* f,
+                       gbes1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
+void get_gbe_by_list(const int i_element, const int i_gbeu, int* iparm, char** sparm, double* rparm, double* stparm,
+                     double* igparm, double* vr, double* xvr, double* aux, double* vr_new, double* aux_new, double* f,
+                     gbes1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
+
 namespace {
 
 std::vector<std::string> block_names() {
@@ -265,6 +273,39 @@ TEST_P(every_block, has_derivatives_that_hang_on_parameters_alone_if_it_says_so)
             if (trial == 0) first = u.jac.store;
             EXPECT_EQ(u.jac.store, first);
         }
+    }
+}
+
+void dispatch(bool through_list, block_unit& u, int selector) {
+    block_numbers& x = u.x;
+    (through_list ? get_gbe_by_list : get_gbe_by_number)(selector, 0, x.iparm.data(), u.sparm.data(), x.rparm.data(),
+                                                         x.stparm.data(), x.igparm.data(), x.vr.data(), x.xvr.data(),
+                                                         x.aux.data(), x.vr_new.data(), x.aux_new.data(), x.f.data(),
+                                                         &u.jac, &u.flags, &u.dp, &u.math_cnst);
+}
+
+TEST(generated_dispatch, calls_the_block_by_library_number_or_through_the_list) {
+    const int i_abs = installed_gbes().list.find("abs");
+    for (const bool list : {false, true}) {
+        block_unit u("abs");
+        u.flags.map_global_gbe = {99, i_abs};
+        u.flags.trns = u.flags.function = 1;
+        u.x.vr[0] = -3;
+        u.x.vr[1] = 5;
+        dispatch(list, u, list ? 1 : i_abs);
+        EXPECT_EQ(u.x.f[0], 2);  // y - |x|
+    }
+}
+
+TEST(generated_dispatch, does_nothing_at_all_for_an_unknown_block) {
+    for (const bool list : {false, true}) {
+        block_unit u("abs");
+        u.flags.map_global_gbe = {99};
+        u.flags.trns = u.flags.function = 1;
+        u.x.vr[0] = -3;
+        const block_numbers before = u.x;
+        dispatch(list, u, list ? 0 : 99);
+        EXPECT_EQ(u.x, before);
     }
 }
 
