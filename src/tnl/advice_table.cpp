@@ -209,6 +209,8 @@ constexpr advice_pattern patterns[] = {
     {"the smallest time step", "time-no-convergence"},
     {"N-R line search failed", "line-search"},
     {"Singular matrix?", "singular"},
+    {"valmax_col=", "singular"},
+    {"solve_trns: N-R iterations did not converge", "time-no-convergence"},
     {"error in gauss_2", "singular"},
     {"(even after reordering)", "singular"},
     {"Pivot is too small", "singular"},

@@ -73,8 +73,6 @@ int assert_command(const assert_options& options) {
     if (!options.junit.empty()) report.emplace(options.junit);
 
     run_tables tables(options.run, options.file);
-    const std::string caution = tables.caution();
-    if (!caution.empty()) std::fprintf(stderr, "tnl: %s\n", caution.c_str());
     std::vector<test_result> results;
     bool all_pass = true;
     for (const expression& e : expressions) {
@@ -83,6 +81,7 @@ int assert_command(const assert_options& options) {
     }
     print(results, options.junit == "-" ? stderr : stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw file_error("cannot write standard output");
+    std::fputs(tables.note().c_str(), stderr);
     if (report) {
         report->write(junit_xml("tnl assert " + options.run, results));
         report->commit();

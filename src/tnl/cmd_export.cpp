@@ -74,8 +74,7 @@ int export_command(const export_options& options) {
     output_file out(options.output);
     format.write(choice, out);
     out.commit();
-    const std::string caution = tables.caution();
-    if (!caution.empty()) std::fprintf(stderr, "tnl: %s\n", caution.c_str());
+    std::fputs(tables.note().c_str(), stderr);
     return good;
 }
 

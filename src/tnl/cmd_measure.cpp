@@ -28,8 +28,6 @@ int measure_command(const measure_options& options) {
             throw usage_error(text + " is a comparison; tnl assert tells whether it holds");
     }
     run_tables tables(options.run, options.file);
-    const std::string caution = tables.caution();
-    if (!caution.empty()) std::fprintf(stderr, "tnl: %s\n", caution.c_str());
     nlohmann::ordered_json all = nlohmann::ordered_json::array();
     std::string text;
     int status = good;
@@ -58,6 +56,7 @@ int measure_command(const measure_options& options) {
     }
     if (options.json) text = all.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
     write_output("-", text);
+    std::fputs(tables.note().c_str(), stderr);
     return status;
 }
 

@@ -33,12 +33,14 @@ std::string ending(const run_options& options, const run_result& run, const std:
                                  : "rows up to " + (t.empty() ? "there" : t) + " are in " + place.string() + "/";
     char limit[32];
     std::snprintf(limit, sizeof limit, "%g s", options.time_limit);
+    if (run.record.state == "limit" && (options.time_limit <= 0 || run.record.seconds < options.time_limit))
+        return "tnl: the steps that itmax_trns allows were used up" + (t.empty() ? "" : " at " + t) + "; " + kept;
     if (run.record.state == "limit")
         return std::string("tnl: time limit of ") + limit + " reached" + (t.empty() ? "" : " at " + t) + "; " + kept;
     if (run.record.signal == SIGINT) return "tnl: interrupted; " + kept;
     if (run.record.signal == SIGTERM || run.record.signal == SIGHUP) return "tnl: asked to end; " + kept;
     if (run.record.signal != 0) return "tnl: the simulator was killed; " + kept;
-    if (run.kept) return "tnl: a file could not be written; " + kept;
+    if (run.kept && run.status == file_fault) return "tnl: a file could not be written; " + kept;
     return run.status == good || run.record.files.empty() ? "" : kept;
 }
 
@@ -65,6 +67,9 @@ int run_command(const run_options& options, bool json) {
     std::error_code error;
     if (run.kept && std::filesystem::exists(run.folder / record_name, error))
         tell("tnl: " + run.folder.string() + "/ holds the results of the earlier run as they were");
+    if (!run.findings.empty())
+        tell("tnl: the run did not stop at these; look whether it solved what is meant:\n" +
+             run.findings.substr(0, run.findings.size() - 1));
     return run.status;
 }
 

@@ -31,6 +31,7 @@ public:
     explicit resolver(deck_source& source) : source_(source) {}
 
     void add(std::string text, const std::string& path) {
+        if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);  // the mark that some editors put before UTF-8
         const int i_file = static_cast<int>(source_.files.size());
         source_.files.push_back({path, lines_of(text)});
         open_.push_back(path);

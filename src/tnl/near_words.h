@@ -14,6 +14,7 @@ int edit_distance(std::string_view a, std::string_view b);
 std::vector<std::string> near_words(const std::vector<std::string>& words, std::string_view word, std::size_t most = 3);
 
 // "; near names: a, b", or nothing.
-std::string near_text(const std::vector<std::string>& words, std::string_view word, std::string_view kind = "near names");
+std::string near_text(const std::vector<std::string>& words, std::string_view word,
+                      std::string_view kind = "near names");
 
 }  // namespace cli

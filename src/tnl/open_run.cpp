@@ -1,5 +1,8 @@
 #include "tnl/open_run.h"
 
+#include <fstream>
+#include <utility>
+
 #include "tnl/exit_status.h"
 #include "tnl/run_folder.h"
 
@@ -38,6 +41,12 @@ opened_run open_file(const fs::path& path) {
     return run;
 }
 
+bool begins_like_a_deck(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string begin(6, ' ');
+    return in.read(begin.data(), 6) && begin == "title:";
+}
+
 }  // namespace
 
 opened_run open_run(const std::string& path) {
@@ -48,6 +57,7 @@ opened_run open_run(const std::string& path) {
         throw file_error(path + " is a folder without results of tnl run");
     }
     if (fs::is_directory(path + ".run", error) && open_folder(path + ".run", run)) return run;
+    if (begins_like_a_deck(path)) throw file_error(path + " has not been run; tnl run " + path + " does");
     if (fs::exists(path, error)) return open_file(path);
     throw file_error("cannot read " + path + ": no such run, deck or row file");
 }
@@ -58,6 +68,11 @@ row_table load_table(const opened_run& run, const record_file& file) {
     table.kind = file.kind;
     if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
     return table;
+}
+
+bool is_finer(const record_file& a, const record_file& b) {
+    const auto worth = [](const record_file& f) { return std::pair(f.kind != "startup" && f.rows != 1, f.rows); };
+    return worth(a) > worth(b);
 }
 
 const record_file* find_file(const opened_run& run, std::string_view name) {

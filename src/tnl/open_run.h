@@ -22,6 +22,10 @@ opened_run open_run(const std::string& path);
 // The file's rows with names and units from the record, where their number fits. Throws file_error.
 row_table load_table(const opened_run& run, const record_file& file);
 
+// Which of two tables a user means who names neither: curves before a start-up solution or a single row, then the one
+// with more rows.
+bool is_finer(const record_file& a, const record_file& b);
+
 // "out.dat" or "dir/out.dat": the file of the run with this path, or nullptr. An empty name means the first table.
 const record_file* find_file(const opened_run& run, std::string_view name);
 

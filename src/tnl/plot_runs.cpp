@@ -70,7 +70,7 @@ bool is_column(std::list<named_run>& runs, const plot_wish& wish, const std::str
     throw usage_error(text);
 }
 
-// The file with most of the columns, and among equals the first with more than one row.
+// The file with most of the columns, and among equals the finest.
 const record_file& file_for(named_run& r, const std::vector<std::string>& columns, const plot_wish& wish) {
     const std::vector<const record_file*> files = tables_of(r, wish);
     if (files.empty() && !wish.file.empty()) {
@@ -83,11 +83,10 @@ const record_file& file_for(named_run& r, const std::vector<std::string>& column
     const record_file* best = nullptr;
     int most = -1;
     for (const record_file* file : files) {
-        const bool is_curve = file->kind != "startup" && file->rows != 1;
-        const int worth = 2 * n_columns_of(r, *file, columns) + (is_curve ? 1 : 0);
-        if (worth > most) best = file, most = worth;
+        const int n = n_columns_of(r, *file, columns);
+        if (n > most || (n == most && is_finer(*file, *best))) best = file, most = n;
     }
-    if (most < 2 && !columns.empty()) throw usage_error(r.word + " has none of the columns " + listed(columns));
+    if (most < 1 && !columns.empty()) throw usage_error(r.word + " has none of the columns " + listed(columns));
     return *best;
 }
 

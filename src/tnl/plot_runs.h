@@ -9,7 +9,7 @@
 namespace cli {
 
 struct plot_wish {
-    std::string file;    // of the run; empty: that with most of the columns, the first of equals
+    std::string file;    // of the run; empty: that with most of the columns, the finest of equals
     std::string x;       // column; empty: x_column_of()
     plot_choice choice;  // an empty title: the deck's
 };

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "tnl/check_deck.h"
 #include "tnl/locate.h"
 #include "tnl/progress.h"
 #include "tnl/row_count.h"
@@ -21,6 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::string_view cut_off_text = "Increase itmax_trns in the method card.";
 constexpr double between_looks = 0.5;  // s, at the files of a run; the simulator writes as often
 
 // Signals wait while it lives, so that files get their places as a whole.
@@ -118,6 +120,11 @@ void end_record(const process_result& ended, const deck_view& deck, const deck_n
         record.status = 128 + ended.asked;
         if (ended.signal != SIGKILL) record.signal = ended.asked;
     }
+    // The simulator calls a run complete that has used up its steps.
+    if (ended.signal == 0 && ended.status == 0 && ended.tail.find(cut_off_text) != std::string::npos) {
+        record.state = "limit";
+        record.status = limit_reached;
+    }
     if (ended.signal != 0 || ended.status == 0) return;
     record.message = message_of(ended.tail);
     if (output_failed(ended.tail)) record.status = file_fault;
@@ -167,6 +174,15 @@ process_result simulate(const run_options& options, const installation& where, c
     return ended;
 }
 
+// What `tnl check` says of a deck that ran: it may have solved something else than what is written.
+std::string findings_of(const deck_view& deck, const installed_libraries& libraries, bool errors_only) {
+    const check_report report = check_deck(deck, libraries);
+    std::string text;
+    for (const check_fault& fault : report.faults)
+        if (fault.is_error || !errors_only) text += fault_text(report, fault, "  ");
+    return text;
+}
+
 }  // namespace
 
 installation own_installation() {
@@ -203,7 +219,10 @@ run_result run_deck(const run_options& options, const installation& where) {
     run.t_last = count_files(folder.partial, record);
     run.status = record.status;
 
-    run.kept = stays_aside(record);
+    // A stop before the first row, as a misspelt word leads to, is no reason to lose the results that are there.
+    const bool nothing_new = record.state == "stopped" && record.files.empty() && !folder.old.files.empty();
+    run.kept = stays_aside(record) || nothing_new;
+    if (ended.status == 0 && ended.signal == 0) run.findings = findings_of(run.deck, libraries, options.quiet);
 
     std::string more;
     if (ended.signal != 0 && run.kept)

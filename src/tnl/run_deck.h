@@ -28,6 +28,7 @@ struct run_options {
     std::vector<std::string> words = {};  // as typed, for the record
 };
 struct run_result {
+    std::string findings;  // of the deck, behind a run that completed: what it may not have solved as it is written
     int status = good;
     std::filesystem::path folder;  // where the results stand
     deck_view deck;

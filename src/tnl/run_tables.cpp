@@ -75,10 +75,16 @@ const row_table& run_tables::with_columns(const std::vector<std::string>& names)
         fitting.push_back(file);
         paths.push_back(file->path);
     }
-    if (fitting.size() > 1)
-        throw usage_error(
-            (names.empty() ? "there are several tables: " : list_of(names) + " stands in several tables: ") +
-            list_of(paths) + "; choose one with --file");
+    if (fitting.size() > 1) {
+        const auto finest =
+            std::max_element(fitting.begin(), fitting.end(),
+                             [](const record_file* a, const record_file* b) { return is_finer(*b, *a); });
+        const std::string taken = (*finest)->path;
+        std::erase(paths, taken);
+        choices_.insert("tnl: " + (names.empty() ? "" : list_of(names) + ": ") + "taken is " + taken +
+                        "; --file takes also " + list_of(paths) + "\n");
+        fitting = {*finest};
+    }
     if (fitting.empty() && files_.size() == 1) {
         const std::vector<std::string> known = names_of(*files_[0]);
         for (const std::string& n : names)
@@ -98,11 +104,15 @@ const row_table& run_tables::with_columns(const std::vector<std::string>& names)
     return table;
 }
 
-std::string run_tables::caution() const {
-    if (run_.unfinished) return "the run goes on, or was cut: the rows up to now are taken";
+std::string run_tables::note() const {
+    std::string text;
+    for (const std::string& choice : choices_) text += choice;
     const std::string& state = run_.record.state;
-    if (state.empty() || state == "complete") return "";
-    return "the run did not come to its end (" + state + "): the rows up to there are taken";
+    if (run_.unfinished)
+        text += "tnl: the run goes on, or was cut: the rows up to now are taken\n";
+    else if (!state.empty() && state != "complete")
+        text += "tnl: the run did not come to its end (" + state + "): the rows up to there are taken\n";
+    return text;
 }
 
 curve_range curves_of(const row_table& table, int number) {

@@ -1,6 +1,7 @@
 // run_tables.h -- the tables of a run, and the one that a request is about.
 #pragma once
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,12 +17,14 @@ public:
     // usage_error for a file that the run does not have.
     run_tables(const std::string& run, const std::string& file);
 
-    // The table that holds all these columns. Throws usage_error when there is none, with near names, or several.
+    // The table that holds all these columns, the finest if there are several; note() tells which. Throws usage_error
+    // when there is none, with near names.
     const row_table& with_columns(const std::vector<std::string>& names);
 
     const run_record& record() const { return run_.record; }
-    // What the user should know of a run that did not come to its end; empty for others.
-    std::string caution() const;
+    // What the user should know: of a run that did not come to its end, and of tables that were chosen among several.
+    // Lines that begin with "tnl: "; empty for nothing.
+    std::string note() const;
 
 private:
     const row_table& load(const record_file& file);
@@ -30,6 +33,7 @@ private:
     opened_run run_;
     std::vector<const record_file*> files_;   // tables that may be meant
     std::map<std::string, row_table> table_;  // that were read
+    std::set<std::string> choices_;           // lines about tables chosen among several
 };
 
 // Throws usage_error: the table lacks this column.
