@@ -5,19 +5,10 @@
 #include "tnl/commands.h"
 #include "tnl/exit_status.h"
 
-int main(int argc, char** argv) {
-    CLI::App app{"tnl runs decks of the circuit simulator TARNEL: power converters, machines and their control."};
-    app.name("tnl");
-    app.set_version_flag("--version", "tnl " TNL_VERSION);
-    app.require_subcommand(1);
-    app.footer(
-        "The script ./tnl also knows: build, test [--sanitize], bench, fuzz [MINUTES [TARGET...]], format, tidy.\n"
-        "Exit status: 0 good, 1 the simulator stopped with a message, 2 wrong usage, 3 a fault of the deck or a "
-        "library,\n"
-        "4 an assertion failed, 5 a file or folder could not be read or written, 6 a limit was reached,\n"
-        "128+n ended by signal n.");
-    cli::command_list commands;
-    cli::add_run(app, commands);
+namespace {
+
+// A run is what scripts start by the thousand: it does not wait for the options of the other commands.
+void add_others(CLI::App& app, cli::command_list& commands) {
     cli::add_demo(app, commands);
     cli::add_list(app, commands);
     cli::add_describe(app, commands);
@@ -33,8 +24,25 @@ int main(int argc, char** argv) {
     cli::add_view(app, commands);
     cli::add_check(app, commands);
     cli::add_explain(app, commands);
+}
 
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"tnl runs decks of the circuit simulator TARNEL: power converters, machines and their control."};
+    app.name("tnl");
+    app.set_version_flag("--version", "tnl " TNL_VERSION);
+    app.require_subcommand(1);
+    app.footer(
+        "The script ./tnl also knows: build, test [--sanitize], bench, fuzz [MINUTES [TARGET...]], format, tidy.\n"
+        "Exit status: 0 good, 1 the simulator stopped with a message, 2 wrong usage, 3 a fault of the deck or a "
+        "library,\n"
+        "4 an assertion failed, 5 a file or folder could not be read or written, 6 a limit was reached,\n"
+        "128+n ended by signal n.");
+    cli::command_list commands;
     const std::string word = argc > 1 ? argv[1] : "";
+    cli::add_run(app, commands);
+    if (word != "run") add_others(app, commands);
     if (word == "help") {
         std::fputs(app.help().c_str(), stdout);
         return cli::good;
