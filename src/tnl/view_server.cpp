@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <thread>
 
 #include "tnl/exit_status.h"
 #include "tnl/run_folder.h"
@@ -234,9 +235,19 @@ view_server::~view_server() = default;
 
 std::string view_server::address() const { return "http://127.0.0.1:" + std::to_string(port_) + "/" + token_ + "/"; }
 
-void view_server::listen() { http_->listen_after_bind(); }
+void view_server::listen() {
+    listening_ = true;
+    if (!stopping_) http_->listen_after_bind();
+    ended_ = true;
+}
 
-void view_server::stop() { http_->stop(); }
+// The library forgets a stop that comes before it listens.
+void view_server::stop() {
+    stopping_ = true;
+    if (!listening_) return;
+    while (!http_->is_running() && !ended_) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    http_->stop();
+}
 
 double view_server::seconds_idle() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - last_request_.load()).count();

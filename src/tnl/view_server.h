@@ -35,7 +35,7 @@ public:
     int port() const { return port_; }
     std::string address() const;  // with the token
     void listen();                // until stop()
-    void stop();
+    void stop();                  // also before listen()
     double seconds_idle() const;  // since the last request that was not refused
 
 private:
@@ -45,6 +45,7 @@ private:
     int port_ = 0;
     std::atomic<std::chrono::steady_clock::time_point> last_request_;
     std::unique_ptr<httplib::Server> http_;
+    std::atomic<bool> listening_ = false, stopping_ = false, ended_ = false;
 };
 
 }  // namespace cli

@@ -33,8 +33,8 @@ awk 'function near(x, y) { return (x - y) ^ 2 < (2e-4 * y) ^ 2 }
            good = good && near(value["rise(vout,"], 2.1972246e-3) && near(value["avg(vout)"], 8.0134759)
            print good ? "good" : "wrong", NR, unit["max(i)"], unit["tau"], unit["avg(vout)"] }' out.txt >seen.txt
 expect 'are those of the formula, in their units' 'good 5 A s V' "$(cat seen.txt)"
-expect 'a column of several tables' 2 "$(status_of "$tnl" measure rc.in 'max(vout)')"
-expect 'is told' 'tnl: vout stands in several tables: start.dat, out.dat, wave.dat; choose one with --file' "$(cat err.txt)"
+expect 'a column of several tables' 0 "$(status_of "$tnl" measure rc.in 'max(vout)')"
+expect 'is taken from the finest' 'tnl: vout: taken is wave.dat; --file takes also start.dat, out.dat' "$(cat err.txt)"
 expect 'a file of the run' 0 "$(status_of "$tnl" measure rc.in.run/wave.dat 'max(vout) - at(vout, 5m)')"
 expect 'has its names' 'max(vout) - at(vout, 5m) = 0 V' "$(cat out.txt)"
 expect 'a column that is not there' 2 "$(status_of "$tnl" measure rc.in.run/wave.dat 'max(vou)')"
@@ -65,7 +65,8 @@ expect 'standard output that is full' 5 "$("$tnl" assert rc.in --file wave.dat '
 
 expect 'no format' 2 "$(status_of "$tnl" export rc.in)"
 expect 'two formats' 2 "$(status_of "$tnl" export rc.in --csv --tsv)"
-expect 'several tables' 2 "$(status_of "$tnl" export rc.in --csv)"
+expect 'several tables' 0 "$(status_of "$tnl" export rc.in --csv)"
+expect 'the finest is taken' "$(($(wc -l <rc.in.run/wave.dat) + 1))" "$(wc -l <out.txt)"
 expect 'csv' 0 "$(status_of "$tnl" export rc.in --file out.dat --csv --units i time)"
 expect 'its head' "i [A],time [s]$cr" "$(head -n 1 out.txt)"
 expect 'its second line' "0.01,0$cr" "$(sed -n 2p out.txt)"

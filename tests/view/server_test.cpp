@@ -94,6 +94,14 @@ TEST(view_server, refuses_other_host_names_even_with_the_token) {
         EXPECT_EQ(s.status(s.base + "/", {{"Host", host}}), 403) << host;
 }
 
+TEST(view_server, a_stop_before_it_listens_is_not_forgotten) {
+    served s;
+    view_server other(*s.store, "page", 0);
+    other.stop();
+    other.listen();  // comes back
+    EXPECT_EQ(httplib::Client("127.0.0.1", other.port()).Get("/").error() == httplib::Error::Success, false);
+}
+
 TEST(view_server, two_servers_have_different_tokens) {
     served s;
     const view_server other(*s.store, "page", 0);

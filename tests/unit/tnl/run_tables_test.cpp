@@ -20,11 +20,11 @@ protected:
         run_record record;
         record.state = "complete";
         record.files = {{"a.dat", "trns", {{"time", "s"}, {"vout", "V"}, {"i1", "A"}}, 2, 1},
-                        {"b.dat", "trns", {{"time", "s"}, {"vout", "V"}, {"w2", ""}}, 2, 2},
+                        {"b.dat", "trns", {{"time", "s"}, {"vout", "V"}, {"w2", ""}}, 3, 2},
                         {"state.dat", "solution", {}, 0, 0}};
         write_file("d.run/run.json", to_json(record));
         write_file("d.run/a.dat", "0 1 2\n1 2 3\n");
-        write_file("d.run/b.dat", "0 5 6\n\n1 7 8\n");
+        write_file("d.run/b.dat", "0 5 6\n\n1 7 8\n2 9 9\n");
     }
     temp_folder here_;
 };
@@ -46,12 +46,15 @@ TEST_F(run_with_two_tables, the_one_that_holds_the_columns_is_found) {
     EXPECT_EQ(run_tables("d.run/a.dat", "").with_columns({"3"}).columns[2].name, "i1");
 }
 
-TEST_F(run_with_two_tables, what_stands_in_none_or_in_both_is_told) {
+TEST_F(run_with_two_tables, of_several_the_finest_is_taken_and_told) {
     run_tables t("d", "");
-    EXPECT_EQ(fault_of([&] { t.with_columns({"vout"}); }),
-              "2 vout stands in several tables: a.dat, b.dat; choose one with --file");
-    EXPECT_EQ(fault_of([&] { t.with_columns({}); }),
-              "2 there are several tables: a.dat, b.dat; choose one with --file");
+    EXPECT_EQ(t.with_columns({"vout"}).path, "d.run/b.dat");
+    EXPECT_EQ(t.note(), "tnl: vout: taken is b.dat; --file takes also a.dat\n");
+    EXPECT_EQ(run_tables("d", "").with_columns({}).path, "d.run/b.dat");
+}
+
+TEST_F(run_with_two_tables, what_stands_in_none_is_told) {
+    run_tables t("d", "");
     EXPECT_EQ(fault_of([&] { t.with_columns({"i1", "w2"}); }), "2 no table of the run holds all of i1, w2");
     EXPECT_EQ(fault_of([&] { t.with_columns({"vout1"}); }),
               "2 no column vout1 in the tables of the run; near names: vout; it has i1, time, vout, w2");
