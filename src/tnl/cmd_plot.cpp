@@ -55,6 +55,8 @@ int plot_command(plot_options options) {
     const picture_size size = size_of(options.size);
     options.wish.choice.from = number_of("--from", options.from);
     options.wish.choice.to = number_of("--to", options.to);
+    if (!options.from.empty() && !options.to.empty() && !(options.wish.choice.from < options.wish.choice.to))
+        throw usage_error("the window from " + options.from + " to " + options.to + " is empty");
     const plotted_runs runs = open_plotted(options.words, options.wish);
     for (const std::string& note : runs.notes) std::fprintf(stderr, "tnl: %s\n", note.c_str());
     const plot p = plot_of_rows(runs.sources, runs.choice, std::max(1500, size.width));
@@ -90,7 +92,7 @@ void add_plot(CLI::App& app, command_list& commands) {
     plot->add_option("--title", o->wish.choice.title, "Instead of the deck's title");
     plot->add_option("--from", o->from, "First x to show; scale letters as in decks: 4m");
     plot->add_option("--to", o->to, "Last x to show");
-    plot->add_option("--size", o->size, "Of the picture, WIDTHxHEIGHT in pixels");
+    plot->add_option("--size", o->size, "Of the picture, WIDTHxHEIGHT in pixels; a png has twice as many");
     plot->add_flag("--ascii", o->ascii, "Plain characters in the terminal");
     commands.push_back({plot, [o] { return plot_command(*o); }});
 }

@@ -58,6 +58,21 @@ expect 'an empty deck is status 1' 1 "$(status_of "$tnl" run empty.in)"
 head -c 4000 "$tnl" >binary.in
 expect 'bytes are status 1' 1 "$(status_of "$tnl" run binary.in)"
 
+# What a run does not stop at is told behind it; what it did stop at before its first row costs no results.
+sed 's/^begin_solve/begin_solv/' decks/divider.in >silent.in
+expect 'a block that nobody reads' 0 "$(status_of "$tnl" run silent.in)"
+expect 'is told with its place' 1 "$(grep -c 'silent.in:9:1: error:' err.txt)"
+cp decks/divider.in twice.in
+expect 'a good run' 0 "$(status_of "$tnl" run twice.in)"
+expect 'has no findings' 0 "$(grep -c 'did not stop at these' err.txt)"
+sed -i 's/type=vsrcdc/type=vsrdc/' twice.in
+expect 'and a mistake made behind it' 1 "$(status_of "$tnl" run twice.in)"
+expect 'keep its rows' "$(cat wanted.dat)" "$(cat twice.in.run/out.dat)"
+expect 'as is told' 'tnl: twice.in.run/ holds the results of the earlier run as they were' "$(tail -n 1 err.txt)"
+sed 's/method: .*/& itmax_trns=5/' "$source/examples/rc_step/deck.in" >cut.in
+expect 'a run cut off by itmax_trns reached a limit' 6 "$(status_of "$tnl" run -q cut.in)"
+expect 'as is told' 1 "$(grep -c '^tnl: the steps that itmax_trns allows were used up at t = ' err.txt)"
+
 expect 'the demo runs' 0 "$(status_of "$tnl" demo)"
 for file in bridge.in bridge.svg bridge.in.run/bridge.dat network.in network.svg network.in.run/network.dat; do
     expect "it writes $file" yes "$([ -s "tnl-demo.run/$file" ] && echo yes || echo no)"

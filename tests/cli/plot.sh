@@ -86,6 +86,7 @@ expect 'when plain is asked for' 0 "$(LC_ALL=C grep -c '[^ -~]' out.txt)"
 
 expect 'an unknown column is wrong usage' 2 "$(status_of "$tnl" plot a.run nosuch)"
 expect 'with those that exist' '  wave.dat: time, vout, il, vref' "$(grep wave err.txt)"
+expect 'an empty window is wrong usage' 2 "$(status_of "$tnl" plot a.run --from 5m --to 2m)"
 expect 'an unknown kind of picture is wrong usage' 2 "$(status_of "$tnl" plot a.run -o x.gif)"
 expect 'with those that exist' 'tnl: -o x.gif: the name of a picture ends in .svg, .png or .pdf; - writes SVG to standard output' "$(cat err.txt)"
 for size in 10x10 0x0 720 720x440x3 99999x99999 -5x7; do
