@@ -2,20 +2,13 @@
 # The simulator in working folders that are broken: a clear text, status 1, rows before the stop on the disk, and never a
 # crash. Arguments: the simulator, the folder of the installed libraries, a folder to work in.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tarnel=$1
 share=$2
 work=$3
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
 # A sound working folder in the current one, with the divider as its deck.
 fresh() {
     cd "$work" || exit 1
@@ -298,5 +291,4 @@ head -c 300000 "$tarnel" >start.dat
 run 'bytes in a solution'
 expect 'bytes in a solution: status' 1 "$status"
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

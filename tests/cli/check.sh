@@ -2,24 +2,13 @@
 # `tnl check` and `tnl explain` from outside: statuses, and what goes where. Arguments: the program, a folder to work in,
 # the folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 work=$2
 source=$3
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 
 cp "$source/examples/divider.in" good.in
 sed 's/p=out n=0/p=ot n=0/' good.in >warned.in
@@ -62,5 +51,4 @@ expect 'a run without a message' 5 "$(status_of "$tnl" explain good.in.run)"
 echo 'cct_class: cct_ov_flag = IGL_CLEAR' | "$tnl" explain - >out.txt
 expect 'a message on standard input' 0 $?
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

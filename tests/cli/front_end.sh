@@ -2,24 +2,13 @@
 # The program tnl from outside: statuses, files, and where its text goes. Arguments: the program, a folder to work in, the
 # folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 work=$2
 source=$3
 rm -rf "$work"
 mkdir -p "$work/decks"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 
 expect 'version' 0 "$(status_of "$tnl" --version)"
 expect 'help' 0 "$(status_of "$tnl" --help)"
@@ -80,5 +69,4 @@ done
 expect 'rows of the bridge' 101 "$(wc -l <tnl-demo.run/bridge.in.run/bridge.dat)"
 expect 'curves and rows of the network' 152 "$(wc -l <tnl-demo.run/network.in.run/network.dat)"
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

@@ -2,6 +2,7 @@
 # Runs that end early, by a signal or by a step that fails, leave complete rows; and no locale of the user's changes one.
 # Arguments: the simulator, the folder of the installed libraries, a folder to work in.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tarnel=$1
 share=$2
 work=$3
@@ -13,14 +14,6 @@ for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE
     MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE; do
     echo "$key 1000"
 done >tmpdim.in
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
 deck() { # settings, settings of the rows; the diode stays off and sends the run through Newton
     cat >.tnlaux/cct.in <<END
 title: charging
@@ -121,4 +114,4 @@ expect 'locale with a comma: text' "$(cat text)" "$(cat text_elsewhere)"
 cmp rows.dat plain.dat || faults=$((faults + 1))
 [ "$(wc -l <rows.dat)" -ge 1000 ] || expect 'rows in time' 'at least 1000' "$(wc -l <rows.dat)"
 
-[ $faults -eq 0 ] || exit 1
+no_faults

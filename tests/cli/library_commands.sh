@@ -2,24 +2,13 @@
 # Commands of tnl about what is installed, from outside: statuses, files, and where their text goes. Arguments: the
 # program, a folder to work in, the folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 work=$2
 source=$3
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 has() { # pattern, file
     grep -q -e "$1" "$2" && echo yes || echo no
 }
@@ -158,5 +147,4 @@ expect 'is told' yes "$(has '^MISSING  simulator: a small deck does not run' out
 TMPDIR=/nonexistent "$tnl" doctor >out.txt 2>err.txt
 expect 'the folder for temporary files falls back to /tmp' 0 $?
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

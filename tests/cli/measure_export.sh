@@ -2,24 +2,13 @@
 # tnl measure, assert and export from outside; what they write is read by other programs where these are installed.
 # Arguments: the program, a folder to work in, the folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 work=$2
 source=$3
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 there_is() { command -v "$1" >/dev/null 2>&1; }
 cr=$(printf '\r')
 
@@ -212,5 +201,4 @@ else
     echo 'vcd2fst is not there: change dumps were not converted'
 fi
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

@@ -2,24 +2,13 @@
 # tnl plot from outside: pictures, statuses, and where its text goes. Arguments: the program, a folder to work in, the
 # folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 work=$2
 source=$3
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 is_xml() { # file
     python3 -c 'import sys, xml.etree.ElementTree as t; print(t.parse(sys.argv[1]).getroot().tag)' "$1" 2>&1
 }
@@ -125,5 +114,4 @@ expect 'many rows' 0 "$(status_of "$tnl" plot long.dat -o long.svg)"
 expect 'make a small picture' yes "$([ "$(wc -c <long.svg)" -lt 200000 ] && echo yes)"
 expect 'with the spike' yes "$(words_of long.svg | has 5000)"
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

@@ -2,6 +2,7 @@
 # tnl run from outside: what stands where when a run is killed, interrupted, out of time or out of disk. Arguments: tnl,
 # tarnel, a folder to work in, the folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 tarnel=$2
 work=$3
@@ -10,18 +11,6 @@ umount "$work/small" 2>/dev/null && echo "a file system of an earlier test was s
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 is_there() { [ -e "$1" ] && echo yes || echo no; }
 gone() { # process: ended, whether or not somebody has taken its status
     [ ! -r "/proc/$1/stat" ] || [ "$(sed 's/.*) //; s/ .*//' "/proc/$1/stat" 2>/dev/null)" = Z ]
@@ -251,5 +240,4 @@ else
     echo 'no file system could be mounted: a full disk and a read-only one are not tried'
 fi
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults

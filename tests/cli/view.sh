@@ -2,24 +2,13 @@
 # tnl view from outside: the address, who is let in, and how it ends. Arguments: the program, a folder to work in, the
 # folder of the source tree.
 set -u
+. "$(dirname -- "$0")/expect.sh"
 tnl=$1
 work=$2
 source=$3
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work" || exit 1
-faults=0
-
-expect() { # what, wanted, got
-    if [ "$2" != "$3" ]; then
-        printf '%s\n  expected: %s\n  got:      %s\n' "$1" "$2" "$3"
-        faults=$((faults + 1))
-    fi
-}
-status_of() { # command...
-    "$@" >out.txt 2>err.txt </dev/null
-    echo $?
-}
 
 # The plotting library comes from npm; the server does not care what stands in its files.
 bin=$(dirname -- "$tnl")
@@ -89,5 +78,4 @@ expect 'a request to terminate' 143 "$status"
 # tnl itself carries none of the server's libraries.
 expect 'libraries of tnl' 0 "$(ldd "$tnl" | grep -cE 'httplib|ssl|crypto|brotli')"
 
-if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
-[ "$faults" -eq 0 ]
+no_faults
