@@ -19,6 +19,8 @@ bool open_folder(const fs::path& folder, opened_run& run) {
         run.folder = place;
         run.record = read_record(place / record_name);
         run.unfinished = run.record.state == "running";
+        if (place == folder && fs::is_regular_file(folder / partial_name / record_name, error))
+            run.later = folder / partial_name;
         return true;
     }
     return false;

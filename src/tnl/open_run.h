@@ -14,6 +14,8 @@ struct opened_run {
     std::filesystem::path folder;  // that the paths of its files are relative to
     run_record record;             // a lone row file: one made up for it, without columns
     bool unfinished = false;       // the run goes on, or was cut before its end
+    // A later run of the deck that goes on, or was cut, and left its rows here, while these are those before; or empty.
+    std::filesystem::path later;
 };
 // A folder with a record, else its .partial with one; a deck's path, when path + ".run" is such a folder; a row file,
 // with the names that the record beside it gives. Throws file_error.

@@ -127,6 +127,9 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
             if (f != &file) others.push_back(f->path);
         if (!others.empty() && wish.file.empty())
             out.notes.push_back(r.word + ": shown is " + file.path + "; --file takes also " + listed(others));
+        if (!r.run.later.empty())
+            out.notes.push_back(r.word + ": shown is the run that came to its end; a later one left rows in " +
+                                r.run.later.string());
         if (r.run.unfinished) out.notes.push_back(r.word + ": the run is not finished; shown are its rows so far");
 
         row_table& loaded = table_of(r, file);

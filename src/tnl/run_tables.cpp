@@ -108,6 +108,8 @@ std::string run_tables::note() const {
     std::string text;
     for (const std::string& choice : choices_) text += choice;
     const std::string& state = run_.record.state;
+    if (!run_.later.empty())
+        text += "tnl: taken is the run that came to its end; a later one left rows in " + run_.later.string() + "\n";
     if (run_.unfinished)
         text += "tnl: the run goes on, or was cut: the rows up to now are taken\n";
     else if (!state.empty() && state != "complete")

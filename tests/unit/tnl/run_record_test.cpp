@@ -78,6 +78,18 @@ TEST(open_run, a_run_that_was_cut_is_found_in_its_partial_folder) {
     EXPECT_EQ(load_table(run, *find_file(run, "out.dat")).n_rows(), 1u);
 }
 
+TEST(open_run, a_later_run_that_was_cut_is_named_beside_the_results_that_stand) {
+    const run_on_disk disk;
+    cli::write_file(disk.results + "/run.json", to_json(sample()));
+    EXPECT_EQ(open_run(disk.deck).later, "");
+    std::filesystem::create_directories(disk.results + "/.partial");
+    run_record cut = sample();
+    cut.state = "running";
+    cli::write_file(disk.results + "/.partial/run.json", to_json(cut));
+    EXPECT_EQ(open_run(disk.deck).later, disk.results + "/.partial");
+    EXPECT_FALSE(open_run(disk.deck).unfinished);
+}
+
 TEST(open_run, a_lone_row_file_has_numbered_columns_and_nothing_is_a_fault) {
     const temp_folder inside;
     cli::write_file("x.dat", "1 2\n");
