@@ -27,12 +27,8 @@ circuit circuit_of(std::string_view deck, const libraries& lib) {
     c.cf = circuit_file_of(file_chr_of(deck));
     c.lib = lib;
     c.gprm = read_gprm(c.cf);
-    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
-    c.gcem = read_models(c.cf, c.gprm, c.lib.gels, gcem_form);
-    c.dcem = read_models(c.cf, c.gprm, c.lib.dels, dcem_form);
-    c.gmem = read_models(c.cf, c.gprm, c.lib.gmes, gmem_form);
-    c.xcem = read_models(c.cf, c.gprm, c.lib.xels, xcem_form);
+    read_models_of_deck(c);
     c.ov = read_ov(c.cf, c.gprm);
-    for (const tmpdim_word& w : tmpdim_words()) c.tmpdim.*w.member = w.generous;
+    c.tmpdim = generous_tmpdim();
     return c;
 }

@@ -27,6 +27,12 @@ const std::vector<tmpdim_word>& tmpdim_words() {
     return all;
 }
 
+tmpdim_class generous_tmpdim() {
+    tmpdim_class t;
+    for (const tmpdim_word& w : tmpdim_words()) t.*w.member = w.generous;
+    return t;
+}
+
 tmpdim_class read_tmpdim(const std::string& path) {
     text_file file = open_text_file(path, "tmpdim_class");
     const std::vector<tmpdim_word>& all = tmpdim_words();

@@ -20,4 +20,5 @@ struct tmpdim_word {
 };
 const std::vector<tmpdim_word>& tmpdim_words();
 
+tmpdim_class generous_tmpdim();
 tmpdim_class read_tmpdim(const std::string& path);

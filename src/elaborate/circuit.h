@@ -54,6 +54,9 @@ struct circuit {
     const model_class& models(int fam) const;
 };
 
+// The deck's models of composites, in the order in which their faults are to show.
+void read_models_of_deck(circuit& c);
+
 // The elaboration: names, instances, units, maps, outputs, reference nodes. Fills cct and everything below it; halts
 // with the deck's first fault.
 void elaborate(circuit& c);

@@ -66,3 +66,11 @@ const composite_library& libraries::composites(int fam) const { return this->*fa
 instance_core& circuit::instances(int fam) { return this->*family_forms[fam].instances; }
 const instance_core& circuit::instances(int fam) const { return this->*family_forms[fam].instances; }
 const model_class& circuit::models(int fam) const { return this->*family_forms[fam].models; }
+
+void read_models_of_deck(circuit& c) {
+    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
+    c.gcem = read_models(c.cf, c.gprm, c.lib.gels, gcem_form);
+    c.dcem = read_models(c.cf, c.gprm, c.lib.dels, dcem_form);
+    c.gmem = read_models(c.cf, c.gprm, c.lib.gmes, gmem_form);
+    c.xcem = read_models(c.cf, c.gprm, c.lib.xels, xcem_form);
+}

@@ -66,14 +66,6 @@ void write_model_dumps(const output_flags& on, const circuit& c) {
     if (on.gmem) write_model_dump("gmem", c.gmem, c.lib.gmes);
 }
 
-void read_models_of_deck(circuit& c) {
-    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
-    c.gcem = read_models(c.cf, c.gprm, c.lib.gels, gcem_form);
-    c.dcem = read_models(c.cf, c.gprm, c.lib.dels, dcem_form);
-    c.gmem = read_models(c.cf, c.gprm, c.lib.gmes, gmem_form);
-    c.xcem = read_models(c.cf, c.gprm, c.lib.xels, xcem_form);
-}
-
 // Global numbers of all library entries, in the order in which a faulty list is to show.
 void read_lists(const libraries& lib, flags_class& flags) {
     flags.map_global_ece = make_chrarray_5("ece", ".tnlaux/ece_all.lst", lib.eels.list.entry);

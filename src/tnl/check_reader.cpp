@@ -58,13 +58,9 @@ void read_all(const checked_deck& d, const deck_needs& needs) {
     read_composites(eels, eels_form, c.lib.ebes, c.lib.ebac, c.lib.eels);
     read_composites(gels, gels_form, c.lib.gbes, c.lib.gbac, c.lib.gels);
     c.gprm = read_gprm(c.cf);
-    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
-    c.gcem = read_models(c.cf, c.gprm, c.lib.gels, gcem_form);
-    c.dcem = read_models(c.cf, c.gprm, c.lib.dels, dcem_form);
-    c.gmem = read_models(c.cf, c.gprm, c.lib.gmes, gmem_form);
-    c.xcem = read_models(c.cf, c.gprm, c.lib.xels, xcem_form);
+    read_models_of_deck(c);
     c.ov = read_ov(c.cf, c.gprm);
-    for (const tmpdim_word& w : tmpdim_words()) c.tmpdim.*w.member = w.generous;
+    c.tmpdim = generous_tmpdim();
     elaborate(c);
     classify(c);
     check_linear(c);

@@ -119,7 +119,7 @@ complete -F _)" +
 
 // ---- zsh ----
 
-// Text inside [...] of an argument specification, and between colons.
+// Text inside [...] of an argument of _arguments, and between colons.
 std::string zsh_escaped(const std::string& s) {
     std::string text;
     for (const char c : s) {
@@ -138,12 +138,12 @@ std::string zsh_action(const value_source& v, const std::string& name) {
 
 std::string zsh_option(const command_option& o, const command_node& root) {
     if (o.positional) return "'*'" + zsh_action(source_of(o, root), o.value);
-    std::string spec = o.names.size() > 1 ? quoted("(" + joined(o.names) + ")") + "{" : "";
-    for (const std::string& n : o.names) spec += n + (&n == &o.names.back() ? "" : ",");
-    if (o.names.size() > 1) spec += "}";
-    spec += quoted("[" + zsh_escaped(o.text) + "]");
-    if (!o.value.empty()) spec += zsh_action(source_of(o, root), o.value);
-    return spec;
+    std::string text = o.names.size() > 1 ? quoted("(" + joined(o.names) + ")") + "{" : "";
+    for (const std::string& n : o.names) text += n + (&n == &o.names.back() ? "" : ",");
+    if (o.names.size() > 1) text += "}";
+    text += quoted("[" + zsh_escaped(o.text) + "]");
+    if (!o.value.empty()) text += zsh_action(source_of(o, root), o.value);
+    return text;
 }
 
 std::string zsh_arguments(const command_node& command, const command_node& root) {

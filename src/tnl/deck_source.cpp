@@ -99,9 +99,4 @@ deck_source read_deck_source(const std::string& path) {
     return deck_source_of(std::move(text), path);
 }
 
-std::string origin_of(const deck_source& source, int i_line) {
-    const deck_source::place& p = source.origin[static_cast<std::size_t>(i_line - 1)];
-    return source.files[static_cast<std::size_t>(p.file)].path + ":" + std::to_string(p.line + 1);
-}
-
 }  // namespace cli

@@ -28,7 +28,4 @@ deck_source deck_source_of(std::string text, const std::string& path);  // the s
 
 std::string_view without_comment(std::string_view line);  // as the simulator gets it
 
-// Where statement text of the simulator's line i_line (1-based) stands: "file:line".
-std::string origin_of(const deck_source& source, int i_line);
-
 }  // namespace cli

@@ -171,20 +171,6 @@ record_place place_in_files(const deck_view& deck, int i_statement, int i_word) 
     return {source.files[file_chr::at(p.file)].path, p.line + 1, static_cast<int>(column) + 1, line_at(i_line)};
 }
 
-std::string place_of(const deck_view& deck, int i_statement) {
-    const record_place place = place_in_files(deck, i_statement);
-    std::string text(without_comment(place.text));
-    text.erase(0, file_chr::at(place.column - 1));
-    const bool whole = parse_line_2(text).size() == deck.statements.n_words(i_statement);
-    if (text.size() > widest) {
-        text.resize(widest);
-        text += " ...";
-    } else if (!whole) {
-        text += " ...";
-    }
-    return place.file + ":" + std::to_string(place.line) + ": " + shown(text);
-}
-
 std::string place_with_caret(const deck_view& deck, int i_statement, int i_word) {
     const record_place place = place_in_files(deck, i_statement, i_word);
     std::string text = place.text;

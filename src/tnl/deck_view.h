@@ -52,9 +52,6 @@ std::string title_of(const deck_view& deck);  // the words behind title:
 // first word for words that were joined from several lines and cannot be found.
 record_place place_in_files(const deck_view& deck, int i_statement, int i_word = 0);
 
-// "deck.in:12: eelement name=R1 type=r"; a statement of several lines ends in " ...".
-std::string place_of(const deck_view& deck, int i_statement);
-
 // "deck.in:12:15: " and the line, and below it a caret under the word. Control bytes are shown as '?', long lines cut.
 std::string place_with_caret(const deck_view& deck, int i_statement, int i_word = 0);
 

@@ -15,7 +15,4 @@ struct test_result {
 // Bytes that XML cannot hold are replaced.
 std::string junit_xml(const std::string& suite, const std::vector<test_result>& results);
 
-// The text as it stands in UTF-8, with what is no UTF-8 or no character of XML replaced by U+FFFD.
-std::string xml_escaped(std::string_view text);
-
 }  // namespace cli

@@ -77,10 +77,4 @@ bool is_finer(const record_file& a, const record_file& b) {
     return worth(a) > worth(b);
 }
 
-const record_file* find_file(const opened_run& run, std::string_view name) {
-    for (const record_file& file : run.record.files)
-        if (name.empty() ? file.is_table() : file.path == name) return &file;
-    return nullptr;
-}
-
 }  // namespace cli

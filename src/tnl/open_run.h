@@ -28,7 +28,4 @@ row_table load_table(const opened_run& run, const record_file& file);
 // with more rows.
 bool is_finer(const record_file& a, const record_file& b);
 
-// "out.dat" or "dir/out.dat": the file of the run with this path, or nullptr. An empty name means the first table.
-const record_file* find_file(const opened_run& run, std::string_view name);
-
 }  // namespace cli

@@ -4,19 +4,17 @@
 #include <cstdio>
 #include <string_view>
 
-#include "tnl/exit_status.h"
 #include "tnl/plot.h"
+#include "tnl/plot_page.h"
 #include "tnl/plot_text.h"
 #include "tnl/plot_thin.h"
+#include "tnl/svg_path.h"
+#include "tnl/xml_text.h"
 
 namespace cli {
 
 namespace {
 
-// px
-constexpr double font = 13, title_font = 16, title_line = 22, legend_line = 19, sample = 30, edge = 12;
-constexpr double bold = 1.125;  // how much wider bold words are
-constexpr double below_axis = 46, lane_height = 30, gap = 16;
 constexpr double few_points = 30;           // up to so many, each point gets a dot
 constexpr double thinned = 0.12;            // what a left out point may be off
 constexpr std::size_t most_points = 40000;  // of a picture
@@ -32,52 +30,12 @@ line_style style_of(std::size_t series) {
     return {colours[series % std::size(colours)], dashes[series % std::size(dashes)]};
 }
 
+// Without control characters.
 std::string escaped(std::string_view text) {
-    std::string out;
-    for (const char c : text) {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else if (c == '>')
-            out += "&gt;";
-        else if (c == '"')
-            out += "&quot;";
-        else if (static_cast<unsigned char>(c) >= ' ' && c != '\x7f')
-            out += c;
-    }
-    return out;
-}
-
-// Bytes that are no UTF-8 would make the file unreadable: '?' stands for them.
-std::string valid_utf8(std::string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size();) {
-        const auto u = static_cast<unsigned char>(text[i]);
-        const std::size_t n = u < 0x80                ? 1
-                              : u >= 0xc2 && u < 0xe0 ? 2
-                              : u >= 0xe0 && u < 0xf0 ? 3
-                              : u >= 0xf0 && u < 0xf5 ? 4
-                                                      : 0;
-        bool good_bytes = n > 0 && i + n <= text.size();
-        for (std::size_t k = 1; good_bytes && k < n; ++k)
-            good_bytes = (static_cast<unsigned char>(text[i + k]) & 0xc0) == 0x80;
-        if (good_bytes && n == 3) {  // too long a form, surrogates, U+FFFE and U+FFFF
-            const auto v = static_cast<unsigned char>(text[i + 1]), w = static_cast<unsigned char>(text[i + 2]);
-            good_bytes =
-                !(u == 0xe0 && v < 0xa0) && !(u == 0xed && v >= 0xa0) && !(u == 0xef && v == 0xbf && w >= 0xbe);
-        }
-        if (good_bytes && n == 4) {
-            const auto v = static_cast<unsigned char>(text[i + 1]);
-            good_bytes = !(u == 0xf0 && v < 0x90) && !(u == 0xf4 && v >= 0x90);
-        }
-        if (good_bytes)
-            out += text.substr(i, n);
-        else
-            out += '?';
-        i += good_bytes ? n : 1;
-    }
-    return out;
+    std::string plain;
+    for (const char c : text)
+        if (static_cast<unsigned char>(c) >= ' ' && c != '\x7f') plain += c;
+    return xml_escaped(plain);
 }
 
 template <class... T>
@@ -94,195 +52,9 @@ void add_text(std::string& out, double x, double y, const char* anchor, const ch
     out += '>' + escaped(text) + "</text>\n";
 }
 
-// A path in tenths of a pixel, each step relative to the point before: short, and without sums of rounding.
-class path_text {
-public:
-    void move(double x, double y) {
-        const long px = tenths(x), py = tenths(y);
-        text_ += 'M';
-        number(px);
-        number_behind(py);
-        command_ = 'M';
-        x_ = px, y_ = py;
-    }
-    void line(double x, double y) {
-        const long px = tenths(x), py = tenths(y), dx = px - x_, dy = py - y_;
-        if (dx == 0 && dy == 0 && command_ != 'M') return;
-        const char c = dy == 0 ? 'h' : dx == 0 ? 'v' : 'l';
-        const bool again = c == command_;
-        if (!again) text_ += c;
-        if (c != 'v') again ? number_behind(dx) : number(dx);
-        if (c == 'l') number_behind(dy);
-        if (c == 'v') again ? number_behind(dy) : number(dy);
-        command_ = c;
-        x_ = px, y_ = py;
-    }
-    const std::string& text() const { return text_; }
-
-private:
-    static long tenths(double v) { return std::lround(10 * std::clamp(v, -2e4, 2e4)); }
-    void number(long n) {
-        if (n < 0) text_ += '-', n = -n;
-        if (n >= 10 || n == 0) text_ += std::to_string(n / 10);
-        if (n % 10) text_ += '.', text_ += static_cast<char>('0' + n % 10);
-    }
-    void number_behind(long n) {
-        if (n >= 0) text_ += ' ';
-        number(n);
-    }
-    std::string text_;
-    long x_ = 0, y_ = 0;
-    char command_ = 0;
-};
-
-struct box {
-    double left = 0, top = 0, width = 0, height = 0;
-};
-// Where a panel and the names above it stand.
-struct panel_place {
-    box frame;
-    axis y;
-    std::string label;                // beside the axis
-    bool named = false;               // has a legend
-    std::vector<std::string> legend;  // the names that are shown, shortened
-    std::string more;                 // "... and 30 more"
-    int legend_lines = 0;
-};
-struct page {
-    double width = 0, height = 0;
-    std::vector<std::string> title;
-    double title_x = 0;
-    axis x;
-    std::vector<panel_place> panels;
-};
-
-double entry_width(std::string_view name) { return sample + 7 + font * text_width(name) + 22; }
-
-// Calls at(x, line, i) for each legend entry, i = -1 for the words behind the last; gives the number of lines.
-template <class F>
-int flow_legend(const panel_place& p, double width, const F& at) {
-    double x = 0;
-    int line = 0;
-    const auto put = [&](double w, int i) {
-        if (x > 0 && x + w > width) x = 0, ++line;
-        at(x, line, i);
-        x += w;
-    };
-    for (std::size_t i = 0; i < p.legend.size(); ++i) put(entry_width(p.legend[i]), static_cast<int>(i));
-    if (!p.more.empty()) put(font * text_width(p.more) + 22, -1);
-    return line + 1;
-}
-
-double widest_tick(const axis& a) {
-    double w = 0;
-    for (const double t : a.ticks) w = std::max(w, font * text_width(a.tick_text(t)));
-    return w;
-}
-
-// As many ticks as have room between their numbers.
-axis spaced_x_axis(const plot& p, double width) {
-    axis a;
-    for (int n = std::max(2, static_cast<int>(width / 70)); n >= 1; --n) {
-        a = x_axis(p, n);
-        bool fits = true;
-        for (std::size_t i = 1; i < a.ticks.size(); ++i) {
-            const double half =
-                font * (text_width(a.tick_text(a.ticks[i - 1])) + text_width(a.tick_text(a.ticks[i]))) / 2;
-            fits = fits && (a.place(a.ticks[i]) - a.place(a.ticks[i - 1])) * width > half + 14;
-        }
-        if (fits) break;
-    }
-    return a;
-}
-
-axis spaced_y_axis(const plot_panel& panel, double height) {
-    return y_axis(panel, std::clamp(static_cast<int>(height / (panel.log ? 26 : 48)), 2, 10));
-}
-
-double wanted_height(const plot_panel& panel, std::size_t n_panels) {
-    if (panel.form == panel_form::logic)
-        return lane_height * static_cast<double>(std::max<std::size_t>(1, panel.series.size()));
-    return n_panels == 1 ? 330 : n_panels == 2 ? 210 : n_panels <= 4 ? 150 : 110;
-}
-constexpr double least_height = 44;  // of a panel with lines
-
-page layout(const plot& p, picture_size size) {
-    page out;
-    out.width = size.width;
-    double names = 0, numbers = 0;  // widths left of the frames: of the names of lanes, of ticks
-    const std::size_t n = p.panels.size();
-    for (const plot_panel& panel : p.panels) {
-        panel_place place;
-        double height = wanted_height(panel, n);
-        place.y = spaced_y_axis(panel, height);
-        place.frame.height = height;
-        if (panel.form == panel_form::logic) {
-            for (const plot_series& s : panel.series)
-                names = std::max(names, font * std::min(text_width(valid_utf8(s.name)), 0.25 * out.width / font));
-        } else {
-            numbers = std::max(numbers, widest_tick(place.y));
-        }
-        out.panels.push_back(std::move(place));
-    }
-    const double left = edge + std::max(names + 8, numbers + 8 + (numbers > 0 ? font + 10 : 0));
-    out.title_x = std::min(left, 80.0);
-    out.title = wrapped(valid_utf8(p.title), (out.width - out.title_x - edge) / (bold * title_font), 2);
-    double width = out.width - left - 2 * edge;
-    out.x = spaced_x_axis(p, width);
-    if (!out.x.ticks.empty()) {  // half of the last number may stand out on the right
-        const double last = out.x.ticks.back(), half = font * text_width(out.x.tick_text(last)) / 2;
-        const double over = out.x.place(last) * width + half - width - 1.5 * edge;
-        if (over > 0) width -= over;
-    }
-    width = std::max(width, 40.0);
-
-    double fixed_height = edge + static_cast<double>(out.title.size()) * title_line + below_axis, free_height = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const plot_panel& panel = p.panels[i];
-        panel_place& place = out.panels[i];
-        const bool lanes = panel.form == panel_form::logic;
-        const double height = place.frame.height;
-        place.label = valid_utf8(axis_label(panel.quantity, place.y));
-        const bool label_fits = font * text_width(place.label) <= height - 6;
-        place.named =
-            !lanes && (panel.series.size() > 1 || !label_fits || (panel.quantity.empty() && !panel.series.empty()));
-        if (!label_fits) place.label = shortened(place.y.scale.unit, height / font);
-        if (place.named) {
-            const std::size_t shown = std::min(panel.series.size(), most_names);
-            for (std::size_t k = 0; k < shown; ++k)
-                place.legend.push_back(shortened(valid_utf8(panel.series[k].name), (width - sample - 30) / font));
-            if (shown < panel.series.size())
-                place.more = "... and " + std::to_string(panel.series.size() - shown) + " more";
-            place.legend_lines = flow_legend(place, width, [](double, int, int) {});
-        }
-        fixed_height += place.legend_lines * legend_line + (i > 0 ? gap : 6) + (lanes ? height : 0);
-        free_height += lanes ? 0 : height;
-    }
-    out.height = size.height > 0 ? size.height : fixed_height + free_height;
-    const double stretch = free_height > 0 ? (out.height - fixed_height) / free_height : 1;
-    double y = edge + static_cast<double>(out.title.size()) * title_line;
-    for (std::size_t i = 0; i < n; ++i) {
-        const plot_panel& panel = p.panels[i];
-        panel_place& place = out.panels[i];
-        y += place.legend_lines * legend_line + (i > 0 ? gap : 6);
-        double height = place.frame.height;
-        if (panel.form != panel_form::logic) height *= stretch;
-        if (height < least_height && panel.form != panel_form::logic)
-            throw usage_error(
-                "the height of " + std::to_string(size.height) + " px is too small for " + std::to_string(n) +
-                (n == 1 ? " panel" : " panels") + " and the names; about " +
-                std::to_string(static_cast<int>(fixed_height + 1.5 * least_height * static_cast<double>(n))) +
-                " would do");
-        place.frame = {left, y, width, height};
-        if (size.height > 0) place.y = spaced_y_axis(panel, height);
-        y += height;
-    }
-    return out;
-}
-
 class drawing {
 public:
-    drawing(const plot& p, picture_size size) : p_(p), page_(layout(p, size)) {
+    drawing(const plot& p, picture_size size) : p_(p), page_(layout_of(p, size)) {
         for (const plot_panel& panel : p.panels) n_series_ += panel.series.size();
     }
     std::string text() {
@@ -339,13 +111,13 @@ private:
     void frame(const plot_panel& panel, const panel_place& place, bool last) {
         const box& b = place.frame;
         const bool is_logic = panel.form == panel_form::logic;
-        path_text minor, major;
-        const auto upright = [&](path_text& d, double v) {
+        svg_path minor, major;
+        const auto upright = [&](svg_path& d, double v) {
             if (!(page_.x.place(v) > -1e-6 && page_.x.place(v) < 1 + 1e-6)) return;
             d.move(px(v), b.top);
             d.line(px(v), b.top + b.height);
         };
-        const auto level = [&](path_text& d, double v) {
+        const auto level = [&](svg_path& d, double v) {
             const double y = b.top + (1 - place.y.place(v)) * b.height;
             d.move(b.left, y);
             d.line(b.left + b.width, y);
@@ -359,7 +131,7 @@ private:
         grid(minor.text(), "#f0f0f0");
         grid(major.text(), "#dcdcdc");
         if (!is_logic && !place.y.log && place.y.lo < 0 && place.y.hi > 0) {
-            path_text zero;
+            svg_path zero;
             level(zero, 0);
             grid(zero.text(), "#a0a0a0");
         }
@@ -411,7 +183,7 @@ private:
 
     void dots(const std::vector<std::pair<double, double>>& points, const line_style& style, double size) {
         if (points.empty()) return;
-        path_text d;
+        svg_path d;
         for (const auto& [x, y] : points) {
             d.move(x, y);
             d.line(x, y);
@@ -444,7 +216,7 @@ private:
                 y.push_back(std::isfinite(x.back()) ? at(s.y[i]) : NAN);
             }
         }
-        path_text d;
+        svg_path d;
         std::vector<std::pair<double, double>> marks;  // points that no line reaches
         for (std::size_t begin = 0, end; begin < x.size(); begin = end + 1) {
             for (end = begin; end < x.size() && std::isfinite(y[end]);) ++end;
@@ -469,7 +241,7 @@ private:
         const double room = b.width / std::max(1.0, page_.x.hi - page_.x.lo);  // of one harmonic
         const double aside = (static_cast<double>(k) - (n - 1) / 2) * std::min(7.0, 0.7 * room / n);
         const double foot = b.top + (1 - place.y.place(0)) * b.height, thick = std::clamp(0.25 * room / n, 0.7, 2.0);
-        path_text d;
+        svg_path d;
         std::vector<std::pair<double, double>> heads;
         const plot_series& s = panel.series[k];
         // The tallest of a pixel stands for all of them.
@@ -505,7 +277,7 @@ private:
         for (std::size_t k = 0; k < panel.series.size(); ++k) {
             const box lane{b.left, b.top + h * (static_cast<double>(k) + 0.18), b.width, 0.64 * h};
             if (k > 0) {
-                path_text d;
+                svg_path d;
                 d.move(b.left, b.top + h * static_cast<double>(k));
                 d.line(b.left + b.width, b.top + h * static_cast<double>(k));
                 grid(d.text(), "#c8c8c8");

@@ -1,5 +1,7 @@
 #include "tnl/junit.h"
 
+#include "tnl/xml_text.h"
+
 #include <gtest/gtest.h>
 
 namespace {

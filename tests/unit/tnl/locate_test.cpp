@@ -179,8 +179,8 @@ TEST(places_of_stop, have_the_column_of_the_word) {
     EXPECT_EQ(places[0].text, "eelement name=R1 type=r p=a n=0 r=1kk");
 }
 
-TEST(place_of, shortens_what_does_not_fit_a_line_and_shows_no_control_characters) {
+TEST(place_with_caret, shortens_what_does_not_fit_a_line_and_shows_no_control_characters) {
     const deck_view deck = view_deck("d", "title: " + std::string(300, 'x') + "\nab\x1b[31m c\n");
-    EXPECT_EQ(place_of(deck, 0), "d:1: title: " + std::string(93, 'x') + " ...");
-    EXPECT_EQ(place_of(deck, 1), "d:2: ab?[31m c");
+    EXPECT_EQ(place_with_caret(deck, 0), "d:1:1:\n  title: " + std::string(93, 'x') + " ...\n  ^");
+    EXPECT_EQ(place_with_caret(deck, 1), "d:2:1:\n  ab?[31m c\n  ^");
 }

@@ -56,9 +56,8 @@ TEST(open_run, a_folder_its_deck_and_its_row_file_are_the_same_run) {
     cli::write_file(disk.results + "/run.json", to_json(sample()));
     for (const std::string& name : {disk.results, disk.deck, disk.results + "/out.dat"}) {
         const opened_run run = open_run(name);
-        const record_file* file = find_file(run, "");
-        ASSERT_NE(file, nullptr);
-        const row_table t = load_table(run, *file);
+        ASSERT_FALSE(run.record.files.empty());
+        const row_table t = load_table(run, run.record.files[0]);
         EXPECT_EQ(t.columns[1].name, "vout");
         EXPECT_EQ(t.at(2, 1), 4);
         EXPECT_FALSE(run.unfinished);
@@ -75,7 +74,7 @@ TEST(open_run, a_run_that_was_cut_is_found_in_its_partial_folder) {
     cli::write_file(partial + "/out.dat", "0 1\n1 ");
     const opened_run run = open_run(disk.results);
     EXPECT_TRUE(run.unfinished);
-    EXPECT_EQ(load_table(run, *find_file(run, "out.dat")).n_rows(), 1u);
+    EXPECT_EQ(load_table(run, run.record.files[0]).n_rows(), 1u);
 }
 
 TEST(open_run, a_later_run_that_was_cut_is_named_beside_the_results_that_stand) {
