@@ -162,7 +162,7 @@ void print_beside_klu() {
         const double a_flops = a.flops() + 2 * a.fill(), b_flops = b.flops() + 2 * b.fill();
         std::printf(
             "| %s | %d | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | %.4g | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | "
-            "%.0f | %.0f | %.0f | %.0f | %.3f | %.3f | %.0e |%s\n",
+            "%.0f | %.0f | %.0f | %.0f | %.3f | %.3f | %.0e |\n",
             name.c_str(), c.m.n_row, first.ours, first.klu, first.ours / first.klu, refactor.ours, refactor.klu,
             solve.ours, solve.klu, both.ours, both.klu, both.ours / both.klu, again, columns_us(a), columns_us(b),
             a.fill(), b.fill(), a.flops(), b.flops(), 1e3 * both.ours / a_flops, 1e3 * both.klu / b_flops, apart,

@@ -8,14 +8,15 @@
 // columns, or if an exchange moved the column of its best (which then loses ties).
 #pragma once
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "sparse/arithmetic.h"
 #include "sparse/knuth.h"
 #include "sparse/smallest_first.h"
 
-constexpr long long no_count = 5000;  // a count at or above it is never a candidate
-constexpr double tiny_value = 1e-40;  // a value up to it is not counted
+constexpr long long no_count = std::numeric_limits<long long>::max();  // of a row without a candidate
+constexpr double tiny_value = 1e-40;                                   // a value up to it is not counted
 constexpr double pivot_threshold = 0.25;
 
 // Flat arrays by the int indices that the tables hold.
@@ -168,7 +169,7 @@ void active_matrix<T>::bring_col(int i, int c) {
 
 template <class T>
 bool active_matrix<T>::better(const active_entry<T>& e, long long count, int than, long long than_count) const {
-    if (count > than_count || count >= no_count) return false;
+    if (count > than_count) return false;
     if (than != -1 && count == than_count && at(col_place, e.col) >= at(col_place, at(entries, than).col)) return false;
     return acceptable(e);
 }
@@ -177,7 +178,7 @@ template <class T>
 void active_matrix<T>::set_best(int r, int k, long long count) {
     at(best, r) = k;
     at(best_count, r) = count;
-    rows.set(at(row_place, r), k == -1 ? smallest_first::none : static_cast<int>(count));
+    rows.set(at(row_place, r), k == -1 ? smallest_first::none : count);
 }
 
 template <class T>

@@ -51,13 +51,13 @@ void change_size(active_matrix<T>& a, touched_col& t, double from, double to) {
         t.fell = true;
 }
 
-// Finds the pivot and brings it to its place. False: there is no candidate.
+// Finds the pivot and brings it to its place. By values there is a candidate: the largest value of any row.
 template <class T>
-bool choose_pivot(stepper<T>& s) {
+void choose_pivot(stepper<T>& s) {
     active_matrix<T>& a = s.a;
     if (a.by_values && a.n_zero > 0) check_singular(a, s.i, s.e.names);
     const int row_piv = a.rows.first();
-    if (row_piv == -1) return false;
+    if (row_piv == -1) halt_last_row(s.routine);
     const int r_piv = at(a.row_at, row_piv);
     s.k_piv = at(a.best, r_piv);
     s.c_piv = at(a.entries, s.k_piv).col;
@@ -70,7 +70,6 @@ bool choose_pivot(stepper<T>& s) {
     const T val_piv = at(a.entries, s.k_piv).val;
     if (a.by_values && magnitude(val_piv) < s.e.gauss_epsln) halt_small_pivot(s.e.names, val_piv);
     a.n_zero -= (at(a.valmax_row, r_piv) == 0) + (at(a.valmax_col, s.c_piv) == 0);
-    return true;
 }
 
 // The pivot row leaves the columns; it keeps its own list, scaled. The rows in the pivot's column are listed.
@@ -91,7 +90,7 @@ void take_pivot_row(stepper<T>& s) {
         u.size = magnitude(u.val);
     }
     const int n_piv = static_cast<int>(s.piv_cols.size()), m = s.e.limits.m_matttlop1;
-    if (n_piv > m - s.e.n_matttlop1) halt_storage(s.e.names, s.routine, "n_matttlop1", "m_matttlop1", m + 1, m);
+    if (n_piv > m - s.e.n_matttlop1) halt_storage(s.e.names, s.routine, "n_matttlop1", "m_matttlop1", m + 1LL, m);
     s.e.n_matttlop1 += n_piv;
     std::sort(s.piv_cols.begin(), s.piv_cols.end(),
               [](const touched_col& x, const touched_col& y) { return x.place < y.place; });
@@ -128,11 +127,11 @@ void eliminate_row(stepper<T>& s, int r, int np) {
     for (int t = 0; t < n_piv && (n_hit < n_piv || n_piv > room_2); ++t) {
         touched_col& u = at(s.piv_cols, t);
         if (u.hit != r) {
-            check_storage(s.e.names, s.routine, "nnz_w", "mnz_w", static_cast<int>(a.entries.size()) + 1, m_w);
+            check_storage(s.e.names, s.routine, "nnz_w", "mnz_w", static_cast<long long>(a.entries.size()) + 1, m_w);
             const int k = a.add(r, u.col, a.by_values ? product(at(a.entries, u.slot).val, -val_np) : T(0));
             change_size(a, u, 0, at(a.entries, k).size);
         }
-        if (t >= room_2) halt_storage(s.e.names, s.routine, "n_matttlop2", "m_matttlop2", m_2 + 1, m_2);
+        if (t >= room_2) halt_storage(s.e.names, s.routine, "n_matttlop2", "m_matttlop2", m_2 + 1LL, m_2);
     }
     s.e.n_matttlop2 += n_piv;
     a.n_zero -= at(a.valmax_row, r) == 0;
@@ -184,16 +183,15 @@ void take_over(elimination<T>& e, const active_matrix<T>& a, std::string_view ro
         if (e.row_w[k] == last && e.col_w[k] == last) e.mat_pp.back() = static_cast<int>(k);
     }
     if (a.n > 0 && e.mat_pp.back() == -1) halt_last_row(routine);
-    if (n_upper > m) halt_storage(e.names, routine, "n_matttlop3", "m_matttlop3", m + 1, m);
+    if (n_upper > m) halt_storage(e.names, routine, "n_matttlop3", "m_matttlop3", m + 1LL, m);
     e.n_matttlop3 = static_cast<int>(n_upper);
-    e.compact_holds = true;
     e.lists.filled = false;
 }
 
 }  // namespace
 
 template <class T>
-bool fast_order(elimination<T>& e, const knuth<T>& m, const T* val_m, bool by_values, std::vector<T>& val_w) {
+void fast_order(elimination<T>& e, const knuth<T>& m, const T* val_m, bool by_values, std::vector<T>& val_w) {
     const int n = e.n = m.n_row;
     const std::string_view routine = by_values ? e.names.gauss_1a : e.names.gauss_1;
     if (m.nnz() > e.limits.mnz_w) halt_too_many_entries(e.names, routine, m.nnz(), e.limits.mnz_w);
@@ -205,15 +203,14 @@ bool fast_order(elimination<T>& e, const knuth<T>& m, const T* val_m, bool by_va
     const std::vector<int> none(static_cast<size_t>(n), -1);
     stepper<T> s{e, a, routine, 0, 0, 0, 0, {}, {}, none, none};
     for (; s.i < n - 1; ++s.i) {
-        if (!choose_pivot(s)) return false;
+        choose_pivot(s);
         take_pivot_row(s);
         for (const auto& [place, np] : s.inner) eliminate_row(s, at(a.row_at, place), np);
         renew_candidates(s);
     }
     take_over(e, a, routine, val_w);
-    return true;
 }
 
-template bool fast_order(elimination<double>&, const knuth<double>&, const double*, bool, std::vector<double>&);
-template bool fast_order(elimination<complex_value>&, const knuth<complex_value>&, const complex_value*, bool,
+template void fast_order(elimination<double>&, const knuth<double>&, const double*, bool, std::vector<double>&);
+template void fast_order(elimination<complex_value>&, const knuth<complex_value>&, const complex_value*, bool,
                          std::vector<complex_value>&);
