@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "run/halt.h"
+#include "run/signals.h"
 #include "sparse/arithmetic.h"
 #include "sparse/stops.h"
 
@@ -266,6 +267,7 @@ void literal_gauss(elimination<T>& e, const knuth<T>& m, const T* val_m, pivot_r
     active_part active(n);
     row_marks marks(n);
     for (int i = 0; i < n - 1; ++i) {
+        heed_signals();
         pivot p;
         if (rule == pivot_rule::by_values) {
             nnz_active_k_1(i, w, active, e.names);

@@ -1,5 +1,6 @@
 #include "sparse/order.h"
 
+#include "run/signals.h"
 #include "sparse/active_matrix.h"
 #include "sparse/stops.h"
 
@@ -203,6 +204,7 @@ void fast_order(elimination<T>& e, const knuth<T>& m, const T* val_m, bool by_va
     const std::vector<int> none(static_cast<size_t>(n), -1);
     stepper<T> s{e, a, routine, 0, 0, 0, 0, {}, {}, none, none};
     for (; s.i < n - 1; ++s.i) {
+        heed_signals();
         choose_pivot(s);
         take_pivot_row(s);
         for (const auto& [place, np] : s.inner) eliminate_row(s, at(a.row_at, place), np);

@@ -1,4 +1,7 @@
 // Systems whose active part grows full: grids, random meshes and full matrices, against solutions found in other ways.
+#include <csignal>
+
+#include "run/signals.h"
 #include "systems.h"
 
 namespace {
@@ -246,4 +249,19 @@ TEST(meshed_systems, empty_active_part_of_an_order_by_counts_stops) {
     EXPECT_HALT(fast_solve_jac(e, s, 0, 1, 0, 0),
                 "gauss_1 starting...\ngauss_1: last row: zero pivot?\n   Error in Gauss elimination routine\n"
                 "   zero pivot\n");
+}
+
+TEST(meshed_systems, order_ends_by_a_signal_that_came_before_or_during_it) {
+    for (const int number : {SIGINT, SIGTERM})
+        EXPECT_EXIT(
+            {
+                note_signals();
+                std::raise(number);
+                std::mt19937 rng(1);
+                const test_system<double> s = grid_with_leaks(5, rng);
+                elimination<double> e;
+                fast_solve_jac(e, s, 0, 2, 0, 0);
+                std::_Exit(0);
+            },
+            testing::KilledBySignal(number), "");
 }
