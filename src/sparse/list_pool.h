@@ -2,6 +2,7 @@
 #pragma once
 #include <algorithm>
 #include <cstddef>
+#include <span>
 #include <vector>
 
 // A list that outgrows its room moves to the end of the array; when the array is full it is packed or doubled, so it
@@ -28,6 +29,7 @@ struct list_pool {
     }
     E* begin(int i) { return data.data() + start[static_cast<std::size_t>(i)]; }
     E* end(int i) { return begin(i) + count[static_cast<std::size_t>(i)]; }
+    std::span<E> members(int i) { return {begin(i), static_cast<std::size_t>(size(i))}; }
     int size(int i) const { return count[static_cast<std::size_t>(i)]; }
     void clear(int i) { count[static_cast<std::size_t>(i)] = room[static_cast<std::size_t>(i)] = 0; }
     // The last member takes the place of this one.

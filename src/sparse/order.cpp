@@ -4,6 +4,7 @@
 
 #include "run/signals.h"
 #include "sparse/active_matrix.h"
+#include "sparse/filled_part.h"
 #include "sparse/stops.h"
 
 namespace {
@@ -268,17 +269,16 @@ void fast_order(elimination<T>& e, const knuth<T>& m, const T* val_m, bool by_va
     val_w.reserve(a.slot_row.capacity());
     const std::vector<int> none(static_cast<size_t>(n), -1);
     stepper<T> s{e, a, val_w, by_values, routine, 0, 0, {}, {}, none, none};
-    for (; s.i < n - 1; ++s.i) {
+    for (; s.i < n - 1 && !(by_values && is_filled(a, s.i)); ++s.i) {
         heed_signals();
         take_pivot_row(s, choose_pivot(s));
         for (const int place : s.inner) eliminate_row(s, at(a.row_at, place));
         val_w.resize(a.slot_row.size());
         renew_keys(s);
     }
-    if (n > 0)
-        for (const active_entry<T>*x = a.row.begin(at(a.row_at, n - 1)), *end = a.row.end(at(a.row_at, n - 1));
-             x != end; ++x)
-            keep(s, *x);
+    if (s.i < n - 1) order_filled_part(e, a, val_w, routine, s.i);
+    if (s.i == n - 1)
+        for (const active_entry<T>& x : a.row.members(at(a.row_at, n - 1))) keep(s, x);
     take_over(e, a, routine);
 }
 
