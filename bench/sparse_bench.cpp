@@ -1,6 +1,7 @@
 // The linear solver beside KLU, in one program on the same systems: ladders, random circuits with a few hubs, grids,
 // and the systems of decks.
 //   bench_sparse                                       two tables: beside KLU; beside the floors of the machine
+//   bench_sparse FAMILY                                the first table for one family of systems
 //   bench_sparse --one-replay FAMILY N literal|fast    one refactor and solve, in a function of that name, to be
 //   counted bench_sparse --benchmark_...                       the cases one by one, as a Google Benchmark
 #include <benchmark/benchmark.h>
@@ -103,13 +104,12 @@ double disagreement(our_solver& a, klu_solver& b) {
     return difference / largest;
 }
 
-constexpr const case_family* families[] = {&ladder_family, &circuit_family, &grid_family};
-constexpr int sizes[] = {10, 30, 100, 300, 1000, 3000, 10000};
-
-void for_all_cases(const std::function<void(const std::string&, const bench_case&)>& run) {
-    for (const case_family* f : families)
-        for (const int n : sizes)
-            if (n <= f->m_size) run(f->name, f->make(n));
+// Those of one family, or all and the decks.
+void for_all_cases(std::string_view family, const std::function<void(const std::string&, const bench_case&)>& run) {
+    for (const case_family& f : families)
+        if (family.empty() || family == f.name)
+            for (const int n : f.sizes) run(f.name, f.make(n));
+    if (!family.empty()) return;
     for (const std::string& name : deck_names) run("deck " + name, deck_case(name));
 }
 
@@ -143,14 +143,14 @@ two_times measure(A ours, B klu) {
     return t[2];
 }
 
-void print_beside_klu() {
+void print_beside_klu(std::string_view family) {
     std::printf(
         "Microseconds; ratio: ours / KLU; again: same values once more, 8 columns: right-hand sides at once.\n"
         "flops: of a refactor; ns/flop: refactor and solve; apart: relative difference of the solutions.\n\n"
         "| system | n | first | KLU | ratio | refactor | KLU | solve | KLU | both | KLU | ratio | again | 8 columns "
         "| KLU | fill | KLU | flops | KLU | ns/flop | KLU | apart |\n"
         "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n");
-    for_all_cases([](const std::string& name, const bench_case& c) {
+    for_all_cases(family, [](const std::string& name, const bench_case& c) {
         our_solver a(c);
         klu_solver b(c);
         const double apart = disagreement(a, b);
@@ -162,11 +162,10 @@ void print_beside_klu() {
         const double a_flops = a.flops() + 2 * a.fill(), b_flops = b.flops() + 2 * b.fill();
         std::printf(
             "| %s | %d | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | %.4g | %.4g | %.4g | %.2f | %.4g | %.4g | %.4g | "
-            "%.0f | %.0f | %.0f | %.0f | %.3f | %.3f | %.0e |%s\n",
+            "%.0f | %.0f | %.0f | %.0f | %.3f | %.3f | %.0e |\n",
             name.c_str(), c.m.n_row, first.ours, first.klu, first.ours / first.klu, refactor.ours, refactor.klu,
             solve.ours, solve.klu, both.ours, both.klu, both.ours / both.klu, again, columns_us(a), columns_us(b),
-            a.fill(), b.fill(), a.flops(), b.flops(), 1e3 * both.ours / a_flops, 1e3 * both.klu / b_flops, apart,
-            a.e.compact_holds ? "" : " plain lists");
+            a.fill(), b.fill(), a.flops(), b.flops(), 1e3 * both.ours / a_flops, 1e3 * both.klu / b_flops, apart);
         std::fflush(stdout);
     });
 }
@@ -181,7 +180,7 @@ void print_beside_floors() {
         "solve, "
         "us | times the highest floor |\n|---|---|---|---|---|---|---|---|---|---|\n",
         speed.divide_ns, speed.multiply_ns, speed.subtract_ns, speed.flop_ns);
-    for_all_cases([&](const std::string& name, const bench_case& c) {
+    for_all_cases("", [&](const std::string& name, const bench_case& c) {
         our_solver s(c);
         const replay_floor f = floor_of(s.e, c.m.nnz(), speed);
         const double copy = copy_speed(f.bytes), took = median_us([&] { s.both(); }, 9);
@@ -201,13 +200,12 @@ void print_beside_floors() {
 }
 
 int count_one_replay(std::string_view name, int n, std::string_view form) {
-    const case_family* const* f =
-        std::find_if(std::begin(families), std::end(families), [&](auto* x) { return x->name == name; });
-    if (f == std::end(families) || n < 1 || (form != "literal" && form != "fast")) {
-        std::printf("bench_sparse --one-replay ladder|circuit|grid N literal|fast\n");
+    const auto f = std::find_if(families.begin(), families.end(), [&](auto& x) { return x.name == name; });
+    if (f == families.end() || n < 1 || (form != "literal" && form != "fast")) {
+        std::printf("bench_sparse --one-replay ladder|circuit|grid|mesh|full N literal|fast\n");
         return 1;
     }
-    const bench_case c = (*f)->make(n);
+    const bench_case c = f->make(n);
     if (form == "fast") {
         our_solver s(c);
         s.both();  // so that no symbol is looked up later
@@ -235,21 +233,25 @@ void register_solver(const std::string& who) {
         void (S::*call)();
     } const calls[] = {
         {"first", &S::first}, {"refactor", &S::refactor}, {"solve", &S::solve}, {"refactor_solve", &S::both}};
-    for (const case_family* f : families)
-        for (const auto& c : calls)
-            benchmark::RegisterBenchmark((std::string(f->name) + "/" + c.what + "/" + who).c_str(),
-                                         [f, call = c.call](benchmark::State& s) { run_benchmark<S>(s, *f, call); })
-                ->Arg(30)
-                ->Arg(300)
-                ->Arg(std::min(3000, f->m_size));
+    for (const case_family& f : families)
+        for (const auto& c : calls) {
+            auto* b = benchmark::RegisterBenchmark(
+                (std::string(f.name) + "/" + c.what + "/" + who).c_str(),
+                [&f, call = c.call](benchmark::State& s) { run_benchmark<S>(s, f, call); });
+            for (const int n : f.sizes) b->Arg(n);
+        }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc == 1) {
-        print_beside_klu();
+        print_beside_klu("");
         print_beside_floors();
+        return 0;
+    }
+    if (argc == 2 && argv[1][0] != '-') {
+        print_beside_klu(argv[1]);
         return 0;
     }
     if (argc == 5 && std::string_view(argv[1]) == "--one-replay")

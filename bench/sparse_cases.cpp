@@ -107,10 +107,37 @@ bench_case random_circuit(int n) {
     return s.finish();
 }
 
+// Six branches at a node between any two nodes: the active part is soon full.
+bench_case mesh(int n) {
+    stamper s(n);
+    for (int i = 0; i < n; ++i) {
+        s.conductance(i, -1);
+        if (i > 0) s.conductance(i - 1, i);
+    }
+    for (int b = 0; b < 2 * n; ++b) {
+        const int i = s.pick(n), j = s.pick(n);
+        if (i != j) s.conductance(i, j);
+    }
+    return s.finish();
+}
+
+// Any values everywhere, somewhat larger ones on the diagonal.
+bench_case full(int n) {
+    stamper s(n);
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) s.entry(i, j, (s.pick(2001) - 1000) / 1000.0 + (i == j ? 3 : 0));
+    return s.finish();
+}
+
 }  // namespace
 
-const case_family ladder_family = {"ladder", ladder, 10000}, circuit_family = {"circuit", random_circuit, 10000},
-                  grid_family = {"grid", grid, 1000};
+const std::vector<case_family> families = {
+    {"ladder", ladder, {10, 30, 100, 300, 1000, 3000, 10000}},
+    {"circuit", random_circuit, {10, 30, 100, 300, 1000, 3000, 10000}},
+    {"grid", grid, {9, 25, 100, 289, 1024, 1600, 4900, 10000}},
+    {"mesh", mesh, {100, 300, 1000}},
+    {"full", full, {30, 73, 300}},
+};
 
 const std::vector<std::string> deck_names = {"divider",       "wheatstone",         "diode_bridge",
                                              "models",        "controlled_sources", "set_parm_and_globals",

@@ -13,13 +13,12 @@ struct bench_case {
     std::vector<double> cc_val[2];
 };
 
-// Largest n: beyond it the last pivots of a grid stand in a dense block where the pivot search ends (counts of 5000).
 struct case_family {
     const char* name;
     bench_case (*make)(int n);
-    int m_size;
+    std::vector<int> sizes;  // unknowns that are measured; a grid takes the nearest square
 };
-extern const case_family ladder_family, circuit_family, grid_family;
+extern const std::vector<case_family> families;
 
 // Systems of decks as the first Newton iteration meets them.
 extern const std::vector<std::string> deck_names;

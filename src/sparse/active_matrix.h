@@ -1,20 +1,21 @@
 // active_matrix.h -- the part of a matrix that is still to be eliminated, with its candidates for the next pivot.
 // Rows and columns keep their system numbers; where they stand after the exchanges is one table each way. Active
-// entries hang in unordered lists by row and by column, so a step costs what it touches: the pivot's row and column.
+// entries lie row by row, unordered and contiguous; a column knows the rows that it meets.
 //
-// A search by attempts, smallest count first, visits entries by (count, working row, working column) and takes the
-// first acceptable one. So each row keeps its best acceptable entry, and a tournament over the working rows names the
-// first smallest. A row's best can only change if the row changed, or the count or the largest value of one of its
-// columns, or if an exchange moved the column of its best (which then loses ties).
+// The pivot is the acceptable entry that comes first by (count, working row, working column). Each row has a key that
+// is at most the count of its best acceptable entry, and a tournament over the working rows names the first smallest.
+// Only that row is looked at: if its best has a larger count, the key rises and the tournament goes on. So a key must
+// sink when a count or a largest value sinks (find_keys), and may lag behind what rises.
 #pragma once
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "sparse/arithmetic.h"
 #include "sparse/knuth.h"
+#include "sparse/list_pool.h"
 #include "sparse/smallest_first.h"
 
-constexpr long long no_count = 5000;  // a count at or above it is never a candidate
 constexpr double tiny_value = 1e-40;  // a value up to it is not counted
 constexpr double pivot_threshold = 0.25;
 
@@ -26,124 +27,132 @@ auto& at(V& v, int i) {
 
 template <class T>
 struct active_entry {
-    int row, col;                                            // system numbers
-    int next_in_row, prev_in_row, next_in_col, prev_in_col;  // or -1
-    double size;                                             // magnitude; 1 in a search by counts
-    T val;
+    int col, slot;
+    T val;  // 1 in a search by counts
+    double size() const { return magnitude(val); }
+    void set(const T& x) { val = x; }
+};
+template <>
+struct active_entry<complex_value> {
+    int col, slot;
+    complex_value val;
+    double modulus;
+    double size() const { return modulus; }
+    void set(const complex_value& x) {
+        val = x;
+        modulus = magnitude(x);
+    }
+};
+
+// The largest counted value of an active column, or 0, lies between low and high.
+struct column_bounds {
+    double low = 0, high = 0;
+    int low_row = -1;     // has an entry of size low; -1: none is known
+    double refused = -1;  // largest size that was refused against low; keys rely on that
 };
 
 template <class T>
 struct active_matrix {
     int n;
-    bool by_values;
-    std::vector<active_entry<T>> entries;                   // by slot
-    std::vector<int> head_row, head_col;                    // [n]  first active entry, or -1
+    long long n_entry = 0;                                  // active entries
+    list_pool<active_entry<T>> row;                         // by system row
+    list_pool<int> col;                                     // by system column: rows
+    std::vector<int> slot_row, slot_col;                    // [nnz with fill-in]
     std::vector<int> nnz_row, nnz_col;                      // [n]  active entries above 1e-40
-    std::vector<double> valmax_row, valmax_col;             // [n]  largest of them, or 0
+    std::vector<double> valmax_row;                         // [n]  largest of them, or 0
+    std::vector<column_bounds> bounds;                      // [n]
     std::vector<int> row_at, row_place, col_at, col_place;  // [n]  who stands where, and the inverse
-    std::vector<int> best;                                  // [n]  slot of the row's best candidate, or -1
-    std::vector<long long> best_count;                      // [n]  no_count if there is none
-    smallest_first rows;                                    // best counts by working row
+    std::vector<long long> key;                             // [n]  by system row
+    smallest_first rows;                                    // keys by working row
+    std::vector<int> looked;                                // [n]  step in which the row's best was found, or -1
+    std::vector<int> n_cols_with;                           // [n + 1]  active columns by their count
+    int least_col = 0;                                      // no active column has a smaller count
     int n_zero = 0;                                         // active rows and columns without a counted entry
 
-    active_matrix(const knuth<T>& m, const T* val_m, bool values);
+    active_matrix(const knuth<T>& m, const T* val_m, bool by_values);
 
-    double size_of(const T& val) const { return by_values ? magnitude(val) : 1; }
+    active_entry<T>* find(int r, int c) {
+        active_entry<T>* e = row.begin(r);
+        while (e->col != c) ++e;
+        return e;
+    }
+    int add(int r, int c, const T& val);  // gives the new slot
 
-    // Entries; those of a row or column that leaves the active part leave the lists that cross it.
-    int add(int row, int col, const T& val);
-    void unlink_from_row(int k);
-    void unlink_from_col(int k);
-    double largest_of_col(int c) const;
-    void count_row(int r);
-
-    // Brings a row, a column to working position i.
+    // Brings a row, a column to working position i; they leave the search.
     void bring_row(int i, int r);
     void bring_col(int i, int c);
 
     // Candidates.
-    long long count_of(const active_entry<T>& e) const {
-        return static_cast<long long>(at(nnz_col, e.col) - 1) * (at(nnz_row, e.row) - 1);
+    void set_key(int r, long long k) {
+        at(key, r) = k;
+        rows.set(at(row_place, r), k);
     }
-    bool acceptable(const active_entry<T>& e) const {
-        return e.size >= pivot_threshold * at(valmax_row, e.row) || e.size >= pivot_threshold * at(valmax_col, e.col);
+    long long least_count(int r) const {
+        const long long count = static_cast<long long>(at(nnz_row, r) - 1) * (std::max(least_col, 1) - 1);
+        return row.size(r) == 0 ? smallest_first::none : std::max(count, 0LL);
     }
-    bool better(const active_entry<T>& e, long long count, int than, long long than_count) const;
-    void set_best(int r, int k, long long count);
-    void find_best(int r);
-    void look_again(int k);  // the count or the largest value of the entry's column has changed
+    void recount_col(int from, int to);  // the count of a column has changed
+    bool acceptable_in_column(int c, double size);
+    active_entry<T>* find_best(int r);  // and the true key; null: there is none
+    active_entry<T>* first_best(int i);
 };
 
 inline double counted(double size) { return size > tiny_value ? size : 0; }
 
 template <class T>
-active_matrix<T>::active_matrix(const knuth<T>& m, const T* val_m, bool values)
-    : n(m.n_row), by_values(values), rows(m.n_row) {
+active_matrix<T>::active_matrix(const knuth<T>& m, const T* val_m, bool by_values)
+    : n(m.n_row), slot_row(m.row), slot_col(m.col), rows(m.n_row) {
     const std::size_t size = static_cast<std::size_t>(n);
-    entries.reserve(m.row.size() * 2);
-    for (std::vector<int>* v : {&head_row, &head_col, &best}) v->assign(size, -1);
+    for (std::vector<int>* v : {&nnz_row, &nnz_col}) v->assign(size, 0);
+    for (std::size_t k = 0; k < m.row.size(); ++k) ++at(nnz_row, m.row[k]), ++at(nnz_col, m.col[k]);
+    row.set_up(nnz_row);
+    col.set_up(nnz_col);
+    slot_row.reserve(2 * m.row.size());
+    slot_col.reserve(2 * m.row.size());
     for (std::vector<int>* v : {&nnz_row, &nnz_col}) v->assign(size, 0);
     valmax_row.assign(size, 0);
-    valmax_col.assign(size, 0);
-    best_count.assign(size, no_count);
+    bounds.resize(size);
+    key.assign(size, smallest_first::none);
+    looked.assign(size, -1);
+    n_cols_with.assign(size + 1, 0);
     row_at.resize(size);
     for (int i = 0; i < n; ++i) at(row_at, i) = i;
     row_place = col_at = col_place = row_at;
     for (std::size_t k = 0; k < m.row.size(); ++k) {
-        const int c = m.col[k], slot = add(m.row[k], c, val_m[k]);
-        const double x = counted(at(entries, slot).size);
+        const int r = m.row[k], c = m.col[k];
+        active_entry<T> e{};
+        e.col = c;
+        e.slot = static_cast<int>(k);
+        e.set(by_values ? val_m[k] : T(1));
+        row.add(r, e);
+        col.add(c, r);
+        const double x = counted(e.size());
+        at(nnz_row, r) += x > 0;
         at(nnz_col, c) += x > 0;
-        at(valmax_col, c) = std::max(at(valmax_col, c), x);
+        at(valmax_row, r) = std::max(at(valmax_row, r), x);
+        if (x > at(bounds, c).low) at(bounds, c) = {x, x, r, -1};
     }
-    for (int r = 0; r < n; ++r) count_row(r);
-    for (int r = 0; r < n; ++r) find_best(r);
-    for (int i = 0; i < n; ++i) n_zero += (at(valmax_row, i) == 0) + (at(valmax_col, i) == 0);
-}
-
-template <class T>
-int active_matrix<T>::add(int row, int col, const T& val) {
-    const int k = static_cast<int>(entries.size());
-    int &first_row = at(head_row, row), &first_col = at(head_col, col);
-    entries.push_back({row, col, first_row, -1, first_col, -1, size_of(val), val});
-    if (first_row != -1) at(entries, first_row).prev_in_row = k;
-    if (first_col != -1) at(entries, first_col).prev_in_col = k;
-    first_row = first_col = k;
-    return k;
-}
-
-template <class T>
-void active_matrix<T>::unlink_from_row(int k) {
-    const active_entry<T>& e = at(entries, k);
-    (e.prev_in_row == -1 ? at(head_row, e.row) : at(entries, e.prev_in_row).next_in_row) = e.next_in_row;
-    if (e.next_in_row != -1) at(entries, e.next_in_row).prev_in_row = e.prev_in_row;
-}
-
-template <class T>
-void active_matrix<T>::unlink_from_col(int k) {
-    const active_entry<T>& e = at(entries, k);
-    (e.prev_in_col == -1 ? at(head_col, e.col) : at(entries, e.prev_in_col).next_in_col) = e.next_in_col;
-    if (e.next_in_col != -1) at(entries, e.next_in_col).prev_in_col = e.prev_in_col;
-}
-
-template <class T>
-double active_matrix<T>::largest_of_col(int c) const {
-    double largest = 0;
-    for (int k = at(head_col, c); k != -1; k = at(entries, k).next_in_col)
-        largest = std::max(largest, counted(at(entries, k).size));
-    return largest;
-}
-
-template <class T>
-void active_matrix<T>::count_row(int r) {
-    int count = 0;
-    double largest = 0;
-    for (int k = at(head_row, r); k != -1; k = at(entries, k).next_in_row) {
-        const double size = counted(at(entries, k).size);
-        count += size > 0;
-        largest = std::max(largest, size);
+    n_entry = static_cast<long long>(m.row.size());
+    for (int i = 0; i < n; ++i) {
+        ++at(n_cols_with, at(nnz_col, i));
+        n_zero += (at(nnz_row, i) == 0) + (at(nnz_col, i) == 0);
     }
-    at(nnz_row, r) = count;
-    at(valmax_row, r) = largest;
+    while (least_col < n && at(n_cols_with, least_col) == 0) ++least_col;
+    for (int r = 0; r < n; ++r) set_key(r, least_count(r));
+}
+
+template <class T>
+int active_matrix<T>::add(int r, int c, const T& val) {
+    active_entry<T> e{};
+    e.col = c;
+    e.slot = static_cast<int>(slot_row.size());
+    e.set(val);
+    row.add(r, e);
+    col.add(c, r);
+    slot_row.push_back(r);
+    slot_col.push_back(c);
+    ++n_entry;
+    return e.slot;
 }
 
 template <class T>
@@ -153,7 +162,7 @@ void active_matrix<T>::bring_row(int i, int r) {
     at(row_place, moved) = j;
     at(row_at, i) = r;
     at(row_place, r) = i;
-    if (moved != r) set_best(moved, at(best, moved), at(best_count, moved));
+    if (moved != r) rows.set(j, at(key, moved));
     rows.set(i, smallest_first::none);
 }
 
@@ -164,46 +173,68 @@ void active_matrix<T>::bring_col(int i, int c) {
     at(col_place, moved) = j;
     at(col_at, i) = c;
     at(col_place, c) = i;
+    --at(n_cols_with, at(nnz_col, c));
 }
 
 template <class T>
-bool active_matrix<T>::better(const active_entry<T>& e, long long count, int than, long long than_count) const {
-    if (count > than_count || count >= no_count) return false;
-    if (than != -1 && count == than_count && at(col_place, e.col) >= at(col_place, at(entries, than).col)) return false;
-    return acceptable(e);
+void active_matrix<T>::recount_col(int from, int to) {
+    if (from == to) return;
+    --at(n_cols_with, from);
+    ++at(n_cols_with, to);
+    least_col = std::min(least_col, to);
+    n_zero += (to == 0) - (from == 0);
 }
 
 template <class T>
-void active_matrix<T>::set_best(int r, int k, long long count) {
-    at(best, r) = k;
-    at(best_count, r) = count;
-    rows.set(at(row_place, r), k == -1 ? smallest_first::none : static_cast<int>(count));
-}
-
-template <class T>
-void active_matrix<T>::find_best(int r) {
-    int found = -1;
-    long long found_count = no_count;
-    for (int k = at(head_row, r); k != -1; k = at(entries, k).next_in_row) {
-        const active_entry<T>& e = at(entries, k);
-        const long long count = count_of(e);
-        if (count > found_count || !better(e, count, found, found_count)) continue;
-        found = k;
-        found_count = count;
+bool active_matrix<T>::acceptable_in_column(int c, double size) {
+    column_bounds& b = at(bounds, c);
+    if (size >= pivot_threshold * b.high) return true;
+    if (b.low != b.high && size >= pivot_threshold * b.low) {  // the bounds do not tell
+        b.low = 0;
+        b.low_row = -1;
+        for (const int* r = col.begin(c); r != col.end(c); ++r) {
+            const double x = counted(find(*r, c)->size());
+            if (x > b.low) b.low = x, b.low_row = *r;
+        }
+        b.high = b.low;
+        if (size >= pivot_threshold * b.high) return true;
     }
-    set_best(r, found, found_count);
+    b.refused = std::max(b.refused, size);
+    return false;
 }
 
 template <class T>
-void active_matrix<T>::look_again(int k) {
-    const active_entry<T>& e = at(entries, k);
-    const long long count = count_of(e);
-    if (at(best, e.row) == k) {
-        if (count <= at(best_count, e.row) && acceptable(e))
-            set_best(e.row, k, count);
-        else
-            find_best(e.row);
-    } else if (better(e, count, at(best, e.row), at(best_count, e.row))) {
-        set_best(e.row, k, count);
+active_entry<T>* active_matrix<T>::find_best(int r) {
+    active_entry<T>* best = nullptr;
+    int best_n = std::numeric_limits<int>::max(), best_place = 0;
+    const bool alone = at(nnz_row, r) <= 1;  // all counts are 0
+    const double enough = pivot_threshold * at(valmax_row, r);
+    for (active_entry<T>*e = row.begin(r), *last = row.end(r); e != last; ++e) {
+        const int c = e->col, count = alone ? 1 : at(nnz_col, c);
+        if (count > best_n || (count == best_n && at(col_place, c) >= best_place)) continue;
+        const double size = e->size();
+        if (!(size >= enough) && !acceptable_in_column(c, size)) continue;
+        best = e;
+        best_n = count;
+        best_place = at(col_place, c);
+    }
+    set_key(r, best ? static_cast<long long>(at(nnz_row, r) - 1) * (best_n - 1) : smallest_first::none);
+    return best;
+}
+
+// The pivot of step i; null: there is none.
+template <class T>
+active_entry<T>* active_matrix<T>::first_best(int i) {
+    active_entry<T>* best = nullptr;
+    int found = -1;
+    for (;;) {
+        const int place = rows.first();
+        if (place == -1) return nullptr;
+        const int r = at(row_at, place);
+        if (r == found) return best;
+        if (at(looked, r) == i) return find_best(r);  // looked at before others of this step
+        at(looked, r) = i;
+        best = find_best(r);
+        found = r;
     }
 }

@@ -19,15 +19,16 @@ void make_order(elimination<T>& e, const knuth<T>& m, const T* val_m, pivot_rule
     const bool by_values = rule == pivot_rule::by_values, printing = e.debug_gauss_1 == 1 || e.debug_gauss_2 == 1;
     std::vector<T> val_w;
     if (!by_values) say(line(e.names.gauss_1, " starting..."));
-    if (printing || !fast_order(e, m, val_m, by_values, val_w)) {
+    if (printing) {
         literal_gauss(e, m, val_m, rule);
         val_w = e.lists.w.val;
+    } else {
+        fast_order(e, m, val_m, by_values, val_w);
     }
     const size_t n = static_cast<size_t>(e.n);
     e.rhs_w.resize(n);
     e.x_w.resize(n);
     e.sol_w.resize(n);
-    if (!e.compact_holds) return;
     make_factors(e.compact, e.n, e.row_w, e.col_w, m.nnz(), val_w, val_m);
     if (!printing) e.lists = {};
 }
@@ -90,14 +91,13 @@ int compact_gauss_2(elimination<T>& e, const T* val_m, int mode) {
     return 0;
 }
 
-// The replay that prints, or that stands in for an order that the compact form cannot hold.
+// The replay that prints.
 template <class T>
 int list_gauss_2(elimination<T>& e, const knuth<T>& m, const T* val_m, int mode) {
     if (!e.lists.filled) literal_gauss(e, m, val_m, pivot_rule::as_given);
-    if (mode == 2 && !e.lists.factored && e.compact_holds)
-        literal_gauss_2(e, m.nnz(), e.compact.given.data(), 1, false);
+    if (mode == 2 && !e.lists.factored) literal_gauss_2(e, m.nnz(), e.compact.given.data(), 1, false);
     const int error = literal_gauss_2(e, m.nnz(), val_m, mode, e.debug_gauss_2 == 1);
-    if (error == 0 && mode != 2 && e.compact_holds) {  // both forms keep the same factors
+    if (error == 0 && mode != 2) {  // both forms keep the same factors
         refactor_and_forward<T>(e.compact, val_m, e.zero_piv, nullptr, nullptr);
         e.compact.standing = false;
     }
@@ -121,8 +121,7 @@ void gauss_2(elimination<T>& e, const knuth<T>& m, const T* val_m, int mode, int
     error = 0;
     if (mode != 2 && m.nnz() > e.limits.mnz_w) halt_too_many_entries(e.names, e.names.gauss_2, m.nnz(), e.limits.mnz_w);
     if (e.n == 0) return;
-    const bool listed = !e.compact_holds || e.debug_gauss_2 == 1;
-    error = listed ? list_gauss_2(e, m, val_m, mode) : compact_gauss_2(e, val_m, mode);
+    error = e.debug_gauss_2 == 1 ? list_gauss_2(e, m, val_m, mode) : compact_gauss_2(e, val_m, mode);
 }
 
 template <class T>
@@ -147,15 +146,8 @@ void solve_jac(elimination<T>& e, const knuth<T>& m, const T* val_m, const T* rh
 template <class T>
 int solve_columns(elimination<T>& e, int n_cols, const T* rhs, T* sol) {
     if (e.n == 0) return 0;
-    if (e.compact_holds)
-        return tell_rhs_stage(
-            e, solve_block(e.compact, e.zero_piv, e.row_perm.data(), e.col_perm.data(), n_cols, rhs, sol));
-    for (int c = 0; c < n_cols; ++c, rhs += e.n, sol += e.n) {
-        e.rhs_w.assign(rhs, rhs + e.n);
-        if (literal_gauss_2(e, 0, rhs, 2, false)) return 1;
-        std::copy(e.sol_w.begin(), e.sol_w.end(), sol);
-    }
-    return 0;
+    return tell_rhs_stage(e,
+                          solve_block(e.compact, e.zero_piv, e.row_perm.data(), e.col_perm.data(), n_cols, rhs, sol));
 }
 
 #define INSTANTIATE(T)                                                                                      \

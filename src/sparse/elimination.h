@@ -52,9 +52,8 @@ struct elimination {
     std::vector<int> row_w, col_w;                // [nnz with fill-in]  working position of each slot
     int n_matttlop1 = 0, n_matttlop2 = 0, n_matttlop3 = 0;  // operations in each list
 
-    factors<T> compact;         // the replay in use
-    operation_lists<T> lists;   // the plain lists: for printing, and where the compact form does not apply
-    bool compact_holds = true;  // false: a pivot search ended without a candidate; only the lists tell the steps
+    factors<T> compact;        // the replay in use
+    operation_lists<T> lists;  // the plain lists, for printing
 
     std::vector<T> rhs_w;  // [n]  right-hand side, system rows
     std::vector<T> x_w;    // [n]  solution, working columns
@@ -73,7 +72,7 @@ void solve_jac(elimination<T>& e, const knuth<T>& m, const T* val_m, const T* rh
 
 // New order: pivots by the smallest Markowitz count among entries of at least a quarter of the largest in their row or
 // column (gauss_1a), or by the count alone (gauss_1, which leaves no factors). Halts on a singular matrix, a pivot
-// below gauss_epsln and on exceeded limits.
+// below gauss_epsln, on an active part without entries and on exceeded limits.
 template <class T>
 void gauss_1a(elimination<T>& e, const knuth<T>& m, const T* val_m);
 template <class T>

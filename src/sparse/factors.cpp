@@ -4,6 +4,7 @@
 #include <complex>
 
 #include "sparse/arithmetic.h"
+#include "sparse/panel.h"
 
 // Updates follow the plain elimination to the bit: a target meets its pivots in ascending order, the matrix stage
 // multiplies by the inverse of a pivot, the right-hand side divides by the pivot.
@@ -19,9 +20,6 @@ auto& at(V& v, int i) {
 
 constexpr bool is_real(double) { return true; }
 constexpr bool is_real(const complex_value&) { return false; }
-
-// Two neighbouring values at once.
-typedef double pair_of_doubles __attribute__((vector_size(16), aligned(8)));
 
 // 1/piv, and y/piv in place of y.
 inline double invert(double piv, double& y) {
@@ -134,58 +132,44 @@ bool run_steps(factors<T>& f, const segment& part, double zero_piv) {
     return failed;
 }
 
-// Row v of the full block loses n_up pivots, one behind the other; v starts at the column of the first.
-//   n  entries behind the pivots' columns; u[k]  upper row of pivot k, from the column behind it; x  right-hand sides
-template <int n_up>
-void subtract_pivots(int n, double* const* u, const double* x, double* v, double& rhs) {
-    double l[n_up];
-    for (int k = 0; k < n_up; ++k) {
-        l[k] = v[k];
-        for (int j = k + 1; j < n_up; ++j) v[j] = v[j] - l[k] * u[k][j - k - 1];
-        rhs = rhs - l[k] * x[k];
-    }
-    const double* behind[n_up];
-    for (int k = 0; k < n_up; ++k) behind[k] = u[k] + n_up - 1 - k;
-    v += n_up;
-    int j = 0;
-    for (; j + 1 < n; j += 2) {
-        pair_of_doubles t = *reinterpret_cast<const pair_of_doubles*>(v + j);
-        for (int k = 0; k < n_up; ++k) t = t - l[k] * *reinterpret_cast<const pair_of_doubles*>(behind[k] + j);
-        *reinterpret_cast<pair_of_doubles*>(v + j) = t;
-    }
-    if (j == n) return;
-    for (int k = 0; k < n_up; ++k) v[j] = v[j] - l[k] * behind[k][j];
-}
-
-// The last rows, where the remaining matrix is full: columns follow one another in each row.
-bool run_dense(factors<double>& f, const segment& s, double zero_piv) {
-    constexpr int width = 4;
-    const int *first = f.first.data(), *diag = f.diag.data();
+// Pivots whose upper rows reach the same columns: first the rows of the panel, then those behind it.
+bool run_panel(factors<double>& f, const segment& s, double zero_piv) {
+    const int *first = f.first.data(), *diag = f.diag.data(), *col = f.col.data();
     double *w = f.w.data(), *x = w + f.col.size();
+    const int *step = f.steps.data() + s.from_step, n_below = step[0], n_up = step[1];
+    const double* upper[m_panel];
     bool failed = false;
-    for (int p = s.first; p < s.end - 1;) {
-        const int n_piv = std::min(width, s.end - 1 - p), below = p + n_piv;
-        double* u[width];
-        for (int k = 0; k < n_piv; ++k) {
-            const int i = p + k;
-            const double piv = w[diag[i]];
-            failed |= magnitude(piv) < zero_piv;
-            const double pivinv = invert(piv, x[i]);
-            u[k] = w + diag[i] + 1;
-            for (int j = 0; j < s.end - 1 - i; ++j) u[k][j] = u[k][j] * pivinv;
-            const int last = n_piv == width ? below : s.end;
-            for (int r = i + 1; r < last; ++r)
-                subtract_pivots<1>(s.end - 1 - i, u + k, x + i, w + first[r + 1] - (s.end - i), x[r]);
-        }
-        if (n_piv == width)
-            for (int r = below; r < s.end; ++r)
-                subtract_pivots<width>(s.end - below, u, x + p, w + first[r + 1] - (s.end - p), x[r]);
-        p = below;
+    for (int p = s.first; p < s.end; ++p) {
+        int q = 0;
+        while (q < p - s.first && diag[p] - q > first[p] && col[diag[p] - q - 1] >= s.first) ++q;
+        double* u = w + diag[p];
+        const panel_pivots pivots{q, u - q, upper + (p - s.first - q)};
+        subtract_lower(pivots, p - q, x + p - q, x[p]);
+        subtract_panel(pivots, p, s.end - p + n_up, u);
+        failed |= magnitude(*u) < zero_piv;
+        const double pivinv = invert(*u, x[p]);
+        for (int j = 1; j < s.end - p + n_up; ++j) u[j] = u[j] * pivinv;
+        upper[p - s.first] = u - p;
     }
-    x[s.end - 1] = quotient(x[s.end - 1], w[diag[s.end - 1]]);
+    step += 2;
+    for (int below = 0; below < n_below; ++below) {
+        const int q = step[1], target = step[3];
+        const panel_pivots pivots{q, w + step[0], upper + (s.end - s.first - q)};
+        subtract_lower(pivots, s.end - q, x + s.end - q, w[step[2]]);
+        step += 4;
+        if (target != -1) {
+            subtract_panel(pivots, s.end, n_up, w + target);
+            continue;
+        }
+        double* t = f.gathered.data();
+        for (int j = 0; j < n_up; ++j) t[j] = w[step[j]];
+        subtract_panel(pivots, s.end, n_up, t);
+        for (int j = 0; j < n_up; ++j) w[step[j]] = t[j];
+        step += n_up;
+    }
     return failed;
 }
-bool run_dense(factors<complex_value>&, const segment&, double) { return false; }  // there is none
+bool run_panel(factors<complex_value>&, const segment&, double) { return false; }  // there is none
 
 template <class T>
 bool run_segment(factors<T>& f, const segment& s, double zero_piv) {
@@ -195,7 +179,7 @@ bool run_segment(factors<T>& f, const segment& s, double zero_piv) {
         case segment::steps:
             return run_steps(f, s, zero_piv);
         default:
-            return run_dense(f, s, zero_piv);
+            return run_panel(f, s, zero_piv);
     }
 }
 

@@ -10,7 +10,7 @@ struct segment {
     enum kind {
         chain,  // each touches the next row and column only
         steps,  // one by one
-        dense   // the full block at the end, four at a time; real numbers only
+        panel   // their upper rows reach the same columns behind them; real numbers only
     } how;
     int first, end;                  // working rows
     std::size_t from_step, to_step;  // places in the table of steps
@@ -33,7 +33,11 @@ struct factors {
     //   m_long + upper entries  how many fours, twos and ones of neighbours they make and how many are first values of
     //                           fill-ins (complex numbers only), and for each of these its first target, upper entry
     // Entries and right-hand sides are places in w, upper entries are counted from the pivot.
+    // By panel: the number of rows behind it that have entries in its columns, the number of upper entries behind it.
+    // For each of these rows: its first entry there, their number, its right-hand side; its first target if all are
+    // neighbours, or -1 and behind it each target.
     std::vector<int> steps;
+    std::vector<T> gathered;  // [most upper entries of a panel] work space
 
     std::vector<T> w;       // [n_entry + n] values; behind them the right-hand side by working row
     std::vector<T> given;   // [nnz + 1] the system's values at the last matrix stage; behind them the start value of a

@@ -3,6 +3,7 @@
 
 #include "sparse/arithmetic.h"
 #include "sparse/factors.h"
+#include "sparse/panel.h"
 
 namespace {
 
@@ -23,22 +24,31 @@ constexpr T fill_start = T(0);
 template <>
 constexpr double fill_start<double> = -0.0;
 
-// Fewest pivots that are worth a segment of their own.
-constexpr int m_chain = 4, m_dense = 6;
+// Fewest pivots that are worth a chain.
+constexpr int m_chain = 4;
 
-// First row from which on the matrix is full.
 template <class T>
-int first_dense(const factors<T>& f) {
-    if (!is_real(T{})) return f.n;  // there the first value of a fill-in is told apart
-    int start = f.n, reach = 0;     // reach: the lowest column that all rows from start on have filled to the end
-    for (int p = f.n - 1; p >= 0; --p) {
-        int e = at(f.first, p + 1) - 1, c = f.n - 1;
-        while (e >= at(f.first, p) && at(f.col, e) == c) --e, --c;
-        reach = std::max(reach, c + 1);
-        if (reach > p) break;
-        start = p;
+int n_upper(const factors<T>& f, int p) {
+    return at(f.first, p + 1) - at(f.diag, p) - 1;
+}
+
+// End of the pivots from p on whose upper rows reach the same columns behind them.
+template <class T>
+int end_of_panel(const factors<T>& f, int p) {
+    int end = p + 1;
+    for (; end < f.n && end - p < m_panel; ++end) {
+        const int *u = f.col.data() + at(f.diag, end - 1) + 1, *next = f.col.data() + at(f.diag, end) + 1;
+        const int n = n_upper(f, end);
+        if (n_upper(f, end - 1) != n + 1 || *u != end || !std::equal(next, next + n, u + 1)) break;
     }
-    return start;
+    return end;
+}
+
+// Is a panel quicker than its pivots one by one? Real numbers only: a complex fill-in's first value is told apart.
+template <class T>
+bool is_worth_a_panel(const factors<T>& f, int p, int end) {
+    const int width = end - p, n_up = n_upper(f, end - 1);
+    return is_real(T{}) && width >= 2 && width * (width + 2 * n_up) >= 48;
 }
 
 template <class T>
@@ -118,6 +128,33 @@ struct step_maker {
     }
 };
 
+// Table of a panel.
+template <class T>
+void add_panel(factors<T>& f, int first, int end, const std::vector<int>& first_low, const std::vector<int>& low,
+               const std::vector<int>& low_row) {
+    const int n_entry = static_cast<int>(f.col.size()), n_up = n_upper(f, end - 1);
+    const int *up = f.col.data() + at(f.first, end) - n_up, first_q = at(first_low, end - 1),
+              end_q = at(first_low, end);
+    if (static_cast<size_t>(n_up) > f.gathered.size()) f.gathered.resize(static_cast<size_t>(n_up));
+    f.steps.insert(f.steps.end(), {end_q - first_q, n_up});
+    for (int q = first_q; q < end_q; ++q) {  // a row in the last of the columns has them all from its first one on
+        const int e = at(low, q), r = at(low_row, q);
+        int n = 1;
+        while (e - n >= at(f.first, r) && at(f.col, e - n) >= first) ++n;
+        f.steps.insert(f.steps.end(), {e - n + 1, n, n_entry + r, -1});
+        const size_t place = f.steps.size();
+        f.steps.resize(place + static_cast<size_t>(n_up));
+        int* target = f.steps.data() + place;
+        for (int j = 0, t = e + 1; j < n_up; ++j, ++t) {
+            while (at(f.col, t) != up[j]) ++t;
+            target[j] = t;
+        }
+        if (n_up > 0 && target[n_up - 1] - target[0] != n_up - 1) continue;
+        f.steps[place - 1] = n_up > 0 ? target[0] : 0;
+        f.steps.resize(place);
+    }
+}
+
 template <class T>
 void make_segments(factors<T>& f, int nnz_m) {
     // Lower entries by column.
@@ -135,7 +172,6 @@ void make_segments(factors<T>& f, int nnz_m) {
     f.segments.clear();
     f.steps.clear();
 
-    const int dense_from = first_dense(f), n_sparse = f.n - dense_from >= m_dense ? dense_from : f.n;
     step_maker<T> maker{f, first_low, low, low_row, nnz_m, std::vector<unsigned char>(f.col.size(), 0)};
     int from = 0;  // first row that is in no segment yet
     const auto close = [&](int end) {
@@ -146,19 +182,28 @@ void make_segments(factors<T>& f, int nnz_m) {
         f.segments.push_back(s);
         from = end;
     };
-    for (int p = 0; p < n_sparse; ++p) {
+    for (int p = 0; p < f.n;) {
         int end = p;
-        while (end < n_sparse && end < f.n - 1 && links_next_only(f, n_lower, end) &&
+        while (end < f.n - 1 && links_next_only(f, n_lower, end) &&
                (is_real(T{}) || at(f.source, at(f.diag, end + 1)) < nnz_m))
             ++end;
-        if (end - p < m_chain) continue;
-        close(p);
-        f.segments.push_back({segment::chain, p, end, 0, 0});
-        from = end;
-        p = end - 1;
+        if (end - p >= m_chain) {
+            close(p);
+            f.segments.push_back({segment::chain, p, end, 0, 0});
+            from = p = end;
+            continue;
+        }
+        end = end_of_panel(f, p);
+        if (is_worth_a_panel(f, p, end)) {
+            close(p);
+            const size_t from_step = f.steps.size();
+            add_panel(f, p, end, first_low, low, low_row);
+            f.segments.push_back({segment::panel, p, end, from_step, f.steps.size()});
+            from = end;
+        }
+        p = end;
     }
-    close(n_sparse);
-    if (n_sparse < f.n) f.segments.push_back({segment::dense, n_sparse, f.n, 0, 0});
+    close(f.n);
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "sparse/literal.h"
 
+#include <limits>
 #include <utility>
 
 #include "run/halt.h"
+#include "run/signals.h"
 #include "sparse/arithmetic.h"
 #include "sparse/stops.h"
 
@@ -16,7 +18,6 @@ auto& at(V& v, int i) {
     return v[static_cast<size_t>(i)];
 }
 
-constexpr int no_count = 5000;  // a count at or above it is never a candidate
 constexpr double tiny = 1e-40;  // a value up to it is not counted
 constexpr double threshold = 0.25;
 
@@ -31,9 +32,9 @@ struct active_part {
           valmax_col(valmax_row) {}
 };
 
-// The search result; a search that finds nothing leaves it as it was.
+// The search result; row -1: there is no candidate.
 struct pivot {
-    int k = 0, row = 0, col = 0;
+    int k = -1, row = -1, col = -1;
 };
 
 template <class T>
@@ -70,11 +71,10 @@ void nnz_active_k_1(int i, const knuth<T>& w, active_part& a, const elimination_
 }
 
 // First smallest count, by row, then by column; l_cand: 0 for entries out of the question, empty if there are none.
-// False: no count below 5000.
 template <class T>
-bool search(int i, const knuth<T>& w, const active_part& a, const std::vector<char>& l_cand, pivot& p) {
-    long long best = no_count;
-    bool found = false;
+pivot search(int i, const knuth<T>& w, const active_part& a, const std::vector<char>& l_cand) {
+    long long best = std::numeric_limits<long long>::max();
+    pivot p;
     for (int r = i; r < w.n_row; ++r)
         for (int k = at(w.srow, r); k != -1; k = at(w.prow, k)) {
             const int c = at(w.col, k);
@@ -83,24 +83,24 @@ bool search(int i, const knuth<T>& w, const active_part& a, const std::vector<ch
             if (count >= best) continue;
             best = count;
             p = {k, r, c};
-            found = true;
         }
-    return found;
+    return p;
 }
 
 template <class T>
-void markow_1_k(int i, const knuth<T>& w, const active_part& a, pivot& p) {
-    if (!search(i, w, a, {}, p)) p.k = 0;
+pivot markow_1_k(int i, const knuth<T>& w, const active_part& a) {
+    return search(i, w, a, {});
 }
 
+// The largest value of a row passes, and no row is without one: a candidate is found, NaN elsewhere or not.
 template <class T>
-void markow_2_k(int i, const knuth<T>& w, const active_part& a, pivot& p) {
+pivot markow_2_k(int i, const knuth<T>& w, const active_part& a) {
     std::vector<char> l_cand(w.row.size(), 1);
-    for (int attempt = 0; attempt < w.nnz(); ++attempt) {
-        const bool found = search(i, w, a, l_cand, p);
+    for (;;) {
+        const pivot p = search(i, w, a, l_cand);
+        if (p.row == -1) return p;
         const double size = magnitude(at(w.val, p.k));
-        if (size >= threshold * at(a.valmax_row, p.row) || size >= threshold * at(a.valmax_col, p.col)) return;
-        if (!found) return;  // nothing is left, and further attempts would test the same entry again
+        if (size >= threshold * at(a.valmax_row, p.row) || size >= threshold * at(a.valmax_col, p.col)) return p;
         at(l_cand, p.k) = 0;
     }
 }
@@ -263,30 +263,29 @@ void literal_gauss(elimination<T>& e, const knuth<T>& m, const T* val_m, pivot_r
     e.mat_pp.assign(static_cast<size_t>(n), -1);
     s.ip_matop1.assign(1, 0);
     s.first_inner.assign(1, 0);
-    e.compact_holds = true;
 
     active_part active(n);
     row_marks marks(n);
-    pivot p;
     for (int i = 0; i < n - 1; ++i) {
+        heed_signals();
+        pivot p;
         if (rule == pivot_rule::by_values) {
             nnz_active_k_1(i, w, active, e.names);
-            markow_2_k(i, w, active, p);
+            p = markow_2_k(i, w, active);
         } else if (rule == pivot_rule::by_counts) {
             nnz_active_k(i, w, active);
-            markow_1_k(i, w, active, p);
+            p = markow_1_k(i, w, active);
         } else {
             p = {-1, at(given_row, i), at(given_col, i)};
             p.k = knuth_check_ij(w, p.row, p.col);
         }
+        if (p.row == -1) halt_last_row(routine);
         if (debug) say_pivot(e, routine, i, active, p);
         if (p.row != i) row_exch_k(w, i, p.row, e.row_perm);
         if (p.col != i) col_exch_k(w, i, p.col, e.col_perm);
         at(e.mat_rowexch, i) = p.row;
         at(e.mat_colexch, i) = p.col;
-        if (w.row.empty()) halt_last_row(routine);  // no slot that could be the pivot
         at(e.mat_pp, i) = p.k;
-        if (at(w.row, p.k) != i || at(w.col, p.k) != i || p.row < i || p.col < i) e.compact_holds = false;
         const T val_piv = at(w.val, p.k);
         if (values && magnitude(val_piv) < e.gauss_epsln) halt_small_pivot(e.names, val_piv);
         const T val_pivinv = quotient(T(1), val_piv);

@@ -1,6 +1,5 @@
 // literal.h -- the elimination written the plain way, on linked lists with exchanges and full scans.
-// It is the reference that the fast form must equal bit by bit, prints the lists when asked, and stands in where the
-// pivot search finds no candidate at all (its last pivot then stays in force).
+// It is the reference that the fast form must equal bit by bit, and it prints the lists when asked.
 #pragma once
 #include "sparse/elimination.h"
 

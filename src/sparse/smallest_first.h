@@ -5,19 +5,19 @@
 #include <vector>
 
 struct smallest_first {
-    static constexpr int none = std::numeric_limits<int>::max();
+    static constexpr long long none = std::numeric_limits<long long>::max();
     std::size_t n_leaf = 1;
-    std::vector<int> cost;  // [2 n_leaf]  cost[1] is the winner; cost[n_leaf + i] is place i
+    std::vector<long long> cost;  // [2 n_leaf]  cost[1] is the winner; cost[n_leaf + i] is place i
 
     explicit smallest_first(int n) {
         while (n_leaf < static_cast<std::size_t>(n)) n_leaf *= 2;
         cost.assign(2 * n_leaf, none);
     }
-    void set(int place, int c) {
+    void set(int place, long long c) {
         std::size_t k = n_leaf + static_cast<std::size_t>(place);
         cost[k] = c;
         for (k /= 2; k > 0; k /= 2) {
-            const int winner = std::min(cost[2 * k], cost[2 * k + 1]);
+            const long long winner = std::min(cost[2 * k], cost[2 * k + 1]);
             if (cost[k] == winner) return;
             cost[k] = winner;
         }

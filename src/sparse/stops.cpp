@@ -31,7 +31,7 @@ void halt_too_many_entries(const elimination_names& names, std::string_view rout
 }
 
 void halt_storage(const elimination_names& names, std::string_view routine, std::string_view what,
-                  std::string_view limit, int n, int m) {
+                  std::string_view limit, long long n, int m) {
     halt({line(routine, ": ", names.prefix, what, names.suffix, " = ", n),
           line(routine, ": ", names.prefix, limit, names.suffix, " = ", m), "   Error in Gauss elimination routine",
           "   Insufficient storage"});

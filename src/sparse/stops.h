@@ -6,7 +6,7 @@
 [[noreturn]] void halt_too_many_entries(const elimination_names& names, std::string_view routine, int nnz_w, int mnz_w);
 // what: nnz_w, n_matttlop1, ...; limit: mnz_w, m_matttlop1, ...
 [[noreturn]] void halt_storage(const elimination_names& names, std::string_view routine, std::string_view what,
-                               std::string_view limit, int n, int m);
+                               std::string_view limit, long long n, int m);
 [[noreturn]] void halt_singular(const elimination_names& names, bool is_row, int i);
 template <class T>
 [[noreturn]] void halt_small_pivot(const elimination_names& names, T val_piv);
@@ -14,7 +14,7 @@ template <class T>
 
 // A count that has grown by one and may now be past its limit.
 inline void check_storage(const elimination_names& names, std::string_view routine, std::string_view what,
-                          std::string_view limit, int n, int m) {
+                          std::string_view limit, long long n, int m) {
     if (n > m) halt_storage(names, routine, what, limit, n, m);
 }
 
