@@ -144,6 +144,8 @@ void prepare_circuit(run_state& r) {
     check_linear(c);
     check_one_time(c);
     allocate_system(r.mat, c);
+    set_rparm_1(c);
+    get_rparm_1(c);
 }
 
 void read_block(run_state& r, int index) {
