@@ -132,6 +132,8 @@ constexpr advice_text texts[] = {
 
     // ---- solve blocks
     {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup or trns"},
+    {"no-post-processing", "Results of post-processing are not available in this version.", "",
+     "tnl measure computes means, effective values and harmonics from the rows"},
     {"not-available", "This solve_type is not available in this version.", "", "dc, startup and trns are"},
     {"unknown-method", "method: has a word that this kind of block does not know.",
      "a misspelt word; a word of another kind of block; a value that is missing before it",
@@ -308,6 +310,7 @@ constexpr advice_pattern patterns[] = {
 
     // ---- solve blocks
     {"solve_type not found", "no-solve-type"},
+    {"post-processing is not available", "no-post-processing"},
     {"is not available in this version", "not-available"},
     {"An unknown keyword is found in the method card", "unknown-method"},
     {"method specified for transient simulation", "two-rules"},

@@ -143,6 +143,8 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
                     "   parameter name is: q\n"),
               "rparm-link");
     EXPECT_EQ(id_of("get_rparm_2 (gbe): multiple parameters? nttl=2\n  Halting..\n"), "rparm-source");
+    EXPECT_EQ(id_of("main: post-processing is not available in this version.\n   Check this outvar: m\n"),
+              "no-post-processing");
     EXPECT_EQ(id_of("a text that no program has ever printed"), "");
     EXPECT_EQ(id_of(""), "");
 }
