@@ -183,6 +183,16 @@ void clear_tables(mat_class& mat) {
     mat.locv = value_moves{};
 }
 
+// Entries that sum the currents of terminals into the rows of nodes, in a system that has the currents as unknowns.
+int currents_in_rows_of_nodes(const circuit& c) {
+    int n = 0;
+    for (int u = 0; u < c.ebeu.n(); ++u) {
+        if (c.lib.ebes.flag.ground_dummy[at(c.ebeu.unit.i_lib[at(u)])]) continue;
+        for (int j = 0; j < c.ebeu.nd.size(u); ++j) n += c.ebeu.nd.row(u)[j] != c.ebeu.ref_nd;
+    }
+    return n;
+}
+
 int limited_product(int a, int b) {
     const long long p = static_cast<long long>(a) * b;
     return p > INT_MAX ? INT_MAX : p < 0 ? 0 : static_cast<int>(p);
@@ -193,7 +203,8 @@ int limited_product(int a, int b) {
 void allocate_system(mat_class& mat, const circuit& c) {
     mat.mnz_ebce = c.tmpdim.mnz_ebce;
     mat.mnz_gbce = c.tmpdim.mnz_gbce;
-    const long long mnz_m = static_cast<long long>(mat.mnz_ebce) + (c.gbeu.n() > 0 ? mat.mnz_gbce : 0);
+    const long long mnz_kcl = currents_in_rows_of_nodes(c);
+    const long long mnz_m = mnz_kcl + mat.mnz_ebce + (c.gbeu.n() > 0 ? mat.mnz_gbce : 0);
     mat.e.names = real_names;
     mat.e.limits.mnz_w = limited_product(mnz_m > INT_MAX ? INT_MAX : static_cast<int>(mnz_m), c.tmpdim.f_mnz_w);
     mat.e.limits.m_matttlop1 = mat.e.limits.mnz_w;

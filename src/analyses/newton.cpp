@@ -1,6 +1,7 @@
 #include "analyses/newton.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 
 #include "analyses/convergence.h"
@@ -46,6 +47,21 @@ void solve_for_step(run_state& r, bool fix_order, bool hold_factors) {
     solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 1, 0, 0, 1, hold_factors ? 2 : 3);
     ++r.flags.n_solve_lin;
     std::copy(mat.e.sol_w.begin(), mat.e.sol_w.end(), mat.delsvec.begin());
+}
+
+// Whether models answered an iterate that ran away: with an infinite residual, or with two that are opposed. A solve
+// would only tell so less clearly, or end the run over a matrix of such numbers.
+bool ran_away(run_state& r, std::string_view who) {
+    bool infinite = false, no_number = false;
+    for (double x : r.mat.rhs_m) {
+        infinite = infinite || std::isinf(x);
+        no_number = no_number || std::isnan(x);
+    }
+    if (no_number)
+        say(line(who, ": NaN found!"));
+    else if (infinite)
+        say(line(who, ": norm too large."));
+    return no_number || infinite;
 }
 
 // Halves the step until the residual is not above that at the start; false when the trials are used up. svec stays at
@@ -122,6 +138,8 @@ void newton(run_state& r, const newton_limits& limits) {
         heed_signals();
         r.flags.newton_first = slv.iter_newton == 0 ? 1 : 0;
         assemble(r, false);
+        const bool fix_order = limits.fix_order && slv.iter_newton == 0;
+        if (!fix_order && ran_away(r, limits.who)) break;
         const bool debug_now = limits.dump && slv.iter_newton == slv.iter_debug_newton - 1;
         if (limits.dump && mat.kind != analysis::trns) say(line(limits.who, ": flag_wrt_debug_smat = T"));
         if (debug_now) {
@@ -131,7 +149,7 @@ void newton(run_state& r, const newton_limits& limits) {
             vector_write(mat.n_svec, mat.svec.data(), line("svec_", limits.tail, ".dat"));
             if (slv.i_file_solution >= 0) write_solution(slv, r.c, r.flags);
         }
-        solve_for_step(r, limits.fix_order && slv.iter_newton == 0, limits.hold_factors);
+        solve_for_step(r, fix_order, limits.hold_factors);
         if (debug_now) write_step_and_stop(r, line("delx_", limits.tail, ".dat"), line(limits.who, ": delsvec"));
         if (limits.line_search) {
             if (!line_search(r, limits.who)) break;

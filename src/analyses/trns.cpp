@@ -5,6 +5,7 @@
 
 #include "analyses/evaluate.h"
 #include "analyses/plan.h"
+#include "analyses/rparm_passes.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
@@ -325,10 +326,13 @@ void solve_trns(run_state& r) {
     slv.iter_trns_anlg = slv.iter_trns_dgtl = slv.iter_trns_1 = slv.iter_trns_x = -1;
     r.flags.iter_trns_1 = -1;
     slv.delt_old_1 = slv.delt;
+    if (slv.itmax_trns > 0) check_rparm_sources(r.c);
     progress lines(slv);
     for (slv.iter_trns = 0; slv.iter_trns < slv.itmax_trns; ++slv.iter_trns) {
         heed_signals();
         r.flags.iter_trns = slv.iter_trns;
+        if (r.c.cct.flag_setrparm) set_rparm_2(r);
+        if (r.c.cct.flag_getrparm) get_rparm_2(r);
         lines.tell();
         begin_analog_step(r);
         r.flags.iter_trns_1 = slv.iter_trns_1;

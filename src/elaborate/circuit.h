@@ -6,6 +6,7 @@
 #include "deck/tmpdim_class.h"
 #include "elaborate/cct_class.h"
 #include "elaborate/instances.h"
+#include "elaborate/rparm_links.h"
 #include "elaborate/units.h"
 #include "library/basic_library.h"
 #include "library/composite_library.h"
@@ -48,6 +49,7 @@ struct circuit {
     dbeu_class dbeu;
     xbeu_class xbeu;
     xbau_class xbau;
+    rparm_links links;
 
     instance_core& instances(int fam);
     const instance_core& instances(int fam) const;

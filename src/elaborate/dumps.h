@@ -2,5 +2,6 @@
 #pragma once
 #include "elaborate/circuit.h"
 
-// ov.dat, ect.dat, gct.dat, dct.dat, xct.dat: the domains' names with their numbers at each level.
+// ov.dat, and ect.dat, gct.dat, dct.dat, xct.dat: the domains' names with their numbers at each level, the maps between
+// the levels (-1: no counterpart), then what all units of the family have together.
 void write_circuit_dumps(const circuit& c);

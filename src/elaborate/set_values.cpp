@@ -147,22 +147,24 @@ bool is_global_request(std::string_view left) {
            left == "var_ac" || left == "xvar_ac";
 }
 
-// Matches the outputs that name this instance: power, an output word of the composite (first its DC list, then its
-// small-signal list), or a real parameter.
+// Matches the outputs that name this instance: the power of an electrical element, an output word of the composite
+// (first its DC list, then its small-signal list), or a real parameter. Nothing else has terminals whose power could be
+// summed, so there the words of power are looked up like any other.
 void match_outputs(circuit& c, const family_form& form, int i_lib, int i, const std::vector<int>& outputs) {
     const composite_library& lib = c.lib.*(form.composites);
     instance_core& inst = c.*(form.instances);
     ov_class& ov = c.ov;
+    const bool has_power = form.number == fam_e;
     for (int k : outputs) {
         const std::size_t o = static_cast<std::size_t>(k);
         if (ov.kind[o] != ov_none || is_global_request(ov.left[o])) continue;
         const std::string& left = ov.left[o];
         ov.family[o] = form.number;
         ov.instance[o] = i;
-        if (left == "pwr_elec") {
+        if (has_power && left == "pwr_elec") {
             ov.kind[o] = ov_pwr_elec;
             inst.flag_pwr_elec.back() = 1;
-        } else if (left == "pwr_elec_ac") {
+        } else if (has_power && left == "pwr_elec_ac") {
             ov.kind[o] = ov_pwr_elec_ac;
             inst.flag_pwr_elec_ac.back() = 1;
         } else if (const int j = lib.ov.name.find(i_lib, left); j >= 0) {

@@ -68,6 +68,7 @@ struct composite_form {
     const char* element;  // "ebe"
     const char* model_tag;  // "em": emebe, emece in messages of model lines
     bool has_power;         // pwr_elec is an output word
+    bool may_postprocess;   // entries may be postprocessors; elsewhere those are flag words like any unknown one
     bool tells_operands;    // a derived parameter that fails is shown in its parts first
     const char* node_word;  // "nodev": left word of the output of a node
     const char* node_name;  // "node": what the composite's connections are called in messages

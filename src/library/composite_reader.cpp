@@ -216,17 +216,18 @@ void read_entry_line(const words& w, const composite_form& form, composite_libra
     struct flag_word {
         const char* word;
         std::vector<int> composite_flags::*member;
+        bool known;
     };
-    constexpr flag_word flags[] = {
-        {"allow_ac", &composite_flags::allow_ac},
-        {"compute_acp", &composite_flags::compute_acp},
-        {"compute_noisep", &composite_flags::compute_noisep},
-        {"compute_rparms", &composite_flags::compute_rparms},
-        {"postprocessor", &composite_flags::postprocessor},
-        {"postprocessor_ac", &composite_flags::postprocessor_ac},
+    const flag_word flags[] = {
+        {"allow_ac", &composite_flags::allow_ac, true},
+        {"compute_acp", &composite_flags::compute_acp, true},
+        {"compute_noisep", &composite_flags::compute_noisep, true},
+        {"compute_rparms", &composite_flags::compute_rparms, true},
+        {"postprocessor", &composite_flags::postprocessor, form.may_postprocess},
+        {"postprocessor_ac", &composite_flags::postprocessor_ac, form.may_postprocess},
     };
     for (const flag_word& f : flags) {
-        int i = 3;
+        int i = f.known ? 3 : w.size();
         while (i < w.size() && w[i] != f.word) ++i;
         (lib.flag.*f.member).push_back(i < w.size() && assign_flag_1(pick_word_1(w, i + 1)));
     }

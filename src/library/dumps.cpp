@@ -2,6 +2,7 @@
 #include "library/dumps.h"
 
 #include <fstream>
+#include <span>
 
 #include "run/halt.h"
 
@@ -9,22 +10,31 @@ namespace {
 
 using L = library_lists;
 
-// Every named list with the tag of its total; a row of an entry names the lists that it fills.
+// Every named list with the tag of its total, in the order of the totals; a row of an entry names the lists that it
+// fills.
 struct names_tag {
     word_list L::*list;
     const char* tag;
 };
 constexpr names_tag name_lists[] = {
-    {&L::node, "nd"},   {&L::ind_node, "in"}, {&L::ind_branch, "ib"}, {&L::locv, "locv"}, {&L::aux, "aux"},
-    {&L::auxs, "auxs"}, {&L::dgtl, "dgtl"},   {&L::vr, "vr"},         {&L::xvr, "xvr"},
+    {&L::node, "nd"}, {&L::vr, "vr"},     {&L::xvr, "xvr"},   {&L::ind_node, "in"}, {&L::ind_branch, "ib"},
+    {&L::aux, "aux"}, {&L::auxs, "auxs"}, {&L::locv, "locv"}, {&L::dgtl, "dgtl"},
+};
+// Those that composites have, too.
+constexpr names_tag composite_lists[] = {
+    {&L::node, "nd"},     {&L::vr, "vr"},         {&L::xvr, "xvr"},
+    {&L::ind_node, "in"}, {&L::ind_branch, "ib"}, {&L::dgtl, "dgtl"},
 };
 
-// Visits the pair lists.
+// Visits the pair lists: parameters, then start values and guesses.
 template <class F>
-void for_each_pair_list(const L& list, F f) {
+void for_each_parameter_list(const L& list, F f) {
     f(list.iprm, "iprm");
     f(list.sprm, "sprm");
     f(list.rprm, "rprm");
+}
+template <class F>
+void for_each_value_list(const L& list, F f) {
     f(list.sv, "sv");
     f(list.ig, "ig");
 }
@@ -50,9 +60,11 @@ void write_total(std::ostream& out, const char* tag, const pair_list<T>& list) {
 }
 
 void write_list_totals(std::ostream& out, const L& list) {
+    const auto total = [&](const auto& l, const char* tag) { write_total(out, tag, l); };
     write_total(out, "n", list.n());
-    for_each_pair_list(list, [&](const auto& l, const char* tag) { write_total(out, tag, l); });
+    for_each_parameter_list(list, total);
     for (const names_tag& t : name_lists) out << "n_ttl" << t.tag << " = " << (list.*t.list).pool.size() << '\n';
+    for_each_value_list(list, total);
 }
 
 template <class T>
@@ -68,17 +80,33 @@ void write_entry_lists(std::ostream& out, const L& list, int e) {
         for (int j = 0; j < (list.*t.list).count(e); ++j) out << ' ' << (list.*t.list).word(e, j);
         out << '\n';
     }
-    for_each_pair_list(list, [&](const auto& l, const char* tag) { write_pairs(out, tag, l, e); });
+    const auto pairs = [&](const auto& l, const char* tag) { write_pairs(out, tag, l, e); };
+    for_each_parameter_list(list, pairs);
+    for_each_value_list(list, pairs);
+}
+
+// How long each list of an entry is; that with the tag `told` is told already.
+void write_entry_counts(std::ostream& out, const L& list, int e, std::span<const names_tag> lists,
+                        const std::string& told = "") {
+    const auto count = [&](const auto& l, const char* tag) { out << ", n_" << tag << " = " << l.count(e); };
+    for_each_parameter_list(list, count);
+    for_each_value_list(list, count);
+    for (const names_tag& t : lists)
+        if (t.tag != told) out << ", n_" << t.tag << " = " << (list.*t.list).count(e);
 }
 
 void write_functions(std::ostream& out, const function_table& f, int e) {
     const int first = f.first_f[static_cast<std::size_t>(e)];
     for (int j = 0; j < f.n_func(e); ++j) {
         const auto k = static_cast<std::size_t>(first + j);
-        out << "    f = " << j << ", name = " << f.name[first + j] << ", flag_kcl = " << f.flag_kcl[k]
+        out << "    f = " << j << ", name = " << f.name[first + j]
+            << ", n_var = " << f.first_fvar[k + 1] - f.first_fvar[k] << ", flag_kcl = " << f.flag_kcl[k]
             << ", flag_gnrl = " << f.flag_gnrl[k] << ", flag_locvar = " << f.flag_locvar[k]
-            << ", func_startup = " << f.func_startup[k] << ", startup_kcl = " << f.startup_kcl[k]
-            << ", startup_gnrl = " << f.startup_gnrl[k] << ", flag_ddt = " << f.flag_ddt[k] << '\n';
+            << ", i_locvar = " << f.i_locvar[k] << ", func_startup = " << f.func_startup[k]
+            << ", startup_kcl = " << f.startup_kcl[k] << ", startup_kcl_row = " << f.startup_kcl_row[k]
+            << ", startup_gnrl = " << f.startup_gnrl[k] << ", flag_ddt = " << f.flag_ddt[k]
+            << ", ddt_var_flag = " << f.ddt_var_flag[k] << ", ddt_var_number = " << f.ddt_var_number[k]
+            << ", kcl_locvar_func = " << f.kcl_locvar_func[k] << '\n';
         for (int d = f.first_fvar[k]; d < f.first_fvar[k + 1]; ++d) {
             const auto i = static_cast<std::size_t>(d);
             out << "      var_flag = " << f.var_flag[i] << ", var_number = " << f.var_number[i]
@@ -90,13 +118,14 @@ void write_functions(std::ostream& out, const function_table& f, int e) {
 void write_outputs(std::ostream& out, const char* tag, const output_table& table, int e) {
     for (int j = 0; j < table.count(e); ++j) {
         const auto i = static_cast<std::size_t>(table.at(e, j));
-        out << "    " << tag << ' ' << table.name.word(e, j) << ": flag = " << table.kind[i] << ", be = " << table.be[i]
-            << ", var = " << table.index[i] << '\n';
+        out << "    " << tag << "_name = " << table.name.word(e, j) << ", " << tag << "_flag = " << table.kind[i]
+            << ", " << tag << "_be = " << table.be[i] << ", " << tag << "_var = " << table.index[i] << '\n';
     }
 }
 
 template <class T>
-void write_row(std::ostream& out, const char* tag, const row_table<T>& table, const row_table<int>* flag, int row) {
+void write_row(std::ostream& out, const std::string& tag, const row_table<T>& table, const row_table<int>* flag,
+               int row) {
     if (row >= table.n_rows() || table.size(row) == 0) return;  // a family has rows for words of its own only
     out << "      " << tag << ':';
     for (int j = 0; j < table.size(row); ++j) {
@@ -109,6 +138,7 @@ void write_row(std::ostream& out, const char* tag, const row_table<T>& table, co
 // Values with the composite's parameter or name that feeds them in brackets; no brackets: fixed.
 void write_elements(std::ostream& out, const std::string& library, const element_table& be, bool ac, int e) {
     const std::string basic = library.substr(0, 1) + (ac ? "bac" : "bes");  // eels: ebes, ebac
+    const std::string prefix = ac ? "beac_" : "be_";
     for (int k = 0; k < be.n_be(e); ++k) {
         const int row = be.first_be[static_cast<std::size_t>(e)] + k;
         const auto r = static_cast<std::size_t>(row);
@@ -116,17 +146,17 @@ void write_elements(std::ostream& out, const std::string& library, const element
             << be.i_be[r];
         if (ac) out << ", beac_acprm_be = " << be.acprm_be[r];
         out << '\n';
-        write_row(out, "nd", be.node, nullptr, row);
-        write_row(out, "dgtl", be.dgtl, nullptr, row);
-        write_row(out, "vr", be.vr, nullptr, row);
-        write_row(out, "xvr", be.xvr, nullptr, row);
-        write_row(out, "in", be.in, &be.in_flag, row);
-        write_row(out, "ib", be.ib, &be.ib_flag, row);
-        write_row(out, "iprm", be.iprm, &be.iprm_flag, row);
-        write_row(out, "sprm", be.sprm, &be.sprm_flag, row);
-        write_row(out, "rprm", be.rprm, &be.rprm_flag, row);
-        write_row(out, "sv", be.sv, &be.sv_flag, row);
-        write_row(out, "ig", be.ig, &be.ig_flag, row);
+        write_row(out, prefix + "node", be.node, nullptr, row);
+        write_row(out, prefix + "dgtl", be.dgtl, nullptr, row);
+        write_row(out, prefix + "vr", be.vr, nullptr, row);
+        write_row(out, prefix + "xvr", be.xvr, nullptr, row);
+        write_row(out, prefix + "in", be.in, &be.in_flag, row);
+        write_row(out, prefix + "ib", be.ib, &be.ib_flag, row);
+        write_row(out, prefix + "iprm", be.iprm, &be.iprm_flag, row);
+        write_row(out, prefix + "sprm", be.sprm, &be.sprm_flag, row);
+        write_row(out, prefix + "rprm", be.rprm, &be.rprm_flag, row);
+        write_row(out, prefix + "sv", be.sv, &be.sv_flag, row);
+        write_row(out, prefix + "ig", be.ig, &be.ig_flag, row);
     }
 }
 
@@ -147,6 +177,7 @@ void write_basic_dump(std::ostream& out, const std::string& word, const basic_li
     write_total(out, "n_ttlfvar", lib.func.first_fvar.back());
     for (int e = 0; e < lib.n(); ++e) {
         out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_func = " << lib.func.n_func(e);
+        write_entry_counts(out, lib.list, e, name_lists);
         for (const flag_tag& f : flag_tags)
             if ((lib.flag.*f.flag)[static_cast<std::size_t>(e)]) out << ", " << f.tag << " = 1";
         out << '\n';
@@ -158,9 +189,13 @@ void write_basic_dump(std::ostream& out, const std::string& word, const basic_li
 void write_composite_dump(std::ostream& out, const std::string& word, const composite_library& lib) {
     out.precision(10);
     out << word << "_class\n";
-    write_list_totals(out, lib.list);
+    write_total(out, "n", lib.n());
+    for_each_parameter_list(lib.list, [&](const auto& l, const char* t) { write_total(out, t, l); });
     write_total(out, "n_ttlbias", lib.bias.name.pool.size());
+    for (const names_tag& t : composite_lists)
+        if (t.list != &L::dgtl) out << "n_ttl" << t.tag << " = " << (lib.list.*t.list).pool.size() << '\n';
     write_total(out, "n_ttlov", lib.ov.name.pool.size());
+    write_total(out, "n_ttlsv", lib.list.sv);
     write_total(out, "n_ttlinac", lib.inac.pool.size());
     write_total(out, "n_ttlibac", lib.ibac.pool.size());
     const auto count = [](const auto& table) { return static_cast<int>(table.data.size()); };
@@ -181,7 +216,10 @@ void write_composite_dump(std::ostream& out, const std::string& word, const comp
         const int n_main = blocks ? lib.list.vr.count(e) : lib.n_nd(e);
         out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_be = " << lib.be.n_be(e)
             << ", n_beac = " << lib.beac.n_be(e) << ", n_" << tag << " = " << n_main << ", n_ttl" << tag
-            << "_old = " << n_main + lib.auxnode.count(e) << ", n_rprm_plain = " << lib.n_rprm_plain(e) << ", n_rprm_derived = " << lib.n_rprm_derived(e)
+            << "_old = " << n_main + lib.auxnode.count(e) << ", n_ov = " << lib.ov.count(e)
+            << ", n_bias = " << lib.bias.count(e);
+        write_entry_counts(out, lib.list, e, composite_lists, tag);
+        out << ", n_rprm_plain = " << lib.n_rprm_plain(e) << ", n_rprm_derived = " << lib.n_rprm_derived(e)
             << ", flag_allow_ac = " << lib.flag.allow_ac[i] << ", flag_compute_acp = " << lib.flag.compute_acp[i]
             << ", flag_compute_noisep = " << lib.flag.compute_noisep[i]
             << ", flag_compute_rparms = " << lib.flag.compute_rparms[i];

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <limits>
 
 #include "models/model_functions.h"
 #include "run/math_cnst_class.h"
@@ -15,39 +16,76 @@ void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst) 
     d.x_max = std::log(d.i_max / d.is_t);
 }
 
+namespace {
+// Stands where a formula has left the range of numbers: no solution is there, and the solver sees it at once.
+void runs_away(double v, double& i, double& g) {
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    i = v < 0 ? -infinite : infinite;
+    g = 1;
+}
+
+double breakdown_current(const junction_diode& d) { return (d.ibv == 0 ? d.is * d.bv / d.vt : d.ibv) * d.area; }
+}  // namespace
+
 void junction_current(const junction_diode& d, double v, double gmin, double& i, double& g) {
     const double vte = d.n_em * d.vt, is = d.is_t * d.area;
-    double e, de;
-    if (v > -d.bv || v >= 0) {
-        if (v >= 0 || v > -5 * vte) {
-            exp_lmt_1(v / vte, e, de, d.x_max);
-            i = is * (e - 1) + gmin * v;
-            g = is * de / vte + gmin;
-        } else {
-            i = gmin * v - is;
-            g = gmin;
-        }
+    double e = 0, de = 0, e_bv = 0;
+    if (v >= 0 || d.bv_cont || (v > -d.bv && v > -5 * vte)) {
+        exp_lmt_1(v / vte, e, de, d.x_max);
+        i = is * (e - 1) + gmin * v;
+        g = is * de / vte + gmin;
+    } else if (v > -d.bv) {
+        i = gmin * v - is;
+        g = gmin;
     } else if (v < -d.bv) {
         exp_lmt_1(-(d.bv + v) / d.vt, e, de, d.x_max);
         i = -is * (e + d.bv / d.vt) + gmin * v;
         g = is * de / d.vt + gmin;
     } else {
-        const double ibv = d.ibv == 0 ? d.is * d.bv / d.vt : d.ibv;
-        i = gmin * v - ibv * d.area;
+        i = gmin * v - breakdown_current(d);
         g = gmin;
     }
+    if (d.bv_cont && v < 0) {
+        exp_lmt_1(-(d.bv + v) / vte, e_bv, de, d.x_max);
+        i -= breakdown_current(d) * e_bv;
+        g += breakdown_current(d) * de / vte;
+    }
+    if (std::isinf(e) || std::isinf(e_bv))
+        runs_away(v, i, g);  // times a saturation current of 0 they would be no number
 }
 
 void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c) {
-    const double v_edge = d.fc * d.vj;
-    if (v < v_edge) {
-        const double a = 1 - v / d.vj, s = std::pow(a, -d.m);
-        q = d.vj / (1 - d.m) * (1 - a * s);
-        c = s;
-    } else {
-        q = d.f1 + (d.f3 * (v - v_edge) + d.m / (2 * d.vj) * (v * v - v_edge * v_edge)) / d.f2;
-        c = (d.f3 + d.m * v / d.vj) / d.f2;
+    q = c = 0;
+    if (d.area * d.cj0 != 0) {
+        const double v_edge = d.fc * d.vj;
+        if (v < v_edge) {
+            const double a = 1 - v / d.vj, s = std::pow(a, -d.m);
+            q = d.vj / (1 - d.m) * (1 - a * s);
+            c = s;
+        } else {
+            q = d.f1 + (d.f3 * (v - v_edge) + d.m / (2 * d.vj) * (v * v - v_edge * v_edge)) / d.f2;
+            c = (d.f3 + d.m * v / d.vj) / d.f2;
+        }
+        q = d.area * d.cj0 * q;
+        c = d.area * d.cj0 * c;
     }
-    q = d.area * d.cj0 * q + d.tt * id;
-    c = d.area * d.cj0 * c + d.tt * gd;
+    if (d.tt != 0) {
+        q = q + d.tt * id;
+        c = c + d.tt * gd;
+    }
+}
+
+bool junction_at(const junction_diode& d, const double* v, double gmin, double& i, double& g, double& q, double& c) {
+    constexpr double v_largest = 1e100;
+    const double vd = v[0] - v[1];
+    if (std::fabs(v[0]) <= v_largest && std::fabs(v[1]) <= v_largest) {
+        junction_current(d, vd, gmin, i, g);
+        q = c = 0;
+        if (!std::isinf(i)) junction_charge(d, vd, i - gmin * vd, g - gmin, q, c);
+        if (std::isfinite(i + g + q + c)) return true;
+        if (std::isnan(i) || std::isnan(g) || std::isnan(q) || std::isnan(c)) return false;
+    }
+    runs_away(vd, i, g);
+    q = c = 0;
+    return true;
 }

@@ -100,6 +100,22 @@ void check_available(const solve_class& slv) {
         if (on) halt({line("main: solve_type ", word, " is not available in this version."), "  Halting..."});
 }
 
+// Nobody makes the results of post-processing yet: a file that asks for one would stay empty.
+void check_results_available(const circuit& c) {
+    for (int index = 0; index < c.cf.n_solve; ++index)
+        for (int i = c.cf.n_begin_solve[static_cast<std::size_t>(index)];
+             i < c.cf.n_end_solve[static_cast<std::size_t>(index)]; ++i) {
+            if (!c.cf.text.begins(i, "variables:")) continue;
+            for (int j = 1; j < c.cf.text.n_words(i); ++j) {
+                const int k = c.ov.find(c.cf.text.word(i, j));
+                const int kind = k < 0 ? ov_none : c.ov.kind[static_cast<std::size_t>(k)];
+                if (kind == ov_postproc || kind == ov_postproc_ac)
+                    halt({"main: post-processing is not available in this version.",
+                          line("   Check this outvar: ", c.cf.text.word(i, j)), "  Halting..."});
+            }
+        }
+}
+
 bool solves(const solve_class& slv) { return slv.dc || slv.startup || slv.trns; }
 
 analysis analysis_of(const solve_class& slv) {
@@ -136,6 +152,8 @@ void prepare_circuit(run_state& r) {
     check_linear(c);
     check_one_time(c);
     allocate_system(r.mat, c);
+    set_rparm_1(c);
+    get_rparm_1(c);
 }
 
 void read_block(run_state& r, int index) {
@@ -201,6 +219,7 @@ void run_tarnel() {
     read_lists(c.lib, r.flags);
     c.tmpdim = read_tmpdim("tmpdim.in");
     prepare_circuit(r);
+    check_results_available(c);
     for (int index = 0; index < c.cf.n_solve; ++index) {
         read_block(r, index);
         solve_block(r);

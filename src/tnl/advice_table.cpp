@@ -132,6 +132,8 @@ constexpr advice_text texts[] = {
 
     // ---- solve blocks
     {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup or trns"},
+    {"no-post-processing", "Results of post-processing are not available in this version.", "",
+     "tnl measure computes means, effective values and harmonics from the rows"},
     {"not-available", "This solve_type is not available in this version.", "", "dc, startup and trns are"},
     {"unknown-method", "method: has a word that this kind of block does not know.",
      "a misspelt word; a word of another kind of block; a value that is missing before it",
@@ -150,6 +152,11 @@ constexpr advice_text texts[] = {
      "write it again with a block whose variables: is solution"},
     {"bad-item", "set_parm, vary_parm or their kin name something that is not there.",
      "a misspelt parameter or element", "PARAMETER_of_ELEMENT or glbl_of_NAME; tnl describe TYPE lists parameters"},
+    {"rparm-link", "A block that sets or reads a parameter names an element or a parameter that is not there.",
+     "a misspelt element or parm", "element=NAME of an element statement, parm= one of its real parameters"},
+    {"rparm-source", "get_rparm cannot tell where the parameter that it reads stands.",
+     "a parameter that the element only computes with, or that several of its parts share",
+     "read another parameter of the element; tnl describe TYPE lists them"},
     {"bad-sweep", "A sweep is not complete, or not possible.", "",
      "vary_parm ITEM from A to B type linear n_points N (2 to 10 million); type log needs A, B above 0; type table V1 "
      "V2 ..."},
@@ -303,6 +310,7 @@ constexpr advice_pattern patterns[] = {
 
     // ---- solve blocks
     {"solve_type not found", "no-solve-type"},
+    {"post-processing is not available", "no-post-processing"},
     {"is not available in this version", "not-available"},
     {"An unknown keyword is found in the method card", "unknown-method"},
     {"method specified for transient simulation", "two-rules"},
@@ -316,6 +324,10 @@ constexpr advice_pattern patterns[] = {
     {"the initial_sol card", "initial-sol"},
     {"previous solution does not exist", "no-previous"},
     {"read_solution: file*ends early", "solution-file"},
+    {"type gbe.", "rparm-link"},
+    {"element not identified in", "rparm-link"},
+    {"two string parameters and a variable", "rparm-link"},
+    {"get_rparm_2", "rparm-source"},
     {"parameter not identified in", "bad-item"},
     {"which does not exist?", "bad-item"},
     {"digital node name not found", "bad-item"},

@@ -220,6 +220,35 @@ void check_element(checked_deck& d, const deck_element& e) {
     check_model_limits(d, e);
 }
 
+// Blocks that set or read a parameter name the element and one of its real parameters or start values.
+void check_linked_parameter(checked_deck& d, const deck_element& e) {
+    if (!has(e.type->basics, "set_rparm") && !has(e.type->basics, "get_rparm")) return;
+    int at = 0;
+    const std::string name = d.value(e, "element", &at);
+    if (d.globals.texts.count(name)) return;
+    const auto found = d.element_of.find(name);
+    if (found == d.element_of.end()) {
+        std::vector<std::string> names;
+        for (const deck_element& o : d.elements) names.push_back(o.name);
+        d.report.error("unknown-item", {e.statement, at},
+                       name.empty() ? e.name + " names no element="
+                                    : "there is no element named " + name + near_text(names, name));
+        return;
+    }
+    const element_type* type = d.elements[static_cast<std::size_t>(found->second)].type;
+    if (type == nullptr) return;
+    std::vector<std::string> words = type->rprm;
+    for (const std::vector<std::string>* list : {&type->derived, &type->start})
+        words.insert(words.end(), list->begin(), list->end());
+    at = 0;
+    const std::string parm = d.value(e, "parm", &at);
+    if (!has(words, parm) && !d.globals.texts.count(parm))
+        d.report.error("unknown-item", {e.statement, at},
+                       parm.empty()
+                           ? e.name + " names no parm="
+                           : name + " (" + type->name + ") has no real parameter " + parm + near_text(words, parm));
+}
+
 // Sensed branches name elements that have a current of their own; models must be there.
 void check_references(checked_deck& d, const deck_element& e, const std::map<std::string, std::string>& models) {
     int at = 0;
@@ -310,7 +339,10 @@ void check_elements(checked_deck& d) {
                        "the name " + e.name + " is repeated: line " + std::to_string(place.line) + " has it too");
     }
     for (const deck_element& e : d.elements)
-        if (e.type != nullptr) check_references(d, e, models[e.library]);
+        if (e.type != nullptr) {
+            check_references(d, e, models[e.library]);
+            check_linked_parameter(d, e);
+        }
 }
 
 }  // namespace cli

@@ -64,14 +64,16 @@ void check_quantity(checked_deck& d, deck_word at, const std::string& left, cons
         return;
     }
     const element_type* type = d.elements[static_cast<std::size_t>(found->second)].type;
-    if (type == nullptr || left == "pwr_elec" || left == "pwr_elec_ac") return;
+    if (type == nullptr) return;
+    const bool has_power = library_forms[type->library].statement == "eelement";
+    if (has_power && (left == "pwr_elec" || left == "pwr_elec_ac")) return;
     std::vector<std::string> words = type->outvar;
     for (const list_member list : {&element_type::rprm, &element_type::derived})
         words.insert(words.end(), (type->*list).begin(), (type->*list).end());
     if (has(words, left)) return;
     std::string all;
     for (const std::string& w : words) all += (all.empty() ? "" : " ") + w;
-    if (library_forms[type->library].statement == "eelement") all += all.empty() ? "pwr_elec" : " pwr_elec";
+    if (has_power) all += all.empty() ? "pwr_elec" : " pwr_elec";
     d.report.error("unknown-output", at, right + " (" + type->name + ") offers no " + left + near_text(words, left),
                    "it offers: " + all);
 }

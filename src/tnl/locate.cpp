@@ -92,6 +92,13 @@ int outputs_quantity(const deck_view& deck, int i, std::string_view value) {
 int uses_node(const deck_view& deck, int i, std::string_view value) {
     return is_element(deck, i) ? find_word(deck, i, value, 2, 2) : -1;
 }
+// A block that sets or reads a parameter of an element.
+int links(const deck_view& deck, int i, std::string_view key, std::string_view value) {
+    if (!is_element(deck, i) || value_of(deck, i, "element").empty() || value_of(deck, i, "parm").empty()) return -1;
+    return value_of(deck, i, key) == value ? find_word(deck, i, key, 1, 2) + 1 : -1;
+}
+int links_element(const deck_view& deck, int i, std::string_view value) { return links(deck, i, "element", value); }
+int links_parameter(const deck_view& deck, int i, std::string_view value) { return links(deck, i, "parm", value); }
 int names_file(const deck_view& deck, int i, std::string_view value) {
     const bool may = is_element(deck, i) || deck.statements.begins(i, "filename") ||
                      deck.statements.begins(i, "initial_sol") || deck.statements.begins(i, "gstring");
@@ -113,6 +120,8 @@ constexpr clue clues[] = {
     {"xelement name is ", "", false, is_named},
     {"gmelement name is ", "", false, is_named},
     {"element name is ", "", false, is_named},
+    {"element name is: ", "", false, links_element},
+    {"parameter name is: ", "", false, links_parameter},
     {"instance name is ", "", false, is_named},
     {"Check line starting with: ", "", false, begins_with},
     {"The word is: ", "", false, method_holds},

@@ -135,8 +135,12 @@ inline void make_working_folder(const std::string& deck) {
     write_file(".tnlaux/cct.in", deck);
 }
 
-// Runs the deck in the current folder.
-inline console_run run_here(const std::string& deck) {
+// Runs the deck in the current folder; more_gels: composites of blocks of the test's own, the first named calc.
+inline console_run run_here(const std::string& deck, const std::string& more_gels = "") {
     make_working_folder(deck);
+    if (!more_gels.empty()) {
+        write_file(".tnlaux/gels.aux", read_file(".tnlaux/gels.aux") + more_gels);
+        write_file(".tnlaux/gce_all.lst", read_file(".tnlaux/gce_all.lst") + ".calc\n");
+    }
     return run_and_listen(run_tarnel);
 }

@@ -17,15 +17,18 @@ using table = std::vector<std::vector<double>>;
 // Works in a folder of its own with all installed libraries while it lives.
 class whole_run {
 public:
-    // without: a word that is cut out of all library texts.
-    explicit whole_run(const std::string& deck, const std::string& without = "") {
+    // without: a word that is cut out of all library texts; more_eels: electrical composites of the test's own.
+    explicit whole_run(const std::string& deck, const std::string& without = "", const std::string& more_eels = "") {
         std::filesystem::create_directory(".tnlaux");
         for (const auto& entry : std::filesystem::directory_iterator(TARNEL_SHARE)) {
             std::string library = read_file(entry.path().string());
             for (std::size_t at = without.empty() ? std::string::npos : library.find(without); at != std::string::npos;
                  at = library.find(without, at))
                 library.erase(at, without.size());
-            write_file((".tnlaux" / entry.path().filename()).string(), library);
+            const std::filesystem::path name = entry.path().filename();
+            if (name == "eels.aux") library += more_eels;
+            if (name == "ece_all.lst") library += names_of(more_eels);
+            write_file((".tnlaux" / name).string(), library);
         }
         std::string dimensions;
         for (const tmpdim_word& w : tmpdim_words())
@@ -55,6 +58,15 @@ public:
     bool stopped = false;
 
 private:
+    // Lines of a list file for the entries of a library text.
+    static std::string names_of(const std::string& library) {
+        std::string list;
+        std::istringstream in(library);
+        for (std::string one; std::getline(in, one);)
+            if (one.starts_with("ece name=")) list += "." + one.substr(9) + "\n";
+        return list;
+    }
+
     temp_folder folder_;
 };
 

@@ -222,6 +222,18 @@ TEST(allocate_system, the_number_of_entries_is_limited) {
     EXPECT_HALT(allocate_system(mat, t.c), "mat_class::ebce_mat_1_allocate:\n  nnz_ebce is too large. Halting...\n");
 }
 
+TEST(allocate_system, the_working_entries_are_a_multiple_of_those_of_all_blocks_terminal_currents_included) {
+    // Terminals at a, b and b; those at the reference have no row.
+    dc_run t("eelement name=R1 type=r p=a n=b\neelement name=R2 type=r p=b n=0\n");
+    mat_class mat;
+    t.c.tmpdim.mnz_ebce = 100;
+    t.c.tmpdim.mnz_gbce = 1000;  // there are no blocks
+    t.c.tmpdim.f_mnz_w = 5;
+    allocate_system(mat, t.c);
+    EXPECT_EQ(mat.e.limits.mnz_w, (100 + 3) * 5);
+    EXPECT_EQ(mat.e.limits.m_matttlop1, (100 + 3) * 5);
+}
+
 TEST(bind_models, a_template_without_a_model_is_told_once_and_gives_zeros) {
     dc_run t("eelement name=X1 type=crooked p=a n=0\neelement name=X2 type=crooked p=a n=0\n", "", crooked("", ""),
              crooked_ece);

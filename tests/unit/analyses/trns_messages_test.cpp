@@ -25,8 +25,13 @@ std::string square(const std::string& x) {
     return "gelement name=K type=const y=x k=" + x + "\ngelement name=M type=mult_2a x1=x x2=x y=va\n" +
            "outvar: va=var_of_va ic=var_of_x\n";
 }
-// Infinite products whose difference is no number at the second iteration.
+// A difference of infinite products at the second iteration.
 const std::string no_number =
+    "gelement name=K type=const y=x k=1e200\ngelement name=S type=sum_2 x1=x x2=x y=va k1=1e200 k2=-1e200\n"
+    "gelement name=M type=mult_2a x1=va x2=va y=w\n"
+    "outvar: va=var_of_va ic=var_of_x\n";
+// Infinite products at the second iteration.
+const std::string no_end =
     "gelement name=K type=const y=x k=1e200\ngelement name=M1 type=mult_2a x1=x x2=x y=y1\n"
     "gelement name=M2 type=mult_2a x1=x x2=x y=y2\ngelement name=S type=sub_2 x1=y1 x2=y2 y=va\n"
     "outvar: va=var_of_va ic=var_of_x\n";
@@ -58,8 +63,10 @@ const told fatal[] = {
     {"startup_norm", square("3"), "solve_type startup\nmethod: norm_large=5\n", 2,
      "check_convergence: norm too large.\n   slv->norm_rhs_2=6.3640e+00\nsolve_newton_startup: norm too large.\n"
      "solve_startup: N-R did not converge.\n   Halting...\n"},
-    {"startup_nan", no_number, "solve_type startup\n", 4,
+    {"startup_nan", no_number, "solve_type startup\n", 3,
      "solve_newton_startup: NaN found!\nsolve_startup: N-R did not converge.\n   Halting...\n"},
+    {"startup_infinite", no_end, "solve_type startup\n", 4,
+     "solve_newton_startup: norm too large.\nsolve_startup: N-R did not converge.\n   Halting...\n"},
 
     {"newton_first_step", charging, trns("back_euler=yes t_end=1m delt_const=0.1m" + none_first), 3,
      starts + "solve_trns: N-R iterations did not converge.\n  iter_trns_anlg=0\n  time (4)=0.0001\n" + halting},
@@ -76,9 +83,14 @@ const told fatal[] = {
          "check_convergence: norm too large.\n   slv->norm_rhs_2=6.3640e+00\nsolve_newton_trns: norm too large.\n"
          "solve_trns: N-R iterations did not converge.\n  iter_trns_anlg=0\n  time (4)=0.001\n" +
          halting},
-    {"nan", no_number, trns("back_euler=yes t_end=4m delt_const=1m"), 4,
+    {"nan", no_number, trns("back_euler=yes t_end=4m delt_const=1m"), 3,
      starts +
          "solve_newton_trns: NaN found!\n"
+         "solve_trns: N-R iterations did not converge.\n  iter_trns_anlg=0\n  time (4)=0.001\n" +
+         halting},
+    {"infinite", no_end, trns("back_euler=yes t_end=4m delt_const=1m"), 4,
+     starts +
+         "solve_newton_trns: norm too large.\n"
          "solve_trns: N-R iterations did not converge.\n  iter_trns_anlg=0\n  time (4)=0.001\n" +
          halting},
 
@@ -134,9 +146,9 @@ const told fatal[] = {
               "  calling gmin_step_trns_1...\n"
               "gmin_step_trns_1:\n   N-R iterations did not converge.\n   gmin_present=0.25\n   1/gmin_present=4\n"
               "   Halting...\n"},
-    {"gmin_nan", no_number + bystanders,
+    {"gmin_infinite", no_end + bystanders,
      "solve_type trns\nmethod: back_euler=yes t_end=1m delt_const=0.1m gmin_step=yes\n", 6,
-     starts + "gmin_step_trns_1: NaN found!\ngmin_step_trns_1:\n   N-R iterations did not converge.\n"
+     starts + "gmin_step_trns_1: norm too large.\ngmin_step_trns_1:\n   N-R iterations did not converge.\n"
               "   gmin_present=0.1\n   1/gmin_present=10\n   Halting...\n"},
     {"gmin_norm", square("3") + bystanders,
      "solve_type trns\nmethod: back_euler=yes t_end=1m delt_const=0.1m gmin_step=yes gmin_dmp=no chk_only_rhs2=yes "

@@ -47,6 +47,84 @@ TEST(output_statement, all_words_at_once_write_their_files) {
         EXPECT_NE(ect.find(row), std::string::npos) << row;
 }
 
+TEST(output_statement, circuit_tables_have_every_level_and_the_totals_of_the_units) {
+    const temp_folder folder;
+    // A composite of two resistors has a node of its own behind the names; ground words share the reference.
+    const std::string block = "output ect gct dct xct\n" + divider +
+                              "eelement type=ground_dummy c=gnd\neelement name=R3 type=r p=a n=gnd\neelement name=D1 "
+                              "type=diode_spice_1 p=a n=0\n"
+                              "gelement name=K type=const y=x k=2\ngelement name=M type=multscl x=x y=y\n";
+    const console_run heard = run_here(deck(block, output("v.dat", "v")));
+    ASSERT_FALSE(heard.stopped) << heard.text;
+    EXPECT_EQ(read_file("ect.dat"),
+              "cct_class\nn_ect_nd = 4\nn_eelu_nd = 4\nn_ebeu_nd = 3\nn_ebau_nd = 3\n"
+              "ect_ref_node = 1\neelu_ref_node = 1\nebeu_ref_node = 1\nebau_ref_node = 1\n"
+              "  i = 0, name = in, ect_to_eelu_nd = 0, ect_to_ebeu_nd = 0, ect_to_ebau_nd = 0\n"
+              "  i = 1, name = 0, ect_to_eelu_nd = 1, ect_to_ebeu_nd = 1, ect_to_ebau_nd = 1\n"
+              "  i = 2, name = a, ect_to_eelu_nd = 2, ect_to_ebeu_nd = 2, ect_to_ebau_nd = 2\n"
+              "  i = 3, name = gnd, ect_to_eelu_nd = 3, ect_to_ebeu_nd = 1, ect_to_ebau_nd = 1\n"
+              "  i = 0, eelu_to_ect_nd = 0, eelu_to_ebeu_nd = 0, eelu_to_ebau_nd = 0\n"
+              "  i = 1, eelu_to_ect_nd = 1, eelu_to_ebeu_nd = 1, eelu_to_ebau_nd = 1\n"
+              "  i = 2, eelu_to_ect_nd = 2, eelu_to_ebeu_nd = 2, eelu_to_ebau_nd = 2\n"
+              "  i = 3, eelu_to_ect_nd = 3, eelu_to_ebeu_nd = 1, eelu_to_ebau_nd = 1\n"
+              "  i = 0, ebeu_to_ect_nd = 0\n  i = 1, ebeu_to_ect_nd = 1\n  i = 2, ebeu_to_ect_nd = 2\n"
+              "  i = 0, ebau_to_ect_nd = 0\n  i = 1, ebau_to_ect_nd = 1\n  i = 2, ebau_to_ect_nd = 2\n"
+              // vsrcdc: 5 rparms, 1 aux, 1 auxs, 1 igparm; r: 7 rparms; diode_spice_1: 25 rparms, 2 iparms, 2 charges
+              "ebeu_class\nn = 5\nn_ttlaux = 1\nn_ttlauxs = 1\nn_ttllocv = 2\nn_ttldgtl = 0\nn_ttliprm = 2\n"
+              "n_ttlsprm = 0\nn_ttlrprm = 51\nn_ttlvr = 0\nn_ttlxvr = 0\nn_ttlsv = 0\nn_ttlig = 1\nn_ttlnd = 10\n"
+              "n_ttlin = 0\nn_ttlib = 0\nn_ttlnd_kcl = 10\nn_nd = 3\nn_gd = 0\n"
+              "ebau_class\nn = 5\nn_ttlaux = 1\nn_ttliprm = 1\nn_ttlsprm = 0\nn_ttlrprm = 23\nn_ttlvr = 0\n"
+              "n_ttlnd = 10\nn_ttlin = 0\nn_ttlib = 0\nn_nd = 3\n");
+    EXPECT_EQ(read_file("gct.dat"),
+              "cct_class\nn_gct_vr = 2\nn_gelu_vr = 2\nn_gbeu_vr = 2\nn_gbau_vr = 0\n"
+              "  i = 0, name = x, gct_to_gelu_vr = 0, gct_to_gbeu_vr = 0, gct_to_gbau_vr = -1\n"
+              "  i = 1, name = y, gct_to_gelu_vr = 1, gct_to_gbeu_vr = 1, gct_to_gbau_vr = -1\n"
+              "  i = 0, gelu_to_gct_vr = 0, gelu_to_gbeu_vr = 0, gelu_to_gbau_vr = -1\n"
+              "  i = 1, gelu_to_gct_vr = 1, gelu_to_gbeu_vr = 1, gelu_to_gbau_vr = -1\n"
+              "  i = 0, gbeu_to_gct_vr = 0\n  i = 1, gbeu_to_gct_vr = 1\n"
+              "gbeu_class\nn = 2\nn_ttlaux = 0\nn_ttliprm = 0\nn_ttlsprm = 0\nn_ttlrprm = 2\nn_ttlvr = 3\n"
+              "n_ttlxvr = 0\nn_ttlsv = 0\nn_ttlig = 0\nn_vr = 2\n");
+    EXPECT_EQ(read_file("dct.dat"), "cct_class\nn_dct_nd = 0\nn_delu_nd = 0\nn_dbeu_nd = 0\n");
+    EXPECT_EQ(read_file("xct.dat"),
+              "cct_class\nn_xct_vr = 0\nn_xelu_vr = 0\nn_xbeu_vr = 0\nn_xbau_vr = 0\n"
+              "xct_ref_node = -1\nxelu_ref_node = -1\nxbeu_ref_node = -1\nxbau_ref_node = -1\n");
+}
+
+TEST(element_names, are_unique_over_all_kinds_of_element) {
+    const temp_folder folder;
+    const console_run heard = run_here(deck(divider + "gelement name=R2 type=const y=x k=1\n", output("v.dat", "v")));
+    EXPECT_TRUE(heard.stopped);
+    EXPECT_TRUE(heard.text.starts_with("check_word_repeat_2: \n   The string <R2> is repeated.\n")) << heard.text;
+    EXPECT_NE(heard.text.find("   cct_class\n"), std::string::npos) << heard.text;
+}
+
+TEST(post_processing, stops_before_the_first_block_runs) {
+    // A composite of post-processing as a text; its file would stay empty.
+    const std::string calc =
+        "gce name=calc postprocessor=yes\nbegin_dc\nmainvars: x\nauxvars:\nxvars:\noutvar: m=postproc_of_pp\nbias:\n"
+        "stparms:\nigparms:\niparms:\nsparms:\nrparms:\nrparms_derived:\ngbe type=pp_in_1 name=pp x=x\nend_dc\nC:\n"
+        "endC\nbegin_ac\noutvar_ac:\nend_ac\nendgce\n";
+    const temp_folder folder;
+    const std::string trns = "begin_solve\nsolve_type trns\nmethod: back_euler=yes t_end=1m delt_const=0.1m\n";
+    const std::string circuit = "begin_circuit\nrefnode 0\n" + divider +
+                                "gelement name=K type=const y=x k=2\ngelement name=P type=calc x=x\n"
+                                "outvar: m=m_of_P x=var_of_x\nend_circuit\n";
+    const std::string first = "begin_solve\nsolve_type dc\n" + output("first.dat", "v") + "end_solve\n";
+    const auto run = [&](const std::string& block) {
+        return run_here("title: test\n" + circuit + first + block + "end_solve\nend_cf\n", calc);
+    };
+    const console_run heard = run(trns + output("x.dat", "x") + output("m.dat", "m"));
+    EXPECT_TRUE(heard.stopped);
+    EXPECT_EQ(heard.text,
+              "main: post-processing is not available in this version.\n   Check this outvar: m\n"
+              "  Halting...\n");
+    EXPECT_FALSE(fs::exists("first.dat"));
+    EXPECT_FALSE(fs::exists("m.dat"));
+    // Such an element alone is no fault.
+    EXPECT_FALSE(run(trns + output("x.dat", "x")).stopped);
+    EXPECT_TRUE(fs::exists("first.dat"));
+}
+
 TEST(output_statement, tables_are_written_without_a_solve_block_and_before_a_stray_line_is_seen) {
     for (const std::string stray : {"", "resistor R9\n"}) {
         const temp_folder folder;

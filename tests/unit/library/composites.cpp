@@ -43,6 +43,17 @@ TEST(eels_class, gives_every_element_its_nodes_in_the_composites_numbers) {
     EXPECT_EQ(row(lib.be.node, 2), (std::vector<int>{0, 1}));
 }
 
+TEST(eels_class, passes_over_flag_words_of_blocks_like_over_any_unknown_one) {
+    const eels_class lib = read_composite_text(
+        ece({"ece name=x postprocessor=yes nothing=yes allow_ac=yes", "mainnodes: a b", "outvar: u=nodev_of_a"},
+            "ebe type=r name=ra p=a n=b\n") +
+        ece({"ece name=y postprocessor_ac", "mainnodes: a b", "outvar: u=v_o_of_ra"}, "ebe type=r name=ra p=a n=b\n"));
+    EXPECT_EQ(lib.flag.postprocessor, (std::vector<int>{0, 0}));
+    EXPECT_EQ(lib.flag.postprocessor_ac, (std::vector<int>{0, 0}));
+    EXPECT_EQ(lib.flag.allow_ac, (std::vector<int>{1, 0}));
+    EXPECT_EQ(lib.ov.kind, (std::vector<int>{ov_nodev, ov_rparm_ebe}));
+}
+
 TEST(eels_class, links_a_parameter_to_the_name_of_one_of_its_own_even_if_it_reads_as_a_number) {
     const eels_class lib = read_composite_text(divider);
     EXPECT_EQ(row(lib.be.rprm_flag, 0), (std::vector<int>{0, -1, -1}));

@@ -244,7 +244,7 @@ TEST(gels_dump, shows_blocks_with_the_names_of_their_family) {
     const std::string text = out.str();
     for (const char* part : {"i = 0, name = chain, n_be = 3, n_beac = 2, n_vr = 2, n_ttlvr_old = 3",
                              "i_gelsbe = 1, i_gbes = 0", "i_gelsbe_ac = 0, i_gbac = 1, beac_acprm_be = 0",
-                             "ov m: flag = 6, be = -1, var = 2", "flag_postprocessor = 0"})
+                             "ov_name = m, ov_flag = 6, ov_be = -1, ov_var = 2", "beac_vr: ", "flag_postprocessor = 0"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
 }
 

@@ -121,6 +121,11 @@ TEST(dumps, begin_with_the_class_and_its_totals) {
                              "n_ttllocv = 0\n", "n_ttldgtl = 1\n", "n_ttlvr = 1\n", "n_ttlxvr = 1\n", "n_ttlsv = 1\n",
                              "n_ttlig = 1\n", "n_ttlf = 11\n", "n_ttlfvar = 20\n", "  i = 0, name = r, n_func = 2"})
         EXPECT_NE(text.find(line), std::string::npos) << line;
+    EXPECT_NE(text.find("    f = 0, name = p, n_var = 2, flag_kcl = 1, flag_gnrl = 0, flag_locvar = 0, i_locvar = -1, "
+                        "func_startup = 1, startup_kcl = 1, startup_kcl_row = 0, startup_gnrl = 0, flag_ddt = 0, "
+                        "ddt_var_flag = -1, ddt_var_number = -1, kcl_locvar_func = -1\n"),
+              std::string::npos)
+        << text;
 }
 
 TEST(dumps, of_composites_models_and_their_real_parameters) {
@@ -133,7 +138,11 @@ TEST(dumps, of_composites_models_and_their_real_parameters) {
     EXPECT_TRUE(eels.str().starts_with("eels_class\nn = 2\n"));
     EXPECT_NE(eels.str().find("n_be_ttl = 2\n"), std::string::npos);
     EXPECT_NE(eels.str().find("n_be_ttlnd = 4\n"), std::string::npos);
-    EXPECT_NE(eels.str().find("rprm: 0(2) 0 1\n"), std::string::npos);
+    EXPECT_NE(eels.str().find("      be_rprm: 0(2) 0 1\n"), std::string::npos);
+    EXPECT_NE(
+        eels.str().find(", n_ov = 0, n_bias = 0, n_iprm = 1, n_sprm = 1, n_rprm = 3, n_sv = 1, n_ig = 1, n_vr = "),
+        std::string::npos)
+        << eels.str();
     EXPECT_TRUE(heels.str().starts_with("heels_class\nn = 2\n  i = 0, name = part, n_rprm = 3"));
     EXPECT_TRUE(hebes.str().starts_with("hebes_class\nn = 5\n  i = 0, name = r, n_rprm = 3\n    rprm r = 1\n"));
     EXPECT_EQ(ecem.str(),

@@ -425,11 +425,125 @@ TEST(diode_spice_1, takes_its_jacobian_from_differences_if_told_so) {
     EXPECT_GT(std::abs(numeric / 4.5931254e-03 - 1), 0.01);
 }
 
-TEST(diode_spice_1, stops_on_a_voltage_that_is_no_number) {
+TEST(diode_spice_1, stops_where_voltages_in_range_give_no_number) {
+    model_unit u("diode_spice_1");
+    u.r("cj0") = 1e-12;
+    u.r("fc") = 3;  // a root of a negative number beyond vj
+    u.prepare();
+    u.x.v = {2, 0.5, 0};
+    EXPECT_HALT(u.dc(), "vd=1.5, Halting...\n");
+    model_unit cold("diode_spice_1");
+    cold.r("temp") = -300;
+    cold.prepare();
+    cold.x.v = {1, 0, 0};
+    EXPECT_HALT(cold.dc(), "vd=1, Halting...\n");
+}
+
+TEST(diode_spice_1, answers_an_iterate_that_ran_away_with_an_infinite_current) {
+    for (const double numeric : {0, 1})
+        for (const double far : {2e100, 1.49e166, double(INFINITY), double(NAN)})
+            for (const double sign : {1, -1}) {
+                model_unit u("diode_spice_1");
+                u.x.iparm[0] = static_cast<int>(numeric);
+                u.r("cj0") = 1e-12;
+                u.r("tt") = 1e-9;
+                u.prepare();
+                u.x.v = {sign * far, 0, 0};
+                u.trns();
+                EXPECT_EQ(u.x.f[0], std::isnan(far) ? INFINITY : sign * INFINITY) << far;
+                EXPECT_EQ(u.x.f[1], -u.x.f[0]);
+                EXPECT_EQ(u.x.f[2], 0);
+                for (double d : u.jac.store) EXPECT_TRUE(std::isfinite(d));
+                EXPECT_GT(u.jac.dfdv[0][0], 0);
+            }
+    // Within the range, too, where an intermediate leaves it: exp(1000/vt) times a saturation current of 0.
+    model_unit none("diode_spice_1");
+    none.r("is") = 0;
+    none.prepare();
+    none.x.v = {1000, 0, 0};
+    none.dc();
+    EXPECT_EQ(none.x.f[0], INFINITY);
+}
+
+TEST(diode_spice_1, has_no_charge_at_any_voltage_without_cj0_and_tt) {
     model_unit u("diode_spice_1");
     u.prepare();
-    u.x.v = {NAN, 0, 0};
-    EXPECT_HALT(u.dc(), "vd=nan, Halting...\n");
+    for (const double v : {0.0, 0.7, -3.0, 1e90, -1e90}) {
+        u.x.v = {v, 0, 0};
+        u.trns();
+        EXPECT_TRUE(std::isfinite(u.x.f[0])) << v;
+        EXPECT_EQ(u.x.f[2], 0) << v;
+        EXPECT_EQ(u.jac.dfdv[2][0], 0) << v;
+    }
+    u.r("fc") = 3;  // nor does a parameter of the charge matter then
+    u.prepare();
+    u.x.v = {2, 0, 0};
+    u.trns();
+    EXPECT_EQ(u.x.f[2], 0);
+}
+
+// i = is (exp(v/(n vt)) - 1) + gmin v - ibv exp(-(bv + v)/(n vt)), times area but for gmin, below 0 V.
+TEST(diode_spice_1, has_one_continuous_breakdown_curve_if_told_so) {
+    model_unit u("diode_spice_1");
+    u.x.iparm[1] = 1;
+    u.r("bv") = 5;
+    u.r("ibv") = 1e-3;
+    u.r("area") = 2;
+    u.r("n_em") = 1.5;
+    u.prepare();
+    const double vte = 1.5 * 1.3806226e-23 * 300.15 / 1.6021918e-19;
+    const auto current = [&](double v) {
+        u.x.v = {v, 0, 0};
+        u.dc();
+        return u.x.f[0];
+    };
+    for (const double v : {-0.01, -0.2, -1.0, -4.0, -4.9, -4.99999, -5.0, -5.00001, -5.1, -5.3})
+        EXPECT_REL(current(v), 2e-14 * std::expm1(v / vte) + 1e-12 * v - 2e-3 * std::exp(-(5 + v) / vte), 1e-9) << v;
+    EXPECT_REL(current(-5), -2e-3 - 2e-14 - 5e-12, 1e-14);
+    // No jump where the printed branches meet, and the derivative is that of the curve.
+    for (const double v : {-0.0, -5 * vte, -5.0}) {
+        const double below = current(std::nextafter(v, -10) - 1e-12), above = current(v + 1e-12);
+        EXPECT_NEAR(below, above, 2e-10 * (std::abs(above) + 1e-10)) << v;
+        const double h = 1e-6, slope = (current(v + h) - current(v - h)) / (2 * h);
+        current(v);
+        EXPECT_REL(u.jac.dfdv[0][0], slope, 1e-6);
+    }
+    // Forward it is the plain diode.
+    model_unit plain("diode_spice_1");
+    plain.r("n_em") = 1.5;
+    plain.r("area") = 2;
+    plain.prepare();
+    plain.x.v = {0.7, 0, 0};
+    plain.dc();
+    EXPECT_EQ(current(0.7), plain.x.f[0]);
+    // ibv 0 stands for is bv/vt.
+    u.r("ibv") = 0;
+    u.prepare();
+    EXPECT_REL(current(-5), -2 * 1e-14 * 5 / (vte / 1.5) - 2e-14 - 5e-12, 1e-12);
+    // Far below the exponent is a straight line, and differences agree with the formulas.
+    EXPECT_TRUE(std::isfinite(current(-1e6)));
+    u.x.iparm[0] = 1;
+    u.r("ibv") = 1e-3;
+    u.prepare();
+    current(-5.05);
+    const double numeric = u.jac.dfdv[0][0];
+    EXPECT_REL(numeric, (current(-5.049) - current(-5.05)) / 1e-3, 1e-9);
+}
+
+TEST(diode_spice_1, keeps_its_printed_breakdown_branches_by_default) {
+    model_unit u("diode_spice_1");
+    EXPECT_EQ(u.x.iparm[1], 0);
+    u.r("bv") = 5;
+    u.r("ibv") = 1e-3;
+    u.prepare();
+    const auto current = [&](double v) {
+        u.x.v = {v, 0, 0};
+        u.dc();
+        return u.x.f[0];
+    };
+    EXPECT_REL(current(-4.999), -1e-14 - 4.999e-12, 1e-12);
+    EXPECT_REL(current(-5), -1e-3 - 5e-12, 1e-12);
+    EXPECT_REL(current(-5.1), -7.51085227e-12, 1e-9);
 }
 
 // ---- numeric Jacobian

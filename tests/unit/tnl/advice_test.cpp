@@ -139,6 +139,12 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
               "unknown-method");
     EXPECT_EQ(id_of("init_sol: previous solution does not exist?\n   check initial_sol statement. Halting...\n"),
               "no-previous");
+    EXPECT_EQ(id_of("cct_class::set_rparm_1: parameter not identified in\n   one of the set_rparm type gbe.\n"
+                    "   parameter name is: q\n"),
+              "rparm-link");
+    EXPECT_EQ(id_of("get_rparm_2 (gbe): multiple parameters? nttl=2\n  Halting..\n"), "rparm-source");
+    EXPECT_EQ(id_of("main: post-processing is not available in this version.\n   Check this outvar: m\n"),
+              "no-post-processing");
     EXPECT_EQ(id_of("a text that no program has ever printed"), "");
     EXPECT_EQ(id_of(""), "");
 }

@@ -152,6 +152,18 @@ const change changes[] = {
     {"i_of_R1", "i_of_R7", "11:30 unknown-output"},
     {"i_of_R1", "q_of_R1", "11:30 unknown-output"},
     {"i_of_R1", "iR1", "11:30 unknown-output"},
+    {"i_of_R1", "pwr_elec_of_R1", ""},
+    {"i_of_R1", "pwr_elec_of_K2", "11:30 unknown-output"},
+    {"i_of_R1", "pwr_elec_ac_of_K2", "11:30 unknown-output"},
+    // blocks that set and read parameters
+    {"gelement name=K2", "gelement name=S type=set_rparm x=z element=R1 parm=r\ngelement name=K2", ""},
+    {"gelement name=K2", "gelement name=S type=set_rparm x=z element=C1 parm=v0\ngelement name=K2", ""},
+    {"gelement name=K2", "gelement name=S type=set_rparm x=z element=R9 parm=r\ngelement name=K2",
+     "10:44 unknown-item"},
+    {"gelement name=K2", "gelement name=S type=set_rparm x=z element=R1 parm=rr\ngelement name=K2",
+     "10:52 unknown-item"},
+    {"gelement name=K2", "gelement name=S type=set_rparm x=z parm=r\ngelement name=K2", "10:1 unknown-item"},
+    {"x=x y=z", "x=q y=z\ngelement name=G type=get_rparm y=q element=R1", "~9:31 not-read, 11:1 unknown-item"},
     // solve blocks
     {"r_of_R2 from", "r_of_R5 from", "15:11 unknown-item, 18:12 unknown-variable"},
     {"n_points 5", "n_points 1", "15:54 bad-sweep"},

@@ -101,6 +101,21 @@ TEST(find_statements, typeless_and_nameless_elements_are_found_without_a_word_in
     EXPECT_EQ(lines_found("eelu_class: name not found. Halting..\n", deck), (std::vector<int>{4}));
 }
 
+TEST(find_statements, the_block_that_sets_or_reads_a_parameter_is_found_by_its_target) {
+    const deck_view deck = view_deck("deck.in",
+                                     "title: t\nbegin_circuit\neelement name=R1 type=r p=a n=0\n"
+                                     "gelement name=S type=set_rparm x=x element=R9 parm=r\n"
+                                     "gelement name=G type=get_rparm y=y element=R1 parm=q\nend_circuit\nend_cf\n");
+    EXPECT_EQ(lines_found("cct_class::set_rparm_1: element not identified in\n   one of the set_rparm type gbe.\n"
+                          "   element name is: R9\n   Halting...\n",
+                          deck),
+              (std::vector<int>{4}));
+    EXPECT_EQ(lines_found("cct_class::get_rparm_1: parameter not identified in\n   one of the get_rparm type gbe.\n"
+                          "   parameter name is: q\n",
+                          deck),
+              (std::vector<int>{5}));
+}
+
 TEST(find_statements, only_the_last_lines_of_a_long_text_count) {
     std::string said = "check double string: <1x>\n";
     for (int i = 0; i < 100; ++i) said += "gmin_step_dc_1: iter_gmin=1\n";

@@ -1,0 +1,90 @@
+#include "elaborate/rparm_links.h"
+
+#include "elaborate/families.h"
+#include "run/halt.h"
+
+namespace {
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+constexpr family searched[] = {fam_e, fam_gm, fam_d, fam_g, fam_x};
+
+// What differs between writing and reading.
+struct link_kind {
+    const char* routine;
+    const char* block;  // of the message
+    std::vector<int> entry_flags::*flag;
+    std::vector<rparm_link> rparm_links::*list;
+    const char* word;  // rparm of the block that takes part
+    int rparm_link::*place;
+};
+constexpr link_kind writers = {"set_rparm_1",     "set_rparm", &entry_flags::set_rparm_1,
+                               &rparm_links::set, "k",         &rparm_link::factor};
+constexpr link_kind readers = {"get_rparm_1",     "get_rparm", &entry_flags::get_rparm_1,
+                               &rparm_links::get, "value",     &rparm_link::value};
+
+// The units of a family, if it has any.
+const unit_core* units_of(const circuit& c, int fam) {
+    return fam == fam_e ? &c.ebeu.unit : fam == fam_g ? &c.gbeu.unit : nullptr;
+}
+
+void find_target(const circuit& c, const link_kind& kind, const char* element, const char* parm, rparm_link& link) {
+    for (family fam : searched) {
+        link.instance = c.instances(fam).find(element);
+        if (link.instance < 0) continue;
+        link.family = fam;
+        break;
+    }
+    const std::string head = line("cct_class::", kind.routine, ": ");
+    const std::string one_of = line("   one of the ", kind.block, " type gbe.");
+    if (link.instance < 0)
+        halt({head + "element not identified in", one_of, line("   element name is: ", element), "   Halting..."});
+    const library_lists& list = c.lib.composites(link.family).list;
+    const int e = c.instances(link.family).i_lib[at(link.instance)];
+    link.index = list.rprm.find(e, parm);
+    link.is_start = link.index < 0;
+    if (link.is_start) link.index = list.sv.find(e, parm);
+    if (link.index < 0) halt({head + "parameter not identified in", one_of, line("   parameter name is: ", parm)});
+}
+
+// Where the composite of the target feeds its units from the parameter.
+void find_source(const circuit& c, rparm_link& link) {
+    const unit_core* unit = units_of(c, link.family);
+    if (unit == nullptr) return;
+    const instance_core& inst = c.instances(link.family);
+    const element_table& be = c.lib.composites(link.family).be;
+    const int e = inst.i_lib[at(link.instance)];
+    for (int k = 0; k < be.n_be(e); ++k) {
+        const row_table<int>& flag = link.is_start ? be.sv_flag : be.rprm_flag;
+        const int b = be.first_be[at(e)] + k, u = inst.first_unit[at(link.instance)] + k;
+        for (int j = 0; j < flag.size(b); ++j) {
+            if (flag.row(b)[j] != link.index) continue;
+            ++link.n_source;
+            link.source = (link.is_start ? unit->sv : unit->rprm).first[at(u)] + j;
+            link.source_unit = u;
+        }
+    }
+}
+
+void find_links(circuit& c, const link_kind& kind) {
+    std::vector<rparm_link>& links = c.links.*(kind.list);
+    links.clear();
+    const gbeu_class& g = c.gbeu;
+    for (int u = 0; u < g.n(); ++u) {
+        const int s = g.unit.i_lib[at(u)];
+        if (!(c.lib.gbes.flag.*(kind.flag))[at(s)]) continue;
+        if (g.unit.sprm.size(u) < 2 || g.vr.size(u) < 1)
+            halt({line("cct_class::", kind.routine, ": the block ", c.lib.gbes.list.entry[s], " needs"),
+                  "   two string parameters and a variable.", "   Halting..."});
+        rparm_link link;
+        find_target(c, kind, g.unit.sprm.row(u)[0], g.unit.sprm.row(u)[1], link);
+        link.variable = g.vr.row(u)[0];
+        if (const int j = c.lib.gbes.list.rprm.find(s, kind.word); j >= 0)
+            link.*(kind.place) = g.unit.rprm.first[at(u)] + j;
+        find_source(c, link);
+        links.push_back(link);
+    }
+}
+}  // namespace
+
+void set_rparm_1(circuit& c) { find_links(c, writers); }
+void get_rparm_1(circuit& c) { find_links(c, readers); }
