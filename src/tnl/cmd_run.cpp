@@ -86,7 +86,7 @@ void add_run(CLI::App& app, command_list& commands) {
         ->check(CLI::PositiveNumber);
     run->add_flag("--json", *json, "Print the record of the run instead of the simulator's text");
     run->add_flag("-q,--quiet", options->quiet, "Show the simulator's text only when it stops, and no progress");
-    run->add_flag("--force", options->force, "Replace the results of another deck in the folder");
+    run->add_flag("--force", options->force, "Replace the results of another deck in the folder; write files that the deck names by a whole path");
     commands.push_back({run, [options, json, run] {
                             options->words = words_of(*run);
                             options->silent = *json;

@@ -193,11 +193,10 @@ installation own_installation() {
 run_result run_deck(const run_options& options, const installation& where) {
     run_result run;
     run.deck = view_deck(read_deck_source(options.deck));
-    run.folder = options.folder;
-    if (options.folder.empty()) run.folder = (options.deck == "-" ? "stdin" : options.deck) + ".run";
+    run.folder = options.folder.empty() ? default_run_folder(options.deck) : fs::path(options.folder);
     if (!fs::exists(where.program)) throw file_error("the simulator is missing: " + where.program.string());
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());
-    check_output_names(run.deck);
+    check_output_names(run.deck, run.folder, options.force);
 
     const installed_libraries libraries = read_installed(where.share);
     const deck_needs needs = needs_of(run.deck, libraries);

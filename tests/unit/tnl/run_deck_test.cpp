@@ -448,7 +448,7 @@ TEST(run_deck, what_stands_in_the_place_of_a_row_file_is_not_touched) {
     EXPECT_EQ(why_refused(options, where), "5: cannot write deck.in.run/out.dat: it is a device");
 }
 
-TEST(run_deck, output_files_stay_in_the_folder_or_are_named_by_their_whole_path) {
+TEST(run_deck, output_files_stay_in_the_folder_unless_a_whole_path_is_forced) {
     const temp_folder here;
     const auto with_file = [](const std::string& name) {
         std::string text = deck_in_time;
@@ -469,15 +469,40 @@ TEST(run_deck, output_files_stay_in_the_folder_or_are_named_by_their_whole_path)
     ::write_file("other.in", with_file(whole));
     ::write_file(whole, "mine");
     run_options options{"other.in"};
-    EXPECT_EQ(why_refused(options, tree("true")), "5: cannot write " + whole +
-                                                      ": it exists and is not from a run of this deck; move it away, "
-                                                      "or replace it with --force");
-    EXPECT_EQ(::read_file(whole), "mine");
+    const std::string refused = "3: an output file outside the folder of the run, which only --force writes: " + whole;
+    for (const bool exists : {true, false}) {
+        EXPECT_EQ(why_refused(options, tree("true")).substr(0, refused.size()), refused);
+        EXPECT_EQ(fs::exists(whole), exists);
+        if (exists) {
+            EXPECT_EQ(::read_file(whole), "mine");
+        }
+        fs::remove(whole);
+    }
+    ::write_file(whole, "mine");
     options.force = true;
     EXPECT_EQ(listen(options, tree("echo ' 0 1 ' >" + whole)).run.record.files.at(0).rows, 1);
     options.force = false;
-    EXPECT_EQ(listen(options, tree("echo ' 0 2 ' >" + whole)).run.status, 0) << "it is from this deck now";
-    EXPECT_EQ(::read_file(whole), " 0 2 \n");
+    EXPECT_EQ(why_refused(options, tree("true")).substr(0, refused.size()), refused) << "each time anew";
+    EXPECT_EQ(::read_file(whole), " 0 1 \n");
+}
+
+TEST(run_deck, a_whole_path_into_the_folder_of_the_run_needs_no_force) {
+    const temp_folder here;
+    const auto deck_with = [](const std::string& name) {
+        std::string text = deck_in_time;
+        ::write_file("deck.in", text.replace(text.find("out.dat"), 7, name));
+    };
+    const std::string folder = fs::absolute("deck.in.run").string();
+    deck_with(folder + "/out.dat");
+    EXPECT_EQ(listen({"deck.in"}, tree("echo ' 0 1 ' >" + folder + "/out.dat")).run.status, 0);
+    EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 0 1 \n");
+    for (const char* name : {"/run.json", "/.partial/out.dat", "/sub/../.tnlaux/cct.in", "/../out.dat"}) {
+        deck_with(folder + name);
+        EXPECT_TRUE(why_refused({"deck.in"}, tree("true")).starts_with("3: an output file ")) << name;
+    }
+    fs::create_directory_symlink(fs::absolute("."), folder + "/way_out");
+    deck_with(folder + "/way_out/out.dat");
+    EXPECT_TRUE(why_refused({"deck.in"}, tree("true")).starts_with("3: an output file outside ")) << "by a link";
 }
 
 TEST(run_deck, a_folder_in_which_a_run_goes_on_is_refused) {
