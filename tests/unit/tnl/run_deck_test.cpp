@@ -360,6 +360,26 @@ TEST(run_deck, a_run_whose_time_is_over_is_asked_to_end_and_keeps_its_rows) {
     EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 0.25 1 \n");
 }
 
+TEST(run_deck, rows_that_were_cut_do_not_replace_those_of_a_run_that_came_to_its_end) {
+    const temp_folder here;
+    ::write_file("deck.in", deck_in_time);
+    listen({"deck.in"}, tree("echo ' 1 1 ' >out.dat"));
+    run_options options{"deck.in"};
+    options.time_limit = 0.2;
+    for (int twice = 0; twice < 2; ++twice) {
+        const run_result run = listen(options, tree("echo ' 0.25 1 ' >out.dat; exec sleep 100")).run;
+        EXPECT_EQ(run.status, limit_reached);
+        EXPECT_TRUE(run.kept);
+        EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 1 1 \n");
+        EXPECT_EQ(read_record("deck.in.run/run.json").state, "complete");
+        EXPECT_EQ(::read_file("deck.in.run/.partial/out.dat"), " 0.25 1 \n");
+        EXPECT_EQ(read_record("deck.in.run/.partial/run.json").state, "limit");
+    }
+    EXPECT_EQ(listen({"deck.in"}, tree("echo ' 1 2 ' >out.dat")).run.status, 0);
+    EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 1 2 \n");
+    EXPECT_FALSE(fs::exists("deck.in.run/.partial"));
+}
+
 TEST(run_deck, a_run_that_ends_within_its_time_does_not_hear_of_the_limit) {
     const temp_folder here;
     ::write_file("deck.in", deck_in_time);
