@@ -1,6 +1,9 @@
 #include "blocks/row_file.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 
@@ -21,21 +24,49 @@ row_file::~row_file() {
 void row_file::open(const std::string& path, bool append) {
     path_ = path;
     used_ = 0;
-    failed_ = false;
+    error_ = 0;
     file_ = std::fopen(path.c_str(), append ? "ab" : "wb");
-    if (file_ == nullptr) halt({line("row_file: output file ", path, " could not be opened."), "  Halting..."});
+    if (file_ == nullptr)
+        halt({line("row_file: output file ", path, " could not be opened."), line("  ", std::strerror(errno)),
+              "  Halting..."});
     std::setvbuf(file_, nullptr, _IONBF, 0);
     buffer_.resize(buffer_size);
 }
 
+void row_file::stop() const {
+    halt({line("row_file: output file ", path_, " could not be written."), line("  ", std::strerror(error_)),
+          "  Halting..."});
+}
+
 void row_file::write_out() {
-    if (used_ > 0 && std::fwrite(buffer_.data(), 1, used_, file_) != used_) failed_ = true;
+    errno = 0;
+    const std::size_t n = error_ == 0 ? std::fwrite(buffer_.data(), 1, used_, file_) : used_;
+    if (n < used_) {
+        error_ = errno != 0 ? errno : EIO;
+        drop_half_row(n);
+    }
     used_ = 0;
 }
 
+// A disk that is full has taken the first n bytes: what they hold of a row that is not whole goes.
+void row_file::drop_half_row(std::size_t n) {
+    const std::size_t end = std::string_view(buffer_.data(), n).rfind('\n');
+    const long size = std::ftell(file_);
+    if (end == std::string_view::npos || size < static_cast<long>(n)) return;
+    if (::ftruncate(::fileno(file_), size - static_cast<long>(n - end - 1)) != 0) return;  // no regular file
+}
+
 char* row_file::room(std::size_t n) {
-    if (buffer_.size() - used_ < n) write_out();
+    if (buffer_.size() - used_ < n) {
+        write_out();
+        if (error_ != 0) stop();
+    }
     return buffer_.data() + used_;
+}
+
+void row_file::end_row() {
+    put_text("\n");
+    if (error_ != 0) stop();  // as the last flush_now() found
 }
 
 void row_file::put(double x, char behind) {
@@ -92,12 +123,12 @@ void row_file::put_text(std::string_view text) {
 void row_file::close() {
     if (file_ == nullptr) return;
     write_out();
-    if (std::fclose(file_) != 0) failed_ = true;
+    if (std::fclose(file_) != 0 && error_ == 0) error_ = errno;
     file_ = nullptr;
-    if (failed_) halt({line("row_file: output file ", path_, " could not be written."), "  Halting..."});
+    if (error_ != 0) stop();
 }
 
-// A stop is on its way already, so a failure is only remembered here.
+// A stop may be on its way already, so a failure is only remembered here.
 void row_file::flush_now() {
     if (file_ != nullptr) write_out();
 }

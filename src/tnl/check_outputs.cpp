@@ -5,6 +5,7 @@
 #include "blocks/solve_words.h"
 #include "tnl/check_deck.h"
 #include "tnl/near_words.h"
+#include "tnl/run_folder.h"
 
 namespace cli {
 
@@ -228,6 +229,11 @@ private:
         } else if (file.append && !earlier && !file_exists(d_, file.path)) {
             d_.report.error("missing-file", file.at, "append=yes, but there is no " + file.path + " to go on behind",
                             "the first block that writes the file has no append=yes");
+        }
+        if (const std::string why = fault_of_output_name(file.path, default_run_folder(d_.report.deck.path), false);
+            !why.empty()) {
+            d_.report.error("bad-output-place", file.at, why, "a name without a folder: filename out.dat");
+            return;
         }
         const std::filesystem::path folder = std::filesystem::path(file.path).parent_path();
         std::error_code error;

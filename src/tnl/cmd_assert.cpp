@@ -20,6 +20,7 @@ struct assert_options {
     std::string run, file, junit;
     std::vector<std::string> assertions;
     int curve = 0;
+    bool cut = false;
 };
 
 // What was measured on each side that is not a number as it stands.
@@ -75,6 +76,9 @@ int assert_command(const assert_options& options) {
     run_tables tables(options.run, options.file);
     std::vector<test_result> results;
     bool all_pass = true;
+    // What holds of the rows up to there need not hold of the whole.
+    const std::string why_cut = options.cut ? "" : tables.cut();
+    if (!why_cut.empty()) results.push_back({"the run came to its end", test_result::error, why_cut});
     for (const expression& e : expressions) {
         results.push_back(judge(e, tables, options.curve));
         all_pass = all_pass && results.back().is == test_result::pass;
@@ -86,6 +90,7 @@ int assert_command(const assert_options& options) {
         report->write(junit_xml("tnl assert " + options.run, results));
         report->commit();
     }
+    if (!why_cut.empty()) return limit_reached;
     return all_pass ? good : assertion_failed;
 }
 
@@ -102,9 +107,11 @@ void add_assert(CLI::App& app, command_list& commands) {
     assert->add_option("--file", options->file, "Row file of the run, when several hold these columns");
     assert->add_option("--curve", options->curve, "Only this curve, counted from 1; otherwise all")
         ->check(CLI::PositiveNumber);
+    assert->add_flag("--cut", options->cut, "Judge the rows that there are of a run that did not come to its end");
     assert->footer(
         "Relations are < <= > >= == and !=; expressions are those of tnl measure (tnl measure --help).\n"
-        "A claim that cannot be measured has failed. Exit status: 0 all hold, 4 some do not.");
+        "A claim that cannot be measured has failed. Exit status: 0 all hold, 4 some do not, 6 the run did not come\n"
+        "to its end, so that its rows settle nothing.");
     commands.push_back({assert, [options] { return assert_command(*options); }});
 }
 

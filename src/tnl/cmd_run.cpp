@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -25,6 +26,18 @@ std::string told(const std::filesystem::path& folder, const record_file& file) {
     return text;
 }
 
+// "out.dat could not be written: No space left on device", of the simulator's text.
+std::string file_failure(const std::string& message) {
+    constexpr std::string_view who = "row_file: output file ";
+    const std::size_t at = message.rfind(who);
+    if (at == std::string::npos) return "a file could not be written";
+    const std::size_t end = std::min(message.find(".\n", at), message.size()), cause = end + 2;
+    std::string text = message.substr(at + who.size(), end - at - who.size());
+    if (cause < message.size() && message.compare(cause, 9, "  Halting") != 0)
+        text += ": " + message.substr(cause + 2, message.find('\n', cause) - cause - 2);
+    return text;
+}
+
 // How a run ended that was not complete, apart from the simulator's own words.
 std::string ending(const run_options& options, const run_result& run, const std::filesystem::path& place) {
     const std::string t = run.t_last < 0 ? "" : "t = " + short_number(run.t_last);
@@ -33,14 +46,14 @@ std::string ending(const run_options& options, const run_result& run, const std:
                                  : "rows up to " + (t.empty() ? "there" : t) + " are in " + place.string() + "/";
     char limit[32];
     std::snprintf(limit, sizeof limit, "%g s", options.time_limit);
-    if (run.record.state == "limit" && (options.time_limit <= 0 || run.record.seconds < options.time_limit))
+    if (run.record.state == "limit" && !run.timed_out)
         return "tnl: the steps that itmax_trns allows were used up" + (t.empty() ? "" : " at " + t) + "; " + kept;
     if (run.record.state == "limit")
         return std::string("tnl: time limit of ") + limit + " reached" + (t.empty() ? "" : " at " + t) + "; " + kept;
     if (run.record.signal == SIGINT) return "tnl: interrupted; " + kept;
     if (run.record.signal == SIGTERM || run.record.signal == SIGHUP) return "tnl: asked to end; " + kept;
     if (run.record.signal != 0) return "tnl: the simulator was killed; " + kept;
-    if (run.kept && run.status == file_fault) return "tnl: a file could not be written; " + kept;
+    if (run.kept && run.status == file_fault) return "tnl: " + file_failure(run.record.message) + "; " + kept;
     return run.status == good || run.record.files.empty() ? "" : kept;
 }
 
@@ -82,11 +95,11 @@ void add_run(CLI::App& app, command_list& commands) {
     run->add_option("DECK", options->deck, "File with the circuit and what to solve; - reads standard input")
         ->required();
     run->add_option("-o,--output", options->folder, "Folder of the run, instead of DECK.run");
-    run->add_option("--time-limit", options->time_limit, "Seconds until the run is asked to end; its rows are kept")
+    run->add_option("--time-limit", options->time_limit, "Seconds, with all that goes before it, until the run is asked to end; its rows are kept")
         ->check(CLI::PositiveNumber);
     run->add_flag("--json", *json, "Print the record of the run instead of the simulator's text");
     run->add_flag("-q,--quiet", options->quiet, "Show the simulator's text only when it stops, and no progress");
-    run->add_flag("--force", options->force, "Replace the results of another deck in the folder");
+    run->add_flag("--force", options->force, "Replace the results of another deck in the folder; write files that the deck names by a whole path");
     commands.push_back({run, [options, json, run] {
                             options->words = words_of(*run);
                             options->silent = *json;

@@ -1,6 +1,9 @@
 // tnl -- what a person types: prepares a run, runs the simulator, shows results.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
+#include <new>
+#include <stdexcept>
 
 #include "tnl/commands.h"
 #include "tnl/exit_status.h"
@@ -26,9 +29,16 @@ void add_others(CLI::App& app, cli::command_list& commands) {
     cli::add_explain(app, commands);
 }
 
+int no_memory() {
+    std::fflush(stdout);
+    std::fputs("tnl: there is not enough memory for this\n", stderr);
+    return cli::file_fault;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file as large as the user allows is one that cannot be written, and told
     CLI::App app{"tnl runs decks of the circuit simulator TARNEL: power converters, machines and their control."};
     app.name("tnl");
     app.set_version_flag("--version", "tnl " TNL_VERSION);
@@ -37,8 +47,8 @@ int main(int argc, char** argv) {
         "The script ./tnl also knows: build, test [--sanitize], bench, fuzz [MINUTES [TARGET...]], format, tidy.\n"
         "Exit status: 0 good, 1 the simulator stopped with a message, 2 wrong usage, 3 a fault of the deck or a "
         "library,\n"
-        "4 an assertion failed, 5 a file or folder could not be read or written, 6 a limit was reached,\n"
-        "128+n ended by signal n.");
+        "4 an assertion failed, 5 a file or folder could not be read or written, or memory not be had, 6 a limit was\n"
+        "reached (assert: the run did not come to its end), 128+n ended by signal n.");
     cli::command_list commands;
     const std::string word = argc > 1 ? argv[1] : "";
     cli::add_run(app, commands);
@@ -70,6 +80,10 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         std::fprintf(stderr, "tnl: %s\n", e.what());
         return e.status;
+    } catch (const std::bad_alloc&) {
+        return no_memory();
+    } catch (const std::length_error&) {  // more than any memory holds
+        return no_memory();
     }
     return cli::usage_fault;
 }

@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <optional>
 
 #include "tnl/check_deck.h"
+#include "tnl/deadline.h"
 #include "tnl/locate.h"
 #include "tnl/progress.h"
 #include "tnl/row_count.h"
@@ -23,6 +25,9 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view cut_off_text = "Increase itmax_trns in the method card.";
+constexpr double least_limit = 1e-3;    // s, of the simulator, when reading the deck has taken all the time
+constexpr double longest_check = 5;     // s, behind the run
+const std::string unchecked = "  the deck was not checked: that takes too long, or too much memory\n";
 constexpr double between_looks = 0.5;  // s, at the files of a run; the simulator writes as often
 
 // Signals wait while it lives, so that files get their places as a whole.
@@ -138,8 +143,8 @@ void print(std::string_view text) {
 
 // Runs the simulator in .partial. Its text goes to standard output and, when asked for, how far it is to standard
 // error.
-process_result simulate(const run_options& options, const installation& where, const run_folder& folder,
-                        const deck_view& deck) {
+process_result simulate(const run_options& options, double time_limit, const installation& where,
+                        const run_folder& folder, const deck_view& deck) {
     using clock = std::chrono::steady_clock;
     const clock::time_point start = clock::now();
     const auto now = [&] { return std::chrono::duration<double>(clock::now() - start).count(); };
@@ -150,7 +155,7 @@ process_result simulate(const run_options& options, const installation& where, c
     progress way(time_blocks(deck), form, columns_of_standard_error(), options.deck);
     const auto tell = [](const std::string& text) { std::fwrite(text.data(), 1, text.size(), stderr); };
 
-    process_task task{fs::absolute(where.program), folder.partial, options.time_limit, {}, {}};
+    process_task task{fs::absolute(where.program), folder.partial, time_limit, {}, {}};
     task.text = [&](std::string_view text) {
         const std::string rest = way.take(text, now());
         const std::string_view shown = filters ? std::string_view(rest) : text;
@@ -174,13 +179,23 @@ process_result simulate(const run_options& options, const installation& where, c
     return ended;
 }
 
-// What `tnl check` says of a deck that ran: it may have solved something else than what is written.
+// Errors of blocks and outputs that a run passes over without a word, so that rows are missing which the deck asks for.
+bool leaves_no_rows(const check_fault& fault) {
+    constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced"};
+    return fault.is_error && std::find(std::begin(codes), std::end(codes), fault.code) != std::end(codes);
+}
+
+// What `tnl check` says of a deck that ran: it may have solved something else than what is written. "!" first when rows
+// are missing for it.
 std::string findings_of(const deck_view& deck, const installed_libraries& libraries, bool errors_only) {
     const check_report report = check_deck(deck, libraries);
     std::string text;
-    for (const check_fault& fault : report.faults)
+    bool lacks_rows = false;
+    for (const check_fault& fault : report.faults) {
         if (fault.is_error || !errors_only) text += fault_text(report, fault, "  ");
-    return text;
+        lacks_rows = lacks_rows || leaves_no_rows(fault);
+    }
+    return (lacks_rows ? "!" : " ") + text;
 }
 
 }  // namespace
@@ -191,13 +206,18 @@ installation own_installation() {
 }
 
 run_result run_deck(const run_options& options, const installation& where) {
+    using clock = std::chrono::steady_clock;
+    const clock::time_point begin = clock::now();
+    const auto since = [](clock::time_point t) { return std::chrono::duration<double>(clock::now() - t).count(); };
+    std::optional<deadline> limit;
+    limit.emplace(options.time_limit, "tnl: the time limit was reached before the simulator started\n");
+
     run_result run;
     run.deck = view_deck(read_deck_source(options.deck));
-    run.folder = options.folder;
-    if (options.folder.empty()) run.folder = (options.deck == "-" ? "stdin" : options.deck) + ".run";
+    run.folder = options.folder.empty() ? default_run_folder(options.deck) : fs::path(options.folder);
     if (!fs::exists(where.program)) throw file_error("the simulator is missing: " + where.program.string());
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());
-    check_output_names(run.deck);
+    check_output_names(run.deck, run.folder, options.force);
 
     const installed_libraries libraries = read_installed(where.share);
     const deck_needs needs = needs_of(run.deck, libraries);
@@ -210,22 +230,34 @@ run_result run_deck(const run_options& options, const installation& where) {
         drop_partial(folder);
         throw;
     }
+    limit.reset();
 
-    const auto start = std::chrono::steady_clock::now();
-    const process_result ended = simulate(options, where, folder, run.deck);
+    side_work check([&] { return findings_of(run.deck, libraries, options.quiet); });
+    const clock::time_point start = clock::now();
+    const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
+    const process_result ended = simulate(options, left, where, folder, run.deck);
     const held_signals hold;
-    record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    record.seconds = since(start);
     end_record(ended, run.deck, needs, libraries, record);
+    run.timed_out = ended.timed_out;
     run.t_last = count_files(folder.partial, record);
+    if (ended.status == 0 && ended.signal == 0) {
+        const double rest = options.time_limit > 0 ? options.time_limit - since(begin) : longest_check;
+        const std::string found = check.answer(std::clamp(rest, 0.0, longest_check)).value_or(" " + unchecked);
+        run.findings = found.substr(1);
+        if (found[0] == '!' && record.status == good) record.status = deck_fault;
+    }
     run.status = record.status;
 
-    // A stop before the first row, as a misspelt word leads to, is no reason to lose the results that are there.
+    // A stop before the first row, as a misspelt word leads to, is no reason to lose the results that are there, nor are
+    // rows that were cut one to lose those of a run that came to its end.
     const bool nothing_new = record.state == "stopped" && record.files.empty() && !folder.old.files.empty();
-    run.kept = stays_aside(record) || nothing_new;
-    if (ended.status == 0 && ended.signal == 0) run.findings = findings_of(run.deck, libraries, options.quiet);
+    const bool cut = (record.state == "limit" || record.state == "signal") && folder.old.state == "complete" &&
+                     folder.old.deck == record.deck;
+    run.kept = stays_aside(record) || nothing_new || cut;
 
     std::string more;
-    if (ended.signal != 0 && run.kept)
+    if (ended.signal != 0 && stays_aside(record))
         more = "  the simulator was ended by signal " + std::to_string(ended.signal) + " (" + strsignal(ended.signal) +
                ")\n";
     else if (ended.signal == 0 && ended.status != 0)

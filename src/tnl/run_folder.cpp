@@ -226,16 +226,28 @@ run_folder take_run_folder(const fs::path& path, const std::string& deck, bool f
     return folder;
 }
 
-void check_output_names(const deck_view& deck) {
-    for (const row_file& file : row_files(deck)) {
-        const fs::path path(file.path), first = *path.lexically_normal().begin();
-        const auto refuse = [&](const std::string& why) {
-            throw deck_error(why + ": " + file.path + "\n" + place_with_caret(deck, file.i_statement, 1));
-        };
-        if (!path.is_absolute() && !stays_inside(path)) refuse("an output file outside the folder of the run");
-        for (const std::string_view own : {record_name, partial_name, aux_name, dimensions_name})
-            if (first == own) refuse("an output file in the place of one that the run keeps for itself");
+fs::path default_run_folder(const std::string& deck) { return (deck == "-" ? "stdin" : deck) + ".run"; }
+
+std::string fault_of_output_name(const fs::path& name, const fs::path& folder, bool force) {
+    fs::path inside = name.lexically_normal();
+    if (name.is_absolute()) {
+        std::error_code error;
+        const fs::path whole = fs::weakly_canonical(name, error);
+        inside = (error ? inside : whole).lexically_relative(fs::weakly_canonical(fs::absolute(folder), error));
+        if (!stays_inside(inside))
+            return force ? "" : "an output file outside the folder of the run, which only --force writes";
+    } else if (!stays_inside(name)) {
+        return "an output file outside the folder of the run";
     }
+    for (const std::string_view own : {record_name, partial_name, aux_name, dimensions_name})
+        if (*inside.begin() == own) return "an output file in the place of one that the run keeps for itself";
+    return "";
+}
+
+void check_output_names(const deck_view& deck, const fs::path& folder, bool force) {
+    for (const row_file& file : row_files(deck))
+        if (const std::string why = fault_of_output_name(file.path, folder, force); !why.empty())
+            throw deck_error(why + ": " + file.path + "\n" + place_with_caret(deck, file.i_statement, 1));
 }
 
 void check_output_places(const run_folder& folder, const deck_view& deck, bool force) {

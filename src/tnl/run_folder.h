@@ -46,11 +46,17 @@ bool stays_aside(const run_record& record);
 // else than results of this deck; with force, of any deck.
 run_folder take_run_folder(const std::filesystem::path& path, const std::string& deck, bool force);
 
-// Throws deck_error, with the place of the statement, when a file that the deck writes would leave the folder or stand
-// where the run keeps its own.
-void check_output_names(const deck_view& deck);
+// Where `tnl run DECK` leaves its results when the user names no folder.
+std::filesystem::path default_run_folder(const std::string& deck);
+
+// Why a run in the folder does not write a file that its deck names so: it would leave the folder, or stand where the run
+// keeps its own. Empty: it may. With force, a whole path leads where it leads.
+std::string fault_of_output_name(const std::filesystem::path& name, const std::filesystem::path& folder, bool force);
+
+// Throws deck_error, with the place of the statement, when a file that the deck writes has such a name.
+void check_output_names(const deck_view& deck, const std::filesystem::path& folder, bool force);
 // Throws file_error when something stands in the place of such a file that no earlier run of this folder has written.
-// With force, files outside the folder, which the deck names by their whole path, may be replaced.
+// With force, files that the deck names by their whole path may be replaced.
 void check_output_places(const run_folder& folder, const deck_view& deck, bool force);
 
 // Fills .partial: the record; .tnlaux with the deck as cct.in, the part of the installed libraries that it needs and

@@ -104,6 +104,14 @@ const row_table& run_tables::with_columns(const std::vector<std::string>& names)
     return table;
 }
 
+std::string run_tables::cut() const {
+    const std::string& state = run_.record.state;
+    if (run_.unfinished) return "the run goes on, or was cut";
+    if (!state.empty() && state != "complete") return "the run did not come to its end (" + state + ")";
+    if (!run_.later.empty()) return "the last run did not come to its end; its rows are in " + run_.later.string();
+    return "";
+}
+
 std::string run_tables::note() const {
     std::string text;
     for (const std::string& choice : choices_) text += choice;

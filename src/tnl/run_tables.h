@@ -25,6 +25,8 @@ public:
     // What the user should know: of a run that did not come to its end, and of tables that were chosen among several.
     // Lines that begin with "tnl: "; empty for nothing.
     std::string note() const;
+    // Why the rows are not those of the last run from its begin to its end, or empty. Of rows alone nothing is known.
+    std::string cut() const;
 
 private:
     const row_table& load(const record_file& file);

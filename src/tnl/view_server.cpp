@@ -2,14 +2,12 @@
 
 #include <httplib.h>
 #include <sys/random.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstring>
 #include <optional>
-#include <thread>
 
 #include "tnl/exit_status.h"
 #include "tnl/run_folder.h"
@@ -186,30 +184,67 @@ void answer_path(const std::string& path, const httplib::Request& request, httpl
 
 }  // namespace
 
-view_server::view_server(view_store& store, fs::path page, int port)
-    : store_(store), page_(std::move(page)), token_(new_token()), http_(std::make_unique<httplib::Server>()) {
+// The library's reader of requests and writer of answers, over texts in memory: it never waits for a client.
+class view_server::request_reader : public httplib::Server {
+public:
+    std::string answer(const std::string& head, bool& keep_open) {
+        text_stream text(head);
+        bool closed = false;
+        // A body would be taken for the next request; nothing that is answered has one.
+        const auto look = [&](const httplib::Request& request) {
+            keep_open = (request.method == "GET" || request.method == "HEAD") &&
+                        !request.has_header("Content-Length") && !request.has_header("Transfer-Encoding");
+        };
+        keep_open = false;
+        const bool good = process_request(text, false, closed, look);
+        keep_open = keep_open && good && !closed;
+        return std::move(text.out);
+    }
+
+private:
+    class text_stream : public httplib::Stream {
+    public:
+        explicit text_stream(const std::string& in) : in_(in) {}
+        std::string out;
+
+        bool is_readable() const override { return at_ < in_.size(); }
+        bool is_writable() const override { return true; }
+        ssize_t read(char* to, std::size_t size) override {
+            const std::size_t n = in_.copy(to, size, at_);
+            at_ += n;
+            return static_cast<ssize_t>(n);
+        }
+        ssize_t write(const char* from, std::size_t size) override {
+            out.append(from, size);
+            return static_cast<ssize_t>(size);
+        }
+        void get_remote_ip_and_port(std::string&, int&) const override {}
+        void get_local_ip_and_port(std::string&, int&) const override {}
+        socket_t socket() const override { return INVALID_SOCKET; }
+
+    private:
+        const std::string& in_;
+        std::size_t at_ = 0;
+    };
+};
+
+view_server::view_server(view_store& store, fs::path page, int port, const view_limits& limits)
+    : store_(store), page_(std::move(page)), token_(new_token()), reader_(std::make_unique<request_reader>()) {
     last_request_ = std::chrono::steady_clock::now();
     for (const page_file& file : page_files)
         if (!fs::exists(page_ / file.name))
             throw file_error("the page is not installed: " + (page_ / file.name).string() +
                              " is missing; the script ./tnl brings it (./tnl view)");
-    http_->set_default_headers(
+    reader_->set_default_headers(
         {{"Cache-Control", "no-store"},
          {"Content-Security-Policy", "default-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
          {"Cross-Origin-Resource-Policy", "same-origin"},
          {"Referrer-Policy", "no-referrer"},
          {"X-Content-Type-Options", "nosniff"}});
-    http_->set_socket_options([](int socket) {  // unlike the library's own: nobody shares the port
-        const int yes = 1;
-        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    });
-    http_->set_tcp_nodelay(true);
-    http_->set_keep_alive_timeout(2);
-    http_->set_keep_alive_max_count(1000);
-    http_->set_payload_max_length(4096);
-    http_->new_task_queue = [] { return new httplib::ThreadPool(24); };  // a browser keeps six connections a page
-    http_->set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& to) {
-        if (!is_own_host(request.get_header_value("Host"), port_) || !begins_with_token(request.path, token_)) {
+    reader_->set_keep_alive_timeout(static_cast<time_t>(limits.idle));
+    reader_->set_payload_max_length(4096);
+    reader_->set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& to) {
+        if (!is_own_host(request.get_header_value("Host"), this->port()) || !begins_with_token(request.path, token_)) {
             answer(to, 403, "forbidden\n");
             return httplib::Server::HandlerResponse::Handled;
         }
@@ -227,27 +262,17 @@ view_server::view_server(view_store& store, fs::path page, int port)
         }
         return httplib::Server::HandlerResponse::Handled;
     });
-    port_ = port == 0 ? http_->bind_to_any_port("127.0.0.1") : http_->bind_to_port("127.0.0.1", port) ? port : -1;
-    if (port_ <= 0) throw file_error("cannot listen on port " + std::to_string(port) + ": " + std::strerror(errno));
+    connections_ = std::make_unique<view_connections>(
+        port, [this](const std::string& head, bool& keep_open) { return reader_->answer(head, keep_open); }, limits);
 }
 
 view_server::~view_server() = default;
 
-std::string view_server::address() const { return "http://127.0.0.1:" + std::to_string(port_) + "/" + token_ + "/"; }
+std::string view_server::address() const { return "http://127.0.0.1:" + std::to_string(port()) + "/" + token_ + "/"; }
 
-void view_server::listen() {
-    listening_ = true;
-    if (!stopping_) http_->listen_after_bind();
-    ended_ = true;
-}
+void view_server::listen() { connections_->serve(); }
 
-// The library forgets a stop that comes before it listens.
-void view_server::stop() {
-    stopping_ = true;
-    if (!listening_) return;
-    while (!http_->is_running() && !ended_) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    http_->stop();
-}
+void view_server::stop() { connections_->stop(); }
 
 double view_server::seconds_idle() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - last_request_.load()).count();

@@ -6,11 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "tnl/view_connections.h"
 #include "tnl/view_store.h"
-
-namespace httplib {
-class Server;
-}
 
 namespace cli {
 
@@ -26,13 +23,15 @@ namespace cli {
 //                        values_at(): doubles, one a column
 class view_server {
 public:
+    class request_reader;
+
     // Port 0: any that is free. Throws file_error when the port is taken or the page's files are missing.
-    view_server(view_store& store, std::filesystem::path page, int port);
+    view_server(view_store& store, std::filesystem::path page, int port, const view_limits& limits = {});
     ~view_server();
     view_server(const view_server&) = delete;
     view_server& operator=(const view_server&) = delete;
 
-    int port() const { return port_; }
+    int port() const { return connections_->port(); }
     std::string address() const;  // with the token
     void listen();                // until stop()
     void stop();                  // also before listen()
@@ -42,10 +41,9 @@ private:
     view_store& store_;
     std::filesystem::path page_;
     std::string token_;
-    int port_ = 0;
     std::atomic<std::chrono::steady_clock::time_point> last_request_;
-    std::unique_ptr<httplib::Server> http_;
-    std::atomic<bool> listening_ = false, stopping_ = false, ended_ = false;
+    std::unique_ptr<request_reader> reader_;  // from the text of a request to that of its answer
+    std::unique_ptr<view_connections> connections_;
 };
 
 }  // namespace cli

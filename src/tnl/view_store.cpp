@@ -40,14 +40,14 @@ bool is_inside(const fs::path& folder, const std::string& name) {
     return !error && std::mismatch(home.begin(), home.end(), whole.begin(), whole.end()).first == home.end();
 }
 
-// A run that goes on comes before the results of the one before it, which stand in its folder until it ends.
+// A run that goes on, or was cut, comes before the results of the one before it, which stand in its folder.
 opened_run open_latest(const std::string& path) {
     std::error_code error;
     for (const fs::path& folder : {fs::path(path), fs::path(path + ".run")}) {
         if (!fs::is_regular_file(folder / partial_name / record_name, error)) continue;
         try {
             opened_run run = open_run((folder / partial_name).string());
-            if (run.unfinished) return run;
+            if (run.unfinished || !run.record.files.empty()) return run;
         } catch (const file_error&) {  // it ends just now
         }
     }

@@ -49,8 +49,12 @@ expect 'bytes are status 1' 1 "$(status_of "$tnl" run binary.in)"
 
 # What a run does not stop at is told behind it; what it did stop at before its first row costs no results.
 sed 's/^begin_solve/begin_solv/' decks/divider.in >silent.in
-expect 'a block that nobody reads' 0 "$(status_of "$tnl" run silent.in)"
+expect 'a block that nobody reads is a fault of the deck' 3 "$(status_of "$tnl" run silent.in)"
 expect 'is told with its place' 1 "$(grep -c 'silent.in:9:1: error:' err.txt)"
+sed 's/^solve_type dc/solve_type cd/' decks/divider.in >nothing.in
+expect 'so is one that solves nothing' 3 "$(status_of "$tnl" run nothing.in)"
+expect 'is told with its place' 1 "$(grep -c 'nothing.in:10:12: error: there is no solve_type cd' err.txt)"
+expect 'and stands in the record' 1 "$(grep -c '"status": 3' nothing.in.run/run.json)"
 cp decks/divider.in twice.in
 expect 'a good run' 0 "$(status_of "$tnl" run twice.in)"
 expect 'has no findings' 0 "$(grep -c 'did not stop at these' err.txt)"

@@ -84,6 +84,24 @@ expect 'kill: lines that are no rows' 0 "$(broken_lines)"
 rows=$(wc -l <rows.dat)
 [ "$rows" -ge 2 ] && [ "$rows" -le 400 ] || expect 'kill: rows' '2 to 400' "$rows"
 
+# Asked to end where it does not listen, here in opening a file that never opens, it ends all the same.
+mv .tnlaux/cct.in deck.kept
+mkfifo .tnlaux/cct.in
+"$tarnel" >text 2>errors </dev/null &
+run=$!
+sleep 0.5
+kill -s TERM $run
+tries=0
+while kill -0 $run 2>/dev/null && [ $tries -lt 200 ]; do
+    sleep 0.1
+    tries=$((tries + 1))
+done
+kill -0 $run 2>/dev/null && { expect 'a run that does not listen' ended running; kill -s KILL $run; }
+wait $run 2>/dev/null
+expect 'a run that does not listen: status' 143 $?
+rm .tnlaux/cct.in
+mv deck.kept .tnlaux/cct.in
+
 # A step that fails: what came before it is on the disk.
 rm -f rows.dat
 deck 'back_euler=yes t_end=1m delt_const=0.1m itmax_newton=1'

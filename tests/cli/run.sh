@@ -23,7 +23,11 @@ wait_for() { # command...; until it succeeds, a minute at most
     done
 }
 state_of() { sed -n 's/^  "state": "\(.*\)",$/\1/p' "$1"; }
-simulator_of() { cat "/proc/$1/task/$1/children" 2>/dev/null | tr -d ' '; }
+simulator_of() { # front end; beside it a second process of the front end checks the deck
+    for child in $(cat "/proc/$1/task/$1/children" 2>/dev/null); do
+        [ "$(cat "/proc/$child/comm" 2>/dev/null)" = tarnel ] && echo "$child"
+    done
+}
 
 # The buck converter of the examples, for a short time and for one that no test waits for.
 buck() { # t_end
@@ -147,6 +151,7 @@ expect 'leaves nothing aside' no "$(is_there short.in.run/.partial)"
 # ---- ends that are asked for ------------------------------------------------------------------------------------------------
 
 for signal in INT TERM HUP; do
+    rm -rf buck.in.run
     start_buck
     kill -s $signal $front
     wait $front
@@ -164,6 +169,58 @@ done
 expect 'a limit of time' 6 "$(status_of "$tnl" run --time-limit 1.5 buck.in)"
 expect 'is told' 1 "$(grep -c '^tnl: time limit of 1.5 s reached at t = .*; rows up to t = .* are in buck.in.run/$' err.txt)"
 expect 'its record' limit "$(state_of buck.in.run/run.json)"
+claim='max(vout) < 1000'
+expect 'a claim about rows that were cut' 6 "$(status_of "$tnl" assert buck.in --file out.dat "$claim" --junit report.xml)"
+expect 'fails for that' 'FAIL  the run came to its end  (the run did not come to its end (limit))' "$(head -n 1 out.txt)"
+expect 'in the report too' 1 "$(grep -c '<testcase .*the run came to its end' report.xml)"
+expect 'but when they are meant' 0 "$(status_of "$tnl" assert --cut buck.in --file out.dat "$claim")"
+
+# Results of a run that came to its end are not lost to one that was cut.
+buck 1m
+expect 'a run to its end' 0 "$(status_of "$tnl" run -q buck.in)"
+cp buck.in.run/out.dat before.dat
+expect 'a claim about it' 0 "$(status_of "$tnl" assert buck.in --file out.dat "$claim")"
+buck 1000
+for how in limit TERM; do
+    if [ $how = limit ]; then
+        status_of "$tnl" run --time-limit 1.5 buck.in >/dev/null
+    else
+        start_buck
+        kill -s TERM $front
+        wait $front
+    fi
+    cmp buck.in.run/out.dat before.dat || expect "$how: the rows of the run to its end" same different
+    expect "$how: their record" complete "$(state_of buck.in.run/run.json)"
+    expect "$how: the rows of the run that was cut" yes "$([ -s buck.in.run/.partial/out.dat ] && echo yes || echo no)"
+    expect "$how: are named" 1 "$(grep -c '; rows up to t = .* are in buck.in.run/.partial/$' err.txt)"
+    expect "$how: as are the others" 1 "$(grep -c 'buck.in.run/ holds the results of the earlier run' err.txt)"
+    expect "$how: a claim" 6 "$(status_of "$tnl" assert buck.in --file out.dat "$claim")"
+    expect "$how: a claim about the rows of the run to its end" 0 \
+        "$(status_of "$tnl" assert --cut buck.in --file out.dat "$claim")"
+done
+cp buck.in.run/.partial/out.dat cut.dat
+buck 1m
+sed -i 's/itmax_trns=[0-9]*/itmax_trns=5/' buck.in
+expect 'steps used up' 6 "$(status_of "$tnl" run -q buck.in)"
+cmp buck.in.run/out.dat before.dat || expect 'steps used up: the rows of the run to its end' same different
+buck 1m
+expect 'the next run to its end' 0 "$(status_of "$tnl" run -q buck.in)"
+expect 'clears away what was cut' no "$(is_there buck.in.run/.partial)"
+
+# The limit counts from the start: also for a deck that is slow to read.
+expect 'a limit while the deck is read' 6 \
+    "$(sleep 3 | timeout 60 "$tnl" run --time-limit 0.3 - -o slow >out.txt 2>err.txt; echo $?)"
+expect 'is told' 'tnl: the time limit was reached before the simulator started' "$(cat err.txt)"
+expect 'and leaves nothing' no "$(is_there slow)"
+
+# Memory that cannot be had: a message and a status of the table.
+yes '# a line of a deck' | head -n 500000 >large.in
+for command in run check; do
+    expect "memory: $command" 5 "$( (ulimit -v 40000; status_of "$tnl" $command large.in) )"
+    expect "memory: $command is told" 'tnl: there is not enough memory for this' "$(cat err.txt)"
+done
+rm large.in
+buck 1000
 expect 'a limit is a positive number' 2 "$(status_of "$tnl" run --time-limit -1 buck.in)"
 expect 'and a number' 2 "$(status_of "$tnl" run --time-limit soon buck.in)"
 rm -rf buck.in.run
@@ -221,6 +278,7 @@ if mount -t tmpfs -o size=400k none "$small" 2>/dev/null; then
     cp buck.in "$small"
     expect 'a run that fills it' 5 "$(status_of "$tnl" run -q small/buck.in)"
     expect 'the file is named' 1 "$(grep -c 'could not be written' out.txt)"
+    expect 'and the cause' 1 "$(grep -c '^tnl: .*.dat could not be written: No space left on device; rows up to' err.txt)"
     expect 'the rows are named' 1 "$(grep -c 'rows up to t = .* are in small/buck.in.run/.partial/$' err.txt)"
     cmp small/buck.in.run/wave.dat before.dat || expect 'the earlier rows' same different
     expect 'the earlier record' complete "$(state_of small/buck.in.run/run.json)"

@@ -1,7 +1,10 @@
 #include "tnl/view_server.h"
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <fstream>
@@ -190,6 +193,30 @@ TEST(view_server, says_what_is_wrong_with_a_request) {
     EXPECT_EQ(s.status(s.base + "/api/data?run=0&file=w.dat&columns=1&points=0"), 200);
     EXPECT_EQ(s.status(s.base + "/api/data?run=0&file=w.dat&columns=1&curve=7"), 200);
     EXPECT_EQ(s.status(s.base + "/api/data?run=0&file=w.dat&columns=1&from=-inf&to=inf"), 200);
+}
+
+// Each connection that waits costs no thread, and what it sends may come byte by byte.
+TEST(view_server, many_idle_and_slow_connections_keep_the_page_alive) {
+    served s;
+    std::vector<int> sockets;
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(static_cast<std::uint16_t>(s.server->port()));
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const std::string begin = "GET " + s.base + "/ HTTP/1.1\r\nX: ";
+    for (int i = 0; i < 150; ++i) {
+        sockets.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::connect(sockets.back(), reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
+        if (i % 2 == 0) {
+            EXPECT_GT(::send(sockets.back(), begin.data(), begin.size(), MSG_NOSIGNAL), 0);
+        }
+    }
+    s.client->set_read_timeout(5);
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(s.status(s.base + "/api/runs"), 200);
+        for (std::size_t k = 0; k < sockets.size(); k += 2) ::send(sockets[k], "x", 1, MSG_NOSIGNAL);
+    }
+    for (const int one : sockets) ::close(one);
 }
 
 TEST(view_server, fails_when_the_port_is_taken_or_the_page_is_not_there) {

@@ -144,6 +144,20 @@ TEST(view_store, a_new_run_comes_before_the_results_of_the_old_one) {
     EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "complete");
 }
 
+TEST(view_store, a_run_that_was_cut_does_not_give_way_to_the_results_that_it_has_left_in_place) {
+    const temp_folder inside;
+    write_record("a.run", "complete", one_file);
+    ::write_file("a.run/w.dat", "0 1\n1 1\n2 1\n");
+    write_record("a.run/.partial", "running", one_file);
+    ::write_file("a.run/.partial/w.dat", "0 2\n");
+    view_store store({"a"});
+    store.want_file(0, "w.dat");
+    write_record("a.run/.partial", "signal", one_file);
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["rows"], 1);
+    EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "signal");
+}
+
 TEST(view_store, files_outside_of_the_run_are_not_followed_whatever_the_record_says) {
     const temp_folder inside;
     ::write_file("secret.dat", "1 2\n");

@@ -1,8 +1,10 @@
 #include "blocks/row_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -134,7 +136,9 @@ TEST(row_file, that_cannot_be_opened_halts_with_its_name) {
     std::filesystem::create_directory("folder");
     for (const char* path : {"folder", "missing/a.dat"}) {
         row_file file;
-        const std::string text = line("row_file: output file ", path, " could not be opened.\n  Halting...\n");
+        const char* const cause = std::filesystem::exists(path) ? "Is a directory" : "No such file or directory";
+        const std::string text =
+            line("row_file: output file ", path, " could not be opened.\n  ", cause, "\n  Halting...\n");
         EXPECT_HALT(file.open(path, false), text);
         EXPECT_HALT(file.open(path, true), text);
         EXPECT_FALSE(file.is_open());
@@ -142,22 +146,58 @@ TEST(row_file, that_cannot_be_opened_halts_with_its_name) {
 }
 
 // /dev/full takes no byte.
-TEST(row_file, tells_a_full_disk_when_it_is_closed) {
+TEST(row_file, tells_a_full_disk_when_it_shows) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
-    const char* const text = "row_file: output file /dev/full could not be written.\n  Halting...\n";
+    const char* const text =
+        "row_file: output file /dev/full could not be written.\n  No space left on device\n  Halting...\n";
     row_file few;
     few.open("/dev/full", false);
     few.put(1.0);
     EXPECT_HALT(few.close(), text);
     row_file many;
     many.open("/dev/full", false);
-    for (int i = 0; i < 100000; ++i) many.put(1.0);
-    EXPECT_HALT(many.close(), text);
-    row_file stopped;
-    stopped.open("/dev/full", false);
-    stopped.put(1.0);
-    stopped.flush_now();  // a stop is on its way: no second one
-    EXPECT_HALT(stopped.close(), text);
+    int n = 0;
+    const auto rows = [&] {
+        for (; n < 100000; ++n) {
+            many.put(1.0);
+            many.end_row();
+        }
+    };
+    EXPECT_HALT(rows(), text);
+    EXPECT_LT(n, 10000) << "one buffer is 64 kB";
+    many.flush_now();  // as the stop does: no second one
+    row_file flushed;
+    flushed.open("/dev/full", false);
+    flushed.put(1.0);
+    flushed.flush_now();
+    flushed.put(1.0);
+    EXPECT_HALT(flushed.end_row(), text);
+    EXPECT_HALT(flushed.close(), text);
+}
+
+TEST(row_file, leaves_whole_rows_on_a_disk_that_is_full) {
+    const temp_folder folder;
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit small{100007, limit.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    int n = 0;
+    const console_run heard = run_and_listen([&] {
+        row_file file;
+        file.open("a.dat", false);
+        for (; n < 100000; ++n) {
+            file.put(1.0);
+            file.end_row();
+        }
+    });
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_TRUE(heard.stopped);
+    EXPECT_EQ(heard.text, "row_file: output file a.dat could not be written.\n  File too large\n  Halting...\n");
+    const std::string text = read_file("a.dat"), row = " 1.000000e+00 \n";
+    EXPECT_EQ(text.size(), 100007 / row.size() * row.size());
+    EXPECT_TRUE(text.ends_with("\n" + row));
 }
 
 TEST(row_file, that_was_never_opened_closes_without_a_word) {

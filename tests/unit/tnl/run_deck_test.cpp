@@ -360,6 +360,26 @@ TEST(run_deck, a_run_whose_time_is_over_is_asked_to_end_and_keeps_its_rows) {
     EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 0.25 1 \n");
 }
 
+TEST(run_deck, rows_that_were_cut_do_not_replace_those_of_a_run_that_came_to_its_end) {
+    const temp_folder here;
+    ::write_file("deck.in", deck_in_time);
+    listen({"deck.in"}, tree("echo ' 1 1 ' >out.dat"));
+    run_options options{"deck.in"};
+    options.time_limit = 0.2;
+    for (int twice = 0; twice < 2; ++twice) {
+        const run_result run = listen(options, tree("echo ' 0.25 1 ' >out.dat; exec sleep 100")).run;
+        EXPECT_EQ(run.status, limit_reached);
+        EXPECT_TRUE(run.kept);
+        EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 1 1 \n");
+        EXPECT_EQ(read_record("deck.in.run/run.json").state, "complete");
+        EXPECT_EQ(::read_file("deck.in.run/.partial/out.dat"), " 0.25 1 \n");
+        EXPECT_EQ(read_record("deck.in.run/.partial/run.json").state, "limit");
+    }
+    EXPECT_EQ(listen({"deck.in"}, tree("echo ' 1 2 ' >out.dat")).run.status, 0);
+    EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 1 2 \n");
+    EXPECT_FALSE(fs::exists("deck.in.run/.partial"));
+}
+
 TEST(run_deck, a_run_that_ends_within_its_time_does_not_hear_of_the_limit) {
     const temp_folder here;
     ::write_file("deck.in", deck_in_time);
@@ -448,7 +468,7 @@ TEST(run_deck, what_stands_in_the_place_of_a_row_file_is_not_touched) {
     EXPECT_EQ(why_refused(options, where), "5: cannot write deck.in.run/out.dat: it is a device");
 }
 
-TEST(run_deck, output_files_stay_in_the_folder_or_are_named_by_their_whole_path) {
+TEST(run_deck, output_files_stay_in_the_folder_unless_a_whole_path_is_forced) {
     const temp_folder here;
     const auto with_file = [](const std::string& name) {
         std::string text = deck_in_time;
@@ -469,15 +489,40 @@ TEST(run_deck, output_files_stay_in_the_folder_or_are_named_by_their_whole_path)
     ::write_file("other.in", with_file(whole));
     ::write_file(whole, "mine");
     run_options options{"other.in"};
-    EXPECT_EQ(why_refused(options, tree("true")), "5: cannot write " + whole +
-                                                      ": it exists and is not from a run of this deck; move it away, "
-                                                      "or replace it with --force");
-    EXPECT_EQ(::read_file(whole), "mine");
+    const std::string refused = "3: an output file outside the folder of the run, which only --force writes: " + whole;
+    for (const bool exists : {true, false}) {
+        EXPECT_EQ(why_refused(options, tree("true")).substr(0, refused.size()), refused);
+        EXPECT_EQ(fs::exists(whole), exists);
+        if (exists) {
+            EXPECT_EQ(::read_file(whole), "mine");
+        }
+        fs::remove(whole);
+    }
+    ::write_file(whole, "mine");
     options.force = true;
     EXPECT_EQ(listen(options, tree("echo ' 0 1 ' >" + whole)).run.record.files.at(0).rows, 1);
     options.force = false;
-    EXPECT_EQ(listen(options, tree("echo ' 0 2 ' >" + whole)).run.status, 0) << "it is from this deck now";
-    EXPECT_EQ(::read_file(whole), " 0 2 \n");
+    EXPECT_EQ(why_refused(options, tree("true")).substr(0, refused.size()), refused) << "each time anew";
+    EXPECT_EQ(::read_file(whole), " 0 1 \n");
+}
+
+TEST(run_deck, a_whole_path_into_the_folder_of_the_run_needs_no_force) {
+    const temp_folder here;
+    const auto deck_with = [](const std::string& name) {
+        std::string text = deck_in_time;
+        ::write_file("deck.in", text.replace(text.find("out.dat"), 7, name));
+    };
+    const std::string folder = fs::absolute("deck.in.run").string();
+    deck_with(folder + "/out.dat");
+    EXPECT_EQ(listen({"deck.in"}, tree("echo ' 0 1 ' >" + folder + "/out.dat")).run.status, 0);
+    EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 0 1 \n");
+    for (const char* name : {"/run.json", "/.partial/out.dat", "/sub/../.tnlaux/cct.in", "/../out.dat"}) {
+        deck_with(folder + name);
+        EXPECT_TRUE(why_refused({"deck.in"}, tree("true")).starts_with("3: an output file ")) << name;
+    }
+    fs::create_directory_symlink(fs::absolute("."), folder + "/way_out");
+    deck_with(folder + "/way_out/out.dat");
+    EXPECT_TRUE(why_refused({"deck.in"}, tree("true")).starts_with("3: an output file outside ")) << "by a link";
 }
 
 TEST(run_deck, a_folder_in_which_a_run_goes_on_is_refused) {

@@ -53,6 +53,20 @@ TEST_F(run_with_two_tables, of_several_the_finest_is_taken_and_told) {
     EXPECT_EQ(run_tables("d", "").with_columns({}).path, "d.run/b.dat");
 }
 
+TEST_F(run_with_two_tables, a_run_that_was_cut_is_known_whether_or_not_earlier_results_stand_before_it) {
+    EXPECT_EQ(run_tables("d", "").cut(), "");
+    std::filesystem::copy("d.run", "d.run/.partial");
+    EXPECT_EQ(run_tables("d", "").cut(), "the last run did not come to its end; its rows are in d.run/.partial");
+    std::filesystem::remove("d.run/run.json");
+    EXPECT_EQ(run_tables("d.run/a.dat", "").cut(), "") << "of rows alone nothing is known";
+    run_record record = read_record("d.run/.partial/run.json");
+    for (const char* state : {"running", "limit", "signal", "stopped"}) {
+        record.state = state;
+        write_file("d.run/.partial/run.json", to_json(record));
+        EXPECT_NE(run_tables("d", "").cut(), "") << state;
+    }
+}
+
 TEST_F(run_with_two_tables, what_stands_in_none_is_told) {
     run_tables t("d", "");
     EXPECT_EQ(fault_of([&] { t.with_columns({"i1", "w2"}); }), "2 no table of the run holds all of i1, w2");
