@@ -85,7 +85,7 @@ bool trzbdf2_1(run_state& r) {
     const double norm = std::sqrt(sum);
     const double ratio = norm * (2 * std::fabs(trbdf2_constant(g)) * slv.delt) / slv.trbdf2_tolr;
     const double h_est = slv.delt * std::pow(ratio, -0.333333333);
-    if (ratio >= 2.0) {
+    if (!(ratio < 2.0)) {  // a ratio that is no number tells nothing of the step
         slv.delt_new = 0.9 * h_est;
         return false;
     }

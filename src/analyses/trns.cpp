@@ -82,6 +82,13 @@ void set_time_next(run_state& r, double t) {
     r.flags.time_given = t;
 }
 
+// A step that is too small for the digits of the time would be repeated for ever, and so would one that is no number.
+void check_progress(const solve_class& slv) {
+    if (slv.time_present + slv.delt > slv.time_present) return;
+    halt({"solve_trns: the time does not go on with", "  this step.", line("  time_present=", slv.time_present),
+          line("  delt=", slv.delt), line("  iter_trns_1=", slv.iter_trns_1), "  Halting..."});
+}
+
 bool starts_from_nothing(const solve_class& slv) { return !slv.init_file && !slv.init_previous; }
 
 // A solve failed for good: gmin stepping if the block has it, else the run ends.
@@ -104,6 +111,7 @@ void plain_step(run_state& r) {
     solve_class& slv = r.slv;
     mat_class& mat = r.mat;
     for (;;) {
+        check_progress(slv);
         set_time_next(r, slv.time_present + slv.delt);
         if (slv.flag_trz) {
             if (slv.flag_linear) {
@@ -156,6 +164,7 @@ void plain_step(run_state& r) {
 
 struct trbdf2_counts {
     int iter_tr = 0, iter_bdf2 = 0, number_reject = 0;
+    int rejected_at_min = 0;  // rejected tries of the smallest step in a row
 };
 
 [[noreturn]] void no_smaller_step(const solve_class& slv, const trbdf2_counts& n, bool in_bdf2) {
@@ -163,6 +172,14 @@ struct trbdf2_counts {
           "  the smallest time step.", line("  iter_tr=", n.iter_tr),
           in_bdf2 ? line("  iter_bdf2=", n.iter_bdf2) : line("  iter_trbdf2=", slv.iter_trbdf2),
           line("  number_reject=", n.number_reject), line("  iter_trns_1=", slv.iter_trns_1)});
+}
+
+// A try that is rejected leaves the histories of units, so the same step again need not fail the same way; but it may.
+void count_rejected(const solve_class& slv, trbdf2_counts& n, double h) {
+    if (h > slv.delt_min)
+        n.rejected_at_min = 0;
+    else if (++n.rejected_at_min > slv.itmax_trbdf2)
+        no_smaller_step(slv, n, false);
 }
 
 void solve_stage(run_state& r) {
@@ -181,6 +198,7 @@ void trbdf2_step(run_state& r) {
                   line("  itmax_trbdf2=", slv.itmax_trbdf2), line("  number_reject=", count.number_reject),
                   line("  time_given=", r.flags.time_given), "  Halting..."});
         ++count.number_reject;
+        check_progress(slv);
         const double h = slv.delt, t = slv.time_present;
         slv.delt = h * slv.trbdf2_gamma;
         set_time_next(r, t + h * slv.trbdf2_gamma);
@@ -191,7 +209,7 @@ void trbdf2_step(run_state& r) {
         ++count.iter_tr;
         solve_stage(r);
         if (!slv.l_converged) {
-            if (slv.delt == slv.delt_min) no_smaller_step(slv, count, false);
+            if (h == slv.delt_min) no_smaller_step(slv, count, false);
             slv.delt = std::max(slv.delt_min, h * slv.fctr_stepred);
             restore_point(r, mat.svec_old_1, mat.locv_old_1);
             restore_functions_1(mat);
@@ -213,6 +231,7 @@ void trbdf2_step(run_state& r) {
             accepted = trzbdf2_1(r);
             slv.delt = std::min(slv.delt_max, std::max(slv.delt_min, slv.delt_new));
             if (accepted) return;
+            count_rejected(slv, count, h);
         } else {
             if (slv.delt == slv.delt_min) no_smaller_step(slv, count, true);
             slv.delt = std::max(slv.delt_min, h * slv.fctr_stepred);

@@ -119,6 +119,17 @@ void check_implicit_side(solve_class& slv, const circuit& c) {
     check_t_end(slv);
     if (was_given(slv, "delt_min") && slv.delt_const < slv.delt_min)
         halt({"solve_class: delt_const for transient simulation", "   is less than delt_min. Halting..."});
+    // Settings by which a step would be tried again for ever.
+    const bool shortens = slv.trbdf2 || slv.back_euler_auto || slv.trapezoidal_auto;
+    if (shortens && !(slv.fctr_stepred < 1.0))
+        halt({"solve_class: fctr_stepred must be below 1.", line("   fctr_stepred = ", slv.fctr_stepred),
+              "   Halting..."});
+    if (slv.trbdf2 && !(slv.trbdf2_tolr > 0.0))
+        halt(
+            {"solve_class: trbdf2_tolr must be above 0.", line("   trbdf2_tolr = ", slv.trbdf2_tolr), "   Halting..."});
+    if (slv.trbdf2 && !(slv.trbdf2_gamma > 0.0 && slv.trbdf2_gamma < 1.0))
+        halt({"solve_class: trbdf2_gamma must lie between 0 and 1.", line("   trbdf2_gamma = ", slv.trbdf2_gamma),
+              "   Halting..."});
     if (!was_given(slv, "delt_min")) slv.delt_min = 0.0002 * slv.delt_const;
     if (!was_given(slv, "delt_max")) slv.delt_max = 10.0 * slv.delt_const;
 }

@@ -116,11 +116,11 @@ const told fatal[] = {
          "solve_trns: iter_trbdf2 has exceeded itmax_trbdf2\n  iter_trbdf2=1\n  itmax_trbdf2=-1\n"
          "  number_reject=0\n  time_given=0\n" +
          halting},
-    // Stage steps of 0.2 and 0.1 ms fail, and the second is the smallest step.
+    // Whole steps of 0.4, 0.2 and 0.1 ms fail in their first stage, and the third is the smallest step.
     {"trbdf2_first_stage", charging,
      trns("trbdf2=yes t_end=1m delt_const=0.4m delt_min=0.1m trbdf2_gamma=0.5 fctr_stepred=0.5" + none_first), 3,
-     starts + "solve_trns: no convergence even with\n  the smallest time step.\n  iter_tr=2\n  iter_trbdf2=2\n"
-              "  number_reject=2\n  iter_trns_1=0\n"},
+     starts + "solve_trns: no convergence even with\n  the smallest time step.\n  iter_tr=3\n  iter_trbdf2=3\n"
+              "  number_reject=3\n  iter_trns_1=0\n"},
     // The source rises behind the first stage, which ends at 50 us, so that only the second stage fails. A step of
     // 0.25 ms before it fails in its first stage. The break is nearer than the smallest step and shortens neither.
     {"trbdf2_second_stage", pulsed,

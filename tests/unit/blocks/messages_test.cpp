@@ -66,6 +66,7 @@ std::ostream& operator<<(std::ostream& out, const fault& f) { return out << f.wh
 const std::string file_head = "filename a.dat\n";
 const std::string dc = "solve_type dc\n";
 const std::string trns = "solve_type trns\nmethod: t_end=1 delt_const=1m back_euler=yes\n";
+const std::string no_rule = "solve_type trns\nmethod: t_end=1 delt_const=1m ";
 const std::string ac = "solve_type ac\nset_freq 50\n";
 const std::string ssw = "solve_type ssw\nmethod: ssw_period=1m back_euler=yes\n";
 std::string out(const std::string& variables, const std::string& options = "", const std::string& more = "") {
@@ -293,6 +294,14 @@ const fault faults[] = {
      "solve_class: t_end for transient simulation\n   has not been specified. Halting...\n", purely_digital},
     {"small_delt_const", trns + "method: delt_min=2m\n",
      "solve_class: delt_const for transient simulation\n   is less than delt_min. Halting...\n"},
+    {"fctr_stepred_auto", no_rule + "back_euler_auto=yes fctr_stepred=1\n",
+     "solve_class: fctr_stepred must be below 1.\n   fctr_stepred = 1\n   Halting...\n"},
+    {"fctr_stepred_trbdf2", no_rule + "trbdf2=yes fctr_stepred=1.5\n",
+     "solve_class: fctr_stepred must be below 1.\n   fctr_stepred = 1.5\n   Halting...\n"},
+    {"trbdf2_tolr", no_rule + "trbdf2=yes trbdf2_tolr=0\n",
+     "solve_class: trbdf2_tolr must be above 0.\n   trbdf2_tolr = 0\n   Halting...\n"},
+    {"trbdf2_gamma", no_rule + "trbdf2=yes trbdf2_gamma=1\n",
+     "solve_class: trbdf2_gamma must lie between 0 and 1.\n   trbdf2_gamma = 1\n   Halting...\n"},
     {"ssw_method", "solve_type ssw\nmethod: ssw_period=1 gear2=yes\n",
      "solve_class: one of back_euler, back_euler_auto,\n   trapezoidal, trapezoidal_auto must be selected\n"
      "   for SSW simulation, Halting...\n"},
