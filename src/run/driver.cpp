@@ -117,6 +117,7 @@ analysis analysis_of(const solve_class& slv) {
 // All points of a block, and the file of its last solution.
 void solve_points(run_state& r) {
     if (r.slv.startup) set_sv(r.slv, r.c);
+    r.residual = {};
     init_sol(r);
     set_mat(r.mat, r.c, r.ebes1, r.gbes1);
     if (r.slv.trns)
