@@ -10,10 +10,8 @@
 
 namespace {
 
-constexpr const char* brackets = "  (brackets are not part of the string)";
-
 [[noreturn]] void bad_number(const char* kind, std::string_view word) {
-    halt({line("check ", kind, " string: <", word, ">"), brackets, "  Halting..."});
+    halt({line("check ", kind, " string: <", word, ">"), "  (brackets are not part of the string)", "  Halting..."});
 }
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -131,7 +129,7 @@ bool read_double(std::string_view word, double& value) {
 
 double finite_number(double value, std::string_view word) {
     if (!std::isfinite(value))
-        halt({line("check double string: <", word, ">"), brackets,
+        halt({line("check double string: <", word, ">"), "  (brackets are not part of the string)",
               line("  value = ", std::isnan(value) ? std::fabs(value) : value), "  Halting..."});
     return value;
 }

@@ -14,6 +14,7 @@
 #include "tnl/progress.h"
 #include "tnl/row_count.h"
 #include "tnl/run_folder.h"
+#include "tnl/run_warnings.h"
 #include "tnl/units.h"
 
 namespace cli {
@@ -139,7 +140,7 @@ void print(std::string_view text) {
 // Runs the simulator in .partial. Its text goes to standard output and, when asked for, how far it is to standard
 // error.
 process_result simulate(const run_options& options, const installation& where, const run_folder& folder,
-                        const deck_view& deck) {
+                        const deck_view& deck, warning_listener& listener) {
     using clock = std::chrono::steady_clock;
     const clock::time_point start = clock::now();
     const auto now = [&] { return std::chrono::duration<double>(clock::now() - start).count(); };
@@ -152,6 +153,7 @@ process_result simulate(const run_options& options, const installation& where, c
 
     process_task task{fs::absolute(where.program), folder.partial, options.time_limit, {}, {}};
     task.text = [&](std::string_view text) {
+        listener.take(text);
         const std::string rest = way.take(text, now());
         const std::string_view shown = filters ? std::string_view(rest) : text;
         if (!hears || shown.empty()) return;
@@ -212,17 +214,20 @@ run_result run_deck(const run_options& options, const installation& where) {
     }
 
     const auto start = std::chrono::steady_clock::now();
-    const process_result ended = simulate(options, where, folder, run.deck);
+    warning_listener listener;
+    const process_result ended = simulate(options, where, folder, run.deck, listener);
     const held_signals hold;
     record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     end_record(ended, run.deck, needs, libraries, record);
+    record.warnings = listener.warnings(run.deck);
     run.t_last = count_files(folder.partial, record);
     run.status = record.status;
 
     // A stop before the first row, as a misspelt word leads to, is no reason to lose the results that are there.
     const bool nothing_new = record.state == "stopped" && record.files.empty() && !folder.old.files.empty();
     run.kept = stays_aside(record) || nothing_new;
-    if (ended.status == 0 && ended.signal == 0) run.findings = findings_of(run.deck, libraries, options.quiet);
+    if (ended.status == 0 && ended.signal == 0)
+        run.findings = warning_text(run.deck, record.warnings, "  ") + findings_of(run.deck, libraries, options.quiet);
 
     std::string more;
     if (ended.signal != 0 && run.kept)
