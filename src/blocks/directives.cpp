@@ -78,7 +78,7 @@ void vary_parm(solve_class& slv, circuit& c, int i) {
     const std::vector<int> ijk = grid_indices(m, i), last = grid_indices(m, slv.i_vary_last);
     if (i != 0 && ijk.back() == 0)
         for (out_file& file : slv.files)
-            if (file.content == out_rows && file.stream) file.stream->end_row();
+            if (file.stream) file.stream->end_row();
     for (std::size_t k = 0; k < m.size(); ++k)
         if (ijk[k] != last[k]) move_to(slv.vary[k], c, slv.vary[k].range.at(ijk[k]));
     check_expressions(c);
