@@ -2,6 +2,7 @@
 
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
+#include "analyses/residual.h"
 #include "analyses/solution_vector.h"
 #include "blocks/directives.h"
 #include "output/solution_file.h"
@@ -115,6 +116,8 @@ void solve_dc(run_state& r) {
     }
     ebce_form_arrays(r);
     find_ebe_cur_dc(r);
+    find_residual(r);
+    tell_residual(r);
     ov_prm(r);
     r.flags.init_flags();
 }

@@ -398,6 +398,8 @@ void find_ebe_cur_trns(run_state& r, bool with_ddt) {
     keep_state_functions(r, false);
 }
 
+bool keeps_all_currents(const run_state& r) { return r.slv.i_file_solution >= 0 || r.c.cct.flag_reset; }
+
 void find_left_out_currents(run_state& r) {
     const electrical_runs& e = r.plan.e;
     ebce_form_arrays(r);

@@ -32,6 +32,9 @@ void find_ebe_cur_startup(run_state& r);
 // The same in a transient. with_ddt: total values of functions with a derivative, and their currents; without: their
 // static values alone.
 void find_ebe_cur_trns(run_state& r, bool with_ddt);
+// Whether the currents of all units are found at each solution: for a file that may be written in the middle of the
+// run, and where a reset changes what units see behind the solution.
+bool keeps_all_currents(const run_state& r);
 // Currents of the units that the accepted points of a transient left out.
 void find_left_out_currents(run_state& r);
 // Currents of the others, if the accepted points did not need them; behind the last one, before it becomes the old one.

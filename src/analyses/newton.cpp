@@ -168,6 +168,12 @@ void newton(run_state& r, const newton_limits& limits) {
             slv.l_converged = 0;
             break;
         }
+        // Without a test of convergence nobody has looked.
+        if (slv.l_converged && !is_finite(mat.svec)) {
+            say(line(limits.who, ": NaN found!"));
+            slv.l_converged = 0;
+            break;
+        }
         if (slv.l_converged) break;
         if (slv.chk_spice) mat.svec_old = mat.svec;
     }
@@ -181,7 +187,12 @@ void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who,
     if (dump) write_system(r, line(tail, ".dat"));
     solve_for_step(r, fix_order, false);
     if (dump) write_step_and_stop(r, line("delx_", tail, ".dat"), line(who, ": delsvec"));
-    for (std::size_t i = 0; i < mat.svec.size(); ++i) mat.svec[i] += mat.delsvec[i];
+    int none = 0;
+    for (std::size_t i = 0; i < mat.svec.size(); ++i) {
+        mat.svec[i] += mat.delsvec[i];
+        none |= std::isfinite(mat.svec[i]) ? 0 : 1;
+    }
+    if (none) halt({"solve_linear: NaN found!", "   Halting..."});
     dcmp_solvec(r);
 }
 

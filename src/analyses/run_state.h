@@ -76,6 +76,14 @@ struct formed_arguments {
     std::vector<double> val_nd, aux, val_vr;
 };
 
+// Where the present point leaves a residual, of which a block tells once.
+struct residual_watch {
+    bool told = false;
+    int node = -1;                     // unit-level node; -1: none
+    double value = 0.0;                // A
+    std::vector<double> sum, largest;  // [n_nd] of the terminal currents of the last point; A
+};
+
 struct run_state {
     circuit& c;
     mat_class mat;
@@ -89,6 +97,7 @@ struct run_state {
     std::vector<gbe_call> gbe;  // [general units]
     assembly_plan plan;
     formed_arguments formed;
+    residual_watch residual;
 
     explicit run_state(circuit& elaborated) : c(elaborated) {}
 };

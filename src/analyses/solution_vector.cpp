@@ -114,3 +114,7 @@ void update_sol_1(run_state& r) {
 bool has_nan(const std::vector<double>& v) {
     return std::any_of(v.begin(), v.end(), [](double x) { return std::isnan(x); });
 }
+
+bool is_finite(const std::vector<double>& v) {
+    return std::all_of(v.begin(), v.end(), [](double x) { return std::isfinite(x); });
+}

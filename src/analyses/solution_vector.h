@@ -11,3 +11,4 @@ void dcmp_solvec(run_state& r);   // svec -> tables
 void update_sol_1(run_state& r);
 
 bool has_nan(const std::vector<double>& v);
+bool is_finite(const std::vector<double>& v);

@@ -21,8 +21,8 @@ void solve_and_write(run_state& r) {
     if (r.slv.l_converged) write_dc(r.slv, r.c, r.flags);
 }
 
-// The solutions that later curves of a grid start from: one for each level that can step on. A curve whose index at
-// level k steps on starts where the curve before it on that level started.
+// The solutions that later curves of a dc grid start from: one for each level that can step on. A curve whose index at
+// level k steps on starts where the curve before it on that level started. Start-up goes on from the point before.
 struct curve_starts {
     std::vector<std::vector<double>> saved;  // [levels - 1]
 
@@ -58,7 +58,7 @@ void table_sweep(run_state& r) {
         one_time_parms(r);
         r.flags.vary_parm = 0;
         if (is_grid) indx_to_ijk(static_cast<int>(m.size()), m.data(), slv.i_sweep, ijk.data());
-        const bool begins_curve = is_grid && ijk.back() == 0;
+        const bool begins_curve = is_grid && !slv.startup && ijk.back() == 0;
         if (begins_curve && slv.i_sweep > 0) starts.begin_curve(r, ijk);
         solve_and_write(r);
         if (begins_curve) starts.keep(r, ijk);

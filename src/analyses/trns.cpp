@@ -6,6 +6,7 @@
 #include "analyses/evaluate.h"
 #include "analyses/plan.h"
 #include "analyses/rparm_passes.h"
+#include "analyses/residual.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
@@ -96,13 +97,12 @@ void gmin_or_halt(run_state& r) {
     if (!r.slv.gmin_step) halt({"  Halting..."});
     say("  calling gmin_step_trns_1...");
     gmin_step_trns_1(r);
-    find_ebe_cur_trns(r, true);
+    find_currents_trns(r);
 }
 
+// The currents are those of the last solution, the other values those of the failed iterate.
 void write_solution_if_asked(run_state& r) {
-    if (r.slv.i_file_solution < 0) return;
-    find_left_out_currents(r);
-    write_solution(r.slv, r.c, r.flags);
+    if (r.slv.i_file_solution >= 0) write_solution(r.slv, r.c, r.flags);
 }
 
 // ---- methods with one solve a step ----------------------------------------------------------------------------------------
@@ -361,10 +361,11 @@ void solve_trns(run_state& r) {
             plain_step(r);
         slv.time_present = slv.time_next;
         r.flags.time_present = slv.time_present;
+        if (slv.iter_trns_anlg == 0) tell_residual(r);
         write_row(r);
         const bool ends = r.flags.t_end <= slv.time_present + slv.time_epsilon;
         if (ends || slv.iter_trns == slv.itmax_trns - 1) {
-            find_left_out_currents(r);
+            if (!keeps_all_currents(r)) find_left_out_currents(r);
             find_waiting_currents(r);
         }
         if (ends) {
@@ -376,7 +377,6 @@ void solve_trns(run_state& r) {
         keep_point_1(r);
         next_step_size(r);
     }
-    if (slv.itmax_trns <= 0) find_left_out_currents(r);
     r.formed = formed_arguments{};
     say("warning: time_end not reached");
     say("  in transient simulation.");

@@ -4,6 +4,7 @@
 
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
+#include "analyses/residual.h"
 #include "analyses/solution_vector.h"
 #include "run/halt.h"
 #include "run/numeric.h"
@@ -18,11 +19,20 @@ bool dump_step(const solve_class& slv) { return slv.wrt_debug_smat && slv.iter_t
 
 void after_converged(run_state& r) {
     ebce_form_arrays(r);
-    find_ebe_cur_trns(r, true);
+    find_currents_trns(r);
     if (r.c.cct.flag_reset) treat_reset(r);
     if (r.c.cct.flag_save_history) save_history(r);
 }
 }  // namespace
+
+void find_currents_trns(run_state& r) {
+    find_ebe_cur_trns(r, true);
+    const bool first = r.slv.iter_trns_1 == 0;
+    if (first || keeps_all_currents(r)) find_left_out_currents(r);
+    if (!first) return;
+    find_waiting_currents(r);
+    find_residual(r);
+}
 
 void solve_newton_trns(run_state& r) {
     solve_class& slv = r.slv;

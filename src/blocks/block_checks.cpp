@@ -283,6 +283,7 @@ void check_ssw(const solve_class& slv, const circuit& c) {
 // ---------------------------------------------------------------------
 
 void switch_off_ignored(solve_class& slv, const circuit& c) {
+    if (slv.solve_type == solve_none) return;  // nothing is solved, so nothing is told
     if (slv.nr_approx && c.eelu.n == 0) {
         say("solve_class::set_values: nr_approx=yes cannot be used");
         say("   if there are no electrical elements. Ignored..");

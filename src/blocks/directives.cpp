@@ -36,7 +36,7 @@ void write_items_of(circuit& c, const std::vector<parm_item>& items, bool explic
 }
 
 void move_to(vary_statement& v, circuit& c, double value) {
-    v.value_now = value;
+    v.value_now = finite_number(value, v.item.word);
     write_item(c, v.item, value);
 }
 
@@ -53,6 +53,7 @@ void set_parm(const solve_class& slv, circuit& c) {
         if (item.where == parm_item::global_value) c.gprm.greal_base[at(item.index)] = item.value;
         write_item(c, item, item.value);
     }
+    check_expressions(c);
 }
 
 void set_sv(const solve_class& slv, circuit& c) { write_items_of(c, slv.set_stparm, false); }
@@ -70,20 +71,23 @@ std::vector<int> grid_counts(const solve_class& slv) {
 void vary_parm(solve_class& slv, circuit& c, int i) {
     if (slv.flag_vary_auto) {
         move_to(slv.vary[0], c, slv.automatic.p_now);
+        check_expressions(c);
         return;
     }
     const std::vector<int> m = grid_counts(slv);
     const std::vector<int> ijk = grid_indices(m, i), last = grid_indices(m, slv.i_vary_last);
     if (i != 0 && ijk.back() == 0)
         for (out_file& file : slv.files)
-            if (file.content == out_rows && file.stream) file.stream->end_row();
+            if (file.stream) file.stream->end_row();
     for (std::size_t k = 0; k < m.size(); ++k)
         if (ijk[k] != last[k]) move_to(slv.vary[k], c, slv.vary[k].range.at(ijk[k]));
+    check_expressions(c);
     slv.i_vary_last = i;
 }
 
 void vary_parmsync(solve_class& slv, circuit& c, int i) {
     if (i == slv.i_sync_last) return;
     for (vary_statement& v : slv.vary_sync) move_to(v, c, v.range.at(i));
+    check_expressions(c);
     slv.i_sync_last = i;
 }

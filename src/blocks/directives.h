@@ -13,8 +13,8 @@ void set_dig(const solve_class& slv, circuit& c);
 void set_ig_x(const solve_class& slv, circuit& c);
 
 // Moves the sweep to point i of the grid (the last statement varies fastest): writes the values that differ from those
-// in the circuit. An automatic sweep takes its present value, automatic.p_now. A blank line goes to every row file
-// where a new curve begins.
+// in the circuit. An automatic sweep takes its present value, automatic.p_now. A blank line goes to every file of the
+// block where a new curve begins.
 void vary_parm(solve_class& slv, circuit& c, int i);
 // Moves all vary_parm_sync statements to their point i.
 void vary_parmsync(solve_class& slv, circuit& c, int i);

@@ -101,6 +101,7 @@ void add_greal(gprm_class& g, const std::string& name, std::string_view word) {
     g.greal_base.push_back(value);
     g.greal.push_back(value);
     g.expr.push_back(e);
+    g.greal_word.push_back(text.is_expression ? std::string(word) : name);
 }
 
 struct global_statement {
@@ -226,6 +227,10 @@ void gprm_class::expr_1() {
         if (expr[i].operation != 0) greal[i] = evaluate(expr[i], greal.data());
 }
 
+void gprm_class::check_finite() const {
+    for (std::size_t i = 0; i < greal.size(); ++i) finite_number(greal[i], greal_word[i]);
+}
+
 void gprm_class::expr_3(int i, const std::vector<std::string>& message) const {
     const expression& e = expr[static_cast<std::size_t>(i)];
     if (e.arg1.from != operand::parameter && e.arg2.from != operand::parameter) return;
@@ -241,5 +246,6 @@ gprm_class read_gprm(const circuit_file& cf) {
     g.flag_expr = g.n_expr > 0;
     find_dependents(g);
     g.expr_1();
+    g.check_finite();
     return g;
 }

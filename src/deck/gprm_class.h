@@ -40,6 +40,7 @@ struct gprm_class {
     std::vector<double> greal_base;  // [n_greal] as read, and as set by set_parm
     std::vector<double> greal;       // [n_greal] current values
     std::vector<expression> expr;    // [n_greal]
+    std::vector<std::string> greal_word;  // [n_greal] the expression as in the deck; of a number the parameter's name
     int n_expr = 0;
     bool flag_expr = false;                    // some parameter has an expression
     std::vector<std::vector<int>> dependents;  // [n_greal] parameters that depend on it, itself first
@@ -53,6 +54,7 @@ struct gprm_class {
     std::string gprm_string_1(std::string_view word) const;
 
     void expr_1();  // evaluates all expressions once, in order of definition; no-expression ones keep their value
+    void check_finite() const;  // halts at the first real parameter whose value is infinite or not a number
     // Halts with the framed message unless parameter i depends on no other.
     void expr_3(int i, const std::vector<std::string>& message) const;
 };

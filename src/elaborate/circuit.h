@@ -72,3 +72,6 @@ void check_one_time(circuit& c);  // history, reset, limiting, modulo, parameter
 void instance_changed(circuit& c, int fam, int i);
 // After a write to greal k: its dependents, every parameter tied to one of them, and the instances concerned.
 void greal_changed(circuit& c, int k);
+// Behind all writes that belong together: halts when an expression of the deck, or a derived parameter of an instance,
+// has become infinite or not a number.
+void check_expressions(const circuit& c);

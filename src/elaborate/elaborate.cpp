@@ -106,4 +106,5 @@ void elaborate(circuit& c) {
         halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.",
               "  Halting..."});
     for (family fam : {fam_e, fam_g}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
+    check_expressions(c);
 }

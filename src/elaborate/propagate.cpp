@@ -1,5 +1,6 @@
 #include "elaborate/circuit.h"
 #include "elaborate/families.h"
+#include "run/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -33,6 +34,19 @@ void instance_changed(circuit& c, int fam, int i) {
     if (fam != fam_e) return;  // the other families have no units yet
     push_to_units(lib.be, inst, inst.rprm, i, e, inst.first_unit[at(i)], true, c.ebeu.unit);
     push_to_units(lib.beac, inst, inst.rprm, i, e, inst.first_unit_ac[at(i)], false, c.ebau.unit);
+}
+
+void check_expressions(const circuit& c) {
+    c.gprm.check_finite();
+    for (int fam = 0; fam < n_family; ++fam) {
+        const instance_core& inst = c.instances(fam);
+        const composite_library& lib = c.lib.composites(fam);
+        for (int i = 0; i < inst.n; ++i) {
+            const int e = inst.i_lib[at(i)], n_plain = lib.n_rprm_plain(e);
+            for (int j = n_plain; j < n_plain + lib.n_rprm_derived(e); ++j)
+                finite_number(inst.rprm.row(i)[j], line(lib.list.rprm.word(e, j), "_of_", inst.name[at(i)]));
+        }
+    }
 }
 
 void greal_changed(circuit& c, int k) {

@@ -122,9 +122,10 @@ analysis analysis_of(const solve_class& slv) {
     return slv.trns ? analysis::trns : slv.startup ? analysis::startup : analysis::dc;
 }
 
-// All points of a block, and the file of its last solution.
+// All points of a block, and the currents that the file of its last solution shows.
 void solve_points(run_state& r) {
     if (r.slv.startup) set_sv(r.slv, r.c);
+    r.residual = {};
     init_sol(r);
     set_mat(r.mat, r.c, r.ebes1, r.gbes1);
     if (r.slv.trns)
@@ -136,7 +137,6 @@ void solve_points(run_state& r) {
     if (r.slv.dc) find_ebe_cur_dc(r);
     if (r.slv.startup) find_ebe_cur_startup(r);
     if (r.slv.trns) find_ebe_cur_trns(r, false);
-    write_solution(r.slv, r.c, r.flags);
 }
 }  // namespace
 
@@ -194,6 +194,7 @@ void solve_block(run_state& r) {
     r.flags.set_parm = 0;
     if (c.cf.output.debug) say("main: one_time_parms done");
     if (solves(slv)) solve_points(r);
+    if (slv.i_file_solution >= 0) write_solution(slv, c, r.flags);
     if (slv.i_file_parms >= 0) write_parms(slv, c);
     write_fourier(slv);
     close_out_files(slv);

@@ -1,6 +1,7 @@
 // Numbers in words. Everything here reads as in the C locale, whatever locale the process has.
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -113,7 +114,9 @@ int chr_to_int(std::string_view word) {
     return value;
 }
 
-bool is_double(std::string_view word, double& value) {
+namespace {
+// The number of a word, which may be infinite or not a number; false if the word is none.
+bool read_double(std::string_view word, double& value) {
     if (word.empty()) return false;
     const double scale = scale_of(word.back());
     const std::string_view number = scale == 0 ? word : word.substr(0, word.size() - 1);
@@ -122,14 +125,29 @@ bool is_double(std::string_view word, double& value) {
     value = scale == 0 ? x : x * scale;
     return true;
 }
+}  // namespace
+
+double finite_number(double value, std::string_view word) {
+    if (!std::isfinite(value))
+        halt({line("check double string: <", word, ">"), "  (brackets are not part of the string)",
+              line("  value = ", std::isnan(value) ? std::fabs(value) : value), "  Halting..."});
+    return value;
+}
+
+bool is_double(std::string_view word, double& value) {
+    double x = 0;
+    if (!read_double(word, x) || !std::isfinite(x)) return false;
+    value = x;
+    return true;
+}
 
 double chr_to_double(std::string_view word) {
     if (word.empty()) halt({"chr_to_double: word_in is empty!"});
     if (word.find(' ') != std::string_view::npos) halt({"chr_to_double: space not allowed in input string."});
     if (word.find('\t') != std::string_view::npos) halt({"chr_to_double: tab not allowed in input string."});
     double value = 0;
-    if (!is_double(word, value)) bad_number("double", word);
-    return value;
+    if (!read_double(word, value)) bad_number("double", word);
+    return finite_number(value, word);
 }
 
 double chr_to_double_1(std::string_view word) {
@@ -144,7 +162,7 @@ double chr_to_double_4(std::string_view word) {
     if (word.empty()) halt({"empty string. Halting..."});
     double value = 0;
     if (c_strtod(word, value) != word.size()) bad_number("double", word);
-    return value;
+    return finite_number(value, word);
 }
 
 int chr_to_int_3(const words& w, int i) { return chr_to_int(pick_word_1(w, i)); }

@@ -372,6 +372,23 @@ std::vector<stop_place> find_places(std::string_view text, const deck_view& deck
     return elements_of_model(lines, deck);
 }
 
+std::vector<stop_place> places_of_node(const deck_view& deck, std::string_view node) {
+    const std::size_t of = node.rfind(" of ");
+    const auto connects = [&](int i) {
+        for (int j = 1; is_element(deck, i) && j + 1 < deck.statements.n_words(i); j += 2) {
+            const std::string_view key = deck.statements.word(i, j);
+            const bool may = key != "name" && key != "type" && key != "model";
+            if (may && deck.statements.word(i, j + 1) == node) return j + 1;
+        }
+        return -1;
+    };
+    std::vector<stop_place> found = places_in(circuit_range(deck), [&](int i) {
+        return of == std::string_view::npos ? connects(i) : is_named(deck, i, node.substr(of + 4));
+    });
+    if (found.size() > 1) found.resize(1);
+    return found;
+}
+
 std::vector<int> find_statements(std::string_view text, const deck_view& deck, const deck_needs& needs) {
     std::vector<int> statements;
     for (const stop_place& p : find_places(text, deck, needs)) statements.push_back(p.i_statement);

@@ -20,6 +20,9 @@ struct stop_place {
 std::vector<stop_place> find_places(std::string_view text, const deck_view& deck, const deck_needs& needs);
 std::vector<int> find_statements(std::string_view text, const deck_view& deck, const deck_needs& needs);
 
+// The first element statement that connects a node; for one inside of a composite, "m of X1", that of the instance.
+std::vector<stop_place> places_of_node(const deck_view& deck, std::string_view node);
+
 // The places for the record of the run: those, or where a check of the deck finds the cause; none when there are many.
 std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
                                          const installed_libraries& libraries);

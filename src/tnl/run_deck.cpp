@@ -16,6 +16,7 @@
 #include "tnl/progress.h"
 #include "tnl/row_count.h"
 #include "tnl/run_folder.h"
+#include "tnl/run_warnings.h"
 #include "tnl/units.h"
 
 namespace cli {
@@ -144,7 +145,7 @@ void print(std::string_view text) {
 // Runs the simulator in .partial. Its text goes to standard output and, when asked for, how far it is to standard
 // error.
 process_result simulate(const run_options& options, double time_limit, const installation& where,
-                        const run_folder& folder, const deck_view& deck) {
+                        const run_folder& folder, const deck_view& deck, warning_listener& listener) {
     using clock = std::chrono::steady_clock;
     const clock::time_point start = clock::now();
     const auto now = [&] { return std::chrono::duration<double>(clock::now() - start).count(); };
@@ -157,6 +158,7 @@ process_result simulate(const run_options& options, double time_limit, const ins
 
     process_task task{fs::absolute(where.program), folder.partial, time_limit, {}, {}};
     task.text = [&](std::string_view text) {
+        listener.take(text);
         const std::string rest = way.take(text, now());
         const std::string_view shown = filters ? std::string_view(rest) : text;
         if (!hears || shown.empty()) return;
@@ -235,16 +237,18 @@ run_result run_deck(const run_options& options, const installation& where) {
     side_work check([&] { return findings_of(run.deck, libraries, options.quiet); });
     const clock::time_point start = clock::now();
     const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
-    const process_result ended = simulate(options, left, where, folder, run.deck);
+    warning_listener listener;
+    const process_result ended = simulate(options, left, where, folder, run.deck, listener);
     const held_signals hold;
     record.seconds = since(start);
     end_record(ended, run.deck, needs, libraries, record);
     run.timed_out = ended.timed_out;
+    record.warnings = listener.warnings(run.deck);
     run.t_last = count_files(folder.partial, record);
     if (ended.status == 0 && ended.signal == 0) {
         const double rest = options.time_limit > 0 ? options.time_limit - since(begin) : longest_check;
         const std::string found = check.answer(std::clamp(rest, 0.0, longest_check)).value_or(" " + unchecked);
-        run.findings = found.substr(1);
+        run.findings = warning_text(run.deck, record.warnings, "  ") + found.substr(1);
         if (found[0] == '!' && record.status == good) record.status = deck_fault;
     }
     run.status = record.status;

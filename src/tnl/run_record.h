@@ -27,6 +27,10 @@ struct record_place {  // of a statement in the user's files
     int line = 0, column = 0;  // 1-based
     std::string text;          // the line
 };
+struct record_warning {  // told by the simulator while it went on
+    std::string message, advice;
+    std::vector<record_place> places;  // that it speaks of
+};
 struct run_record {
     std::string version;  // of tnl
     std::string deck;     // absolute path; "-" for standard input
@@ -40,6 +44,7 @@ struct run_record {
     int signal = 0;
     std::string message;               // the simulator's text of the stop
     std::vector<record_place> places;  // that it speaks of
+    std::vector<record_warning> warnings;
     std::vector<record_file> files;
     // What else the run has put into its folder: deck and libraries as the simulator read them, data files, dumps.
     std::vector<std::string> other_files;

@@ -55,6 +55,31 @@ sed 's/^solve_type dc/solve_type cd/' decks/divider.in >nothing.in
 expect 'so is one that solves nothing' 3 "$(status_of "$tnl" run nothing.in)"
 expect 'is told with its place' 1 "$(grep -c 'nothing.in:10:12: error: there is no solve_type cd' err.txt)"
 expect 'and stands in the record' 1 "$(grep -c '"status": 3' nothing.in.run/run.json)"
+cat >doubt.in <<'END'
+title: a diode at 400 V that is to carry 1 mA
+begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=k n=0 vdc=400
+gelement name=G1 type=const y=s k=1m
+eelement name=I1 type=isrc_1 p=0 n=a x=s
+eelement name=D1 type=diode_spice_1 p=a n=k
+outvar: i=i_of_D1
+end_circuit
+begin_solve
+solve_type dc
+begin_output
+filename out.dat
+variables: i
+end_output
+end_solve
+end_cf
+END
+expect 'a point that is no solution' 0 "$(status_of "$tnl" run -q doubt.in)"
+expect 'is told with its place' 1 "$(grep -c 'doubt.in:[46]:[0-9]*: warning: the solution leaves a residual of' err.txt)"
+expect 'and kept' 1 "$(grep -c '"message": "the solution leaves a residual of .* at node [ak]"' doubt.in.run/run.json)"
+sed -i 's/solve_type dc/&\nmethod: chk_rhs2=yes norm_2=1e-9/' doubt.in
+expect 'with the advice' 0 "$(status_of "$tnl" run -q doubt.in)"
+expect 'there is none' 0 "$(grep -c warning err.txt)"
 cp decks/divider.in twice.in
 expect 'a good run' 0 "$(status_of "$tnl" run twice.in)"
 expect 'has no findings' 0 "$(grep -c 'did not stop at these' err.txt)"

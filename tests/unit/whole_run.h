@@ -54,6 +54,8 @@ public:
         return all;
     }
 
+    std::string file(const std::string& name) const { return read_file(name); }
+
     std::string text;
     bool stopped = false;
 

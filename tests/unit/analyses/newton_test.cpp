@@ -233,6 +233,12 @@ TEST(solve_newton_dc, tells_nan_and_leaves) {
     EXPECT_EQ(t.n_calls, 1);
 }
 
+TEST(solve_newton_dc, without_a_test_of_convergence_accepts_no_infinity) {
+    one_node t("chk_cnvrg=no", 0, [](const model_call& m) { m.branch(-1e300, 1e-30); });
+    EXPECT_EQ(t.solve(), "solve_newton_dc: NaN found!\n");
+    EXPECT_FALSE(t.r.slv.l_converged);
+}
+
 TEST(solve_newton_dc, tells_a_norm_that_is_too_large_and_leaves) {
     one_node t("chk_spice=no chk_delx_all=yes norm_large=100", 0, line_through(500));
     EXPECT_EQ(

@@ -433,6 +433,7 @@ const warning warnings[] = {
     {"nr_approx_kept", trns + "method: nr_approx=yes\n", "", &solve_class::nr_approx, int_T},
     {"gmin_startup", "solve_type startup\n", gmin_type, &solve_class::gmin_step, int_F, gmin_declared},
     {"gmin_ac", ac, gmin_type, &solve_class::gmin_step, int_F, gmin_declared},
+    {"gmin_unknown_type", "solve_type dcc\n", "", &solve_class::gmin_step, int_T, gmin_declared},
     {"gmin_kept", dc, "", &solve_class::gmin_step, int_T, gmin_declared},
     {"gmin_no_units", dc,
      "solve_class: gmin stepping can only be used\n  with electrical elements.\n  Resetting l_gmin_step to F.\n",

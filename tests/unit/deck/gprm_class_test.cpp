@@ -125,9 +125,15 @@ TEST(expressions, follow_a_change_of_their_parameters) {
     EXPECT_EQ(value_of(g, "c"), 6000.0);
 }
 
-TEST(expressions, divide_by_zero_without_a_message) {
-    EXPECT_EQ(value_of(globals("greal z=0 q=$((1)/(z))"), "q"), INFINITY);
-    EXPECT_TRUE(std::isnan(value_of(globals("greal z=0 q=$((z)/(z))"), "q")));
+TEST(expressions, whose_value_is_no_finite_number_stop_the_run_with_it) {
+    const auto text = [](const std::string& word, const std::string& value) {
+        return "check double string: <" + word + ">\n  (brackets are not part of the string)\n  value = " + value +
+               "\n  Halting...\n";
+    };
+    EXPECT_HALT(globals("greal z=0 q=$((1)/(z))"), text("$((1)/(z))", "inf"));
+    EXPECT_HALT(globals("greal z=0 q=$((z)/(z))"), text("$((z)/(z))", "nan"));
+    EXPECT_HALT(globals("greal q=$(exp(1e9))"), text("$(exp(1e9))", "inf"));
+    EXPECT_HALT(globals("greal a=NaN"), text("NaN", "nan"));
 }
 
 TEST(expressions, know_earlier_parameters_only) {

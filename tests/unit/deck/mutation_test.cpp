@@ -75,7 +75,7 @@ std::string damaged(std::string text, std::mt19937& rng) {
 
 TEST(damaged_decks, are_read_or_refused_with_a_text) {
     const std::string deck =
-        "title: t\ngreal a=1k b=$((a)*(2)) c=$(exp(b))\nginteger n=3\ngstring s=x\nbegin_circuit\noutput ov glbl\n"
+        "title: t\ngreal a=1k b=$((a)*(2m)) c=$(exp(b))\nginteger n=3\ngstring s=x\nbegin_circuit\noutput ov glbl\n"
         "refnode 0\nx_refnode 0\neelement name=g type=ground_dummy c=1\nxelement type=e_ground_dummy c=2\n"
         "outvar: v=v_of_x\n+ w=i_of_y\nend_circuit\nbegin_solve\nsolve_type dc\nend_solve\nend_cf\n";
     std::mt19937 rng(13);

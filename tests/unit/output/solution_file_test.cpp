@@ -100,6 +100,9 @@ TEST(read_solution, halts_on_a_missing_a_short_and_a_spoilt_file) {
                 "   It must come from the same circuit. Halting...\n");
     write_file("s.dat", "title\nnumber\n");
     EXPECT_TRUE(run_and_listen([&] { read_solution(r.slv, r.c, r.flags); }).stopped);
+    write_file("s.dat", "title\nnan\n");
+    EXPECT_HALT(read_solution(r.slv, r.c, r.flags),
+                "check double string: <nan>\n  (brackets are not part of the string)\n  value = nan\n  Halting...\n");
 }
 
 TEST(write_solution, counts_one_line_a_call_under_its_own_name) {

@@ -108,6 +108,10 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
     EXPECT_EQ(id_of("ect_to_ebeu_nd: i_eelu_nd = -1\n   for i_ect_nd = 3\ncct_class: problem in assigning "
                     "ect_to_ebeu\n"),
               "sensed-only");
+    EXPECT_EQ(id_of("check double string: <$((1)/(a))>\n  (brackets are not part of the string)\n  value = inf\n"),
+              "not-finite");
+    EXPECT_EQ(id_of("check double string: <10V>\n  (brackets are not part of the string)\n  Halting...\n"), "bad-number");
+    EXPECT_EQ(id_of("solve_linear: NaN found!\n   Halting...\n"), "nan");
     EXPECT_EQ(id_of("pick_word_1: index_word is too large! Halting..\n  chr_in = abc\n  index_word = 12\n"),
               "word-missing");
     EXPECT_EQ(id_of("eelu:set_values_1: some word has not been ticked.\n   word: wrong\n"), "unknown-word");

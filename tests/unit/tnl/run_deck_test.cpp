@@ -52,6 +52,27 @@ heard_run listen(const run_options& options, const installation& where) {
 
 }  // namespace
 
+TEST(run_deck, keeps_and_shows_what_the_simulator_doubts) {
+    const temp_folder here;
+    const installation where = tree(
+        "echo 'solve_dc: the solution leaves a residual of 0.25 at node a'; echo '   consider chk_rhs2=yes "
+        "norm_2=1e-9'; echo ' 1 ' >out.dat");
+    ::write_file("deck.in", deck);
+    ::write_file("points.txt", "0 1\n");
+    for (const bool quiet : {false, true}) {
+        const heard_run heard = listen({"deck.in", "", quiet}, where);
+        ASSERT_EQ(heard.run.status, 0);
+        ASSERT_EQ(heard.run.record.warnings.size(), 1u);
+        EXPECT_EQ(heard.run.record.warnings[0].message, "the solution leaves a residual of 0.25 at node a");
+        EXPECT_EQ(heard.run.record.warnings[0].places[0].line, 3);
+        EXPECT_EQ(heard.run.findings.find("  deck.in:3:27: warning: the solution leaves a residual"), 0u)
+            << heard.run.findings;
+        EXPECT_NE(cli::read_file("deck.in.run/run.json").find("\"warnings\": [\n    {\n      \"advice\": \"consider"),
+                  std::string::npos)
+            << cli::read_file("deck.in.run/run.json");
+    }
+}
+
 TEST(run_deck, makes_a_complete_working_folder) {
     const temp_folder here;
     const installation where = tree("cat .tnlaux/cct.in >/dev/null && echo ' 1 ' >out.dat");

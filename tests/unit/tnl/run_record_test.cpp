@@ -18,6 +18,7 @@ run_record sample() {
     r.seconds = 0.25;
     r.options = {"-o", "there"};
     r.places = {{"deck.in", 4, 7, "eelement name=R1"}};
+    r.warnings = {{"the solution leaves a residual", "mend it", {{"deck.in", 4, 9, "eelement name=R1"}}}};
     r.files = {{"out.dat", "trns", {{"time", "s"}, {"vout", "V"}}, 3, 1}, {"sol.dat", "solution", {}, 0, 0}};
     return r;
 }
@@ -27,6 +28,8 @@ TEST(run_record, what_is_written_is_read) {
     EXPECT_EQ(to_json(r), to_json(sample()));
     EXPECT_EQ(r.files[0].columns[1].unit, "V");
     EXPECT_EQ(r.places[0].column, 7);
+    EXPECT_EQ(r.warnings[0].advice, "mend it");
+    EXPECT_EQ(r.warnings[0].places[0].column, 9);
 }
 
 TEST(run_record, fields_that_are_missing_are_empty_and_a_broken_text_is_refused) {

@@ -1,0 +1,64 @@
+#include "tnl/run_warnings.h"
+
+#include <gtest/gtest.h>
+
+using namespace cli;
+
+namespace {
+const char* const deck_of_a_diode =
+    "title: t\nbegin_circuit\neelement name=k type=r p=in n=a r=1k\neelement name=D1 type=diode\n+ p=a n=k\n"
+    "eelement name=X1 type=pair p=k n=0\nend_circuit\nend_cf\n";
+const std::string residual = "solve_dc: the solution leaves a residual of 0.25 at node ";
+const std::string advice = "   consider chk_rhs2=yes norm_2=1e-9\n";
+
+std::vector<record_warning> heard(const std::string& text, std::size_t piece = 1000) {
+    warning_listener listener;
+    for (std::size_t at = 0; at < text.size(); at += piece) listener.take(std::string_view(text).substr(at, piece));
+    return listener.warnings(view_deck("deck.in", deck_of_a_diode));
+}
+}  // namespace
+
+TEST(warning_listener, hears_a_residual_with_its_advice_in_whatever_pieces_the_text_comes) {
+    const std::string text = "mat::set_mat_2: system matrix size is 4 x 4\n" + residual + "k\n" + advice +
+                             "mat::set_mat_2: system matrix size is 4 x 4\n" + residual + "a\n" + advice +
+                             "TARNEL: Program completed.\n";
+    for (const std::size_t piece : {1u, 7u, 64u, 10000u}) {
+        const std::vector<record_warning> w = heard(text, piece);
+        ASSERT_EQ(w.size(), 2u) << piece;
+        EXPECT_EQ(w[0].message, "the solution leaves a residual of 0.25 at node k");
+        EXPECT_EQ(w[1].message, "the solution leaves a residual of 0.25 at node a");
+        EXPECT_EQ(w[1].advice, "consider chk_rhs2=yes norm_2=1e-9");
+    }
+}
+
+TEST(warning_listener, hears_nothing_in_a_text_without_one) {
+    EXPECT_TRUE(heard("solve_dc: N-R did not converge.\n   Halting...\n" + advice).empty());
+}
+
+TEST(warning_listener, places_a_node_at_the_first_element_that_connects_it) {
+    const std::vector<record_warning> w = heard(residual + "k\n" + advice);
+    ASSERT_EQ(w[0].places.size(), 1u);
+    EXPECT_EQ(w[0].places[0].line, 5) << "not at the resistor of that name";
+    EXPECT_EQ(w[0].places[0].column, 9);
+}
+
+TEST(warning_listener, places_a_node_inside_of_a_composite_at_its_instance) {
+    for (const std::string node : {"m of X1", "(internal node 3) of X1"}) {
+        const std::vector<record_warning> w = heard(residual + node + "\n" + advice);
+        ASSERT_EQ(w[0].places.size(), 1u);
+        EXPECT_EQ(w[0].places[0].line, 6);
+    }
+    EXPECT_TRUE(heard(residual + "(internal node 3)\n" + advice)[0].places.empty());
+}
+
+TEST(warning_text, shows_place_line_caret_and_advice) {
+    const deck_view deck = view_deck("deck.in", deck_of_a_diode);
+    EXPECT_EQ(warning_text(deck, heard(residual + "in\n" + advice), "  "),
+              "  deck.in:3:26: warning: the solution leaves a residual of 0.25 at node in\n"
+              "    eelement name=k type=r p=in n=a r=1k\n"
+              "                             ^\n"
+              "    advice: consider chk_rhs2=yes norm_2=1e-9\n");
+    EXPECT_EQ(warning_text(deck, heard(residual + "(internal node 3)\n" + advice), ""),
+              "deck.in:8:1: warning: the solution leaves a residual of 0.25 at node (internal node 3)\n"
+              "  advice: consider chk_rhs2=yes norm_2=1e-9\n");
+}
