@@ -118,7 +118,10 @@ EOF
     expect 'examples behind --from' 'rectifier rectifier_3ph' "$(words new x --from rect)"
     expect 'and behind --from=' 'pll' "$(words new x --from = pl)"
     expect 'options' '--from' "$(words new --fr)"
-    expect 'decks' 'first.in first.in.run' "$(words run fir)"
+    mkdir firm
+    expect 'decks and folders on the way to them' 'first.in firm' "$(words run fir)"
+    expect 'but no runs, no pictures' 'first.in firm' "$(: >first.svg; words check fir)"
+    expect 'plot takes all of them' 'firm first.in first.in.run first.svg' "$(words plot fir | tr ' ' '\n' | sort | tr '\n' ' ' | sed 's/ $//')"
     expect 'names of pages' 'doctor' "$(words man doc)"
 fi
 for shell in zsh fish; do
