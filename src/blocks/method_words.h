@@ -19,11 +19,19 @@ struct method_word {
     unsigned blocks;  // types that accept it
     method_member member;
     double dflt;  // of a flag 0 or 1; keep_value: the keyword has none
+    unsigned acts;          // of the types that accept it, those where it changes something; 0: read, without effect
+    std::string_view text;  // what it is for, for users; a line without capital and full stop
+    std::string_view if_not_given = "";  // where the default is not that of the row: what holds then
+};
+// The rows from one word to the next section's, under a title.
+struct method_section {
+    std::string_view first, title, note;
 };
 // A value that method_default leaves as the last block left it.
 inline constexpr double keep_value = -1e300;
 
 std::span<const method_word> method_words();
+std::span<const method_section> method_sections();
 const char* type_name(const method_word& m);  // "int", "double", "flag"
 
 // One pair of a `method:` card. Halts on a keyword that this type of block does not know.

@@ -15,6 +15,7 @@
 #include "library/basic_reader.h"
 #include "library/code_section.h"
 #include "library/composite_reader.h"
+#include "library/generate.h"
 #include "run/halt.h"
 
 namespace {
@@ -48,7 +49,7 @@ const family families[] = {
 
 // One element file: a single entry of the name of the file.
 struct element_file {
-    std::string name, group;  // group: the folder that holds the file
+    std::string name, group, path;  // group: the folder that holds the file; path: as given
     text_file text;
     std::vector<std::string> calls;  // composites that it calls
 };
@@ -57,6 +58,7 @@ element_file read_element_file(const fs::path& path, const family& f) {
     element_file file;
     file.name = path.stem();
     file.group = path.parent_path().filename();
+    file.path = path;
     file.text = open_text_file(path, "tarnel_generate");
     words w;
     text_file text = file.text;
@@ -95,14 +97,50 @@ void order(std::vector<element_file>& files) {
     files = std::move(ordered);
 }
 
-// The text as lines; with `strip` the source sections of basic entries are left out. A group that is not empty goes
-// behind the entry's first line, as a comment for readers that show what there is.
-void write_text(std::ostream& out, const text_file& file, const std::string& end_word, bool strip,
+// The file that is being read, told behind the text of a stop.
+class file_in_work final : public flushed_at_halt {
+public:
+    std::string path;
+    void flush_now() override {
+        if (!path.empty()) std::cout << "  in " << path << '\n';
+    }
+};
+
+// Tells the compiler where the lines of the source sections come from, so that its messages name the element file. The
+// copying of sections drops blank lines and comments, so what follows one is told anew.
+class line_marks {
+public:
+    line_marks(std::ostream& out, const std::string& path) : out_(out), path_(path) {}
+    void before(std::string_view text, std::string_view word, std::size_t number) {
+        if (word == "source:" || word == "endC" || word == "endfortran")
+            out_ << "#line 1 \"names of " << path_ << "\"\n";
+        const bool is_code = !word.empty() && !word.starts_with("//");
+        if (inside_ && is_code && number != next_ && !continues_)
+            out_ << "#line " << number << " \"" << path_ << "\"\n";
+        if (is_code) next_ = number + 1;
+        continues_ = is_code && text.ends_with('\\');
+        if (word == "prototypes:" || word == "variables:" || word == "source:") inside_ = true, next_ = 0;
+    }
+
+private:
+    std::ostream& out_;
+    const std::string& path_;
+    std::size_t next_ = 0;  // line that the compiler believes to be at
+    bool inside_ = false, continues_ = false;
+};
+
+// The text as lines; with `strip` the source sections of basic entries are left out, else they are marked. A group that
+// is not empty goes behind the entry's first line, as a comment for readers that show what there is.
+void write_text(std::ostream& out, const element_file& element, const std::string& end_word, bool strip,
                 const std::string& group) {
-    bool in_code = false, told = group.empty();
-    for (const std::string& l : file.lines) {
+    bool in_code = false, told = group.empty(), marked = false;
+    line_marks marks(out, element.path);
+    for (std::size_t i = 0; i < element.text.lines.size(); ++i) {
+        const std::string& l = element.text.lines[i];
         const std::string_view word = word_first_1(l);
         if (in_code && word != end_word) continue;
+        if (marked) marks.before(l, word, i + 1);
+        marked = !strip && (word == "C:" || (marked && word != "endC" && word != "endfortran"));
         in_code = strip && (word == "C:" || word == "fortran:");
         out << (in_code ? std::string("C: compiled") : l) << '\n';
         if (!told && !word.empty() && !word.starts_with('#')) {
@@ -123,7 +161,7 @@ void write_library(const fs::path& path, const family& f, const std::vector<elem
     std::ofstream out = open_output(path);
     const bool has_sources = f.keyword[1] == 'b';  // basic entries: ebe, gbe, ...; composites have nothing to strip
     for (const element_file& file : files)
-        write_text(out, file.text, line("end", f.keyword), strip && has_sources, has_sources ? "" : file.group);
+        write_text(out, file, line("end", f.keyword), strip && has_sources, has_sources ? "" : file.group);
 }
 
 // A composite and all that it calls, callees first.
@@ -157,12 +195,26 @@ int main(int n_arg, char** arg) {
     fs::create_directories(sources);
     fs::create_directories(libraries);
 
+    file_in_work now;
     std::map<std::string, basic_library> basic;  // by keyword
     for (const family& f : families) {
         std::vector<element_file> files;
         for (int i = 3; i < n_arg; ++i)
-            if (fs::path(arg[i]).extension() == f.suffix) files.push_back(read_element_file(arg[i], f));
+            if (fs::path(arg[i]).extension() == f.suffix) {
+                now.path = arg[i];
+                files.push_back(read_element_file(arg[i], f));
+            }
+        now.path.clear();
         order(files);
+        if (f.form)  // each by itself first: a fault of the whole library has no name
+            for (const element_file& file : files) {
+                now.path = file.path;
+                text_file text = file.text;
+                glue_text glue;
+                basic_library lib;
+                read_library_text(text, *f.form, &glue, lib);
+            }
+        now.path.clear();
         write_library(sources / f.library, f, files, false);
         write_library(libraries / f.library, f, files, true);
         if (f.list) {
@@ -179,9 +231,11 @@ int main(int n_arg, char** arg) {
         // A library of all composites would be larger than a working folder may hold: each is read by itself.
         if (f.composites)
             for (std::size_t i = 0; i < files.size(); ++i) {
+                now.path = files[i].path;
                 text_file text = with_callees(files, i);
                 composite_library lib;
                 read_composites(text, *f.composites, basic[f.basic], basic[f.basic_ac], lib);
+                now.path.clear();
             }
     }
     return 0;

@@ -42,12 +42,18 @@ constexpr advice_text texts[] = {
      "method: gear2=yes, or trapezoidal=yes; or make t_end a multiple of delt_const"},
     {"sweep-end", "A sweep of type auto did not reach its end.",
      "step or step_max is small against the range; itmax_sweep is small", "a larger step_max or itmax_sweep"},
-    {"cut-off", "The run in time was cut off before t_end (a warning, status 0).",
+    {"cut-off", "The run in time was cut off before t_end (a warning; tnl run ends with status 6).",
      "itmax_trns passes are over: 100000 if not given",
      "method: itmax_trns=N, at least twice (t_end - t_start)/delt_const"},
     {"method-by-default", "No rule for the time steps was named; one was taken (not a fault).", "",
      "method: back_euler=yes or another rule"},
     {"ignored-setting", "A setting does not apply and was switched off (not a fault).", "", ""},
+    {"goes-well", "How a run goes on, and that it has come to its end (not a fault).", "", ""},
+    {"word-not-found", "A word is looked for in a list that does not have it.",
+     "a misspelt name; the lines behind this one tell the word and who looked for it",
+     "tnl explain with these lines too; tnl check DECK shows the place and near words"},
+    {"finding", "tnl has found this at the place that stands before it: file, line, column.", "",
+     "the line behind it that begins with advice: says what to mend; tnl check DECK shows all findings at once"},
 
     // ---- the deck as a text
     {"no-end-cf", "The deck does not end with end_cf.", "the line is missing or misspelt",
@@ -488,6 +494,19 @@ constexpr advice_pattern patterns[] = {
     {"pattern_builder", "internal"},
     {"No diaginal entry", "internal"},
     {"not found. Halting", "library-file"},
+
+    // ---- what is no stop
+    {"no element type * is installed", "unknown-type"},  // tnl check
+    {": error: ", "finding"},
+    {": warning: ", "finding"},
+    {"advice: ", "finding"},
+    {"word not found", "word-not-found"},
+    {"system matrix size is", "goes-well"},
+    {"Transient simulation starts", "goes-well"},
+    {"iter_trns", "goes-well"},
+    {"gauss_1 starting", "goes-well"},
+    {"gmin_present=", "goes-well"},
+    {"Program completed", "goes-well"},
 };
 
 }  // namespace

@@ -96,6 +96,11 @@ bool is_integer(std::string_view word, int& value);
 void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std::string> element_type::*>& lists,
                 bool globals);
 
+// Whether the statement names output variables, or is meant to: `outvar` without its colon, or misspelt.
+bool is_outvar(const file_chr& f, int statement);
+// Whether one is written in a way that its names cannot be told: outvar:x=..., without the blank.
+bool has_lost_outvars(const checked_deck& d);
+
 bool file_exists(const checked_deck& d, const std::string& name);
 
 // All checks over one deck.

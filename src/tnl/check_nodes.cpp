@@ -164,7 +164,7 @@ private:
         }
         const file_chr& f = d_.text();
         for (int i = d_.sections.circuit.begin; i < d_.sections.circuit.end; ++i)
-            if (f.begins(i, "outvar:"))
+            if (is_outvar(f, i))
                 for (int j = 2; j < f.n_words(i); j += 2)
                     for (std::string_view kind : {"nodev_of_", "nodev_ac_of_"})
                         if (f.word(i, j).starts_with(kind))
@@ -202,11 +202,28 @@ private:
                             "the circuit has no refnode statement: no node is 0 V" +
                                 std::string(g_.find("0") >= 0 ? "; node 0 is one by statement only" : ""),
                             g_.find("0") >= 0 ? "add a line: refnode 0" : "add a line behind this one: refnode NODE");
+        if (g_.reference >= 0) other_zeros();
         // Ground words are the reference under another name.
         for (const deck_element& e : d_.elements)
             if (e.is_placeholder && e.type_name == "ground_dummy" && g_.reference >= 0)
                 if (const int n = g_.find(d_.value(e, "c")); n >= 0)
                     g_.branches.push_back({-1, g_.reference, n, branch_kind::conducting});
+    }
+    // A node with a name for zero that is not the reference, as when decks are put together.
+    void other_zeros() {
+        const auto means_zero = [](std::string name) {
+            for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            return name == "0" || name == "gnd" || name == "ground";
+        };
+        const std::string& reference = g_.node(g_.reference).name;
+        if (!means_zero(reference)) return;
+        for (int i = 0; i < g_.n(); ++i) {
+            const graph_node& n = g_.node(i);
+            if (i == g_.reference || !means_zero(n.name) || is_ground_word(n.name) || unsure_.count(i)) continue;
+            d_.report.warning("two-zeros", n.first,
+                              "the reference node is " + reference + "; node " + n.name + " is another one, not at 0 V",
+                              "one name for both, or eelement name=... type=ground_dummy c=" + n.name);
+        }
     }
     bool is_ground_word(const std::string& node) const {
         return std::any_of(d_.elements.begin(), d_.elements.end(), [&](const deck_element& e) {

@@ -20,7 +20,7 @@ struct output_file {
     deck_word at;
     double limit = default_limit;
     deck_word limit_at;
-    bool append = false, fourier = false;
+    bool append = false, fourier = false, has_n_fourier = false;
     double out_tstart = NAN, out_tend = NAN, fixed_interval = NAN;
 };
 
@@ -36,6 +36,11 @@ public:
             read_variables(o, is_table);
             read_control(o, file);
             if (file.path.empty()) continue;
+            if (file.fourier && !file.has_n_fourier && is_time())
+                d_.report.warning(
+                    "few-harmonics", file.at,
+                    "without n_fourier there are harmonics 0 and 1 alone, and the distortion is told as 0",
+                    "control: n_fourier=20 for the harmonics 0 to 19");
             check_name(file, files_of_block);
             const double rows = rows_of(file);
             check_rows(file, is_table ? rows : 0);
@@ -107,7 +112,7 @@ private:
         std::vector<std::string> names;
         const file_chr& f = d_.text();
         for (int i = d_.sections.circuit.begin; i < d_.sections.circuit.end; ++i)
-            if (f.begins(i, "outvar:"))
+            if (is_outvar(f, i))
                 for (int j = 1; j + 1 < f.n_words(i); j += 2) names.push_back(d_.word(i, j));
         return names;
     }
@@ -152,6 +157,7 @@ private:
                           const std::vector<std::string>& names) {
         for (std::string_view prefix : {"mag_of_", "phase_of_"})
             if (word.starts_with(prefix) && has(names, word.substr(prefix.size()))) return;
+        if (has_lost_outvars(d_)) return;  // told already
         std::string advice;
         const std::size_t of = word.find("_of_");
         if (of != std::string::npos)
@@ -185,6 +191,7 @@ private:
                 }
                 if (word == "n_fourier") {
                     int n = 0;
+                    file.has_n_fourier = true;
                     if (check_int(d_, {i, j + 1}, &n) && (n < 0 || n > 100000))
                         d_.report.error("bad-option", {i, j + 1}, "n_fourier is from 0 to 100000");
                     continue;

@@ -80,11 +80,22 @@ void check_quantity(checked_deck& d, deck_word at, const std::string& left, cons
 
 }  // namespace
 
+bool is_outvar(const file_chr& f, int statement) {
+    const std::string_view word = f.word(statement, 0);
+    return word == "outvar:" || (word.starts_with("o") && word != "output" && edit_distance(word, "outvar:") <= 2);
+}
+
+bool has_lost_outvars(const checked_deck& d) {
+    for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i)
+        if (d.text().word(i, 0).starts_with("outvar") && !is_outvar(d.text(), i)) return true;
+    return false;
+}
+
 void check_outvars(checked_deck& d) {
     const file_chr& f = d.text();
     std::map<std::string, int> names;
     for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i) {
-        if (!f.begins(i, "outvar:")) continue;
+        if (!is_outvar(f, i)) continue;
         if (f.n_words(i) == 1) d.report.warning("no-value", {i, 0}, "this statement names nothing");
         for (int j = 1; j < f.n_words(i); j += 2) {
             if (j + 1 >= f.n_words(i)) {

@@ -182,6 +182,7 @@ private:
         if (has(solve_words_, word)) advice = "it belongs between begin_solve and end_solve";
         if (has(output_words, word)) advice = "it belongs between begin_output and end_output";
         if (word == "greal" || word == "ginteger" || word == "gstring") advice = "it belongs before begin_circuit";
+        if (word.starts_with("outvar:")) advice = "a blank is missing behind outvar:";
         if (word.starts_with("eelement") || word.starts_with("gelement"))
             advice = "a blank is missing behind " + word.substr(0, 8);
         const bool in_circuit = now_ == section::circuit;

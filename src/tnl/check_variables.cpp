@@ -35,7 +35,7 @@ void check_variables(checked_deck& d) {
     std::set<std::string> asked_for;
     const file_chr& f = d.text();
     for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i)
-        if (f.begins(i, "outvar:"))
+        if (is_outvar(f, i))
             for (int j = 2; j < f.n_words(i); j += 2)
                 if (f.word(i, j).starts_with("var_of_")) asked_for.insert(std::string(f.word(i, j).substr(7)));
 
@@ -80,7 +80,7 @@ void check_variables(checked_deck& d) {
             d.report.error("no-block", writer->at,
                            "variable " + name + " stands in electrical elements alone; a block must read or write it",
                            "add a block that passes it on: gelement type=linear_1");
-        } else if (!is_read && !unsure) {
+        } else if (!is_read && !unsure && !has_lost_outvars(d)) {
             d.report.warning("not-read", writer->at,
                              "nobody reads the variable " + name +
                                  near_text(

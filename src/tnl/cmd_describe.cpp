@@ -3,6 +3,7 @@
 
 #include "tnl/commands.h"
 #include "tnl/element_pages.h"
+#include "tnl/method_pages.h"
 #include "tnl/output_file.h"
 #include "tnl/run_deck.h"
 
@@ -11,8 +12,8 @@ namespace cli {
 namespace {
 
 struct describe_options {
-    std::string element, folder;
-    bool md = false, json = false, all = false;
+    std::string element, output;
+    bool md = false, json = false, all = false, methods = false;
 };
 
 [[noreturn]] void unknown_element(const std::string& name, const installed_libraries& libraries) {
@@ -24,7 +25,8 @@ struct describe_options {
              near_names(libraries.library[i], colon == std::string::npos ? name : name.substr(colon + 1)))
             if ((near + ", ").find(" " + n + ", ") == std::string::npos) near += (near.empty() ? " " : ", ") + n;
     }
-    throw usage_error("no element is called " + name + (near.empty() ? "" : "; near names:" + near) +
+    for (const std::string& n : near_names(method_word_names(), name)) near += (near.empty() ? " " : ", ") + n;
+    throw usage_error("no element or word of method: is called " + name + (near.empty() ? "" : "; near names:" + near) +
                       " (tnl list shows all)");
 }
 
@@ -37,12 +39,30 @@ void write_pages(const std::vector<element_sheet>& sheets, const std::filesystem
     for (const element_sheet& s : sheets) write_output(folder / page_name(s), sheet_markdown(s));
 }
 
+int describe_methods(const describe_options& options, const method_word* one) {
+    std::vector<const method_word*> words;
+    for (const method_word& m : method_words())
+        if (one == nullptr || one == &m) words.push_back(&m);
+    std::string text;
+    if (options.json)
+        text = method_json(words);
+    else if (options.md && one == nullptr)
+        text = method_markdown();
+    else
+        for (const method_word* m : words) text += (text.empty() ? "" : "\n") + method_text(*m);
+    write_output(options.output.empty() ? "-" : options.output, text);
+    return good;
+}
+
 int describe_command(const describe_options& options) {
+    if (options.methods) return describe_methods(options, nullptr);
+    if (options.element.starts_with("method:"))
+        if (const method_word* m = find_word_of_method(options.element)) return describe_methods(options, m);
     const installed_libraries libraries = read_installed(own_installation().share);
     const std::vector<element_sheet> sheets = all_sheets(libraries);
-    if (!options.folder.empty()) {
-        if (!options.all || !options.md) throw usage_error("describe: -o goes with --all --md");
-        write_pages(sheets, options.folder);
+    if (!options.output.empty()) {
+        if (!options.all || !options.md) throw usage_error("describe: -o goes with --all --md, or with --methods");
+        write_pages(sheets, options.output);
         return good;
     }
     std::vector<const element_sheet*> chosen;
@@ -51,6 +71,8 @@ int describe_command(const describe_options& options) {
     } else {
         if (options.element.empty()) throw usage_error("describe: ELEMENT is missing (tnl list shows all)");
         chosen = find_sheets(sheets, options.element);
+        if (chosen.empty())
+            if (const method_word* m = find_word_of_method(options.element)) return describe_methods(options, m);
         if (chosen.empty()) unknown_element(options.element, libraries);
     }
     std::string text;
@@ -68,12 +90,15 @@ int describe_command(const describe_options& options) {
 void add_describe(CLI::App& app, command_list& commands) {
     const auto options = std::make_shared<describe_options>();
     CLI::App* describe =
-        app.add_subcommand("describe", "Describe an element: terminals, parameters, outputs, equations");
-    describe->add_option("ELEMENT", options->element, "Its name; g:clock is the clock of the family g");
+        app.add_subcommand("describe", "Describe an element: terminals, parameters, outputs; or a word of method:");
+    describe->add_option("ELEMENT", options->element,
+                         "Its name; g:clock is the clock of the family g, method:WORD a word of method:");
     auto* md = describe->add_flag("--md", options->md, "As Markdown");
     describe->add_flag("--json", options->json, "As JSON")->excludes(md);
     describe->add_flag("--all", options->all, "Every element");
-    describe->add_option("-o,--output", options->folder, "With --all --md: a folder for a page each and an index");
+    describe->add_flag("--methods", options->methods, "Every word of method:");
+    describe->add_option("-o,--output", options->output,
+                         "With --all --md: a folder for a page each and an index; with --methods: a file");
     commands.push_back({describe, [options] { return describe_command(*options); }});
 }
 

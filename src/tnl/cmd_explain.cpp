@@ -62,7 +62,7 @@ int explain_command(const explain_options& options) {
     const std::vector<const advice_pattern*> rows = similar_patterns(message, 3);
     if (rows.empty()) {
         std::fputs("tnl: no message like this is known; tnl explain --list shows all\n", stderr);
-        return stopped;
+        return nothing_found;
     }
     for (const advice_pattern* row : rows) {
         put("message: " + std::string(row->pattern) + "\n" + explained(*advice_of(*row)));

@@ -18,6 +18,7 @@ namespace {
 struct plot_options {
     std::vector<std::string> words;  // runs and columns
     plot_wish wish;
+    std::vector<std::string> y, panels;
     std::string output, size, from, to;
     bool ascii = false;
 };
@@ -50,11 +51,46 @@ std::optional<double> number_of(const std::string& option, const std::string& wo
     return value;
 }
 
+// "MIN:MAX" or "COLUMN=MIN:MAX", either end may be missing.
+plot_y_range y_range_of(const std::string& text) {
+    plot_y_range range;
+    const std::size_t colon = text.rfind(':'), sign = text.rfind('=', colon);
+    const bool named = sign != std::string::npos && colon != std::string::npos;
+    if (colon == std::string::npos || text.size() == (named ? sign + 2 : 1))
+        throw usage_error("--y " + text +
+                          ": the ends of the axis are wanted as MIN:MAX, MIN: or :MAX, for the panel of one "
+                          "column as COLUMN=MIN:MAX");
+    if (named) range.column = text.substr(0, sign);
+    const std::size_t begin = named ? sign + 1 : 0;
+    range.lo = number_of("--y", text.substr(begin, colon - begin));
+    range.hi = number_of("--y", text.substr(colon + 1));
+    if (range.lo && range.hi && !(*range.lo < *range.hi)) throw usage_error("--y " + text + ": the range is empty");
+    return range;
+}
+
+// Words between commas; those inside of parentheses part arguments.
+std::vector<std::string> panel_of(const std::string& text) {
+    std::vector<std::string> words(1);
+    int depth = 0;
+    for (const char c : text) {
+        depth += c == '(' ? 1 : c == ')' ? -1 : 0;
+        if (c == ',' && depth == 0)
+            words.emplace_back();
+        else
+            words.back() += c;
+    }
+    for (const std::string& word : words)
+        if (word.empty()) throw usage_error("--panel " + text + ": columns are wanted as A,B");
+    return words;
+}
+
 int plot_command(plot_options options) {
     const picture_format format = options.output.empty() ? picture_format::svg : format_of(options.output);
     const picture_size size = size_of(options.size);
     options.wish.choice.from = number_of("--from", options.from);
     options.wish.choice.to = number_of("--to", options.to);
+    for (const std::string& text : options.y) options.wish.choice.y.push_back(y_range_of(text));
+    for (const std::string& text : options.panels) options.wish.panels.push_back(panel_of(text));
     if (!options.from.empty() && !options.to.empty() && !(options.wish.choice.from < options.wish.choice.to))
         throw usage_error("the window from " + options.from + " to " + options.to + " is empty");
     const plotted_runs runs = open_plotted(options.words, options.wish);
@@ -79,8 +115,8 @@ void add_plot(CLI::App& app, command_list& commands) {
     CLI::App* plot = app.add_subcommand("plot", "Draw columns of a run in the terminal or as a picture file");
     plot->add_option(
             "RUN", o->words,
-            "Runs (a folder, the deck that was run, or a row file), then names or numbers of columns; no column: "
-            "all")
+            "Runs (a folder, the deck that was run, or a row file), then names or numbers of columns, or expressions "
+            "of them as 'vin - vout'; no column: all")
         ->required();
     plot->add_option("-o,--output", o->output, "Picture file: .svg, .png or .pdf; - for SVG on standard output");
     plot->add_option("--file", o->wish.file, "Row file of the run, instead of the first that has the columns");
@@ -89,6 +125,10 @@ void add_plot(CLI::App& app, command_list& commands) {
     plot->add_flag("--log-y", o->wish.choice.log_y, "Logarithmic y axes");
     plot->add_flag("--stack", o->wish.choice.stack, "A panel for each column, instead of one for each unit");
     plot->add_flag("--logic", o->wish.choice.logic, "Columns with two values as logic traces under one another");
+    plot->add_option("--panel", o->panels, "Columns or expressions that share a panel: A,B; once for each panel")
+        ->allow_extra_args(false);
+    plot->add_option("--y", o->y, "Ends of the y axes, MIN:MAX, or of the panel of a column, COLUMN=MIN:MAX")
+        ->allow_extra_args(false);
     plot->add_option("--title", o->wish.choice.title, "Instead of the deck's title");
     plot->add_option("--from", o->from, "First x to show; scale letters as in decks: 4m");
     plot->add_option("--to", o->to, "Last x to show");

@@ -26,6 +26,7 @@ std::vector<std::string> names_of(const std::vector<command_node>& commands) {
 struct value_source {
     std::string words, asked;  // asked: arguments of the program, which writes one word a line
     bool files = false;
+    bool decks = false;  // of the files those that end in .in
 };
 value_source source_of(const command_option& option, const command_node& root) {
     if (!option.choices.empty()) return {joined(option.choices), "", false};
@@ -33,6 +34,7 @@ value_source source_of(const command_option& option, const command_node& root) {
     if (option.value == "EXAMPLE") return {"", "examples --names", false};
     if (option.value == "COMMAND") return {joined(names_of(root.commands)), "", false};
     if (option.value == "SHELL") return {joined(known_shells), "", false};
+    if (option.value == "DECK") return {"", "", true, true};
     const bool number = option.value == "INT" || option.value == "UINT" || option.value == "FLOAT";
     return {"", "", !number};
 }
@@ -63,7 +65,7 @@ std::string quoted(const std::string& s) {
 std::string bash_source(const value_source& v) {
     if (!v.asked.empty()) return "kind=words values=$(\"$tnl\" " + v.asked + " 2>/dev/null)";
     if (!v.words.empty()) return "kind=words values=" + quoted(v.words);
-    return v.files ? "kind=files" : "kind=none";
+    return v.decks ? "kind=decks" : v.files ? "kind=files" : "kind=none";
 }
 
 std::string bash_text(const command_node& root) {
@@ -111,6 +113,10 @@ std::string bash_text(const command_node& root) {
     elif [[ $kind == files ]]; then
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+    elif [[ $kind == decks ]]; then
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -X '!*.in' -- "$cur"; compgen -d -X '*.run' -- "$cur")
+        if ((${#COMPREPLY[@]} == 0)); then mapfile -t COMPREPLY < <(compgen -f -- "$cur"); fi
     fi
 }
 complete -F _)" +
@@ -133,7 +139,7 @@ std::string zsh_action(const value_source& v, const std::string& name) {
     const std::string head = quoted(":" + zsh_escaped(name) + ":");
     if (!v.asked.empty()) return head + "\"($($tnl " + v.asked + " 2>/dev/null))\"";
     if (!v.words.empty()) return head + quoted("(" + v.words + ")");
-    return head + (v.files ? "_files" : "' '");
+    return head + (v.decks ? "\"_files -g '*.in'\"" : v.files ? "_files" : "' '");
 }
 
 std::string zsh_option(const command_option& o, const command_node& root) {
@@ -191,6 +197,7 @@ std::string fish_quoted(const std::string& s) {
 std::string fish_source(const value_source& v) {
     if (!v.asked.empty()) return " -f -a '(__tnl_ask " + v.asked + ")'";
     if (!v.words.empty()) return " -f -a " + fish_quoted(v.words);
+    if (v.decks) return " -k -f -a '(__fish_complete_suffix .in)'";
     return v.files ? " -F" : " -f";
 }
 

@@ -82,18 +82,6 @@ std::vector<std::string> cells_of(const sheet_word& w, const part& p) {
     return cells;
 }
 
-std::string markdown_escaped(std::string_view s) {
-    std::string t;
-    for (const char c : s) {
-        if (c == '*' || c == '|' || c == '[' || c == ']') t += '\\';
-        if (c == '<')
-            t += "&lt;";
-        else
-            t += c;
-    }
-    return t;
-}
-
 json words_json(const std::vector<sheet_word>& words, const part& p) {
     json list = json::array();
     for (const sheet_word& w : words) {
@@ -129,6 +117,18 @@ void walk(const std::vector<element_sheet>& sheets, F family, G group, O one) {
 }
 
 }  // namespace
+
+std::string markdown_escaped(std::string_view s) {
+    std::string t;
+    for (const char c : s) {
+        if (c == '*' || c == '|' || c == '[' || c == ']') t += '\\';
+        if (c == '<')
+            t += "&lt;";
+        else
+            t += c;
+    }
+    return t;
+}
 
 std::string list_text(const std::vector<element_sheet>& sheets) {
     std::size_t width = 0;

@@ -18,5 +18,6 @@ std::string sheet_json(const std::vector<const element_sheet*>& sheets);  // an 
 std::string sheet_markdown(const element_sheet& sheet);
 std::string index_markdown(const std::vector<element_sheet>& sheets);
 std::string page_name(const element_sheet& sheet);  // "e_r.md"
+std::string markdown_escaped(std::string_view text);  // as it stands in a cell of a table
 
 }  // namespace cli

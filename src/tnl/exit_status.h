@@ -8,11 +8,12 @@ namespace cli {
 enum exit_status : int {
     good = 0,
     stopped = 1,           // the simulator stopped with a message
+    nothing_found = 1,     // list, explain: nothing is known of what was asked for
     usage_fault = 2,       // wrong words on the command line
     deck_fault = 3,        // the front end itself found the deck or a library at fault
     assertion_failed = 4,  // tnl assert
     file_fault = 5,        // a file or folder cannot be read or written, or memory not be had
-    limit_reached = 6,     // the time or the steps that the user allowed are over; tnl assert on such a run
+    limit_reached = 6,     // the time, or the steps of itmax_trns, are used up; tnl assert on such a run
 };
 
 // A command ends by returning its status or by throwing one of these; main prints "tnl: " and the text to standard

@@ -174,7 +174,7 @@ operand call(const measure_op& op, std::vector<operand>& stack, const curve_view
     return r;
 }
 
-quantity run(const measure_side& side, const std::vector<std::size_t>& columns, const curve_view& curve) {
+operand run(const measure_side& side, const std::vector<std::size_t>& columns, const curve_view& curve) {
     std::vector<operand> stack;
     for (const measure_op& op : side.ops) {
         switch (op.what) {
@@ -209,7 +209,11 @@ quantity run(const measure_side& side, const std::vector<std::size_t>& columns, 
             }
         }
     }
-    const operand& o = stack.back();
+    return std::move(stack.back());
+}
+
+quantity measured_side(const measure_side& side, const std::vector<std::size_t>& columns, const curve_view& curve) {
+    const operand o = run(side, columns, curve);
     if (!o.is_wave()) return {o.number, o.unit};
     if (o.x->size() > 1)
         throw usage_error(side.text + " has a value in each of " + std::to_string(o.x->size()) +
@@ -238,17 +242,35 @@ bool holds(double a, relation r, double b) {
 
 }  // namespace
 
-measured evaluate(const expression& e, const row_table& table, std::size_t i_curve) {
-    if (i_curve >= table.n_curves()) throw measure_error("there are no rows");
+namespace {
+
+std::vector<std::size_t> columns_of(const expression& e, const row_table& table) {
     std::vector<std::size_t> columns;
     for (const std::string& name : e.names) {
         const int j = find_column(table, name);
         if (j < 0) throw usage_error("no column " + name + " in " + table.path);
         columns.push_back(static_cast<std::size_t>(j));
     }
+    return columns;
+}
+
+}  // namespace
+
+row_values evaluate_rows(const expression& e, const row_table& table, std::size_t i_curve) {
+    if (i_curve >= table.n_curves()) throw measure_error("there are no rows");
+    const curve_view curve(table, i_curve);
+    const operand o = run(e.sides[0], columns_of(e, table), curve);
+    row_values r{o.is_wave() ? *o.x : std::vector<double>(curve.end - curve.begin, o.number), o.unit};
+    if (curve.backwards) std::reverse(r.value.begin(), r.value.end());
+    return r;
+}
+
+measured evaluate(const expression& e, const row_table& table, std::size_t i_curve) {
+    if (i_curve >= table.n_curves()) throw measure_error("there are no rows");
+    const std::vector<std::size_t> columns = columns_of(e, table);
     const curve_view curve(table, i_curve);
     measured m;
-    for (const measure_side& side : e.sides) m.sides.push_back(run(side, columns, curve));
+    for (const measure_side& side : e.sides) m.sides.push_back(measured_side(side, columns, curve));
     for (std::size_t i = 0; i < e.relations.size(); ++i)
         m.holds = m.holds && holds(m.sides[i].value, e.relations[i], m.sides[i + 1].value);
     return m;

@@ -56,4 +56,12 @@ struct measured {
 // or a wave is left that nothing was measured on, measure_error when the rows do not allow the measurement.
 measured evaluate(const expression& e, const row_table& table, std::size_t i_curve);
 
+// The first side of the expression as a value in each row of the curve, in their order; what was measured stands in all
+// of them. Throws as evaluate does.
+struct row_values {
+    std::vector<double> value;
+    std::string unit;
+};
+row_values evaluate_rows(const expression& e, const row_table& table, std::size_t i_curve);
+
 }  // namespace cli

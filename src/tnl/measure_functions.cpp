@@ -79,7 +79,7 @@ const measure_function functions[] = {
     {"rise", "rise(v[, last][, from, to])", "10 % to 90 % of the step from the first value to the last", "w wn", "wnn wnnn", time_like, [](args a) { return rise_time(w(a), last(a, 0)); }},
     {"fall", "fall(v[, last][, from, to])", "90 % to 10 % of it", "w wn", "wnn wnnn", time_like, [](args a) { return fall_time(w(a), last(a, 0)); }},
     {"overshoot", "overshoot(v[, last][, from, to])", "beyond the last value, in % of the step", "w wn", "wnn wnnn", none, [](args a) { return overshoot(w(a), last(a, 0)); }, nullptr, true},
-    {"settling", "settling(v, 2%[, last][, from, to])", "from the first value until it stays near the last", "wn wnn", "wnnn wnnnn", time_like, settling},
+    {"settling", "settling(v, 2%[, last][, from, to])", "until it stays near the last value; % of the farthest from that", "wn wnn", "wnnn wnnnn", time_like, settling},
     {"thd", "thd(v, f0[, n][, from, to])", "all but mean and first harmonic, in % of that; n: harmonics 2..n", "wn wnn", "wnnn wnnnn", none, thd, nullptr, true},
     {"harm", "harm(v, f0, k[, from, to])", "amplitude of harmonic k, over the last whole periods", "wnn", "wnnnn", as_is, harm},
     {"abs", "abs(v)", "of each sample or number; also sqrt exp ln log10 db sin cos", "w n", "", as_is, nullptr, [](double x) { return std::fabs(x); }},

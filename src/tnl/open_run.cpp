@@ -64,10 +64,51 @@ opened_run open_run(const std::string& path) {
     throw file_error("cannot read " + path + ": no such run, deck or row file");
 }
 
+namespace {
+
+// The first line of a stop that says something.
+std::string first_line(const std::string& message) { return message.substr(0, message.find('\n')); }
+
+std::string text_of_state(const run_record& record) {
+    if (record.state == "limit") return "was cut off at a limit of time or steps";
+    if (record.state == "signal") return "was ended by a signal";
+    if (record.state == "stopped")
+        return "stopped with a message" + (record.message.empty() ? "" : ": " + first_line(record.message));
+    return "did not come to its end";
+}
+
+}  // namespace
+
+std::string how_it_ended(const opened_run& run) {
+    const std::string& state = run.record.state;
+    if (!run.later.empty()) {
+        run_record later;
+        try {
+            later = read_record(run.later / record_name);
+        } catch (const file_error&) {  // it goes on just now
+        }
+        std::string text = "these rows are of the last run that came to its end; ";
+        if (later.state.empty() || later.state == "running")
+            return text + "a later one goes on, or was cut, and left rows in " + run.later.string();
+        text += "a later one " + text_of_state(later);
+        return later.files.empty() ? text : text + "; its rows are in " + run.later.string();
+    }
+    if (run.unfinished) return "the run goes on, or was cut: these are its rows up to now";
+    if (state.empty() || state == "complete") return {};
+    return "the run " + text_of_state(run.record) + "; these are its rows up to there";
+}
+
+std::string why_none(const opened_run& run) {
+    const std::string& state = run.record.state;
+    if (state.empty() || state == "complete" || run.unfinished) return {};
+    return "; the run " + text_of_state(run.record);
+}
+
 row_table load_table(const opened_run& run, const record_file& file) {
     const fs::path path = run.folder / file.path;
     row_table table = read_row_table(read_file(path), path.string());
     table.kind = file.kind;
+    table.begins_with_guess = file.begins_with_guess;
     if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
     return table;
 }

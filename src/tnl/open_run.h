@@ -21,6 +21,12 @@ struct opened_run {
 // with the names that the record beside it gives. Throws file_error.
 opened_run open_run(const std::string& path);
 
+// What a user must know who is shown the rows of this run: that it goes on, was cut off, stopped, or that a later one
+// of the deck came to nothing. Empty for a run that came to its end.
+std::string how_it_ended(const opened_run& run);
+// Behind "has no row files": "; its run stopped: cct_class: ..." or nothing.
+std::string why_none(const opened_run& run);
+
 // The file's rows with names and units from the record, where their number fits. Throws file_error.
 row_table load_table(const opened_run& run, const record_file& file);
 

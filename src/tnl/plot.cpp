@@ -27,6 +27,8 @@ axis x_axis(const plot& p, int n_ticks) {
         sticks = sticks || panel.form == panel_form::sticks;
         for (const plot_series& s : panel.series) r.take(s.x, s.y, p.log_x);
     }
+    r.lo = std::fmin(r.lo, p.x_lo);
+    r.hi = std::fmax(r.hi, p.x_hi);
     if (p.log_x) return make_log_axis(r.lo, r.hi, n_ticks, p.x_unit);
     if (sticks) {  // whole numbers, half a place free on both sides
         axis a = make_axis(r.lo - 0.5, r.hi + 0.5, n_ticks, p.x_unit);
@@ -45,6 +47,15 @@ axis x_axis(const plot& p, int n_ticks) {
 axis y_axis(const plot_panel& panel, int n_ticks) {
     range r;
     for (const plot_series& s : panel.series) r.take(s.y, s.x, panel.log);
+    const bool fixed_lo = std::isfinite(panel.y_lo), fixed_hi = std::isfinite(panel.y_hi);
+    if (fixed_lo || fixed_hi) {
+        if (!(r.lo <= r.hi)) r.lo = r.hi = fixed_lo ? panel.y_lo : panel.y_hi;
+        const double room = fixed_lo && fixed_hi ? 0 : 0.05 * (r.hi - r.lo);
+        const double lo = fixed_lo ? panel.y_lo : std::min(r.lo - room, panel.y_hi);
+        const double hi = fixed_hi ? panel.y_hi : std::max(r.hi + room, panel.y_lo);
+        return panel.log ? make_log_axis(fixed_lo ? lo : r.lo, fixed_hi ? hi : r.hi, n_ticks, panel.unit)
+                         : make_axis(lo, hi, n_ticks, panel.unit);
+    }
     if (panel.log) {
         const double room = r.hi > r.lo ? std::pow(r.hi / r.lo, 0.04) : 1;
         return make_log_axis(r.lo / room, r.hi * room, n_ticks, panel.unit);

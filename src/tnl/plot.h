@@ -1,5 +1,6 @@
 // plot.h -- a picture of curves: panels over one another with a shared x axis; in the terminal, and as an SVG file.
 #pragma once
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -22,11 +23,13 @@ struct plot_panel {
     panel_form form = panel_form::lines;
     bool log = false;
     std::vector<plot_series> series;
+    double y_lo = NAN, y_hi = NAN;  // ends of its axis that are given; series keep within them
 };
 struct plot {
     std::string title, x_quantity, x_unit;
     bool log_x = false;
     std::vector<plot_panel> panels;
+    double x_lo = NAN, x_hi = NAN;  // that the x axis shows whatever of the series is left; NaN: as these need it
 };
 
 // Axes that hold all finite points (on a log axis: those above 0); n_ticks is an aim.

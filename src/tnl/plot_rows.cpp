@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tnl/plot_panels.h"
 #include "tnl/plot_thin.h"
 
 namespace cli {
@@ -23,28 +24,6 @@ bool varies(const row_table& table, int column) {
     for (std::size_t k = 0; k < table.n_curves(); ++k)
         if (!is_constant(table, column, k)) return true;
     return false;
-}
-
-// Low and high of a column that has at most two values; a constant is low at 0 and high elsewhere.
-struct levels {
-    double low = 0, high = 0;
-    bool two = false;  // false: more values than two
-};
-levels levels_of(const row_table& table, int column) {
-    const auto j = static_cast<std::size_t>(column);
-    levels l;
-    bool any = false;
-    for (std::size_t i = 0; i < table.n_rows(); ++i) {
-        const double v = table.at(i, j);
-        if (!std::isfinite(v)) continue;
-        if (!any) l.low = l.high = v, any = true;
-        if (v == l.low || v == l.high) continue;
-        if (l.low != l.high) return l;
-        (v < l.low ? l.low : l.high) = v;
-    }
-    l.two = any;
-    if (l.low == l.high) (l.low > 0 ? l.low : l.high) = l.low > 0 ? 0 : 1;
-    return l;
 }
 
 bool is_harmonic(double x) { return std::abs(x - std::round(x)) <= 2e-5; }
@@ -81,7 +60,8 @@ plot_series series_of(const plot_source& s, std::size_t i_column, std::size_t k,
     const double factor = s.times.empty() ? 1 : s.times[i_column];
     thinner thin(x, n_bins);
     double old_x = NAN, old_y = NAN;
-    for (std::size_t i = s.table->first_row[k]; i < s.table->first_row[k + 1]; ++i) {
+    for (std::size_t i = s.table->first_row[k] + (starts_apart(*s.table, j) ? 1 : 0); i < s.table->first_row[k + 1];
+         ++i) {
         const double px = x_at(s, i), py = factor * s.table->at(i, j);
         const auto at = [&](double edge) { return old_y + (py - old_y) * ((edge - old_x) / (px - old_x)); };
         const auto between = [&](double edge) { return (old_x < edge && edge < px) || (old_x > edge && edge > px); };
@@ -103,6 +83,36 @@ plot_series series_of(const plot_source& s, std::size_t i_column, std::size_t k,
     }
     for (double& v : out.x) v -= origin;
     return out;
+}
+
+// Leaves of the lines what lies between lo and hi; NaN: no bound. They end on the bounds.
+void cut_at(plot_series& series, double lo, double hi) {
+    if (std::isnan(lo) && std::isnan(hi)) return;
+    if (std::isnan(lo)) lo = -INFINITY;
+    if (std::isnan(hi)) hi = INFINITY;
+    plot_series cut;
+    const auto put = [&](double x, double y) {
+        cut.x.push_back(x);
+        cut.y.push_back(y);
+    };
+    const auto inside = [&](double y) { return y >= lo && y <= hi; };
+    for (std::size_t i = 0; i < series.x.size(); ++i) {
+        const double x = series.x[i], y = series.y[i];
+        if (i > 0 && std::isfinite(y) && std::isfinite(series.y[i - 1])) {
+            const double x0 = series.x[i - 1], y0 = series.y[i - 1];
+            const auto at = [&](double bound) { put(x0 + (x - x0) * ((bound - y0) / (y - y0)), bound); };
+            const double first = y > y0 ? lo : hi, second = y > y0 ? hi : lo;  // in the order of the line
+            const auto crosses = [&](double b) { return std::isfinite(b) && ((y0 < b && b < y) || (y < b && b < y0)); };
+            if (crosses(first)) at(first);
+            if (crosses(second)) at(second);
+        }
+        if (inside(y))
+            put(x, y);
+        else if (!cut.y.empty() && !std::isnan(cut.y.back()))
+            put(x, NAN);
+    }
+    series.x = std::move(cut.x);
+    series.y = std::move(cut.y);
 }
 
 plot_series sticks_of(const plot_source& s, std::size_t i_column, std::size_t k, const window& w) {
@@ -202,42 +212,34 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
     const axis x = limits_of(sources, w, choice.log_x, first_x);
     const double origin = !choice.from_zero ? 0 : choice.from ? *choice.from : first_x;
 
-    struct panel_key {
-        std::string what;
-        panel_form form;
-        std::string column;  // of all its series so far
-        bool one_column = true;
-    };
-    std::vector<panel_key> keys;
-    for (const plot_source& s : sources) {
+    const panel_plan plan = plan_panels(sources, choice);
+    p.panels = plan.panels;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        const plot_source& s = sources[i];
         const row_table& table = *s.table;
         const int sweep = sweep_column_of(table);
         for (std::size_t c = 0; c < s.columns.size(); ++c) {
-            const record_column& column = table.columns[static_cast<std::size_t>(s.columns[c])];
-            panel_form form = table.kind == "fourier" ? panel_form::sticks : panel_form::lines;
-            levels l;
-            if (choice.logic || table.kind == "digital") {
-                l = levels_of(table, s.columns[c]);
-                if (l.two) form = panel_form::logic;
-            }
-            const std::string what = form == panel_form::logic ? "" : choice.stack ? column.name : column.unit;
-            const auto same = [&](const panel_key& key) { return key.what == what && key.form == form; };
-            const auto at = static_cast<std::size_t>(std::find_if(keys.begin(), keys.end(), same) - keys.begin());
-            if (at == keys.size()) {
-                keys.push_back({what, form, column.name});
-                const bool log = choice.log_y && form == panel_form::lines;
-                p.panels.push_back({"", form == panel_form::logic ? "" : column.unit, form, log, {}});
-            }
-            keys[at].one_column = keys[at].one_column && keys[at].column == column.name;
+            plot_panel& panel = p.panels[plan.panel_of[i][c]];
             for (std::size_t k = 0; k < table.n_curves(); ++k) {
-                plot_series series = form == panel_form::logic    ? lane_of(s, c, k, w, l, x, n_bins, origin)
-                                     : form == panel_form::sticks ? sticks_of(s, c, k, w)
-                                                                  : series_of(s, c, k, w, x, n_bins, origin);
-                series.name = column.name;
+                plot_series series = panel.form == panel_form::logic
+                                         ? lane_of(s, c, k, w, plan.levels_of[i][c], x, n_bins, origin)
+                                     : panel.form == panel_form::sticks ? sticks_of(s, c, k, w)
+                                                                        : series_of(s, c, k, w, x, n_bins, origin);
+                if (panel.form == panel_form::lines) {
+                    for (std::size_t j = 0; j < series.x.size(); ++j)
+                        if (std::isfinite(series.y[j]) && !(choice.log_x && series.x[j] <= 0)) {
+                            p.x_lo = std::fmin(p.x_lo, series.x[j]);
+                            p.x_hi = std::fmax(p.x_hi, series.x[j]);
+                        }
+                    cut_at(series, panel.y_lo, panel.y_hi);
+                }
+                if (panel.form == panel_form::sticks)
+                    for (double& y : series.y) y = std::fmin(std::fmax(y, panel.y_lo), panel.y_hi);  // NaN: no bound
+                series.name = table.columns[static_cast<std::size_t>(s.columns[c])].name;
                 std::string detail = table.n_curves() > 1 ? curve_name(table, sweep, k) : "";
                 if (!s.run.empty()) detail += (detail.empty() ? "" : ", ") + s.run;
                 if (!detail.empty()) series.name += " (" + detail + ")";
-                p.panels[at].series.push_back(std::move(series));
+                panel.series.push_back(std::move(series));
             }
         }
     }
@@ -247,8 +249,6 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
         };
         panel.log = panel.log && std::any_of(panel.series.begin(), panel.series.end(), shows);
     }
-    for (std::size_t i = 0; i < p.panels.size(); ++i)
-        if (keys[i].one_column && keys[i].form != panel_form::logic) p.panels[i].quantity = keys[i].column;
     return p;
 }
 

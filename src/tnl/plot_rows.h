@@ -17,6 +17,10 @@ struct plot_source {
     std::vector<int> columns;   // in order
     std::vector<double> times;  // factor of each column; empty: 1
 };
+struct plot_y_range {
+    std::string column;            // of the panel that is meant; empty: all panels
+    std::optional<double> lo, hi;  // none: as the values need it
+};
 struct plot_choice {
     std::string title;
     bool stack = false;  // a panel for each column instead of one for each unit
@@ -24,6 +28,8 @@ struct plot_choice {
     bool log_x = false, log_y = false;
     std::optional<double> from, to;  // of x
     bool from_zero = false;          // x counts from the begin of the window
+    std::vector<std::vector<std::string>> panels;  // names of columns that share a panel
+    std::vector<plot_y_range> y;
 };
 
 // The column that the others are drawn over: the first; in a sweep the first that varies within a curve. -1, the number

@@ -63,6 +63,19 @@ row_table read_row_table(std::string_view text, const std::string& path, long lo
     return table;
 }
 
+void add_column(row_table& table, const record_column& column, const std::vector<double>& values) {
+    const std::size_t n = table.n_columns();
+    std::vector<double> all;
+    all.reserve(table.values.size() + values.size());
+    for (std::size_t i = 0; i < table.n_rows(); ++i) {
+        all.insert(all.end(), table.values.begin() + static_cast<long>(i * n),
+                   table.values.begin() + static_cast<long>((i + 1) * n));
+        all.push_back(values[i]);
+    }
+    table.values = std::move(all);
+    table.columns.push_back(column);
+}
+
 int find_column(const row_table& table, std::string_view name) {
     for (std::size_t j = 0; j < table.n_columns(); ++j)
         if (table.columns[j].name == name) return static_cast<int>(j);

@@ -13,6 +13,7 @@ namespace cli {
 struct row_table {
     std::string path;                       // of the file, for messages
     std::string kind;                       // of its record_file; empty: unknown
+    bool begins_with_guess = false;         // as in its record_file
     std::vector<record_column> columns;     // [n_columns]
     std::vector<double> values;             // [n_rows * n_columns]
     std::vector<std::size_t> first_row{0};  // [n_curves + 1] rows of curve k: first_row[k] .. first_row[k + 1] - 1
@@ -27,6 +28,9 @@ struct row_table {
 // unfinished; nan and inf are numbers. Throws file_error when a line holds other things than numbers, or more or less
 // of them than the first row; the text begins with line first_line of the file.
 row_table read_row_table(std::string_view text, const std::string& path, long long first_line = 1);
+
+// One value a row. The table has rows.
+void add_column(row_table& table, const record_column& column, const std::vector<double>& values);
 
 // Number of a column by its name; an integer from 1 counts columns. -1 if there is none.
 int find_column(const row_table& table, std::string_view name);

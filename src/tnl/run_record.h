@@ -20,6 +20,9 @@ struct record_file {
     std::vector<record_column> columns;
     long long rows = 0;
     int curves = 0;  // parts with blank lines between them
+    // A run in time from initial_sol initialize: its first row holds the elements' first guesses, before anything is
+    // solved.
+    bool begins_with_guess = false;
     bool is_table() const { return kind != "solution" && kind != "parms"; }
 };
 struct record_place {  // of a statement in the user's files

@@ -40,7 +40,7 @@ run_tables::run_tables(const std::string& run, const std::string& file) {
         if (file.empty() || f.path == file) files_.push_back(&f);
     }
     if (!files_.empty()) return;
-    if (paths.empty()) throw file_error(run + " has no tables");
+    if (paths.empty()) throw file_error(run + " has no tables" + why_none(run_));
     throw usage_error(run + " has no table " + file + "; it has " + list_of(paths));
 }
 
@@ -115,14 +115,8 @@ std::string run_tables::cut() const {
 std::string run_tables::note() const {
     std::string text;
     for (const std::string& choice : choices_) text += choice;
-    const std::string& state = run_.record.state;
-    if (!run_.later.empty())
-        text += "tnl: taken is the run that came to its end; a later one left rows in " + run_.later.string() + "\n";
-    if (run_.unfinished)
-        text += "tnl: the run goes on, or was cut: the rows up to now are taken\n";
-    else if (!state.empty() && state != "complete")
-        text += "tnl: the run did not come to its end (" + state + "): the rows up to there are taken\n";
-    return text;
+    const std::string end = how_it_ended(run_);
+    return end.empty() ? text : text + "tnl: " + end + "\n";
 }
 
 curve_range curves_of(const row_table& table, int number) {

@@ -1,9 +1,11 @@
 #include "tnl/units.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 #include <utility>
 
+#include "run/words.h"
 #include "tnl/element_doc.h"
 
 namespace cli {
@@ -103,6 +105,34 @@ std::string block_kind(const deck_view& deck, int i_statement) {
     return {};
 }
 
+// The value of `key` in the statements of the range that begin with `first`, as a number; `otherwise` where there is
+// none, not a number for a word that is none.
+double number_in(const deck_view& deck, statement_range range, std::string_view first, std::string_view key,
+                 double otherwise) {
+    double value = otherwise;
+    for (int i = range.begin; i < range.end; ++i)
+        if (deck.statements.begins(i, first))
+            if (const std::string word = value_of(deck, i, key); !word.empty() && !is_double(word, value)) value = NAN;
+    return value;
+}
+
+// Whether the file has the row before the first solution: its block starts from nothing, and the file begins with it.
+bool begins_with_guess(const deck_view& deck, const row_file& file) {
+    const file_chr& s = deck.statements;
+    for (const statement_range& block : solve_ranges(deck)) {
+        if (file.i_statement < block.begin || file.i_statement >= block.end) continue;
+        for (int i = block.begin; i < block.end; ++i)
+            if (s.begins(i, "initial_sol") && s.n_words(i) > 1 && s.word(i, 1) != "initialize") return false;
+        statement_range output{file.i_statement, file.i_statement};
+        while (output.begin > block.begin && !s.begins(output.begin, "begin_output")) --output.begin;
+        while (output.end < block.end && !s.begins(output.end, "end_output")) ++output.end;
+        const double start = number_in(deck, block, "method:", "t_start", 0);
+        return value_of(deck, file.i_statement, "append", 2) != "yes" &&
+               number_in(deck, output, "control:", "out_tstart", start) <= start;
+    }
+    return false;
+}
+
 bool has_column(const row_file& file, std::string_view word) {
     return std::find(file.columns.begin(), file.columns.end(), word) != file.columns.end();
 }
@@ -120,6 +150,7 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
         record_file planned;
         planned.path = file.path;
         planned.kind = block_kind(deck, file.i_statement);
+        planned.begins_with_guess = planned.kind == "trns" && begins_with_guess(deck, file);
         if (has_column(file, "harmonic")) planned.kind = "fourier";
         if (!file.rows) planned.kind = has_column(file, "parms") ? "parms" : "solution";
         if (planned.is_table() && !has_column(file, "all_nodes"))

@@ -269,7 +269,10 @@ double overshoot(const wave& w, double last) {
 }
 
 double settling_time(const wave& w, double last, double tolerance) {
-    const double band = std::fabs(step_of(w, last)) * tolerance;
+    double step = 0;
+    for (const double x : w.x) step = std::fmax(step, std::fabs(x - last));
+    if (!(step > 0)) throw measure_error("there is no step: the wave stays at " + text_of(last));
+    const double band = step * tolerance;
     const auto is_off = [&](std::size_t i) { return !(std::fabs(w.x[i] - last) <= band); };
     std::size_t i = w.t.size() - 1;
     if (is_off(i)) throw measure_error("the wave does not settle to " + text_of(last) + " before the end");

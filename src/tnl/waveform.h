@@ -57,7 +57,8 @@ double duty(const wave& w, double level);  // part of the time above the level
 double rise_time(const wave& w, double last);  // from 10 % to 90 %
 double fall_time(const wave& w, double last);  // from 90 % to 10 %
 double overshoot(const wave& w, double last);  // beyond last, as a part of the step; 0 if none
-// From the first sample to the last entry into last +- tolerance * step.
+// From the first sample to the last entry into last +- tolerance * step; the step is the greatest distance from last,
+// so that a wave that leaves its value and comes back has one too.
 double settling_time(const wave& w, double last, double tolerance);
 
 // Over the last whole periods of f0 that fit; throw measure_error when none does.

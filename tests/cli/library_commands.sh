@@ -23,9 +23,23 @@ expect 'nothing on standard error' '' "$(cat err.txt)"
 expect 'list of a word' 0 "$(status_of "$tnl" list THYRISTOR)"
 expect 'has the element of that name' yes "$(has '^    thyristor_g' out.txt)"
 expect 'and no other' 1 "$(grep -c '^    ' out.txt)"
-expect 'a word that nothing has' 0 "$(status_of "$tnl" list nosuchword)"
+expect 'a word that nothing has' 1 "$(status_of "$tnl" list nosuchword)"
 expect 'gives nothing' '' "$(cat out.txt)"
 expect 'and says so' 'tnl: no element speaks of nosuchword' "$(cat err.txt)"
+expect 'a misspelt name' 1 "$(status_of "$tnl" list vpluse)"
+expect 'has near words' 'tnl: no element speaks of vpluse; near words: vpulse' "$(cut -d , -f 1 err.txt)"
+expect 'a misspelt word of a description' 1 "$(status_of "$tnl" list resitor)"
+expect 'has near words too' 'tnl: no element speaks of resitor; near words: resistor' "$(cut -d , -f 1 err.txt)"
+expect 'a word of method: alone' 1 "$(status_of "$tnl" list itmax)"
+expect 'is shown its list' yes "$(has 'tnl list --methods itmax' err.txt)"
+expect 'which' 0 "$(status_of "$tnl" list --methods itmax_trns)"
+expect 'is there' yes "$(has '^  itmax_trns  steps of a run at most.* .100000.$' out.txt)"
+expect 'and no other' 1 "$(grep -c '^  ' out.txt)"
+expect 'a word that method: does not have' 1 "$(status_of "$tnl" list --methods trbfd2)"
+expect 'has near names' yes "$(has 'near names: trbdf2' err.txt)"
+expect 'all words of method:' 0 "$(status_of "$tnl" list --methods --names)"
+expect 'are words of describe' 0 "$(while read -r word; do "$tnl" describe "method:$word" >word.txt || echo "$word: $?"
+    grep -q "^$word: a word of method:" word.txt || echo "$word"; done <out.txt | wc -l)"
 expect 'describe' 0 "$(status_of "$tnl" describe c)"
 expect 'a start value with its unit' yes "$(has '^  v0  *0  *V' out.txt)"
 expect 'a name of two families' 0 "$(status_of "$tnl" describe clock)"
@@ -55,6 +69,12 @@ expect 'pages' 0 "$(status_of "$tnl" describe --all --md -o pages)"
 if ! diff -r "$source/docs/elements" pages >differences.txt; then
     head -n 20 differences.txt
     expect 'docs/elements is current; renew it with: ./tnl describe --all --md -o docs/elements' yes no
+fi
+
+expect 'the page of method:' 0 "$(status_of "$tnl" describe --methods --md -o method.md)"
+if ! diff "$source/docs/method.md" method.md >differences.txt; then
+    head -n 20 differences.txt
+    expect 'docs/method.md is current; renew it with: ./tnl describe --methods --md -o docs/method.md' yes no
 fi
 
 # ---- examples, new ------------------------------------------------------------------------------------------------------
@@ -98,7 +118,10 @@ EOF
     expect 'examples behind --from' 'rectifier rectifier_3ph' "$(words new x --from rect)"
     expect 'and behind --from=' 'pll' "$(words new x --from = pl)"
     expect 'options' '--from' "$(words new --fr)"
-    expect 'decks' 'first.in first.in.run' "$(words run fir)"
+    mkdir firm
+    expect 'decks and folders on the way to them' 'first.in firm' "$(words run fir)"
+    expect 'but no runs, no pictures' 'first.in firm' "$(: >first.svg; words check fir)"
+    expect 'plot takes all of them' 'firm first.in first.in.run first.svg' "$(words plot fir | tr ' ' '\n' | sort | tr '\n' ' ' | sed 's/ $//')"
     expect 'names of pages' 'doctor' "$(words man doc)"
 fi
 for shell in zsh fish; do

@@ -100,7 +100,7 @@ cat >logic.run/run.json <<'JSON'
  {"name": "gate", "unit": "V"}, {"name": "il", "unit": "A"}]}]}
 JSON
 expect 'change dump' 0 "$(status_of "$tnl" export logic.run --vcd -o logic.vcd)"
-expect 'a stopped run is told' 'tnl: the run did not come to its end (stopped): the rows up to there are taken' "$(cat err.txt)"
+expect 'a stopped run is told' 'tnl: the run stopped with a message; these are its rows up to there' "$(cat err.txt)"
 printf '0 1\n1 2\n\n0 3\n1 4\n2 5\n' >curves.dat
 "$tnl" export curves.dat --raw -o curves.raw
 "$tnl" export curves.dat --npy -o curves.npy

@@ -64,6 +64,38 @@ expect 'a window' 0 "$(status_of "$tnl" plot a.run vout --from 1m --to 1.5m -o w
 expect 'shows its times' yes "$(words_of window.svg | has 1.20)"
 expect 'and no other' no "$(words_of window.svg | has 2.00)"
 
+expect 'an expression' 0 "$(status_of "$tnl" plot a.run 'vref - vout' 'p = vout*il' -o expression.svg)"
+words_of expression.svg >words.txt
+for word in 'vref - vout, V' 'p, mW'; do expect "it says $word" yes "$(has "$word" <words.txt)"; done
+expect 'a panel of volts and amperes' 0 "$(status_of "$tnl" plot a.run --panel vout,il --panel 'max(vout, 0, 1m),vref' -o panel.svg)"
+expect 'has their names' 'vout il max(vout, 0, 1m) vref' "$(words_of panel.svg | grep -x 'vout\|il\|vref\|max.*' | tr '\n' ' ' | sed 's/ $//')"
+expect 'ends of an axis' 0 "$(status_of "$tnl" plot a.run vout il --y vout=0:2 -o ends.svg)"
+expect 'are shown' yes "$(words_of ends.svg | has 2.0)"
+expect 'the time axis stays' yes "$(words_of ends.svg | has 3.0)"
+for word in 5 2:1 : x=1 a:b; do expect "--y $word is wrong usage" 2 "$(status_of "$tnl" plot a.run --y $word)"; done
+expect 'so is one of a column that is not drawn' 2 "$(status_of "$tnl" plot a.run vout --y il=0:1)"
+expect 'an expression without end' 2 "$(status_of "$tnl" plot a.run 'vout +')"
+expect 'an expression with an unknown column' 2 "$(status_of "$tnl" plot a.run 'vout - nosuch')"
+expect 'names it' 'tnl: nosuch is neither a column nor a run; columns are' "$(head -n 1 err.txt)"
+expect 'standard input' 2 "$(status_of "$tnl" plot - vout)"
+expect 'is told' yes "$(grep -q 'standard input to tnl run, measure and assert' err.txt && echo yes)"
+
+mkdir c.run d.run
+cp b.run/wave.dat c.run
+sed 's/"complete"/"stopped", "message": "solve_dc: no way.\\n  Halting..."/' b.run/run.json >c.run/run.json
+expect 'a run that stopped' 0 "$(status_of "$tnl" plot c.run -o c.svg)"
+expect 'is told' 'tnl: c.run: the run stopped with a message: solve_dc: no way.; these are its rows up to there' "$(cat err.txt)"
+printf '%s\n' '{"state": "stopped", "message": "solve_dc: no way.\n  Halting...", "files": []}' >d.run/run.json
+expect 'one that stopped before its first row' 5 "$(status_of "$tnl" plot d.run vout)"
+expect 'is told' 'tnl: d.run has no row files; the run stopped with a message: solve_dc: no way.' "$(cat err.txt)"
+expect 'measure tells it too' 5 "$(status_of "$tnl" measure d.run 'avg(vout)')"
+expect 'in these words' 'tnl: d.run has no tables; the run stopped with a message: solve_dc: no way.' "$(cat err.txt)"
+mkdir e.run e.run/.partial
+cp b.run/wave.dat b.run/run.json e.run
+cp d.run/run.json e.run/.partial
+expect 'rows before a later run that stopped' 0 "$(status_of "$tnl" plot e.run -o e.svg)"
+expect 'are told to be so' yes "$(grep -q 'these rows are of the last run that came to its end; a later one stopped' err.txt && echo yes)"
+
 expect 'in the terminal' 0 "$(status_of env LC_ALL=C "$tnl" plot a.run vout)"
 expect 'in plain characters' 0 "$(LC_ALL=C grep -c '[^ -~]' out.txt)"
 expect 'with the axis' yes "$(grep -q 'time, ms' out.txt && echo yes)"

@@ -206,6 +206,22 @@ TEST(method_default, knows_no_word_beyond_the_listed_ones) {
     EXPECT_EQ(in_table, known);
 }
 
+// What users are told: a default that method_default or the checks replace must not be shown as the row's.
+TEST(method_words, tell_what_holds_where_the_default_is_not_that_of_the_row) {
+    std::set<std::string_view> told;
+    for (const method_word& m : method_words())
+        if (!m.if_not_given.empty()) told.insert(m.word);
+    for (std::string_view word : depends_on_circuit) EXPECT_TRUE(told.count(word)) << word;
+}
+
+TEST(method_words, stand_in_sections_that_begin_with_one_of_them) {
+    EXPECT_EQ(method_sections().front().first, method_words().front().word);
+    std::size_t found = 0;
+    for (const method_word& m : method_words())
+        if (found < method_sections().size() && method_sections()[found].first == m.word) ++found;
+    EXPECT_EQ(found, method_sections().size());
+}
+
 TEST(method_default, depends_on_electrical_instances_and_on_the_libraries) {
     block_run r = prepared("");
     method_default(r.slv, r.c, r.flags);

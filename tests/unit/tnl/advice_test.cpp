@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <set>
+#include <sstream>
 
 #include "temp_folder.h"
 
@@ -151,6 +152,31 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
               "no-post-processing");
     EXPECT_EQ(id_of("a text that no program has ever printed"), "");
     EXPECT_EQ(id_of(""), "");
+}
+
+// A newcomer asks for what the first page shows.
+TEST(find_advice, knows_every_message_that_the_readme_shows) {
+    std::istringstream readme(::read_file(std::string(TARNEL_SOURCE) + "/README.md"));
+    std::string text, all;
+    int n = 0;
+    bool shown = false;
+    while (std::getline(readme, text)) {
+        if (!text.starts_with("    ")) shown = false;
+        if (shown && text.find(".in.run/") == std::string::npos) {  // not the list of files
+            EXPECT_TRUE(text.starts_with("     ") || find_advice(text) != nullptr)
+                << text;  // continued: with its first
+            all += text + "\n";
+            ++n;
+        }
+        if (text.starts_with("    $ "))
+            shown = text.find("run") != std::string::npos && text.find("cat") == std::string::npos;
+    }
+    EXPECT_GE(n, 10);
+    EXPECT_EQ(id_of(all.c_str()), "unknown-type");
+    EXPECT_EQ(id_of("mat::set_mat_2: system matrix size is 3 x 3\n"), "goes-well");
+    EXPECT_EQ(id_of("find_word_3: word not found.\n"), "word-not-found");
+    EXPECT_EQ(id_of("no element type vsrdc is installed for eelement; near names: vsrcdc"), "unknown-type");
+    EXPECT_EQ(id_of("mine.in:7:3: warning: node a has this one connection only"), "finding");
 }
 
 TEST(similar_patterns, find_a_misspelt_piece_of_a_message) {

@@ -79,6 +79,10 @@ void PrintTo(const change& c, std::ostream* out) { *out << c.from << " -> " << c
 const change changes[] = {
     // structure
     {"title: t", "tilte: t", "1:1 no-title"},
+    {"outvar:", "outvar", "11:1 unknown-statement"},  // once, not again where the names are used
+    {"outvar:", "outvra:", "11:1 unknown-statement"},
+    {"outvar: ", "outvar:", "11:1 unknown-statement"},
+    {"trns.dat\n", "trns.dat fourier=yes\n", "~26:10 few-harmonics"},
     {"end_circuit\n", "", "12:1 no-end-circuit"},
     {"end_output\nend_solve\nbegin", "end_output\nbegin", "20:1 no-end-solve"},
     {"end_output\nend_solve\nend_cf", "end_solve\nend_cf", "29:1 no-end-output"},
@@ -212,6 +216,20 @@ TEST_P(deck_changes, lead_to_faults_with_their_places) {
     EXPECT_EQ(faults_of(report), GetParam().faults) << report_text(report);
 }
 INSTANTIATE_TEST_SUITE_P(check_deck, deck_changes, testing::ValuesIn(changes));
+
+// Two names for zero, one of which is the reference: the rest of the circuit hangs on the other.
+TEST(check_deck, doubts_a_second_node_with_a_name_for_zero) {
+    const auto faults = [](const std::string& reference, const std::string& more) {
+        return faults_of(check("title: t\nbegin_circuit\nrefnode " + reference +
+                               "\neelement name=V1 type=vsrcdc p=a n=GND vdc=1\neelement name=R1 type=r p=a n=GND\n"
+                               "eelement name=R2 type=r p=a n=0\neelement name=R3 type=r p=a n=0\n" +
+                               more + "end_circuit\nend_cf\n"));
+    };
+    EXPECT_EQ(faults("GND", ""), "~2:1 no-solve, ~6:31 two-zeros");
+    EXPECT_EQ(faults("0", ""), "~2:1 no-solve, ~4:36 two-zeros");
+    EXPECT_EQ(faults("GND", "eelement name=G1 type=ground_dummy c=0\n"), "~2:1 no-solve");
+    EXPECT_EQ(faults("a", ""), "~2:1 no-solve") << "a reference with another name is chosen on purpose";
+}
 
 TEST(check_deck, finds_nothing_in_a_good_deck) { EXPECT_EQ(report_text(check(deck)), "d.in: no faults\n"); }
 

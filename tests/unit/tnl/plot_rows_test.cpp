@@ -35,6 +35,65 @@ TEST(plot_of_rows, puts_each_unit_into_a_panel_of_its_own) {
     EXPECT_EQ(p.panels[1].quantity, "i1");
 }
 
+// A reference of 15 beside a duty cycle, and a carrier that is as large as the cycle.
+TEST(plot_of_rows, parts_columns_without_a_unit_whose_sizes_differ) {
+    const std::vector<record_column> columns{{"time", "s"}, {"vref", ""}, {"duty", ""}, {"carrier", ""}, {"zero", ""}};
+    const row_table t = table_of("0 15 0.2 0 0\n1 15 0.4 1 0\n", columns);
+    const plot p = plot_all(t);
+    ASSERT_EQ(p.panels.size(), 2u);
+    ASSERT_EQ(p.panels[0].series.size(), 1u);
+    EXPECT_EQ(p.panels[0].quantity, "vref");
+    ASSERT_EQ(p.panels[1].series.size(), 3u);
+    EXPECT_EQ(p.panels[1].series[0].name, "duty");
+    EXPECT_EQ(p.panels[1].series[1].name, "carrier");
+
+    plot_choice logarithmic;
+    logarithmic.log_y = true;
+    EXPECT_EQ(plot_all(t, logarithmic).panels.size(), 1u) << "a logarithmic axis shows all sizes";
+}
+
+TEST(plot_of_rows, puts_columns_together_as_it_is_told) {
+    plot_choice choice;
+    choice.panels = {{"i1", "v1"}};
+    const plot p = plot_all(table_of("0 1 2 3\n1 4 5 6\n", four), choice);
+    ASSERT_EQ(p.panels.size(), 2u);
+    ASSERT_EQ(p.panels[0].series.size(), 2u);
+    EXPECT_EQ(p.panels[0].series[0].name, "v1");
+    EXPECT_EQ(p.panels[0].series[1].name, "i1");
+    EXPECT_EQ(p.panels[0].unit, "") << "V and A";
+    EXPECT_EQ(p.panels[1].quantity, "v2");
+}
+
+TEST(plot_of_rows, ends_lines_at_the_ends_of_the_y_axis) {
+    plot_choice choice;
+    choice.y = {{"v", 5.0, 30.0}};
+    const plot p = plot_all(table_of("0 0\n1 10\n2 20\n3 60\n4 0\n5 10\n", {{"time", "s"}, {"v", "V"}}), choice);
+    const plot_series& s = p.panels[0].series[0];
+    const std::vector<double> x{0.5, 1, 2, 2.25, 3, 3.5, 3.5 + 5.0 / 12, 4, 4.5, 5},
+        y{5, 10, 20, 30, NAN, 30, 5, NAN, 5, 10};
+    ASSERT_EQ(s.x.size(), x.size());
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        EXPECT_NEAR(s.x[i], x[i], 1e-12);
+        EXPECT_TRUE(std::isnan(y[i]) ? std::isnan(s.y[i]) : s.y[i] == y[i]) << i;
+    }
+    const axis a = y_axis(p.panels[0], 5);
+    EXPECT_EQ(a.lo, 5);
+    EXPECT_EQ(a.hi, 30);
+    EXPECT_EQ(x_axis(p, 5).lo, 0) << "the time axis shows the whole run";
+    choice.y = {{"nix", 0.0, 1.0}};
+    EXPECT_THROW(plot_all(table_of("0 0\n1 10\n", {{"time", "s"}, {"v", "V"}}), choice), std::exception);
+}
+
+// The row before anything is solved: a source of 12 V that it shows at 0, a charge that truly begins there.
+TEST(plot_of_rows, leaves_out_a_guess_that_lies_apart_from_the_solutions) {
+    row_table t = table_of("0 0 0\n1 12 2\n2 12 3.6\n3 12 4.9\n", {{"time", "s"}, {"vin", "V"}, {"vc", "V"}});
+    EXPECT_EQ(plot_all(t).panels[0].series[0].x.front(), 0) << "a row that is a solution stays";
+    t.begins_with_guess = true;
+    const plot p = plot_all(t);
+    EXPECT_EQ(p.panels[0].series[0].x, (std::vector<double>{1, 2, 3}));
+    EXPECT_EQ(p.panels[0].series[1].x, (std::vector<double>{0, 1, 2, 3}));
+}
+
 TEST(plot_of_rows, stacks_a_panel_for_each_column) {
     plot_choice choice;
     choice.stack = true;

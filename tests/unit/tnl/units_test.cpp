@@ -95,6 +95,22 @@ TEST(planned_files, have_the_kind_of_their_block_and_columns_with_units) {
     EXPECT_TRUE(files[2].columns.empty());
 }
 
+// The first row of a run in time that starts from nothing is no solution.
+TEST(planned_files, tell_which_begin_with_a_guess) {
+    const auto guess = [](const std::string& words, const std::string& control = "") {
+        const std::string deck =
+            "title: t\nbegin_circuit\nend_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=1m\n" + words +
+            "\nbegin_output\nfilename a.dat\n" + control + "variables: x\nend_output\nend_solve\nend_cf\n";
+        return planned_files(view_deck("t.in", deck), libraries()).front().begins_with_guess;
+    };
+    EXPECT_TRUE(guess(""));
+    EXPECT_TRUE(guess("initial_sol initialize"));
+    EXPECT_FALSE(guess("initial_sol previous"));
+    EXPECT_FALSE(guess("", "control: out_tstart=2m\n"));
+    EXPECT_TRUE(guess("", "control: out_tstart=0\n"));
+    EXPECT_FALSE(guess("", "control: out_tstart=a_constant\n"));
+}
+
 TEST(planned_files, all_outvars_stands_for_the_variables_of_the_deck_that_a_row_can_hold) {
     const deck_view deck = deck_of("solve_type dc\nbegin_output\nfilename a.dat\nvariables: all_outvars\nend_output\n");
     const std::vector<record_file> files = planned_files(deck, libraries());

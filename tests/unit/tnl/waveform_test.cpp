@@ -164,6 +164,15 @@ TEST(waveform, a_jump_rises_in_no_time_and_a_level_wave_not_at_all) {
     EXPECT_EQ(fault_of([&] { settling_time(jump, 5, 0.01); }), "the wave does not settle to 5 before the end");
 }
 
+// Up to 5, a dip by 1, and back by straight lines: 10 % of the dip are left where the last line passes 4.9.
+TEST(waveform, settles_from_the_step_that_the_window_shows) {
+    const samples w{{0, 1, 2, 3, 5, 6}, {0, 5, 5, 4, 5, 5}};
+    EXPECT_NEAR(settling_time(clip(w, 2, 6), 5, 0.1), 2.8, 1e-12);
+    EXPECT_NEAR(settling_time(clip(w, 2.5, 6), 5, 0.1), 2.3, 1e-12);
+    EXPECT_NEAR(settling_time(w, 5, 0.1), 4, 1e-12) << "of the whole record 10 % are 0.5";
+    EXPECT_EQ(fault_of([&] { settling_time(clip(w, 1, 2), 5, 0.1); }), "there is no step: the wave stays at 5");
+}
+
 TEST(waveform, overshoot_of_a_damped_second_order_step) {
     for (const double z : {0.2, 0.5, 0.7}) {
         const double wd = std::sqrt(1 - z * z);
