@@ -96,6 +96,7 @@ bool is_integer(std::string_view word, int& value);
 void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std::string> element_type::*>& lists,
                 bool globals);
 
+std::filesystem::path path_of(const checked_deck& d, const std::string& name);  // of a file beside the deck
 bool file_exists(const checked_deck& d, const std::string& name);
 
 // All checks over one deck.

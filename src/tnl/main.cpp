@@ -1,6 +1,8 @@
 // tnl -- what a person types: prepares a run, runs the simulator, shows results.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <new>
+#include <stdexcept>
 
 #include "tnl/commands.h"
 #include "tnl/exit_status.h"
@@ -24,6 +26,12 @@ void add_others(CLI::App& app, cli::command_list& commands) {
     cli::add_view(app, commands);
     cli::add_check(app, commands);
     cli::add_explain(app, commands);
+}
+
+int no_memory() {
+    std::fflush(stdout);
+    std::fputs("tnl: there is not enough memory for this\n", stderr);
+    return cli::file_fault;
 }
 
 }  // namespace
@@ -70,6 +78,10 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         std::fprintf(stderr, "tnl: %s\n", e.what());
         return e.status;
+    } catch (const std::bad_alloc&) {
+        return no_memory();
+    } catch (const std::length_error&) {  // more than any memory holds
+        return no_memory();
     }
     return cli::usage_fault;
 }

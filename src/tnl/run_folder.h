@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "tnl/exit_status.h"
+#include "tnl/input_file.h"
 #include "tnl/installed.h"
 #include "tnl/run_record.h"
 
 namespace cli {
 
-std::string read_file(const std::filesystem::path& path);
 void write_file(const std::filesystem::path& path, const std::string& text);
 
 // A folder that nobody else runs in while this lives; the simulator inherits the claim, so it holds as long as either
@@ -49,6 +49,8 @@ run_folder take_run_folder(const std::filesystem::path& path, const std::string&
 // Throws deck_error, with the place of the statement, when a file that the deck writes would leave the folder or stand
 // where the run keeps its own.
 void check_output_names(const deck_view& deck);
+// Throws deck_error, with the place of the word, for a device or a pipe where a file is to be read.
+void check_input_names(const deck_view& deck);
 // Throws file_error when something stands in the place of such a file that no earlier run of this folder has written.
 // With force, files outside the folder, which the deck names by their whole path, may be replaced.
 void check_output_places(const run_folder& folder, const deck_view& deck, bool force);
