@@ -1,5 +1,7 @@
 #include "run/text_file.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -18,9 +20,16 @@ struct closer {
     void operator()(std::FILE* f) const { std::fclose(f); }
 };
 
+// A device may have no end, and a pipe nobody who writes into it.
+bool is_endless(const std::string& path) {
+    struct stat there {};
+    return stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
+}
+
 // Hands the file to f block by block; false if it cannot be opened or read. A directory opens, but cannot be read.
 template <class F>
 bool for_each_block(const std::string& path, F f) {
+    if (is_endless(path)) halt({line("text_file: file ", path, " is a device or a pipe. Halting...")});
     const std::unique_ptr<std::FILE, closer> in(std::fopen(path.c_str(), "rb"));
     if (!in) return false;
     std::setvbuf(in.get(), nullptr, _IONBF, 0);

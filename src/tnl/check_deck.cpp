@@ -100,10 +100,14 @@ void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std
         all.empty() ? "" : "it has: " + all);
 }
 
+std::filesystem::path path_of(const checked_deck& d, const std::string& name) {
+    const std::filesystem::path path(name);
+    return path.is_absolute() ? path : d.folder / path;
+}
+
 bool file_exists(const checked_deck& d, const std::string& name) {
     std::error_code error;
-    const std::filesystem::path path(name);
-    return std::filesystem::exists(path.is_absolute() ? path : d.folder / path, error);
+    return std::filesystem::exists(path_of(d, name), error);
 }
 
 namespace {

@@ -101,6 +101,7 @@ bool is_outvar(const file_chr& f, int statement);
 // Whether one is written in a way that its names cannot be told: outvar:x=..., without the blank.
 bool has_lost_outvars(const checked_deck& d);
 
+std::filesystem::path path_of(const checked_deck& d, const std::string& name);  // of a file beside the deck
 bool file_exists(const checked_deck& d, const std::string& name);
 
 // All checks over one deck.

@@ -5,6 +5,7 @@
 #include "run/words.h"
 #include "tnl/check_deck.h"
 #include "tnl/check_values.h"
+#include "tnl/input_file.h"
 #include "tnl/near_words.h"
 
 namespace cli {
@@ -171,6 +172,8 @@ void check_data_files(checked_deck& d, const deck_element& e) {
         } else if (given && !file_exists(d, file)) {
             d.report.error("missing-file", {e.statement, at}, "the file " + file + " does not exist",
                            "paths are relative to the deck");
+        } else if (const std::string what = given ? other_than_file(path_of(d, file)) : ""; !what.empty()) {
+            d.report.error("missing-file", {e.statement, at}, file + " is " + what + ", not a file");
         }
     }
 }

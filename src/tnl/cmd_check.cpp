@@ -31,7 +31,7 @@ check_report report_of_include(const std::string& text) {
     report.deck.path = text.substr(0, colon);
     deck_source::file file{report.deck.path, {}};
     try {
-        std::istringstream in(read_file(report.deck.path));
+        std::istringstream in(read_file(report.deck.path, most_deck_bytes));
         for (std::string line; std::getline(in, line);) file.lines.push_back(line);
     } catch (const command_error&) {  // standard input cannot be read twice: the place goes without its line
     }

@@ -1,12 +1,11 @@
 #include <cstdio>
 #include <filesystem>
-#include <iostream>
-#include <iterator>
 #include <memory>
 
 #include "tnl/advice.h"
 #include "tnl/commands.h"
 #include "tnl/exit_status.h"
+#include "tnl/input_file.h"
 #include "tnl/run_record.h"
 
 namespace cli {
@@ -26,7 +25,7 @@ void put(const std::string& text) { std::fwrite(text.data(), 1, text.size(), std
 std::string message_of(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& w : words) text += (text.empty() ? "" : " ") + w;
-    if (text == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
+    if (text == "-") return read_standard_input(most_deck_bytes);
     std::error_code error;
     fs::path record;
     if (text.size() < 4096) {

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
-#include <iterator>
 
 #include "run/words.h"
 #include "tnl/exit_status.h"
-#include "tnl/run_folder.h"
+#include "tnl/input_file.h"
 
 namespace cli {
 
@@ -30,8 +28,10 @@ class resolver {
 public:
     explicit resolver(deck_source& source) : source_(source) {}
 
-    void add(std::string text, const std::string& path) {
+    // included_at: "file:line: " of the statement that names the file; empty for the deck.
+    void add(std::string text, const std::string& path, const std::string& included_at) {
         if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);  // the mark that some editors put before UTF-8
+        count(text, path, included_at);
         const int i_file = static_cast<int>(source_.files.size());
         source_.files.push_back({path, lines_of(text)});
         open_.push_back(path);
@@ -52,6 +52,18 @@ public:
 private:
     static std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
+    // Files that include the next one twice double at each level: what they come to is bounded before it is kept.
+    void count(std::string_view text, const std::string& path, const std::string& included_at) {
+        n_bytes_ += text.size();
+        n_lines_ += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+        std::string what;
+        if (n_bytes_ > most_deck_bytes) what = std::to_string(most_deck_bytes >> 20) + " MB";
+        if (n_lines_ > most_deck_lines) what = std::to_string(most_deck_lines) + " lines";
+        if (what.empty()) return;
+        if (included_at.empty()) throw deck_error(path + ": a deck has at most " + what);
+        throw deck_error(included_at + "a deck has at most " + what + " with all that it includes");
+    }
+
     void include(const words& w, int i_file, int i_line) {
         const std::string place = source_.files[at(i_file)].path + ":" + std::to_string(i_line + 1) + ": ";
         if (w.size() != 2) throw deck_error(place + "include needs one file name");
@@ -62,17 +74,23 @@ private:
         for (const std::string& open : open_)
             if (open == path || fs::equivalent(open, path, error)) throw deck_error(place + path + " includes itself");
         if (open_.size() > 50) throw deck_error(place + "files include each other more than 50 deep");
+        if (++n_includes_ > most_includes)
+            throw deck_error(place + "a deck includes at most " + std::to_string(most_includes) +
+                             " files, each time that one is named counted");
         std::string text;
         try {
-            text = read_file(path);
+            text = read_file(path, most_deck_bytes);
         } catch (const file_error& e) {
             throw deck_error(place + e.what());
         }
-        add(std::move(text), path);
+        add(std::move(text), path, place);
     }
 
     deck_source& source_;
     std::vector<std::string> open_;  // the files whose lines are being read
+    std::uintmax_t n_bytes_ = 0;
+    std::size_t n_lines_ = 0;
+    int n_includes_ = 0;
 };
 
 }  // namespace
@@ -89,14 +107,12 @@ std::string_view without_comment(std::string_view line) {
 
 deck_source deck_source_of(std::string text, const std::string& path) {
     deck_source source;
-    resolver(source).add(std::move(text), path);
+    resolver(source).add(std::move(text), path, {});
     return source;
 }
 
 deck_source read_deck_source(const std::string& path) {
-    if (path != "-") return deck_source_of(read_file(path), path);
-    std::string text(std::istreambuf_iterator<char>(std::cin), {});
-    return deck_source_of(std::move(text), path);
+    return deck_source_of(path == "-" ? read_standard_input(most_deck_bytes) : read_file(path, most_deck_bytes), path);
 }
 
 }  // namespace cli

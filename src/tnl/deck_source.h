@@ -22,7 +22,8 @@ struct deck_source {
 };
 
 // Throws file_error for a deck that cannot be read, deck_error, with the place of the include statement, for an
-// included one, and for files that include each other. Path "-" reads standard input.
+// included one, for files that include each other, and for more text, lines or included files than a deck may have
+// (input_file.h). Path "-" reads standard input.
 deck_source read_deck_source(const std::string& path);
 deck_source deck_source_of(std::string text, const std::string& path);  // the same for a text in memory
 

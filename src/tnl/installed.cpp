@@ -85,8 +85,11 @@ deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries)
 }
 
 std::vector<std::string> near_names(const std::vector<std::string>& known, std::string_view name) {
+    constexpr std::size_t longest = 64;  // no name of an element is; the time grows with the product of two lengths
+    if (name.size() > longest) return {};
     std::vector<std::pair<int, std::string>> near;
     for (const std::string& other : known) {
+        if (other.size() > longest) continue;
         const int distance = edit_distance(name, other);
         const bool within = std::min(name.size(), other.size()) > 2 &&
                             (other.find(name) != std::string::npos || name.find(other) != std::string::npos);

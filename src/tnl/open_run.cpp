@@ -44,6 +44,8 @@ opened_run open_file(const fs::path& path) {
 }
 
 bool begins_like_a_deck(const fs::path& path) {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) return false;  // a pipe would be waited for
     std::ifstream in(path, std::ios::binary);
     std::string begin(6, ' ');
     return in.read(begin.data(), 6) && begin == "title:";

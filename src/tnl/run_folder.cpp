@@ -141,18 +141,6 @@ void put_record(const run_record& record, const fs::path& written_in, const fs::
 
 }  // namespace
 
-std::string read_file(const fs::path& path) {
-    std::error_code error;
-    if (fs::is_directory(path, error)) fail("cannot read", path, "it is a folder");
-    errno = 0;
-    std::ifstream in(path, std::ios::binary);
-    if (!in) fail("cannot read", path, std::strerror(errno ? errno : EIO));
-    std::ostringstream text;
-    if (in.peek() != std::ifstream::traits_type::eof()) text << in.rdbuf();
-    if (in.bad()) fail("cannot read", path, std::strerror(errno ? errno : EIO));
-    return text.str();
-}
-
 void write_file(const fs::path& path, const std::string& text) {
     errno = 0;
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -248,6 +236,24 @@ void check_output_names(const deck_view& deck, const fs::path& folder, bool forc
     for (const row_file& file : row_files(deck))
         if (const std::string why = fault_of_output_name(file.path, folder, force); !why.empty())
             throw deck_error(why + ": " + file.path + "\n" + place_with_caret(deck, file.i_statement, 1));
+}
+
+// Any value of a statement may name a file; those count that stand behind a word that speaks of one, or have a path.
+void check_input_names(const deck_view& deck) {
+    const file_chr& f = deck.statements;
+    const fs::path home = deck.path == "-" ? fs::path() : fs::path(deck.path).parent_path();
+    for (int i = 0; i < f.n_lines(); ++i)
+        for (int j = 1; j < f.n_words(i); ++j) {
+            const std::string_view word = f.word(i, j), key = f.word(i, j - 1);
+            const bool named = key.find("file") != std::string_view::npos || f.begins(i, "gstring");
+            if (!named && word.find('/') == std::string_view::npos) continue;
+            if (f.begins(i, "filename") && j == 1) continue;  // written, not read
+            const fs::path path(word);
+            const std::string what = other_than_file(path.is_absolute() ? path : home / path);
+            if (!what.empty() && what != "a folder")
+                throw deck_error("cannot read " + path.string() + ": it is " + what + "\n" +
+                                 place_with_caret(deck, i, j));
+        }
 }
 
 void check_output_places(const run_folder& folder, const deck_view& deck, bool force) {

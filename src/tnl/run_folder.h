@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "tnl/exit_status.h"
+#include "tnl/input_file.h"
 #include "tnl/installed.h"
 #include "tnl/run_record.h"
 
 namespace cli {
 
-std::string read_file(const std::filesystem::path& path);
 void write_file(const std::filesystem::path& path, const std::string& text);
 
 // A folder that nobody else runs in while this lives; the simulator inherits the claim, so it holds as long as either
@@ -55,6 +55,8 @@ std::string fault_of_output_name(const std::filesystem::path& name, const std::f
 
 // Throws deck_error, with the place of the statement, when a file that the deck writes has such a name.
 void check_output_names(const deck_view& deck, const std::filesystem::path& folder, bool force);
+// Throws deck_error, with the place of the word, for a device or a pipe where a file is to be read.
+void check_input_names(const deck_view& deck);
 // Throws file_error when something stands in the place of such a file that no earlier run of this folder has written.
 // With force, files that the deck names by their whole path may be replaced.
 void check_output_places(const run_folder& folder, const deck_view& deck, bool force);

@@ -35,7 +35,7 @@ run_record record_of_json(const std::string& text) {
 }
 
 run_record read_record(const std::filesystem::path& path) {
-    const std::string text = read_file(path);
+    const std::string text = read_file(path, most_deck_bytes);
     try {
         return record_of_json(text);
     } catch (const file_error& e) {

@@ -1,10 +1,9 @@
 #include "tnl/run_tables.h"
 
 #include <algorithm>
-#include <iostream>
-#include <iterator>
 
 #include "tnl/exit_status.h"
+#include "tnl/input_file.h"
 #include "tnl/installed.h"
 
 namespace cli {
@@ -28,8 +27,7 @@ bool holds(const std::vector<std::string>& known, std::string_view name) {
 run_tables::run_tables(const std::string& run, const std::string& file) {
     if (run == "-") {
         run_.record.files.push_back({"-", "", {}, 0, 0});
-        const std::string text{std::istreambuf_iterator<char>(std::cin), {}};
-        table_["-"] = read_row_table(text, "standard input");
+        table_["-"] = read_row_table(read_standard_input(most_piped_bytes), "standard input");
     } else {
         run_ = open_run(run);
     }

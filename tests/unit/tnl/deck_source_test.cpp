@@ -1,6 +1,7 @@
 #include "tnl/deck_source.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "temp_folder.h"
 #include "tnl/exit_status.h"
@@ -53,6 +54,47 @@ TEST(deck_source, an_include_that_cannot_be_is_told_with_its_place) {
     EXPECT_EQ(fault("include none.in\n"),
               deck + ":1: cannot read " + std::string("none.in") + ": No such file or directory");
     EXPECT_EQ(fault("a\n\ninclude deck.in\n"), deck + ":3: " + deck + " includes itself");
+}
+
+std::string fault_of(const std::string& deck) {
+    try {
+        read_deck_source(deck);
+    } catch (const command_error& e) {
+        return e.what();
+    }
+    return {};
+}
+
+TEST(deck_source, files_that_include_the_next_one_twice_come_to_an_end) {
+    const temp_folder inside;
+    for (int level = 0; level < 45; ++level) {
+        const std::string next = "include " + std::to_string(level + 1) + ".in\n";
+        cli::write_file(std::to_string(level) + ".in", next + next);
+    }
+    cli::write_file("45.in", "r\n");
+    EXPECT_NE(fault_of("0.in").find(": a deck includes at most 10000 files, each time that one is named counted"),
+              std::string::npos);
+}
+
+TEST(deck_source, what_is_no_regular_file_is_not_waited_for) {
+    const temp_folder inside;
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    cli::write_file("deck.in", "a\ninclude pipe\n");
+    EXPECT_EQ(fault_of("deck.in"), "deck.in:2: cannot read pipe: it is a pipe");
+    EXPECT_EQ(fault_of("pipe"), "cannot read pipe: it is a pipe");
+    EXPECT_EQ(fault_of("/dev/zero"), "cannot read /dev/zero: it is a device");
+    EXPECT_EQ(fault_of("."), "cannot read .: it is a folder");
+}
+
+TEST(deck_source, lines_and_bytes_are_counted_over_all_files) {
+    const temp_folder inside;
+    cli::write_file("part.in", std::string(most_deck_lines / 2, '\n'));
+    cli::write_file("deck.in", "a\ninclude part.in\ninclude part.in\n");
+    EXPECT_EQ(fault_of("deck.in"), "deck.in:3: a deck has at most 2000000 lines with all that it includes");
+    cli::write_file("part.in", std::string(most_deck_bytes / 2, 'x') + "\n");
+    EXPECT_EQ(fault_of("deck.in"), "deck.in:3: a deck has at most 64 MB with all that it includes");
+    cli::write_file("part.in", std::string(most_deck_bytes + 1, 'x'));
+    EXPECT_EQ(fault_of("deck.in"), "deck.in:2: cannot read part.in: it has more than 64 MB, the most that is read");
 }
 
 }  // namespace
