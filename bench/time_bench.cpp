@@ -70,11 +70,30 @@ std::string section_entry() {
     return out.str();
 }
 
-// The installed ones and the section.
+// Seven nodes of a row of a grid with what joins them to their left and upper neighbours; `last` goes from the last one
+// to the reference.
+constexpr int n_strip = 7;
+std::string strip_entry(const std::string& name, const std::string& last) {
+    std::ostringstream out;
+    out << "ece name=" << name << "\nbegin_dc\nmainnodes: w g";
+    for (int i = 0; i < n_strip; ++i) out << " d" << i << " u" << i;
+    out << "\nauxnodes:\noutvar:\nbias:\nstparms:\nigparms:\nind_nodes:\nind_branches:\ndigital_nodes:\nmain_var:\n"
+           "xvar:\niparms:\nsparms:\nrparms: r=1k c=1u\nrparms_derived:\n";
+    for (int i = 0; i < n_strip; ++i)
+        out << "ebe type=r name=rw" << i << " p=" << (i > 0 ? "d" + std::to_string(i - 1) : "w") << " n=d" << i
+            << " r=r\nebe type=r name=ru" << i << " p=u" << i << " n=d" << i << " r=r\nebe type=c name=c" << i << " p=d"
+            << i << " n=g c=c\n";
+    out << last << "end_dc\nC: compiled\nbegin_ac\noutvar_ac:\nind_nodes_ac:\nind_branches_ac:\nend_ac\nendece\n";
+    return out.str();
+}
+
+// The installed ones, the section and the strips.
 const libraries& all_libraries() {
     static const libraries lib = [] {
         libraries l = installed_libraries();
-        text_file file = text_file_of(read_file(fs::path(TARNEL_SHARE) / "eels.aux") + section_entry());
+        text_file file =
+            text_file_of(read_file(fs::path(TARNEL_SHARE) / "eels.aux") + section_entry() + strip_entry("strip", "") +
+                         strip_entry("strip_d", "ebe type=diode name=d p=d6 n=g\n"));
         l.eels = {};
         read_composites(file, eels_form, l.ebes, l.ebac, l.eels);
         return l;
@@ -90,6 +109,25 @@ std::string rc_ladder(int n_node, const std::string& method) {
         deck << "eelement name=X" << i << " type=section p=n" << i << " n=n" << i + 1 << " g=0\n";
     deck << "outvar: v=nodev_of_n" << n_node / n_section << "\nend_circuit\n"
          << transient(method + "=yes delt_const=1u", std::to_string(std::max(800, 4000000 / n_node)) + "u", "v");
+    return deck.str();
+}
+
+// side x side nodes; a sine comes in on the left by a resistor for each row, the upper edge goes to the reference.
+std::string rc_grid(int side, const std::string& strip, const std::string& source, const std::string& t_end) {
+    std::ostringstream deck;
+    deck << "title: grid\nbegin_circuit\nrefnode 0\neelement name=V1 " << source << " p=in n=0\n";
+    const auto node = [](int i, int j) {
+        return i < 0 ? std::string("0") : j < 0 ? std::string("in") : line("n", i, "_", j);
+    };
+    for (int i = 0; i < side; ++i)
+        for (int j = 0; j < side; j += n_strip) {
+            deck << "eelement name=X" << i << '_' << j << " type=" << strip << " w=" << node(i, j - 1) << " g=0";
+            for (int k = 0; k < n_strip; ++k)
+                deck << " d" << k << '=' << node(i, j + k) << " u" << k << '=' << node(i - 1, j + k);
+            deck << '\n';
+        }
+    deck << "outvar: v=nodev_of_" << node(side / 2, side / 2) << "\nend_circuit\n"
+         << transient("back_euler=yes delt_const=1m", t_end, "v");
     return deck.str();
 }
 
@@ -113,6 +151,12 @@ const std::vector<time_case> cases = {
     {"rc100", "RC ladder, back_euler", 100, [] { return rc_ladder(100, "back_euler"); }},
     {"rc1000", "RC ladder, back_euler", 1000, [] { return rc_ladder(1000, "back_euler"); }},
     {"rc5000", "RC ladder, back_euler", 5000, [] { return rc_ladder(5000, "back_euler"); }},
+    {"grid35", "RC grid 35 x 35, back_euler", 1225, [] { return rc_grid(35, "strip", "type=vsrcdc vdc=1", "2"); }},
+    {"grid70", "RC grid 70 x 70, back_euler", 4900, [] { return rc_grid(70, "strip", "type=vsrcdc vdc=1", "0.5"); }},
+    {"dgrid35", "the same, 35 x 35, with diodes", 1225,
+     [] { return rc_grid(35, "strip_d", "type=vsrcac a=10 f_hz=5", "0.2"); }},
+    {"dgrid70", "the same, 70 x 70, with diodes", 4900,
+     [] { return rc_grid(70, "strip_d", "type=vsrcac a=10 f_hz=5", "0.1"); }},
     {"trz10", "RC ladder, trapezoidal", 10, [] { return rc_ladder(10, "trapezoidal"); }},
     {"trz100", "RC ladder, trapezoidal", 100, [] { return rc_ladder(100, "trapezoidal"); }},
     {"trz1000", "RC ladder, trapezoidal", 1000, [] { return rc_ladder(1000, "trapezoidal"); }},

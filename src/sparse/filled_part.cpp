@@ -228,6 +228,13 @@ void filled_part::fill_row(int r) {
     e.n_matttlop2 += n_piv;
 }
 
+// By place: is the value above 1e-40? Without a jump, n up to 64.
+bits above_tiny(const double* x, int n) {
+    bits above = 0;
+    for (int b = 0; b < n; ++b) above |= static_cast<bits>(std::fabs(x[b]) > tiny_value) << b;
+    return above;
+}
+
 // Counts of the columns behind p follow what the row has become; count: of its values above 1e-40 behind p.
 void filled_part::recount(int p, int r, int count) {
     bits *entries = present_in(r), *old = counted_in(r);
@@ -238,11 +245,7 @@ void filled_part::recount(int p, int r, int count) {
     for (int word = 0; word < n_word; ++word) n_present += std::popcount(entries[word] & behind(word));
     for (int word = (p + 1) / 64; word < n_word; ++word) {
         bits now = entries[word] & behind(word);
-        if (count != n_present)  // some entry is too small to count
-            for (bits left = now; left != 0; left &= left - 1) {
-                const int b = std::countr_zero(left);
-                if (!(std::fabs(row(r)[word * 64 + b]) > tiny_value)) now &= ~(bits{1} << b);
-            }
+        if (count != n_present) now &= above_tiny(row(r) + word * 64, std::min(64, m - word * 64));
         for (bits left = now ^ (old[word] & behind(word)); left != 0; left &= left - 1) {
             const int b = std::countr_zero(left);
             at(nnz_col, word * 64 + b) += now >> b & 1 ? 1 : -1;

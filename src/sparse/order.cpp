@@ -150,6 +150,37 @@ void fill_row(stepper<T>& s, int r, const T& val_np, row_tally& tally) {
     }
 }
 
+// Entries of a row in columns of the pivot row lose their product; all are counted. A function by itself, so that what
+// it counts stays in registers.
+struct changed_row {
+    int n_hit, count;
+    double largest;
+};
+template <class T>
+[[gnu::noinline]] changed_row change_entries(active_entry<T>* x, const active_entry<T>* end, const int* touched,
+                                             touched_col<T>* piv_cols, int* nnz_col, int r, bool by_values,
+                                             const T val_np) {
+    int n_hit = 0, count = 0;
+    double largest = 0;
+    for (; x != end; ++x) {
+        const int t = touched[x->col];
+        double size = x->size();
+        if (t != -1) {
+            ++n_hit;
+            if (by_values) {
+                const bool was_counted = size > tiny_value;
+                x->set(x->val - product(piv_cols[t].val, val_np));
+                size = x->size();
+                if (was_counted != (size > tiny_value)) nnz_col[x->col] += was_counted ? -1 : 1;
+            }
+            see_changed(piv_cols[t], r, size);
+        }
+        count += size > tiny_value;
+        largest = size > largest ? size : largest;
+    }
+    return {n_hit, count, counted(largest)};
+}
+
 // The operations of one row.
 template <class T>
 void eliminate_row(stepper<T>& s, int r) {
@@ -161,24 +192,9 @@ void eliminate_row(stepper<T>& s, int r) {
     keep(s, *np);
     a.row.remove(r, np);
     --a.n_entry;
-    row_tally tally;
-    int n_hit = 0;
-    const int* touched = s.touched.data();
-    touched_col<T>* piv_cols = s.piv_cols.data();
-    for (active_entry<T>*x = a.row.begin(r), *last = a.row.end(r); x != last; ++x) {
-        const int t = touched[x->col];
-        if (t != -1) {
-            ++n_hit;
-            if (s.by_values) {
-                const bool was_counted = x->size() > tiny_value;
-                x->set(x->val - product(piv_cols[t].val, val_np));
-                const bool is_counted = x->size() > tiny_value;
-                if (was_counted != is_counted) at(a.nnz_col, x->col) += is_counted ? 1 : -1;
-            }
-            see_changed(piv_cols[t], r, x->size());
-        }
-        tally.add(x->size());
-    }
+    const auto [n_hit, count, largest] = change_entries(a.row.begin(r), a.row.end(r), s.touched.data(),
+                                                        s.piv_cols.data(), a.nnz_col.data(), r, s.by_values, val_np);
+    row_tally tally{count, largest};
     if (n_hit < n_piv || n_piv > s.e.limits.m_matttlop2 - s.e.n_matttlop2) fill_row(s, r, val_np, tally);
     s.e.n_matttlop2 += n_piv;
     a.n_zero += (tally.count == 0) - (at(a.nnz_row, r) == 0);

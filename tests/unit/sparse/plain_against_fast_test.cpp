@@ -173,6 +173,66 @@ TEST(plain_against_fast, dense_blocks_of_any_size_agree) {
     }
 }
 
+// Any pattern of this density with a diagonal, in any order of slots.
+template <class T>
+test_system<T> random_pattern(int n, double density, value_kind kind, std::mt19937& rng) {
+    std::vector<std::pair<int, int>> places;
+    std::bernoulli_distribution there(density);
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j)
+            if (i == j || there(rng)) places.emplace_back(i, j);
+    std::shuffle(places.begin(), places.end(), rng);
+    pattern_builder pattern;
+    for (const auto& [i, j] : places) pattern.add(i, j);
+    test_system<T> s;
+    s.m = pattern.finish<T>(n, n);
+    s.val = random_values(s.m, kind, rng);
+    s.rhs.assign(static_cast<std::size_t>(n), T(1));
+    return s;
+}
+
+template <class T>
+void filled_systems_agree(int n_trial, int& n_solved, int& n_stopped, int& n_at_limit) {
+    for (int k = 0; k < static_cast<int>(value_kind::n_kinds); ++k)
+        for (int trial = 0; trial < n_trial; ++trial) {
+            std::mt19937 rng(static_cast<unsigned>(1000 * k + trial));
+            const int n = 16 + static_cast<int>(rng() % 75);
+            const double density = std::uniform_real_distribution<double>(0.02, 0.7)(rng);
+            test_system<T> s = random_pattern<T>(n, density, static_cast<value_kind>(k), rng);
+            elimination<T> fast, plain;
+            if (rng() % 3 == 0) fast.gauss_epsln = plain.gauss_epsln = 1e-6;
+            bool stopped = false;
+            ASSERT_TRUE(same_call(fast, plain, s, 1, 2, 1, 3, stopped)) << k << ' ' << trial;
+            (stopped ? n_stopped : n_solved) += 1;
+            if (stopped) continue;
+            elimination<T> fast_1, plain_1;
+            const auto below = [&](int count) { return static_cast<int>(count * (0.7 + 0.01 * (rng() % 31))); };
+            elimination_limits limits;
+            switch (rng() % 3) {
+                case 0:
+                    limits.mnz_w = below(static_cast<int>(plain.row_w.size()));
+                    break;
+                case 1:
+                    limits.m_matttlop1 = below(plain.n_matttlop1);
+                    break;
+                default:
+                    limits.m_matttlop2 = below(plain.n_matttlop2);
+            }
+            fast_1.limits = plain_1.limits = limits;
+            ASSERT_TRUE(same_call(fast_1, plain_1, s, 0, 2, 0, 0, stopped)) << k << ' ' << trial;
+            n_at_limit += stopped;
+        }
+}
+
+TEST(plain_against_fast, systems_that_fill_in_agree_to_the_bit_and_stop_at_the_same_limits) {
+    int n_solved = 0, n_stopped = 0, n_at_limit = 0;
+    filled_systems_agree<double>(60, n_solved, n_stopped, n_at_limit);
+    EXPECT_GT(n_solved, 200);
+    EXPECT_GT(n_stopped, 50);
+    EXPECT_GT(n_at_limit, 100);
+    filled_systems_agree<complex_value>(8, n_solved, n_stopped, n_at_limit);
+}
+
 TEST(plain_against_fast, dense_blocks_behind_other_pivots_agree) {
     for (int trial = 0; trial < 12; ++trial) {
         std::mt19937 rng(static_cast<unsigned>(trial));
