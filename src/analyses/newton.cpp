@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <limits>
 
 #include "analyses/convergence.h"
 #include "analyses/evaluate.h"
@@ -52,16 +53,10 @@ void solve_for_step(run_state& r, bool fix_order, bool hold_factors) {
 // Whether models answered an iterate that ran away: with an infinite residual, or with two that are opposed. A solve
 // would only tell so less clearly, or end the run over a matrix of such numbers.
 bool ran_away(run_state& r, std::string_view who) {
-    bool infinite = false, no_number = false;
-    for (double x : r.mat.rhs_m) {
-        infinite = infinite || std::isinf(x);
-        no_number = no_number || std::isnan(x);
-    }
-    if (no_number)
-        say(line(who, ": NaN found!"));
-    else if (infinite)
-        say(line(who, ": norm too large."));
-    return no_number || infinite;
+    bool in_range = true;
+    for (double x : r.mat.rhs_m) in_range &= std::fabs(x) <= std::numeric_limits<double>::max();
+    if (!in_range) say(line(who, has_nan(r.mat.rhs_m) ? ": NaN found!" : ": norm too large."));
+    return !in_range;
 }
 
 // Halves the step until the residual is not above that at the start; false when the trials are used up. svec stays at

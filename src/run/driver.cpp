@@ -151,9 +151,9 @@ void prepare_circuit(run_state& r) {
     one_time_parms(r);
     check_linear(c);
     check_one_time(c);
-    allocate_system(r.mat, c);
     set_rparm_1(c);
     get_rparm_1(c);
+    allocate_system(r.mat, c);
 }
 
 void read_block(run_state& r, int index) {

@@ -219,3 +219,32 @@ TEST(transient, the_mark_of_pure_units_changes_no_byte) {
             EXPECT_EQ(more_rows, plain.rows("out3.dat")) << rule;
         }
 }
+
+TEST(transient, a_first_step_that_leaves_the_range_of_numbers_goes_to_gmin_stepping) {
+    // Stages of 0.5 S into a diode each: from 0 V a step of Newton multiplies by 4e11 a stage. Behind 0.1 A the first
+    // stage stands at 0.7742084 V, the last at 0.8103977 V: is (exp(v/vt) - 1) + gmin v = 0.5 v of the stage before.
+    std::string chain = "eelement name=I0 type=isrcac p=0 n=a1 idc=0.1\n";
+    for (int k = 1; k <= 16; ++k) {
+        const std::string n = std::to_string(k);
+        chain += "eelement name=D" + n + " type=diode_spice_1 p=a" + n + " n=0\n";
+        if (k > 1)
+            chain += "eelement name=G" + n + " type=vccs p=0 n=a" + n + " cp=a" + std::to_string(k - 1) +
+                     " cn=0 gm=0.5\n";
+    }
+    const whole_run run(deck_text{chain + "outvar: v1=nodev_of_a1 v16=nodev_of_a16\n",
+                                  "v1 v16",
+                                  {"solve_type trns\nmethod: back_euler=yes t_end=2m delt_const=1m gmin_init=no "
+                                   "chk_only_rhs2=yes norm_2=1e-12\n"}}
+                            .str());
+    ASSERT_FALSE(run.stopped) << run.text;
+    EXPECT_NE(run.text.find("solve_newton_trns: norm too large.\nsolve_trns: N-R iterations did not converge.\n"
+                            "  iter_trns_anlg=0\n  time (4)=0.001\n  calling gmin_step_trns_1...\n"),
+              std::string::npos)
+        << run.text;
+    const table rows = run.rows("out1.dat");
+    ASSERT_EQ(rows.size(), 3u);
+    for (std::size_t i : {1, 2}) {
+        EXPECT_NEAR(rows[i][1], 0.7742084, 6e-8);
+        EXPECT_NEAR(rows[i][2], 0.8103977, 6e-8);
+    }
+}

@@ -19,17 +19,20 @@ std::string composite(const std::string& name, const std::string& vars, const st
            "end_dc\nC:\nendC\nbegin_ac\noutvar_ac:\nend_ac\nendgce\n";
 }
 const std::string target = "element=none parm=none";
-const std::string gbes = block("set", "set_rparm_1=yes", "x", target, "gain=3 k=2", "no_functions 0\n") +
-                         block("plain_set", "set_rparm_1=yes", "x", target, "", "no_functions 0\n") +
-                         block("get", "get_rparm_1=yes", "y", target, "value=0", "no_functions 1\nf_1 y\n") +
-                         block("plain_get", "get_rparm_1=yes", "y", target, "", "no_functions 1\nf_1 y\n") +
-                         block("nameless", "set_rparm_1=yes", "x", "", "", "no_functions 0\n") +
-                         block("const", "", "y", "", "k=0", "no_functions 1\nf_1 y\n");
+const std::string gbes =
+    block("set", "set_rparm_1=yes", "x", target, "gain=3 k=2", "no_functions 0\n") +
+    block("plain_set", "set_rparm_1=yes", "x", target, "", "no_functions 0\n") +
+    block("get", "get_rparm_1=yes", "y", target, "value=0", "no_functions 1\nf_1 y\n") +
+    block("plain_get", "get_rparm_1=yes", "y", target, "", "no_functions 1\nf_1 y\n") +
+    block("nameless", "set_rparm_1=yes", "x", "", "", "no_functions 0\n") +
+    block("wraps", "limit_modulo=yes allow_reset=yes", "y", "", "lo=0 hi=1", "no_functions 1\nf_1 y\n") +
+    block("const", "", "y", "", "k=0", "no_functions 1\nf_1 y\n");
 const std::string gels = composite("set", "x", target, "gbe type=set name=b x=x element=element parm=parm\n") +
                          composite("plain_set", "x", target, "gbe type=plain_set x=x element=element parm=parm\n") +
                          composite("get", "y", target, "gbe type=get name=b y=y element=element parm=parm\n") +
                          composite("plain_get", "y", target, "gbe type=plain_get y=y element=element parm=parm\n") +
                          composite("nameless", "x", "", "gbe type=nameless x=x\n") +
+                         composite("wraps", "y", "", "gbe type=wraps y=y\n") +
                          composite("const", "y", "", "gbe type=const name=b y=y\n");
 
 // One resistor, a pair whose first parameter feeds one unit, and blocks.
@@ -93,4 +96,14 @@ TEST(set_rparm_1, wants_two_strings_of_a_block) {
     EXPECT_HALT(set_rparm_1(c),
                 "cct_class::set_rparm_1: the block nameless needs\n"
                 "   two string parameters and a variable.\n   Halting...\n");
+}
+
+TEST(check_one_time, sees_the_flag_words_of_units_alone) {
+    circuit c = with_blocks("");
+    check_one_time(c);
+    EXPECT_FALSE(c.cct.flag_setrparm || c.cct.flag_getrparm || c.cct.flag_modulo || c.cct.flag_reset);
+    circuit d = with_blocks("gelement name=S type=set x=x element=R parm=r\ngelement name=W type=wraps y=w\n");
+    check_one_time(d);
+    EXPECT_TRUE(d.cct.flag_setrparm && d.cct.flag_modulo && d.cct.flag_reset);
+    EXPECT_FALSE(d.cct.flag_getrparm);
 }
