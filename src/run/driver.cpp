@@ -196,7 +196,7 @@ void solve_block(run_state& r) {
 
 void run_tarnel() {
     circuit c;
-    c.cf = read_circuit_file(".tnlaux/cct.in");
+    c.cf = read_circuit_file(".tnlaux/cct.in", deck_line_limit("tmpdim.in"));
     const constants_class constants;
     if (c.cf.output.input) write_input_dat(c.cf);
     read_libraries(c, constants);

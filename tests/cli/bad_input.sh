@@ -57,6 +57,35 @@ $done" "$text"
 fresh
 sound 'the folder itself'
 
+# ---- long decks ---------------------------------------------------------------------------------------------------------
+
+long() { # lines of the whole deck
+    fresh
+    have=$(wc -l <.tnlaux/cct.in)
+    yes '# a line more' | head -n $(($1 - have)) >>.tnlaux/cct.in
+    expect 'lines of the deck' "$1" "$(wc -l <.tnlaux/cct.in)"
+}
+too_long='filr_chr: file end not reached. Halting..'
+long 5000
+sound 'a deck of 5000 lines'
+long 5001
+stops 'one line more' "$too_long"
+echo 'M_DECK_LINES 5001' >>tmpdim.in
+sound 'with M_DECK_LINES'
+echo 'M_DECK_LINES 5000' >>tmpdim.in
+stops 'of less' "$too_long"
+long 4000
+echo 'M_DECK_LINES 3999' >>tmpdim.in
+stops 'a limit below the usual one' "$too_long"
+long 5001
+echo 'M_DECK_LINES many' >>tmpdim.in
+stops 'a limit that is no number, behind the fault of the deck' "$too_long"
+fresh
+echo 'M_DECK_LINES many' >>tmpdim.in
+stops 'and by itself' 'check integer string: <many>
+  (brackets are not part of the string)
+  Halting...'
+
 # ---- files that are not there, cannot be read, or are folders ----------------------------------------------------------
 who_reads() {
     case $1 in
@@ -183,11 +212,14 @@ number() { # what, value of R2, wanted status
     run "$1"
     expect "$1: status" "$3" "$status"
 }
-number '400 digits are infinity' "$digits" 0
-expect '400 digits are infinity: row' ' 1.000000e+01 ' "$(cat out.dat)"
+number '400 digits are infinity' "$digits" 1
+expect '400 digits are infinity: text' "check double string: <$digits>
+  (brackets are not part of the string)
+  value = inf
+  Halting..." "$text"
 number '400 digits behind the point' "2000.$digits" 0
 expect '400 digits behind the point: row' ' 6.667037e+00 ' "$(cat out.dat)"
-number 'an exponent of 400 digits' "1e$digits" 0
+number 'an exponent of 400 digits' "1e$digits" 1
 number 'a resistance of 1e-400' 1e-400 1
 expect 'a resistance of 1e-400: text' 'r.ebe: r too small!
 r.ebe: r=0
