@@ -9,7 +9,8 @@ namespace {
 
 // max_lines counts physical lines, comments and what follows the end included.
 file_chr statements_of(const text_file& file, int max_lines) {
-    if (file.lines.size() > static_cast<std::size_t>(std::max(max_lines, 0))) halt({"filr_chr: file end not reached. Halting.."});
+    if (file.lines.size() > static_cast<std::size_t>(std::max(max_lines, 0)))
+        halt({"filr_chr: file end not reached. Halting.."});
     file_chr f;
     for (std::size_t i = 0; i < file.lines.size(); ++i) {
         std::string_view s = file.lines[i];

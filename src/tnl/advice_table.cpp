@@ -71,6 +71,9 @@ constexpr advice_text texts[] = {
     {"illegal-statement", "A statement in the circuit or in a solve block begins with a word that nobody knows.",
      "a misspelt word; a statement in the wrong block; a missing end_solve or end_circuit",
      "tnl check DECK shows near words"},
+    {"out-of-memory", "The machine has too little memory for this run.",
+     "a very large circuit; a block that keeps millions of values",
+     "a machine with more memory; fewer parts; ulimit -v shows whether the shell allows less than there is"},
     {"not-finite", "A number of the deck is infinite or not a number.",
      "a constant that divides by 0 or overflows, perhaps at one point of a sweep; a number beyond 1e308",
      "look at the constants in that expression, and at the range of the sweep"},
@@ -155,7 +158,7 @@ constexpr advice_text texts[] = {
     {"bad-item", "set_parm, vary_parm or their kin name something that is not there.",
      "a misspelt parameter or element", "PARAMETER_of_ELEMENT or glbl_of_NAME; tnl describe TYPE lists parameters"},
     {"bad-sweep", "A sweep is not complete, or not possible.", "",
-     "vary_parm ITEM from A to B type linear n_points N (2 to 10 million); type log needs A, B above 0; type table V1 "
+     "vary_parm ITEM from A to B type linear n_points N (2 or more); type log needs A, B above 0; type table V1 "
      "V2 ..."},
     {"sweep-not-here", "A sweep stands in a kind of block that has none.", "",
      "sweeps stand in dc blocks (vary_parm also in startup); in time give each value a block with set_parm"},
@@ -246,6 +249,7 @@ constexpr advice_pattern patterns[] = {
     {"pick_word_1: index_word is too large", "word-missing"},
     {"check_word_1: index_word is too large", "word-missing"},
     {"illegal statement in", "illegal-statement"},
+    {"the memory is not enough", "out-of-memory"},
     {"value = inf", "not-finite"},
     {"value = -inf", "not-finite"},
     {"value = nan", "not-finite"},

@@ -287,6 +287,49 @@ expect 'rows before the stop' ' 5.000000e+00
  7.500000e+00 ' "$(cat out.dat)"
 expect 'rows before the stop, in every file' 2 "$(wc -l <both.dat)"
 
+# ---- memory --------------------------------------------------------------------------------------------------------------
+# 20000 sections of a ladder with less and less memory: rows, or a text.
+fresh
+{
+    printf 'title: ladder\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcdc p=n0 n=0 vdc=10\n'
+    awk 'BEGIN { for (k = 0; k < 20000; ++k) {
+        print "eelement name=R" k " type=r p=n" k " n=n" k + 1 " r=1k"
+        print "eelement name=S" k " type=r p=n" k + 1 " n=0 r=1k" } }'
+    printf 'outvar: vout=nodev_of_n1\nend_circuit\nbegin_solve\nsolve_type dc\nbegin_output\nfilename out.dat\n'
+    printf 'variables: vout\nend_output\nend_solve\nend_cf\n'
+} >.tnlaux/cct.in
+for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE MNZ_XBCE MNZ_EBCE_AC MNZ_GBCE_AC \
+    MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE \
+    M_DECK_LINES; do
+    echo "$key 1000000"
+done >tmpdim.in
+run 'a large circuit with all memory'
+expect 'a large circuit with all memory: status' 0 "$status"
+told=0
+for memory in 20000 40000 60000 80000 120000; do # kB
+    (ulimit -v $memory && exec "$tarnel" >../text 2>../errors </dev/null)
+    status=$?
+    text=$(tail -n 2 ../text)
+    case "$status $text" in
+        "1 main: the memory is not enough for this run.
+   Halting...") told=$((told + 1)) ;;
+        "0 "*"$done") ;;
+        *) expect "a large circuit in $memory kB" 'rows or a text' "status $status, $text" ;;
+    esac
+    expect "a large circuit in $memory kB: nothing on standard error" '' "$(cat ../errors)"
+done
+expect 'too little memory is told' yes "$([ $told -ge 2 ] && echo yes || echo "$told times")"
+# Harmonics that no memory holds are refused before any is reserved.
+fresh
+deck 'eelement name=V1 type=vsrcdc p=in n=0 vdc=10
+eelement name=R1 type=r p=in n=0 r=1k
+outvar: v=nodev_of_in' 'filename out.dat fourier=yes
+control: n_fourier=2147483646
+variables: v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v'
+sed 's/solve_type dc/solve_type trns\nmethod: back_euler=yes t_end=1 delt_const=0.1/' .tnlaux/cct.in >x && mv x .tnlaux/cct.in
+stops 'two thousand million harmonics' 'solve_class: too many harmonics and variables
+   in a Fourier file. Halting...'
+
 # ---- sizes ---------------------------------------------------------------------------------------------------------------
 fresh
 sed 's/M_ECT_ND_TMP 1000/M_ECT_ND_TMP 2/' tmpdim.in >x && mv x tmpdim.in

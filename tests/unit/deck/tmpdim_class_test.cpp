@@ -83,7 +83,8 @@ TEST(tmpdim_class, accepts_the_generous_values_of_its_own_table) {
     for (const tmpdim_word& w : tmpdim_words()) text += std::string(w.word) + " " + std::to_string(w.generous) + "\n";
     const tmpdim_class t = tmpdim(text);
     for (const tmpdim_word& w : tmpdim_words()) EXPECT_EQ(t.*w.member, w.generous);
-    const auto needed = std::count_if(tmpdim_words().begin(), tmpdim_words().end(), [](const auto& w) { return w.needed; });
+    const auto needed =
+        std::count_if(tmpdim_words().begin(), tmpdim_words().end(), [](const auto& w) { return w.needed; });
     EXPECT_EQ(static_cast<std::size_t>(needed), std::size(keywords));
     EXPECT_EQ(tmpdim_words().size(), std::size(keywords) + 1);
 }
