@@ -26,8 +26,8 @@ newton_limits gmin_limits(const solve_class& slv, std::string_view who);
 // to do behind a converged solve.
 void newton(run_state& r, const newton_limits& limits);
 
-// One assembly and one solve; exact for a circuit whose units are all linear. A solution that is infinite or not a number
-// stops the run.
+// One assembly and one solve; exact for a circuit whose units are all linear. A solution that is infinite or not a
+// number stops the run.
 void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who, std::string_view tail);
 
 // Settings by which dc and start-up solve a point; the order is fixed at the first point of a sweep.

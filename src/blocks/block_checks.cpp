@@ -1,11 +1,13 @@
 #include "blocks/block_checks.h"
 
 #include <algorithm>
+#include <limits>
 #include <span>
 
 #include "blocks/method_words.h"
 #include "blocks/output_block.h"
 #include "blocks/solve_words.h"
+#include "run/memory.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -205,8 +207,7 @@ void check_serial_evaluation(const solve_class& slv, const circuit& c, const fla
 
 // ---- sweeps and frequencies ----------------------------------------------------------------------------------------
 
-// The grid's points are numbered with an int, and each may hold a saved solution.
-constexpr double max_grid = 10e6;
+constexpr double max_grid = std::numeric_limits<int>::max();  // its points are numbered
 
 void check_sweeps(solve_class& slv) {
     constexpr const char* no_solution = "solve_class::set_values: cannot write solution";
@@ -240,6 +241,8 @@ void check_ac(solve_class& slv, const circuit& c) {
     if (slv.ac_single == slv.ac_sweep)
         halt({"solve_class::set_values: check frequency definition cards", "   must define either a single frequency",
               "   with the set_freq statement OR", "   a range of frequencies with the", "   vary_freq statement."});
+    if (slv.ac_sweep && !fits_in_memory(slv.ac_range.n * double{sizeof(double)}))
+        halt({"solve_class: too many points", "   in vary_freq statement. Halting.."});
     assign_freq_array(slv);
     if (c.xbau.n() > 0 && (c.ebau.n() > 0 || c.gbau.n() > 0))
         halt({"solve_class::set_values: xelements cannot be mixed", "   with other types in AC solve. Halting..."});

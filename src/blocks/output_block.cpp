@@ -1,10 +1,12 @@
 #include "blocks/output_block.h"
 
 #include <algorithm>
+#include <limits>
 #include <variant>
 
 #include "blocks/solve_words.h"
 #include "run/math_cnst_class.h"
+#include "run/memory.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -71,9 +73,7 @@ void read_filename(out_file& file, const gprm_class& gprm, const words& w) {
     }
 }
 
-// Coefficient tables have a row for each harmonic, and in it a number for each variable.
-constexpr int max_harmonics = 100000;
-constexpr std::size_t max_coefficients = 5000000;
+constexpr int max_harmonics = std::numeric_limits<int>::max() - 1;  // harmonic 0 counts too
 
 void read_control(out_file& file, const solve_class& slv, const gprm_class& gprm, const words& w) {
     for (int i = 1; i + 1 < w.size(); i += 2) {
@@ -255,7 +255,9 @@ void check_fourier(out_file& file, const solve_class& slv) {
     for (const out_var& v : file.vars)
         if (v.prefix != prefix_none)
             halt({"solve_class: cannot have a prefix", "   for an outvar in fourier analysis.", "   Halting..."});
-    if (at(file.n_fourier) * file.vars.size() > max_coefficients)
+    // A frequency for each harmonic, and two coefficients of each variable.
+    const double n_numbers = double(file.n_fourier) * (1.0 + 2.0 * double(file.vars.size()));
+    if (!fits_in_memory(n_numbers * sizeof(double)))
         halt({"solve_class: too many harmonics and variables", "   in a Fourier file. Halting..."});
     file.omega_fourier.resize(at(file.n_fourier));
     for (int k = 0; k < file.n_fourier; ++k)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <variant>
 
 #include "blocks/solve_words.h"
@@ -123,8 +124,7 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
 // ---- sweeps
 // -------------------------------------------------------------------------------------------------------------
 namespace {
-// More points than this are a slip of the pen; grids keep a number for each.
-constexpr double max_points = 10e6;
+constexpr double max_points = std::numeric_limits<int>::max();  // points are numbered; nothing is kept of them
 
 [[noreturn]] void word_missing(std::string_view what, const std::string& statement) {
     halt({line("solve_class: ", what, " not found in"), line("   ", statement, ". Halting..")});

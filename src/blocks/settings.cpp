@@ -82,6 +82,7 @@ void find_trns_constants(solve_class& slv) {
 void assign_freq_array(solve_class& slv) {
     const double rad_per_s = math_cnst_class{}.twopi;
     slv.freq_array.clear();
+    if (slv.ac_sweep) slv.freq_array.reserve(static_cast<std::size_t>(slv.ac_range.n));
     if (slv.ac_single)
         slv.freq_array.push_back(rad_per_s * slv.ac_freq);
     else if (slv.ac_sweep)

@@ -143,4 +143,6 @@ circuit_file circuit_file_of(file_chr text) {
     return cf;
 }
 
-circuit_file read_circuit_file(const std::string& path) { return circuit_file_of(read_file_chr(path)); }
+circuit_file read_circuit_file(const std::string& path, int max_lines) {
+    return circuit_file_of(read_file_chr(path, max_lines));
+}

@@ -39,5 +39,5 @@ struct circuit_file {
     int first_unclaimed(int begin, int end) const;
 };
 
-circuit_file read_circuit_file(const std::string& path);
+circuit_file read_circuit_file(const std::string& path, int max_lines = usual_deck_lines);
 circuit_file circuit_file_of(file_chr text);

@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr std::size_t max_lines = 5000;  // physical lines of the file, comments and what follows the end included
-
-file_chr statements_of(const text_file& file) {
-    if (file.lines.size() > max_lines) halt({"filr_chr: file end not reached. Halting.."});
+// max_lines counts physical lines, comments and what follows the end included.
+file_chr statements_of(const text_file& file, int max_lines) {
+    if (file.lines.size() > static_cast<std::size_t>(std::max(max_lines, 0)))
+        halt({"filr_chr: file end not reached. Halting.."});
     file_chr f;
     for (std::size_t i = 0; i < file.lines.size(); ++i) {
         std::string_view s = file.lines[i];
@@ -40,9 +40,11 @@ words copy_line(const file_chr& f, int i_line) {
 
 }  // namespace
 
-file_chr read_file_chr(const std::string& path) { return statements_of(open_text_file(path, "file_chr")); }
+file_chr read_file_chr(const std::string& path, int max_lines) {
+    return statements_of(open_text_file(path, "file_chr"), max_lines);
+}
 
-file_chr file_chr_of(std::string_view text) { return statements_of(text_file_of(text)); }
+file_chr file_chr_of(std::string_view text, int max_lines) { return statements_of(text_file_of(text), max_lines); }
 
 std::string file_get_word(const file_chr& f, int i_line, int i_word) {
     if (!has_line(f, i_line)) halt({"get_word: line_given is too large! Halting.."});

@@ -20,9 +20,11 @@ struct file_chr {
     static std::size_t at(int i) { return static_cast<std::size_t>(i); }
 };
 
-// Reads the file in one pass. Halts when it cannot be opened, has more than 5000 lines, or begins with a '+'.
-file_chr read_file_chr(const std::string& path);
-file_chr file_chr_of(std::string_view text);  // the same for a text in memory
+inline constexpr int usual_deck_lines = 5000;  // that a deck may have unless M_DECK_LINES of tmpdim.in says otherwise
+
+// Reads the file in one pass. Halts when it cannot be opened, has more than max_lines lines, or begins with a '+'.
+file_chr read_file_chr(const std::string& path, int max_lines = usual_deck_lines);
+file_chr file_chr_of(std::string_view text, int max_lines = usual_deck_lines);  // the same for a text in memory
 
 // Word i of a statement; a number beyond the file or the statement halts.
 std::string file_get_word(const file_chr& f, int i_line, int i_word);

@@ -1,5 +1,8 @@
 #include "deck/tmpdim_class.h"
 
+#include <charconv>
+
+#include "deck/file_chr.h"
 #include "run/halt.h"
 #include "run/text_file.h"
 
@@ -23,6 +26,7 @@ const std::vector<tmpdim_word>& tmpdim_words() {
         {"M_RMS_MV_GBE", &t::m_rms_mv_gbe, 10000},
         {"M_AVERAGE_MV_XBE", &t::m_average_mv_xbe, 10000},
         {"M_RMS_MV_XBE", &t::m_rms_mv_xbe, 10000},
+        {deck_lines_word, &t::m_deck_lines, usual_deck_lines, false},
     };
     return all;
 }
@@ -48,6 +52,19 @@ tmpdim_class read_tmpdim(const std::string& path) {
         assigned[k] = 1;
     }
     for (std::size_t k = 0; k < all.size(); ++k)
-        if (!assigned[k]) halt({line(all[k].word, " not assigned? Halting...")});
+        if (!assigned[k] && all[k].needed) halt({line(all[k].word, " not assigned? Halting...")});
     return t;
+}
+
+int deck_line_limit(const std::string& path) {
+    int limit = usual_deck_lines;
+    text_file file;
+    if (!read_text_file(path, file)) return limit;
+    for (const std::string& line : file.lines) {
+        const words w = parse_line_2(line);
+        if (w.size() != 2 || w[0] != deck_lines_word) continue;
+        int value = 0;
+        if (std::from_chars(w[1].data(), w[1].data() + w[1].size(), value).ec == std::errc{}) limit = value;
+    }
+    return limit;
 }

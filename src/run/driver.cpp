@@ -162,7 +162,7 @@ void read_block(run_state& r, int index) {
     const bool debug = c.cf.output.debug;
     slv.n_gmin_total = 0;
     slv.index_solve = index;
-    r.flags.n_solve_lin = r.flags.n_newton = r.flags.n_steps = 0;
+    r.flags.n_solve_lin = 0;
     slv.i_vary_last = slv.i_sync_last = -1;
     if (debug) say(line("main: index_solve = ", index));
     r.flags.init_flags();
@@ -206,7 +206,7 @@ void solve_block(run_state& r) {
 
 void run_tarnel() {
     circuit c;
-    c.cf = read_circuit_file(".tnlaux/cct.in");
+    c.cf = read_circuit_file(".tnlaux/cct.in", deck_line_limit("tmpdim.in"));
     const constants_class constants;
     if (c.cf.output.input) write_input_dat(c.cf);
     read_libraries(c, constants);

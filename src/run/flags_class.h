@@ -34,7 +34,7 @@ struct flags_class {
     int iter_trns = 0;            // pass of the time loop
     int iter_trns_1 = -1;         // steps of the transient so far; 0 in the first
     int flag_debug_int = 0;
-    int n_solve_lin = 0, n_newton = 0, n_steps = 0;  // statistics of the block
+    int n_solve_lin = 0;  // linear solves of the block
 
     // Library number -> position in the list file of all names. -1: not in use.
     std::vector<int> map_global_ebe, map_global_sse, map_global_gbe, map_global_ssg, map_global_dbe, map_global_xbe,

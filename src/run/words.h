@@ -107,12 +107,13 @@ std::string strcpy_chk(std::string_view word, int m);  // halts unless shorter t
 // ---- numbers --------------------------------------------------------------------------------------------------------
 
 int chr_to_int(std::string_view word);       // optional '-', digits
-// The value, unless it is infinite or not a number: that halts with the text of a word that is no number, and the value.
+// The value, unless it is infinite or not a number: that halts with the text of a word that is no number, and the
+// value.
 double finite_number(double value, std::string_view word);
-double chr_to_double(std::string_view word);  // one scale letter of G M k K m u n p f may follow the number; finite
+double chr_to_double(std::string_view word);    // one scale letter of G M k K m u n p f may follow the number; finite
 double chr_to_double_1(std::string_view word);  // the same scale letters, without the test that the whole word parsed
 double chr_to_double_4(std::string_view word);  // no scale letters: for data files
-bool is_double(std::string_view word, double& value);    // chr_to_double without the stop
+bool is_double(std::string_view word, double& value);  // chr_to_double without the stop
 int chr_to_int_3(const words& w, int i);
 double chr_to_double_3(const words& w, int i);
 

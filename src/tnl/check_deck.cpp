@@ -129,21 +129,12 @@ bool begins_with_continuation(const std::string& text, std::size_t& at) {
     return false;
 }
 
-constexpr std::size_t most_lines = 5000;  // that the simulator reads
-
 }  // namespace
 
 check_report check_deck(deck_view view, const installed_libraries& libraries) {
     check_report report{std::move(view), {}, {}};
     deck_view& deck = report.deck;
     std::size_t at = 0;
-    if (!deck.readable && deck.source.origin.size() > most_lines) {
-        report.error("too-long", {},
-                     "the deck has " + std::to_string(deck.source.origin.size()) + " lines; the simulator reads " +
-                         std::to_string(most_lines) + " at most",
-                     "comments and what stands behind end_cf count too");
-        return report;
-    }
     if (!deck.readable && begins_with_continuation(deck.source.text, at)) {
         const auto line =
             std::count(deck.source.text.begin(), deck.source.text.begin() + static_cast<std::ptrdiff_t>(at), '\n');
@@ -151,7 +142,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
                      "a '+' continues the statement before it, and there is none");
         deck.source.text[at] = ' ';
         try {
-            deck.statements = file_chr_of(deck.source.text);
+            deck.statements = file_chr_of(deck.source.text, any_number_of_lines);
             deck.readable = true;
         } catch (...) {
         }

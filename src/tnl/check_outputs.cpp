@@ -1,6 +1,7 @@
 // Output blocks: file, options, columns, control.
 #include <algorithm>
 #include <filesystem>
+#include <limits>
 
 #include "blocks/solve_words.h"
 #include "tnl/check_deck.h"
@@ -192,8 +193,8 @@ private:
                 if (word == "n_fourier") {
                     int n = 0;
                     file.has_n_fourier = true;
-                    if (check_int(d_, {i, j + 1}, &n) && (n < 0 || n > 100000))
-                        d_.report.error("bad-option", {i, j + 1}, "n_fourier is from 0 to 100000");
+                    if (check_int(d_, {i, j + 1}, &n) && (n < 0 || n == std::numeric_limits<int>::max()))
+                        d_.report.error("bad-option", {i, j + 1}, "n_fourier is from 0 to 2147483646");
                     continue;
                 }
                 double x = NAN;

@@ -22,7 +22,7 @@ struct block_type {
 constexpr block_type block_types[] = {
     {"dc", b_dc}, {"ac", b_ac}, {"trns", b_trns}, {"startup", b_startup}, {"ssw", b_ssw}};
 
-constexpr double most_points = 10e6;  // of a sweep
+constexpr double most_points = 2147483647;  // of a sweep: they are numbered
 
 // Rules for circuits of explicit elements, which no library has.
 constexpr std::string_view explicit_rules[] = {"forward_euler", "RK4", "RKF45", "BS23", "modified_euler", "Heun"};
@@ -306,7 +306,7 @@ private:
             if (has_auto_ && n_vary_ > 1)
                 d_.report.error("bad-sweep", {i, 0}, "a sweep of type auto stands alone in its block");
             if (n_grid_ > most_points)
-                d_.report.error("bad-sweep", {i, 0}, "the sweeps of this block span more than 10 million points");
+                d_.report.error("bad-sweep", {i, 0}, "the sweeps of this block span more than 2147483647 points");
         }
     }
 
@@ -380,15 +380,13 @@ private:
             int n = 0;
             if (!check_int(d_, {i, at["n_points"]}, &n)) return unknown;
             if (n < 2) d_.report.error("bad-sweep", {i, at["n_points"]}, "a sweep has at least two points");
-            if (n > most_points)
-                d_.report.error("bad-sweep", {i, at["n_points"]}, "a sweep has at most 10 million points");
             return n;
         }
         if (form == "linear" && at.count("div")) {
             const double n = std::trunc((to - from) / div + 0.5) + 1;
             if (!std::isnan(n) && !(n >= 2 && n <= most_points))
                 d_.report.error("bad-sweep", {i, at["div"]},
-                                "this division gives less than two points or more than 10 million",
+                                "this division gives less than two points or more than 2147483647",
                                 "div is the step from point to point, with the sign of the sweep");
             return n;
         }

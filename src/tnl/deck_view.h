@@ -1,5 +1,6 @@
 // deck_view.h -- what the front end must know of a deck: its statements with their places, and what it asks for.
 #pragma once
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,9 @@
 #include "tnl/run_record.h"
 
 namespace cli {
+
+// What the simulator may read is told in tmpdim.in, which the front end writes.
+inline constexpr int any_number_of_lines = std::numeric_limits<int>::max();
 
 // The deck's statements. A deck that the reader refuses has none: the simulator will say why.
 struct deck_view {

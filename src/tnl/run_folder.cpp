@@ -301,7 +301,9 @@ void fill_partial(const run_folder& folder, const deck_view& deck, const install
 
     std::string dimensions;
     for (const tmpdim_word& d : tmpdim_words())
-        dimensions += std::string(d.word) + " " + std::to_string(d.generous) + "\n";
+        if (d.needed) dimensions += std::string(d.word) + " " + std::to_string(d.generous) + "\n";
+    if (const std::size_t n = deck.source.origin.size(); n > static_cast<std::size_t>(usual_deck_lines))
+        dimensions += std::string(deck_lines_word) + " " + std::to_string(n) + "\n";
     write_file(folder.partial / dimensions_name, dimensions);
 
     record.other_files = bring_data_files(folder, deck, needs.files);

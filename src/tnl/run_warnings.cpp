@@ -45,9 +45,9 @@ std::string warning_text(const deck_view& deck, const std::vector<record_warning
     std::string out;
     for (const record_warning& w : warnings) {
         const std::size_t at = w.message.find(before_node);
-        const std::vector<stop_place> places =
-            at == std::string::npos ? std::vector<stop_place>{}
-                                    : places_of_node(deck, w.message.substr(at + before_node.size()));
+        const std::vector<stop_place> places = at == std::string::npos
+                                                   ? std::vector<stop_place>{}
+                                                   : places_of_node(deck, w.message.substr(at + before_node.size()));
         deck_word word;
         if (!places.empty()) word = {places[0].i_statement, places[0].i_word};
         out += fault_text(check_report{deck, {}, {}}, {false, "residual", w.message, w.advice, word}, indent);

@@ -57,6 +57,35 @@ $done" "$text"
 fresh
 sound 'the folder itself'
 
+# ---- long decks ---------------------------------------------------------------------------------------------------------
+
+long() { # lines of the whole deck
+    fresh
+    have=$(wc -l <.tnlaux/cct.in)
+    yes '# a line more' | head -n $(($1 - have)) >>.tnlaux/cct.in
+    expect 'lines of the deck' "$1" "$(wc -l <.tnlaux/cct.in)"
+}
+too_long='filr_chr: file end not reached. Halting..'
+long 5000
+sound 'a deck of 5000 lines'
+long 5001
+stops 'one line more' "$too_long"
+echo 'M_DECK_LINES 5001' >>tmpdim.in
+sound 'with M_DECK_LINES'
+echo 'M_DECK_LINES 5000' >>tmpdim.in
+stops 'of less' "$too_long"
+long 4000
+echo 'M_DECK_LINES 3999' >>tmpdim.in
+stops 'a limit below the usual one' "$too_long"
+long 5001
+echo 'M_DECK_LINES many' >>tmpdim.in
+stops 'a limit that is no number, behind the fault of the deck' "$too_long"
+fresh
+echo 'M_DECK_LINES many' >>tmpdim.in
+stops 'and by itself' 'check integer string: <many>
+  (brackets are not part of the string)
+  Halting...'
+
 # ---- files that are not there, cannot be read, or are folders ----------------------------------------------------------
 who_reads() {
     case $1 in
@@ -183,11 +212,14 @@ number() { # what, value of R2, wanted status
     run "$1"
     expect "$1: status" "$3" "$status"
 }
-number '400 digits are infinity' "$digits" 0
-expect '400 digits are infinity: row' ' 1.000000e+01 ' "$(cat out.dat)"
+number '400 digits are infinity' "$digits" 1
+expect '400 digits are infinity: text' "check double string: <$digits>
+  (brackets are not part of the string)
+  value = inf
+  Halting..." "$text"
 number '400 digits behind the point' "2000.$digits" 0
 expect '400 digits behind the point: row' ' 6.667037e+00 ' "$(cat out.dat)"
-number 'an exponent of 400 digits' "1e$digits" 0
+number 'an exponent of 400 digits' "1e$digits" 1
 number 'a resistance of 1e-400' 1e-400 1
 expect 'a resistance of 1e-400: text' 'r.ebe: r too small!
 r.ebe: r=0
@@ -259,6 +291,49 @@ r.ebe: k_scale=1"
 expect 'rows before the stop' ' 5.000000e+00 
  7.500000e+00 ' "$(cat out.dat)"
 expect 'rows before the stop, in every file' 2 "$(wc -l <both.dat)"
+
+# ---- memory --------------------------------------------------------------------------------------------------------------
+# 20000 sections of a ladder with less and less memory: rows, or a text.
+fresh
+{
+    printf 'title: ladder\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcdc p=n0 n=0 vdc=10\n'
+    awk 'BEGIN { for (k = 0; k < 20000; ++k) {
+        print "eelement name=R" k " type=r p=n" k " n=n" k + 1 " r=1k"
+        print "eelement name=S" k " type=r p=n" k + 1 " n=0 r=1k" } }'
+    printf 'outvar: vout=nodev_of_n1\nend_circuit\nbegin_solve\nsolve_type dc\nbegin_output\nfilename out.dat\n'
+    printf 'variables: vout\nend_output\nend_solve\nend_cf\n'
+} >.tnlaux/cct.in
+for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE MNZ_XBCE MNZ_EBCE_AC MNZ_GBCE_AC \
+    MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE \
+    M_DECK_LINES; do
+    echo "$key 1000000"
+done >tmpdim.in
+run 'a large circuit with all memory'
+expect 'a large circuit with all memory: status' 0 "$status"
+told=0
+for memory in 20000 40000 60000 80000 120000; do # kB
+    (ulimit -v $memory && exec "$tarnel" >../text 2>../errors </dev/null)
+    status=$?
+    text=$(tail -n 2 ../text)
+    case "$status $text" in
+        "1 main: there is not enough memory for this.
+   Halting...") told=$((told + 1)) ;;
+        "0 "*"$done") ;;
+        *) expect "a large circuit in $memory kB" 'rows or a text' "status $status, $text" ;;
+    esac
+    expect "a large circuit in $memory kB: nothing on standard error" '' "$(cat ../errors)"
+done
+expect 'too little memory is told' yes "$([ $told -ge 2 ] && echo yes || echo "$told times")"
+# Harmonics that no memory holds are refused before any is reserved.
+fresh
+deck 'eelement name=V1 type=vsrcdc p=in n=0 vdc=10
+eelement name=R1 type=r p=in n=0 r=1k
+outvar: v=nodev_of_in' 'filename out.dat fourier=yes
+control: n_fourier=2147483646
+variables: v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v v'
+sed 's/solve_type dc/solve_type trns\nmethod: back_euler=yes t_end=1 delt_const=0.1/' .tnlaux/cct.in >x && mv x .tnlaux/cct.in
+stops 'two thousand million harmonics' 'solve_class: too many harmonics and variables
+   in a Fourier file. Halting...'
 
 # ---- sizes ---------------------------------------------------------------------------------------------------------------
 fresh

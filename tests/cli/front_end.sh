@@ -55,6 +55,20 @@ sed 's/^solve_type dc/solve_type cd/' decks/divider.in >nothing.in
 expect 'so is one that solves nothing' 3 "$(status_of "$tnl" run nothing.in)"
 expect 'is told with its place' 1 "$(grep -c 'nothing.in:10:12: error: there is no solve_type cd' err.txt)"
 expect 'and stands in the record' 1 "$(grep -c '"status": 3' nothing.in.run/run.json)"
+# A deck of more lines than the simulator takes unasked: 3000 sections of a ladder, which ends as an endless one begins.
+{
+    printf 'title: ladder\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcdc p=n0 n=0 vdc=10\n'
+    awk 'BEGIN { for (k = 0; k < 3000; ++k) {
+        print "eelement name=R" k " type=r p=n" k " n=n" k + 1 " r=1k"
+        print "eelement name=S" k " type=r p=n" k + 1 " n=0 r=1k" } }'
+    printf 'outvar: v=nodev_of_n1\nend_circuit\nbegin_solve\nsolve_type dc\nbegin_output\nfilename v.dat\nvariables: v\n'
+    printf 'end_output\nend_solve\nend_cf\n'
+} >long.in
+expect 'a long deck' 0 "$(status_of "$tnl" run long.in)"
+expect 'its row' ' 3.819660e+00 ' "$(cat long.in.run/v.dat)" # 10 (3 - sqrt 5)/2
+expect 'its limit' "M_DECK_LINES $(wc -l <long.in)" "$(tail -n 1 long.in.run/tmpdim.in)"
+expect 'is checked' 0 "$(status_of "$tnl" check long.in)"
+expect 'a short deck has none' 0 "$(grep -c M_DECK_LINES decks/divider.in.run/tmpdim.in)"
 cat >doubt.in <<'END'
 title: a diode at 400 V that is to carry 1 mA
 begin_circuit

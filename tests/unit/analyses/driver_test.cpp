@@ -20,7 +20,8 @@ std::vector<int> iterations(const std::string& text) {
     return n;
 }
 std::vector<int> iterations_of_grid(const std::string& type) {
-    const deck_text deck{diode, "va",
+    const deck_text deck{diode,
+                         "va",
                          {"solve_type " + type +
                           "\nmethod: chk_only_rhs2=yes norm_2=1e-9 write_rhs2=yes gmin_step=no\n"
                           "vary_parm vdc_of_V1 type table 5 5\nvary_parm r_of_R1 type table 1k 100\n"}};
@@ -47,7 +48,8 @@ TEST(grid, of_startup_starts_every_point_from_the_point_before) {
 }
 
 TEST(grid, parts_its_curves_in_every_file_of_the_block) {
-    const deck_text deck{diode, "va",
+    const deck_text deck{diode,
+                         "va",
                          {"solve_type dc\nvary_parm vdc_of_V1 type table 1 2 3\nvary_parm r_of_R1 type table 1k 2k\n" +
                           output("p.dat", "parms") + output("all.dat", "all_nodes")}};
     const whole_run run(deck.str());
@@ -62,7 +64,8 @@ TEST(grid, parts_its_curves_in_every_file_of_the_block) {
 TEST(unknown_solve_type, solves_nothing_says_nothing_and_writes_what_stands) {
     const std::string solution = "method: chk_only_rhs2=yes norm_2=1e-9\n";
     const deck_text deck{
-        diode, "va",
+        diode,
+        "va",
         {"solve_type dc\n" + solution + output("s1.dat", "solution") + output("p1.dat", "parms"),
          "solve_type dcc\n" + solution + output("s2.dat", "solution") + output("p2.dat", "parms"), "solve_type dc\n"}};
     const whole_run run(deck.str());

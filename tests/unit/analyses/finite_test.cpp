@@ -40,7 +40,8 @@ TEST(finite, a_transient_that_grows_without_end_stops_and_keeps_its_rows) {
         "eelement name=C1 type=c p=a n=0 c=1u v0=1\neelement name=G1 type=vccs p=a n=0 cp=a cn=0 gm=-0.9m\n"
         "outvar: va=nodev_of_a\n",
         "va",
-        {"solve_type startup\n", "solve_type trns\ninitial_sol previous\nmethod: back_euler=yes t_end=1 delt_const=1m\n"}};
+        {"solve_type startup\n",
+         "solve_type trns\ninitial_sol previous\nmethod: back_euler=yes t_end=1 delt_const=1m\n"}};
     const whole_run run(deck.str());
     EXPECT_TRUE(ends_with(run, none)) << run.text;
     const table rows = run.rows("out2.dat");
@@ -60,11 +61,13 @@ TEST(finite, words_that_read_as_infinity_or_no_number_are_refused_wherever_a_dec
 TEST(finite, a_sweep_stops_at_the_point_where_an_expression_is_no_finite_number) {
     const std::string globals = "greal g=1\ngreal ohm=$((1k)/(g))\n";
     const whole_run run(
-        divider({"solve_type dc\nvary_parm glbl_of_g from 1 to -1 type linear n_points 3\n"}, globals, "10", "ohm").str());
+        divider({"solve_type dc\nvary_parm glbl_of_g from 1 to -1 type linear n_points 3\n"}, globals, "10", "ohm")
+            .str());
     EXPECT_TRUE(ends_with(run, bad_number("$((1k)/(g))", "inf"))) << run.text;
     EXPECT_EQ(run.rows("out1.dat"), (table{{5.0}}));
-    const whole_run step(divider({"solve_type dc\nvary_parm_sync glbl_of_g from 1 to -1 type linear n_points 3\n"}, globals,
-                                 "10", "ohm").str());
+    const whole_run step(
+        divider({"solve_type dc\nvary_parm_sync glbl_of_g from 1 to -1 type linear n_points 3\n"}, globals, "10", "ohm")
+            .str());
     EXPECT_TRUE(ends_with(step, bad_number("$((1k)/(g))", "inf"))) << step.text;
 }
 
@@ -77,8 +80,7 @@ TEST(finite, a_sweep_whose_own_value_overflows_stops_with_its_item) {
 TEST(finite, parameters_that_are_set_together_are_looked_at_when_all_are_set) {
     // Between the two, b - a is 0.
     const std::string globals = "greal a=1 b=2\ngreal d=$((b)-(a))\ngreal ohm=$((1k)/(d))\n";
-    const whole_run run(
-        divider({"solve_type dc\nset_parm glbl_of_a 2 glbl_of_b 3\n"}, globals, "10", "ohm").str());
+    const whole_run run(divider({"solve_type dc\nset_parm glbl_of_a 2 glbl_of_b 3\n"}, globals, "10", "ohm").str());
     EXPECT_FALSE(run.stopped) << run.text;
     EXPECT_EQ(run.rows("out1.dat"), (table{{5.0}}));
     const whole_run bad(divider({"solve_type dc\nset_parm glbl_of_a 2\n"}, globals, "10", "ohm").str());

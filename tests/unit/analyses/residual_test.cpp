@@ -81,7 +81,8 @@ TEST(residual, is_told_once_a_block) {
 TEST(residual, is_told_of_the_first_point_of_a_transient) {
     for (const std::string method : {"back_euler", "trapezoidal", "trbdf2", "gear2"}) {
         const whole_run run(
-            diode_at("400", {"solve_type trns\nmethod: gmin_step=no " + method + "=yes t_end=1m delt_const=0.1m\n"}).str());
+            diode_at("400", {"solve_type trns\nmethod: gmin_step=no " + method + "=yes t_end=1m delt_const=0.1m\n"})
+                .str());
         EXPECT_FALSE(run.stopped) << run.text;
         EXPECT_EQ(count(run.text, told), 1) << method << '\n' << run.text;
         EXPECT_EQ(count(run.text, advice), 1) << run.text;
@@ -128,8 +129,8 @@ TEST(residual, at_a_node_inside_of_a_composite_is_told_with_its_name_there_and_t
     const std::string inside = "ebe type=r p=a n=m r=1k\nebe type=r p=m n=b r=1k\n";
     outer.replace(outer.find(inside), inside.size(), "callece half a=a b=m\ncallece half a=m b=b\n");
     const auto said = [&](const std::string& type, int terminal) {
-        dc_run run("eelement name=V1 type=vsrcdc p=in n=0 vdc=10\neelement name=X1 type=" + type + " a=in b=0\n", "", "",
-                   half + outer);
+        dc_run run("eelement name=V1 type=vsrcdc p=in n=0 vdc=10\neelement name=X1 type=" + type + " a=in b=0\n", "",
+                   "", half + outer);
         run.start();
         ebeu_class& e = run.c.ebeu;
         e.cur_nd[static_cast<std::size_t>(e.nd.first[static_cast<std::size_t>(run.unit_of("X1"))] + terminal)] = 1.0;

@@ -24,11 +24,12 @@ std::vector<double> terminal_currents(const whole_run& run) {
 // A transient of a diode behind 1 kOhm at a sine; no output asks for a current. From the second step on no solve has
 // iterations enough.
 deck_text diode(const std::string& more) {
-    return {"eelement name=V1 type=vsrcac p=in n=0 a=5 f_hz=1k\neelement name=R1 type=r p=in n=a r=1k\n"
-            "eelement name=D1 type=diode_spice_1 p=a n=0\noutvar: vin=nodev_of_in va=nodev_of_a\n",
-            "vin va",
-            {"solve_type trns\nmethod: gmin_step=no t_end=1m delt_const=0.1m " + more +
-             "\nbegin_output\nfilename s.dat\nvariables: solution\nend_output\n"}};
+    return {
+        "eelement name=V1 type=vsrcac p=in n=0 a=5 f_hz=1k\neelement name=R1 type=r p=in n=a r=1k\n"
+        "eelement name=D1 type=diode_spice_1 p=a n=0\noutvar: vin=nodev_of_in va=nodev_of_a\n",
+        "vin va",
+        {"solve_type trns\nmethod: gmin_step=no t_end=1m delt_const=0.1m " + more +
+         "\nbegin_output\nfilename s.dat\nvariables: solution\nend_output\n"}};
 }
 
 const char* const methods[] = {"back_euler=yes", "trapezoidal=yes", "gear2=yes"};
@@ -60,13 +61,14 @@ TEST(transient_solution, beside_the_dumped_system_of_a_step_has_the_currents_of_
 }
 
 TEST(transient_solution, of_a_run_without_steps_keeps_the_currents_that_it_began_with) {
-    const deck_text deck{"eelement name=V1 type=vsrcdc p=in n=0 vdc=10\neelement name=R1 type=r p=in n=a r=1k\n"
-                         "eelement name=R2 type=r p=a n=0 r=1k\noutvar: va=nodev_of_a\n",
-                         "va",
-                         {"solve_type dc\n",
-                          "solve_type trns\ninitial_sol previous\nset_parm r_of_R1 2k\n"
-                          "method: back_euler=yes t_end=1m delt_const=0.1m itmax_trns=0\n"
-                          "begin_output\nfilename s.dat\nvariables: solution\nend_output\n"}};
+    const deck_text deck{
+        "eelement name=V1 type=vsrcdc p=in n=0 vdc=10\neelement name=R1 type=r p=in n=a r=1k\n"
+        "eelement name=R2 type=r p=a n=0 r=1k\noutvar: va=nodev_of_a\n",
+        "va",
+        {"solve_type dc\n",
+         "solve_type trns\ninitial_sol previous\nset_parm r_of_R1 2k\n"
+         "method: back_euler=yes t_end=1m delt_const=0.1m itmax_trns=0\n"
+         "begin_output\nfilename s.dat\nvariables: solution\nend_output\n"}};
     const whole_run run(deck.str());
     ASSERT_FALSE(run.stopped) << run.text;
     EXPECT_EQ(terminal_currents(run), (std::vector<double>{-5e-3, 5e-3, 5e-3, -5e-3, 5e-3, -5e-3}));

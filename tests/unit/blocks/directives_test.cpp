@@ -59,6 +59,16 @@ TEST(vary_parm, of_a_div_range_rounds_the_number_of_pieces) {
     EXPECT_EQ(swept("vary_parm r_of_R2 from 0 to 1 type linear div 0.4").size(), 4u);  // 2.5 pieces, up
 }
 
+TEST(vary_parm, takes_as_many_points_as_can_be_numbered) {
+    const auto points = [](const std::string& form) {
+        return read_cards("solve_type dc\nvary_parm r_of_R2 from 1 to 2 type " + form + "\n").slv.n_sweep;
+    };
+    EXPECT_EQ(points("linear n_points 2147483647"), 2147483647);
+    EXPECT_EQ(points("log n_points 2147483647"), 2147483647);
+    EXPECT_EQ(points("linear div 1e-9"), 1000000001);
+    EXPECT_EQ(points("linear n_points 32768\nvary_parm r_of_R1 from 1 to 2 type linear n_points 65535"), 2147450880);
+}
+
 TEST(vary_parm, of_ranges_and_tables_takes_the_points_of_the_deck) {
     EXPECT_EQ(swept("vary_parm r_of_R2 from=1 to=3 type=linear n_points=5"), (doubles{1, 1.5, 2, 2.5, 3}));
     EXPECT_EQ(swept("vary_parm r_of_R2 type table 5 1k half"), (doubles{5, 1000, 0.5}));

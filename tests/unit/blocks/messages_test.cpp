@@ -120,7 +120,7 @@ const fault faults[] = {
     {"variable_without_of", dc + out("vuot"),
      "solve_class: _of_ not found.\n   Check this outvar: vuot\n   Halting...\n"},
     {"n_fourier", dc + out("vout", "", "control: n_fourier=-1\n"),
-     "solve_class: n_fourier must be from 0 to 100000. Halting...\n"},
+     "solve_class: n_fourier must be from 0 to 2147483646. Halting...\n"},
     {"postproc_in_dc", dc + out("vout"), "solve_class: postproc is allowed only\n   for trns and SSW. Halting...\n",
      postproc_outvar},
     {"postproc_ac_in_dc", dc + out("vout"), "solve_class: postproc_ac is allowed only\n   for AC. Halting...\n",
@@ -322,7 +322,7 @@ const fault faults[] = {
      "solve_class: wrong data type for Fourier\n   variable. Check output blocks. Halting...\n", digital_outvar},
     {"fourier_period", trns + out("vout", "fourier=yes", "control: out_tstart=1 out_tend=1\n"),
      "solve_class: period_fourier = 0?\n   Check Fourier variables. Halting...\n"},
-    {"fourier_size", trns + out(repeated("vout ", 60), "fourier=yes", "control: n_fourier=100000\n"),
+    {"fourier_size", trns + out(repeated("vout ", 60), "fourier=yes", "control: n_fourier=2147483646\n"),
      "solve_class: too many harmonics and variables\n   in a Fourier file. Halting...\n"},
     {"fourier_prefix", trns + out("mag_of_vout", "fourier=yes"),
      "solve_class: cannot have a prefix\n   for an outvar in fourier analysis.\n   Halting...\n"},
@@ -344,7 +344,7 @@ const fault faults[] = {
      "solve_class: vary_parm (auto):\n   Cannot have any other vary_parm\n   statement with auto sweep.\n"
      "   Halting ...\n"},
     {"grid_too_large",
-     dc + "vary_parm r_of_R2 from 1 to 2 type linear n_points 9000000\n"
+     dc + "vary_parm r_of_R2 from 1 to 2 type linear n_points 1073741824\n"
           "vary_parm r_of_R1 type table 1 2\n",
      "solve_class: too many points\n   in the vary_parm grid. Halting...\n"},
     {"solution_and_sweep", dc + out("solution") + "vary_parm r_of_R1 type table 1\n",

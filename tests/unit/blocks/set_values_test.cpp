@@ -276,6 +276,14 @@ TEST(fourier_file, drops_a_fixed_interval_and_spaces_its_harmonics_over_the_span
     EXPECT_NEAR(f.omega_fourier[3], 3 * 2 * std::acos(-1.0) / 0.5, 1e-12);
 }
 
+TEST(fourier_file, has_as_many_harmonics_as_the_memory_holds) {
+    const block_run r =
+        read_cards("solve_type trns\nmethod: t_end=1 delt_const=1m\n" +
+                   out_block("filename f.dat fourier=yes\nvariables: vout\ncontrol: n_fourier=200000\n"));
+    EXPECT_EQ(r.slv.files[0].n_fourier, 200001);
+    EXPECT_EQ(r.slv.files[0].omega_fourier.size(), 200001u);
+}
+
 TEST(nyquist_file, passes_with_phase_and_magnitude_of_one_variable) {
     const block_run r = read_cards("solve_type ac\nset_freq 50\n" +
                                    out_block("filename a nyquist=yes\nvariables: phase_of_vout mag_of_vout\n"));

@@ -58,6 +58,14 @@ TEST(file_chr, takes_5000_lines_and_halts_at_the_next) {
         EXPECT_HALT(file_chr_of(text), "filr_chr: file end not reached. Halting..\n");
 }
 
+TEST(file_chr, takes_as_many_lines_as_it_is_told) {
+    const char* const text = "filr_chr: file end not reached. Halting..\n";
+    EXPECT_EQ(file_chr_of(repeated("a\n", 7000), 7000).n_lines(), 7000);
+    EXPECT_HALT(file_chr_of(repeated("a\n", 7001), 7000), text);
+    EXPECT_HALT(file_chr_of("a\nb\n", 1), text);
+    EXPECT_HALT(file_chr_of("a\n", -1), text);
+}
+
 TEST(file_chr, takes_long_lines_and_any_bytes) {
     const std::string million(1000000, 'x');
     EXPECT_EQ(file_chr_of(million + " " + million).word(0, 1), million);

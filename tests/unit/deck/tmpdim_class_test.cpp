@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "halt_throws.h"
 #include "temp_folder.h"
 
@@ -81,5 +83,29 @@ TEST(tmpdim_class, accepts_the_generous_values_of_its_own_table) {
     for (const tmpdim_word& w : tmpdim_words()) text += std::string(w.word) + " " + std::to_string(w.generous) + "\n";
     const tmpdim_class t = tmpdim(text);
     for (const tmpdim_word& w : tmpdim_words()) EXPECT_EQ(t.*w.member, w.generous);
-    EXPECT_EQ(tmpdim_words().size(), std::size(keywords));
+    const auto needed =
+        std::count_if(tmpdim_words().begin(), tmpdim_words().end(), [](const auto& w) { return w.needed; });
+    EXPECT_EQ(static_cast<std::size_t>(needed), std::size(keywords));
+    EXPECT_EQ(tmpdim_words().size(), std::size(keywords) + 1);
+}
+
+TEST(tmpdim_class, knows_how_many_lines_a_deck_may_have) {
+    const temp_folder here;
+    EXPECT_EQ(tmpdim(all_keywords()).m_deck_lines, -1);
+    EXPECT_EQ(tmpdim(all_keywords() + "M_DECK_LINES 12345\n").m_deck_lines, 12345);
+}
+
+TEST(deck_line_limit, is_5000_unless_the_file_says_otherwise_and_faults_of_the_file_are_left_to_its_reader) {
+    const temp_folder here;
+    EXPECT_EQ(deck_line_limit("none.in"), 5000);
+    const auto limit = [](const std::string& text) {
+        write_file("tmpdim.in", text);
+        return deck_line_limit("tmpdim.in");
+    };
+    EXPECT_EQ(limit(""), 5000);
+    EXPECT_EQ(limit("F_MNZ_W 4\n"), 5000);
+    EXPECT_EQ(limit("# M_DECK_LINES 7\n  M_DECK_LINES = 6000\nF_MNZ_W 4\n"), 6000);
+    EXPECT_EQ(limit("M_DECK_LINES 6000\nM_DECK_LINES 100\n"), 100);
+    for (const std::string broken : {"M_DECK_LINES\n", "M_DECK_LINES many\n", "+ M_DECK_LINES\n", "M_DECK_LINES 7 8\n"})
+        EXPECT_EQ(limit(broken), 5000) << broken;
 }

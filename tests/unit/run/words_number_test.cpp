@@ -57,9 +57,9 @@ TEST(chr_to_double, takes_one_scale_letter) {
 }
 
 TEST(chr_to_double, refuses_words_that_read_as_no_finite_number) {
-    for (const std::string& word : {std::string("1e400"), std::string(400, '9'), std::string("1e99999999999999999999"),
-                                    std::string("0.000001e400"), std::string("0x1p5000"), std::string("infinity"),
-                                    std::string("1e308k")})
+    for (const std::string& word :
+         {std::string("1e400"), std::string(400, '9'), std::string("1e99999999999999999999"),
+          std::string("0.000001e400"), std::string("0x1p5000"), std::string("infinity"), std::string("1e308k")})
         EXPECT_HALT(chr_to_double(word), not_finite(word, "inf"));
     EXPECT_HALT(chr_to_double("-1e400"), not_finite("-1e400", "-inf"));
     EXPECT_HALT(chr_to_double("NaN"), not_finite("NaN", "nan"));

@@ -111,7 +111,8 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
               "sensed-only");
     EXPECT_EQ(id_of("check double string: <$((1)/(a))>\n  (brackets are not part of the string)\n  value = inf\n"),
               "not-finite");
-    EXPECT_EQ(id_of("check double string: <10V>\n  (brackets are not part of the string)\n  Halting...\n"), "bad-number");
+    EXPECT_EQ(id_of("check double string: <10V>\n  (brackets are not part of the string)\n  Halting...\n"),
+              "bad-number");
     EXPECT_EQ(id_of("solve_linear: NaN found!\n   Halting...\n"), "nan");
     EXPECT_EQ(id_of("pick_word_1: index_word is too large! Halting..\n  chr_in = abc\n  index_word = 12\n"),
               "word-missing");
