@@ -256,6 +256,13 @@ std::vector<std::size_t> columns_of(const expression& e, const row_table& table)
 
 }  // namespace
 
+bool is_by_row(const expression& e) {
+    for (const measure_op& op : e.sides[0].ops)
+        if (op.what == measure_op::call && measure_functions()[static_cast<std::size_t>(op.index)].by_sample == nullptr)
+            return false;
+    return e.relations.empty() && !e.names.empty();
+}
+
 row_values evaluate_rows(const expression& e, const row_table& table, std::size_t i_curve) {
     if (i_curve >= table.n_curves()) throw measure_error("there are no rows");
     const curve_view curve(table, i_curve);

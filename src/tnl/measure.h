@@ -58,6 +58,7 @@ measured evaluate(const expression& e, const row_table& table, std::size_t i_cur
 
 // The first side of the expression as a value in each row of the curve, in their order; what was measured stands in all
 // of them. Throws as evaluate does.
+bool is_by_row(const expression& e);  // no function in it needs more than one row
 struct row_values {
     std::vector<double> value;
     std::string unit;

@@ -177,6 +177,14 @@ void answer_path(const std::string& path, const httplib::Request& request, httpl
     if (path == "/api/runs") return answer(to, 200, store.list(), "application/json");
     if (path == "/api/data") return answer_rows(request, to, store, data_bytes);
     if (path == "/api/at") return answer_rows(request, to, store, at_bytes);
+    if (path == "/api/column") {
+        try {
+            store.add_column(request.get_param_value("text"));
+        } catch (const usage_error& e) {
+            return answer(to, 400, std::string(e.what()) + "\n");
+        }
+        return answer(to, 200, "");
+    }
     for (const page_file& file : page_files)
         if (path == file.path) return answer(to, 200, read_file(page / file.name), file.type);
     answer(to, 404, "no such page\n");

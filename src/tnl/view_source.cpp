@@ -13,6 +13,12 @@ namespace {
 
 constexpr std::size_t longest_line = 16u << 20;
 
+bool is_same(const row_source& source, const struct stat& s) {
+    return source.fd >= 0 && source.device == s.st_dev && source.inode == s.st_ino && s.st_size >= source.at;
+}
+
+}  // namespace
+
 void begin_anew(row_source& source) {
     if (source.fd >= 0) close(source.fd);
     source.fd = -1;
@@ -22,12 +28,6 @@ void begin_anew(row_source& source) {
     source.problem.clear();
     ++source.version;
 }
-
-bool is_same(const row_source& source, const struct stat& s) {
-    return source.fd >= 0 && source.device == s.st_dev && source.inode == s.st_ino && s.st_size >= source.at;
-}
-
-}  // namespace
 
 row_source::~row_source() {
     if (fd >= 0) close(fd);

@@ -24,6 +24,9 @@ struct row_source {
     row_source& operator=(const row_source&) = delete;
 };
 
+// Has the file read from its begin at the next look.
+void begin_anew(row_source& source);
+
 // Looks for the file: opens it, or begins anew when another one or a shorter one stands there. A file that is missing
 // for now changes nothing. Says whether more can be read.
 bool look_at(row_source& source, const std::filesystem::path& path);

@@ -1,10 +1,12 @@
 #include "tnl/view_store.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 #include <nlohmann/json.hpp>
 
 #include "tnl/exit_status.h"
+#include "tnl/plot_panels.h"
 
 namespace cli {
 
@@ -77,15 +79,45 @@ void set_files(view_run& run) {
     run.files = std::move(files);
 }
 
+// Names of the columns in the file, not of those that are made of them.
+std::vector<record_column> columns_of(const view_file& file) {
+    const std::size_t made = file.made.size(), all = file.source.rows.columns.size(), n = all > made ? all - made : 0;
+    if (n == 0 || file.record.columns.size() == n) return file.record.columns;
+    std::vector<record_column> columns;
+    for (std::size_t j = 0; j < n; ++j) columns.push_back({"c" + std::to_string(j + 1), ""});
+    return columns;
+}
+
+// What the file does not hold: columns made of others; and its first row where that is a guess apart from all else.
+void complete(row_table& table, view_file& file, bool is_begin) {
+    if (table.n_rows() == 0) return;
+    if (file.record.columns.size() == table.n_columns()) table.columns = file.record.columns;
+    table.begins_with_guess = is_begin && file.record.begins_with_guess;
+    for (std::size_t j = 1; j < table.n_columns(); ++j)
+        if (starts_apart(table, j)) table.values[j] = NAN;
+    for (std::size_t i = 0; i < file.made.size(); ++i) {
+        std::vector<double> values;
+        for (std::size_t k = 0; k < table.n_curves(); ++k) {
+            const row_values part = evaluate_rows(file.made[i], table, k);
+            values.insert(values.end(), part.value.begin(), part.value.end());
+            file.made_units[i] = part.unit == "%" ? "" : part.unit;
+        }
+        add_column(table, {file.made[i].label, ""}, values);
+    }
+}
+
 nlohmann::json list_file(view_file& file) {
     const std::lock_guard<std::mutex> hold(file.lock);
     const row_source& source = file.source;
-    const std::size_t n_columns = source.rows.columns.size();
     nlohmann::json columns = nlohmann::json::array();
-    const bool has_names = n_columns == 0 || file.record.columns.size() == n_columns;
-    for (std::size_t j = 0; j < std::max(n_columns, has_names ? file.record.columns.size() : 0); ++j)
-        columns.push_back({{"name", has_names ? file.record.columns[j].name : "c" + std::to_string(j + 1)},
-                           {"unit", has_names ? file.record.columns[j].unit : ""}});
+    for (const record_column& c : columns_of(file)) columns.push_back({{"name", c.name}, {"unit", c.unit}});
+    for (std::size_t j = 0; j < file.made.size(); ++j)
+        columns.push_back({{"name", file.made[j].label}, {"unit", file.made_units[j]}});
+    for (std::size_t j = 0; j < source.rows.columns.size() && j < columns.size(); ++j) {  // greatest distance from zero
+        const min_max m = extremes(source.rows.columns[j], 0, source.rows.n);
+        const double size = m.is_empty() ? 0 : std::max(std::abs(m.lo), std::abs(m.hi));
+        columns[j]["size"] = std::isfinite(size) ? size : 1e308;
+    }
     const bool all_read = source.at == source.size;
     return {{"path", file.record.path},
             {"kind", file.record.kind},
@@ -164,6 +196,34 @@ view_file_ptr view_store::want_file(std::size_t run, const std::string& path) {
     return nullptr;
 }
 
+void view_store::add_column(const std::string& text) {
+    const expression e = parse_expression(text);
+    if (!is_by_row(e))
+        throw usage_error(
+            "a column is made of others row by row, as vin - vout or abs(i); tnl measure knows all functions");
+    const std::lock_guard<std::mutex> hold(lock_);
+    bool any = false;
+    for (const view_run& run : runs_)
+        for (const view_file_ptr& file : run.files) {
+            const std::lock_guard<std::mutex> hold_file(file->lock);
+            row_table names;
+            names.columns = columns_of(*file);
+            if (!std::all_of(e.names.begin(), e.names.end(),
+                             [&](const std::string& name) { return find_column(names, name) >= 0; }))
+                continue;
+            any = true;
+            const auto same = [&](const expression& other) { return other.label == e.label; };
+            if (std::any_of(file->made.begin(), file->made.end(), same)) continue;
+            file->made.push_back(e);
+            file->made_units.emplace_back();
+            file->wanted = true;
+            begin_anew(file->source);
+        }
+    if (!any) throw usage_error("no file has all columns of " + text);
+    asked_ = true;
+    changed_.notify_all();
+}
+
 void view_store::wait_until_read() {
     std::unique_lock<std::mutex> hold(lock_);
     asked_ = true;
@@ -221,11 +281,16 @@ bool view_store::read_on(view_file& file) {
     try {
         const std::string text = next_lines(source, n);
         const std::string path = file.path.string();
-        const long long first_line = source.rows.n_lines + 1;
+        const long long first_line = source.rows.n_lines + 1, version = source.version;
         hold.unlock();  // only this thread changes the source: requests are answered from the rows that are there
-        const view_lines lines = parse_lines(text, path, first_line);
+        view_lines lines = parse_lines(text, path, first_line);
         hold.lock();
+        if (version != source.version) return true;  // a column was added: all is read again
+        complete(lines.table, file, source.rows.n == 0);
         append_lines(source.rows, lines);
+    } catch (const usage_error& e) {  // a column that is made needs one that is not there
+        if (!hold) hold.lock();
+        source.problem = e.what();
     } catch (const file_error& e) {
         if (!hold) hold.lock();
         source.problem = e.what();

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "tnl/measure.h"
 #include "tnl/open_run.h"
 #include "tnl/view_source.h"
 
@@ -20,6 +21,8 @@ struct view_file {
     std::atomic<bool> wanted = false;  // its rows were asked for; of others the first lines are read only
     std::mutex lock;                   // of all else here; never held while the reader takes a text apart
     row_source source;
+    std::vector<expression> made;         // columns behind those of the file
+    std::vector<std::string> made_units;  // [made]
 };
 using view_file_ptr = std::shared_ptr<view_file>;
 
@@ -42,6 +45,9 @@ public:
     std::string list();  // of runs, files and columns as JSON; makes the reader look for changes
     // nullptr if there is none. The file's rows are read from then on.
     view_file_ptr want_file(std::size_t run, const std::string& path);
+    // A column that is made of others row by row, "vin - vout", for every file that has these. Throws usage_error for a
+    // text that is no such expression, or that no file has the columns for.
+    void add_column(const std::string& text);
     void wait_until_read();  // returns when there is nothing left to read for now
 
 private:

@@ -92,20 +92,21 @@ async function waitForAxis(page, part, value, by, what, plot = 0) {
   }
   near(x, value, by, what);
 }
-// Pixels of a plot's canvas that have the colour of a series, and the highest of them as a part of the height.
+// Pixels of a plot's canvas that have the colour of a series, the highest and the lowest of them as parts of the height.
 function drawn(page, plot, colour) {
   return page.evaluate(([n, name]) => {
     const canvas = document.querySelectorAll(".plot canvas")[n], { width, height } = canvas;
     const text = getComputedStyle(document.documentElement).getPropertyValue(name).trim();
     const wanted = [1, 3, 5].map((i) => parseInt(text.slice(i, i + 2), 16));
     const { data } = canvas.getContext("2d").getImageData(0, 0, width, height);
-    let count = 0, top = height;
+    let count = 0, top = height, bottom = 0;
     for (let i = 0; i < data.length; i += 4)
       if (data[i + 3] > 200 && wanted.every((w, k) => Math.abs(w - data[i + k]) < 12)) {
         ++count;
         top = Math.min(top, Math.floor(i / 4 / width));
+        bottom = Math.max(bottom, Math.floor(i / 4 / width));
       }
-    return { count, top: top / height };
+    return { count, top: top / height, bottom: bottom / height };
   }, [plot, colour]);
 }
 async function waitForDrawn(page, plot, colour, least = 200) {
@@ -120,6 +121,51 @@ async function waitForDrawn(page, plot, colour, least = 200) {
 const steps = [];
 const step = (what, act) => steps.push([what, act]);
 let page, one;
+
+// t, a reference of 12, a duty cycle, and the same twice, none with a unit; the first row is a guess.
+record("four.run", "stopped", [{ path: "wave.dat", kind: "trns", rows: 0, curves: 0, begins_with_guess: true,
+  columns: [time, { name: "vref", unit: "" }, { name: "duty", unit: "" }, { name: "v", unit: "V" }, { name: "i", unit: "A" }] }]);
+writeFileSync("four.run/wave.dat", Array.from({ length: 500 }, (_, k) => (k === 0 ? "0 0 0 0 0\n"
+  : `${k / 500} ${12 + 0.5 * Math.sin(k / 10)} ${0.2 + 0.1 * Math.sin(k / 20)} ${5 + k / 500} 2\n`)).join(""));
+
+step("columns without a unit and of other sizes stand apart, and a guess is no part of them", async () => {
+  const four = await serve("four.run");
+  const other = await open(four.address);
+  await until(other, () => document.querySelectorAll(".plot").length === 4);
+  const items = () => other.locator(".legend").allTextContents();
+  assert.ok((await items())[0].startsWith("vref") && (await items())[1].startsWith("duty"), String(await items()));
+  const { bottom } = await waitForDrawn(other, 0, "--s1", 50);
+  assert.ok(bottom > 0.6, `vref fills its plot, and is no wave at the top over a guess of 0: ${bottom}`);
+  await other.screenshot({ path: "apart.png" });
+
+  await other.fill("#make", "p = v*i");
+  await other.keyboard.press("Enter");
+  await until(other, () => [...document.querySelectorAll(".legend .item")].some((n) => n.textContent.startsWith("p")));
+  await until(other, () => document.querySelector("#tree").textContent.includes("pW"));
+  await other.fill("#make", "v - nosuch");
+  await other.keyboard.press("Enter");
+  await until(other, () => document.querySelector("#fault").textContent.includes("no file has all columns"));
+
+  const n = await other.locator(".plot").count();
+  await other.dragAndDrop(".legend .item:has-text('duty')", ".plot >> nth=0");
+  await until(other, (plots) => document.querySelectorAll(".plot").length === plots - 1, n);
+  assert.ok(/vref.*duty/.test((await items())[0]), "duty stands beside vref");
+  await other.dragAndDrop(".legend .item:has-text('duty')", ".bar");
+  await until(other, (plots) => document.querySelectorAll(".plot").length === plots, n);
+
+  await other.locator(".yrange").nth(0).fill("0:14");
+  await other.keyboard.press("Enter");
+  const seen = Date.now();
+  while ((await drawn(other, 0, "--s1")).bottom > 0.3 && Date.now() - seen < patience) await other.waitForTimeout(100);
+  assert.ok((await drawn(other, 0, "--s1")).bottom < 0.3, "12 of 0 .. 14 is in the upper part");
+  await other.locator(".yrange").nth(0).fill("5");
+  await other.keyboard.press("Enter");
+  await until(other, () => document.querySelector(".yrange").classList.contains("bad"));
+  await other.screenshot({ path: "made.png" });
+  assert.deepEqual(other.faults.filter((f) => !f.includes("400")), []);
+  await other.close();
+  four.server.kill();
+});
 
 step("the series of two runs are drawn, one plot a unit", async () => {
   one = await serve("one.run", "two.run");

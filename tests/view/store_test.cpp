@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cmath>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -30,6 +31,48 @@ void write_record(const fs::path& folder, const std::string& state, const std::v
 const std::vector<record_file> one_file{{"w.dat", "trns", {{"time", "s"}, {"v", "V"}}, 0, 0}};
 
 json first_file(view_store& store, std::size_t run = 0) { return json::parse(store.list())["runs"][run]["files"][0]; }
+
+TEST(view_store, adds_columns_that_are_made_row_by_row) {
+    const temp_folder inside;
+    write_record("r.run", "complete", one_file);
+    ::write_file("r.run/w.dat", "0 1\n1 2\n\n0 5\n");
+    view_store store({"r.run"});
+    store.wait_until_read();
+    store.add_column("d = 2*v - 1");
+    store.add_column("d = 2*v - 1");  // once
+    store.wait_until_read();
+    json file = first_file(store);
+    ASSERT_EQ(file["columns"].size(), 3u);
+    EXPECT_EQ(file["columns"][2]["name"], "d");
+    EXPECT_EQ(file["columns"][2]["unit"], "V");
+    EXPECT_EQ(file["columns"][2]["size"], 9);
+    EXPECT_EQ(file["rows"], 3);
+    EXPECT_EQ(file["curves"], 2);
+    append_text("r.run/w.dat", "1 7\n");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["columns"][2]["size"], 13);
+    const view_file_ptr held = store.want_file(0, "w.dat");
+    EXPECT_EQ(
+        std::vector<double>(held->source.rows.columns[2].values.begin(), held->source.rows.columns[2].values.end()),
+        (std::vector<double>{1, 3, 9, 13}));
+    for (const char* text : {"avg(v)", "nosuch + 1", "v +", "v < 1", "1 + 1"})
+        EXPECT_THROW(store.add_column(text), usage_error) << text;
+}
+
+TEST(view_store, leaves_out_a_guess_that_lies_apart) {
+    const temp_folder inside;
+    std::vector<record_file> files = one_file;
+    files[0].begins_with_guess = true;
+    write_record("r.run", "complete", files);
+    ::write_file("r.run/w.dat", "0 0\n1 12\n2 12\n3 12\n");
+    view_store store({"r.run"});
+    store.want_file(0, "w.dat");
+    store.wait_until_read();
+    const view_file_ptr held = store.want_file(0, "w.dat");
+    EXPECT_TRUE(std::isnan(held->source.rows.columns[1].values[0]));
+    EXPECT_EQ(held->source.rows.columns[1].values[1], 12);
+    EXPECT_EQ(first_file(store)["columns"][1]["size"], 12);
+}
 
 TEST(row_source, takes_what_was_appended_and_leaves_a_line_without_its_end) {
     const temp_folder inside;
@@ -91,7 +134,7 @@ TEST(view_store, reads_the_head_of_a_file_until_it_is_wanted) {
     ASSERT_NE(store.want_file(0, "w.dat"), nullptr);
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 50000);
-    EXPECT_EQ(first_file(store)["columns"][1], (json{{"name", "v"}, {"unit", "V"}}));
+    EXPECT_EQ(first_file(store)["columns"][1], (json{{"name", "v"}, {"unit", "V"}, {"size", 2.0}}));
 }
 
 TEST(view_store, follows_a_run_from_its_partial_folder_to_its_end_and_to_the_next_run) {
