@@ -8,6 +8,9 @@ shift 2
 here=$(CDPATH='' cd -- "$(dirname -- "$(readlink -f -- "$0")")" && pwd)
 # Short traces at allocations and plain scheduling of the corpus: both make it several times faster.
 export ASAN_OPTIONS="${ASAN_OPTIONS:-malloc_context_size=3}"
+# A check of a change must not depend on luck.
+seed=
+if [ "${CI:-}" = true ]; then seed=-seed=1; fi
 [ $# -gt 0 ] || set -- deck library blocks data expression solution check measure words
 for name in "$@"; do
     corpus=$build/fuzz/corpus/$name
@@ -20,8 +23,9 @@ for name in "$@"; do
         library | blocks) longest=12000 ;;
         *) longest=4000 ;;
     esac
+    # shellcheck disable=SC2086  # one option or none
     if ! "$build/bin/fuzz_$name" "$corpus" "$here/corpus/$name" -dict="$build/fuzz/$name.dict" \
-        -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 -entropic=0 -max_len=$longest -print_final_stats=1 \
+        -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=30 $seed -entropic=0 -max_len=$longest -print_final_stats=1 \
         -artifact_prefix="$build/fuzz/$name-" >"$log" 2>&1; then
         tail -n 60 "$log"
         echo "fuzz $name: FAILED; the whole text is in $log"
