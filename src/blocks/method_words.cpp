@@ -150,6 +150,7 @@ constexpr method_word table[] = {
     {"bs23_fctr_min", b_time, &s::bs23_fctr_min, 0.8},
     {"rkf45_fctr_max", b_time, &s::rkf45_fctr_max, 1.1},
     {"bs23_fctr_max", b_time, &s::bs23_fctr_max, 1.1},
+    {"event_restart", b_trns, &s::event_restart, 0},
     {"itmax_trns", b_time, &s::itmax_trns, 100000},
     {"itmax_trbdf2", b_all, &s::itmax_trbdf2, 20},
     {"itmax_stepred", b_all, &s::itmax_stepred, 20},
