@@ -29,8 +29,8 @@ def current_not_below_0(t, x):
 
 
 def is_on(t, period, t_on, edge):
-    """A clock that is at 0 at its origin; the switch acts when an edge is complete."""
-    return edge <= t % period < t_on + edge
+    """A clock that is at 0 at its origin; the switch acts at half the height of an edge."""
+    return edge / 2 <= t % period < t_on + edge / 2
 
 
 def rc_step(t):
@@ -72,7 +72,7 @@ def buck_control(t_end):
         u = (24.0 if on else -0.5) - 10e-3 * i
         load = 0.1 if t < 10e-3 else 0.2
         return [(u - v) / 470e-6 if i > 0 or u > v else 0.0, (i - v * load) / 22e-6, 65 * err], [v, duty]
-    return follow(rate, [0.0, 0.0, 0.0], t_end, 50e-9, current_not_below_0)
+    return follow(rate, [0.0, 0.0, 0.0], t_end, 10e-9, current_not_below_0)
 
 
 def boost(t_end):

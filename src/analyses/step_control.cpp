@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "analyses/evaluate.h"
 
@@ -10,10 +11,18 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool has(const std::vector<int>& flag, const unit_core& unit, int u) { return flag[at(unit.i_lib[at(u)])] != 0; }
 
-// Electrical units, then blocks: f(unit number, their answer so far, template flags, query of that unit).
+// Electrical units, then blocks: f(units, template flags, their answers so far, query of a unit).
 template <class F> void for_limiting_families(run_state& r, F f) {
-    f(r.c.ebeu.unit, r.c.lib.ebes.flag, r.c.ebeu.time_nextbreak, [&r](int u) { get_ebe(r, u); });
-    f(r.c.gbeu.unit, r.c.lib.gbes.flag, r.c.gbeu.time_nextbreak, [&r](int u) { get_gbe(r, u); });
+    const auto asked = [&r](auto& units, auto get) {
+        return [&r, &units, get](int u) {
+            r.flags.break_jumps = 0;
+            get(r, u);
+            units.time_nextbreak[at(u)] = r.flags.time_nextbreak;
+            units.break_jumps[at(u)] = static_cast<char>(r.flags.break_jumps);
+        };
+    };
+    f(r.c.ebeu.unit, r.c.lib.ebes.flag, r.c.ebeu, asked(r.c.ebeu, get_ebe));
+    f(r.c.gbeu.unit, r.c.lib.gbes.flag, r.c.gbeu, asked(r.c.gbeu, get_gbe));
 }
 }  // namespace
 
@@ -21,32 +30,32 @@ void find_nextbreak(run_state& r) {
     ebce_form_arrays(r);
     gbce_form_arrays(r);
     r.flags.nexttime = 1;
-    for_limiting_families(r, [&r](const unit_core& unit, const entry_flags& flag, std::vector<double>& next, auto ask) {
-        std::fill(next.begin(), next.end(), r.flags.t_end);
+    for_limiting_families(r, [&r](const unit_core& unit, const entry_flags& flag, auto& units, auto ask) {
+        std::fill(units.time_nextbreak.begin(), units.time_nextbreak.end(), r.flags.t_end);
+        std::fill(units.break_jumps.begin(), units.break_jumps.end(), char{0});
         for (int u = 0; u < unit.n; ++u) {
             if (!has(flag.limit_tstep, unit, u)) continue;
-            r.flags.time_nextbreak = next[at(u)];
+            r.flags.time_nextbreak = units.time_nextbreak[at(u)];
             ask(u);
-            next[at(u)] = r.flags.time_nextbreak;
         }
     });
     r.flags.nexttime = 0;
 }
 
-void check_tnext1(run_state& r) {
+void check_tnext1(run_state& r, double passed) {
     const double t_lim = r.slv.time_present + r.slv.delt;
     r.flags.time_given = r.slv.time_present;
     ebce_form_arrays(r);
     gbce_form_arrays(r);
     r.flags.nexttime = 1;
-    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, std::vector<double>& next, auto ask) {
+    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, auto& units, auto ask) {
         for (int u = 0; u < unit.n; ++u) {
             // A unit without limit_tstep would not be heard.
             if (!has(flag.limit_tstep, unit, u)) continue;
-            if (t_lim < next[at(u)] && !has(flag.save_history, unit, u)) continue;
+            if (!has(flag.save_history, unit, u) && units.time_nextbreak[at(u)] - r.slv.time_present > passed) continue;
+            if (t_lim < units.time_nextbreak[at(u)] && !has(flag.save_history, unit, u)) continue;
             r.flags.time_nextbreak = r.flags.t_end;
             ask(u);
-            next[at(u)] = r.flags.time_nextbreak;
         }
     });
     r.flags.nexttime = 0;
@@ -56,14 +65,29 @@ void check_tnext2(run_state& r) {
     solve_class& slv = r.slv;
     if (slv.delt == slv.delt_min) return;
     double t_lim = slv.time_present + slv.delt;
-    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, const std::vector<double>& next, auto) {
+    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, const auto& units, auto) {
         for (int u = 0; u < unit.n; ++u) {
-            const double t = next[at(u)];
+            const double t = units.time_nextbreak[at(u)];
             if (!has(flag.limit_tstep, unit, u) || t_lim < t) continue;
             if (t - slv.time_present >= slv.delt_min - 1e-15) t_lim = t;
         }
     });
     slv.delt = t_lim - slv.time_present;
+}
+
+double shorten_to_breaks(run_state& r, double smallest) {
+    solve_class& slv = r.slv;
+    double t_jump = std::numeric_limits<double>::infinity();
+    for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, const auto& units, auto) {
+        for (int u = 0; u < unit.n; ++u) {
+            const double ahead = units.time_nextbreak[at(u)] - slv.time_present;
+            if (!has(flag.limit_tstep, unit, u) || !(ahead > 0.01 * smallest)) continue;
+            const bool jumps = units.break_jumps[at(u)] != 0;
+            if (jumps) t_jump = std::min(t_jump, units.time_nextbreak[at(u)]);
+            slv.delt = std::min(slv.delt, jumps && ahead > 2 * smallest ? ahead - smallest : std::max(ahead, smallest));
+        }
+    });
+    return t_jump;
 }
 
 double trbdf2_constant(double g) { return (4 * g - 3 * g * g - 2) / (12 * (2 - g)); }

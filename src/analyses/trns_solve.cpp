@@ -17,10 +17,17 @@ bool fixes_order(const solve_class& slv) { return slv.iter_trns_1 == 0 && !slv.f
 
 bool dump_step(const solve_class& slv) { return slv.wrt_debug_smat && slv.iter_trns_1 == slv.iter_debug_trns - 1; }
 
+// svec_ls is free behind a solve.
+void reset_blocks(run_state& r) {
+    if (r.flags.event_restart) r.mat.svec_ls = r.mat.svec;
+    treat_reset(r);
+    if (r.flags.event_restart && r.mat.svec_ls != r.mat.svec) r.flags.event_reset = 1;
+}
+
 void after_converged(run_state& r) {
     ebce_form_arrays(r);
     find_currents_trns(r);
-    if (r.c.cct.flag_reset) treat_reset(r);
+    if (r.c.cct.flag_reset) reset_blocks(r);
     if (r.c.cct.flag_save_history) save_history(r);
 }
 }  // namespace
@@ -40,6 +47,12 @@ void solve_newton_trns(run_state& r) {
     limits.fix_order = fixes_order(slv);
     limits.dump = dump_step(slv);
     limits.hold_factors = slv.nr_approx && slv.iter_trns_1 >= slv.iter_trns_nrapprox && !limits.fix_order;
+    if (r.flags.event_restart) {
+        // Steps about an event are so much shorter that no other step's factors serve them, nor theirs any other.
+        const double constant = method_constant(slv);
+        limits.hold_factors = limits.hold_factors && constant == slv.factored_constant;
+        if (!limits.hold_factors) slv.factored_constant = constant;
+    }
     newton(r, limits);
     if (slv.l_converged) after_converged(r);
 }

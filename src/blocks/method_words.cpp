@@ -187,6 +187,8 @@ constexpr method_word table[] = {
     {"bs23_fctr_min", b_time, &s::bs23_fctr_min, 0.8, 0, "least factor between BS23 steps"},
     {"rkf45_fctr_max", b_time, &s::rkf45_fctr_max, 1.1, 0, "greatest factor between RKF45 steps"},
     {"bs23_fctr_max", b_time, &s::bs23_fctr_max, 1.1, 0, "greatest factor between BS23 steps"},
+    {"event_restart", b_trns, &s::event_restart, 0, b_trns,
+     "rules of second order end a step where the circuit jumps and begin anew behind it by backward Euler"},
     {"itmax_trns", b_time, &s::itmax_trns, 100000, b_trns,
      "steps of a run at most; one that is cut off here says so and keeps its rows, and tnl run ends with status 6"},
     {"itmax_trbdf2", b_all, &s::itmax_trbdf2, 20, b_trns,

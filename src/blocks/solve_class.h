@@ -197,6 +197,7 @@ struct solve_class {
     truefalse back_euler = int_F, back_euler_auto = int_F, trapezoidal = int_F, trapezoidal_auto = int_F, gear2 = int_F,
               gear2_fixed = int_F, trbdf2 = int_F;
     truefalse forward_euler = int_F, RK4 = int_F, RKF45 = int_F, BS23 = int_F, modified_euler = int_F, Heun = int_F;
+    truefalse event_restart = int_F;
     truefalse constant_step = int_F, x_eval_serial = int_F, write_time = int_F;
     double delt_const = 0, delt_min = 0, delt_max = 0;        // s
     double delt_const_x = 0, delt_min_x = 0, delt_max_x = 0;  // s
@@ -273,6 +274,8 @@ struct solve_class {
     int flag_be = 0, flag_trz = 0, flag_gear_fixed = 0, flag_gear_var = 0, flag_bdf2 = 0, flag_auto = 0;
     double cnst_be = 0, cnst_trz = 0, cnst_gear_0 = 0, cnst_gear_1 = 0, cnst_gear_2 = 0, cnst_bdf2_0 = 0,
            cnst_bdf2_1 = 0, cnst_bdf2_2 = 0;  // 1/s
+
+    double factored_constant = 0;  // 1/s, method constant of the factors that approximate iterations hold
 
     bool has_vary() const { return !vary.empty() || !vary_sync.empty(); }
 };

@@ -117,6 +117,7 @@ void allocate_values(ebeu_class& u) {
     u.locv.assign(at(u.n_ttllocv()), 0.0);
     u.f.assign(at(u.unit.n_ttlf()), 0.0);
     u.time_nextbreak.assign(at(u.unit.n), 0.0);
+    u.break_jumps.assign(at(u.unit.n), 0);
 }
 }  // namespace
 
@@ -202,6 +203,7 @@ void flatten_gbeu(circuit& c) {
     for (auto* v : {&u.aux, &u.aux_new}) v->assign(at(u.n_ttlaux()), 0.0);
     u.f.assign(at(u.unit.n_ttlf()), 0.0);
     u.time_nextbreak.assign(at(u.unit.n), 0.0);
+    u.break_jumps.assign(at(u.unit.n), 0);
 }
 
 void link_general_variables(circuit& c) {

@@ -49,6 +49,7 @@ struct ebeu_class {
     // what the models write: static function values; behind them room for totals of those with a derivative
     std::vector<double> f;  // [n_ttlf + n_ddt]
     std::vector<double> time_nextbreak;  // [n] s, the unit's last answer
+    std::vector<char> break_jumps;       // [n] 1: its wave jumps there
     std::vector<int> vr_gbeu;            // [vr.data] general variable at unit level, of each connection
 
     std::vector<int> ground_units;  // units of ground_dummy_1
@@ -86,6 +87,7 @@ struct gbeu_class {
     std::vector<double> aux, aux_new;      // [n_ttlaux]
     std::vector<double> f;                 // [n_ttlf] function values
     std::vector<double> time_nextbreak;    // [n] s
+    std::vector<char> break_jumps;         // [n]
 
     int n() const { return unit.n; }
     int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }

@@ -124,7 +124,18 @@ double edge_eps(const edge_list& e) {
     return 0.01 * shortest;
 }
 
+bool edge_jumps(const edge_list& e, double t) {
+    const double p = phase(e, t), tol = rounding(e, t);
+    const bool repeated = repeats(e, t - e.t0);
+    const int first = static_cast<int>(std::lower_bound(e.t, e.t + e.n, p - tol) - e.t), end = passed(e, p + tol);
+    // On the end of a period, whose phase is next to 0, the last value before stands at the end of the list.
+    if (repeated && std::fabs(p) <= tol) return e.y[end > 0 ? end - 1 : 0] != e.y[passed(e, e.per - tol - tol)];
+    return first < end && e.y[first] != e.y[end - 1];
+}
+
 void edge_break(const edge_list& e, double eps, flags_class* flags) {
     const double t = edge_next(e, flags->time_given, eps);
-    if (std::isfinite(t)) flags->time_nextbreak = t;
+    if (!std::isfinite(t)) return;
+    flags->time_nextbreak = t;
+    flags->break_jumps = flags->event_restart && edge_jumps(e, t) ? 1 : 0;
 }

@@ -44,6 +44,9 @@ double edge_value(const edge_list& e, double t);
 // left.
 double edge_next(const edge_list& e, double t, double eps);
 
+// True if the wave jumps at its corner at time t.
+bool edge_jumps(const edge_list& e, double t);
+
 // One hundredth of the shortest line between corners, s: the eps that parts neighbouring corners.
 double edge_eps(const edge_list& e);
 

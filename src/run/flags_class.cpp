@@ -1,5 +1,6 @@
 #include "run/flags_class.h"
 
+#include <algorithm>
 #include <string>
 
 #include "run/halt.h"
@@ -78,4 +79,16 @@ void flags_class::write_all_true() const {
             say(text + "= int_T");
             return;
         }
+}
+
+void flags_class::tell_event(double before, double now, bool acts) {
+    event = 1;
+    if (acts) event_acts = 1;
+    const bool passes = (before < 0.0 && now >= 0.0) || (before > 0.0 && now <= 0.0);
+    event_share = std::min(event_share, passes ? before / (before - now) : 0.5);
+}
+
+void flags_class::forget_events() {
+    event = event_acts = event_reset = 0;
+    event_share = 1.0;
 }

@@ -36,6 +36,19 @@ struct flags_class {
     int flag_debug_int = 0;
     int n_solve_lin = 0;  // linear solves of the block
 
+    // Events, under save_history: a model whose output jumps by what it stores tells it. Under nexttime a source tells
+    // whether its wave jumps at the break.
+    int event_restart = 0;     // the method word, while a rule of second order heeds it
+    int event = 0;             // a stored state has changed
+    int event_acts = 0;        // one of them jumped within the step already, not behind it
+    int event_reset = 0;       // variables of a block were set anew
+    double event_share = 1.0;  // share of the step at which the first of them came
+    int break_jumps = 0;       // 1: with time_nextbreak, the wave jumps there
+    // A state changed as a quantity went from `before` to `now` through 0 in the step; half the step where it did not,
+    // or where before is not known (NaN or 0).
+    void tell_event(double before, double now, bool acts);
+    void forget_events();
+
     // Library number -> position in the list file of all names. -1: not in use.
     std::vector<int> map_global_ebe, map_global_sse, map_global_gbe, map_global_ssg, map_global_dbe, map_global_xbe,
         map_global_ssx, map_global_ece, map_global_gce, map_global_xce;

@@ -164,6 +164,7 @@ private:
         need("delt_const", "a trns block needs its time step", "method: delt_const=1u");
         for (const char* word : {"delt_const", "delt_min", "delt_max"}) above_zero(word);
         one_rule();
+        heeds_events();
         const double start = number("t_start", 0), end = number("t_end", std::nan("")),
                      step = number("delt_const", std::nan(""));
         s_.t_start = start;
@@ -210,6 +211,24 @@ private:
             if (const method_value* v = given(std::string(rule).c_str()); v != nullptr && v->text == "yes")
                 d_.report.warning("unused-rule", v->at,
                                   std::string(rule) + " is for explicit elements alone and does nothing here");
+    }
+
+    // A rule of second order goes on from currents and rates that a jump has made untrue.
+    void heeds_events() {
+        if (given("event_restart") != nullptr) return;
+        for (const char* rule : {"trapezoidal", "trapezoidal_auto", "gear2", "gear2_fixed", "trbdf2"}) {
+            const method_value* v = given(rule);
+            if (v == nullptr || v->text != "yes") continue;
+            for (const deck_element& e : d_.elements) {
+                if (e.type == nullptr || std::none_of(e.type->basics.begin(), e.type->basics.end(), acts_at_once))
+                    continue;
+                d_.report.warning("event-restart", v->at,
+                                  std::string(rule) + " loses its accuracy wherever " + e.name + " (" + e.type->name +
+                                      ") acts, as it goes on from the currents before",
+                                  "method: event_restart=yes");
+                return;
+            }
+        }
     }
 
     void check_dc() {

@@ -173,6 +173,12 @@ bool refuses_dc(std::string_view basic_element) {
     return basic_element == "thyristor_g" || basic_element == "sampler1" || basic_element == "pll_1a";
 }
 
+bool acts_at_once(std::string_view basic_element) {
+    constexpr std::string_view all[] = {"switch_e",      "switch_g1", "thyristor_g", "r_time",
+                                        "cmprtr_hyst_1", "cmprtr_2",  "sampler1"};
+    return std::find(std::begin(all), std::end(all), basic_element) != std::end(all);
+}
+
 const element_type* element_types::find(int library, std::string_view name) {
     const std::pair key(library, std::string(name));
     if (const auto at = known_.find(key); at != known_.end()) return &at->second;

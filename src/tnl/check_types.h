@@ -65,5 +65,7 @@ const std::vector<basic_branch>& basic_branches();
 
 // Types that a block of this kind cannot treat, whatever their values: their models stop.
 bool refuses_dc(std::string_view basic_element);
+// Types whose stored state, or whose value, jumps in a run in time.
+bool acts_at_once(std::string_view basic_element);
 
 }  // namespace cli

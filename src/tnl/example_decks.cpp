@@ -34,11 +34,12 @@ begin_solve
 solve_type startup
 end_solve
 
-# The run in time goes on from there, here for five time constants R1 C1 = 1 ms
+# The run in time goes on from there, here for five time constants R1 C1 = 1 ms; event_restart keeps its accuracy when
+# switches come
 begin_solve
 solve_type trns
 initial_sol previous
-method: trapezoidal=yes t_end=5m delt_const=10u
+method: trapezoidal=yes event_restart=yes t_end=5m delt_const=10u
 begin_output
 filename out.dat
 variables: vout i

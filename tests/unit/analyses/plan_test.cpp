@@ -103,9 +103,10 @@ TEST(plan, rows_are_the_same_as_without_pure_units_in_circuits_of_diodes) {
 TEST(plan, rows_are_the_same_as_without_pure_units_at_break_points_and_switches) {
     for (const std::string method : methods) {
         if (method == "gear2_fixed") continue;  // stops: it has no break points
-        expect_same_rows(deck(diode_circuit + pulse_circuit + diode_outputs,
-                              blocks(method, "norm_2=1u", "va vb vc", "va vb vc ic i2 il id")),
-                         method);
+        for (const std::string more : {"norm_2=1u", "norm_2=1u event_restart=yes"})
+            expect_same_rows(deck(diode_circuit + pulse_circuit + diode_outputs,
+                                  blocks(method, more, "va vb vc", "va vb vc ic i2 il id")),
+                             method + " " + more);
     }
 }
 

@@ -119,6 +119,7 @@ const listed_word listed[] = {{"itmax_newton", "int", 500},
                               {"modified_euler", "flag", 0},
                               {"Heun", "flag", 0},
                               {"constant_step", "flag", 0},
+                              {"event_restart", "flag", 0},
                               {"write_time", "flag", 1},
                               {"fctr_stepred", "double", 0.6},
                               {"fctr_stepinc", "double", 1.5},
@@ -255,7 +256,7 @@ TEST(method_default, resets_what_the_last_block_set_but_not_t_end) {
 
 TEST(method_card, sets_each_keyword_in_its_types_and_refuses_it_in_the_others) {
     const std::map<std::string_view, unsigned> limited = {
-        {"compute_acp", b_ac}, {"t_startup", b_startup}, {"t_dc", b_dc}};
+        {"compute_acp", b_ac}, {"t_startup", b_startup}, {"t_dc", b_dc}, {"event_restart", b_trns}};
     const std::set<std::string_view> of_time = {"back_euler",
                                                 "back_euler_auto",
                                                 "trapezoidal",
