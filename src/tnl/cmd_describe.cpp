@@ -11,7 +11,7 @@ namespace cli {
 namespace {
 
 struct describe_options {
-    std::string element, folder;
+    std::string element, folder, deck;
     bool md = false, json = false, all = false;
 };
 
@@ -38,15 +38,26 @@ void write_pages(const std::vector<element_sheet>& sheets, const std::filesystem
 }
 
 int describe_command(const describe_options& options) {
-    const installed_libraries libraries = read_installed(own_installation().share);
-    const std::vector<element_sheet> sheets = all_sheets(libraries);
+    installed_libraries libraries = read_installed(own_installation().share);
+    std::vector<element_sheet> sheets = all_sheets(libraries);
+    if (!options.deck.empty()) {
+        const deck_source source = read_deck_source(options.deck);
+        const own_composites own = own_composites_of(source);
+        if (own.entries.empty()) throw deck_error(options.deck + " has no composites of its own");
+        sheets.clear();
+        for (const own_entry& e : own.entries) {
+            sheets.push_back(sheet_of(e.entry, e.library));
+            sheets.back().group = place_of(source, e.lines[0].at[0]).file;
+        }
+        libraries = with_own({}, own);  // for names that are near
+    }
     if (!options.folder.empty()) {
         if (!options.all || !options.md) throw usage_error("describe: -o goes with --all --md");
         write_pages(sheets, options.folder);
         return good;
     }
     std::vector<const element_sheet*> chosen;
-    if (options.all) {
+    if (options.all || (options.element.empty() && !options.deck.empty())) {
         for (const element_sheet& s : sheets) chosen.push_back(&s);
     } else {
         if (options.element.empty()) throw usage_error("describe: ELEMENT is missing (tnl list shows all)");
@@ -74,6 +85,9 @@ void add_describe(CLI::App& app, command_list& commands) {
     describe->add_flag("--json", options->json, "As JSON")->excludes(md);
     describe->add_flag("--all", options->all, "Every element");
     describe->add_option("-o,--output", options->folder, "With --all --md: a folder for a page each and an index");
+    describe->add_option(
+        "--deck", options->deck,
+        "Of the composites that this deck, or file of composites, has of its own; all without ELEMENT");
     commands.push_back({describe, [options] { return describe_command(*options); }});
 }
 

@@ -7,6 +7,7 @@
 
 #include "deck/file_chr.h"
 #include "tnl/deck_source.h"
+#include "tnl/own_composites.h"
 #include "tnl/run_record.h"
 
 namespace cli {
@@ -15,6 +16,7 @@ namespace cli {
 struct deck_view {
     std::string path;    // as the user gave it
     deck_source source;  // its files, and where each line of the simulator's text comes from
+    own_composites own;  // that it brings along
     file_chr statements;
     bool readable = false;  // the reader took it
 
@@ -57,5 +59,6 @@ std::string place_of(const deck_view& deck, int i_statement);
 
 // "deck.in:12:15: " and the line, and below it a caret under the word. Control bytes are shown as '?', long lines cut.
 std::string place_with_caret(const deck_view& deck, int i_statement, int i_word = 0);
+std::string place_with_caret(record_place place);
 
 }  // namespace cli

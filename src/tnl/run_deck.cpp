@@ -174,6 +174,13 @@ process_result simulate(const run_options& options, const installation& where, c
     return ended;
 }
 
+void check_own_composites(const deck_view& deck) {
+    if (deck.own.faults.empty()) return;
+    const own_fault& f = deck.own.faults.front();
+    throw deck_error(f.message + "\n" + place_with_caret(place_of(deck.source, f.at)) +
+                     (f.advice.empty() ? "" : "\n  advice: " + f.advice));
+}
+
 // What `tnl check` says of a deck that ran: it may have solved something else than what is written.
 std::string findings_of(const deck_view& deck, const installed_libraries& libraries, bool errors_only) {
     const check_report report = check_deck(deck, libraries);
@@ -199,8 +206,9 @@ run_result run_deck(const run_options& options, const installation& where) {
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());
     check_output_names(run.deck);
     check_input_names(run.deck);
+    check_own_composites(run.deck);
 
-    const installed_libraries libraries = read_installed(where.share);
+    const installed_libraries libraries = with_own(read_installed(where.share), run.deck.own);
     const deck_needs needs = needs_of(run.deck, libraries);
     run_record& record = run.record = begun_record(options, run.deck, libraries);
     const run_folder folder = take_run_folder(run.folder, record.deck, options.force);
