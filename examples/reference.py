@@ -111,6 +111,13 @@ def inverter_spwm(t_end):
     return follow(rate, [0.0], t_end, 0.2e-6)
 
 
+def inverter_3ph(t_end):
+    def rate(t, x):
+        legs = [300.0 if (t - k / 150) % 0.02 < 0.01 else 0.0 for k in range(3)]
+        return [(v - sum(legs) / 3 - (10 + 0.01) * i) / 20e-3 for v, i in zip(legs, x)], x[:2]
+    return follow(rate, [0.0, 0.0, 0.0], t_end, 1e-6)
+
+
 def thyristor_phase(angle):
     def value(t):
         p = 360 * 50 * t % 180

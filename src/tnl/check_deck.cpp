@@ -129,9 +129,20 @@ bool begins_with_continuation(const std::string& text, std::size_t& at) {
     return false;
 }
 
+// A file of composites and models: nothing in it asks for a circuit.
+bool is_library(const deck_view& deck) {
+    for (int i = 0; i < deck.statements.n_lines(); ++i)
+        if (find_library(&library_form::model, deck.statements.word(i, 0)) < 0) return false;
+    return !deck.own.entries.empty() || !deck.own.faults.empty();
+}
+
 }  // namespace
 
 check_report check_deck(deck_view view, const installed_libraries& libraries) {
+    if (!libraries.with_own && !view.own.entries.empty()) {
+        const installed_libraries all = with_own(libraries, view.own);
+        return check_deck(std::move(view), all);
+    }
     check_report report{std::move(view), {}, {}};
     deck_view& deck = report.deck;
     std::size_t at = 0;
@@ -154,11 +165,19 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     const std::filesystem::path folder =
         deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
     checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}};
+    check_composites(d);
+    const bool sound = d.report.n_errors() == 0;  // what faulty composites connect is not known
+    if (is_library(d.report.deck)) {
+        sort_faults(d.report);
+        return std::move(d.report);
+    }
     check_sections(d);
     check_globals(d);
     check_elements(d);
-    check_nodes(d);
-    check_variables(d);
+    if (sound) {
+        check_nodes(d);
+        check_variables(d);
+    }
     check_outvars(d);
     check_solves(d);
     if (d.report.n_errors() == 0) check_with_reader(d);

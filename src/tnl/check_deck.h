@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -71,6 +72,7 @@ struct checked_deck {
 // ---- the checks, in the order in which they run
 // ------------------------------------------------------------------------
 
+void check_composites(checked_deck& d);  // those that the deck brings along
 void check_sections(checked_deck& d);   // title, begin and end pairs, words that begin a statement
 void check_globals(checked_deck& d);    // greal, ginteger, gstring
 void check_elements(checked_deck& d);   // element and model statements: types, names, words, values
@@ -104,7 +106,12 @@ bool has_lost_outvars(const checked_deck& d);
 std::filesystem::path path_of(const checked_deck& d, const std::string& name);  // of a file beside the deck
 bool file_exists(const checked_deck& d, const std::string& name);
 
-// All checks over one deck.
+// Text of the simulator's reader where it refuses this part of the libraries.
+std::optional<std::string> stop_of_libraries(const installed_libraries& libraries, const deck_needs& needs);
+std::string stop_in_one_line(const std::string& text);  // as the message of a fault
+
+// All checks over one deck; of a file of composites, which has no circuit, over these alone. What the deck brings along
+// is put into the libraries if it is not there.
 check_report check_deck(deck_view view, const installed_libraries& libraries);
 
 }  // namespace cli

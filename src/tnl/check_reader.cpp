@@ -1,6 +1,7 @@
 // The simulator's own readers as the last judge: what they refuse is a fault, whether another check knows it or not.
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <sstream>
 #include <streambuf>
 
@@ -41,11 +42,8 @@ text_file part_of(const installed_libraries& libraries, const deck_needs& needs,
     return text_file_of(text);
 }
 
-void read_all(const checked_deck& d, const deck_needs& needs) {
-    const installed_libraries& libraries = d.types.libraries();
+void read_libraries(const installed_libraries& libraries, const deck_needs& needs, circuit& c) {
     const auto part = [&](const char* file) { return part_of(libraries, needs, file); };
-    circuit c;
-    c.cf = circuit_file_of(d.text());
     const auto basic = [&](const char* file, const ::library_form& form, basic_library& lib) {
         text_file text = part(file);
         read_library_text(text, form, nullptr, lib);
@@ -57,6 +55,12 @@ void read_all(const checked_deck& d, const deck_needs& needs) {
     text_file eels = part("eels.aux"), gels = part("gels.aux");
     read_composites(eels, eels_form, c.lib.ebes, c.lib.ebac, c.lib.eels);
     read_composites(gels, gels_form, c.lib.gbes, c.lib.gbac, c.lib.gels);
+}
+
+void read_all(const checked_deck& d, const deck_needs& needs) {
+    circuit c;
+    c.cf = circuit_file_of(d.text());
+    read_libraries(d.types.libraries(), needs, c);
     c.gprm = read_gprm(c.cf);
     read_models_of_deck(c);
     c.ov = read_ov(c.cf, c.gprm);
@@ -88,27 +92,39 @@ std::string in_one_line(const std::string& text) {
     return out;
 }
 
+// The text of the stop that f ends in; none if it ends well.
+template <class F>
+std::optional<std::string> stop_of(F f) {
+    const silence quiet;
+    try {
+        f();
+    } catch (const std::exception& e) {
+        return e.what();
+    } catch (...) {  // whatever this program's halt throws
+        return std::string();
+    }
+    return {};
+}
+
 }  // namespace
+
+std::optional<std::string> stop_of_libraries(const installed_libraries& libraries, const deck_needs& needs) {
+    return stop_of([&] {
+        circuit c;
+        read_libraries(libraries, needs, c);
+    });
+}
+
+std::string stop_in_one_line(const std::string& text) {
+    return "the simulator refuses this: " + (text.empty() ? std::string("(no text)") : in_one_line(text));
+}
 
 void check_with_reader(checked_deck& d) {
     const deck_needs needs = needs_of(d.report.deck, d.types.libraries());
-    std::string text;
-    bool stopped = false;
-    {
-        const silence quiet;
-        try {
-            read_all(d, needs);
-        } catch (const std::exception& e) {
-            text = e.what();
-            stopped = true;
-        } catch (...) {  // whatever this program's halt throws
-            stopped = true;
-        }
-    }
-    if (!stopped) return;
-    const std::vector<int> found = find_statements(text, d.report.deck, needs);
-    d.report.error("refused", {found.empty() ? -1 : found.front(), 0},
-                   "the simulator refuses this: " + (text.empty() ? std::string("(no text)") : in_one_line(text)));
+    const std::optional<std::string> text = stop_of([&] { read_all(d, needs); });
+    if (!text) return;
+    const std::vector<int> found = find_statements(*text, d.report.deck, needs);
+    d.report.error("refused", {found.empty() ? -1 : found.front(), 0}, stop_in_one_line(*text));
 }
 
 }  // namespace cli

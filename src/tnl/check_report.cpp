@@ -21,9 +21,11 @@ std::string printable(std::string text) {
     return text;
 }
 
-void add(check_report& report, bool is_error, const char* code, deck_word at, std::string message, std::string advice) {
+void add(check_report& report, bool is_error, const char* code, deck_word at, std::string message, std::string advice,
+         std::optional<record_place> place = {}) {
     if (++report.count[code] > most_of_a_code) return;
-    report.faults.push_back({is_error, code, printable(std::move(message)), printable(std::move(advice)), at});
+    report.faults.push_back(
+        {is_error, code, printable(std::move(message)), printable(std::move(advice)), at, std::move(place)});
 }
 
 }  // namespace
@@ -33,6 +35,12 @@ void check_report::error(const char* code, deck_word at, std::string message, st
 }
 void check_report::warning(const char* code, deck_word at, std::string message, std::string advice) {
     add(*this, false, code, at, std::move(message), std::move(advice));
+}
+void check_report::error_at(const char* code, const record_place& at, std::string message, std::string advice) {
+    add(*this, true, code, {}, std::move(message), std::move(advice), at);
+}
+void check_report::warning_at(const char* code, const record_place& at, std::string message, std::string advice) {
+    add(*this, false, code, {}, std::move(message), std::move(advice), at);
 }
 int check_report::n_errors() const {
     return static_cast<int>(
@@ -48,7 +56,7 @@ void sort_faults(check_report& report) {
         return !f.is_error && errors.count({f.at.statement, f.at.word}) > 0;
     });
     const auto key = [](const check_fault& f) {
-        return std::pair(f.at.line >= 0 ? -1 : f.at.statement < 0 ? INT_MAX : f.at.statement, f.at.word);
+        return std::pair(f.at.line >= 0 || f.place ? -1 : f.at.statement < 0 ? INT_MAX : f.at.statement, f.at.word);
     };
     std::stable_sort(report.faults.begin(), report.faults.end(),
                      [&](const check_fault& a, const check_fault& b) { return key(a) < key(b); });
@@ -56,6 +64,7 @@ void sort_faults(check_report& report) {
 
 record_place place_of_fault(const check_report& report, const check_fault& fault) {
     const file_chr& f = report.deck.statements;
+    if (fault.place) return *fault.place;
     if (fault.at.statement >= 0 && fault.at.statement < f.n_lines())
         return place_in_files(report.deck, fault.at.statement, fault.at.word);
     // The line that is told, or the deck's last one.
@@ -73,8 +82,8 @@ std::string fault_text(const check_report& report, const check_fault& fault, con
     std::string out = indent + printable(place.file) + ":" + std::to_string(place.line) + ":" +
                       std::to_string(place.column) + ": " + (fault.is_error ? "error: " : "warning: ") + fault.message +
                       "\n";
-    if (has_statement) {  // the place, the line, the caret
-        const std::string shown = place_with_caret(report.deck, fault.at.statement, fault.at.word);
+    if (has_statement || fault.place) {  // the place, the line, the caret
+        const std::string shown = place_with_caret(place);
         std::size_t at = shown.find('\n');
         while (at != std::string::npos) {
             const std::size_t end = shown.find('\n', at + 1);

@@ -1,6 +1,7 @@
 // check_report.h -- what `tnl check` finds: faults with their places.
 #pragma once
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct check_fault {
     std::string message;
     std::string advice;  // what to mend; may be empty
     deck_word at;
+    std::optional<record_place> place = {};  // in place of at: of what is no statement of the deck
 };
 
 struct check_report {
@@ -30,6 +32,8 @@ struct check_report {
     // At most 50 faults of a code are kept.
     void error(const char* code, deck_word at, std::string message, std::string advice = {});
     void warning(const char* code, deck_word at, std::string message, std::string advice = {});
+    void error_at(const char* code, const record_place& at, std::string message, std::string advice = {});
+    void warning_at(const char* code, const record_place& at, std::string message, std::string advice = {});
     int n_errors() const;
     int n_warnings() const { return static_cast<int>(faults.size()) - n_errors(); }
 };

@@ -20,6 +20,12 @@ constexpr word_line word_lines[] = {
     {"digital_nodes:", &element_type::digital, 1},
     {"main_var:", &element_type::var, 1},
     {"mainvars:", &element_type::var, 1},
+    {"auxnodes:", &element_type::inner, 1},
+    {"auxvars:", &element_type::inner, 1},
+    {"nodes:", &element_type::node, 1},  // of basic elements
+    {"main_vars:", &element_type::var, 1},
+    {"aux_var:", &element_type::inner, 1},
+    {"aux_vars:", &element_type::inner, 1},
     {"xvar:", &element_type::xvar, 1},
     {"xvars:", &element_type::xvar, 1},
     {"iparms:", &element_type::iprm, 2},
@@ -32,7 +38,7 @@ constexpr word_line word_lines[] = {
     {"outvar_ac:", &element_type::outvar, 2},
 };
 
-constexpr int deepest_call = 20;
+constexpr int deepest_call = 20, most_bodies = 2000;  // calls that double at each level are no elements for a run
 
 int library_of(std::string_view call) { return find_library(&library_form::call, call); }
 
@@ -79,6 +85,7 @@ public:
     // name_of turns a word of the entry into one of the type; words inside a composite get names of their own.
     void read_body(const library_entry& entry, int library, const std::map<std::string, std::string>& name_of,
                    int depth) {
+        if (n_bodies_ >= most_bodies) return;
         const std::string within = "\x01" + std::to_string(n_bodies_++) + ".";  // no deck has such a word
         for (const words& w : lines_of(entry, library_forms[library])) {
             if (w[0] == "end_dc") break;  // the small-signal half adds nothing

@@ -31,6 +31,7 @@ struct element_type {
     // What a statement must give: nodes that carry current, nodes and branches that are sensed, digital nodes, block
     // variables, explicit variables.
     std::vector<std::string> node, ind_node, ind_branch, digital, var, xvar;
+    std::vector<std::string> inner;   // its own nodes or variables, or those of a basic element
     std::vector<std::string> driven;  // those of var that the element itself determines
     // What it may give; `derived` are computed, and only read.
     std::vector<std::string> iprm, sprm, rprm, start, guess, derived;

@@ -12,7 +12,7 @@ namespace cli {
 namespace {
 
 struct describe_options {
-    std::string element, output;
+    std::string element, output, deck;
     bool md = false, json = false, all = false, methods = false;
 };
 
@@ -58,15 +58,26 @@ int describe_command(const describe_options& options) {
     if (options.methods) return describe_methods(options, nullptr);
     if (options.element.starts_with("method:"))
         if (const method_word* m = find_word_of_method(options.element)) return describe_methods(options, m);
-    const installed_libraries libraries = read_installed(own_installation().share);
-    const std::vector<element_sheet> sheets = all_sheets(libraries);
+    installed_libraries libraries = read_installed(own_installation().share);
+    std::vector<element_sheet> sheets = all_sheets(libraries);
+    if (!options.deck.empty()) {
+        const deck_source source = read_deck_source(options.deck);
+        const own_composites own = own_composites_of(source);
+        if (own.entries.empty()) throw deck_error(options.deck + " has no composites of its own");
+        sheets.clear();
+        for (const own_entry& e : own.entries) {
+            sheets.push_back(sheet_of(e.entry, e.library));
+            sheets.back().group = place_of(source, e.lines[0].at[0]).file;
+        }
+        libraries = with_own({}, own);  // for names that are near
+    }
     if (!options.output.empty()) {
         if (!options.all || !options.md) throw usage_error("describe: -o goes with --all --md, or with --methods");
         write_pages(sheets, options.output);
         return good;
     }
     std::vector<const element_sheet*> chosen;
-    if (options.all) {
+    if (options.all || (options.element.empty() && !options.deck.empty())) {
         for (const element_sheet& s : sheets) chosen.push_back(&s);
     } else {
         if (options.element.empty()) throw usage_error("describe: ELEMENT is missing (tnl list shows all)");
@@ -99,6 +110,9 @@ void add_describe(CLI::App& app, command_list& commands) {
     describe->add_flag("--methods", options->methods, "Every word of method:");
     describe->add_option("-o,--output", options->output,
                          "With --all --md: a folder for a page each and an index; with --methods: a file");
+    describe->add_option(
+        "--deck", options->deck,
+        "Of the composites that this deck, or file of composites, has of its own; all without ELEMENT");
     commands.push_back({describe, [options] { return describe_command(*options); }});
 }
 

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "run/words.h"
 #include "tnl/exit_status.h"
 #include "tnl/input_file.h"
+#include "tnl/library_split.h"
 
 namespace cli {
 
@@ -35,21 +37,40 @@ public:
         const int i_file = static_cast<int>(source_.files.size());
         source_.files.push_back({path, lines_of(text)});
         open_.push_back(path);
+        entry_state entry = entry_state::none;
+        bool holds_models = false;
         for (int i = 0; i < static_cast<int>(source_.files[at(i_file)].lines.size()); ++i) {
             const std::string line(without_comment(source_.files[at(i_file)].lines[at(i)]));
             const words w = parse_line_2(line);
-            if (w.size() > 0 && w[0] == "include") {
+            const std::string_view w0 = w.size() > 0 ? w[0] : std::string_view();
+            if (belongs_to_entry(line, w0, entry)) {
+                source_.blocks.back().lines.push_back({i_file, i});
+                continue;
+            }
+            // What continues a statement goes where that is.
+            const bool continues = w0.starts_with('+'), comment = w0.empty() || w0[0] == '#';
+            if (!comment && !continues) holds_models = is_early_model(w0);
+            if (w0 == "include") {
                 include(w, i_file, i);
+            } else if (holds_models && !comment) {
+                held_.emplace_back(line, deck_source::place{i_file, i});
             } else {
-                source_.text += line;
-                source_.text += '\n';
-                source_.origin.push_back({i_file, i});
+                add_line(line, {i_file, i});
+                if (w0 == "begin_circuit") release_models();
             }
         }
         open_.pop_back();
     }
 
+    // Models for which there is no circuit stand at the end, where they are told.
+    void release_models() {
+        circuit_begun_ = true;
+        for (const auto& [line, place] : std::exchange(held_, {})) add_line(line, place);
+    }
+
 private:
+    enum class entry_state { none, inside, behind };
+
     static std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
     // Files that include the next one twice double at each level: what they come to is bounded before it is kept.
@@ -86,7 +107,45 @@ private:
         add(std::move(text), path, place);
     }
 
+    void add_line(const std::string& line, const deck_source::place& place) {
+        source_.text += line;
+        source_.text += '\n';
+        source_.origin.push_back(place);
+    }
+
+    bool is_early_model(std::string_view w0) const {
+        return open_.size() > 1 && !circuit_begun_ && find_library(&library_form::model, w0) >= 0;
+    }
+
+    // Entries end with their last line and what continues it. One without it ends before what can stand in none.
+    bool belongs_to_entry(std::string_view line, std::string_view w0, entry_state& state) {
+        const bool continues = w0.starts_with('+') && line.find_first_not_of(" \t") == line.find('+');
+        if (state == entry_state::behind && (continues || w0.empty() || w0[0] == '#')) return continues;
+        const int library = find_library(&library_form::begin, w0);
+        if (state == entry_state::inside) {
+            const library_form& form = library_forms[source_.blocks.back().library];
+            const bool is_body = library >= 0 && library_forms[library].statement.empty() && !form.statement.empty();
+            if ((library < 0 || is_body) && !is_section_word(w0)) {
+                source_.blocks.back().ended = w0 == form.end;
+                if (source_.blocks.back().ended) state = entry_state::behind;
+                return true;
+            }
+        }
+        state = library >= 0 ? entry_state::inside : entry_state::none;
+        if (library >= 0) source_.blocks.push_back({library, {}, false});
+        return library >= 0;
+    }
+
+    static bool is_section_word(std::string_view w) {
+        for (const std::string_view s :
+             {"title:", "begin_circuit", "end_circuit", "begin_solve", "end_solve", "end_cf"})
+            if (s == w) return true;
+        return false;
+    }
+
     deck_source& source_;
+    std::vector<std::pair<std::string, deck_source::place>> held_;  // models that wait for the circuit
+    bool circuit_begun_ = false;
     std::vector<std::string> open_;  // the files whose lines are being read
     std::uintmax_t n_bytes_ = 0;
     std::size_t n_lines_ = 0;
@@ -107,7 +166,9 @@ std::string_view without_comment(std::string_view line) {
 
 deck_source deck_source_of(std::string text, const std::string& path) {
     deck_source source;
-    resolver(source).add(std::move(text), path, {});
+    resolver r(source);
+    r.add(std::move(text), path, {});
+    r.release_models();
     return source;
 }
 

@@ -8,6 +8,11 @@ namespace cli {
 
 // A line "include FILE" stands for the lines of that file; its path is relative to the file that names it. A '#' behind
 // a blank begins a comment that runs to the end of the line. Both are resolved here; the simulator knows neither.
+//
+// Entries of libraries ("ece name=..." to "endece") may stand between the statements of each of these files. They are
+// cut out; own_composites.h reads them. Model statements of a file that is included before begin_circuit stand behind
+// that.
+struct library_block;
 struct deck_source {
     struct file {
         std::string path;                // the deck's as the user gave it; "-" for standard input
@@ -19,6 +24,14 @@ struct deck_source {
     std::vector<file> files;    // the deck first
     std::string text;           // for the simulator
     std::vector<place> origin;  // [lines of text]
+    std::vector<library_block> blocks;
+};
+
+// One entry as it stands.
+struct library_block {
+    int library;                            // position in library_forms, by the word that it begins with
+    std::vector<deck_source::place> lines;  // comments between them too
+    bool ended = false;                     // its last line is there
 };
 
 // Throws file_error for a deck that cannot be read, deck_error, with the place of the include statement, for an

@@ -11,6 +11,7 @@ deck_view view_deck(deck_source source) {
     deck_view deck;
     deck.path = source.files.front().path;
     deck.source = std::move(source);
+    deck.own = own_composites_of(deck.source);
     try {
         deck.statements = file_chr_of(deck.source.text, any_number_of_lines);
         deck.readable = true;
@@ -172,8 +173,11 @@ record_place place_in_files(const deck_view& deck, int i_statement, int i_word) 
 }
 
 std::string place_with_caret(const deck_view& deck, int i_statement, int i_word) {
-    const record_place place = place_in_files(deck, i_statement, i_word);
-    std::string text = place.text;
+    return place_with_caret(place_in_files(deck, i_statement, i_word));
+}
+
+std::string place_with_caret(record_place place) {
+    std::string& text = place.text;
     std::size_t caret = file_chr::at(place.column - 1);
     if (caret > widest * 3 / 4) {  // keep the word in sight
         text = "..." + text.substr(caret - widest / 2);

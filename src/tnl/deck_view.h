@@ -8,6 +8,7 @@
 
 #include "deck/file_chr.h"
 #include "tnl/deck_source.h"
+#include "tnl/own_composites.h"
 #include "tnl/run_record.h"
 
 namespace cli {
@@ -19,6 +20,7 @@ inline constexpr int any_number_of_lines = std::numeric_limits<int>::max();
 struct deck_view {
     std::string path;    // as the user gave it
     deck_source source;  // its files, and where each line of the simulator's text comes from
+    own_composites own;  // that it brings along
     file_chr statements;
     bool readable = false;  // the reader took it
 
@@ -58,5 +60,6 @@ record_place place_in_files(const deck_view& deck, int i_statement, int i_word =
 
 // "deck.in:12:15: " and the line, and below it a caret under the word. Control bytes are shown as '?', long lines cut.
 std::string place_with_caret(const deck_view& deck, int i_statement, int i_word = 0);
+std::string place_with_caret(record_place place);
 
 }  // namespace cli

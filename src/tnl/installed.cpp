@@ -60,6 +60,27 @@ installed_libraries read_installed(const std::filesystem::path& share) {
     return all;
 }
 
+installed_libraries with_own(installed_libraries libraries, const own_composites& own) {
+    for (const own_entry& e : own.entries) {
+        installed_library& library = libraries.library[e.library];
+        library.position[e.entry.name] = static_cast<int>(library.entries.size());
+        library.entries.push_back(e.entry);
+        for (std::size_t i = 0; i < std::size(list_files); ++i) {
+            const std::string line = "." + e.entry.name + "\n";
+            if (list_files[i] != std::string(library_forms[e.library].begin) + "_all.lst") continue;
+            if (("\n" + libraries.list[i]).find("\n" + line) == std::string::npos) libraries.list[i] += line;
+        }
+    }
+    libraries.with_own = true;
+    return libraries;
+}
+
+deck_needs needs_of(const entry_name& entry, const installed_libraries& libraries) {
+    deck_needs needs;
+    follow{libraries, needs, {}}.visit(entry);
+    return needs;
+}
+
 deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries) {
     deck_needs needs;
     follow walk{libraries, needs, {}};

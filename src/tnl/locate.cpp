@@ -281,6 +281,14 @@ bool any_line_has(const std::vector<std::string>& lines, std::string_view text) 
                        [&](const std::string& l) { return l.find(text) != std::string::npos; });
 }
 
+// The readers of composites stop before the deck's statements are looked at.
+bool speaks_of_composites(const std::vector<std::string>& lines) {
+    for (const std::string_view reader : {"eels_class:", "eels_ebe", "eels_eels", "check ece library",
+                                          "gels_class:", "gels_gbe", "gels_gels", "check gce library"})
+        if (any_line_has(lines, reader)) return true;
+    return false;
+}
+
 // Statements that can be meant: a block that the text names, else all of the deck.
 statement_range range_meant(const std::vector<std::string>& lines, const deck_view& deck) {
     const std::vector<statement_range> blocks = solve_ranges(deck);
@@ -337,6 +345,7 @@ std::vector<stop_place> elements_of_model(const std::vector<std::string>& lines,
         });
         if (!narrower.empty()) return narrower;
     }
+    if (!deck.own.entries.empty()) return {};  // it may stand inside one of these
     return of_type;
 }
 
@@ -344,6 +353,7 @@ std::vector<stop_place> elements_of_model(const std::vector<std::string>& lines,
 
 std::vector<stop_place> find_places(std::string_view text, const deck_view& deck, const deck_needs& needs) {
     const std::vector<std::string> lines = split_lines(text);
+    if (!deck.own.entries.empty() && speaks_of_composites(lines)) return {};  // a check of the deck knows their lines
     for (const silent_stop& stop : silent_stops)
         if (any_line_has(lines, stop.message)) {
             std::vector<stop_place> found =
@@ -429,6 +439,11 @@ stop_reading read_stop(std::string_view text, const deck_view& deck, const deck_
         return std::any_of(stop.found.begin(), stop.found.end(),
                            [&](const stop_place& p) { return p.i_statement == f.at.statement; });
     };
+    // A stop of the readers of composites is about these.
+    if (!deck.own.entries.empty() && speaks_of_composites(split_lines(text)))
+        for (const check_fault& f : stop.report.faults)
+            if (f.is_error && f.place && stop.errors.size() < most_faults) stop.errors.push_back(&f);
+    if (!stop.errors.empty()) return stop;
     for (const bool at_place : {true, false}) {
         for (const check_fault& f : stop.report.faults)
             if (f.is_error && is_found(f) == at_place && stop.errors.size() < most_faults) stop.errors.push_back(&f);

@@ -19,6 +19,7 @@ std::string lower(std::string_view s) {
 }  // namespace
 
 int edit_distance(std::string_view a, std::string_view b) {
+    if (std::max(a.size(), b.size()) > 4 * longest) return static_cast<int>(std::max(a.size(), b.size()));  // not near
     std::vector<int> before, last, row(b.size() + 1);
     std::iota(row.begin(), row.end(), 0);
     for (std::size_t i = 0; i < a.size(); ++i) {

@@ -181,6 +181,13 @@ process_result simulate(const run_options& options, double time_limit, const ins
     return ended;
 }
 
+void check_own_composites(const deck_view& deck) {
+    if (deck.own.faults.empty()) return;
+    const own_fault& f = deck.own.faults.front();
+    throw deck_error(f.message + "\n" + place_with_caret(place_of(deck.source, f.at)) +
+                     (f.advice.empty() ? "" : "\n  advice: " + f.advice));
+}
+
 // Errors of blocks and outputs that a run passes over without a word, so that rows are missing which the deck asks for.
 bool leaves_no_rows(const check_fault& fault) {
     constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced"};
@@ -221,8 +228,9 @@ run_result run_deck(const run_options& options, const installation& where) {
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());
     check_output_names(run.deck, run.folder, options.force);
     check_input_names(run.deck);
+    check_own_composites(run.deck);
 
-    const installed_libraries libraries = read_installed(where.share);
+    const installed_libraries libraries = with_own(read_installed(where.share), run.deck.own);
     const deck_needs needs = needs_of(run.deck, libraries);
     run_record& record = run.record = begun_record(options, run.deck, libraries);
     const run_folder folder = take_run_folder(run.folder, record.deck, options.force);

@@ -317,7 +317,7 @@ for memory in 20000 40000 60000 80000 120000; do # kB
     text=$(tail -n 2 ../text)
     case "$status $text" in
         "1 main: there is not enough memory for this.
-   Halting...") told=$((told + 1)) ;;
+  Halting...") told=$((told + 1)) ;;
         "0 "*"$done") ;;
         *) expect "a large circuit in $memory kB" 'rows or a text' "status $status, $text" ;;
     esac

@@ -23,7 +23,8 @@ bool has_errors(std::string_view text) {
     (void)cli::report_text(report);
     (void)cli::report_json(report);
     // The text also as that of a stop.
-    (void)cli::explain_stop(text, deck, cli::needs_of(deck, share()), share());
+    const cli::installed_libraries libraries = cli::with_own(share(), deck.own);
+    (void)cli::explain_stop(text, deck, cli::needs_of(deck, libraries), libraries);
     (void)cli::similar_patterns(text, 3);
     return report.n_errors() > 0;
 }

@@ -133,6 +133,16 @@ std::string words_of_family(const library_form& form, const library_form& form_a
 std::string library_words() { return words_of_family(ebes_form, ebac_form, eels_form); }
 std::string block_words() { return words_of_family(gbes_form, gbac_form, gels_form); }
 
+std::string composite_words() {
+    const std::string blocks = block_words();
+    std::string all = library_words();
+    for (std::size_t at = 0; at < blocks.size(); at = blocks.find('\n', at) + 1) {
+        const std::string word = blocks.substr(at, blocks.find('\n', at) + 1 - at);
+        if (("\n" + all).find("\n" + word) == std::string::npos) all += word;
+    }
+    return all + "\"begin_circuit\"\n\"emodel\"\n\"include\"\n\"#:\"\n";
+}
+
 std::string data_words() {
     word_set all(numbers.begin(), numbers.end());
     all.insert({"\\x0a", "\\x0d\\x0a", "\\x09", "+", "#", "none"});
@@ -175,6 +185,7 @@ constexpr fuzz_target targets[] = {
     {"solution", fuzz_solution, solution_words},
     {"measure", fuzz_measure, measure_words},
     {"check", fuzz_check, deck_words},
+    {"composites", fuzz_composites, composite_words},
     {"words", fuzz_words, text_words},
 };
 }  // namespace

@@ -15,6 +15,7 @@ bool fuzz_expression(std::string_view text);  // each line as a word: expression
 bool fuzz_solution(std::string_view text);    // a solution file of a small circuit
 bool fuzz_measure(std::string_view text);     // rows, and expressions over them
 bool fuzz_check(std::string_view text);       // a deck as `tnl check` sees it; true if it has no errors
+bool fuzz_composites(std::string_view text);  // a deck or file with composites of its own; true if it has no errors
 bool fuzz_words(std::string_view text);       // text files: lines, name lists, sizes of a run
 
 struct fuzz_target {

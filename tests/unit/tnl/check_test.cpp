@@ -412,6 +412,12 @@ TEST(element_types, know_which_variables_an_element_writes) {
     EXPECT_EQ(driven("eelement", "isrc_1"), "");
 }
 
+TEST(near_words, no_long_names_are_compared_letter_by_letter) {
+    const std::string one(40000, 'a'), other = one + "b";
+    EXPECT_EQ(edit_distance(one, other), 40001);
+    EXPECT_TRUE(near_names({other, "a"}, one).empty());
+}
+
 TEST(near_words, take_swapped_letters_and_capitals_first) {
     EXPECT_EQ(near_words({"out", "in", "Vout", "vout"}, "uot"), (std::vector<std::string>{"out"}));
     EXPECT_EQ(near_words({"l", "L1", "c"}, "L"), (std::vector<std::string>{"l"}));
