@@ -17,19 +17,12 @@ void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst) 
 }
 
 namespace {
-// Stands where a formula has left the range of numbers: no solution is there, and the solver sees it at once.
-void runs_away(double v, double& i, double& g) {
-    constexpr double infinite = std::numeric_limits<double>::infinity();
-    i = v < 0 ? -infinite : infinite;
-    g = 1;
-}
-
 double breakdown_current(const junction_diode& d) { return (d.ibv == 0 ? d.is * d.bv / d.vt : d.ibv) * d.area; }
 }  // namespace
 
 void junction_current(const junction_diode& d, double v, double gmin, double& i, double& g) {
     const double vte = d.n_em * d.vt, is = d.is_t * d.area;
-    double e = 0, de = 0, e_bv = 0;
+    double e, de;
     if (v >= 0 || d.bv_cont || (v > -d.bv && v > -5 * vte)) {
         exp_lmt_1(v / vte, e, de, d.x_max);
         i = is * (e - 1) + gmin * v;
@@ -46,46 +39,43 @@ void junction_current(const junction_diode& d, double v, double gmin, double& i,
         g = gmin;
     }
     if (d.bv_cont && v < 0) {
-        exp_lmt_1(-(d.bv + v) / vte, e_bv, de, d.x_max);
-        i -= breakdown_current(d) * e_bv;
+        exp_lmt_1(-(d.bv + v) / vte, e, de, d.x_max);
+        i -= breakdown_current(d) * e;
         g += breakdown_current(d) * de / vte;
     }
-    if (std::isinf(e) || std::isinf(e_bv))
-        runs_away(v, i, g);  // times a saturation current of 0 they would be no number
 }
 
 void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c) {
-    q = c = 0;
-    if (d.area * d.cj0 != 0) {
-        const double v_edge = d.fc * d.vj;
+    double charge = 0, slope = 0;
+    if (d.cj0 != 0 && d.area != 0) {
+        const double v_edge = d.fc * d.vj, c_0 = d.area * d.cj0;
         if (v < v_edge) {
             const double a = 1 - v / d.vj, s = std::pow(a, -d.m);
-            q = d.vj / (1 - d.m) * (1 - a * s);
-            c = s;
+            charge = c_0 * (d.vj / (1 - d.m) * (1 - a * s));
+            slope = c_0 * s;
         } else {
-            q = d.f1 + (d.f3 * (v - v_edge) + d.m / (2 * d.vj) * (v * v - v_edge * v_edge)) / d.f2;
-            c = (d.f3 + d.m * v / d.vj) / d.f2;
+            charge = c_0 * (d.f1 + (d.f3 * (v - v_edge) + d.m / (2 * d.vj) * (v * v - v_edge * v_edge)) / d.f2);
+            slope = c_0 * ((d.f3 + d.m * v / d.vj) / d.f2);
         }
-        q = d.area * d.cj0 * q;
-        c = d.area * d.cj0 * c;
     }
     if (d.tt != 0) {
-        q = q + d.tt * id;
-        c = c + d.tt * gd;
+        charge = charge + d.tt * id;
+        slope = slope + d.tt * gd;
     }
+    q = charge;
+    c = slope;
 }
 
-bool junction_at(const junction_diode& d, const double* v, double gmin, double& i, double& g, double& q, double& c) {
-    constexpr double v_largest = 1e100;
-    const double vd = v[0] - v[1];
-    if (std::fabs(v[0]) <= v_largest && std::fabs(v[1]) <= v_largest) {
-        junction_current(d, vd, gmin, i, g);
-        q = c = 0;
-        if (!std::isinf(i)) junction_charge(d, vd, i - gmin * vd, g - gmin, q, c);
-        if (std::isfinite(i + g + q + c)) return true;
-        if (std::isnan(i) || std::isnan(g) || std::isnan(q) || std::isnan(c)) return false;
+bool junction_ran_away(const junction_diode& d, const double* v, double& i, double& g, double& q, double& c) {
+    if (junction_in_range(v)) {
+        // An overflow comes before what follows from it; without a saturation current the exponential has no limit.
+        const bool overflow = std::isinf(i) || std::isinf(d.x_max);
+        if (!overflow && (std::isnan(i) || std::isnan(g) || std::isnan(q) || std::isnan(c))) return false;
     }
-    runs_away(vd, i, g);
+    // No solution is there, and the solver sees it at once.
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    i = v[0] - v[1] < 0 ? -infinite : infinite;
+    g = 1;
     q = c = 0;
     return true;
 }
