@@ -1,9 +1,9 @@
 // The linear solver beside KLU, in one program on the same systems: ladders, random circuits with a few hubs, grids,
-// and the systems of decks.
+// meshes, full matrices, and the systems of decks.
 //   bench_sparse                                       two tables: beside KLU; beside the floors of the machine
-//   bench_sparse FAMILY                                the first table for one family of systems
-//   bench_sparse --one-replay FAMILY N literal|fast    one refactor and solve, in a function of that name, to be
-//   counted bench_sparse --benchmark_...                       the cases one by one, as a Google Benchmark
+//   bench_sparse FAMILY | deck | floors                the first table for one family of systems, decks; the second one
+//   bench_sparse --one-replay FAMILY N literal|fast    one refactor and solve, in a function of that name, to count
+//   bench_sparse --benchmark_...                       the cases one by one, as a Google Benchmark
 #include <benchmark/benchmark.h>
 #include <klu.h>
 
@@ -104,12 +104,12 @@ double disagreement(our_solver& a, klu_solver& b) {
     return difference / largest;
 }
 
-// Those of one family, or all and the decks.
+// Those of one family, of decks, or all.
 void for_all_cases(std::string_view family, const std::function<void(const std::string&, const bench_case&)>& run) {
     for (const case_family& f : families)
         if (family.empty() || family == f.name)
             for (const int n : f.sizes) run(f.name, f.make(n));
-    if (!family.empty()) return;
+    if (!family.empty() && family != "deck") return;
     for (const std::string& name : deck_names) run("deck " + name, deck_case(name));
 }
 
@@ -251,7 +251,10 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (argc == 2 && argv[1][0] != '-') {
-        print_beside_klu(argv[1]);
+        if (std::string_view(argv[1]) == "floors")
+            print_beside_floors();
+        else
+            print_beside_klu(argv[1]);
         return 0;
     }
     if (argc == 5 && std::string_view(argv[1]) == "--one-replay")

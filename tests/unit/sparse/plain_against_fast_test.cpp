@@ -226,11 +226,11 @@ void filled_systems_agree(int n_trial, int& n_solved, int& n_stopped, int& n_at_
 
 TEST(plain_against_fast, systems_that_fill_in_agree_to_the_bit_and_stop_at_the_same_limits) {
     int n_solved = 0, n_stopped = 0, n_at_limit = 0;
-    filled_systems_agree<double>(60, n_solved, n_stopped, n_at_limit);
+    filled_systems_agree<double>(35, n_solved, n_stopped, n_at_limit);
     EXPECT_GT(n_solved, 200);
     EXPECT_GT(n_stopped, 50);
     EXPECT_GT(n_at_limit, 100);
-    filled_systems_agree<complex_value>(8, n_solved, n_stopped, n_at_limit);
+    filled_systems_agree<complex_value>(6, n_solved, n_stopped, n_at_limit);
 }
 
 TEST(plain_against_fast, dense_blocks_behind_other_pivots_agree) {
