@@ -158,7 +158,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     const std::filesystem::path folder =
         deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
-    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}};
+    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}};
     check_sections(d);
     check_globals(d);
     check_elements(d);

@@ -30,6 +30,7 @@ struct check_report {
     // At most 50 faults of a code are kept.
     void error(const char* code, deck_word at, std::string message, std::string advice = {});
     void warning(const char* code, deck_word at, std::string message, std::string advice = {});
+    bool is_full(const char* code) const;  // no more of this code are kept
     int n_errors() const;
     int n_warnings() const { return static_cast<int>(faults.size()) - n_errors(); }
 };

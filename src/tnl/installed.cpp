@@ -86,6 +86,7 @@ deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries)
 
 std::vector<std::string> near_names(const std::vector<std::string>& known, std::string_view name) {
     std::vector<std::pair<int, std::string>> near;
+    if (name.size() > 100) return {};  // nobody has misspelt that
     for (const std::string& other : known) {
         const int distance = edit_distance(name, other);
         const bool within = std::min(name.size(), other.size()) > 2 &&
