@@ -134,6 +134,18 @@ void refuse(checked_deck& d, const element_type& type, deck_word at, const std::
                    "m is 1e-3, u is 1e-6, M is 1e6");
 }
 
+// Times of a line through points ascend, as far as n_pts counts.
+void check_points(checked_deck& d, const deck_element& e) {
+    const parameter n = parameter_of(d, e, "n_pts");
+    for (int k = 2; k <= n.x && k <= 20; ++k) {
+        const parameter before = parameter_of(d, e, "t" + std::to_string(k - 1)),
+                        now = parameter_of(d, e, "t" + std::to_string(k));
+        if (!(now.x < before.x) || !(before.is_written || now.is_written)) continue;
+        d.report.error("bad-value", now.is_written ? now.at : before.at,
+                       now.text + " is before " + before.text + ": the run would stop");
+    }
+}
+
 }  // namespace
 
 void check_model_limits(checked_deck& d, const deck_element& e) {
@@ -155,6 +167,7 @@ void check_model_limits(checked_deck& d, const deck_element& e) {
                            first.text + (r.may_be_equal ? " is above " : " is not below ") + second.text +
                                (second.is_written ? "" : " (as not given)") + ": the run would stop");
         }
+        if (basic == "pwl20") check_points(d, e);
         if (std::find(std::begin(pulses), std::end(pulses), basic) == std::end(pulses)) continue;
         const parameter tr = of("tr"), pw = of("pw"), tf = of("tf"), per = of("per");
         if (per.x > 0 && tr.x + pw.x + tf.x > per.x * (1 + 1e-9)) {
