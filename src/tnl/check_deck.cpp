@@ -164,7 +164,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     const std::filesystem::path folder =
         deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
-    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}};
+    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}};
     check_composites(d);
     const bool sound = d.report.n_errors() == 0;  // what faulty composites connect is not known
     if (is_library(d.report.deck)) {

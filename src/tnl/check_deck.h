@@ -50,6 +50,13 @@ struct deck_element {
     std::vector<key_value> pairs;  // the first of each key
 };
 
+// A value of `method:` where it stands; NaN for a constant of the deck.
+struct method_value {
+    deck_word at;
+    std::string text;
+    double value = NAN;
+};
+
 struct named_values {
     std::set<std::string> reals, ints, texts;  // greal, ginteger, gstring
 };
@@ -61,6 +68,7 @@ struct checked_deck {
     deck_sections sections;
     named_values globals;
     std::vector<deck_element> elements;                  // placeholders too
+    std::map<std::string, int> models;                   // "library type name" to its statement; the first of equals
     std::map<std::string, int, std::less<>> element_of;  // instance name to position in elements; the first of equals
     std::map<std::string, double> written;               // files of the blocks so far: rows if known, else NaN
 
@@ -81,6 +89,8 @@ void check_variables(checked_deck& d);  // block variables: who writes, who read
 void check_outvars(checked_deck& d);    // outvar: statements
 void check_solves(checked_deck& d);     // solve blocks
 void check_outputs(checked_deck& d, const solve_section& s);  // output blocks of one
+// Words of its method: statements, against each other and the circuit.
+void check_settings(checked_deck& d, const solve_section& s, const std::map<std::string, method_value>& given);
 void check_with_reader(checked_deck& d);  // a deck without errors so far goes through the simulator's own reader
 
 // ---- what several checks share

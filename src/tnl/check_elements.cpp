@@ -220,7 +220,6 @@ void check_element(checked_deck& d, const deck_element& e) {
     check_words(d, i, 1, *e.type, e.pairs, false);
     check_terminals(d, e);
     check_data_files(d, e);
-    check_model_limits(d, e);
 }
 
 // Blocks that set or read a parameter name the element and one of its real parameters or start values.
@@ -296,6 +295,7 @@ void check_model(checked_deck& d, int i, int library, std::map<std::string, std:
         return;
     }
     const std::string name = d.word(i, 2), type_name = d.word(i, 4);
+    d.models.emplace(std::to_string(library) + " " + type_name + " " + name, i);
     if (!models.emplace(name + "\n" + type_name, name).second)
         d.report.warning("named-twice", {i, 2}, "a model " + name + " of this type stands before; the first counts");
     const element_type* type = d.types.find(library, type_name);
@@ -345,6 +345,7 @@ void check_elements(checked_deck& d) {
         if (e.type != nullptr) {
             check_references(d, e, models[e.library]);
             check_linked_parameter(d, e);
+            check_model_limits(d, e);
         }
 }
 

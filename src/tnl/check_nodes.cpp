@@ -231,6 +231,10 @@ private:
         });
     }
 
+    static bool is_near_size(const std::string& a, const std::string& b) {
+        return std::max(a.size(), b.size()) - std::min(a.size(), b.size()) <= 1;
+    }
+
     void single_connections() {
         for (int i = 0; i < g_.n(); ++i) {
             const graph_node& n = g_.node(i);
@@ -239,8 +243,11 @@ private:
                 continue;
             if (n.n_terminal == 0) continue;  // sensed alone: an error of its own
             std::vector<std::string> others;
-            for (const graph_node& o : g_.nodes)
-                if (!o.name.empty() && edit_distance(o.name, n.name) == 1 && std::max(o.name.size(), n.name.size()) > 2)
+            // What is told no more is not looked for: that would take the square of many nodes.
+            for (std::size_t at = 0; at < g_.nodes.size() && !d_.report.is_full("one-terminal"); ++at)
+                if (const graph_node& o = g_.nodes[at]; !o.name.empty() && is_near_size(o.name, n.name) &&
+                                                        edit_distance(o.name, n.name) == 1 &&
+                                                        std::max(o.name.size(), n.name.size()) > 2)
                     others.push_back(o.name);
             d_.report.warning("one-terminal", n.first,
                               "node " + n.name + " has this one connection only" +

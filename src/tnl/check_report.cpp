@@ -10,12 +10,15 @@ namespace cli {
 namespace {
 
 constexpr int most_of_a_code = 50;
+constexpr std::size_t longest_text = 1000;  // characters of a message
 constexpr std::size_t widest = 100;  // characters of a line that are shown
 
 std::string counted(int n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); }
 
-// Bytes that are no printable ASCII: a terminal must not obey what stands in a deck.
+// Bytes that are no printable ASCII: a terminal must not obey what stands in a deck. Names of no sensible length are
+// cut.
 std::string printable(std::string text) {
+    if (text.size() > longest_text) text = text.substr(0, longest_text) + " ...";
     for (char& c : text)
         if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
     return text;
@@ -41,6 +44,10 @@ void check_report::error_at(const char* code, const record_place& at, std::strin
 }
 void check_report::warning_at(const char* code, const record_place& at, std::string message, std::string advice) {
     add(*this, false, code, {}, std::move(message), std::move(advice), at);
+}
+bool check_report::is_full(const char* code) const {
+    const auto at = count.find(code);
+    return at != count.end() && at->second >= most_of_a_code;
 }
 int check_report::n_errors() const {
     return static_cast<int>(

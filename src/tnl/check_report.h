@@ -34,6 +34,7 @@ struct check_report {
     void warning(const char* code, deck_word at, std::string message, std::string advice = {});
     void error_at(const char* code, const record_place& at, std::string message, std::string advice = {});
     void warning_at(const char* code, const record_place& at, std::string message, std::string advice = {});
+    bool is_full(const char* code) const;  // no more of this code are kept
     int n_errors() const;
     int n_warnings() const { return static_cast<int>(faults.size()) - n_errors(); }
 };

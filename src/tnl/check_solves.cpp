@@ -7,6 +7,7 @@
 #include "blocks/solve_words.h"
 #include "run/words.h"
 #include "tnl/check_deck.h"
+#include "tnl/check_values.h"
 #include "tnl/near_words.h"
 
 namespace cli {
@@ -29,13 +30,6 @@ constexpr std::string_view explicit_rules[] = {"forward_euler", "RK4", "RKF45", 
 
 std::vector<std::string> as_strings(const std::vector<std::string_view>& list) { return {list.begin(), list.end()}; }
 
-// A value of `method:` where it stands; NaN for a constant of the deck.
-struct method_value {
-    deck_word at;
-    std::string text;
-    double value = std::nan("");
-};
-
 class block_checks {
 public:
     block_checks(checked_deck& d, solve_section& s, bool after_solution)
@@ -55,6 +49,7 @@ public:
         }
         if (s_.type == "trns") check_time();
         if (s_.type == "dc") check_dc();
+        check_settings(d_, s_, given_);
         s_.n_points = n_grid_ * n_sync_;
     }
 
@@ -110,7 +105,7 @@ private:
                 unknown_method(i, j, m);
                 continue;
             }
-            method_value v{{i, j}, d_.word(i, j + 1)};
+            method_value v{{i, j}, d_.word(i, j + 1), std::nan("")};
             const std::string_view kind = type_name(*m);
             int n = 0;
             if (kind == "int" && check_int(d_, {i, j + 1}, &n)) v.value = n;
@@ -294,6 +289,7 @@ private:
             const std::string value = d_.word(i, j + 1);
             if (!d_.globals.ints.count(value) && !d_.globals.reals.count(value) && !is_double(value, x))
                 check_real(d_, {i, j + 1});
+            check_item_value(d_, {i, j}, {i, j + 1});
         }
     }
 
@@ -339,7 +335,10 @@ private:
         if (key == "type") {
             const std::string form = f.n_words(i) > first + 1 ? d_.word(i, first + 1) : std::string();
             if (form == "table") {
-                for (int j = first + 2; j < f.n_words(i); ++j) check_real(d_, {i, j});
+                for (int j = first + 2; j < f.n_words(i); ++j) {
+                    check_real(d_, {i, j});
+                    if (first == 2) check_item_value(d_, {i, 1}, {i, j});
+                }
                 const int n = f.n_words(i) - first - 2;
                 if (n < 1) d_.report.error("bad-sweep", {i, first}, "the table has no values");
                 return n;
@@ -379,6 +378,8 @@ private:
         real("from", from);
         real("to", to);
         real("div", div);
+        for (const char* k : {"from", "to"})
+            if (first == 2 && at.count(k)) check_item_value(d_, {i, 1}, {i, at[k]});
         bool complete = true;
         for (const char* k : {"to", "type"})
             if (!at.count(k)) {

@@ -57,7 +57,7 @@ std::string pair_value(const words& w, int first, std::string_view key) {
 // What a basic element does with its variables and currents.
 struct basic_sheet {
     std::vector<std::string> node, var, driven;
-    bool has_current = false;
+    bool has_current = false, limits_step = false, nonlinear = false;
 };
 
 basic_sheet read_basic(const library_entry& entry, int library) {
@@ -66,6 +66,8 @@ basic_sheet read_basic(const library_entry& entry, int library) {
         const auto take = [&](std::vector<std::string>& list) {
             for (int j = 1; j < w.size(); ++j) list.push_back(w.str(j));
         };
+        if (w[0] == library_forms[library].begin) sheet.limits_step = pair_value(w, 3, "limit_tstep") == "yes";
+        if (w[0] == "Jacobian:") sheet.nonlinear = w.size() > 1 && w[1] != "constant";
         if (w[0] == "nodes:") take(sheet.node);
         if (w[0] == "main_var:" || w[0] == "main_vars:") take(sheet.var);
         if (w[0] == "aux_var:") sheet.has_current = w.size() > 1;
@@ -122,6 +124,8 @@ private:
         ++n_basic_;
         type_.basics.push_back(name);
         has_current_ = sheet.has_current;
+        type_.limits_step = type_.limits_step || sheet.limits_step;
+        type_.nonlinear = type_.nonlinear || sheet.nonlinear;
         bool special = false;
         for (const basic_branch& b : basic_branches())
             if (b.element == name && library_forms[library].begin == "ebe") {
@@ -202,6 +206,8 @@ const element_type* element_types::find(int library, std::string_view name) {
                 for (int j = 1; j < w.size(); j += l.step)
                     if (!has(type.*l.list, w[j])) (type.*l.list).push_back(w.str(j));
     type.text_values = pairs_of(lines, "sparms:");
+    for (const char* keyword : {"iparms:", "rparms:"})
+        for (name_and_value& p : pairs_of(lines, keyword)) type.values.push_back(std::move(p));
     type.doc = doc_of(*entry);
     std::map<std::string, std::string> own;
     for (words_member list : {&element_type::node, &element_type::var})

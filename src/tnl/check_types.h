@@ -39,7 +39,10 @@ struct element_type {
     std::vector<std::string> outvar;          // dc and small signal
     std::vector<type_branch> branches;
     std::vector<std::string> basics;  // the basic elements that it is made of
-    bool can_be_sensed = false;       // one basic element with a current of its own
+    std::vector<name_and_value> values;  // iprm, rprm with what stands in the library
+    bool can_be_sensed = false;          // one basic element with a current of its own
+    bool limits_step = false;            // has corners or events that steps must meet
+    bool nonlinear = false;
     element_doc doc;
 };
 

@@ -64,46 +64,137 @@ constexpr value_rule value_rules[] = {
     {"filter_z1_p1", "b1", -inf, inf, true},
     {"filter_z2_p2", "b2", -inf, inf, true},
     {"pwl20", "n_pts", 1, 20, false},
+    {"vpulse", "tr", 0, inf, false},
+    {"vpulse", "tf", 0, inf, false},
+    {"vpulse", "pw", 0, inf, false},
+    {"ipulse", "tr", 0, inf, false},
+    {"ipulse", "tf", 0, inf, false},
+    {"ipulse", "pw", 0, inf, false},
+    {"pulse", "tr", 0, inf, false},
+    {"pulse", "tf", 0, inf, false},
+    {"pulse", "pw", 0, inf, false},
+    {"step", "dt1", 0, inf, false},
+    {"clock", "dt1", 0, inf, false},
+    {"clock", "dt2", 0, inf, false},
+    {"clock", "g_high", 0, inf, false},
 };
-// The first must not be above the second.
+// The first must not be above the second, nor equal to it where that is told.
 struct order_rule {
     std::string_view element, first, second;
+    bool may_be_equal;
 };
 constexpr order_rule order_rules[] = {
-    {"lmtr", "x_min", "x_max"},
-    {"vsrcdc", "t_ramp_1", "t_ramp_2"},
-    {"vsrcac_ramp", "t_ramp_1", "t_ramp_2"},
-    {"cmprtr_hyst_1", "g_low", "g_high"},
-    {"clock", "dt1", "t1"},
-    {"clock", "dt2", "t2"},
-    {"diode_r", "r_on", "r_off"},
+    {"lmtr", "x_min", "x_max", true},
+    {"vsrcdc", "t_ramp_1", "t_ramp_2", true},
+    {"vsrcac_ramp", "t_ramp_1", "t_ramp_2", true},
+    {"cmprtr_hyst_1", "g_low", "g_high", false},
+    {"clock", "dt1", "t1", true},
+    {"clock", "dt2", "t2", true},
+    {"diode_r", "r_on", "r_off", false},
 };
+// Edges and the time between them must fit into the period, if there is one.
+constexpr std::string_view pulses[] = {"vpulse", "ipulse", "pulse"};
+
+// A parameter as the run sees it: the element's own word, that of its model, or the library's value.
+struct parameter {
+    double x = std::nan("");  // NaN: a constant of the deck, or no such parameter
+    deck_word at;
+    std::string text;  // "r=0" as it is written
+    bool is_written = false;
+};
+
+parameter parameter_of(const checked_deck& d, const deck_element& e, std::string_view name) {
+    parameter p{std::nan(""), {e.statement, 0}, {}, false};
+    if (!has(e.type->rprm, name) && !has(e.type->iprm, name)) return p;
+    int at = 0;
+    std::string word = d.value(e, name, &at);
+    p.at.word = at;
+    if (const std::string model = word.empty() ? d.value(e, "model") : ""; !model.empty()) {
+        const auto found = d.models.find(std::to_string(e.library) + " " + e.type_name + " " + model);
+        for (int j = 5; found != d.models.end() && word.empty() && j + 1 < d.text().n_words(found->second); j += 2)
+            if (d.text().word(found->second, j) == name) {
+                word = d.word(found->second, j + 1);
+                p.at = {found->second, j + 1};
+            }
+    }
+    p.is_written = !word.empty();
+    for (const name_and_value& v : e.type->values)
+        if (!p.is_written && v.name == name) word = v.value;
+    p.text = std::string(name) + "=" + word;
+    if (!is_double(word, p.x)) p.x = std::nan("");
+    return p;
+}
+
+bool refuses(const value_rule& r, double x) {
+    return !std::isnan(x) && !(x >= r.low && x <= r.high && !(r.not_zero && x == 0));
+}
+
+void refuse(checked_deck& d, const element_type& type, deck_word at, const std::string& text) {
+    d.report.error("bad-value", at, type.name + " does not take " + text + ": the run would stop",
+                   "m is 1e-3, u is 1e-6, M is 1e6");
+}
+
+// Times of a line through points ascend, as far as n_pts counts.
+void check_points(checked_deck& d, const deck_element& e) {
+    const parameter n = parameter_of(d, e, "n_pts");
+    for (int k = 2; k <= n.x && k <= 20; ++k) {
+        const parameter before = parameter_of(d, e, "t" + std::to_string(k - 1)),
+                        now = parameter_of(d, e, "t" + std::to_string(k));
+        if (!(now.x < before.x) || !(before.is_written || now.is_written)) continue;
+        d.report.error("bad-value", now.is_written ? now.at : before.at,
+                       now.text + " is before " + before.text + ": the run would stop");
+    }
+}
 
 }  // namespace
 
 void check_model_limits(checked_deck& d, const deck_element& e) {
-    const auto value = [&](std::string_view parameter, double& x, int& at) {
-        return (has(e.type->rprm, parameter) || has(e.type->iprm, parameter)) &&
-               is_double(d.value(e, parameter, &at), x);
-    };
-    double x = 0, y = 0;
-    int at = 0, at_2 = 0;
+    const auto of = [&](std::string_view name) { return parameter_of(d, e, name); };
+    // A factor beside the value may bring it back into the limits.
+    const bool is_scaled = of("k_scale").is_written;
     for (const std::string& basic : e.type->basics) {
         for (const value_rule& r : value_rules) {
-            // A factor beside the value may bring it back into the limits.
-            if (r.element != basic || !value(r.parameter, x, at) || !d.value(e, "k_scale").empty()) continue;
-            if (x >= r.low && x <= r.high && !(r.not_zero && x == 0)) continue;
-            d.report.error("bad-value", {e.statement, at},
-                           e.type->name + " does not take " + std::string(r.parameter) + "=" + d.word(e.statement, at) +
-                               ": the run would stop",
-                           "m is 1e-3, u is 1e-6, M is 1e6");
+            if (r.element != basic || is_scaled) continue;
+            const parameter p = of(r.parameter);
+            if (p.is_written && refuses(r, p.x)) refuse(d, *e.type, p.at, p.text);
         }
-        for (const order_rule& r : order_rules)
-            if (r.element == basic && value(r.first, x, at) && value(r.second, y, at_2) && x > y)
-                d.report.error("bad-value", {e.statement, at},
-                               std::string(r.first) + "=" + d.word(e.statement, at) + " is above " +
-                                   std::string(r.second) + "=" + d.word(e.statement, at_2) + ": the run would stop");
+        for (const order_rule& r : order_rules) {
+            if (r.element != basic) continue;
+            const parameter first = of(r.first), second = of(r.second);
+            if (!first.is_written && !second.is_written) continue;
+            if (!(first.x > second.x) && (r.may_be_equal || first.x != second.x)) continue;
+            d.report.error("bad-value", first.is_written ? first.at : second.at,
+                           first.text + (r.may_be_equal ? " is above " : " is not below ") + second.text +
+                               (second.is_written ? "" : " (as not given)") + ": the run would stop");
+        }
+        if (basic == "pwl20") check_points(d, e);
+        if (std::find(std::begin(pulses), std::end(pulses), basic) == std::end(pulses)) continue;
+        const parameter tr = of("tr"), pw = of("pw"), tf = of("tf"), per = of("per");
+        if (per.x > 0 && tr.x + pw.x + tf.x > per.x * (1 + 1e-9)) {
+            const parameter& told = per.is_written ? per : pw.is_written ? pw : tr.is_written ? tr : tf;
+            d.report.error(
+                "bad-value", told.at,
+                tr.text + ", " + pw.text + " and " + tf.text + " do not fit into " + per.text + ": the run would stop",
+                "words that are not given have the values told here");
+        }
     }
+}
+
+void check_item_value(checked_deck& d, deck_word item, deck_word value) {
+    const std::string word = d.word(item.statement, item.word);
+    const std::size_t of = word.find("_of_");
+    double x = 0;
+    if (of == std::string::npos || !is_double(d.text().word(value.statement, value.word), x)) return;
+    const auto found = d.element_of.find(word.substr(of + 4));
+    if (found == d.element_of.end()) return;
+    const deck_element& e = d.elements[static_cast<std::size_t>(found->second)];
+    if (e.type == nullptr || parameter_of(d, e, "k_scale").is_written) return;
+    const std::string name = word.substr(0, of);
+    if (!has(e.type->rprm, name) && !has(e.type->iprm, name)) return;
+    for (const std::string& basic : e.type->basics)
+        for (const value_rule& r : value_rules)
+            if (r.element == basic && r.parameter == name && refuses(r, x))
+                return refuse(d, *e.type, value, name + "=" + d.word(value.statement, value.word));
 }
 
 void check_unit(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at, double value) {

@@ -95,11 +95,13 @@ void add_run(CLI::App& app, command_list& commands) {
     run->add_option("DECK", options->deck, "File with the circuit and what to solve; - reads standard input")
         ->required();
     run->add_option("-o,--output", options->folder, "Folder of the run, instead of DECK.run");
-    run->add_option("--time-limit", options->time_limit, "Seconds, with all that goes before it, until the run is asked to end; its rows are kept")
+    run->add_option("--time-limit", options->time_limit,
+                    "Seconds, with all that goes before it, until the run is asked to end; its rows are kept")
         ->check(CLI::PositiveNumber);
     run->add_flag("--json", *json, "Print the record of the run instead of the simulator's text");
     run->add_flag("-q,--quiet", options->quiet, "Show the simulator's text only when it stops, and no progress");
-    run->add_flag("--force", options->force, "Replace the results of another deck in the folder; write files that the deck names by a whole path");
+    run->add_flag("--force", options->force,
+                  "Replace the results of another deck in the folder; write files that the deck names by a whole path");
     commands.push_back({run, [options, json, run] {
                             options->words = words_of(*run);
                             options->silent = *json;

@@ -28,7 +28,8 @@ extern "C" void end_at_deadline(int) {
 
 itimerval timer_of(double seconds) {
     const double whole = std::floor(std::min(seconds, 1e9));
-    return {{0, 0}, {static_cast<time_t>(whole), static_cast<suseconds_t>((std::min(seconds, 1e9) - whole) * 999999) + 1}};
+    return {{0, 0},
+            {static_cast<time_t>(whole), static_cast<suseconds_t>((std::min(seconds, 1e9) - whole) * 999999) + 1}};
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 // deadline.h -- what must be over in time although nothing in it looks at a clock.
 #pragma once
+#include <sys/types.h>
 #include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 
 namespace cli {
 

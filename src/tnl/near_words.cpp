@@ -1,13 +1,14 @@
 #include "tnl/near_words.h"
 
 #include <algorithm>
+#include <climits>
 #include <numeric>
 
 namespace cli {
 
 namespace {
 
-constexpr std::size_t longest = 64;
+constexpr std::size_t longest = 64;  // of words that anybody types; the work grows as the square
 
 std::string lower(std::string_view s) {
     std::string out(s);
@@ -19,7 +20,8 @@ std::string lower(std::string_view s) {
 }  // namespace
 
 int edit_distance(std::string_view a, std::string_view b) {
-    if (std::max(a.size(), b.size()) > 4 * longest) return static_cast<int>(std::max(a.size(), b.size()));  // not near
+    const std::size_t more = std::max(a.size(), b.size());
+    if (more > longest) return a == b ? 0 : static_cast<int>(std::min<std::size_t>(more, INT_MAX));
     std::vector<int> before, last, row(b.size() + 1);
     std::iota(row.begin(), row.end(), 0);
     for (std::size_t i = 0; i < a.size(); ++i) {

@@ -26,8 +26,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view cut_off_text = "Increase itmax_trns in the method card.";
-constexpr double least_limit = 1e-3;    // s, of the simulator, when reading the deck has taken all the time
-constexpr double longest_check = 5;     // s, behind the run
+constexpr double least_limit = 1e-3;  // s, of the simulator, when reading the deck has taken all the time
+constexpr double longest_check = 5;   // s, behind the run
 const std::string unchecked = "  the deck was not checked: that takes too long, or too much memory\n";
 constexpr double between_looks = 0.5;  // s, at the files of a run; the simulator writes as often
 
@@ -175,7 +175,7 @@ process_result simulate(const run_options& options, double time_limit, const ins
             }
             tell(way.draw(t));
         };
-    const process_result ended = run_program(task);
+    process_result ended = run_program(task);
     tell(way.wipe());
     if (filters) print(way.rest());
     return ended;
@@ -188,23 +188,28 @@ void check_own_composites(const deck_view& deck) {
                      (f.advice.empty() ? "" : "\n  advice: " + f.advice));
 }
 
-// Errors of blocks and outputs that a run passes over without a word, so that rows are missing which the deck asks for.
+// Errors of blocks that a run passes over without a word, so that rows are missing which the deck asks for.
 bool leaves_no_rows(const check_fault& fault) {
     constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced"};
     return fault.is_error && std::find(std::begin(codes), std::end(codes), fault.code) != std::end(codes);
 }
 
-// What `tnl check` says of a deck that ran: it may have solved something else than what is written. "!" first when rows
-// are missing for it.
+// What `tnl check` says of a deck that ran: it may have solved something else than what is written. First a letter:
+// n: no errors, e: errors, r: errors for which rows are missing.
 std::string findings_of(const deck_view& deck, const installed_libraries& libraries, bool errors_only) {
     const check_report report = check_deck(deck, libraries);
-    std::string text;
-    bool lacks_rows = false;
+    std::string text = report.n_errors() > 0 ? "e" : "n";
     for (const check_fault& fault : report.faults) {
         if (fault.is_error || !errors_only) text += fault_text(report, fault, "  ");
-        lacks_rows = lacks_rows || leaves_no_rows(fault);
+        if (leaves_no_rows(fault)) text[0] = 'r';
     }
-    return (lacks_rows ? "!" : " ") + text;
+    return text;
+}
+
+bool lacks_rows(const run_record& record, std::size_t n_planned) {
+    return record.files.size() < n_planned ||
+           std::any_of(record.files.begin(), record.files.end(),
+                       [](const record_file& f) { return f.is_table() && f.rows == 0; });
 }
 
 }  // namespace
@@ -253,17 +258,19 @@ run_result run_deck(const run_options& options, const installation& where) {
     end_record(ended, run.deck, needs, libraries, record);
     run.timed_out = ended.timed_out;
     record.warnings = listener.warnings(run.deck);
+    const std::size_t n_planned = record.files.size();
     run.t_last = count_files(folder.partial, record);
     if (ended.status == 0 && ended.signal == 0) {
         const double rest = options.time_limit > 0 ? options.time_limit - since(begin) : longest_check;
-        const std::string found = check.answer(std::clamp(rest, 0.0, longest_check)).value_or(" " + unchecked);
+        const std::string found = check.answer(std::clamp(rest, 0.0, longest_check)).value_or("n" + unchecked);
         run.findings = warning_text(run.deck, record.warnings, "  ") + found.substr(1);
-        if (found[0] == '!' && record.status == good) record.status = deck_fault;
+        const bool lacks = found[0] == 'r' || (found[0] == 'e' && lacks_rows(record, n_planned));
+        if (lacks && record.status == good) record.status = deck_fault;
     }
     run.status = record.status;
 
-    // A stop before the first row, as a misspelt word leads to, is no reason to lose the results that are there, nor are
-    // rows that were cut one to lose those of a run that came to its end.
+    // A stop before the first row, as a misspelt word leads to, is no reason to lose the results that are there, nor
+    // are rows that were cut one to lose those of a run that came to its end.
     const bool nothing_new = record.state == "stopped" && record.files.empty() && !folder.old.files.empty();
     const bool cut = (record.state == "limit" || record.state == "signal") && folder.old.state == "complete" &&
                      folder.old.deck == record.deck;

@@ -49,8 +49,8 @@ run_folder take_run_folder(const std::filesystem::path& path, const std::string&
 // Where `tnl run DECK` leaves its results when the user names no folder.
 std::filesystem::path default_run_folder(const std::string& deck);
 
-// Why a run in the folder does not write a file that its deck names so: it would leave the folder, or stand where the run
-// keeps its own. Empty: it may. With force, a whole path leads where it leads.
+// Why a run in the folder does not write a file that its deck names so: it would leave the folder, or stand where the
+// run keeps its own. Empty: it may. With force, a whole path leads where it leads.
 std::string fault_of_output_name(const std::filesystem::path& name, const std::filesystem::path& folder, bool force);
 
 // Throws deck_error, with the place of the statement, when a file that the deck writes has such a name.

@@ -15,9 +15,9 @@ using view_answerer = std::function<std::string(const std::string& head, bool& k
 // How long a connection may take, and how many there may be. When there are more, that goes which has waited longest.
 struct view_limits {
     std::size_t connections = 200, head_bytes = 16384;
-    double idle = 10;    // s without a request
-    double head = 5;     // s from the first byte of a head to its last
-    double stalled = 15; // s in which a client takes nothing of an answer
+    double idle = 10;     // s without a request
+    double head = 5;      // s from the first byte of a head to its last
+    double stalled = 15;  // s in which a client takes nothing of an answer
 };
 
 class view_connections {

@@ -198,6 +198,25 @@ const change changes[] = {
     {"filename dc.dat\n", "", "16:1 no-filename"},
     {"filename dc.dat", "filename dc.dat apend=yes", "~17:17 unknown-option"},
     {"filename dc.dat", "filename dc.dat append=yes", "17:10 missing-file"},
+    // what the simulator refuses when it begins to solve
+    {"r=1k\ngele", "r=1k\nemodel name=soft type=r r=0\neelement name=R9 type=r model=soft p=out n=0\ngele",
+     "9:27 bad-value"},
+    {"r=1k\ngele", "r=1k\neelement name=D1 type=diode_r p=out n=0 r_on=2M\ngele", "9:46 bad-value"},
+    {"r=1k\ngele", "r=1k\neelement name=D1 type=diode_r p=out n=0 r_on=1 r_off=1\ngele", "9:46 bad-value"},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 tr=1u tf=1u pw=9u per=10u", "5:61 bad-value"},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 tr=1u tf=1u pw=8u per=10u", ""},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 pw=2m", "5:42 bad-value"},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 pw=2m per=0", ""},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=3 t1=0 t2=2 t3=1", "5:58 bad-value"},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=2 t1=0 t2=2 t3=1", ""},
+    {"vary_parm r_of_R2 from 1k to 2k type linear n_points 5", "vary_parm r_of_R2 type table 1k 0", "15:33 bad-value"},
+    {"vary_parm r_of_R2 from 1k", "set_parm r_of_R2 0\nvary_parm r_of_R2 from 1k", "15:18 bad-value"},
+    {"trapezoidal=yes", "gear2_fixed=yes", ""},
+    {"method: trapezoidal=yes", "method: constant_step=yes gear2=yes", "24:9 bad-setting"},
+    {"method: trapezoidal=yes", "method: trbdf2=yes trbdf2_gamma=1", "24:20 bad-setting"},
+    {"method: trapezoidal=yes", "method: trapezoidal=yes dmp_newt_max=100", "24:25 bad-setting"},
+    {"method: trapezoidal=yes", "method: trapezoidal=yes chk_only_rhs2=yes chk_only_spice=yes", "24:25 bad-setting"},
+    {"method: trapezoidal=yes", "method: trapezoidal=yes chk_spice=no", ""},  // linear: nobody iterates
     {"filename dc.dat", "filename /tmp/dc.dat", "17:10 bad-output-place"},
     {"filename dc.dat", "filename ../dc.dat", "17:10 bad-output-place"},
     {"filename dc.dat", "filename run.json", "17:10 bad-output-place"},
@@ -412,10 +431,36 @@ TEST(element_types, know_which_variables_an_element_writes) {
     EXPECT_EQ(driven("eelement", "isrc_1"), "");
 }
 
-TEST(near_words, no_long_names_are_compared_letter_by_letter) {
-    const std::string one(40000, 'a'), other = one + "b";
-    EXPECT_EQ(edit_distance(one, other), 40001);
-    EXPECT_TRUE(near_names({other, "a"}, one).empty());
+TEST(check_deck, names_of_many_kilobytes_and_thousands_of_lone_nodes_are_read_to_the_end) {
+    const std::string name(40000, 'a');
+    const check_report report =
+        check(changed("type=c p=out n=0 c=1u", "type=" + name + " p=" + name + " n=" + name + "b c=1u"));
+    EXPECT_GT(report.n_errors(), 0);
+    EXPECT_LT(report_text(report).size(), 20000u);
+    std::string many = deck;
+    for (int i = 0; i < 3000; ++i)
+        many.insert(many.find("outvar:"),
+                    "eelement name=Q" + std::to_string(i) + " type=r p=in n=node_" + std::to_string(i) + " r=1k\n");
+    EXPECT_EQ(check(many).count.at("one-terminal"), 3000);
+    EXPECT_EQ(edit_distance(name, name), 0);
+    EXPECT_EQ(edit_distance(name, "b"), 40000);
+    EXPECT_TRUE(near_names({name + "b", "a"}, name).empty());
+}
+
+TEST(check_deck, a_rule_with_steps_of_one_length_cannot_stand_with_corners_that_steps_must_meet) {
+    std::string text = changed("type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0");
+    EXPECT_EQ(faults_of(check(text)), "");
+    text.replace(text.find("trapezoidal"), 11, "gear2_fixed");
+    EXPECT_EQ(faults_of(check(text)), "24:9 bad-setting");
+}
+
+TEST(check_deck, an_iteration_needs_a_test_of_its_convergence) {
+    const std::string diode = "r=1k\neelement name=D1 type=diode p=out n=0\ngele";
+    std::string text = changed("r=1k\ngele", diode);
+    text.replace(text.find("trapezoidal=yes"), 15, "trapezoidal=yes chk_spice=no");
+    EXPECT_EQ(faults_of(check(text)), "25:25 bad-setting");
+    text.replace(text.find("chk_spice=no"), 12, "chk_spice=no chk_rhs2=yes");
+    EXPECT_EQ(faults_of(check(text)), "");
 }
 
 TEST(near_words, take_swapped_letters_and_capitals_first) {

@@ -158,7 +158,7 @@ TEST(run_deck, a_folder_that_is_not_a_run_of_this_deck_is_refused_untouched) {
 
 TEST(run_deck, an_empty_folder_and_a_deep_one_are_taken) {
     const temp_folder here;
-    const installation where = tree("true");
+    const installation where = tree("echo ' 1 ' >out.dat");
     ::write_file("deck.in", deck);
     fs::create_directory("empty");
     EXPECT_EQ(listen({"deck.in", "empty", false}, where).run.status, 0);
@@ -330,7 +330,7 @@ TEST(run_deck, a_run_that_was_killed_in_its_first_moments_is_no_obstacle) {
     for (const char* left : {"", "run.json.new"}) {
         fs::create_directories("deck.in.run/.partial");
         if (*left) ::write_file(std::string("deck.in.run/.partial/") + left, "{");
-        EXPECT_EQ(listen({"deck.in"}, tree("true")).run.status, 0);
+        EXPECT_EQ(listen({"deck.in"}, tree("echo ' 1 ' >out.dat")).run.status, 0);
         fs::remove_all("deck.in.run");
     }
     fs::create_directories("deck.in.run/.partial");
@@ -428,7 +428,8 @@ TEST(run_deck, a_signal_is_passed_on_and_the_rows_are_kept) {
 TEST(run_deck, a_simulator_that_ends_well_in_spite_of_a_signal_has_run_well) {
     const temp_folder here;
     ::write_file("deck.in", deck_in_time);
-    const run_result run = listen({"deck.in"}, tree("trap '' TERM; kill -TERM $PPID; exit 0")).run;
+    const run_result run =
+        listen({"deck.in"}, tree("echo ' 0 1 ' >out.dat; trap '' TERM; kill -TERM $PPID; exit 0")).run;
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.record.state, "complete");
 }
@@ -546,6 +547,20 @@ TEST(run_deck, a_whole_path_into_the_folder_of_the_run_needs_no_force) {
     EXPECT_TRUE(why_refused({"deck.in"}, tree("true")).starts_with("3: an output file outside ")) << "by a link";
 }
 
+TEST(run_deck, a_run_that_completes_without_rows_for_an_error_of_the_deck_is_a_fault_of_the_deck) {
+    const temp_folder here;
+    ::write_file("deck.in", deck_in_time);  // its element type lacks much
+    const run_result with_rows = listen({"deck.in"}, tree("echo ' 0 1 ' >out.dat")).run;
+    EXPECT_EQ(with_rows.status, 0);
+    EXPECT_NE(with_rows.findings, "");
+    for (const char* rows : {"true", ": >out.dat"}) {
+        const run_result run = listen({"deck.in"}, tree(rows)).run;
+        EXPECT_EQ(run.status, deck_fault) << rows;
+        EXPECT_EQ(run.record.state, "complete");
+        EXPECT_EQ(read_record("deck.in.run/run.json").status, deck_fault);
+    }
+}
+
 TEST(run_deck, a_folder_in_which_a_run_goes_on_is_refused) {
     const temp_folder here;
     ::write_file("deck.in", deck_in_time);
@@ -554,7 +569,7 @@ TEST(run_deck, a_folder_in_which_a_run_goes_on_is_refused) {
     ASSERT_EQ(::flock(other, LOCK_EX), 0);
     EXPECT_EQ(why_refused({"deck.in"}, tree("true")), "5: cannot use deck.in.run: another run goes on in it");
     ::close(other);
-    EXPECT_EQ(listen({"deck.in"}, tree("true")).run.status, 0);
+    EXPECT_EQ(listen({"deck.in"}, tree("echo ' 0 1 ' >out.dat")).run.status, 0);
 }
 
 TEST(run_deck, a_data_file_that_somebody_has_put_into_the_folder_is_read_and_stays) {
