@@ -1,39 +1,19 @@
-// A group of plots over one axis: one plot a unit, one view of the axis, two cursors.
+// A group of plots over one axis: one plot a unit or as names were dragged, one view of the axis, two cursors.
 
-import {decimalsFor, engineering, exponentFor, fetchTable, merge, numberOf, tickText, tipsOf, unitText, valuesAt} from './rows.js';
+import { colourOf, css, dashes, el, endsInput, lineSample, logTexts, sticks, texts } from "./parts.js";
+import { engineering, exponentFor, fetchTable, merge, tickText, tipsOf, unitText, valuesAt } from "./rows.js";
 
 const gutter = 76; // CSS pixels left of a plot, so that all stand in line
-const dashes = [[], [8, 4], [2, 3], [10, 3, 2, 3]]; // by run
-const nColours = 8;
-
-export const css = (name) => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
-export function el(tag, props = {}, ...children) {
-  const node = Object.assign(document.createElement(tag), props);
-  node.append(...children.filter((c) => c !== null));
-  return node;
-}
-const colourOf = (series) => css(`--s${1 + series.colour % nColours}`);
-
-function lineSample(series) {
-  const svg = document.createElementNS("http://www.w3.org/2000/svg", "svg");
-  svg.setAttribute("class", "line");
-  const line = document.createElementNS("http://www.w3.org/2000/svg", "line");
-  const words = { x1: 0, x2: 22, y1: 5, y2: 5, stroke: colourOf(series), "stroke-width": 2.5, "stroke-dasharray": dashes[series.run % dashes.length].join(" ") };
-  for (const [k, v] of Object.entries(words)) line.setAttribute(k, v);
-  svg.append(line);
-  return svg;
-}
-
 export class Group {
   // axis: {name, unit, kind}; at, readouts: where plots and table are put; touched(): a mouse is here
   constructor(key, axis, at, readouts, touched) {
     Object.assign(this, { key, axis, touched });
     this.view = null; // [from, to] of the axis; null: all
     this.logX = axis.kind === "ac";
-    this.logY = new Map();     // plot -> bool
-    this.nOwn = 0;             // plots made by dragging
-    this.endsY = new Map();    // plot -> [lo, hi] of its y axis; null: as the values need it
-    this.movedTo = new Map();  // series -> the plot that it was dragged to
+    this.logY = new Map(); // plot -> bool
+    this.endsY = new Map(); // plot -> {lo, hi} of its y axis
+    this.movedTo = new Map(); // series -> the plot that it was dragged to
+    this.nOwn = 0; // plots made by dragging
     this.marks = { a: null, b: null };
     this.hover = null;
     this.series = [];
@@ -148,199 +128,108 @@ export class Group {
     this.draw();
   }
 
-  // The columns of a file stay together: all curves and runs of one go where one of them is dragged.
+  // All curves of a column stay together: they go where one of them is dragged.
   nameOf(s) { return `${s.file}|${s.column}`; }
   plotOf(s) { return this.movedTo.get(this.nameOf(s)) ?? s.plot; }
 
-  // Series that are dropped here go to the plot of this key.
+  // Names that are dropped here go to the plot of this key.
   takesNames(node, key) {
-      node.addEventListener('dragover', (e) => {
-          if (this.dragged) {
-              e.preventDefault();
-              node.classList.add('dropping');
-          }
-      });
-      node.addEventListener('dragleave', () => node.classList.remove('dropping'));
-      node.addEventListener('drop', (e) => {
-          node.classList.remove('dropping');
-          if (!this.dragged) return;
-          e.preventDefault();
-          this.movedTo.set(this.dragged, key());
-          this.dragged = null;
-          this.build();
-      });
+    node.addEventListener("dragover", (e) => { if (this.dragged) { e.preventDefault(); node.classList.add("dropping"); } });
+    node.addEventListener("dragleave", () => node.classList.remove("dropping"));
+    node.addEventListener("drop", (e) => {
+      node.classList.remove("dropping");
+      if (!this.dragged) return;
+      e.preventDefault();
+      this.movedTo.set(this.dragged, key());
+      this.dragged = null;
+      this.build();
+    });
+  }
+  legendItem(s, value) {
+    const item = el("span", { className: "item", draggable: true }, lineSample(s), s.name, value);
+    item.ondragstart = (e) => { this.dragged = this.nameOf(s); e.dataTransfer.setData("text/plain", s.name); };
+    item.ondragend = () => { this.dragged = null; };
+    return item;
   }
 
   makePlot(key, isLast) {
-      const series = this.series.filter((s) => this.plotOf(s) === key);
-      const unit = series.every((s) => s.unit === series[0].unit) ? series[0].unit : '';
-      const logY = this.logY.get(key) ?? false;
-      const toggle = el('input', {type: 'checkbox', checked: logY});
-      toggle.onchange = () => {
-          this.logY.set(key, toggle.checked);
-          this.build();
-      };
-      const ends = el('input', {
-          type: 'text',
-          className: 'yrange',
-          placeholder: 'y: auto',
-          ariaLabel: 'ends of the y axis',
-          title: 'ends of the y axis, as 0:5, 0: or :5',
-          value: this.endsY.get(key)?.text ?? ''
-      });
-      ends.onchange = () => {
-          const text = ends.value.trim(),
-                parts = text.split(':').map((t) => (t.trim() === '' ? null : numberOf(t) ?? NaN));
-          const bad = text !== '' &&
-              (parts.length !== 2 || parts.some(Number.isNaN) || parts.every((p) => p === null) ||
-               (parts[0] !== null && parts[1] !== null && !(parts[0] < parts[1])));
-          ends.classList.toggle('bad', bad);
-          if (bad) return;
-          if (text === '')
-              this.endsY.delete(key);
-          else
-              this.endsY.set(key, {text, lo: parts[0], hi: parts[1]});
-          for (const p of this.plots)
-              if (p.key === key) p.u.redraw(true, true), this.setView(p.u);
-      };
-      const values = series.map(() => el('span', {className: 'value', textContent: ''}));
-      const legend =
-          el('div', {className: 'legend'}, ...series.map((s, i) => {
-              const item = el('span', {className: 'item', draggable: true}, lineSample(s), s.name, values[i]);
-              item.ondragstart = (e) => {
-                  this.dragged = this.nameOf(s);
-                  e.dataTransfer.setData('text/plain', s.name);
-                  e.dataTransfer.effectAllowed = 'move';
-              };
-              item.ondragend = () => {
-                  this.dragged = null;
-              };
-              return item;
-          }),
-             ends, el('label', {className: 'logy'}, toggle, 'log'));
-      const box = el('div', {className: 'plot'});
-      this.rows.append(legend, box);
-      this.takesNames(legend, () => key);
-      this.takesNames(box, () => key);
-      const plot = {key, unit, series, values, legend, box, logY};
-      const sync = window.uPlot.sync(this.key);
-      const axisStyle = {
-          stroke: css('--ink'),
-          font: '12px system-ui, sans-serif',
-          labelFont: '12px system-ui, sans-serif',
-          grid: {stroke: css('--grid'), width: 1},
-          ticks: {stroke: css('--edge'), width: 1, size: 5}
-      };
-      plot.u =
-          new window.uPlot(
-              {
-                  width: this.width(),
-                  height: this.plotHeight(isLast),
-                  ms: 1e-3,
-                  legend: {show: false},
-                  pxAlign: 0,
-                  padding: [8, 14, isLast ? 0 : 6, 0],
-                  scales: {
-                      x: {time: false, auto: false, distr: this.logX ? 3 : 1, range: () => this.shown()},
-                      y: {distr: logY ? 3 : 1, range: (u, lo, hi) => this.rangeY(lo, hi, logY, this.endsY.get(key))},
-                  },
-                  axes: [
-                      {
-                          ...axisStyle,
-                          size: isLast ? 28 : 6,
-                          gap: 4,
-                          labelSize: 20,
-                          labelGap: -2,
-                          label: isLast ? () => this.axisLabel() : null,
-                          space: (u, k, lo, hi) => 30 + 8 * this.ticksX(lo, hi),
-                          values: isLast ? (u, splits, k, space, step) => this.textsX(splits, step) : () => []
-                      },
-                      {
-                          ...axisStyle,
-                          size: gutter - 22,
-                          gap: 4,
-                          labelSize: 22,
-                          labelGap: 0,
-                          scale: 'y',
-                          label: (u) => this.unitLabel(unit, u.scales.y, logY),
-                          values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY)
-                      },
-                  ],
-                  series: [
-                      {}, ...series.map((s) => ({
-                                            label: s.name,
-                                            stroke: colourOf(s),
-                                            width: this.sticks ? 2.5 : 1.5,
-                                            dash: this.sticks ? [] : dashes[s.run % dashes.length],
-                                            paths: this.sticks ? sticks(series.indexOf(s), series.length) : undefined,
-                                            points: this.sticks ? {
-                                                show: true,
-                                                size: 6,
-                                                fill: colourOf(s),
-                                                stroke: colourOf(s),
-                                                filter: () => null
-                                            } :
-                                                                  {size: 5, fill: colourOf(s), stroke: colourOf(s)},
-                                        }))
-                  ],
-                  cursor: {
-                      y: false,
-                      drag: {x: true, y: false, dist: 4, setScale: false},
-                      points: {show: !this.sticks, size: 7},
-                      sync:
-                          {
-                              key: this.key,
-                              setSeries: false,
-                              scales: ['x', null],
-                              filters: {pub: (type) => type === 'mousemove' || type === 'mouseleave'}
-                          },
-                      bind:
-                          {
-                              mousedown:
-                                  (u, at, go) =>
-                                      (e) => {
-                                          if (e.shiftKey || e.button === 1)
-                                              this.pan(u, e);
-                                          else
-                                              go(e);
-                                      },
-                              dblclick:
-                                  () => () => {
-                                      clearTimeout(this.click);
-                                      this.zoom(null);
-                                      return null;
-                                  },
-                          },
-                  },
-                  hooks: {
-                      setSelect: [(u) => this.selected(u)],
-                      setCursor: [(u) => this.moved(u)],
-                      draw: [(u) => this.drawMarks(u)],
-                  },
-              },
-              [[], ...series.map(() => [])], box);
-      sync.sub(plot.u);
-      this.listen(plot.u);
-      return plot;
+    const series = this.series.filter((s) => this.plotOf(s) === key);
+    const unit = series.every((s) => s.unit === series[0].unit) ? series[0].unit : "";
+    const logY = this.logY.get(key) ?? false;
+    const toggle = el("input", { type: "checkbox", checked: logY });
+    toggle.onchange = () => { this.logY.set(key, toggle.checked); this.build(); };
+    const ends = endsInput(this.endsY.get(key)?.text ?? "", (range) => {
+      if (range === null) this.endsY.delete(key); else this.endsY.set(key, range);
+      for (const p of this.plots) if (p.key === key) { p.u.redraw(true, true); this.setView(p.u); }
+    });
+    const values = series.map(() => el("span", { className: "value", textContent: "" }));
+    const legend = el("div", { className: "legend" },
+      ...series.map((s, i) => this.legendItem(s, values[i])), ends,
+      el("label", { className: "logy" }, toggle, "log"));
+    const box = el("div", { className: "plot" });
+    this.rows.append(legend, box);
+    this.takesNames(legend, () => key);
+    this.takesNames(box, () => key);
+    const plot = { key, unit, series, values, legend, box, logY };
+    const sync = window.uPlot.sync(this.key);
+    const axisStyle = { stroke: css("--ink"), font: "12px system-ui, sans-serif", labelFont: "12px system-ui, sans-serif",
+      grid: { stroke: css("--grid"), width: 1 }, ticks: { stroke: css("--edge"), width: 1, size: 5 } };
+    plot.u = new window.uPlot({
+      width: this.width(), height: this.plotHeight(isLast), ms: 1e-3, legend: { show: false }, pxAlign: 0,
+      padding: [8, 14, isLast ? 0 : 6, 0],
+      scales: {
+        x: { time: false, auto: false, distr: this.logX ? 3 : 1, range: () => this.shown() },
+        y: { distr: logY ? 3 : 1, range: (u, lo, hi) => this.rangeY(lo, hi, logY, this.endsY.get(key)) },
+      },
+      axes: [
+        { ...axisStyle, size: isLast ? 28 : 6, gap: 4, labelSize: 20, labelGap: -2,
+          label: isLast ? () => this.axisLabel() : null,
+          space: (u, k, lo, hi) => 30 + 8 * this.ticksX(lo, hi),
+          values: isLast ? (u, splits, k, space, step) => this.textsX(splits, step) : () => [] },
+        { ...axisStyle, size: gutter - 22, gap: 4, labelSize: 22, labelGap: 0, scale: "y",
+          label: (u) => this.unitLabel(unit, u.scales.y, logY),
+          values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY) },
+      ],
+      series: [{}, ...series.map((s) => ({
+        label: s.name, stroke: colourOf(s), width: this.sticks ? 2.5 : 1.5, dash: this.sticks ? [] : dashes[s.run % dashes.length],
+        paths: this.sticks ? sticks(series.indexOf(s), series.length) : undefined,
+        points: this.sticks ? { show: true, size: 6, fill: colourOf(s), stroke: colourOf(s), filter: () => null } : { size: 5, fill: colourOf(s), stroke: colourOf(s) },
+      }))],
+      cursor: {
+        y: false,
+        drag: { x: true, y: false, dist: 4, setScale: false },
+        points: { show: !this.sticks, size: 7 },
+        sync: { key: this.key, setSeries: false, scales: ["x", null],
+          filters: { pub: (type) => type === "mousemove" || type === "mouseleave" } },
+        bind: {
+          mousedown: (u, at, go) => (e) => { if (e.shiftKey || e.button === 1) this.pan(u, e); else go(e); },
+          dblclick: () => () => { clearTimeout(this.click); this.zoom(null); return null; },
+        },
+      },
+      hooks: {
+        setSelect: [(u) => this.selected(u)],
+        setCursor: [(u) => this.moved(u)],
+        draw: [(u) => this.drawMarks(u)],
+      },
+    }, [[], ...series.map(() => [])], box);
+    sync.sub(plot.u);
+    this.listen(plot.u);
+    return plot;
   }
 
   plotHeight(isLast) { return this.height + (isLast ? 40 : 0); }
 
   rangeY(lo, hi, log, ends) {
-      const [from, to] = this.freeRangeY(lo, hi, log);
-      const least = ends?.lo ?? Math.min(from, ends?.hi ?? Infinity),
-            most = ends?.hi ?? Math.max(to, ends?.lo ?? -Infinity);
-      return !ends || (log && !(least > 0)) || !(least < most) ? [from, to] : [least, most];
+    const [from, to] = this.freeRangeY(lo, hi, log);
+    const least = ends?.lo ?? Math.min(from, ends?.hi ?? Infinity), most = ends?.hi ?? Math.max(to, ends?.lo ?? -Infinity);
+    return !ends || (log && !(least > 0)) || !(least < most) ? [from, to] : [least, most];
   }
   freeRangeY(lo, hi, log) {
-      if (lo === null || hi === null || !isFinite(lo) || !isFinite(hi)) return log ? [1, 10] : [0, 1];
-      if (log) return lo === hi ? [lo / 2, hi * 2] : [lo / (hi / lo) ** 0.04, hi * (hi / lo) ** 0.04];
-      if (this.sticks) {
-          lo = Math.min(lo, 0);
-          hi = Math.max(hi, 0);
-      }
-      const pad = (hi - lo) * 0.06 || Math.abs(hi) * 0.1 || 1;
-      return [this.sticks && lo === 0 ? 0 : lo - pad, this.sticks && hi === 0 ? 0 : hi + pad];
+    if (lo === null || hi === null || !isFinite(lo) || !isFinite(hi)) return log ? [1, 10] : [0, 1];
+    if (log) return lo === hi ? [lo / 2, hi * 2] : [lo / (hi / lo) ** 0.04, hi * (hi / lo) ** 0.04];
+    if (this.sticks) { lo = Math.min(lo, 0); hi = Math.max(hi, 0); }
+    const pad = (hi - lo) * 0.06 || Math.abs(hi) * 0.1 || 1;
+    return [this.sticks && lo === 0 ? 0 : lo - pad, this.sticks && hi === 0 ? 0 : hi + pad];
   }
 
   ticksX(lo, hi) { // characters of a tick's text
@@ -486,9 +375,7 @@ export class Group {
         const x = this.hover;
         const value = x === null ? null : await this.valuesOf(x);
         for (const p of this.plots)
-            p.series.forEach((s, i) => {
-                p.values[i].textContent = value ? engineering(value(s), s.unit) : '';
-            });
+          p.series.forEach((s, i) => { p.values[i].textContent = value ? engineering(value(s), s.unit) : ""; });
       } while (this.again);
     } catch { /* the server is gone; the page tells so */ } finally { this.reading = false; }
   }
@@ -559,42 +446,7 @@ export class Group {
       d === null ? "" : engineering(d, inverse ?? "") + (inverse === undefined && this.xAxis().unit ? ` 1/${this.xAxis().unit}` : ""))];
     for (const p of this.plots)
       for (const s of p.series)
-          body.push(
-              row(el('th', {}, lineSample(s), s.name), atA === none ? null : atA(s), atB === none ? null : atB(s),
-                  s.unit, 5, ''));
+        body.push(row(el("th", {}, lineSample(s), s.name), atA === none ? null : atA(s), atB === none ? null : atB(s), s.unit, 5, ""));
     this.readout.replaceChildren(el("table", {}, el("thead", {}, head), el("tbody", {}, ...body)));
   }
-}
-
-const superscript = (n) => String(n).replace(/./g, (c) => "⁻⁰¹²³⁴⁵⁶⁷⁸⁹"["-0123456789".indexOf(c)]);
-// Powers of ten have a text; their parts too, when there are few.
-function logTexts(splits) {
-  const few = splits.length < 8;
-  return splits.map((v) => {
-    if (v === null) return "";
-    const e = Math.log10(v), isPower = Math.abs(e - Math.round(e)) < 1e-9;
-    if (!isPower) return few ? String(Number(v.toPrecision(3))) : "";
-    return Math.abs(e) < 3.5 ? String(Number(v.toPrecision(3))) : `10${superscript(Math.round(e))}`;
-  });
-}
-function texts(splits, step, unit, scale, log) {
-  if (log) return logTexts(splits);
-  const e = exponentFor(Math.max(Math.abs(scale.min), Math.abs(scale.max)), unit);
-  return splits.map((v) => (v === null ? "" : tickText(v, step, e)));
-}
-
-// Lines from zero; those of several series stand beside each other.
-function sticks(i, n) {
-  return (u, k, from, to) => {
-    const path = new Path2D(), by = (i - (n - 1) / 2) * 5 * devicePixelRatio;
-    const zero = u.valToPos(Math.max(u.scales.y.min, Math.min(0, u.scales.y.max)), "y", true);
-    for (let j = from; j <= to; ++j) {
-      const x = u.data[0][j], y = u.data[k][j];
-      if (y === null || y === undefined) continue;
-      const left = u.valToPos(x, "x", true) + by;
-      path.moveTo(left, zero);
-      path.lineTo(left, u.valToPos(y, "y", true));
-    }
-    return { stroke: path, fill: null, flags: 0 };
-  };
 }

@@ -53,33 +53,29 @@ export async function fetchRuns() {
 
 // A column made of others, in every file that has these; the text of a fault, or "".
 export async function addColumn(text) {
-    const answer = await fetch(`api/column?${query({text})}`);
-    return answer.ok ? '' : (await answer.text()).trim();
+  const answer = await fetch(`api/column?${query({ text })}`);
+  return answer.ok ? "" : (await answer.text()).trim();
 }
 
 // "5", "4.7k", "-2m"; null for what is no number.
 export function numberOf(text) {
-    const found = /^\s*([-+−]?[\d.]+(?:e[-+]?\d+)?)\s*([fpnuµmkKMG]?)\s*$/i.exec(text);
-    if (!found || isNaN(Number(found[1].replace('−', '-')))) return null;
-    return Number(found[1].replace('−', '-')) *
-        {f: 1e-15, p: 1e-12, n: 1e-9, u: 1e-6, 'µ': 1e-6, m: 1e-3, '': 1, k: 1e3, K: 1e3, M: 1e6, G: 1e9}[found[2]];
+  const found = /^\s*([-+−]?[\d.]+(?:[eE][-+]?\d+)?)\s*([fpnuµmkKMG]?)\s*$/.exec(text);
+  const digits = found ? Number(found[1].replace("−", "-")) : NaN;
+  if (isNaN(digits)) return null;
+  return digits * { f: 1e-15, p: 1e-12, n: 1e-9, u: 1e-6, "µ": 1e-6, m: 1e-3, "": 1, k: 1e3, K: 1e3, M: 1e6, G: 1e9 }[found[2]];
 }
 
 // Columns without a unit, by name, in groups of comparable size: [[name, size] ...] gives name -> number of its group.
 export function sizeGroups(columns, comparable = 8) {
-    const sizes = new Map();
-    for (const [name, size] of columns) sizes.set(name, Math.max(sizes.get(name) ?? 0, size));
-    const groups = new Map();
-    let now = 0, least = 0;
-    for (const [name, size] of [...sizes].sort((a, b) => a[1] - b[1])) {
-        if (size > 0 && least > 0 && size > comparable * least) {
-            ++now;
-            least = size;
-        }
-        if (size > 0 && least === 0) least = size;
-        groups.set(name, now);
-    }
-    return groups;
+  const sizes = new Map(), groups = new Map();
+  for (const [name, size] of columns) sizes.set(name, Math.max(sizes.get(name) ?? 0, size));
+  let now = 0, least = 0;
+  for (const [name, size] of [...sizes].sort((a, b) => a[1] - b[1])) {
+    if (least > 0 && size > comparable * least) { ++now; least = size; }
+    if (least === 0) least = size;
+    groups.set(name, now);
+  }
+  return groups;
 }
 
 // A table: rows of some columns of one curve. `of` is {run, file, curve, columns, axis}; `window` {from, to, points, ...}.

@@ -1,18 +1,12 @@
 // The page of tnl view: what can be seen, what is chosen, and whether the files have grown.
 
-import { css, el, Group } from "./plots.js";
-import {addColumn, fetchRuns, sizeGroups} from './rows.js';
+import { css, el } from "./parts.js";
+import { Group } from "./plots.js";
+import { addColumn, fetchRuns, sizeGroups } from "./rows.js";
 
 const mostCurves = 24; // of one file at once
-const page = {
-    tree: document.getElementById('tree'),
-    groups: document.getElementById('groups'),
-    readouts: document.getElementById('readouts'),
-    notice: document.getElementById('notice'),
-    make: document.getElementById('make'),
-    fault: document.getElementById('fault'),
-    filter: document.getElementById('filter')
-};
+const page = { tree: document.getElementById("tree"), groups: document.getElementById("groups"), readouts: document.getElementById("readouts"),
+  notice: document.getElementById("notice"), make: document.getElementById("make"), fault: document.getElementById("fault"), filter: document.getElementById("filter") };
 let runs = [];
 let active = null; // the group that keys go to
 const groups = new Map();
@@ -52,59 +46,50 @@ function curveNumbers(run, file) {
 
 // Columns of one unit share a plot; those without one as long as their sizes are comparable.
 function plotKeys() {
-    const unitless = [];
-    runs.forEach((run, r) => run.files.forEach((file) => {
-        for (const j of chosen.get(keyOf(r, file)) ?? [])
-            if (file.columns[j]?.unit === '') unitless.push([file.columns[j].name, file.columns[j].size ?? 0]);
-    }));
-    const groupOf = sizeGroups(unitless);
-    return ({name, unit}) => unit || `${groupOf.get(name) ?? 0} without unit`;
+  const unitless = [];
+  runs.forEach((run, r) => run.files.forEach((file) => {
+    for (const j of chosen.get(keyOf(r, file)) ?? [])
+      if (file.columns[j]?.unit === "") unitless.push([file.columns[j].name, file.columns[j].size ?? 0]);
+  }));
+  const groupOf = sizeGroups(unitless);
+  return ({ name, unit }) => unit || `${groupOf.get(name) ?? 0} without unit`;
 }
 
 // All series that are chosen, by the key of the group that they stand in.
 function chosenSeries() {
-    const plotOf = plotKeys();
-    const found = new Map();
-    const colours = new Map();  // of a group: the next one
-    const manyFiles = new Set();
-    const filesOf = new Map();
-    runs.forEach((run, r) => run.files.forEach((file) => {
-        if (!chosen.get(keyOf(r, file))?.size) return;
-        const axis = axisOf(r, file), key = JSON.stringify(axis);
-        if (!filesOf.has(key)) filesOf.set(key, new Set());
-        filesOf.get(key).add(file.path);
-        if (filesOf.get(key).size > 1) manyFiles.add(key);
-    }));
-    runs.forEach((run, r) => run.files.forEach((file) => {
-        const columns = chosen.get(keyOf(r, file));
-        if (!columns?.size) return;
-        const axis = axisOf(r, file), key = JSON.stringify(axis), numbers = curveNumbers(r, file);
-        if (!found.has(key)) found.set(key, {axis, series: []});
-        for (const column of [...columns].sort((a, b) => a - b)) {
-            if (column >= file.columns.length || column === axisColumn(r, file)) continue;
-            const {name, unit} = file.columns[column];
-            for (const curve of numbers) {
-                const colour = colours.get(key) ?? 0;
-                colours.set(key, colour + 1);
-                const parts = [name];
-                if (runs.length > 1) parts.push(run.name);
-                if (manyFiles.has(key)) parts.push(file.path);
-                if (numbers.length > 1 || file.curves > 1) parts.push(`#${curve + 1}`);
-                found.get(key).series.push({
-                    run: r,
-                    file: file.path,
-                    curve,
-                    column,
-                    unit,
-                    plot: plotOf(file.columns[column]),
-                    colour,
-                    name: parts.join(' · '),
-                    axis: axisColumn(r, file) < 0 ? 'rows' : axisColumn(r, file)
-                });
-            }
-        }
-    }));
-    return found;
+  const plotOf = plotKeys();
+  const found = new Map();
+  const colours = new Map(); // of a group: the next one
+  const manyFiles = new Set();
+  const filesOf = new Map();
+  runs.forEach((run, r) => run.files.forEach((file) => {
+    if (!chosen.get(keyOf(r, file))?.size) return;
+    const axis = axisOf(r, file), key = JSON.stringify(axis);
+    if (!filesOf.has(key)) filesOf.set(key, new Set());
+    filesOf.get(key).add(file.path);
+    if (filesOf.get(key).size > 1) manyFiles.add(key);
+  }));
+  runs.forEach((run, r) => run.files.forEach((file) => {
+    const columns = chosen.get(keyOf(r, file));
+    if (!columns?.size) return;
+    const axis = axisOf(r, file), key = JSON.stringify(axis), numbers = curveNumbers(r, file);
+    if (!found.has(key)) found.set(key, { axis, series: [] });
+    for (const column of [...columns].sort((a, b) => a - b)) {
+      if (column >= file.columns.length || column === axisColumn(r, file)) continue;
+      const { name, unit } = file.columns[column];
+      for (const curve of numbers) {
+        const colour = colours.get(key) ?? 0;
+        colours.set(key, colour + 1);
+        const parts = [name];
+        if (runs.length > 1) parts.push(run.name);
+        if (manyFiles.has(key)) parts.push(file.path);
+        if (numbers.length > 1 || file.curves > 1) parts.push(`#${curve + 1}`);
+        found.get(key).series.push({ run: r, file: file.path, curve, column, unit, colour, name: parts.join(" · "), plot: plotOf(file.columns[column]),
+          axis: axisColumn(r, file) < 0 ? "rows" : axisColumn(r, file) });
+      }
+    }
+  }));
+  return found;
 }
 function axisOf(run, file) {
   const kind = ["fourier", "ac"].includes(file.kind) ? file.kind : "";
@@ -117,8 +102,8 @@ function axisOf(run, file) {
 function plotHeight(found) {
   let plots = 0, bars = 0;
   for (const { series } of found.values()) {
-      plots += new Set(series.map((s) => s.plot)).size;
-      bars += 1;
+    plots += new Set(series.map((s) => s.plot)).size;
+    bars += 1;
   }
   const room = page.groups.clientHeight - 12 - bars * 74 - plots * 26;
   return Math.max(130, Math.min(680, Math.floor(room / Math.max(plots, 1))));
@@ -234,10 +219,10 @@ function drawTree() {
 
 const versionsOf = (list) => new Map(list.flatMap((run, r) => run.files.map((f) => [keyOf(r, f), `${f.version}|${f.curves}|${f.columns.length}`])));
 // Version alone says that rows came; the rest, that there are other series.
-const shapeOf = (list) => JSON.stringify([
-    list.map((run) => run.files.map((f) => [f.path, f.kind, f.columns.map((c) => [c.name, c.unit]), f.curves])),
-    list === runs ? list.flatMap((run) => run.files.flatMap((f) => f.columns.map(plotKeys()))) : []
-]);
+const shapeOf = (list) => {
+  const plotOf = plotKeys();
+  return JSON.stringify(list.map((run) => run.files.map((f) => [f.path, f.kind, f.columns.map((c) => [c.name, c.unit, plotOf(c)]), f.curves])));
+};
 
 async function look() {
   let next;
@@ -269,19 +254,19 @@ async function lookOn() {
 page.filter.oninput = drawTree;
 // A new column is chosen where it appears.
 page.make.onchange = async () => {
-    const text = page.make.value.trim(), before = runs.map((run) => run.files.map((f) => f.columns.length));
-    page.fault.textContent = text ? await addColumn(text).catch((e) => e.message) : '';
-    if (!text || page.fault.textContent) return;
-    page.make.value = '';
-    await look();
-    runs.forEach((run, r) => run.files.forEach((file, f) => {
-        if (file.columns.length <= (before[r]?.[f] ?? Infinity)) return;
-        const set = chosen.get(keyOf(r, file)) ?? new Set();
-        set.add(file.columns.length - 1);
-        chosen.set(keyOf(r, file), set);
-    }));
-    drawTree();
-    show();
+  const text = page.make.value.trim(), before = runs.map((run) => run.files.map((f) => f.columns.length));
+  page.fault.textContent = text ? await addColumn(text).catch((e) => e.message) : "";
+  if (!text || page.fault.textContent) return;
+  page.make.value = "";
+  await look();
+  runs.forEach((run, r) => run.files.forEach((file, f) => {
+    if (file.columns.length <= (before[r]?.[f] ?? Infinity)) return;
+    const set = chosen.get(keyOf(r, file)) ?? new Set();
+    set.add(file.columns.length - 1);
+    chosen.set(keyOf(r, file), set);
+  }));
+  drawTree();
+  show();
 };
 addEventListener("keydown", (e) => {
   if (e.ctrlKey || e.metaKey || e.altKey || !active) return;
