@@ -119,6 +119,7 @@ double edge_eps(const edge_list& e) {
     double shortest = 0;
     for (int i = 1; i < e.n; ++i) {
         const double d = e.t[i] - e.t[i - 1];
+        if (d == 0 && e.y[i] != e.y[i - 1]) return 0;
         if (d > 0 && (shortest == 0 || d < shortest)) shortest = d;
     }
     return 0.01 * shortest;

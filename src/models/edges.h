@@ -47,7 +47,8 @@ double edge_next(const edge_list& e, double t, double eps);
 // True if the wave jumps at its corner at time t.
 bool edge_jumps(const edge_list& e, double t);
 
-// One hundredth of the shortest line between corners, s: the eps that parts neighbouring corners.
+// One hundredth of the shortest line between corners, s: the eps that parts neighbouring corners. 0 for a wave that
+// jumps, so that a step which ends just before a jump does not pass over it.
 double edge_eps(const edge_list& e);
 
 // The answer of a source under nexttime: the next corner after time_given; without one, time_nextbreak stays.

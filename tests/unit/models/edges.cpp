@@ -201,7 +201,17 @@ TEST(edges_in_order, refuses_what_is_no_wave) {
 TEST(edge_eps, is_a_hundredth_of_the_shortest_line) {
     const double t[] = {0, 1, 1, 1.25, 2};
     EXPECT_EQ(edge_eps(point_edges(5, t, t)), 0.0025);
+    const double y[] = {0, 1, 3, 3, 3};
+    EXPECT_EQ(edge_eps(point_edges(5, t, y)), 0) << "jumps";
     EXPECT_EQ(edge_eps(point_edges(1, t, t)), 0);
+}
+
+TEST(edge_next, of_a_wave_that_jumps_is_the_jump_however_near_it_is) {
+    edge_store s;
+    const edge_list e = pulse_edges(s, 0, 1, 0, 0, 0, 0.5e-3, 1e-3);
+    EXPECT_EQ(edge_next(e, 0.497e-3, edge_eps(e)), 0.5e-3);
+    EXPECT_NEAR(edge_next(e, 1.999e-3, edge_eps(e)), 2e-3, 1e-18);
+    EXPECT_NEAR(edge_next(e, 2e-3, edge_eps(e)), 2.5e-3, 1e-18);
 }
 
 TEST(edge_break, leaves_the_answer_alone_when_no_corner_is_left) {

@@ -4,18 +4,13 @@
 #include <sys/stat.h>
 
 #include "temp_folder.h"
+#include "origin_of.h"
 #include "tnl/exit_status.h"
 #include "tnl/run_folder.h"
 
 namespace {
 
 using namespace cli;
-
-// "file:line" of the simulator's line, counted from 1.
-std::string origin_of(const deck_source& source, int i_line) {
-    const deck_source::place& p = source.origin[static_cast<std::size_t>(i_line - 1)];
-    return source.files[static_cast<std::size_t>(p.file)].path + ":" + std::to_string(p.line + 1);
-}
 
 TEST(deck_source, comments_at_line_ends_are_cut_and_lines_keep_their_numbers) {
     const deck_source s = deck_source_of("title: a\r\n# whole line\nr=1k  # one\nname=a#b\n  # indented\n", "d.in");
