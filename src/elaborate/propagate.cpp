@@ -41,6 +41,7 @@ void check_expressions(const circuit& c) {
     for (int fam = 0; fam < n_family; ++fam) {
         const instance_core& inst = c.instances(fam);
         const composite_library& lib = c.lib.composites(fam);
+        if (lib.derived.row.data.empty()) continue;
         for (int i = 0; i < inst.n; ++i) {
             const int e = inst.i_lib[at(i)], n_plain = lib.n_rprm_plain(e);
             for (int j = n_plain; j < n_plain + lib.n_rprm_derived(e); ++j)
