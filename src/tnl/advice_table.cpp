@@ -478,7 +478,6 @@ constexpr advice_pattern patterns[] = {
     {"strcpy_chk", "statement-too-long"},
     {"text_file: file*is too large", "memory"},
     {"text_file: file*is a device or a pipe", "missing-file"},
-    {"there is not enough memory", "memory"},
     {"v_on < 0", "value-of-element"},
     {"not found? Halting", "internal"},
     {"compute_norm_spice", "internal"},

@@ -23,15 +23,16 @@ void read_number(const std::string& word) {
     double value = 0, again = 0;
     const bool is_number = is_double(word, value);
     const bool reads = runs_through([&] { again = chr_to_double(word); });
-    if (word.find_first_of(" \t") == std::string::npos && reads != is_number) std::abort();
-    if (reads && !(again == value || (std::isnan(again) && std::isnan(value)))) std::abort();
+    if (word.find_first_of(" \t") == std::string::npos && reads != (is_number && std::isfinite(value))) std::abort();
+    if (reads && again != value) std::abort();
     runs_through([&] { chr_to_double_1(word); });
     // Numbers of data files read as the C library reads them.
     char* end = nullptr;
     const double expected = std::strtod(word.c_str(), &end);
     const bool takes = runs_through([&] { value = chr_to_double_4(word); });
-    if (takes != (!word.empty() && end == word.c_str() + word.size() && end != word.c_str())) std::abort();
-    if (takes && !(value == expected || (std::isnan(value) && std::isnan(expected)))) std::abort();
+    const bool whole = !word.empty() && end == word.c_str() + word.size();
+    if (takes != (whole && std::isfinite(expected))) std::abort();
+    if (takes && value != expected) std::abort();
     runs_through([&] { chr_to_int(word); });
     runs_through([&] { chr_to_double(real_spice_to_tarnel(word)); });
     runs_through([&] { strcpy_chk(word, 50); });

@@ -207,7 +207,7 @@ const change changes[] = {
     {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 tr=1u tf=1u pw=8u per=10u", ""},
     {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 pw=2m", "5:42 bad-value"},
     {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 pw=2m per=0", ""},
-    {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=3 t1=0 t2=2 t3=1", "5:58 bad-value"},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=3 t1=0 t2=2 t3=1", "5:59 bad-value"},
     {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=2 t1=0 t2=2 t3=1", ""},
     {"vary_parm r_of_R2 from 1k to 2k type linear n_points 5", "vary_parm r_of_R2 type table 1k 0", "15:33 bad-value"},
     {"vary_parm r_of_R2 from 1k", "set_parm r_of_R2 0\nvary_parm r_of_R2 from 1k", "15:18 bad-value"},
