@@ -9,7 +9,8 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // Function of each template by name: an edited or re-ordered list never calls a wrong model.
-template <class F, class Find> std::vector<F> functions_of(const basic_library& lib, Find find) {
+template <class F, class Find>
+std::vector<F> functions_of(const basic_library& lib, Find find) {
     std::vector<F> function(at(lib.n()), nullptr);
     for (int s = 0; s < lib.n(); ++s) function[at(s)] = find(lib.list.entry[s]);
     return function;
@@ -30,14 +31,16 @@ void check_templates(const library_form& form, const basic_library& lib, const s
     }
 }
 
-template <class Jac> void make_jac(const basic_library& lib, std::vector<Jac>& jac) {
+template <class Jac>
+void make_jac(const basic_library& lib, std::vector<Jac>& jac) {
     jac.clear();
     jac.resize(at(std::max(lib.n(), 1)));
     for (int s = 0; s < lib.n(); ++s) jac[at(s)].initialise(lib, s);
 }
 
 // What the calls of both families have.
-template <class Call> void bind_parameters(Call& call, unit_core& unit, int k) {
+template <class Call>
+void bind_parameters(Call& call, unit_core& unit, int k) {
     call.iparm = unit.iprm.row(k);
     call.sparm = unit.sprm.row(k);
     call.rparm = unit.rprm.row(k);

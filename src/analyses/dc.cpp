@@ -85,8 +85,7 @@ void gmin_step_dc_1(run_state& r) {
         r.flags.gmin = slv.gmin_present;
         limits.fix_order = slv.iter_gmin == 0;
         newton(r, limits);
-        if (!slv.l_converged)
-            halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
+        if (!slv.l_converged) halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
         if (r.c.cct.flag_save_history) save_history(r);
     }
     r.flags.newton_first = 0;

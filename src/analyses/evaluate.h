@@ -7,8 +7,9 @@ void ebce_form_arrays(run_state& r);
 // General variables to the blocks' own copies.
 void gbce_form_arrays(run_state& r);
 
-// One assembly at the present values for the analysis of the system: rhs_m = F(x), in a transient without the derivative
-// terms of state rows; and unless only_function also val_m = dF/dx, with them. Makes the plan of a new system.
+// One assembly at the present values for the analysis of the system: rhs_m = F(x), in a transient without the
+// derivative terms of state rows; and unless only_function also val_m = dF/dx, with them. Makes the plan of a new
+// system.
 void form_jac_rhs(run_state& r, bool only_function);
 
 // Adds the derivative terms of state rows to rhs_m; only_function: under the trapezoidal rule without the row's old

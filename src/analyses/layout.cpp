@@ -163,9 +163,7 @@ private:
         mat_.state.is_block.push_back(is_block ? 1 : 0);
     }
 
-    static void close_unit(slot_table& t) {
-        t.first_jac.push_back(static_cast<int>(t.to_val.size()));
-    }
+    static void close_unit(slot_table& t) { t.first_jac.push_back(static_cast<int>(t.to_val.size())); }
 
     mat_class& mat_;
     const circuit& c_;

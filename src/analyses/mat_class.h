@@ -18,8 +18,9 @@ struct svec_offsets {
     int eauxs = 0, eaux = 0, gvar = 0, gaux = 0;
 };
 
-// Where the units' numbers go: active terms only, the reference node left out. Functions are flat indices of the family;
-// derivatives of unit u are first_jac[u] up to first_jac[u + 1] - 1. All stand in the order in which they are added.
+// Where the units' numbers go: active terms only, the reference node left out. Functions are flat indices of the
+// family; derivatives of unit u are first_jac[u] up to first_jac[u + 1] - 1. All stand in the order in which they are
+// added.
 struct slot_table {
     std::vector<int> first_jac{0}, to_val, from_jac;  // entry of val_m, place in the template's jac store
     std::vector<std::uint8_t> scale;                  // 1: times the constant of the method; 0: as it is

@@ -10,8 +10,8 @@
 #include "analyses/solution_vector.h"
 #include "output/solution_file.h"
 #include "run/halt.h"
-#include "run/signals.h"
 #include "run/numeric.h"
+#include "run/signals.h"
 #include "sparse/knuth_write.h"
 
 namespace {
@@ -202,7 +202,7 @@ void solve_newton_dc(run_state& r) {
 
 void solve_linear_dc(run_state& r) {
     const bool startup = r.mat.kind == analysis::startup;
-    solve_linear(r, first_point(r.slv), r.slv.wrt_debug_smat != 0,
-                 startup ? "solve_linear_startup" : "solve_linear_dc", startup ? "startup" : "dc");
+    solve_linear(r, first_point(r.slv), r.slv.wrt_debug_smat != 0, startup ? "solve_linear_startup" : "solve_linear_dc",
+                 startup ? "startup" : "dc");
     if (r.c.cct.flag_save_history) save_history(r);
 }

@@ -11,9 +11,9 @@ struct newton_limits {
     double dmp_k = 1.0;
     int dmp_max = 0;
     bool line_search = false;
-    bool fix_order = false;     // at iteration 0 choose the elimination order on the values of that Jacobian
-    bool hold_factors = false;  // solve with the factors that stand, after iteration 0 has made some
-    bool dump = false;          // wrt_debug_smat applies to this solve
+    bool fix_order = false;      // at iteration 0 choose the elimination order on the values of that Jacobian
+    bool hold_factors = false;   // solve with the factors that stand, after iteration 0 has made some
+    bool dump = false;           // wrt_debug_smat applies to this solve
     std::string_view who = "";   // of console texts
     std::string_view tail = "";  // of debug files: "dc_newt"
 };
@@ -22,8 +22,8 @@ struct newton_limits {
 newton_limits block_limits(run_state& r, std::string_view who, std::string_view tail);
 newton_limits gmin_limits(const solve_class& slv, std::string_view who);
 
-// Solves F(x) = 0 from the present svec. l_converged tells the result; the caller decides what a failure means, and what
-// to do behind a converged solve.
+// Solves F(x) = 0 from the present svec. l_converged tells the result; the caller decides what a failure means, and
+// what to do behind a converged solve.
 void newton(run_state& r, const newton_limits& limits);
 
 // One assembly and one solve; exact for a circuit whose units are all linear. A solution that is infinite or not a

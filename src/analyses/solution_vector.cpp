@@ -10,9 +10,7 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 struct value_tables {
     std::vector<double>&val_nd, &aux, &auxs, &vr, &gaux;
 };
-value_tables present(circuit& c) {
-    return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux};
-}
+value_tables present(circuit& c) { return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux}; }
 
 void spread(const mat_class& mat, const circuit& c, const value_tables& t) {
     const double* x = mat.svec.data();

@@ -12,7 +12,8 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 bool has(const std::vector<int>& flag, const unit_core& unit, int u) { return flag[at(unit.i_lib[at(u)])] != 0; }
 
 // Electrical units, then blocks: f(units, template flags, their answers so far, query of a unit).
-template <class F> void for_limiting_families(run_state& r, F f) {
+template <class F>
+void for_limiting_families(run_state& r, F f) {
     const auto asked = [&r](auto& units, auto get) {
         return [&r, &units, get](int u) {
             r.flags.break_jumps = 0;
@@ -103,7 +104,8 @@ bool trzbdf2_1(run_state& r) {
     const kcl_derivatives& k = r.mat.kcl_ddt;
     for (int d = 0; d < k.n(); ++d)
         if (k.row[at(d)] >= 0)
-            add(k.total[at(d)] - k.still[at(d)], k.total_1[at(d)] - k.still_1[at(d)], k.total_2[at(d)] - k.still_2[at(d)]);
+            add(k.total[at(d)] - k.still[at(d)], k.total_1[at(d)] - k.still_1[at(d)],
+                k.total_2[at(d)] - k.still_2[at(d)]);
     const state_rows& s = r.mat.state;
     for (int i = 0; i < s.n(); ++i) add(s.f_now[at(i)], s.f_1[at(i)], s.f_2[at(i)]);
     const double norm = std::sqrt(sum);

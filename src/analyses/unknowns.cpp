@@ -50,9 +50,12 @@ int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int 
         return node == ref ? -1 : mat.offs.nodev + (node > ref ? node - 1 : node);
     };
     switch (kind) {
-        case kind_v: return node_column(c.ebeu.nd.row(u)[index]);
-        case kind_vind: return node_column(c.ebeu.in.row(u)[index]);
-        case kind_aux: return mat.column_of_aux[at(c.ebeu.first_aux[at(u)] + index)];
+        case kind_v:
+            return node_column(c.ebeu.nd.row(u)[index]);
+        case kind_vind:
+            return node_column(c.ebeu.in.row(u)[index]);
+        case kind_aux:
+            return mat.column_of_aux[at(c.ebeu.first_aux[at(u)] + index)];
         case kind_auxs:
             return mat.kind == analysis::startup ? mat.offs.eauxs + c.ebeu.first_auxs[at(u)] + index : -1;
         case kind_curind: {
@@ -60,9 +63,12 @@ int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int 
             if (mat.kind == analysis::startup && auxs >= 0) return mat.offs.eauxs + auxs;
             return mat.column_of_aux[at(c.ebeu.ib_aux.row(u)[index])];
         }
-        case kind_vr: return mat.offs.gvar + c.ebeu.vr_gbeu[at(c.ebeu.vr.first[at(u)] + index)];
-        case kind_locv: return -1;
-        default: unknown_kind("ebeu_mat_1", kind);
+        case kind_vr:
+            return mat.offs.gvar + c.ebeu.vr_gbeu[at(c.ebeu.vr.first[at(u)] + index)];
+        case kind_locv:
+            return -1;
+        default:
+            unknown_kind("ebeu_mat_1", kind);
     }
 }
 

@@ -18,7 +18,7 @@ struct method_word {
     std::string_view word;
     unsigned blocks;  // types that accept it
     method_member member;
-    double dflt;  // of a flag 0 or 1; keep_value: the keyword has none
+    double dflt;            // of a flag 0 or 1; keep_value: the keyword has none
     unsigned acts;          // of the types that accept it, those where it changes something; 0: read, without effect
     std::string_view text;  // what it is for, for users; a line without capital and full stop
     std::string_view if_not_given = "";  // where the default is not that of the row: what holds then

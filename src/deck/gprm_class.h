@@ -35,11 +35,11 @@ int operation_code(const expression_text& text);
 
 struct gprm_class {
     std::vector<std::string> gint_name, gstr_name, greal_name;
-    std::vector<int> gint;           // [n_gint]
-    std::vector<std::string> gstr;   // [n_gstr] at most 49 characters
-    std::vector<double> greal_base;  // [n_greal] as read, and as set by set_parm
-    std::vector<double> greal;       // [n_greal] current values
-    std::vector<expression> expr;    // [n_greal]
+    std::vector<int> gint;                // [n_gint]
+    std::vector<std::string> gstr;        // [n_gstr] at most 49 characters
+    std::vector<double> greal_base;       // [n_greal] as read, and as set by set_parm
+    std::vector<double> greal;            // [n_greal] current values
+    std::vector<expression> expr;         // [n_greal]
     std::vector<std::string> greal_word;  // [n_greal] the expression as in the deck; of a number the parameter's name
     int n_expr = 0;
     bool flag_expr = false;                    // some parameter has an expression

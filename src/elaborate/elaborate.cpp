@@ -39,8 +39,7 @@ void map_names(name_table& names, const char* problem) {
     to_unit(names.lu_to_eu, names.n_eu, names.to_eu, names.eu_to);
     to_unit(names.lu_to_au, names.n_au, names.to_au, names.au_to);
     for (int k = 0; k < names.n(); ++k)
-        if (names.to_eu[at(k)] < 0)
-            halt({"ect_to_ebeu_nd: i_eelu_nd = -1", line("   for i_ect_nd = ", k), problem});
+        if (names.to_eu[at(k)] < 0) halt({"ect_to_ebeu_nd: i_eelu_nd = -1", line("   for i_ect_nd = ", k), problem});
 }
 
 // Looks at every reference statement in turn, so each must name something of its domain.
@@ -103,8 +102,7 @@ void elaborate(circuit& c) {
     c.ebeu.ref_nd = c.cct.ect.eu_ref;
     check_reference(c, "x_refnode", c.cct.xct);
     if (c.xelu.n > 0 && c.delu.n > 0)
-        halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.",
-              "  Halting..."});
+        halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.", "  Halting..."});
     for (family fam : {fam_e, fam_g}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
     check_expressions(c);
 }

@@ -16,9 +16,9 @@ struct bound_list {
 
 struct family_form {
     family number;
-    std::string_view keyword;  // "eelement"
-    std::string_view lu;       // "eelu"
-    std::string_view library;  // "eels"
+    std::string_view keyword;        // "eelement"
+    std::string_view lu;             // "eelu"
+    std::string_view library;        // "eels"
     std::string_view model_keyword;  // first word of a model file
     composite_library libraries::*composites;
     instance_core circuit::*instances;

@@ -12,9 +12,9 @@
 // follow the composite's list order. Numbers in nd, in are those of ect; dgtl: dct; vr: gct; xvr: xct.
 struct instance_core {
     int n = 0;
-    std::vector<int> i_lib;         // [n] composite
-    std::vector<int> statement;     // [n] deck statement
-    std::vector<std::string> name;  // [n]
+    std::vector<int> i_lib;                      // [n] composite
+    std::vector<int> statement;                  // [n] deck statement
+    std::vector<std::string> name;               // [n]
     std::unordered_map<std::string, int> index;  // name -> instance; the first of equal names
     std::vector<int> flag_compute_acp, flag_compute_noisep, flag_write_parms;  // [n] statement words; stored
     std::vector<int> flag_pwr_elec, flag_pwr_elec_ac;                          // [n] an output asks for the power

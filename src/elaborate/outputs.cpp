@@ -39,26 +39,40 @@ int electrical_index(const circuit& c, int kind, int i, int index) {
     const int u = c.eelu.first_unit[at(i)], ua = c.eelu.first_unit_ac[at(i)];
     const name_table& ect = c.cct.ect;
     switch (kind) {
-        case ov_nodev: return ect.lu_to_eu[at(c.eelu.nd.row(i)[index])];
-        case ov_nodev_ac: return ect.lu_to_au[at(c.eelu.nd.row(i)[index])];
-        case ov_aux: return c.ebeu.first_aux[at(u)] + index;
-        case ov_cur: return c.ebeu.nd.first[at(u)] + index;
-        case ov_iparm_ebe: return c.ebeu.unit.iprm.first[at(u)] + index;
-        case ov_rparm_ebe: return c.ebeu.unit.rprm.first[at(u)] + index;
-        case ov_aux_ac: return c.ebau.first_aux[at(ua)] + index;
-        case ov_cur_ac: return c.ebau.nd.first[at(ua)] + index;
-        default: return index;
+        case ov_nodev:
+            return ect.lu_to_eu[at(c.eelu.nd.row(i)[index])];
+        case ov_nodev_ac:
+            return ect.lu_to_au[at(c.eelu.nd.row(i)[index])];
+        case ov_aux:
+            return c.ebeu.first_aux[at(u)] + index;
+        case ov_cur:
+            return c.ebeu.nd.first[at(u)] + index;
+        case ov_iparm_ebe:
+            return c.ebeu.unit.iprm.first[at(u)] + index;
+        case ov_rparm_ebe:
+            return c.ebeu.unit.rprm.first[at(u)] + index;
+        case ov_aux_ac:
+            return c.ebau.first_aux[at(ua)] + index;
+        case ov_cur_ac:
+            return c.ebau.nd.first[at(ua)] + index;
+        default:
+            return index;
     }
 }
 
 int general_index(const circuit& c, int kind, int i, int index) {
     const int u = c.gelu.first_unit[at(i)];
     switch (kind) {
-        case ov_var: return c.cct.gct.lu_to_eu[at(c.gelu.vr.row(i)[index])];
-        case ov_gaux: return c.gbeu.first_aux[at(u)] + index;
-        case ov_iparm_gbe: return c.gbeu.unit.iprm.first[at(u)] + index;
-        case ov_rparm_gbe: return c.gbeu.unit.rprm.first[at(u)] + index;
-        default: return index;
+        case ov_var:
+            return c.cct.gct.lu_to_eu[at(c.gelu.vr.row(i)[index])];
+        case ov_gaux:
+            return c.gbeu.first_aux[at(u)] + index;
+        case ov_iparm_gbe:
+            return c.gbeu.unit.iprm.first[at(u)] + index;
+        case ov_rparm_gbe:
+            return c.gbeu.unit.rprm.first[at(u)] + index;
+        default:
+            return index;
     }
 }
 
@@ -73,8 +87,7 @@ void resolve_outputs(circuit& c) {
     ov_class& ov = c.ov;
     for (std::size_t k = 0; k < ov.name.size(); ++k) {
         if (ov.instance[k] >= 0) {
-            if (ov.family[k] == fam_e)
-                ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+            if (ov.family[k] == fam_e) ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             if (ov.family[k] == fam_g) ov.index[k] = general_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             continue;
         }
@@ -110,7 +123,6 @@ void resolve_parameter_outputs(circuit& c) {
         for (const parameter_kind& p : kinds) {
             if (ov.kind[k] != p.kind) continue;
             ov.unit[k] = unit_of(p.first, ov.index[k]);
-            if (ov.unit[k] < 0)
-                halt({line("cct_class: (", p.name, ") ", p.unit, " not found? Halting...")});
+            if (ov.unit[k] < 0) halt({line("cct_class: (", p.name, ") ", p.unit, " not found? Halting...")});
         }
 }

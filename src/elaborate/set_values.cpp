@@ -30,7 +30,8 @@ struct parameter_rows {
     std::vector<int> rprm_tie, sv_tie, ig_tie;
 };
 
-template <class T> std::vector<T> defaults(const pair_list<T>& list, int e) {
+template <class T>
+std::vector<T> defaults(const pair_list<T>& list, int e) {
     std::vector<T> row;
     for (int j = 0; j < list.count(e); ++j) row.push_back(list.value(e, j));
     return row;
@@ -46,8 +47,8 @@ void copy_model(const circuit& c, const family_form& form, int i_lib, std::strin
     const model_class& models = c.*(form.models);
     const int m = models.find(name, i_lib);
     if (m < 0)
-        halt({line("set_values_1 (", form.lu, "): model not found."), line("   model name is ", name),
-              "   Halting..."});
+        halt(
+            {line("set_values_1 (", form.lu, "): model not found."), line("   model name is ", name), "   Halting..."});
     auto copy = [m](const auto& from, auto& to, int n) {
         for (int j = 0; j < n; ++j) to[static_cast<std::size_t>(j)] = from.row(m)[j];
     };
@@ -66,8 +67,7 @@ void read_model_file(const composite_library& lib, const family_form& form, int 
                      int n_plain, parameter_rows& row) {
     const std::string who = line("set_values_1 (", form.lu, " model)");
     text_file file;
-    if (!read_text_file(path, file))
-        halt({who + ":", line("  file name ", path, " is not found."), "  Halting... "});
+    if (!read_text_file(path, file)) halt({who + ":", line("  file name ", path, " is not found."), "  Halting... "});
     words w;
     const bool read = next_line(file, w);
     if (!read || !check_word_1(w, 0, form.model_keyword))
@@ -137,7 +137,8 @@ void read_parameters(const circuit& c, const composite_library& lib, int i_lib, 
     each(list.ig, list.ig.count(i_lib), tied(row.ig, row.ig_tie));
 }
 
-template <class T> void append_row(row_table<T>& table, const std::vector<T>& row) {
+template <class T>
+void append_row(row_table<T>& table, const std::vector<T>& row) {
     table.data.insert(table.data.end(), row.begin(), row.end());
     table.close_row();
 }
@@ -200,8 +201,8 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
     const std::string name = s.w.str(at_name);
     inst.i_lib.push_back(e);
     inst.statement.push_back(s.line);
-    for (auto* flag : {&inst.flag_compute_acp, &inst.flag_compute_noisep, &inst.flag_write_parms,
-                       &inst.flag_pwr_elec, &inst.flag_pwr_elec_ac})
+    for (auto* flag : {&inst.flag_compute_acp, &inst.flag_compute_noisep, &inst.flag_write_parms, &inst.flag_pwr_elec,
+                       &inst.flag_pwr_elec_ac})
         flag->push_back(0);
     if (const auto wanted = outputs.find(name); wanted != outputs.end())
         match_outputs(c, form, e, inst.n, wanted->second);
@@ -235,9 +236,14 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
     }
     inst.ib.close_row();
 
-    parameter_rows row{defaults(lib.list.iprm, e), defaults(lib.list.sprm, e), defaults(lib.list.rprm, e),
-                       defaults(lib.list.sv, e),   defaults(lib.list.ig, e),   {},
-                       {},                         {}};
+    parameter_rows row{defaults(lib.list.iprm, e),
+                       defaults(lib.list.sprm, e),
+                       defaults(lib.list.rprm, e),
+                       defaults(lib.list.sv, e),
+                       defaults(lib.list.ig, e),
+                       {},
+                       {},
+                       {}};
     row.rprm_tie.assign(row.rprm.size(), -1);
     row.sv_tie.assign(row.sv.size(), -1);
     row.ig_tie.assign(row.ig.size(), -1);
@@ -286,8 +292,7 @@ void set_instance_values(circuit& c, const std::vector<element_statement>& state
 
 void check_instance_names(const circuit& c) {
     constexpr family order[] = {fam_d, fam_e, fam_g, fam_x, fam_gm};
-    for (family f : order)
-        check_word_repeat_1(c.instances(f).name, line("cct_class (", family_forms[f].lu, ")"));
+    for (family f : order) check_word_repeat_1(c.instances(f).name, line("cct_class (", family_forms[f].lu, ")"));
     for (int a = 0; a < n_family; ++a)
         for (int b = a + 1; b < n_family; ++b)
             check_word_repeat_2(c.instances(order[a]).name, c.instances(order[b]).name, "cct_class");

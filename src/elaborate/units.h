@@ -24,19 +24,19 @@ struct unit_core {
     int n_ttlf() const { return first_func.back(); }
 };
 
-// Electrical units. Row tables give each unit's terminals, sensed nodes and so on; the value arrays beside them have the
-// same first-index arrays.
+// Electrical units. Row tables give each unit's terminals, sensed nodes and so on; the value arrays beside them have
+// the same first-index arrays.
 struct ebeu_class {
     unit_core unit;
-    int n_nd = 0;          // unit-level nodes, numbered by first use of a terminal
-    int ref_nd = -1;       // the reference among them; -1: no terminal reaches it
-    int n_ttlnd_kcl = 0;   // terminals without those of ground_dummy_1 units
-    row_table<int> nd;     // unit-level node of terminal j
-    row_table<int> in;     // unit-level node of sensed node j
-    row_table<int> ib;     // unit whose current sensed branch j reads
-    row_table<int> ib_aux;   // index in aux of that current; -1 if the unit has no aux (then start-up only)
-    row_table<int> ib_auxs;  // index in auxs of it; -1
-    row_table<int> dgtl, vr, xvr;            // dct, gct, xct numbers
+    int n_nd = 0;                  // unit-level nodes, numbered by first use of a terminal
+    int ref_nd = -1;               // the reference among them; -1: no terminal reaches it
+    int n_ttlnd_kcl = 0;           // terminals without those of ground_dummy_1 units
+    row_table<int> nd;             // unit-level node of terminal j
+    row_table<int> in;             // unit-level node of sensed node j
+    row_table<int> ib;             // unit whose current sensed branch j reads
+    row_table<int> ib_aux;         // index in aux of that current; -1 if the unit has no aux (then start-up only)
+    row_table<int> ib_auxs;        // index in auxs of it; -1
+    row_table<int> dgtl, vr, xvr;  // dct, gct, xct numbers
     std::vector<int> first_aux, first_auxs, first_locv;  // [n + 1]
 
     // values; one entry per unit-level node
@@ -47,7 +47,7 @@ struct ebeu_class {
     // one per auxiliary unknown, start-up unknown, local variable
     std::vector<double> aux, aux_new, auxs, auxs_new, locv;
     // what the models write: static function values; behind them room for totals of those with a derivative
-    std::vector<double> f;  // [n_ttlf + n_ddt]
+    std::vector<double> f;               // [n_ttlf + n_ddt]
     std::vector<double> time_nextbreak;  // [n] s, the unit's last answer
     std::vector<char> break_jumps;       // [n] 1: its wave jumps there
     std::vector<int> vr_gbeu;            // [vr.data] general variable at unit level, of each connection
@@ -66,9 +66,9 @@ struct ebau_class {
     unit_core unit;
     int n_nd = 0;
     row_table<int> nd, in, vr;
-    row_table<int> ib;                // small-signal unit of the branch; -1
-    std::vector<int> index_ebeu;      // [n] DC unit of the same element; -1
-    std::vector<int> first_aux;       // [n + 1]
+    row_table<int> ib;            // small-signal unit of the branch; -1
+    std::vector<int> index_ebeu;  // [n] DC unit of the same element; -1
+    std::vector<int> first_aux;   // [n + 1]
 
     int n() const { return unit.n; }
 };
@@ -76,18 +76,18 @@ struct ebau_class {
 // Units of general blocks. Variables are numbered by first use over the connections.
 struct gbeu_class {
     unit_core unit;
-    int n_vr = 0;        // variables of the blocks
-    row_table<int> vr;   // variable of connection j
-    row_table<int> xvr;  // xct numbers
+    int n_vr = 0;                // variables of the blocks
+    row_table<int> vr;           // variable of connection j
+    row_table<int> xvr;          // xct numbers
     std::vector<int> first_aux;  // [n + 1]
 
     std::vector<double> val_vr, val_vr_new;  // [n_vr] values in iteration, and of the next iterate
-    std::vector<double> vr_in, vr_in_new;  // [vr.data] what each unit sees
-    std::vector<double> val_xvr;           // [xvr.data]
-    std::vector<double> aux, aux_new;      // [n_ttlaux]
-    std::vector<double> f;                 // [n_ttlf] function values
-    std::vector<double> time_nextbreak;    // [n] s
-    std::vector<char> break_jumps;         // [n]
+    std::vector<double> vr_in, vr_in_new;    // [vr.data] what each unit sees
+    std::vector<double> val_xvr;             // [xvr.data]
+    std::vector<double> aux, aux_new;        // [n_ttlaux]
+    std::vector<double> f;                   // [n_ttlf] function values
+    std::vector<double> time_nextbreak;      // [n] s
+    std::vector<char> break_jumps;           // [n]
 
     int n() const { return unit.n; }
     int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }

@@ -104,8 +104,8 @@ constexpr library_form ebes_form = {
     .lines = ebes_lines,
     .functions = {true, &ebes_terminal, &ebes_startup, &ebes_local, &ebes_general},
     .map_kinds = ebes_kinds,
-    .glue = {"ebe", "e_", "get_ebe", "i_ebes", "map_global_ebe", "ebes1_class.h", "ebe_registration", "run_ebe", "ebe_all.lst",
-             true, ebe_arguments, ebe_declared, ebe_numbered},
+    .glue = {"ebe", "e_", "get_ebe", "i_ebes", "map_global_ebe", "ebes1_class.h", "ebe_registration", "run_ebe",
+             "ebe_all.lst", true, ebe_arguments, ebe_declared, ebe_numbered},
 };
 
 // ---- small-signal forms of electrical elements
@@ -179,7 +179,8 @@ constexpr library_form ebac_form = {
              "sse_all.lst", false, ebe_ac_arguments, ebe_ac_declared, ebe_ac_numbered},
 };
 
-// ---- general blocks ---------------------------------------------------------------------------------------------------
+// ---- general blocks
+// ---------------------------------------------------------------------------------------------------
 
 namespace {
 constexpr flag_word gbes_flags[] = {
@@ -190,26 +191,26 @@ constexpr flag_word gbes_flags[] = {
     {"allow_ssw", &entry_flags::allow_ssw, 1},       {"pure", &entry_flags::pure, 0},
 };
 constexpr list_line gbes_lines[] = {
-    {"main_vars:", "vr", &L::vr, 600, 12000},  {"iparms:", "iprm", &L::iprm, 500, 10000},
-    {"sparms:", "sprm", &L::sprm, 100, 2000},  {"rparms:", "rprm", &L::rprm, 1500, 30000},
-    {"aux_vars:", "aux", &L::aux, 100, 2000},  {"xvar:", "xvr", &L::xvr, 200, 4000},
-    {"stparms:", "sv", &L::sv, 100, 2000},     {"igparms:", "ig", &L::ig, 40, 800},
+    {"main_vars:", "vr", &L::vr, 600, 12000}, {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000}, {"rparms:", "rprm", &L::rprm, 1500, 30000},
+    {"aux_vars:", "aux", &L::aux, 100, 2000}, {"xvar:", "xvr", &L::xvr, 200, 4000},
+    {"stparms:", "sv", &L::sv, 100, 2000},    {"igparms:", "ig", &L::ig, 40, 800},
 };
 constexpr variable_list block_variables[] = {{kind_vr, &L::vr}, {kind_gaux, &L::aux}};
 constexpr function_words gbes_words = {block_variables, {}, ddt_rule::any_variable, "", nullptr, ""};
 constexpr argument gbe_arguments[] = {
-    {"const int", "i_gbeu"},   {"int*", "iparm"},       {"char**", "sparm"},       {"double*", "rparm"},
-    {"double*", "stparm"},     {"double*", "igparm"},   {"double*", "vr"},         {"double*", "xvr"},
-    {"double*", "aux"},        {"double*", "vr_new"},   {"double*", "aux_new"},    {"double*", "f"},
-    {"gbes1_class*", "jac"},   {"flags_class*", "flags"}, {"dp_class*", "dp"},     {"math_cnst_class*", "math_cnst"},
+    {"const int", "i_gbeu"}, {"int*", "iparm"},         {"char**", "sparm"},    {"double*", "rparm"},
+    {"double*", "stparm"},   {"double*", "igparm"},     {"double*", "vr"},      {"double*", "xvr"},
+    {"double*", "aux"},      {"double*", "vr_new"},     {"double*", "aux_new"}, {"double*", "f"},
+    {"gbes1_class*", "jac"}, {"flags_class*", "flags"}, {"dp_class*", "dp"},    {"math_cnst_class*", "math_cnst"},
 };
 constexpr declared_list gbe_declared[] = {
-    {"int", "ni_", &L::iprm},    {"char*", "nstr_", &L::sprm},  {"double", "nr_", &L::rprm}, {"double", "na_", &L::aux},
-    {"double", "nvr_", &L::vr},  {"double", "nxvr_", &L::xvr},  {"double", "nst_", &L::sv},  {"double", "nig_", &L::ig},
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm}, {"double", "na_", &L::aux},
+    {"double", "nvr_", &L::vr}, {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},  {"double", "nig_", &L::ig},
 };
 constexpr declared_list gbe_numbered[] = {
-    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm},  {nullptr, "nst_", &L::sv},
-    {nullptr, "nig_", &L::ig},   {nullptr, "na_", &L::aux},    {nullptr, "nvr_", &L::vr},   {nullptr, "nxvr_", &L::xvr},
+    {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm}, {nullptr, "nst_", &L::sv},
+    {nullptr, "nig_", &L::ig},  {nullptr, "na_", &L::aux},    {nullptr, "nvr_", &L::vr},  {nullptr, "nxvr_", &L::xvr},
 };
 }  // namespace
 
@@ -230,16 +231,17 @@ constexpr library_form gbes_form = {
     .lines = gbes_lines,
     .functions = {false, nullptr, nullptr, nullptr, &gbes_words},
     .map_kinds = block_variables,
-    .glue = {"gbe", "g_", "get_gbe", "i_gbes", "map_global_gbe", "gbes1_class.h", "gbe_registration", "run_gbe", "gbe_all.lst",
-             true, gbe_arguments, gbe_declared, gbe_numbered},
+    .glue = {"gbe", "g_", "get_gbe", "i_gbes", "map_global_gbe", "gbes1_class.h", "gbe_registration", "run_gbe",
+             "gbe_all.lst", true, gbe_arguments, gbe_declared, gbe_numbered},
 };
 
-// ---- small-signal forms of general blocks -----------------------------------------------------------------------------
+// ---- small-signal forms of general blocks
+// -----------------------------------------------------------------------------
 
 namespace {
 constexpr list_line gbac_lines[] = {
-    {"main_vars:", "vr", &L::vr, 200, 4000},   {"iparms:", "iprm", &L::iprm, 500, 10000},
-    {"sparms:", "sprm", &L::sprm, 100, 2000},  {"rparms:", "rprm", &L::rprm, 1000, 20000},
+    {"main_vars:", "vr", &L::vr, 200, 4000},  {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000}, {"rparms:", "rprm", &L::rprm, 1000, 20000},
     {"aux_vars:", "aux", &L::aux, 100, 2000},
 };
 constexpr function_words gbac_words = {block_variables, {}, ddt_rule::no_word, "", "function declarations", ""};

@@ -31,12 +31,13 @@ call_in_work read_head(const entry_in_work& entry, const half_in_work& half, sta
     call.i_callee = found < entry.e ? found : -1;
     if (call.i_callee < 0) word_not_found("find_word_3", type, line(routine, ": ", form.library, "_name not found"));
     if (half.ac && !entry.lib.flag.allow_ac[static_cast<std::size_t>(call.i_callee)])
-        halt({line(routine, ": AC not allowed by one of the ", form.keyword[0], "elements."), line("    element type is ", type),
-              "    Halting..."});
+        halt({line(routine, ": AC not allowed by one of the ", form.keyword[0], "elements."),
+              line("    element type is ", type), "    Halting..."});
     if (const int i = keys.find("model"); i >= 0) {
         call.model = half.call_models.find(keys.w[i]);
         if (!call.model)
-            word_not_found("find_word_3", keys.w[i], line(routine, ": model name not found (", form.model_tag, form.keyword, ")."));
+            word_not_found("find_word_3", keys.w[i],
+                           line(routine, ": model name not found (", form.model_tag, form.keyword, ")."));
         if (call.model->type != type)
             halt({line(routine, ": model_type does not match ", form.library, "2 type."),
                   line("  model_type=", call.model->type), line("  ", form.library, "2 type=", type), "  Halting..."});
@@ -97,9 +98,9 @@ void connect_all(entry_in_work& entry, const half_in_work& half, call_in_work& c
                                                                    : dc_names;
         if (!half.ac || b.in_ac)
             for (int j = 0; j < names.count(call.i_callee); ++j)
-                list.push_back(connect(entry, half, b,
-                                       keys.value(names.word(call.i_callee, j),
-                                                  composite_message(half.call_routine, b.no_call_key))));
+                list.push_back(connect(
+                    entry, half, b,
+                    keys.value(names.word(call.i_callee, j), composite_message(half.call_routine, b.no_call_key))));
         // A call of the AC half may repeat the words that only the DC half needs.
         if (half.ac)
             for (int j = 0; j < dc_names.count(call.i_callee); ++j) keys.find(dc_names.word(call.i_callee, j));

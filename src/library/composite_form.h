@@ -62,10 +62,10 @@ struct output_kinds {
 struct composite_form {
     const char* class_name;  // "eels_class"
     const char* path;
-    const char* library;  // "eels"
-    const char* basic;    // "ebes"
-    const char* keyword;  // "ece"
-    const char* element;  // "ebe"
+    const char* library;    // "eels"
+    const char* basic;      // "ebes"
+    const char* keyword;    // "ece"
+    const char* element;    // "ebe"
     const char* model_tag;  // "em": emebe, emece in messages of model lines
     bool has_power;         // pwr_elec is an output word
     bool may_postprocess;   // entries may be postprocessors; elsewhere those are flag words like any unknown one

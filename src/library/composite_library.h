@@ -38,11 +38,12 @@ struct element_table {
 // Output or bias words of composites. kind is an ov_kind.
 struct output_table {
     word_list name;
-    std::vector<int> kind;   // [pool words]
-    std::vector<int> be;     // [pool words] element within the entry's flat list; -1 for nodes and power
-    std::vector<int> index;  // [pool words] ov_nodev: composite's node. ov_aux, ov_cur, ov_iparm_ebe, ov_rparm_ebe: running
-                             // index over the concatenated aux, terminals, iparms, rparms of the entry's elements.
-                             // ov_var: composite's variable. ov_postproc, ov_postproc_ac: which of its results
+    std::vector<int> kind;  // [pool words]
+    std::vector<int> be;    // [pool words] element within the entry's flat list; -1 for nodes and power
+    std::vector<int>
+        index;  // [pool words] ov_nodev: composite's node. ov_aux, ov_cur, ov_iparm_ebe, ov_rparm_ebe: running
+                // index over the concatenated aux, terminals, iparms, rparms of the entry's elements.
+                // ov_var: composite's variable. ov_postproc, ov_postproc_ac: which of its results
 
     int count(int e) const { return name.count(e); }
     int at(int e, int j) const { return name.first[word_list::at(e)] + j; }

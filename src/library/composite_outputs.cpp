@@ -20,7 +20,8 @@ void read_outputs(entry_in_work& entry, const words& w, const header_line& l, ou
     for (int i = 1; i < w.size(); i += 2) {
         table.name.pool.add(w[i]);
         int kind = ov_none, index = -1;
-        const cut_word cut = extract_l_r_1(w[i + 1], "_of_", line("_of_ not found (", l.tag, "), ", entry.library_words()));
+        const cut_word cut =
+            extract_l_r_1(w[i + 1], "_of_", line("_of_ not found (", l.tag, "), ", entry.library_words()));
         if (const int result = result_kind(entry.lib.flag, entry.e, cut.left); result != ov_none) {
             kind = result;
             index = (i - 1) / 2;

@@ -308,9 +308,7 @@ void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_
     read_composites(file, eels_form, ebes, ebac, eels);
 }
 
-eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac) {
-    return read_from_form(eels_form, ebes, ebac);
-}
+eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac) { return read_from_form(eels_form, ebes, ebac); }
 gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac) { return read_from_form(gels_form, gbes, gbac); }
 
 void eval_rprm_1(const composite_library& lib, int e, double* rprm) {

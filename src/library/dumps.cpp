@@ -142,8 +142,7 @@ void write_elements(std::ostream& out, const std::string& library, const element
     for (int k = 0; k < be.n_be(e); ++k) {
         const int row = be.first_be[static_cast<std::size_t>(e)] + k;
         const auto r = static_cast<std::size_t>(row);
-        out << "    i_" << library << "be" << (ac ? "_ac" : "") << " = " << k << ", i_" << basic << " = "
-            << be.i_be[r];
+        out << "    i_" << library << "be" << (ac ? "_ac" : "") << " = " << k << ", i_" << basic << " = " << be.i_be[r];
         if (ac) out << ", beac_acprm_be = " << be.acprm_be[r];
         out << '\n';
         write_row(out, prefix + "node", be.node, nullptr, row);

@@ -35,7 +35,8 @@ std::vector<std::string> parameters(const glue_form& glue) {
 void write_prototypes(std::ostream& out, const library_form& form, const basic_library& lib,
                       std::string_view attributes = "") {
     for (int e = 0; e < lib.n(); ++e)
-        write_chr_array_2(out, line(attributes, "void ", function_name(form, lib, e), "("), parameters(form.glue), "   ", ");");
+        write_chr_array_2(out, line(attributes, "void ", function_name(form, lib, e), "("), parameters(form.glue),
+                          "   ", ");");
 }
 
 // The object for derivatives, and for small-signal forms of elements that of the operating point.
@@ -180,8 +181,8 @@ void write_registration(std::ostream& out, const library_form& form, const basic
     out << "const " << row << ' ' << row << "s[] = {\n";
     for (int e = 0; e < lib.n(); ++e) {
         const std::string function = function_name(form, lib, e);
-        out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {"
-            << joined_counts(entry_counts(form, lib, e)) << '}';
+        out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {" << joined_counts(entry_counts(form, lib, e))
+            << '}';
         if (run) out << ", " << run << '<' << function << '>';
         out << "},\n";
     }

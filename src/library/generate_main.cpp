@@ -25,9 +25,9 @@ namespace fs = std::filesystem;
 // A family's element files, and what they become.
 struct family {
     const char* suffix;
-    const char* library;  // file of the library
-    const char* list;     // file of the list of names; null: none
-    const char* keyword;  // first word of an entry
+    const char* library;       // file of the library
+    const char* list;          // file of the list of names; null: none
+    const char* keyword;       // first word of an entry
     const library_form* form;  // of basic entries; null: composites, or the family has no reader yet
     const composite_form* composites = nullptr;
     const char *basic = nullptr, *basic_ac = nullptr;  // keywords of the entries that composites are made of

@@ -85,10 +85,10 @@ struct glue_form {
 };
 
 struct library_form {
-    const char* class_name;  // "ebes_class"
-    const char* path;        // ".tnlaux/ebes.aux"
-    line_rule rule;          // how lines outside code sections are read
-    const char* keyword;     // "ebe": begins an entry, "end" + keyword ends it
+    const char* class_name;     // "ebes_class"
+    const char* path;           // ".tnlaux/ebes.aux"
+    line_rule rule;             // how lines outside code sections are read
+    const char* keyword;        // "ebe": begins an entry, "end" + keyword ends it
     const char* function_word;  // "ebe", "ebe (ac)": in "... functions: check v(xx)"
     const char* read_word;      // "ebes": in "read_ebes: check ..."
     const char* no_end;         // what a missing end word says is missing

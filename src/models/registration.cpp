@@ -1,7 +1,8 @@
 #include "models/registration.h"
 
 namespace {
-template <class R> const R* find(const R* rows, int n, std::string_view name) {
+template <class R>
+const R* find(const R* rows, int n, std::string_view name) {
     for (int i = 0; i < n; ++i)
         if (rows[i].name == name) return &rows[i];
     return nullptr;
@@ -22,7 +23,10 @@ const gbe_ac_registration* find_gbe_ac_registration(std::string_view name) {
 }
 
 namespace {
-template <class R> auto function_of(const R* row) -> decltype(row->function) { return row ? row->function : nullptr; }
+template <class R>
+auto function_of(const R* row) -> decltype(row->function) {
+    return row ? row->function : nullptr;
+}
 }  // namespace
 
 ebe_function find_ebe(std::string_view name) { return function_of(find_ebe_registration(name)); }

@@ -9,7 +9,8 @@
 [[noreturn]] void halt(std::initializer_list<std::string> lines);
 
 // Joins words and numbers into one line; numbers with ten significant digits.
-template <class... T> std::string line(const T&... items) {
+template <class... T>
+std::string line(const T&... items) {
     std::ostringstream out;
     out.precision(10);
     (out << ... << items);

@@ -185,9 +185,7 @@ void norm_2_avg(int n, const double* v, double& r) {
 
 namespace {
 // The larger of a norm and a magnitude; NaN, once met, stays.
-double larger(double norm, double magnitude) {
-    return magnitude > norm || std::isnan(magnitude) ? magnitude : norm;
-}
+double larger(double norm, double magnitude) { return magnitude > norm || std::isnan(magnitude) ? magnitude : norm; }
 }  // namespace
 
 void norm_inf(int n, const double* v, double& r) {

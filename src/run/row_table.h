@@ -3,7 +3,8 @@
 #include <vector>
 
 // Row i is data[first[i]] up to data[first[i + 1]].
-template <class T> struct row_table {
+template <class T>
+struct row_table {
     std::vector<int> first{0};  // [number of rows + 1]
     std::vector<T> data;
 
@@ -11,7 +12,7 @@ template <class T> struct row_table {
     int size(int i) const { return first[at(i) + 1] - first[at(i)]; }
     T* row(int i) { return data.data() + first[at(i)]; }
     const T* row(int i) const { return data.data() + first[at(i)]; }
-    void add(const T& x) { data.push_back(x); }                             // to the row that is being built
+    void add(const T& x) { data.push_back(x); }                           // to the row that is being built
     void close_row() { first.push_back(static_cast<int>(data.size())); }  // ends that row
     void clear() {
         first.assign(1, 0);

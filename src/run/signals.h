@@ -6,5 +6,6 @@
 // does not heed them within four seconds is ended by the signal all the same. Files beyond the user's limit of size are
 // files that cannot be written.
 void note_signals();
-// Flushes console and row files if that is due; ends the process by the signal that was noted. Costs one load otherwise.
+// Flushes console and row files if that is due; ends the process by the signal that was noted. Costs one load
+// otherwise.
 void heed_signals();

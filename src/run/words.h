@@ -40,8 +40,8 @@ private:
 // ---- splitting a line; blank, tab and '=' all separate words -------------------------------------------------------
 
 words parse_line_2(std::string_view line);
-void add_words(std::string_view line, words& w);          // the words of a line, behind those already there
-std::string_view word_first_1(std::string_view line);     // first word of a raw line; empty if it has none
+void add_words(std::string_view line, words& w);       // the words of a line, behind those already there
+std::string_view word_first_1(std::string_view line);  // first word of a raw line; empty if it has none
 int count_words_1(std::string_view line);
 bool check_blank_line(std::string_view line);  // empty, or separators only
 void remove_space_pre(std::string& line);      // leading blanks, not tabs
@@ -51,8 +51,8 @@ std::string joined(const words& w);            // words with single blanks betwe
 // ---- searching; the position, or -1 ---------------------------------------------------------------------------------
 
 int find_word_1(const words& w, std::string_view word);
-int find_word_1_ci(const words& w, std::string_view word);                    // ASCII case ignored
-int find_word_EO_1(const words& w, std::string_view word, int flag_eo);       // positions of evenodd
+int find_word_1_ci(const words& w, std::string_view word);               // ASCII case ignored
+int find_word_EO_1(const words& w, std::string_view word, int flag_eo);  // positions of evenodd
 int find_word_6(const std::vector<std::string>& list, std::string_view word);
 
 // Is the word at this position equal to this one? A position outside the array halts.
@@ -99,14 +99,14 @@ cut_word extract_middle_1(std::string_view word, char key);
 cut_word extract_brckt_1(std::string_view word);
 cut_word extract_brckt_2(std::string_view word);
 
-bool assign_flag_1(std::string_view word);  // exactly "yes"
+bool assign_flag_1(std::string_view word);                                                 // exactly "yes"
 void compare_word_1b(std::string_view a, std::string_view b, const std::string& message);  // fatal unless equal
-bool add_word_1(words& w, std::string_view word);  // appends it unless present; true if it was appended
+bool add_word_1(words& w, std::string_view word);      // appends it unless present; true if it was appended
 std::string strcpy_chk(std::string_view word, int m);  // halts unless shorter than m
 
 // ---- numbers --------------------------------------------------------------------------------------------------------
 
-int chr_to_int(std::string_view word);       // optional '-', digits
+int chr_to_int(std::string_view word);  // optional '-', digits
 // The value, unless it is infinite or not a number: that halts with the text of a word that is no number, and the
 // value.
 double finite_number(double value, std::string_view word);

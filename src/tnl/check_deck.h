@@ -81,13 +81,13 @@ struct checked_deck {
 // ------------------------------------------------------------------------
 
 void check_composites(checked_deck& d);  // those that the deck brings along
-void check_sections(checked_deck& d);   // title, begin and end pairs, words that begin a statement
-void check_globals(checked_deck& d);    // greal, ginteger, gstring
-void check_elements(checked_deck& d);   // element and model statements: types, names, words, values
-void check_nodes(checked_deck& d);      // reference, connections, loops of voltages, cut sets of currents
-void check_variables(checked_deck& d);  // block variables: who writes, who reads
-void check_outvars(checked_deck& d);    // outvar: statements
-void check_solves(checked_deck& d);     // solve blocks
+void check_sections(checked_deck& d);    // title, begin and end pairs, words that begin a statement
+void check_globals(checked_deck& d);     // greal, ginteger, gstring
+void check_elements(checked_deck& d);    // element and model statements: types, names, words, values
+void check_nodes(checked_deck& d);       // reference, connections, loops of voltages, cut sets of currents
+void check_variables(checked_deck& d);   // block variables: who writes, who reads
+void check_outvars(checked_deck& d);     // outvar: statements
+void check_solves(checked_deck& d);      // solve blocks
 void check_outputs(checked_deck& d, const solve_section& s);  // output blocks of one
 // Words of its method: statements, against each other and the circuit.
 void check_settings(checked_deck& d, const solve_section& s, const std::map<std::string, method_value>& given);

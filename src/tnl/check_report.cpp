@@ -11,7 +11,7 @@ namespace {
 
 constexpr int most_of_a_code = 50;
 constexpr std::size_t longest_text = 1000;  // characters of a message
-constexpr std::size_t widest = 100;  // characters of a line that are shown
+constexpr std::size_t widest = 100;         // characters of a line that are shown
 
 std::string counted(int n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); }
 

@@ -73,8 +73,7 @@ private:
         if (number("dmp_newt_max2") < number("dmp_newt_max"))
             refuse(at("dmp_newt_max2") != nullptr ? "dmp_newt_max2" : "dmp_newt_max",
                    "dmp_newt_max2 is below dmp_newt_max (they are 50 if not given)");
-        if (number("dmp_k") < number("dmp_k2"))
-            refuse("dmp_k2", "dmp_k2 is above dmp_k (they are 0.2 if not given)");
+        if (number("dmp_k") < number("dmp_k2")) refuse("dmp_k2", "dmp_k2 is above dmp_k (they are 0.2 if not given)");
     }
 
     void check_steps() {

@@ -38,7 +38,7 @@ struct element_type {
     std::vector<name_and_value> text_values;  // sprm with what stands in the library
     std::vector<std::string> outvar;          // dc and small signal
     std::vector<type_branch> branches;
-    std::vector<std::string> basics;  // the basic elements that it is made of
+    std::vector<std::string> basics;     // the basic elements that it is made of
     std::vector<name_and_value> values;  // iprm, rprm with what stands in the library
     bool can_be_sensed = false;          // one basic element with a current of its own
     bool limits_step = false;            // has corners or events that steps must meet

@@ -26,8 +26,8 @@ struct plot_choice {
     bool stack = false;  // a panel for each column instead of one for each unit
     bool logic = false;  // columns with two values get lanes
     bool log_x = false, log_y = false;
-    std::optional<double> from, to;  // of x
-    bool from_zero = false;          // x counts from the begin of the window
+    std::optional<double> from, to;                // of x
+    bool from_zero = false;                        // x counts from the begin of the window
     std::vector<std::vector<std::string>> panels;  // names of columns that share a panel
     std::vector<plot_y_range> y;
 };

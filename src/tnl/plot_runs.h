@@ -9,10 +9,10 @@
 namespace cli {
 
 struct plot_wish {
-    std::string file;    // of the run; empty: that with most of the columns, the finest of equals
-    std::string x;       // column; empty: x_column_of()
+    std::string file;  // of the run; empty: that with most of the columns, the finest of equals
+    std::string x;     // column; empty: x_column_of()
     std::vector<std::vector<std::string>> panels;  // columns and expressions that share a panel
-    plot_choice choice;  // an empty title: the deck's
+    plot_choice choice;                            // an empty title: the deck's
 };
 struct plotted_runs {
     std::list<row_table> tables;

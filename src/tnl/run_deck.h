@@ -32,10 +32,10 @@ struct run_result {
     int status = good;
     std::filesystem::path folder;  // where the results stand
     deck_view deck;
-    run_record record;   // as it stands in the folder
-    bool kept = false;   // the simulator was killed or could not write: what there is of the rows stands in .partial
+    run_record record;  // as it stands in the folder
+    bool kept = false;  // the simulator was killed or could not write: what there is of the rows stands in .partial
     bool timed_out = false;  // the simulator was asked to end when the time was over
-    double t_last = -1;  // s, the last time that a row of a block in time holds; below 0: there is none
+    double t_last = -1;      // s, the last time that a row of a block in time holds; below 0: there is none
 };
 // Throws file_error when the deck cannot be read or the folder not be made, deck_error for an include that fails.
 run_result run_deck(const run_options& options, const installation& where);

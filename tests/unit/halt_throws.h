@@ -18,9 +18,9 @@ struct console_run {
 console_run run_and_listen(const std::function<void()>& f);
 
 // The statement must halt, and its whole console text must be this.
-#define EXPECT_HALT(statement, expected)                                     \
-    do {                                                                     \
+#define EXPECT_HALT(statement, expected)                                       \
+    do {                                                                       \
         const console_run heard_ = run_and_listen([&] { (void)(statement); }); \
-        EXPECT_TRUE(heard_.stopped) << "did not halt: " #statement;          \
-        EXPECT_EQ(heard_.text, expected);                                    \
+        EXPECT_TRUE(heard_.stopped) << "did not halt: " #statement;            \
+        EXPECT_EQ(heard_.text, expected);                                      \
     } while (false)

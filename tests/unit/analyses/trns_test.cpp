@@ -7,12 +7,15 @@
 namespace {
 // Source 1 V through 1k into 1u: time constant 1 ms.
 deck_text rc(const std::string& method, const std::string& start = "0") {
-    return {"eelement name=V1 type=vsrcdc p=in n=0 vdc=1\n"
-            "eelement name=R1 type=r p=in n=a r=1k\n"
-            "eelement name=C1 type=c p=a n=0 c=1u v0=" + start + "\n"
+    return {
+        "eelement name=V1 type=vsrcdc p=in n=0 vdc=1\n"
+        "eelement name=R1 type=r p=in n=a r=1k\n"
+        "eelement name=C1 type=c p=a n=0 c=1u v0=" +
+            start +
+            "\n"
             "outvar: va=nodev_of_a ic=i_of_C1 iv=i_of_V1\n",
-            "va ic iv",
-            {"solve_type startup\n", "solve_type trns\ninitial_sol previous\nmethod: " + method + "\n"}};
+        "va ic iv",
+        {"solve_type startup\n", "solve_type trns\ninitial_sol previous\nmethod: " + method + "\n"}};
 }
 
 double last_value(const deck_text& deck, const std::string& file = "out2.dat", std::size_t column = 1) {
@@ -36,7 +39,8 @@ TEST(startup, holds_the_capacitor_at_its_start_value_and_gives_its_current) {
     EXPECT_EQ(rows[0], (std::vector<double>{0.3, 7e-4, -7e-4}));
 }
 
-// One step of a rule of order p multiplies 1 - v by a factor, or follows its recurrence; the numbers were worked out so.
+// One step of a rule of order p multiplies 1 - v by a factor, or follows its recurrence; the numbers were worked out
+// so.
 TEST(transient, goes_on_from_startup_by_each_rule) {
     EXPECT_NEAR(last_value(rc("back_euler=yes t_end=1m delt_const=0.1m", "0.3")), 0.7301197, 5.1e-8);
     EXPECT_NEAR(last_value(rc("trapezoidal=yes t_end=1m delt_const=0.1m", "0.3")), 0.7426992, 5.1e-8);
@@ -81,19 +85,20 @@ TEST(transient, an_inductor_is_a_state_row) {
     deck.variables = "i";
     for (const auto& [rule, value] : {std::pair{"back_euler", 0.6144567e-3}, std::pair{"trapezoidal", 0.6324275e-3},
                                       std::pair{"gear2_fixed", 0.6304512e-3}}) {
-        deck.blocks[1] = std::string("solve_type trns\ninitial_sol previous\nmethod: ") + rule +
-                         "=yes t_end=1m delt_const=0.1m\n";
+        deck.blocks[1] =
+            std::string("solve_type trns\ninitial_sol previous\nmethod: ") + rule + "=yes t_end=1m delt_const=0.1m\n";
         EXPECT_NEAR(last_value(deck), value, 5.1e-11) << rule;
     }
 }
 
 // The trapezoidal rule keeps c v^2 + l i^2 of a linear tank.
 TEST(transient, a_tank_keeps_its_energy_under_the_trapezoidal_rule) {
-    deck_text deck{"eelement name=L1 type=l p=a n=0 l=1m\neelement name=C1 type=c p=a n=0 c=1u v0=1\n"
-                   "outvar: va=nodev_of_a il=i_of_L1\n",
-                   "va il",
-                   {"solve_type startup\n",
-                    "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes t_end=0.2m delt_const=1u\n"}};
+    deck_text deck{
+        "eelement name=L1 type=l p=a n=0 l=1m\neelement name=C1 type=c p=a n=0 c=1u v0=1\n"
+        "outvar: va=nodev_of_a il=i_of_L1\n",
+        "va il",
+        {"solve_type startup\n",
+         "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes t_end=0.2m delt_const=1u\n"}};
     const whole_run run(deck.str());
     const table rows = run.rows("out2.dat");
     ASSERT_FALSE(rows.empty()) << run.text;
@@ -103,10 +108,11 @@ TEST(transient, a_tank_keeps_its_energy_under_the_trapezoidal_rule) {
 
 // z' = 1, y' = z with two integrator blocks, step 0.01.
 TEST(transient, integrator_blocks_follow_each_rule_exactly) {
-    deck_text deck{"gelement name=K type=const y=one k=1\ngelement name=I1 type=intgrtr x=one y=z\n"
-                   "gelement name=I2 type=intgrtr x=z y=y\noutvar: y=var_of_y z=var_of_z\n",
-                   "y z",
-                   {"", ""}};
+    deck_text deck{
+        "gelement name=K type=const y=one k=1\ngelement name=I1 type=intgrtr x=one y=z\n"
+        "gelement name=I2 type=intgrtr x=z y=y\noutvar: y=var_of_y z=var_of_z\n",
+        "y z",
+        {"", ""}};
     const double h = 0.01;
     for (const auto& [rule, value] :
          {std::pair{"back_euler", h * h * 100 * 101 / 2}, std::pair{"trapezoidal", 0.5},
@@ -122,23 +128,26 @@ TEST(transient, integrator_blocks_follow_each_rule_exactly) {
 }
 
 TEST(transient, trbdf2_doubles_its_step_where_it_makes_no_error) {
-    const deck_text deck{"gelement name=K type=const y=one k=1\ngelement name=I1 type=intgrtr x=one y=z\n"
-                         "outvar: z=var_of_z\n",
-                         "z",
-                         {"solve_type startup\n",
-                          "solve_type trns\ninitial_sol previous\nmethod: trbdf2=yes t_end=0.05 delt_const=1m\n"}};
+    const deck_text deck{
+        "gelement name=K type=const y=one k=1\ngelement name=I1 type=intgrtr x=one y=z\n"
+        "outvar: z=var_of_z\n",
+        "z",
+        {"solve_type startup\n",
+         "solve_type trns\ninitial_sol previous\nmethod: trbdf2=yes t_end=0.05 delt_const=1m\n"}};
     const whole_run run(deck.str());
     EXPECT_EQ(times(run, "out2.dat"), (std::vector<double>{0, 0.001, 0.003, 0.007, 0.015, 0.025, 0.035, 0.045, 0.05}))
         << run.text;
 }
 
 TEST(transient, an_automatic_step_grows_on_a_nonlinear_circuit_only) {
-    const std::string method = "solve_type trns\nmethod: back_euler_auto=yes t_end=0.32m delt_const=10u delt_max=0.1m\n";
-    deck_text deck{"eelement name=V1 type=vsrcdc p=in n=0 vdc=1\neelement name=R1 type=r p=in n=a r=1k\n"
-                   "eelement name=C1 type=c p=a n=0 c=1u\neelement name=D1 type=diode_r p=0 n=a\n"
-                   "outvar: va=nodev_of_a\n",
-                   "va",
-                   {method}};
+    const std::string method =
+        "solve_type trns\nmethod: back_euler_auto=yes t_end=0.32m delt_const=10u delt_max=0.1m\n";
+    deck_text deck{
+        "eelement name=V1 type=vsrcdc p=in n=0 vdc=1\neelement name=R1 type=r p=in n=a r=1k\n"
+        "eelement name=C1 type=c p=a n=0 c=1u\neelement name=D1 type=diode_r p=0 n=a\n"
+        "outvar: va=nodev_of_a\n",
+        "va",
+        {method}};
     const whole_run run(deck.str());
     const std::vector<double> t = times(run, "out1.dat");
     ASSERT_GE(t.size(), 8u) << run.text;
@@ -204,13 +213,14 @@ TEST(transient, the_mark_of_pure_units_changes_no_byte) {
     const std::string out = "outvar: vb=nodev_of_b ir=i_of_R2 pv=pwr_elec_of_V1 vl=v_of_L1 ic=i_of_C1\n";
     for (const std::string& more : {std::string(), std::string("eelement name=D1 type=diode_r p=b n=0\n")})
         for (const char* rule : {"back_euler", "trapezoidal", "gear2", "trbdf2"}) {
-            const deck_text deck{circuit + more + out,
-                                 "vb ir pv vl ic",
-                                 {"solve_type startup\n",
-                                  std::string("solve_type trns\ninitial_sol previous\nmethod: ") + rule +
-                                      "=yes t_end=2m delt_const=10u delt_max=20u\n",
-                                  "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes t_start=2m t_end=2.1m "
-                                  "delt_const=10u\n"}};
+            const deck_text deck{
+                circuit + more + out,
+                "vb ir pv vl ic",
+                {"solve_type startup\n",
+                 std::string("solve_type trns\ninitial_sol previous\nmethod: ") + rule +
+                     "=yes t_end=2m delt_const=10u delt_max=20u\n",
+                 "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes t_start=2m t_end=2.1m "
+                 "delt_const=10u\n"}};
             const whole_run marked(deck.str());
             const table rows = marked.rows("out2.dat"), more_rows = marked.rows("out3.dat");
             ASSERT_GT(rows.size(), 100u) << marked.text;
@@ -228,8 +238,8 @@ TEST(transient, a_first_step_that_leaves_the_range_of_numbers_goes_to_gmin_stepp
         const std::string n = std::to_string(k);
         chain += "eelement name=D" + n + " type=diode_spice_1 p=a" + n + " n=0\n";
         if (k > 1)
-            chain += "eelement name=G" + n + " type=vccs p=0 n=a" + n + " cp=a" + std::to_string(k - 1) +
-                     " cn=0 gm=0.5\n";
+            chain +=
+                "eelement name=G" + n + " type=vccs p=0 n=a" + n + " cp=a" + std::to_string(k - 1) + " cn=0 gm=0.5\n";
     }
     const whole_run run(deck_text{chain + "outvar: v1=nodev_of_a1 v16=nodev_of_a16\n",
                                   "v1 v16",

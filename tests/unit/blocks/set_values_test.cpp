@@ -199,12 +199,12 @@ TEST(output_block, takes_variables_globals_swept_items_and_small_signal_words) {
 }
 
 TEST(output_block, knows_no_swept_item_of_a_statement_that_stands_inside_it) {
-    EXPECT_HALT(read_cards("solve_type dc\n" +
-                           out_block("filename a\nvary_parm r_of_R2 type table 1 2\nvariables: r_of_R2\n")),
-                "solve_class: syntax problem in output variables?\n   Check this outvar: r_of_R2\n   Halting...\n");
-    const block_run r = read_cards("solve_type dc\n" +
-                                   out_block("filename a\nvary_parm r_of_R2 type table 1 2\nvariables: vout\n") +
-                                   out_block("filename b\nvariables: r_of_R2\n") + "vary_parm r_of_R2 type table 3 4\n");
+    EXPECT_HALT(
+        read_cards("solve_type dc\n" + out_block("filename a\nvary_parm r_of_R2 type table 1 2\nvariables: r_of_R2\n")),
+        "solve_class: syntax problem in output variables?\n   Check this outvar: r_of_R2\n   Halting...\n");
+    const block_run r =
+        read_cards("solve_type dc\n" + out_block("filename a\nvary_parm r_of_R2 type table 1 2\nvariables: vout\n") +
+                   out_block("filename b\nvariables: r_of_R2\n") + "vary_parm r_of_R2 type table 3 4\n");
     EXPECT_EQ(r.slv.files.at(1).vars.at(0).index, 0);
 }
 

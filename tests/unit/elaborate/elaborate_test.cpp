@@ -59,8 +59,9 @@ TEST(elaborate, the_last_refnode_statement_holds) {
 }
 
 TEST(elaborate, a_ground_word_stands_for_the_reference) {
-    const circuit c = elaborated(divider + "eelement type=ground_dummy c=gnd\neelement name=R3 type=r p=out n=gnd\n"
-                                           "outvar: vg=nodev_of_gnd\n");
+    const circuit c = elaborated(divider +
+                                 "eelement type=ground_dummy c=gnd\neelement name=R3 type=r p=out n=gnd\n"
+                                 "outvar: vg=nodev_of_gnd\n");
     EXPECT_EQ(unit_node(c, "gnd"), c.ebeu.ref_nd);
     EXPECT_EQ(c.ebeu.nd.row(3)[1], c.ebeu.ref_nd);
     EXPECT_EQ(c.ov.index[0], c.ebeu.ref_nd);
@@ -90,8 +91,9 @@ TEST(elaborate, sensed_nodes_and_branches_read_units_of_other_instances) {
 }
 
 TEST(elaborate, a_sensed_branch_may_name_a_later_statement) {
-    const circuit c = elaborated("refnode 0\neelement name=S type=sense p=a n=0 cp=a br=V\n"
-                                 "eelement name=V type=vs p=a n=0\n");
+    const circuit c = elaborated(
+        "refnode 0\neelement name=S type=sense p=a n=0 cp=a br=V\n"
+        "eelement name=V type=vs p=a n=0\n");
     EXPECT_EQ(c.ebeu.ib.row(0)[0], 1);
 }
 
@@ -104,10 +106,11 @@ TEST(elaborate, no_electrical_element_gives_no_units) {
 }
 
 TEST(elaborate, statement_beats_model_and_model_beats_library) {
-    const circuit c = elaborated("refnode 0\nemodel name=m1 type=r r=50 n_par=3\n"
-                                 "eelement name=A type=r p=a n=0\n"
-                                 "eelement name=B type=r p=a n=0 model=m1\n"
-                                 "eelement name=C type=r p=a n=0 model=m1 r=60\n");
+    const circuit c = elaborated(
+        "refnode 0\nemodel name=m1 type=r r=50 n_par=3\n"
+        "eelement name=A type=r p=a n=0\n"
+        "eelement name=B type=r p=a n=0 model=m1\n"
+        "eelement name=C type=r p=a n=0 model=m1 r=60\n");
     EXPECT_EQ(c.eelu.rprm.row(0)[0], 1.0);
     EXPECT_EQ(c.eelu.rprm.row(1)[0], 50.0);
     EXPECT_EQ(c.eelu.iprm.row(1)[0], 3);
@@ -153,21 +156,23 @@ TEST(elaborate, string_parameters_reach_the_units) {
 }
 
 TEST(elaborate, only_yes_sets_a_flag_of_the_statement) {
-    const circuit c = elaborated("refnode 0\neelement name=A type=r p=a n=0 compute_acp=no write_parms=yes\n"
-                                 "eelement name=B type=r p=a n=0\n");
+    const circuit c = elaborated(
+        "refnode 0\neelement name=A type=r p=a n=0 compute_acp=no write_parms=yes\n"
+        "eelement name=B type=r p=a n=0\n");
     EXPECT_EQ(c.eelu.flag_compute_acp, (std::vector<int>{0, 0}));
     EXPECT_EQ(c.eelu.flag_write_parms, (std::vector<int>{1, 0}));
 }
 
 TEST(outputs, resolve_to_unit_level_places) {
-    const circuit c = elaborated(divider + "eelement name=P type=pair p=in n=out\n"
-                                           "outvar: vout=nodev_of_out i1=i_of_R1 v2=v_of_R2 is=i_of_V1 vm=vm_of_P\n"
-                                           "outvar: ib=i_of_P pw=pwr_elec_of_R2 rr=r_of_R2 np=n_par_of_R2 d=r2_of_R1\n");
+    const circuit c = elaborated(divider +
+                                 "eelement name=P type=pair p=in n=out\n"
+                                 "outvar: vout=nodev_of_out i1=i_of_R1 v2=v_of_R2 is=i_of_V1 vm=vm_of_P\n"
+                                 "outvar: ib=i_of_P pw=pwr_elec_of_R2 rr=r_of_R2 np=n_par_of_R2 d=r2_of_R1\n");
     EXPECT_EQ(c.ov.kind, (std::vector<int>{ov_nodev, ov_cur, ov_rparm_ebe, ov_aux, ov_nodev, ov_cur, ov_pwr_elec,
                                            ov_rparm_eelu, ov_iparm_ebe, ov_rparm_eelu}));
     EXPECT_EQ(c.ov.index[0], unit_node(c, "out"));
-    EXPECT_EQ(c.ov.index[1], 2);                                  // first terminal of unit 1
-    EXPECT_EQ(c.ov.index[2], c.ebeu.unit.rprm.first[2] + 1);       // slot v_o of unit 2
+    EXPECT_EQ(c.ov.index[1], 2);                              // first terminal of unit 1
+    EXPECT_EQ(c.ov.index[2], c.ebeu.unit.rprm.first[2] + 1);  // slot v_o of unit 2
     EXPECT_EQ(c.ov.unit[2], 2);
     EXPECT_EQ(c.ov.index[3], 0);
     EXPECT_EQ(c.ov.index[4], c.ebeu.nd.row(3)[1]);
@@ -189,7 +194,8 @@ TEST(elaborate, exactly_the_allowed_number_of_names_passes) {
     EXPECT_NE(heard.text.find("cct_class: n_ect_nd is too large!"), std::string::npos) << heard.text;
 }
 
-// ---- what a faulty circuit block says -----------------------------------------------------------------------------------
+// ---- what a faulty circuit block says
+// -----------------------------------------------------------------------------------
 
 struct fault {
     const char* name;
@@ -254,16 +260,17 @@ const fault faults[] = {
     {"a_sensed_node_that_no_terminal_touches",
      "refnode 0\neelement name=V type=vs p=a n=0\neelement name=S type=sense p=a n=0 cp=far br=V\n",
      "ebeu_class:set_values_1\n   An independent node not assigned?\n   Halting..\n"},
-    {"a_branch_into_a_composite_of_two", "refnode 0\neelement name=P type=pair p=a n=0\n"
-                                         "eelement name=S type=sense p=a n=0 cp=a br=P\n",
+    {"a_branch_into_a_composite_of_two",
+     "refnode 0\neelement name=P type=pair p=a n=0\n"
+     "eelement name=S type=sense p=a n=0 cp=a br=P\n",
      "ebeu_class:set_values_1\n  ind. branch must have a single ebe.\n  Halting..\n"},
-    {"a_branch_without_an_unknown_current", "refnode 0\neelement name=R type=r p=a n=0\n"
-                                            "eelement name=S type=sense p=a n=0 cp=a br=R\n",
+    {"a_branch_without_an_unknown_current",
+     "refnode 0\neelement name=R type=r p=a n=0\n"
+     "eelement name=S type=sense p=a n=0 cp=a br=R\n",
      "ebeu_class:set_values_1\n  ind. branch has no auxiliary variable.\n  Halting..\n"},
     {"a_branch_reference_that_never_came", "refnode 0\neelement name=O type=open_branch p=a n=0\n",
      "ebeu_class:set_values_1\n  flag_ib0 = -2 for some ece\n  Halting..\n"},
-    {"a_general_variable_of_electrical_elements_only",
-     "refnode 0\neelement name=X type=reads_x p=a n=0 x=speed\n",
+    {"a_general_variable_of_electrical_elements_only", "refnode 0\neelement name=X type=reads_x p=a n=0 x=speed\n",
      "ect_to_ebeu_nd: i_eelu_nd = -1\n   for i_ect_nd = 0\ncct_class: problem in assigning gct_to_gbeu\n"},
     {"an_output_of_an_auxiliary_node", "refnode 0\neelement name=P type=pair p=a n=0\noutvar: x=nodev_of_m\n",
      "cct_class: ect node name not found.\n   Check outvars of type nodev_of_xxx.\n"},
@@ -275,12 +282,12 @@ const fault faults[] = {
      "eelu_class: outvar not found\n   name is w\n   Halting...\n"},
 };
 
-INSTANTIATE_TEST_SUITE_P(all, circuit_fault, ::testing::ValuesIn(faults),
-                         [](const auto& p) { return p.param.name; });
+INSTANTIATE_TEST_SUITE_P(all, circuit_fault, ::testing::ValuesIn(faults), [](const auto& p) { return p.param.name; });
 
 TEST(elaborate, a_repeated_instance_name_is_refused) {
-    circuit c = fixture_circuit(fixture_deck("refnode 0\neelement name=R type=r p=a n=0\neelement name=S type=r p=a n=0\n"
-                                             "eelement name=R type=r p=a n=0\n"));
+    circuit c =
+        fixture_circuit(fixture_deck("refnode 0\neelement name=R type=r p=a n=0\neelement name=S type=r p=a n=0\n"
+                                     "eelement name=R type=r p=a n=0\n"));
     const console_run heard = run_and_listen([&] { elaborate(c); });
     EXPECT_TRUE(heard.stopped);
     EXPECT_NE(heard.text.find("The string <R> is repeated."), std::string::npos) << heard.text;

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "temp_folder.h"
 #include "origin_of.h"
+#include "temp_folder.h"
 #include "tnl/exit_status.h"
 #include "tnl/run_folder.h"
 

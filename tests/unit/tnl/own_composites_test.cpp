@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "temp_folder.h"
 #include "origin_of.h"
+#include "temp_folder.h"
 #include "tnl/check_deck.h"
 #include "tnl/deck_view.h"
 #include "tnl/exit_status.h"
