@@ -9,7 +9,7 @@ const [tnl, packages, executablePath] = process.argv.slice(2);
 const { chromium } = createRequire(packages)("playwright-core");
 const patience = 60000; // ms; the machine may be busy
 
-// ---- rows: v = slope t with one sample of 25 V, i = sin(2 pi 5 t); a stick at harmonic 3 ----
+// ---- rows: v = slope t, in run one with a sample of 25 V, i = sin(2 pi 5 t); a stick at harmonic 3 ----
 
 const time = { name: "time", unit: "s" }, volts = { name: "v", unit: "V" }, amps = { name: "i", unit: "A" };
 function record(folder, state, files) {
@@ -24,7 +24,7 @@ function makeRun(name, slope) {
   const n = 20000;
   for (let k = 0; k <= n; ++k) {
     const t = k / n;
-    wave += `${t} ${k === 6667 ? 25 : slope * t} ${Math.sin(2 * Math.PI * 5 * t)}\n`;
+    wave += `${t} ${k === 6667 && name === "one" ? 25 : slope * t} ${Math.sin(2 * Math.PI * 5 * t)}\n`;
   }
   writeFileSync(`${name}.run/wave.dat`, wave);
   let sticks = "";
