@@ -151,7 +151,7 @@ constexpr method_word table[] = {
     {"gear2_fixed", b_time, &s::gear2_fixed, 0, b_trns,
      "rule: gear2 with a step that never changes; not with elements that shorten steps"},
     {"trbdf2", b_time, &s::trbdf2, 0, b_trns,
-     "rule: second order with control of its error; not for currents that jump"},
+     "rule: second order with control of its error; where currents jump, with event_restart"},
     {"forward_euler", b_time, &s::forward_euler, 0, 0, "rule of explicit elements"},
     {"RK4", b_time, &s::RK4, 0, 0, "rule of explicit elements: Runge and Kutta, fourth order"},
     {"RKF45", b_time, &s::RKF45, 0, 0, "rule of explicit elements: Runge, Kutta and Fehlberg, control of its error"},
@@ -178,7 +178,8 @@ constexpr method_word table[] = {
     {"time_epsilon", b_time, &s::time_epsilon, 1e-13, b_trns, "times closer than this are one, s"},
     {"time_epsilon_x", b_time, &s::time_epsilon_x, 1e-13, 0, "time_epsilon of explicit elements, s"},
     {"trbdf2_tolr", b_time, &s::trbdf2_tolr, 1e-5, b_trns,
-     "bound of the estimated error of a trbdf2 step: less gives shorter steps"},
+     "bound of the estimated error of a trbdf2 step, in the units of the states (A, C, ...): less gives shorter steps, "
+     "which delt_max bounds as well"},
     {"trbdf2_gamma", b_time, &s::trbdf2_gamma, 0.5857864376269049, b_trns, "place of the inner point in a trbdf2 step",
      "2 - sqrt(2)"},  // 2 - sqrt(2): both stages share one matrix
     {"rkf45_tolr", b_time, &s::rkf45_tolr, 1e-8, 0, "error that an RKF45 step may have"},

@@ -83,6 +83,11 @@ constexpr advice_text texts[] = {
     {"not-finite", "A number of the deck is infinite or not a number.",
      "a constant that divides by 0 or overflows, perhaps at one point of a sweep; a number beyond 1e308",
      "look at the constants in that expression, and at the range of the sweep"},
+    {"no-solution", "The currents at that node do not add up to zero: what the run answers there is no solution.",
+     "large voltages beside junctions, where the default test accepts too early",
+     "method: chk_rhs2=yes norm_2=1e-9 in that block; the residual, in A, beside the currents of the node tells how "
+     "wrong "
+     "the rows are"},
     {"bad-number", "A word stands where a number should, or a number has more than one letter of scale.",
      "units behind the number (10V), 'meg' for M, a misspelt name of a constant",
      "numbers are 4700, 4.7k, 1e-3: one letter of G M k m u n p f at most, no unit"},
@@ -266,6 +271,7 @@ constexpr advice_pattern patterns[] = {
     {"pick_word_1: index_word is too large", "word-missing"},
     {"check_word_1: index_word is too large", "word-missing"},
     {"illegal statement in", "illegal-statement"},
+    {"the solution leaves a residual", "no-solution"},
     {"value = inf", "not-finite"},
     {"value = -inf", "not-finite"},
     {"value = nan", "not-finite"},

@@ -125,6 +125,9 @@ parameter parameter_of(const checked_deck& d, const deck_element& e, std::string
     return p;
 }
 
+// Words of a composite that stands for one basic element are that element's; those of another may mean anything.
+bool stands_for_one(const element_type& type) { return type.basics.size() == 1 && type.basics[0] == type.name; }
+
 bool refuses(const value_rule& r, double x) {
     return !std::isnan(x) && !(x >= r.low && x <= r.high && !(r.not_zero && x == 0));
 }
@@ -149,6 +152,7 @@ void check_points(checked_deck& d, const deck_element& e) {
 }  // namespace
 
 void check_model_limits(checked_deck& d, const deck_element& e) {
+    if (!stands_for_one(*e.type)) return;
     const auto of = [&](std::string_view name) { return parameter_of(d, e, name); };
     // A factor beside the value may bring it back into the limits.
     const bool is_scaled = of("k_scale").is_written;
@@ -188,7 +192,7 @@ void check_item_value(checked_deck& d, deck_word item, deck_word value) {
     const auto found = d.element_of.find(word.substr(of + 4));
     if (found == d.element_of.end()) return;
     const deck_element& e = d.elements[static_cast<std::size_t>(found->second)];
-    if (e.type == nullptr || parameter_of(d, e, "k_scale").is_written) return;
+    if (e.type == nullptr || !stands_for_one(*e.type) || parameter_of(d, e, "k_scale").is_written) return;
     const std::string name = word.substr(0, of);
     if (!has(e.type->rprm, name) && !has(e.type->iprm, name)) return;
     for (const std::string& basic : e.type->basics)

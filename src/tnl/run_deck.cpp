@@ -196,11 +196,13 @@ bool leaves_no_rows(const check_fault& fault) {
 
 // What `tnl check` says of a deck that ran: it may have solved something else than what is written. First a letter:
 // n: no errors, e: errors, r: errors for which rows are missing.
-std::string findings_of(const deck_view& deck, const installed_libraries& libraries, bool errors_only) {
-    const check_report report = check_deck(deck, libraries);
+std::string findings_of(const deck_view& deck, const installed_libraries& libraries, const run_options& options) {
+    check_report report = check_deck(deck, libraries);
+    if (options.force)  // what was asked for is no finding
+        std::erase_if(report.faults, [](const check_fault& f) { return f.code == "bad-output-place"; });
     std::string text = report.n_errors() > 0 ? "e" : "n";
     for (const check_fault& fault : report.faults) {
-        if (fault.is_error || !errors_only) text += fault_text(report, fault, "  ");
+        if (fault.is_error || !options.quiet) text += fault_text(report, fault, "  ");
         if (leaves_no_rows(fault)) text[0] = 'r';
     }
     return text;
@@ -248,7 +250,7 @@ run_result run_deck(const run_options& options, const installation& where) {
     }
     limit.reset();
 
-    side_work check([&] { return findings_of(run.deck, libraries, options.quiet); });
+    side_work check([&] { return findings_of(run.deck, libraries, options); });
     const clock::time_point start = clock::now();
     const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
     warning_listener listener;

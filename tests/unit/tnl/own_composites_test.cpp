@@ -206,6 +206,12 @@ TEST(check_composites, knows_their_words_in_the_deck_and_the_loops_that_they_mak
     EXPECT_EQ(faults_of(deck_with(source, "eelement name=S1 type=source p=in n=0\n")), "d.in:9:1 voltage-loop");
 }
 
+TEST(check_composites, takes_no_word_of_theirs_for_that_of_an_element_inside) {
+    const std::string scaled =
+        "ece name=scaled\nmainnodes: a b\nrparms: r=1\ncallece r p=a n=b r=1k k_scale=r\nendece\n";
+    EXPECT_EQ(faults_of(deck_with(scaled, "eelement name=D1 type=scaled a=in b=0 r=1e-10\n")), "");
+}
+
 TEST(check_composites, warns_of_one_that_takes_the_place_of_an_installed_element) {
     std::string own = divider;
     own.replace(own.find("divider"), 7, "r_pot");

@@ -522,7 +522,9 @@ TEST(run_deck, output_files_stay_in_the_folder_unless_a_whole_path_is_forced) {
     }
     ::write_file(whole, "mine");
     options.force = true;
-    EXPECT_EQ(listen(options, tree("echo ' 0 1 ' >" + whole)).run.record.files.at(0).rows, 1);
+    const run_result forced = listen(options, tree("echo ' 0 1 ' >" + whole)).run;
+    EXPECT_EQ(forced.record.files.at(0).rows, 1);
+    EXPECT_EQ(forced.findings.find("outside the folder"), std::string::npos) << "what was asked for is no finding";
     options.force = false;
     EXPECT_EQ(why_refused(options, tree("true")).substr(0, refused.size()), refused) << "each time anew";
     EXPECT_EQ(::read_file(whole), " 0 1 \n");
