@@ -11,7 +11,7 @@ export ASAN_OPTIONS="${ASAN_OPTIONS:-malloc_context_size=3}"
 # A check of a change must not depend on luck.
 seed=
 if [ "${CI:-}" = true ]; then seed=-seed=1; fi
-[ $# -gt 0 ] || set -- deck library blocks data expression solution check measure words
+[ $# -gt 0 ] || set -- deck library blocks data expression solution check composites measure words
 for name in "$@"; do
     corpus=$build/fuzz/corpus/$name
     mkdir -p "$corpus"
