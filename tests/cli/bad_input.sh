@@ -311,7 +311,8 @@ done >tmpdim.in
 run 'a large circuit with all memory'
 expect 'a large circuit with all memory: status' 0 "$status"
 told=0
-for memory in 20000 40000 60000 80000 120000; do # kB
+if takes_memory_limit "$tarnel"; then limits='20000 40000 60000 80000 120000'; else limits=; fi # kB
+for memory in $limits; do
     (ulimit -v $memory && exec "$tarnel" >../text 2>../errors </dev/null)
     status=$?
     text=$(tail -n 2 ../text)
@@ -323,7 +324,7 @@ for memory in 20000 40000 60000 80000 120000; do # kB
     esac
     expect "a large circuit in $memory kB: nothing on standard error" '' "$(cat ../errors)"
 done
-expect 'too little memory is told' yes "$([ $told -ge 2 ] && echo yes || echo "$told times")"
+if [ -n "$limits" ] && [ $told -lt 2 ]; then expect 'too little memory is told' 'twice or more' "$told times"; fi
 # Harmonics that no memory holds are refused before any is reserved.
 fresh
 deck 'eelement name=V1 type=vsrcdc p=in n=0 vdc=10

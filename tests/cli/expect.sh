@@ -11,6 +11,11 @@ status_of() { # command...; its text is in out.txt, its messages in err.txt
     "$@" >out.txt 2>err.txt </dev/null
     echo $?
 }
+# Whether a limit of memory can be tried: the address sanitizer reserves more than any.
+takes_memory_limit() { # program
+    ! grep -q __asan_init "$1"
+}
+
 # The last command of a test.
 no_faults() {
     if [ "$faults" -ne 0 ]; then echo "$faults faults"; fi
