@@ -15,8 +15,8 @@
 
 #include "analyses/run_state.h"
 #include "installed_circuit.h"
-#include "library/composite_form.h"
-#include "library/composite_reader.h"
+#include "library/composite/composite_form.h"
+#include "library/composite/composite_reader.h"
 #include "process_run.h"
 #include "run/driver.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tnl/plot_rows.h"
-#include "tnl/run_folder.h"
+#include "tnl/plot/plot_rows.h"
+#include "tnl/run/run_folder.h"
 
 namespace {
 struct shown_column {

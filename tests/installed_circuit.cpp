@@ -1,8 +1,8 @@
 #include "installed_circuit.h"
 
-#include "library/composite_form.h"
-#include "library/composite_reader.h"
-#include "run/text_file.h"
+#include "base/text_file.h"
+#include "library/composite/composite_form.h"
+#include "library/composite/composite_reader.h"
 
 libraries read_libraries_of(const std::string& folder) {
     const constants_class constants;

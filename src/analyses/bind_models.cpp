@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/halt.h"
 #include "library/entry_counts.h"
-#include "run/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -4,8 +4,8 @@
 #include <iomanip>
 #include <iostream>
 
-#include "run/halt.h"
-#include "run/numeric.h"
+#include "base/halt.h"
+#include "base/numeric.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

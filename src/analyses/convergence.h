@@ -1,8 +1,8 @@
 // convergence.h -- when a Newton iterate is a solution.
 #pragma once
 #include "analyses/mat_class.h"
-#include "blocks/solve_class.h"
-#include "run/flags_class.h"
+#include "base/flags_class.h"
+#include "settings/solve_class.h"
 
 // Tolerance and change of every unknown: relative to the larger of the present and the previous value, plus an absolute
 // part by kind of unknown.

@@ -4,10 +4,10 @@
 #include "analyses/newton.h"
 #include "analyses/residual.h"
 #include "analyses/solution_vector.h"
-#include "blocks/directives.h"
+#include "base/halt.h"
+#include "base/numeric.h"
 #include "output/solution_file.h"
-#include "run/halt.h"
-#include "run/numeric.h"
+#include "settings/directives.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

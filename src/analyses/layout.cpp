@@ -2,7 +2,7 @@
 
 #include "analyses/layout_dumps.h"
 #include "analyses/mat_class.h"
-#include "run/halt.h"
+#include "base/halt.h"
 #include "sparse/pattern.h"
 
 namespace {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "elaborate/circuit.h"
-#include "library/ebes1_class.h"
-#include "library/gbes1_class.h"
+#include "library/basic/ebes1_class.h"
+#include "library/basic/gbes1_class.h"
 #include "sparse/elimination.h"
 #include "sparse/knuth.h"
 

@@ -8,10 +8,10 @@
 #include "analyses/convergence.h"
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"
+#include "base/halt.h"
+#include "base/numeric.h"
+#include "base/signals.h"
 #include "output/solution_file.h"
-#include "run/halt.h"
-#include "run/numeric.h"
-#include "run/signals.h"
 #include "sparse/knuth_write.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -1,7 +1,7 @@
 #include "analyses/rparm_passes.h"
 
 #include "analyses/evaluate.h"
-#include "run/halt.h"
+#include "base/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -3,14 +3,14 @@
 #include <vector>
 
 #include "analyses/mat_class.h"
-#include "blocks/solve_class.h"
+#include "base/flags_class.h"
+#include "base/math_cnst_class.h"
 #include "elaborate/circuit.h"
-#include "library/ebes1_class.h"
-#include "library/gbes1_class.h"
+#include "library/basic/ebes1_class.h"
+#include "library/basic/gbes1_class.h"
 #include "models/dp_class.h"
 #include "models/registration.h"
-#include "run/flags_class.h"
-#include "run/math_cnst_class.h"
+#include "settings/solve_class.h"
 
 // Rows of sums over one flat array of numbers, in the order of addition.
 struct sum_rows {

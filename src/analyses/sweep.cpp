@@ -5,10 +5,10 @@
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"
-#include "blocks/directives.h"
+#include "base/halt.h"
+#include "base/numeric.h"
 #include "output/row_writers.h"
-#include "run/halt.h"
-#include "run/numeric.h"
+#include "settings/directives.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -11,9 +11,9 @@
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
 #include "analyses/trns_step.h"
+#include "base/halt.h"
+#include "base/signals.h"
 #include "output/row_writers.h"
-#include "run/halt.h"
-#include "run/signals.h"
 
 namespace {
 constexpr int mode_analog = 5;

@@ -6,8 +6,8 @@
 #include "analyses/newton.h"
 #include "analyses/residual.h"
 #include "analyses/solution_vector.h"
-#include "run/halt.h"
-#include "run/numeric.h"
+#include "base/halt.h"
+#include "base/numeric.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

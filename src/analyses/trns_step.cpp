@@ -7,8 +7,8 @@
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
+#include "base/halt.h"
 #include "output/solution_file.h"
-#include "run/halt.h"
 
 void keep_point_1(run_state& r) {
     r.mat.svec_old_1 = r.mat.svec;

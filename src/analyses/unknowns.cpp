@@ -1,6 +1,6 @@
 #include "analyses/mat_class.h"
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "run/halt.h"
-#include "run/text_file.h"
+#include "base/halt.h"
+#include "base/text_file.h"
 
 namespace {
 

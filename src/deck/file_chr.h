@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "run/words.h"
+#include "base/words.h"
 
 // A statement is a logical line: a physical line and the lines that continue it with '+'. All words of the file stand
 // in one word array; statement i holds words line_to_word[i] up to line_to_word[i + 1] - 1.

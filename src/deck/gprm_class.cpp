@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 namespace {
 

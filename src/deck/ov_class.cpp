@@ -1,6 +1,6 @@
 #include "deck/ov_class.h"
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 int ov_class::find(std::string_view word) const { return find_word_6(name, word); }
 

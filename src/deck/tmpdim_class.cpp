@@ -2,9 +2,9 @@
 
 #include <charconv>
 
+#include "base/halt.h"
+#include "base/text_file.h"
 #include "deck/file_chr.h"
-#include "run/halt.h"
-#include "run/text_file.h"
 
 const std::vector<tmpdim_word>& tmpdim_words() {
     using t = tmpdim_class;

@@ -9,8 +9,8 @@
 #include "elaborate/rparm_links.h"
 #include "elaborate/units.h"
 #include "library/basic_library.h"
-#include "library/composite_library.h"
-#include "library/model_statements.h"
+#include "library/composite/composite_library.h"
+#include "library/composite/model_statements.h"
 
 // The libraries of a run. Families without a reader are empty.
 struct libraries {

@@ -1,10 +1,10 @@
+#include "base/checks.h"
+#include "base/halt.h"
 #include "elaborate/families.h"
 #include "elaborate/flatten.h"
 #include "elaborate/names.h"
 #include "elaborate/outputs.h"
 #include "elaborate/set_values.h"
-#include "run/checks.h"
-#include "run/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "base/checks.h"
+#include "base/halt.h"
 #include "elaborate/families.h"
-#include "run/checks.h"
-#include "run/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

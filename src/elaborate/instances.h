@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "library/composite_library.h"
-#include "run/row_table.h"
+#include "base/row_table.h"
+#include "library/composite/composite_library.h"
 
 // The instances of one kind of element statement, in deck order. One row per instance in every table; parameter rows
 // follow the composite's list order. Numbers in nd, in are those of ect; dgtl: dct; vr: gct; xvr: xct.

@@ -1,7 +1,7 @@
 #include "elaborate/names.h"
 
-#include "run/checks.h"
-#include "run/halt.h"
+#include "base/checks.h"
+#include "base/halt.h"
 
 namespace {
 int table_limit(const circuit& c, name_table cct_class::*table) {

@@ -1,6 +1,6 @@
+#include "base/halt.h"
 #include "elaborate/circuit.h"
 #include "elaborate/families.h"
-#include "run/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

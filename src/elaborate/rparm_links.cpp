@@ -1,7 +1,7 @@
 #include "elaborate/rparm_links.h"
 
+#include "base/halt.h"
 #include "elaborate/families.h"
-#include "run/halt.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -2,8 +2,8 @@
 
 #include <unordered_map>
 
-#include "run/halt.h"
-#include "run/text_file.h"
+#include "base/halt.h"
+#include "base/text_file.h"
 
 namespace {
 // The statement being read, with the words that somebody used.

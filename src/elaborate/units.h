@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "base/row_table.h"
 #include "elaborate/instances.h"
 #include "library/basic_library.h"
-#include "run/row_table.h"
 
 // What the units of every family have. Order: by instance in deck order, within an instance in the order of the
 // composite's flat element list.

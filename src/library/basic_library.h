@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "base/constants_class.h"
+#include "base/enum1.h"
 #include "library/function_table.h"
 #include "library/lists.h"
-#include "run/constants_class.h"
-#include "run/enum1.h"
 
 // One 0/1 vector per flag word, [n entries]; a word that a family lacks keeps its default in every entry.
 struct entry_flags {

@@ -1,6 +1,6 @@
 #include "library/check_limit.h"
 
-#include "run/checks.h"
+#include "base/checks.h"
 
 void over_limit(int n, int m, const std::string& message) {
     if (message.find("Halting") == std::string::npos) compare_int_1(n, m, message);

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "run/halt.h"
-#include "run/words.h"
+#include "base/halt.h"
+#include "base/words.h"
 
 [[noreturn]] void over_limit(int n, int m, const std::string& message);
 

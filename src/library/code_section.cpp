@@ -1,6 +1,6 @@
 #include "library/code_section.h"
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 namespace {
 constexpr int max_lines = 5000;

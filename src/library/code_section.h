@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/text_file.h"
 #include "library/library_form.h"
-#include "run/text_file.h"
 
 // Passes over the section and the entry's end word. Halts when the next entry begins first, or the end word does not
 // stand within 5000 lines.

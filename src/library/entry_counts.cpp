@@ -1,6 +1,6 @@
 #include "library/entry_counts.h"
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 std::vector<int> entry_counts(const library_form& form, const basic_library& lib, int e) {
     std::vector<int> counts;

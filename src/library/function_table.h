@@ -3,7 +3,7 @@
 #include <array>
 #include <vector>
 
-#include "run/words.h"
+#include "base/words.h"
 
 // Kinds of variable that a function depends on; used by every later stage.
 enum var_kind : int {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <variant>
 
+#include "base/text_file.h"
 #include "library/basic_library.h"
-#include "run/text_file.h"
 
 // One mandatory line of an entry, in file order. The member's type says how the line is read: names, or pairs of a name
 // and a default.

@@ -1,7 +1,7 @@
 #include "library/list_lines.h"
 
+#include "base/halt.h"
 #include "library/check_limit.h"
-#include "run/halt.h"
 
 namespace {
 void set_default(std::string_view word, const char*, int& value) { value = chr_to_int(word); }

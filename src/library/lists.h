@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "run/words.h"
+#include "base/words.h"
 
 // A list of words for each entry, all in one pool: word j of entry e is pool word first[e] + j.
 struct word_list {

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "run/halt.h"
-#include "run/words.h"
+#include "base/halt.h"
+#include "base/words.h"
 
 // A key stands at position `first_key` and every second one behind it, its value behind the key; what stands before is
 // used by itself. The first occurrence of a key counts.

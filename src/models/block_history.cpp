@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/flags_class.h"
 #include "models/block_functions.h"
-#include "run/flags_class.h"
 
 void get_t_next(double t1, double t0, double y1, double y0, double t_now, double dt_guard, double dt_default,
                 double& t_next) {

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "library/gbes1_class.h"
+#include "base/flags_class.h"
+#include "library/basic/gbes1_class.h"
 #include "models/block_functions.h"
-#include "run/flags_class.h"
 
 bool is_solving(const flags_class* flags) { return flags->dc || flags->trns || flags->startup; }
 

@@ -1,7 +1,7 @@
 #include "models/data_files.h"
 
-#include "run/halt.h"
-#include "run/text_file.h"
+#include "base/halt.h"
+#include "base/text_file.h"
 
 namespace {
 

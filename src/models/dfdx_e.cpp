@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "library/ebes1_class.h"
+#include "library/basic/ebes1_class.h"
 #include "models/model_functions.h"
 
 void dfdx_e(function_only funcs, int* iparm, double* rparm, const double* v, const double* vind, const double* curind,

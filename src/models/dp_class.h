@@ -3,11 +3,11 @@
 #include <cmath>
 #include <vector>
 
+#include "base/halt.h"
+#include "base/numeric.h"
 #include "models/block_functions.h"
 #include "models/edges.h"
 #include "models/model_functions.h"
-#include "run/halt.h"
-#include "run/numeric.h"
 
 // Two columns of a data file, x ascending.
 struct data_table {

@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <limits>
 
-#include "run/flags_class.h"
+#include "base/flags_class.h"
 
 namespace {
 struct corner {

@@ -1,9 +1,9 @@
 #include <cmath>
 #include <limits>
 
+#include "base/math_cnst_class.h"
+#include "base/numeric.h"
 #include "models/model_functions.h"
-#include "run/math_cnst_class.h"
-#include "run/numeric.h"
 
 // xti is divided by the emission coefficient, eg is not; the exponent limit has neither it nor the area.
 void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst) {

@@ -1,7 +1,7 @@
-#include "library/ebes1_class.h"
+#include "base/flags_class.h"
+#include "base/halt.h"
+#include "library/basic/ebes1_class.h"
 #include "models/model_functions.h"
-#include "run/flags_class.h"
-#include "run/halt.h"
 
 switch_curve switch_constants(const char* file, double r_on, double r_off, double v_on) {
     if (v_on < 0) halt({line(file, ": v_on < 0 ?!")});

@@ -1,7 +1,7 @@
-#include "library/ebac1_class.h"
-#include "library/ebes1_class.h"
+#include "base/flags_class.h"
+#include "library/basic/ebac1_class.h"
+#include "library/basic/ebes1_class.h"
 #include "models/model_functions.h"
-#include "run/flags_class.h"
 
 void two_terminal_admittance(std::complex<double> y, const std::complex<double>* v, std::complex<double>* f,
                              ebac1_class* jac, const flags_class* flags) {

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "library/gbes1_class.h"
+#include "base/flags_class.h"
+#include "base/halt.h"
+#include "library/basic/gbes1_class.h"
 #include "models/block_functions.h"
-#include "run/flags_class.h"
-#include "run/halt.h"
 
 namespace {
 

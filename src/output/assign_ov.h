@@ -1,6 +1,6 @@
 // assign_ov.h -- present values of output variables.
 #pragma once
-#include "blocks/solve_class.h"
+#include "settings/solve_class.h"
 
 // Value of one column. False when the variable cannot be read in an analog row: digital kinds, kinds of families that
 // the circuit does not have, results of post-processing. Halts when a small-signal variable has no phase or magnitude

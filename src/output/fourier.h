@@ -1,6 +1,6 @@
 // fourier.h -- harmonics of the columns of a file: sums during the run, a report at the end of the block.
 #pragma once
-#include "blocks/solve_class.h"
+#include "settings/solve_class.h"
 
 // Sizes and clears the sums of a file with fourier on.
 void start_fourier(out_file& file);

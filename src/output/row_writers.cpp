@@ -1,8 +1,8 @@
 #include "output/row_writers.h"
 
+#include "base/text_file.h"
 #include "output/assign_ov.h"
 #include "output/fourier.h"
-#include "run/text_file.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

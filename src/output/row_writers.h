@@ -1,6 +1,6 @@
 // row_writers.h -- row files of a block: opening, rows, closing.
 #pragma once
-#include "blocks/solve_class.h"
+#include "settings/solve_class.h"
 
 // Creates the files of the block, or continues those with append, which must exist. Line counts start at the lines that
 // a file has, output times at out_tstart, Fourier sums at 0.

@@ -2,8 +2,8 @@
 
 #include <variant>
 
+#include "base/text_file.h"
 #include "output/row_writers.h"
-#include "run/text_file.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -1,6 +1,6 @@
 // solution_file.h -- files of the whole state.
 #pragma once
-#include "blocks/solve_class.h"
+#include "settings/solve_class.h"
 
 // Writes all unknowns into the block's solution file, under fixed titles in fixed order; 7 digits. Event times
 // of digital units would stand relative to flags.t_end; there are none yet.

@@ -2,10 +2,10 @@
 #include <new>
 #include <stdexcept>
 
+#include "base/halt.h"
+#include "base/memory.h"
+#include "base/signals.h"
 #include "run/driver.h"
-#include "run/halt.h"
-#include "run/memory.h"
-#include "run/signals.h"
 
 namespace {
 // The row files of the run have been written out and closed by now.

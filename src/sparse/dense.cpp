@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "run/halt.h"
+#include "base/halt.h"
 #include "sparse/arithmetic.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "run/halt.h"
+#include "base/halt.h"
 #include "sparse/arithmetic.h"
 #include "sparse/literal.h"
 #include "sparse/order.h"

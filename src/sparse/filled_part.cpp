@@ -3,7 +3,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "run/signals.h"
+#include "base/signals.h"
 #include "sparse/panel.h"
 #include "sparse/stops.h"
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "run/halt.h"
+#include "base/halt.h"
 #include "sparse/knuth_write.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // What must hold in a knuth matrix, in O(nnz), with the messages in a fixed order.
 #include <algorithm>
 
-#include "run/halt.h"
+#include "base/halt.h"
 #include "sparse/knuth.h"
 
 namespace {

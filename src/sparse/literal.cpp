@@ -3,8 +3,8 @@
 #include <limits>
 #include <utility>
 
-#include "run/halt.h"
-#include "run/signals.h"
+#include "base/halt.h"
+#include "base/signals.h"
 #include "sparse/arithmetic.h"
 #include "sparse/stops.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "run/signals.h"
+#include "base/signals.h"
 #include "sparse/active_matrix.h"
 #include "sparse/filled_part.h"
 #include "sparse/stops.h"

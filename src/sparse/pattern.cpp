@@ -1,6 +1,6 @@
 #include "sparse/pattern.h"
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 using std::size_t;
 

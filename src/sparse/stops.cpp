@@ -1,6 +1,6 @@
 #include "sparse/stops.h"
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 const elimination_names real_names = {
     "gauss_1", "gauss_1a", "gauss_2", "nnz_active_k_1", "solve_jac", "error in gauss_2.", "error in gauss_2 again!",

@@ -15,7 +15,7 @@ element() { # sed commands: models/e/mine/mine.ebe, a resistor with a change
 }
 made() { status_of "$generate" generated share models/e/mine/mine.ebe; }
 compiled() {
-    status_of "$compiler" -std=c++20 -fsyntax-only -I"$source/src" -I"$source/src/run" -I"$source/src/library" \
+    status_of "$compiler" -std=c++20 -fsyntax-only -I"$source/src" -I"$source/src/base" -I"$source/src/library/basic" \
         -I"$source/src/models" generated/.tnlaux/subebe.cpp
 }
 line_of() { grep -n -e "$1" models/e/mine/mine.ebe | head -n 1 | cut -d : -f 1; }

@@ -6,7 +6,7 @@
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
-#include "library/dumps.h"
+#include "library/composite/library_dumps.h"
 #include "library_parts.h"
 #include "run/driver.h"
 #include "small_runs.h"

@@ -1,9 +1,9 @@
-#include "run/halt.h"
+#include "base/halt.h"
 #include "targets.h"
-#include "tnl/advice.h"
-#include "tnl/check_deck.h"
-#include "tnl/exit_status.h"
-#include "tnl/locate.h"
+#include "tnl/check/advice.h"
+#include "tnl/check/check_deck.h"
+#include "tnl/check/locate.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 const cli::installed_libraries& share() {

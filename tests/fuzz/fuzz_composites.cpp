@@ -1,9 +1,9 @@
 #include <cstdlib>
 
-#include "run/halt.h"
+#include "base/halt.h"
 #include "targets.h"
-#include "tnl/check_deck.h"
-#include "tnl/exit_status.h"
+#include "tnl/check/check_deck.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 const cli::installed_libraries& share() {

@@ -1,5 +1,5 @@
-#include "deck/dumps.h"
-#include "elaborate/dumps.h"
+#include "deck/deck_dumps.h"
+#include "elaborate/circuit_dumps.h"
 #include "run/driver.h"
 #include "small_runs.h"
 #include "targets.h"

@@ -1,8 +1,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "base/text_file.h"
 #include "deck/gprm_class.h"
-#include "run/text_file.h"
 #include "targets.h"
 
 namespace {

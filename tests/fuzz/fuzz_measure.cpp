@@ -1,13 +1,13 @@
 #include "targets.h"
-#include "tnl/exit_status.h"
-#include "tnl/export.h"
-#include "tnl/measure.h"
+#include "tnl/common/exit_status.h"
+#include "tnl/results/export.h"
+#include "tnl/results/measure.h"
 
 namespace {
 using namespace cli;
 
 // Every format takes every table; only VCD may refuse it.
-void write_all(const row_table& table) {
+void write_all(const result_table& table) {
     if (table.n_rows() == 0) return;
     export_choice choice{table, {}, 0, table.n_curves(), "t", "", true, false};
     for (std::size_t j = 0; j < table.n_columns(); ++j) choice.columns.push_back(j);
@@ -27,7 +27,7 @@ bool fuzz_measure(std::string_view text) {
     const std::size_t cut = text.find("--\n");
     bool all = cut != std::string_view::npos;
     try {
-        row_table table = read_row_table(text.substr(0, cut), "rows");
+        result_table table = read_result_table(text.substr(0, cut), "rows");
         const char* const units[] = {"s", "V", "A", "%"};
         for (std::size_t j = 0; j < table.n_columns(); ++j) table.columns[j].unit = units[j % 4];
         write_all(table);

@@ -1,8 +1,8 @@
 #include <cstdlib>
 
+#include "base/list_file.h"
+#include "base/text_file.h"
 #include "deck/tmpdim_class.h"
-#include "run/list_file.h"
-#include "run/text_file.h"
 #include "targets.h"
 
 namespace {

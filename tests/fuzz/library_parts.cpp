@@ -2,8 +2,8 @@
 
 #include <sstream>
 
-#include "library/basic_reader.h"
-#include "library/composite_reader.h"
+#include "library/basic/basic_reader.h"
+#include "library/composite/composite_reader.h"
 
 std::array<std::string_view, 3> cut_parts(std::string_view text) {
     constexpr std::string_view between_parts = "====\n";

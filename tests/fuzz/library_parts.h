@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "library/basic_library.h"
-#include "library/composite_form.h"
+#include "library/composite/composite_form.h"
 #include "library/library_form.h"
 
 // The text has up to three parts with a line of "====" between: elements, their small-signal forms, composites.

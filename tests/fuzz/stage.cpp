@@ -8,8 +8,8 @@
 #include <iostream>
 #include <streambuf>
 
-#include "run/halt.h"
-#include "run/signals.h"
+#include "base/halt.h"
+#include "base/signals.h"
 #include "targets.h"
 
 namespace {

@@ -4,13 +4,13 @@
 #include <set>
 #include <vector>
 
-#include "blocks/solve_words.h"
 #include "deck/circuit_file.h"
 #include "deck/tmpdim_class.h"
 #include "elaborate/families.h"
-#include "library/composite_form.h"
+#include "library/composite/composite_form.h"
 #include "library/library_form.h"
-#include "tnl/measure_functions.h"
+#include "settings/solve_words.h"
+#include "tnl/results/measure_functions.h"
 
 namespace {
 using word_set = std::set<std::string>;

@@ -83,7 +83,7 @@ def shortened(text, most_steps=3000):
 
 
 def method_words():
-    text = (SOURCE / "src/blocks/method_words.cpp").read_text()
+    text = (SOURCE / "src/settings/method_words.cpp").read_text()
     return sorted(set(re.findall(r'^\s*\{"(\w+)",', text, flags=re.M)))
 
 

@@ -3,8 +3,8 @@
 #include <functional>
 #include <string>
 
-#include "blocks/solve_class.h"
 #include "circuit_fixture.h"
+#include "settings/solve_class.h"
 
 inline const char* const block_circuit =
     "refnode 0\n"

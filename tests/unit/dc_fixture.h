@@ -11,9 +11,9 @@
 #include "analyses/run_state.h"
 #include "analyses/solution_vector.h"
 #include "analyses/sweep.h"
-#include "blocks/directives.h"
 #include "halt_throws.h"
 #include "run/driver.h"
+#include "settings/directives.h"
 #include "temp_folder.h"
 
 inline std::string installed_text(const std::string& file) { return read_file(std::string(TARNEL_SHARE) + "/" + file); }

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <sstream>
 
-#include "run/halt.h"
+#include "base/halt.h"
 
 void halt(std::initializer_list<std::string> lines) {
     flush_all();

@@ -2,7 +2,7 @@
 #pragma once
 #include <string>
 
-#include "tnl/deck_source.h"
+#include "tnl/deck/deck_source.h"
 
 // "file:line" of the simulator's line, counted from 1.
 inline std::string origin_of(const cli::deck_source& source, int i_line) {

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "base/halt.h"
 #include "deck/tmpdim_class.h"
 #include "halt_throws.h"
 #include "run/driver.h"
-#include "run/halt.h"
 #include "temp_folder.h"
 
 using table = std::vector<std::vector<double>>;

@@ -1,11 +1,11 @@
-#include "tnl/view_columns.h"
+#include "tnl/view/view_columns.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 

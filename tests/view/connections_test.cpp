@@ -1,4 +1,4 @@
-#include "tnl/view_connections.h"
+#include "tnl/view/view_connections.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tnl/view_reduce.h"
+#include "tnl/view/view_reduce.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 using namespace cli;
 
 view_rows rows_of(const std::vector<std::pair<double, double>>& points) {
-    row_table table;
+    result_table table;
     table.columns.resize(2);
     for (const auto& [x, y] : points) table.values.insert(table.values.end(), {x, y});
     table.first_row.push_back(points.size());

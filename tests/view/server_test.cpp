@@ -1,4 +1,4 @@
-#include "tnl/view_server.h"
+#include "tnl/view/view_server.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 

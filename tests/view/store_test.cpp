@@ -1,4 +1,4 @@
-#include "tnl/view_store.h"
+#include "tnl/view/view_store.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 

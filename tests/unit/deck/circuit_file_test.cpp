@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "deck/dumps.h"
+#include "deck/deck_dumps.h"
 #include "halt_throws.h"
 #include "temp_folder.h"
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <random>
 
-#include "deck/dumps.h"
+#include "deck/deck_dumps.h"
 #include "halt_throws.h"
 #include "temp_folder.h"
 

@@ -3,12 +3,12 @@
 
 #include <random>
 
+#include "base/list_file.h"
 #include "deck/circuit_file.h"
 #include "deck/gprm_class.h"
 #include "deck/ov_class.h"
 #include "deck/tmpdim_class.h"
 #include "halt_throws.h"
-#include "run/list_file.h"
 #include "temp_folder.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include "circuit_fixture.h"
 #include "halt_throws.h"
-#include "library/composite_reader.h"
+#include "library/composite/composite_reader.h"
 
 namespace {
 std::string block(const std::string& name, const std::string& flags, const std::string& vars, const std::string& sparms,

@@ -1,11 +1,11 @@
-#include "library/basic_reader.h"
+#include "library/basic/basic_reader.h"
 
 #include <gtest/gtest.h>
 
 #include "halt_throws.h"
-#include "library/ebac1_class.h"
-#include "library/ebes1_class.h"
-#include "library/jacobian_map.h"
+#include "library/basic/ebac1_class.h"
+#include "library/basic/ebes1_class.h"
+#include "library/basic/jacobian_map.h"
 #include "library_texts.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "halt_throws.h"
-#include "library/dumps.h"
+#include "library/composite/library_dumps.h"
 #include "library_texts.h"
 
 namespace {

@@ -5,9 +5,9 @@
 
 #include "block_texts.h"
 #include "halt_throws.h"
-#include "library/dumps.h"
-#include "library/gbac1_class.h"
-#include "library/gbes1_class.h"
+#include "library/basic/gbac1_class.h"
+#include "library/basic/gbes1_class.h"
+#include "library/composite/library_dumps.h"
 #include "temp_folder.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "block_texts.h"
 #include "halt_throws.h"
-#include "library/dumps.h"
+#include "library/composite/library_dumps.h"
 #include "temp_folder.h"
 
 namespace {

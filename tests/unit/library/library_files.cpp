@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "halt_throws.h"
-#include "library/empty_library.h"
+#include "library/composite/empty_library.h"
 #include "library/entry_counts.h"
 #include "library_texts.h"
 

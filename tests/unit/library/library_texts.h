@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "library/basic_reader.h"
-#include "library/composite_reader.h"
+#include "library/basic/basic_reader.h"
+#include "library/composite/composite_reader.h"
 
 using lines = std::vector<std::string>;
 

@@ -1,9 +1,9 @@
-#include "library/model_statements.h"
+#include "library/composite/model_statements.h"
 
 #include <gtest/gtest.h>
 
 #include "halt_throws.h"
-#include "library/dumps.h"
+#include "library/composite/library_dumps.h"
 #include "library_texts.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <random>
 #include <set>
 
+#include "base/list_file.h"
 #include "block_unit.h"
-#include "run/list_file.h"
 
 // The generated dispatch: by the number in the library, and through the list of names.
 void get_gbe_by_number(const int i_gbes, const int i_gbeu, int* iparm, char** sparm, double* rparm, double* stparm,

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <random>
 
+#include "base/list_file.h"
 #include "model_unit.h"
-#include "run/list_file.h"
 
 void get_ebe_by_number(const int i_ebes, const int i_ebeu, int* iparm, char** sparm, double* rparm, double* stparm,
                        double* igparm, double* v, double* vind, double* curind, double* aux, double* vr, double* xvr,

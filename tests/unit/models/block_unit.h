@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "library/gbes1_class.h"
+#include "library/basic/gbes1_class.h"
 #include "model_unit.h"
 
 inline const gbes_class& installed_gbes() {

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "halt_throws.h"
-#include "library/basic_reader.h"
+#include "library/basic/basic_reader.h"
 #include "temp_folder.h"
 
 namespace {

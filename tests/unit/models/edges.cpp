@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "run/flags_class.h"
+#include "base/flags_class.h"
 
 namespace {
 

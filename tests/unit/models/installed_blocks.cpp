@@ -5,7 +5,7 @@
 #include <set>
 
 #include "block_unit.h"
-#include "library/composite_reader.h"
+#include "library/composite/composite_reader.h"
 #include "library/library_form.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <random>
 #include <set>
 
-#include "library/composite_reader.h"
+#include "library/composite/composite_reader.h"
 #include "library/library_form.h"
 #include "model_unit.h"
 

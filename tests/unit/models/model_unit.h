@@ -5,12 +5,12 @@
 
 #include <stdexcept>
 
-#include "library/ebac1_class.h"
-#include "library/ebes1_class.h"
+#include "base/flags_class.h"
+#include "base/math_cnst_class.h"
+#include "library/basic/ebac1_class.h"
+#include "library/basic/ebes1_class.h"
 #include "models/dp_class.h"
 #include "models/registration.h"
-#include "run/flags_class.h"
-#include "run/math_cnst_class.h"
 
 inline const ebes_class& installed_ebes() {
     static const ebes_class lib = [] {

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "block_fixture.h"
-#include "blocks/directives.h"
 #include "halt_throws.h"
 #include "output/assign_ov.h"
+#include "settings/directives.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

@@ -2,8 +2,8 @@
 #include <functional>
 #include <random>
 
+#include "base/halt.h"
 #include "halt_throws.h"
-#include "run/halt.h"
 #include "sparse/knuth.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Systems whose active part grows full: grids, random meshes and full matrices, against solutions found in other ways.
 #include <csignal>
 
-#include "run/signals.h"
+#include "base/signals.h"
 #include "systems.h"
 
 namespace {

@@ -4,8 +4,8 @@
 #include <random>
 #include <vector>
 
+#include "base/halt.h"
 #include "halt_throws.h"
-#include "run/halt.h"
 #include "sparse/arithmetic.h"
 #include "sparse/elimination.h"
 #include "sparse/literal.h"

@@ -1,4 +1,4 @@
-#include "tnl/advice.h"
+#include "tnl/check/advice.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <map>
 
 #include "temp_folder.h"
-#include "tnl/check_deck.h"
+#include "tnl/check/check_deck.h"
 
 using namespace cli;
 namespace fs = std::filesystem;

@@ -4,10 +4,10 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "blocks/solve_words.h"
+#include "settings/solve_words.h"
 #include "temp_folder.h"
-#include "tnl/check_deck.h"
-#include "tnl/near_words.h"
+#include "tnl/check/check_deck.h"
+#include "tnl/common/near_words.h"
 
 using namespace cli;
 

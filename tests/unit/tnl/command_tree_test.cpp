@@ -1,11 +1,11 @@
-#include "tnl/command_tree.h"
+#include "tnl/cli/command_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <CLI/CLI.hpp>
 #include <set>
 
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tnl/deadline.h"
+#include "tnl/run/deadline.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,12 +1,12 @@
-#include "tnl/deck_source.h"
+#include "tnl/deck/deck_source.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "origin_of.h"
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
-#include "tnl/run_folder.h"
+#include "tnl/common/exit_status.h"
+#include "tnl/run/run_folder.h"
 
 namespace {
 

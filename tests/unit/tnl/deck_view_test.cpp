@@ -1,4 +1,4 @@
-#include "tnl/deck_view.h"
+#include "tnl/deck/deck_view.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tnl/doctor.h"
+#include "tnl/cli/doctor.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tnl/element_doc.h"
+#include "tnl/elements/element_doc.h"
 
 #include <gtest/gtest.h>
 

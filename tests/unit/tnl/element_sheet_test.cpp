@@ -1,10 +1,10 @@
-#include "tnl/element_sheet.h"
+#include "tnl/elements/element_sheet.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "tnl/element_pages.h"
+#include "tnl/elements/element_pages.h"
 
 namespace {
 

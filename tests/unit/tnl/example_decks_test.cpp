@@ -1,12 +1,12 @@
-#include "tnl/example_decks.h"
+#include "tnl/cli/example_decks.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "temp_folder.h"
-#include "tnl/deck_view.h"
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
+#include "tnl/deck/deck_view.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tnl/export.h"
+#include "tnl/results/export.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <sstream>
 
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 
@@ -19,13 +19,13 @@ using namespace cli;
 
 using writer = void (*)(const export_choice&, output_file&);
 
-row_table table_of(const std::string& text, std::vector<record_column> columns = {}) {
-    row_table t = read_row_table(text, "rows.dat");
+result_table table_of(const std::string& text, std::vector<record_column> columns = {}) {
+    result_table t = read_result_table(text, "rows.dat");
     if (!columns.empty()) t.columns = std::move(columns);
     return t;
 }
 
-export_choice all_of(const row_table& t) {
+export_choice all_of(const result_table& t) {
     export_choice c{t, {}, 0, t.n_curves(), "", "", false, false};
     for (std::size_t j = 0; j < t.n_columns(); ++j) c.columns.push_back(j);
     return c;
@@ -77,7 +77,7 @@ dump read_dump(const std::string& text) {
 }
 
 std::string vcd_fault_of(const std::string& rows) {
-    const row_table t = table_of(rows);
+    const result_table t = table_of(rows);
     try {
         written(write_vcd, all_of(t));
     } catch (const file_error& e) {
@@ -87,7 +87,7 @@ std::string vcd_fault_of(const std::string& rows) {
 }
 
 TEST(export_rows, csv_has_quotes_where_need_be_and_ends_lines_with_both) {
-    const row_table t = table_of("0 1.5\n1e-3 -2e300\n", {{"time", "s"}, {"a,\"b\"", "V"}});
+    const result_table t = table_of("0 1.5\n1e-3 -2e300\n", {{"time", "s"}, {"a,\"b\"", "V"}});
     EXPECT_EQ(written(write_csv, all_of(t)), "time,\"a,\"\"b\"\"\"\r\n0,1.5\r\n0.001,-2e+300\r\n");
     export_choice c = all_of(t);
     c.with_units = true;
@@ -96,12 +96,12 @@ TEST(export_rows, csv_has_quotes_where_need_be_and_ends_lines_with_both) {
 }
 
 TEST(export_rows, tsv_has_neither_tabs_nor_line_ends_in_names) {
-    const row_table t = table_of("0 nan\n1 -inf\n", {{"t\tx", ""}, {"a\nb", ""}});
+    const result_table t = table_of("0 nan\n1 -inf\n", {{"t\tx", ""}, {"a\nb", ""}});
     EXPECT_EQ(written(write_tsv, all_of(t)), "t x\ta b\n0\tnan\n1\t-inf\n");
 }
 
 TEST(export_rows, several_curves_are_numbered_in_front) {
-    const row_table t = table_of("0 1\n1 2\n\n0 3\n");
+    const result_table t = table_of("0 1\n1 2\n\n0 3\n");
     EXPECT_EQ(written(write_csv, all_of(t)), "curve,c1,c2\r\n1,0,1\r\n1,1,2\r\n2,0,3\r\n");
     export_choice one = all_of(t);
     one.first_curve = 1;
@@ -128,7 +128,7 @@ TEST(export_rows, names_are_made_unique) {
 }
 
 TEST(export_rows, npy_is_a_header_of_whole_64_bytes_and_the_numbers) {
-    const row_table t = table_of("0 1.5\n1 2.5\n", {{"time", "s"}, {"it's \xc3\xa4", "V"}});
+    const result_table t = table_of("0 1.5\n1 2.5\n", {{"time", "s"}, {"it's \xc3\xa4", "V"}});
     const std::string bytes = written(write_npy, all_of(t));
     EXPECT_EQ(bytes.substr(0, 8), std::string("\x93NUMPY\x01\x00", 8));
     const std::size_t n = static_cast<unsigned char>(bytes[8]) + 256u * static_cast<unsigned char>(bytes[9]);
@@ -147,7 +147,7 @@ TEST(export_rows, npy_is_a_header_of_whole_64_bytes_and_the_numbers) {
 TEST(export_rows, npy_with_many_names_has_the_longer_header) {
     std::string row;
     for (int i = 0; i < 5000; ++i) row += "1 ";
-    const row_table t = table_of(row + "\n");
+    const result_table t = table_of(row + "\n");
     const std::string bytes = written(write_npy, all_of(t));
     EXPECT_EQ(bytes.substr(0, 8), std::string("\x93NUMPY\x02\x00", 8));
     std::uint32_t n = 0;
@@ -157,7 +157,7 @@ TEST(export_rows, npy_with_many_names_has_the_longer_header) {
 }
 
 TEST(export_rows, a_rawfile_names_types_and_lists_values) {
-    row_table t = table_of("0 1.5 2\n1e-6 nan 3\n", {{"time", "s"}, {"v out", "V"}, {"i", "A"}});
+    result_table t = table_of("0 1.5 2\n1e-6 nan 3\n", {{"time", "s"}, {"v out", "V"}, {"i", "A"}});
     t.kind = "trns";
     export_choice c = all_of(t);
     c.title = "a\nb";
@@ -176,8 +176,8 @@ TEST(export_rows, a_rawfile_names_types_and_lists_values) {
 }
 
 TEST(export_vcd, columns_of_two_values_are_wires_and_others_real) {
-    const row_table t = table_of("0 0 1.5 7\n1e-6 5 1.5 7\n2e-6 5 1.6 7\n3e-6 0 1.5 7\n4e-6 0 1.7 7\n",
-                                 {{"time", "s"}, {"gate", "V"}, {"i", "A"}, {"rest", "V"}});
+    const result_table t = table_of("0 0 1.5 7\n1e-6 5 1.5 7\n2e-6 5 1.6 7\n3e-6 0 1.5 7\n4e-6 0 1.7 7\n",
+                                    {{"time", "s"}, {"gate", "V"}, {"i", "A"}, {"rest", "V"}});
     const std::string text = written(write_vcd, all_of(t));
     const dump d = read_dump(text);
     EXPECT_EQ(d.timescale, "1us");
@@ -202,7 +202,7 @@ TEST(export_vcd, the_timescale_is_the_coarsest_that_keeps_the_times) {
         {"1e-9 1\n1.001e-9 2\n", "1ps"},     {"0 1\n1e-17 2\n3e-17 3\n", "1fs"},
         {"0 1\n1e-17 2\n1e5 2\n", "100fs"},  {"5 1\n", "1s"}};
     for (const auto& [rows, wanted] : cases) {
-        const row_table t = table_of(rows);
+        const result_table t = table_of(rows);
         EXPECT_EQ(read_dump(written(write_vcd, all_of(t))).timescale, wanted) << rows;
     }
 }
@@ -219,7 +219,7 @@ TEST(export_vcd, times_rise_strictly_and_stay_near_the_samples) {
         rows += row;
         times.push_back(t);
     }
-    const row_table table = table_of(rows);
+    const result_table table = table_of(rows);
     const dump d = read_dump(written(write_vcd, all_of(table)));
     ASSERT_EQ(d.rows.size(), times.size());
     const std::map<std::string, double> units = {
@@ -232,7 +232,7 @@ TEST(export_vcd, times_rise_strictly_and_stay_near_the_samples) {
 }
 
 TEST(export_vcd, of_samples_at_one_time_the_last_counts) {
-    const row_table t = table_of("0 0\n0 1\n1 1\n1 5\n1 3\n2 3\n");
+    const result_table t = table_of("0 0\n0 1\n1 1\n1 5\n1 3\n2 3\n");
     const dump d = read_dump(written(write_vcd, all_of(t)));
     ASSERT_EQ(d.rows.size(), 3u);
     EXPECT_EQ(d.rows[0].second.at("c2"), "1");
@@ -240,13 +240,14 @@ TEST(export_vcd, of_samples_at_one_time_the_last_counts) {
 }
 
 TEST(export_vcd, a_wire_that_is_no_number_is_unknown) {
-    const row_table t = table_of("0 0\n1 nan\n2 1\n3 1\n");
+    const result_table t = table_of("0 0\n1 nan\n2 1\n3 1\n");
     const dump d = read_dump(written(write_vcd, all_of(t)));
     EXPECT_EQ(d.rows.at(1).second.at("c2"), "x");
 }
 
 TEST(export_vcd, names_are_identifiers_and_no_text_ends_a_section) {
-    row_table t = table_of("0 1 2 3\n1 2 3 4\n2 5 6 7\n", {{"time", "s"}, {"$end", "$end"}, {"a b", ""}, {"a_b", ""}});
+    result_table t =
+        table_of("0 1 2 3\n1 2 3 4\n2 5 6 7\n", {{"time", "s"}, {"$end", "$end"}, {"a b", ""}, {"a_b", ""}});
     export_choice c = all_of(t);
     c.title = "$end $enddefinitions";
     const dump d = read_dump(written(write_vcd, c));
@@ -262,7 +263,7 @@ TEST(export_vcd, many_signals_have_identifiers_of_their_own) {
         row += "1 ";
         next += "2 ";
     }
-    const row_table t = table_of(row + "\n" + next + "\n");
+    const result_table t = table_of(row + "\n" + next + "\n");
     EXPECT_EQ(read_dump(written(write_vcd, all_of(t))).name.size(), 10000u);
 }
 

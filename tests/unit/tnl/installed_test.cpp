@@ -1,4 +1,4 @@
-#include "tnl/installed.h"
+#include "tnl/deck/installed.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "tnl/junit.h"
+#include "tnl/results/junit.h"
 
-#include "tnl/xml_text.h"
+#include "tnl/common/xml_text.h"
 
 #include <gtest/gtest.h>
 

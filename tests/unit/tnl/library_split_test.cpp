@@ -1,4 +1,4 @@
-#include "tnl/library_split.h"
+#include "tnl/deck/library_split.h"
 
 #include <gtest/gtest.h>
 

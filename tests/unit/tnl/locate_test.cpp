@@ -1,4 +1,4 @@
-#include "tnl/locate.h"
+#include "tnl/check/locate.h"
 
 #include <gtest/gtest.h>
 

@@ -1,24 +1,24 @@
-#include "tnl/measure.h"
+#include "tnl/results/measure.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 
 using namespace cli;
 
 // v: a ramp 0, 2, 4, 6 V; i: 1 A throughout; w: a pulse.
-row_table small_table() {
-    row_table t = read_row_table("0 0 1 0\n1e-3 2 1 5\n2e-3 4 1 5\n3e-3 6 1 0\n", "f.dat");
+result_table small_table() {
+    result_table t = read_result_table("0 0 1 0\n1e-3 2 1 5\n2e-3 4 1 5\n3e-3 6 1 0\n", "f.dat");
     t.columns = {{"time", "s"}, {"v", "V"}, {"i", "A"}, {"w-1", "V"}};
     return t;
 }
 
-std::string result_of(const std::string& text, const row_table& table = small_table(), std::size_t curve = 0) {
+std::string result_of(const std::string& text, const result_table& table = small_table(), std::size_t curve = 0) {
     return text_of(evaluate(parse_expression(text), table, curve).sides.at(0));
 }
 bool holds(const std::string& text) { return evaluate(parse_expression(text), small_table(), 0).holds; }
@@ -31,7 +31,7 @@ std::string usage_fault_of(const std::string& text) {
     }
     return "";
 }
-std::string measure_fault_of(const std::string& text, const row_table& table = small_table()) {
+std::string measure_fault_of(const std::string& text, const result_table& table = small_table()) {
     try {
         result_of(text, table);
     } catch (const measure_error& e) {
@@ -93,7 +93,7 @@ TEST(measure, columns_are_measured_in_their_units) {
 }
 
 TEST(measure, periodic_waves) {
-    row_table t;
+    result_table t;
     t.columns = {{"time", "s"}, {"v", "V"}};
     for (int k = 0; k < 4; ++k)
         for (const auto& [part, v] : {std::pair{0.0, 0.0}, {0.0, 5.0}, {0.3, 5.0}, {0.3, 0.0}})
@@ -162,25 +162,25 @@ TEST(measure, columns_that_are_left_unmeasured_are_told) {
     EXPECT_EQ(usage_fault_of("v - 3"),
               "v - 3 has a value in each of 4 rows; measure it: avg(v - 3), max(v - 3), at(v - 3, 1m)");
     EXPECT_EQ(usage_fault_of("max(u)"), "no column u in f.dat");
-    row_table one = read_row_table("1 2.5\n", "f");
+    result_table one = read_result_table("1 2.5\n", "f");
     EXPECT_EQ(result_of("c2", one), "2.5");
     EXPECT_EQ(result_of("rms(c2)", one), "2.5");
-    EXPECT_EQ(measure_fault_of("c2", read_row_table("", "f")), "there are no rows");
+    EXPECT_EQ(measure_fault_of("c2", read_result_table("", "f")), "there are no rows");
 }
 
 TEST(measure, rows_that_fall_are_read_backwards_and_others_only_for_their_extremes) {
-    row_table falling = read_row_table("3 6\n2 4\n0 0\n", "f");
+    result_table falling = read_result_table("3 6\n2 4\n0 0\n", "f");
     EXPECT_EQ(result_of("avg(c2)", falling), "3");
     EXPECT_EQ(result_of("at(c2, 1)", falling), "2");
-    row_table mixed = read_row_table("0 6\n2 4\n1 0\n", "f");
+    result_table mixed = read_result_table("0 6\n2 4\n1 0\n", "f");
     EXPECT_EQ(result_of("max(c2)", mixed), "6");
     EXPECT_NE(measure_fault_of("avg(c2)", mixed), "");
     EXPECT_NE(measure_fault_of("max(c2, 0, 1)", mixed), "");
-    EXPECT_NE(measure_fault_of("avg(c2)", read_row_table("0 6\nnan 4\n2 0\n", "f")), "");
+    EXPECT_NE(measure_fault_of("avg(c2)", read_result_table("0 6\nnan 4\n2 0\n", "f")), "");
 }
 
 TEST(measure, each_curve_is_measured_by_itself) {
-    const row_table t = read_row_table("0 1\n1 3\n\n0 5\n1 9\n", "f");
+    const result_table t = read_result_table("0 1\n1 3\n\n0 5\n1 9\n", "f");
     EXPECT_EQ(result_of("avg(c2)", t, 0), "2");
     EXPECT_EQ(result_of("avg(c2)", t, 1), "7");
 }
@@ -202,7 +202,7 @@ TEST(measure, random_texts_are_answered_or_refused) {
         "-",   "+",     "*",   "/",    "^",     "<", "==",       "rise", "any",  "$2",  "`w-1`",
         " ",   "0",     "1e9", "harm", "delay", "=", "settling", "\x01", "\xff", "abs", "'"};
     std::mt19937 rng(1);
-    const row_table table = small_table();
+    const result_table table = small_table();
     int n_good = 0;
     for (int trial = 0; trial < 200000; ++trial) {
         std::string text = rng() % 2 ? "cross(" : "avg(v)";

@@ -1,4 +1,4 @@
-#include "tnl/output_file.h"
+#include "tnl/common/output_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
-#include "tnl/own_composites.h"
+#include "tnl/deck/own_composites.h"
 
 #include <gtest/gtest.h>
 
 #include "origin_of.h"
 #include "temp_folder.h"
-#include "tnl/check_deck.h"
-#include "tnl/deck_view.h"
-#include "tnl/exit_status.h"
-#include "tnl/installed.h"
+#include "tnl/check/check_deck.h"
+#include "tnl/common/exit_status.h"
+#include "tnl/deck/deck_view.h"
+#include "tnl/deck/installed.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tnl/plot_axis.h"
+#include "tnl/plot/plot_axis.h"
 
 #include <gtest/gtest.h>
 

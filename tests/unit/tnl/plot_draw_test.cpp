@@ -4,9 +4,9 @@
 #include <cmath>
 #include <map>
 
-#include "tnl/exit_status.h"
-#include "tnl/plot.h"
-#include "tnl/plot_text.h"
+#include "tnl/common/exit_status.h"
+#include "tnl/common/text_width.h"
+#include "tnl/plot/plot.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tnl/plot_rows.h"
+#include "tnl/plot/plot_rows.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,13 @@ namespace {
 
 using namespace cli;
 
-row_table table_of(const std::string& text, std::vector<record_column> columns, const std::string& kind = "trns") {
-    row_table t = read_row_table(text, "t.dat");
+result_table table_of(const std::string& text, std::vector<record_column> columns, const std::string& kind = "trns") {
+    result_table t = read_result_table(text, "t.dat");
     t.columns = std::move(columns);
     t.kind = kind;
     return t;
 }
-plot plot_all(const row_table& t, const plot_choice& choice = {}) {
+plot plot_all(const result_table& t, const plot_choice& choice = {}) {
     const int x = x_column_of(t);
     return plot_of_rows({{&t, "", x, drawn_columns(t, x), {}}}, choice);
 }
@@ -38,7 +38,7 @@ TEST(plot_of_rows, puts_each_unit_into_a_panel_of_its_own) {
 // A reference of 15 beside a duty cycle, and a carrier that is as large as the cycle.
 TEST(plot_of_rows, parts_columns_without_a_unit_whose_sizes_differ) {
     const std::vector<record_column> columns{{"time", "s"}, {"vref", ""}, {"duty", ""}, {"carrier", ""}, {"zero", ""}};
-    const row_table t = table_of("0 15 0.2 0 0\n1 15 0.4 1 0\n", columns);
+    const result_table t = table_of("0 15 0.2 0 0\n1 15 0.4 1 0\n", columns);
     const plot p = plot_all(t);
     ASSERT_EQ(p.panels.size(), 2u);
     ASSERT_EQ(p.panels[0].series.size(), 1u);
@@ -86,7 +86,7 @@ TEST(plot_of_rows, ends_lines_at_the_ends_of_the_y_axis) {
 
 // The row before anything is solved: a source of 12 V that it shows at 0, a charge that truly begins there.
 TEST(plot_of_rows, leaves_out_a_guess_that_lies_apart_from_the_solutions) {
-    row_table t = table_of("0 0 0\n1 12 2\n2 12 3.6\n3 12 4.9\n", {{"time", "s"}, {"vin", "V"}, {"vc", "V"}});
+    result_table t = table_of("0 0 0\n1 12 2\n2 12 3.6\n3 12 4.9\n", {{"time", "s"}, {"vin", "V"}, {"vc", "V"}});
     EXPECT_EQ(plot_all(t).panels[0].series[0].x.front(), 0) << "a row that is a solution stays";
     t.begins_with_guess = true;
     const plot p = plot_all(t);
@@ -104,7 +104,7 @@ TEST(plot_of_rows, stacks_a_panel_for_each_column) {
 }
 
 TEST(plot_of_rows, overlays_runs_and_names_them) {
-    const row_table a = table_of("0 1 2 3\n1 4 5 6\n", four), b = table_of("0 7 8 9\n2 7 8 9\n", four);
+    const result_table a = table_of("0 1 2 3\n1 4 5 6\n", four), b = table_of("0 7 8 9\n2 7 8 9\n", four);
     const plot p = plot_of_rows({{&a, "a.run", 0, {1}, {}}, {&b, "b.run", 0, {1}, {}}}, {});
     ASSERT_EQ(p.panels.size(), 1u);
     EXPECT_EQ(p.panels[0].quantity, "v1");
@@ -115,7 +115,7 @@ TEST(plot_of_rows, overlays_runs_and_names_them) {
 
 TEST(plot_of_rows, names_the_curves_of_a_sweep_by_the_column_that_tells_them_apart) {
     const std::vector<record_column> columns{{"r_of_RL", "ohm"}, {"a", ""}, {"vout", "V"}};
-    const row_table t = table_of("1e5 0 1\n1e5 1 2\n\n200 0 3\n200 1 4\n", columns, "dc");
+    const result_table t = table_of("1e5 0 1\n1e5 1 2\n\n200 0 3\n200 1 4\n", columns, "dc");
     EXPECT_EQ(sweep_column_of(t), 0);
     EXPECT_EQ(x_column_of(t), 1);
     const plot p = plot_all(t);
@@ -156,7 +156,7 @@ TEST(plot_of_rows, makes_sticks_of_harmonics) {
 }
 
 TEST(plot_of_rows, gives_columns_with_two_values_lanes_when_asked) {
-    const row_table t = table_of("0 0 5 1\n1 1 5 2\n2 1 0 3\n", {{"time", "s"}, {"q", ""}, {"g", "V"}, {"v", "V"}});
+    const result_table t = table_of("0 0 5 1\n1 1 5 2\n2 1 0 3\n", {{"time", "s"}, {"q", ""}, {"g", "V"}, {"v", "V"}});
     plot_choice choice;
     EXPECT_EQ(plot_all(t, choice).panels.size(), 2u);
     choice.logic = true;
@@ -178,7 +178,7 @@ TEST(plot_of_rows, counts_rows_when_there_is_one_column) {
 }
 
 TEST(plot_of_rows, keeps_little_of_many_rows_and_the_spike_among_them) {
-    row_table t;
+    result_table t;
     t.kind = "trns";
     t.columns = {{"time", "s"}, {"v", "V"}};
     constexpr std::size_t n = 300000;

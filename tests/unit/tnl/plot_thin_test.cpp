@@ -1,4 +1,4 @@
-#include "tnl/plot_thin.h"
+#include "tnl/plot/plot_thin.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tnl/progress.h"
+#include "tnl/run/progress.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tnl/row_count.h"
+#include "tnl/run/row_count.h"
 
 #include <gtest/gtest.h>
 

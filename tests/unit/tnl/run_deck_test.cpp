@@ -1,4 +1,4 @@
-#include "tnl/run_deck.h"
+#include "tnl/run/run_deck.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <csignal>
 
 #include "temp_folder.h"
-#include "tnl/run_folder.h"
+#include "tnl/run/run_folder.h"
 
 using namespace cli;
 namespace fs = std::filesystem;

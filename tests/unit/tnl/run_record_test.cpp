@@ -1,11 +1,11 @@
-#include "tnl/run_record.h"
+#include "tnl/common/run_record.h"
 
 #include <gtest/gtest.h>
 
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
-#include "tnl/open_run.h"
-#include "tnl/run_folder.h"
+#include "tnl/common/exit_status.h"
+#include "tnl/results/open_run.h"
+#include "tnl/run/run_folder.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ TEST(open_run, a_folder_its_deck_and_its_row_file_are_the_same_run) {
     for (const std::string& name : {disk.results, disk.deck, disk.results + "/out.dat"}) {
         const opened_run run = open_run(name);
         ASSERT_FALSE(run.record.files.empty());
-        const row_table t = load_table(run, run.record.files[0]);
+        const result_table t = load_table(run, run.record.files[0]);
         EXPECT_EQ(t.columns[1].name, "vout");
         EXPECT_EQ(t.at(2, 1), 4);
         EXPECT_FALSE(run.unfinished);

@@ -1,4 +1,4 @@
-#include "tnl/run_tables.h"
+#include "tnl/results/run_tables.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "temp_folder.h"
-#include "tnl/exit_status.h"
+#include "tnl/common/exit_status.h"
 
 namespace {
 
@@ -86,7 +86,7 @@ TEST_F(run_with_two_tables, files_without_rows_are_told) {
 
 TEST_F(run_with_two_tables, curves_are_counted_from_one) {
     run_tables t("d", "b.dat");
-    const row_table& table = t.with_columns({});
+    const result_table& table = t.with_columns({});
     EXPECT_EQ(curves_of(table, 0).end, 2u);
     EXPECT_EQ(curves_of(table, 2).first, 1u);
     EXPECT_EQ(fault_of([&] { curves_of(table, 3); }), "2 d.run/b.dat has 2 curves; there is no curve 3");

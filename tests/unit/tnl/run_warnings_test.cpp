@@ -1,4 +1,4 @@
-#include "tnl/run_warnings.h"
+#include "tnl/run/run_warnings.h"
 
 #include <gtest/gtest.h>
 

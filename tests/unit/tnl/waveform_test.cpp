@@ -1,4 +1,4 @@
-#include "tnl/waveform.h"
+#include "tnl/results/waveform.h"
 
 #include <gtest/gtest.h>
 

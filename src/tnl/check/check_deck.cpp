@@ -1,0 +1,188 @@
+#include "tnl/check/check_deck.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "base/words.h"
+#include "tnl/common/near_words.h"
+
+namespace cli {
+
+std::string checked_deck::value(const deck_element& e, std::string_view key, int* at) const {
+    for (const key_value& p : e.pairs)
+        if (text().word(e.statement, p.key) == key && p.value >= 0) {
+            if (at != nullptr) *at = p.value;
+            return word(e.statement, p.value);
+        }
+    return {};
+}
+
+std::vector<key_value> pairs_in(const checked_deck& d, int statement, int first,
+                                const std::vector<std::string>& known) {
+    const file_chr& f = d.text();
+    const int n = f.n_words(statement);
+    std::vector<key_value> pairs;
+    for (int j = first; j < n;) {
+        const bool alone =
+            j + 1 >= n || (!has(known, f.word(statement, j)) && has(known, f.word(statement, j + 1)) && (n - j) % 2);
+        pairs.push_back({j, alone ? -1 : j + 1});
+        j += alone ? 1 : 2;
+    }
+    return pairs;
+}
+
+bool is_integer(std::string_view word, int& value) {
+    const char* end = word.data() + word.size();
+    const auto got = std::from_chars(word.data(), end, value);
+    return !word.empty() && got.ec == std::errc{} && got.ptr == end;
+}
+
+bool check_real(checked_deck& d, deck_word at, double* value) {
+    const std::string word = d.word(at.statement, at.word);
+    if (d.globals.reals.count(word)) return false;  // not a literal, but good
+    double x = 0;
+    if (is_double(word, x)) {
+        if (value != nullptr) *value = x;
+        return true;
+    }
+    d.report.error("bad-number", at, "this is no number: " + word,
+                   "a number may end in one letter of G M k m u n p f, without a unit: 4.7u, 1e-3");
+    return false;
+}
+
+bool check_int(checked_deck& d, deck_word at, int* value) {
+    const std::string word = d.word(at.statement, at.word);
+    if (d.globals.ints.count(word)) return false;
+    int n = 0;
+    if (is_integer(word, n)) {
+        if (value != nullptr) *value = n;
+        return true;
+    }
+    d.report.error("bad-number", at, "this is no whole number: " + word,
+                   "digits alone, without a letter of scale: 1000");
+    return false;
+}
+
+void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std::string> element_type::*>& lists,
+                bool globals) {
+    const std::string word = d.word(at.statement, at.word);
+    const std::size_t of = word.find("_of_");
+    const std::string statement = d.word(at.statement, 0);
+    if (of == std::string::npos) {
+        d.report.error("bad-item", at, statement + " needs an item PARAMETER_of_ELEMENT, not " + word);
+        return;
+    }
+    const std::string left = word.substr(0, of), right = word.substr(of + 4);
+    if (left == "glbl" && globals) {
+        if (!d.globals.reals.count(right))
+            d.report.error("unknown-item", at,
+                           "there is no greal named " + right +
+                               near_text({d.globals.reals.begin(), d.globals.reals.end()}, right));
+        return;
+    }
+    const auto found = d.element_of.find(right);
+    if (found == d.element_of.end()) {
+        std::vector<std::string> names;
+        for (const auto& [name, i] : d.element_of) names.push_back(name);
+        d.report.error("unknown-item", at, "there is no element named " + right + near_text(names, right));
+        return;
+    }
+    const element_type* type = d.elements[static_cast<std::size_t>(found->second)].type;
+    if (type == nullptr) return;
+    std::vector<std::string> words;
+    for (const auto list : lists) words.insert(words.end(), (type->*list).begin(), (type->*list).end());
+    if (has(words, left)) return;
+    std::string all;
+    for (const std::string& w : words) all += (all.empty() ? "" : " ") + w;
+    d.report.error(
+        "unknown-item", at,
+        right + " (" + type->name + ") has no " + left + " that " + statement + " can change" + near_text(words, left),
+        all.empty() ? "" : "it has: " + all);
+}
+
+std::filesystem::path path_of(const checked_deck& d, const std::string& name) {
+    const std::filesystem::path path(name);
+    return path.is_absolute() ? path : d.folder / path;
+}
+
+bool file_exists(const checked_deck& d, const std::string& name) {
+    std::error_code error;
+    return std::filesystem::exists(path_of(d, name), error);
+}
+
+namespace {
+
+// A '+' at the top continues nothing and makes the reader give up. Here it is noted, and then passed over.
+bool begins_with_continuation(const std::string& text, std::size_t& at) {
+    at = 0;
+    while (at < text.size()) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string_view line(text.data() + at, end - at);
+        const std::size_t first = line.find_first_not_of(' ');
+        if (first != std::string_view::npos && line[first] == '+') {
+            at += first;
+            return true;
+        }
+        if (first != std::string_view::npos && line[first] != '#' && !check_blank_line(line)) return false;
+        at = end + 1;
+    }
+    return false;
+}
+
+// A file of composites and models: nothing in it asks for a circuit.
+bool is_library(const deck_view& deck) {
+    for (int i = 0; i < deck.statements.n_lines(); ++i)
+        if (find_library(&library_form::model, deck.statements.word(i, 0)) < 0) return false;
+    return !deck.own.entries.empty() || !deck.own.faults.empty();
+}
+
+}  // namespace
+
+check_report check_deck(deck_view view, const installed_libraries& libraries) {
+    if (!libraries.with_own && !view.own.entries.empty()) {
+        const installed_libraries all = with_own(libraries, view.own);
+        return check_deck(std::move(view), all);
+    }
+    check_report report{std::move(view), {}, {}};
+    deck_view& deck = report.deck;
+    std::size_t at = 0;
+    if (!deck.readable && begins_with_continuation(deck.source.text, at)) {
+        const auto line =
+            std::count(deck.source.text.begin(), deck.source.text.begin() + static_cast<std::ptrdiff_t>(at), '\n');
+        report.error("continuation-at-top", {-1, 0, static_cast<int>(line)},
+                     "a '+' continues the statement before it, and there is none");
+        deck.source.text[at] = ' ';
+        try {
+            deck.statements = file_chr_of(deck.source.text, any_number_of_lines);
+            deck.readable = true;
+        } catch (...) {
+        }
+    }
+    if (!deck.readable) {
+        if (report.faults.empty()) report.error("unreadable", {}, "the simulator cannot read this text");
+        return report;
+    }
+    const std::filesystem::path folder =
+        deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
+    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}};
+    check_composites(d);
+    const bool sound = d.report.n_errors() == 0;  // what faulty composites connect is not known
+    if (is_library(d.report.deck)) {
+        sort_faults(d.report);
+        return std::move(d.report);
+    }
+    check_sections(d);
+    check_globals(d);
+    check_elements(d);
+    if (sound) {
+        check_nodes(d);
+        check_variables(d);
+    }
+    check_outvars(d);
+    check_solves(d);
+    if (d.report.n_errors() == 0) check_with_reader(d);
+    sort_faults(d.report);
+    return std::move(d.report);
+}
+
+}  // namespace cli

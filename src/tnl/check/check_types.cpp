@@ -1,0 +1,219 @@
+#include "tnl/check/check_types.h"
+
+#include <algorithm>
+
+namespace cli {
+
+namespace {
+
+using words_member = std::vector<std::string> element_type::*;
+
+struct word_line {
+    std::string_view keyword;
+    words_member list;
+    int step;  // 1: words; 2: pairs, whose first words count
+};
+constexpr word_line word_lines[] = {
+    {"mainnodes:", &element_type::node, 1},
+    {"ind_nodes:", &element_type::ind_node, 1},
+    {"ind_branches:", &element_type::ind_branch, 1},
+    {"digital_nodes:", &element_type::digital, 1},
+    {"main_var:", &element_type::var, 1},
+    {"mainvars:", &element_type::var, 1},
+    {"auxnodes:", &element_type::inner, 1},
+    {"auxvars:", &element_type::inner, 1},
+    {"nodes:", &element_type::node, 1},  // of basic elements
+    {"main_vars:", &element_type::var, 1},
+    {"aux_var:", &element_type::inner, 1},
+    {"aux_vars:", &element_type::inner, 1},
+    {"xvar:", &element_type::xvar, 1},
+    {"xvars:", &element_type::xvar, 1},
+    {"iparms:", &element_type::iprm, 2},
+    {"sparms:", &element_type::sprm, 2},
+    {"rparms:", &element_type::rprm, 2},
+    {"stparms:", &element_type::start, 2},
+    {"igparms:", &element_type::guess, 2},
+    {"rparms_derived:", &element_type::derived, 2},
+    {"outvar:", &element_type::outvar, 2},
+    {"outvar_ac:", &element_type::outvar, 2},
+};
+
+constexpr int deepest_call = 20, most_bodies = 2000;  // calls that double at each level are no elements for a run
+
+int library_of(std::string_view call) { return find_library(&library_form::call, call); }
+
+const library_entry* entry_of(const installed_libraries& libraries, int library, std::string_view name) {
+    const installed_library& l = libraries.library[library];
+    const auto at = l.position.find(name);
+    return at == l.position.end() ? nullptr : &l.entries[static_cast<std::size_t>(at->second)];
+}
+
+std::string pair_value(const words& w, int first, std::string_view key) {
+    for (int j = first; j + 1 < w.size(); j += 2)
+        if (w[j] == key) return w.str(j + 1);
+    return {};
+}
+
+// What a basic element does with its variables and currents.
+struct basic_sheet {
+    std::vector<std::string> node, var, driven;
+    bool has_current = false, limits_step = false, nonlinear = false;
+};
+
+basic_sheet read_basic(const library_entry& entry, int library) {
+    basic_sheet sheet;
+    for (const words& w : lines_of(entry, library_forms[library])) {
+        const auto take = [&](std::vector<std::string>& list) {
+            for (int j = 1; j < w.size(); ++j) list.push_back(w.str(j));
+        };
+        if (w[0] == library_forms[library].begin) sheet.limits_step = pair_value(w, 3, "limit_tstep") == "yes";
+        if (w[0] == "Jacobian:") sheet.nonlinear = w.size() > 1 && w[1] != "constant";
+        if (w[0] == "nodes:") take(sheet.node);
+        if (w[0] == "main_var:" || w[0] == "main_vars:") take(sheet.var);
+        if (w[0] == "aux_var:") sheet.has_current = w.size() > 1;
+        if (!w[0].starts_with("f_") || w.size() < 2 || has(sheet.node, w[0].substr(2))) continue;
+        // An equation that begins with a variable, or its rate of change, determines it.
+        std::string first = w.str(1);
+        if (first.starts_with("d_dt(") && first.ends_with(")")) first = first.substr(5, first.size() - 6);
+        if (has(sheet.var, first) && !has(sheet.driven, first)) sheet.driven.push_back(first);
+    }
+    return sheet;
+}
+
+class reader {
+public:
+    reader(const installed_libraries& libraries, element_type& type) : libraries_(libraries), type_(type) {}
+
+    // name_of turns a word of the entry into one of the type; words inside a composite get names of their own.
+    void read_body(const library_entry& entry, int library, const std::map<std::string, std::string>& name_of,
+                   int depth) {
+        if (n_bodies_ >= most_bodies) return;
+        const std::string within = "\x01" + std::to_string(n_bodies_++) + ".";  // no deck has such a word
+        for (const words& w : lines_of(entry, library_forms[library])) {
+            if (w[0] == "end_dc") break;  // the small-signal half adds nothing
+            const int callee = library_of(w[0]);
+            if (callee < 0) continue;
+            const bool is_basic = library_forms[callee].statement.empty();
+            const std::string name = is_basic ? pair_value(w, 1, "type") : w.size() > 1 ? w.str(1) : std::string();
+            const library_entry* used = entry_of(libraries_, callee, name);
+            if (used == nullptr) continue;
+            const auto outside = [&](const std::string& word) {
+                const std::string inner = pair_value(w, is_basic ? 1 : 2, word);
+                const auto at = name_of.find(inner);
+                return at != name_of.end() ? at->second : within + inner;
+            };
+            if (is_basic) {
+                add_basic(*used, callee, name, outside);
+            } else if (depth < deepest_call) {
+                n_basic_ += 2;  // not a single element
+                std::map<std::string, std::string> inner;
+                for (const words& l : lines_of(*used, library_forms[callee]))
+                    for (const word_line& k : word_lines)
+                        if (l[0] == k.keyword && k.step == 1)
+                            for (int j = 1; j < l.size(); ++j) inner[l.str(j)] = outside(l.str(j));
+                read_body(*used, callee, inner, depth + 1);
+            }
+        }
+        type_.can_be_sensed = n_basic_ == 1 && has_current_;
+    }
+
+private:
+    template <class F>
+    void add_basic(const library_entry& entry, int library, const std::string& name, F outside) {
+        const basic_sheet sheet = read_basic(entry, library);
+        ++n_basic_;
+        type_.basics.push_back(name);
+        has_current_ = sheet.has_current;
+        type_.limits_step = type_.limits_step || sheet.limits_step;
+        type_.nonlinear = type_.nonlinear || sheet.nonlinear;
+        bool special = false;
+        for (const basic_branch& b : basic_branches())
+            if (b.element == name && library_forms[library].begin == "ebe") {
+                type_.branches.push_back({outside(std::string(b.from)), outside(std::string(b.to)), b.kind});
+                special = true;
+            }
+        for (std::size_t j = 1; j < sheet.node.size() && !special; ++j)
+            type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
+        for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));
+    }
+
+    const installed_libraries& libraries_;
+    element_type& type_;
+    int n_basic_ = 0, n_bodies_ = 0;
+    bool has_current_ = false;
+};
+
+}  // namespace
+
+bool has(const std::vector<std::string>& list, std::string_view word) {
+    return std::find(list.begin(), list.end(), word) != list.end();
+}
+
+const std::vector<basic_branch>& basic_branches() {
+    using k = branch_kind;
+    static const std::vector<basic_branch> all = {
+        {"vsrcdc", "p", "n", k::voltage},
+        {"vsrcac", "p", "n", k::voltage},
+        {"vsrcac_ramp", "p", "n", k::voltage},
+        {"vpulse", "p", "n", k::voltage},
+        {"clock", "p", "n", k::voltage},
+        {"triangle_1", "p", "n", k::voltage},
+        {"pwl20", "p", "n", k::voltage},
+        {"vsrc_1", "p", "n", k::voltage},
+        {"vcvs", "p", "n", k::voltage},
+        {"ccvs", "p", "n", k::voltage},
+        {"ammeter", "p", "n", k::voltage},
+        {"ammeter_fb", "p", "n", k::voltage},
+        {"isrcac", "p", "n", k::current},
+        {"ipulse", "p", "n", k::current},
+        {"isrc_1", "p", "n", k::controlled_current},
+        {"vccs", "p", "n", k::controlled_current},
+        {"cccs", "p", "n", k::controlled_current},
+        {"c", "p", "n", k::capacitor},
+        {"c1", "p", "n", k::capacitor},
+        {"l", "p", "n", k::inductor},
+        {"xfmr", "p1", "n1", k::inductor},
+        {"xfmr", "p2", "n2", k::inductor},
+        {"xfmr_2w_ideal", "p1", "n1", k::winding},
+        {"xfmr_2w_ideal", "p2", "n2", k::winding},
+    };
+    return all;
+}
+
+bool refuses_dc(std::string_view basic_element) {
+    return basic_element == "thyristor_g" || basic_element == "sampler1" || basic_element == "pll_1a";
+}
+
+bool acts_at_once(std::string_view basic_element) {
+    constexpr std::string_view all[] = {"switch_e",      "switch_g1", "thyristor_g", "r_time",
+                                        "cmprtr_hyst_1", "cmprtr_2",  "sampler1"};
+    return std::find(std::begin(all), std::end(all), basic_element) != std::end(all);
+}
+
+const element_type* element_types::find(int library, std::string_view name) {
+    const std::pair key(library, std::string(name));
+    if (const auto at = known_.find(key); at != known_.end()) return &at->second;
+    const library_entry* entry = library < 0 ? nullptr : entry_of(libraries_, library, name);
+    if (entry == nullptr) return nullptr;
+
+    element_type type;
+    type.library = library;
+    type.name = name;
+    const entry_lines lines = lines_of(*entry, library_forms[library]);
+    for (const words& w : lines)
+        for (const word_line& l : word_lines)
+            if (w[0] == l.keyword)
+                for (int j = 1; j < w.size(); j += l.step)
+                    if (!has(type.*l.list, w[j])) (type.*l.list).push_back(w.str(j));
+    type.text_values = pairs_of(lines, "sparms:");
+    for (const char* keyword : {"iparms:", "rparms:"})
+        for (name_and_value& p : pairs_of(lines, keyword)) type.values.push_back(std::move(p));
+    type.doc = doc_of(*entry);
+    std::map<std::string, std::string> own;
+    for (words_member list : {&element_type::node, &element_type::var})
+        for (const std::string& w : type.*list) own[w] = w;
+    reader(libraries_, type).read_body(*entry, library, own, 0);
+    return &known_.emplace(key, std::move(type)).first->second;
+}
+
+}  // namespace cli

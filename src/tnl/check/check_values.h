@@ -1,0 +1,16 @@
+// check_values.h -- numbers that a model refuses, and numbers that are rarely meant.
+#pragma once
+#include "tnl/check/check_deck.h"
+
+namespace cli {
+
+// What the model of the element refuses: resistances of zero, periods below zero ...
+void check_model_limits(checked_deck& d, const deck_element& e);
+// The same of a value that a solve block gives to PARAMETER_of_ELEMENT. What two parameters must be to each other is
+// left out: others may be set beside it.
+void check_item_value(checked_deck& d, deck_word item, deck_word value);
+
+// Warns when the value of a parameter is far from what its unit leads to expect. Without a unit nothing is said.
+void check_unit(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at, double value);
+
+}  // namespace cli

@@ -1,0 +1,101 @@
+// Variables of blocks: each is written by one block or meter, and read by others.
+#include "tnl/check/check_deck.h"
+#include "tnl/common/near_words.h"
+
+namespace cli {
+
+namespace {
+
+constexpr std::size_t most_orphans = 5;  // that an advice names
+
+struct use {
+    int element;
+    deck_word at;
+    bool writes;
+};
+
+}  // namespace
+
+void check_variables(checked_deck& d) {
+    std::map<std::string, std::vector<use>> uses;
+    bool unsure = false;  // a block of unknown type may write anything
+    for (int i = 0; i < static_cast<int>(d.elements.size()); ++i) {
+        const deck_element& e = d.elements[static_cast<std::size_t>(i)];
+        if (e.is_placeholder) continue;
+        if (e.type == nullptr) {
+            unsure = true;
+            continue;
+        }
+        for (const std::string& word : e.type->var) {
+            int at = 0;
+            const std::string variable = d.value(e, word, &at);
+            if (!variable.empty()) uses[variable].push_back({i, {e.statement, at}, has(e.type->driven, word)});
+        }
+    }
+    std::set<std::string> asked_for;
+    const file_chr& f = d.text();
+    for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i)
+        if (is_outvar(f, i))
+            for (int j = 2; j < f.n_words(i); j += 2)
+                if (f.word(i, j).starts_with("var_of_")) asked_for.insert(std::string(f.word(i, j).substr(7)));
+
+    const auto element = [&](const use& u) -> const deck_element& {
+        return d.elements[static_cast<std::size_t>(u.element)];
+    };
+    std::vector<std::string> written, unread;
+    for (const auto& [name, list] : uses) {
+        bool writes = false, reads = asked_for.count(name) > 0;
+        for (const use& u : list) (u.writes ? writes : reads) = true;
+        if (writes) written.push_back(name);
+        if (!reads) unread.push_back(name);
+    }
+    for (const auto& [name, list] : uses) {
+        const use* writer = nullptr;
+        bool has_block = false, is_read = asked_for.count(name) > 0;
+        for (const use& u : list) {
+            has_block = has_block || library_forms[element(u).library].statement == "gelement";
+            if (!u.writes) {
+                is_read = true;
+                continue;
+            }
+            if (writer != nullptr)
+                d.report.error(
+                    "written-twice", u.at,
+                    "variable " + name + " is written by " + element(*writer).name + " and by " + element(u).name,
+                    "a variable has one block or meter that drives it");
+            else
+                writer = &u;
+        }
+        if (writer == nullptr && !unsure) {
+            // A variable that is written and read by nobody may be the one that is meant.
+            std::string orphans;
+            for (const std::string& other : unread)
+                if (has(written, other)) orphans += (orphans.empty() ? "" : " ") + other;
+            d.report.error("not-written", list.front().at,
+                           "no block or meter writes the variable " + name + near_text(written, name),
+                           orphans.empty() || unread.size() > most_orphans
+                               ? "is the name misspelt? A block type=const gives a variable a fixed value"
+                               : "is the name misspelt? Written, but read by nobody: " + orphans);
+        } else if (writer != nullptr && !has_block && !unsure) {
+            d.report.error("no-block", writer->at,
+                           "variable " + name + " stands in electrical elements alone; a block must read or write it",
+                           "add a block that passes it on: gelement type=linear_1");
+        } else if (!is_read && !unsure && !has_lost_outvars(d)) {
+            d.report.warning("not-read", writer->at,
+                             "nobody reads the variable " + name +
+                                 near_text(
+                                     [&] {
+                                         std::vector<std::string> orphans;
+                                         for (const auto& [other, l] : uses) {
+                                             bool any = false;
+                                             for (const use& u : l) any = any || u.writes;
+                                             if (!any) orphans.push_back(other);
+                                         }
+                                         return orphans;
+                                     }(),
+                                     name));
+        }
+    }
+}
+
+}  // namespace cli

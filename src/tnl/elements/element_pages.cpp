@@ -1,0 +1,241 @@
+#include "tnl/elements/element_pages.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace cli {
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+// The parts of a sheet, in the order of a page. How an output is written in a deck belongs to its head.
+struct part {
+    std::string_view key, title;
+    std::vector<sheet_word> element_sheet::*member;
+    bool kinds, values;  // columns that the part has
+};
+const part parts[] = {
+    {"terminals", "Terminals", &element_sheet::terminals, true, false},
+    {"parameters", "Parameters", &element_sheet::parameters, true, true},
+    {"start_values", "Start values", &element_sheet::start_values, false, true},
+    {"first_guesses", "First guesses", &element_sheet::first_guesses, false, true},
+    {"outputs", "Output variables", &element_sheet::outputs, false, false},
+    {"outputs_small_signal", "Output variables in small signals", &element_sheet::outputs_ac, false, false},
+};
+
+bool is_output(const part& p) { return p.member == &element_sheet::outputs || p.member == &element_sheet::outputs_ac; }
+
+// Real parameters can be asked for like output variables.
+std::string deck_form(const part& p, const element_sheet& s) {
+    return "outvar: x=" + (s.*p.member).front().word + "_of_NAME";
+}
+
+// "eelement name=NAME type=r p=.. n=.. [r=1 tc1=0 ...]" in lines of at most 100 columns.
+std::vector<std::string> signature(const element_sheet& s) {
+    std::vector<std::string> all{s.statement, "name=NAME", "type=" + s.name};
+    for (const sheet_word& w : s.terminals) all.push_back(w.word + "=..");
+    const std::size_t optional = all.size();
+    for (const auto member : {&element_sheet::parameters, &element_sheet::start_values, &element_sheet::first_guesses})
+        for (const sheet_word& w : s.*member) all.push_back(w.word + "=" + w.value);
+    if (all.size() > optional) {
+        all[optional].insert(0, "[");
+        all.back() += "]";
+    }
+    std::vector<std::string> lines{""};
+    for (const std::string& word : all) {
+        if (lines.back().size() + 1 + word.size() > 98) lines.emplace_back("+");
+        lines.back() += (lines.back().empty() ? "" : " ") + word;
+    }
+    return lines;
+}
+
+std::string padded(std::string s, std::size_t n) {
+    s.resize(std::max(n, s.size()), ' ');
+    return s;
+}
+
+// Rows of cells, each column as wide as its widest cell; empty columns vanish.
+std::string table_text(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> width;
+    for (const auto& r : rows)
+        for (std::size_t i = 0; i < r.size(); ++i) {
+            if (i == width.size()) width.push_back(0);
+            width[i] = std::max(width[i], r[i].size());
+        }
+    std::string text;
+    for (const auto& r : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < r.size(); ++i)
+            if (width[i] > 0) line += "  " + padded(r[i], width[i]);
+        text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    }
+    return text;
+}
+
+std::vector<std::string> cells_of(const sheet_word& w, const part& p) {
+    std::vector<std::string> cells{w.word};
+    if (p.kinds) cells.push_back(p.values && w.kind == "real" ? "" : w.kind);
+    if (p.values) cells.push_back(w.value);
+    cells.push_back(w.unit);
+    cells.push_back(w.text);
+    return cells;
+}
+
+json words_json(const std::vector<sheet_word>& words, const part& p) {
+    json list = json::array();
+    for (const sheet_word& w : words) {
+        json one{{"name", w.word}};
+        if (p.kinds) one["kind"] = w.kind;
+        if (p.values) one["default"] = w.value;
+        one["unit"] = w.unit;
+        one["text"] = w.text;
+        list.push_back(std::move(one));
+    }
+    return list;
+}
+
+json head_json(const element_sheet& s) {
+    return {{"family", s.family},
+            {"group", s.group},
+            {"name", s.name},
+            {"statement", s.statement},
+            {"summary", s.summary()}};
+}
+
+// Calls family(sheet) where a family begins, group(sheet) where a group does, and one(sheet) for each.
+template <class F, class G, class O>
+void walk(const std::vector<element_sheet>& sheets, F family, G group, O one) {
+    const element_sheet* last = nullptr;
+    for (const element_sheet& s : sheets) {
+        const bool new_family = !last || last->family != s.family;
+        if (new_family) family(s);
+        if (new_family || last->group != s.group) group(s);
+        one(s);
+        last = &s;
+    }
+}
+
+}  // namespace
+
+std::string markdown_escaped(std::string_view s) {
+    std::string t;
+    for (const char c : s) {
+        if (c == '*' || c == '|' || c == '[' || c == ']') t += '\\';
+        if (c == '<')
+            t += "&lt;";
+        else
+            t += c;
+    }
+    return t;
+}
+
+std::string list_text(const std::vector<element_sheet>& sheets) {
+    std::size_t width = 0;
+    for (const element_sheet& s : sheets) width = std::max(width, s.name.size());
+    std::string text;
+    walk(
+        sheets,
+        [&](const element_sheet& s) {
+            text += (text.empty() ? "" : "\n") + s.family + ": " + std::string(family_title(s.family)) + " (" +
+                    s.statement + ")\n";
+        },
+        [&](const element_sheet& s) { text += "  " + s.group + "\n"; },
+        [&](const element_sheet& s) { text += "    " + padded(s.name, width) + "  " + s.summary() + "\n"; });
+    return text;
+}
+
+std::string list_json(const std::vector<element_sheet>& sheets) {
+    json list = json::array();
+    for (const element_sheet& s : sheets) list.push_back(head_json(s));
+    return list.dump(2) + "\n";
+}
+
+std::string sheet_text(const element_sheet& s) {
+    std::string text = s.family + ":" + s.name + " (" + s.group + ") -- " + s.summary() + "\n\n";
+    for (const std::string& line : signature(s)) text += "  " + line + "\n";
+    if (s.description.size() > 1) text += "\n";
+    for (std::size_t i = 1; i < s.description.size(); ++i) text += "  " + s.description[i] + "\n";
+    for (const part& p : parts) {
+        const std::vector<sheet_word>& words = s.*p.member;
+        if (words.empty()) continue;
+        text += "\n" + std::string(p.title) + (is_output(p) ? ", as in " + deck_form(p, s) : "") + "\n";
+        std::vector<std::vector<std::string>> rows;
+        rows.reserve(words.size());
+        for (const sheet_word& w : words) rows.push_back(cells_of(w, p));
+        text += table_text(rows);
+    }
+    if (!s.examples.empty()) text += "\nExample\n";
+    for (const std::string& line : s.examples) text += "  " + line + "\n";
+    return text;
+}
+
+std::string sheet_json(const std::vector<const element_sheet*>& sheets) {
+    json list = json::array();
+    for (const element_sheet* s : sheets) {
+        json one = head_json(*s);
+        one["description"] = s->description;
+        one["small_signal"] = s->small_signal;
+        for (const part& p : parts) one[std::string(p.key)] = words_json(s->*p.member, p);
+        one["examples"] = s->examples;
+        list.push_back(std::move(one));
+    }
+    return list.dump(2) + "\n";
+}
+
+std::string page_name(const element_sheet& s) { return s.family + "_" + s.name + ".md"; }
+
+std::string sheet_markdown(const element_sheet& s) {
+    std::string text = "# `" + s.name + "`\n\n" + markdown_escaped(s.summary()) + "\n\n";
+    text += "Family `" + s.family + "` (" + std::string(family_title(s.family)) + "), group " + s.group + ".\n\n";
+    for (const std::string& line : signature(s)) text += "    " + line + "\n";
+    if (s.description.size() > 1) text += "\n";
+    for (std::size_t i = 1; i < s.description.size(); ++i) text += "- " + markdown_escaped(s.description[i]) + "\n";
+    for (const part& p : parts) {
+        const std::vector<sheet_word>& words = s.*p.member;
+        if (words.empty()) continue;
+        text += "\n## " + std::string(p.title) + "\n\n";
+        if (is_output(p)) text += "In a deck: `" + deck_form(p, s) + "`.\n\n";
+        std::string head = "| Name |", rule = "|---|";
+        const auto column = [&](bool is_there, std::string_view title) {
+            if (!is_there) return;
+            head += " " + std::string(title) + " |";
+            rule += "---|";
+        };
+        column(p.kinds, "Kind");
+        column(p.values, "If not given");
+        column(true, "Unit");
+        column(true, "Meaning");
+        text += head + "\n" + rule + "\n";
+        for (const sheet_word& w : words) {
+            text += "| `" + w.word + "` |";
+            if (p.kinds) text += " " + w.kind + " |";
+            if (p.values) text += " " + w.value + " |";
+            text += (w.unit.empty() ? " |" : " " + w.unit + " |") + " " + markdown_escaped(w.text) + " |\n";
+        }
+    }
+    if (!s.examples.empty()) text += "\n## Example\n\n";
+    for (const std::string& line : s.examples) text += "    " + line + "\n";
+    return text;
+}
+
+std::string index_markdown(const std::vector<element_sheet>& sheets) {
+    std::string text =
+        "# Elements\n\nWhat the installed libraries hold. `tnl list` and `tnl describe ELEMENT` show the same in the\n"
+        "terminal; these pages are written by `tnl describe --all --md -o docs/elements` from the comments of the\n"
+        "element files in `models/`.\n";
+    walk(
+        sheets,
+        [&](const element_sheet& s) {
+            std::string title(family_title(s.family));
+            title[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(title[0])));
+            text += "\n## " + title + " (`" + s.statement + "`)\n";
+        },
+        [&](const element_sheet& s) { text += "\n### " + s.group + "\n\n| Name | |\n|---|---|\n"; },
+        [&](const element_sheet& s) {
+            text += "| [`" + s.name + "`](" + page_name(s) + ") | " + markdown_escaped(s.summary()) + " |\n";
+        });
+    return text;
+}
+
+}  // namespace cli

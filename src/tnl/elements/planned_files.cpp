@@ -1,0 +1,171 @@
+#include "tnl/elements/planned_files.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+#include <utility>
+
+#include "base/words.h"
+#include "tnl/elements/element_doc.h"
+
+namespace cli {
+
+namespace {
+
+// "i_of_R1": what, and of whom. Nothing behind a word without "_of_".
+struct cut_item {
+    std::string_view quantity, owner;
+};
+cut_item cut(std::string_view item) {
+    const std::size_t at = item.find("_of_");
+    if (at == std::string_view::npos) return {item, {}};
+    return {item.substr(0, at), item.substr(at + 4)};
+}
+
+// Quantities that do not depend on an element's own words.
+struct known_quantity {
+    std::string_view word, unit;
+};
+constexpr known_quantity known_quantities[] = {
+    {"time", "s"}, {"frequency", "Hz"}, {"harmonic", ""}, {"nodev", "V"},       {"nodev_ac", "V"},
+    {"var", ""},   {"var_ac", ""},      {"xvar", ""},     {"xvar_ac", ""},      {"dvar", ""},
+    {"glbl", ""},  {"pwr_elec", "W"},   {"phase", "deg"}, {"pwr_elec_ac", "W"},
+};
+
+// The unit that an entry's definition of an output variable shows: a current, a power, a node's voltage.
+std::string unit_of_definition(std::string_view value) {
+    if (value.starts_with("cur(")) return "A";
+    if (value.starts_with("pwr")) return "W";
+    if (value.starts_with("nodev")) return "V";
+    return {};
+}
+
+// What the element's entry says of this word: its description, else the definition.
+std::string unit_in_entry(const library_entry& entry, const library_form& form, std::string_view word) {
+    const element_doc doc = doc_of(entry);
+    if (const word_doc* w = find_word(doc, word)) return w->unit;
+    const entry_lines lines = lines_of(entry, form);
+    for (const std::string_view list : {"outvar:", "outvar_ac:"})
+        for (const name_and_value& p : pairs_of(lines, list))
+            if (p.name == word) return unit_of_definition(p.value);
+    return {};
+}
+
+// Where a deck says what a word stands for; built once, as a deck may have thousands of each.
+struct deck_names {
+    const deck_view& deck;
+    std::vector<std::pair<std::string_view, std::string_view>> outvars;  // name and definition, in deck order
+    std::unordered_map<std::string_view, std::string_view> definition;
+    std::unordered_map<std::string, int> statement;  // of an instance or model of this name
+
+    explicit deck_names(const deck_view& deck_) : deck(deck_) {
+        const file_chr& s = deck.statements;
+        const statement_range circuit = circuit_range(deck);
+        for (int i = circuit.begin; i < circuit.end; ++i) {
+            if (library_of(i) >= 0) statement.try_emplace(value_of(deck, i, "name"), i);
+            for (int j = 1; s.begins(i, "outvar:") && j + 1 < s.n_words(i); j += 2) {
+                outvars.emplace_back(s.word(i, j), s.word(i, j + 1));
+                definition.try_emplace(s.word(i, j), s.word(i, j + 1));
+            }
+        }
+    }
+    int library_of(int i_statement) const {  // -1: neither an element nor a model
+        const std::string_view first = deck.statements.word(i_statement, 0);
+        const int element = find_library(&library_form::statement, first);
+        return element >= 0 ? element : find_library(&library_form::model, first);
+    }
+};
+
+std::string unit_of_item(const deck_names& names, const installed_libraries& libraries, const cut_item& item) {
+    for (const known_quantity& q : known_quantities)
+        if (q.word == item.quantity) return std::string(q.unit);
+    const auto found = names.statement.find(std::string(item.owner));
+    if (found == names.statement.end()) return {};
+    const int library = names.library_of(found->second);
+    const installed_library& all = libraries.library[library];
+    const auto at = all.position.find(value_of(names.deck, found->second, "type"));
+    if (at == all.position.end()) return {};
+    return unit_in_entry(all.entries[static_cast<std::size_t>(at->second)], library_forms[library], item.quantity);
+}
+
+std::string unit_of_word(const deck_names& names, const installed_libraries& libraries, std::string_view word) {
+    cut_item item = cut(word);
+    auto meant = names.definition.find(word);
+    if (meant == names.definition.end() && item.quantity == "mag") meant = names.definition.find(item.owner);
+    if (meant != names.definition.end()) item = cut(meant->second);
+    return unit_of_item(names, libraries, item);
+}
+
+// The word behind solve_type of the block in which a statement stands.
+std::string block_kind(const deck_view& deck, int i_statement) {
+    const file_chr& s = deck.statements;
+    for (const statement_range& block : solve_ranges(deck))
+        for (int i = block.begin; i_statement >= block.begin && i_statement < block.end && i < block.end; ++i)
+            if (s.begins(i, "solve_type") && s.n_words(i) > 1) return std::string(s.word(i, 1));
+    return {};
+}
+
+// The value of `key` in the statements of the range that begin with `first`, as a number; `otherwise` where there is
+// none, not a number for a word that is none.
+double number_in(const deck_view& deck, statement_range range, std::string_view first, std::string_view key,
+                 double otherwise) {
+    double value = otherwise;
+    for (int i = range.begin; i < range.end; ++i)
+        if (deck.statements.begins(i, first))
+            if (const std::string word = value_of(deck, i, key); !word.empty() && !is_double(word, value)) value = NAN;
+    return value;
+}
+
+// Whether the file has the row before the first solution: its block starts from nothing, and the file begins with it.
+bool begins_with_guess(const deck_view& deck, const written_file& file) {
+    const file_chr& s = deck.statements;
+    for (const statement_range& block : solve_ranges(deck)) {
+        if (file.i_statement < block.begin || file.i_statement >= block.end) continue;
+        for (int i = block.begin; i < block.end; ++i)
+            if (s.begins(i, "initial_sol") && s.n_words(i) > 1 && s.word(i, 1) != "initialize") return false;
+        statement_range output{file.i_statement, file.i_statement};
+        while (output.begin > block.begin && !s.begins(output.begin, "begin_output")) --output.begin;
+        while (output.end < block.end && !s.begins(output.end, "end_output")) ++output.end;
+        const double start = number_in(deck, block, "method:", "t_start", 0);
+        return value_of(deck, file.i_statement, "append", 2) != "yes" &&
+               number_in(deck, output, "control:", "out_tstart", start) <= start;
+    }
+    return false;
+}
+
+bool has_column(const written_file& file, std::string_view word) {
+    return std::find(file.columns.begin(), file.columns.end(), word) != file.columns.end();
+}
+
+}  // namespace
+
+std::string unit_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word) {
+    return unit_of_word(deck_names(deck), libraries, word);
+}
+
+std::vector<record_file> planned_files(const deck_view& deck, const installed_libraries& libraries) {
+    const deck_names names(deck);
+    std::vector<record_file> files;
+    for (const written_file& file : written_files(deck)) {
+        record_file planned;
+        planned.path = file.path;
+        planned.kind = block_kind(deck, file.i_statement);
+        planned.begins_with_guess = planned.kind == "trns" && begins_with_guess(deck, file);
+        if (has_column(file, "harmonic")) planned.kind = "fourier";
+        if (!file.rows) planned.kind = has_column(file, "parms") ? "parms" : "solution";
+        if (planned.is_table() && !has_column(file, "all_nodes"))
+            for (const std::string& word : file.columns) {
+                if (word != "all_outvars") {
+                    planned.columns.push_back({word, unit_of_word(names, libraries, word)});
+                    continue;
+                }
+                for (const auto& [name, value] : names.outvars)
+                    if (!cut(value).quantity.ends_with("_ac"))
+                        planned.columns.push_back({std::string(name), unit_of_word(names, libraries, name)});
+            }
+        files.push_back(std::move(planned));
+    }
+    return files;
+}
+
+}  // namespace cli

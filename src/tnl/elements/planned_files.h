@@ -1,0 +1,19 @@
+// planned_files.h -- the files that a deck's run will write, with the units of their columns.
+#pragma once
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tnl/deck/deck_view.h"
+#include "tnl/deck/installed.h"
+
+namespace cli {
+
+// Unit of a word behind variables:, an output variable or an item of a sweep; empty when it has none or nothing tells.
+std::string unit_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word);
+
+// All that is known of the deck's files before the run, in deck order, each once. Columns are empty for files without
+// rows and for all_nodes, whose columns the simulator chooses.
+std::vector<record_file> planned_files(const deck_view& deck, const installed_libraries& libraries);
+
+}  // namespace cli

@@ -1,0 +1,245 @@
+#include "tnl/plot/plot_runs.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+
+#include "tnl/common/exit_status.h"
+#include "tnl/results/measure.h"
+#include "tnl/results/open_run.h"
+
+namespace cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct named_run {
+    std::string word;  // as typed
+    opened_run run;
+    std::list<std::pair<const record_file*, result_table>> loaded;  // files that were looked into
+};
+
+result_table& table_of(named_run& r, const record_file& file) {
+    for (auto& [f, table] : r.loaded)
+        if (f == &file) return table;
+    return r.loaded.emplace_back(&file, load_table(r.run, file)).second;
+}
+
+// Without the rows when the record tells the columns.
+result_table columns_of(named_run& r, const record_file& file) {
+    if (file.columns.empty()) return table_of(r, file);
+    result_table names;
+    names.columns = file.columns;
+    return names;
+}
+
+// A word for a curve: a column, or an expression over some.
+struct wanted_curve {
+    std::string word;                // as typed
+    std::vector<std::string> names;  // of the columns that it needs
+    std::optional<expression> made;  // none: the column itself
+    std::string name() const { return made ? made->label : word; }
+};
+
+bool has_all(const result_table& table, const wanted_curve& c) {
+    return std::all_of(c.names.begin(), c.names.end(),
+                       [&](const std::string& n) { return find_column(table, n) >= 0; });
+}
+
+int n_columns_of(named_run& r, const record_file& file, const std::vector<wanted_curve>& curves) {
+    const result_table table = columns_of(r, file);
+    return static_cast<int>(
+        std::count_if(curves.begin(), curves.end(), [&](const wanted_curve& c) { return has_all(table, c); }));
+}
+
+std::vector<const record_file*> tables_of(const named_run& r, const plot_wish& wish) {
+    std::vector<const record_file*> files;
+    for (const record_file& file : r.run.record.files)
+        if (file.is_table() && (wish.file.empty() || file.path == wish.file)) files.push_back(&file);
+    return files;
+}
+
+std::vector<std::string> words_of(const std::vector<wanted_curve>& curves) {
+    std::vector<std::string> words;
+    for (const wanted_curve& c : curves) words.push_back(c.word);
+    return words;
+}
+
+// "out.dat, wave.dat"
+std::string listed(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& w : words) text += (text.empty() ? "" : ", ") + w;
+    return text;
+}
+
+bool is_column(std::list<named_run>& runs, const plot_wish& wish, const std::string& word) {
+    for (named_run& r : runs)
+        for (const record_file* file : tables_of(r, wish))
+            if (find_column(columns_of(r, *file), word) >= 0) return true;
+    return false;
+}
+
+[[noreturn]] void refuse_word(std::list<named_run>& runs, const plot_wish& wish, const std::string& word) {
+    if (runs.size() == 1 && tables_of(runs.front(), {}).empty())
+        throw file_error(runs.front().word + " has no row files" + why_none(runs.front().run));
+    std::string text = word + " is neither a column nor a run; columns are";
+    for (named_run& r : runs)
+        for (const record_file* file : tables_of(r, wish)) {
+            std::vector<std::string> names;
+            for (const record_column& c : columns_of(r, *file).columns) names.push_back(c.name);
+            text += "\n  " + file->path + ": " + listed(names);
+        }
+    throw usage_error(text);
+}
+
+// The word as an expression over columns that there are. Throws usage_error.
+wanted_curve curve_of(std::list<named_run>& runs, const plot_wish& wish, const std::string& word) {
+    if (is_column(runs, wish, word)) return {word, {word}, {}};
+    // A name and nothing else is no expression: it is misspelt.
+    if (word.find_first_of("+-*/^()$`'\"= ") == std::string::npos) refuse_word(runs, wish, word);
+    wanted_curve c{word, {}, parse_expression(word)};
+    if (!c.made->relations.empty()) throw usage_error(word + " is a comparison; tnl assert tells whether it holds");
+    c.names = c.made->names;
+    if (c.names.empty()) throw usage_error(word + " has no column in it");
+    for (const std::string& name : c.names)
+        if (!is_column(runs, wish, name)) refuse_word(runs, wish, name);
+    return c;
+}
+
+// Position of the curve among the columns of the table, where an expression becomes a new one; -1: the table lacks one.
+int place_of(const wanted_curve& c, result_table& table) {
+    if (!c.made) return find_column(table, c.word);
+    if (!has_all(table, c)) return -1;
+    std::vector<double> values;
+    std::string unit;
+    try {
+        for (std::size_t k = 0; k < table.n_curves(); ++k) {
+            const row_values part = evaluate_rows(*c.made, table, k);
+            values.insert(values.end(), part.value.begin(), part.value.end());
+            unit = part.unit == "%" ? "" : part.unit;
+        }
+    } catch (const measure_error& fault) {
+        throw file_error(c.word + ": " + fault.what() + " (" + table.path + ")");
+    }
+    add_column(table, {c.name(), unit}, values);
+    return static_cast<int>(table.n_columns()) - 1;
+}
+
+// The file with most of the columns, and among equals the finest.
+const record_file& file_for(named_run& r, const std::vector<wanted_curve>& columns, const plot_wish& wish) {
+    const std::vector<const record_file*> files = tables_of(r, wish);
+    if (files.empty() && !wish.file.empty()) {
+        std::vector<std::string> names;
+        for (const record_file& f : r.run.record.files)
+            if (f.is_table()) names.push_back(f.path);
+        throw usage_error(r.word + " has no row file " + wish.file + "; it has " + listed(names));
+    }
+    if (files.empty()) throw file_error(r.word + " has no row files" + why_none(r.run));
+    const record_file* best = nullptr;
+    int most = -1;
+    for (const record_file* file : files) {
+        const int n = n_columns_of(r, *file, columns);
+        if (n > most || (n == most && is_finer(*file, *best))) best = file, most = n;
+    }
+    if (most < 1 && !columns.empty())
+        throw usage_error(r.word + " has none of the columns " + listed(words_of(columns)));
+    return *best;
+}
+
+std::string name_of(const named_run& r, const std::list<named_run>& runs) {
+    const auto last = [](const std::string& word) {
+        fs::path path(word);
+        if (!path.has_filename()) path = path.parent_path();
+        return path.filename().string();
+    };
+    const auto same = [&](const named_run& other) { return last(other.word) == last(r.word); };
+    return std::count_if(runs.begin(), runs.end(), same) > 1 ? r.word : last(r.word);
+}
+
+}  // namespace
+
+plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish& wish) {
+    std::list<named_run> runs;
+    std::vector<wanted_curve> columns;
+    std::error_code error;
+    for (const std::string& word : words) {
+        if (runs.empty() && word == "-")
+            throw usage_error(
+                "- is standard input to tnl run, measure and assert; plot draws a run, a deck that was run "
+                "or a row file");
+        if (!runs.empty() && is_column(runs, wish, word))
+            columns.push_back({word, {word}, {}});
+        else if (runs.empty() || fs::exists(word, error) || fs::exists(word + ".run", error))
+            runs.push_back({word, open_run(word), {}});
+        else
+            columns.push_back(curve_of(runs, wish, word));
+    }
+    plotted_runs out;
+    out.choice = wish.choice;
+    for (const std::vector<std::string>& panel : wish.panels) {
+        out.choice.panels.emplace_back();
+        for (const std::string& word : panel) {
+            const wanted_curve c = curve_of(runs, wish, word);
+            if (std::none_of(columns.begin(), columns.end(), [&](const wanted_curve& o) { return o.word == word; }))
+                columns.push_back(c);
+            out.choice.panels.back().push_back(c.name());
+        }
+    }
+    std::vector<wanted_curve> wanted = columns;
+    if (!wish.x.empty()) wanted.push_back({wish.x, {wish.x}, {}});
+    std::string title;
+    for (named_run& r : runs) {
+        const record_file& file = file_for(r, wanted, wish);
+        std::vector<std::string> others;
+        for (const record_file* f : tables_of(r, wish))
+            if (f != &file) others.push_back(f->path);
+        if (!others.empty() && wish.file.empty())
+            out.notes.push_back(r.word + ": shown is " + file.path + "; --file takes also " + listed(others));
+        if (const std::string end = how_it_ended(r.run); !end.empty()) out.notes.push_back(r.word + ": " + end);
+
+        result_table& loaded = table_of(r, file);
+        if (loaded.n_rows() == 0) throw file_error(fs::path(loaded.path).lexically_normal().string() + " has no rows");
+        out.tables.push_back(std::move(loaded));
+        result_table& table = out.tables.back();
+        plot_source source;
+        source.table = &table;
+        source.run = runs.size() > 1 ? name_of(r, runs) : "";
+        source.x = wish.x.empty() ? x_column_of(table) : find_column(table, wish.x);
+        if (columns.empty()) source.columns = drawn_columns(table, source.x);
+        for (const wanted_curve& c : columns)
+            if (const int j = place_of(c, table); j >= 0) source.columns.push_back(j);
+        if (!wish.x.empty() && source.x < 0) throw usage_error(table.path + " has no column " + wish.x);
+        if (source.columns.empty())
+            throw usage_error(columns.empty() ? table.path + " has no column besides that of the x axis"
+                                              : table.path + " has none of the columns " + listed(words_of(columns)));
+        if (table.kind == "ac") out.choice.log_x = true;
+        out.sources.push_back(std::move(source));
+        if (&r == &runs.front()) title = r.run.record.title;
+        if (r.run.record.title != title) title.clear();
+    }
+    const auto x_of = [](const plot_source& s) {
+        return s.x < 0 ? record_column{"row", ""} : s.table->columns[static_cast<std::size_t>(s.x)];
+    };
+    const record_column first = x_of(out.sources.front());
+    for (const plot_source& s : out.sources) {
+        const record_column x = x_of(s);
+        if (x.unit != first.unit && !x.unit.empty() && !first.unit.empty())
+            throw usage_error("the x axes differ: " + first.name + ", " + first.unit + " in " +
+                              out.sources.front().table->path + " and " + x.name + ", " + x.unit + " in " +
+                              s.table->path);
+        if ((s.table->kind == "fourier") != (out.sources.front().table->kind == "fourier"))
+            throw usage_error("harmonics and curves do not go into one picture: " + out.sources.front().table->path +
+                              ", " + s.table->path);
+    }
+    for (const wanted_curve& c : columns) {
+        const auto has = [&](const plot_source& s) { return has_all(*s.table, c); };
+        if (std::none_of(out.sources.begin(), out.sources.end(), has))
+            throw usage_error("no row file has all of the columns " + listed(words_of(columns)) + "; " + c.word +
+                              " is in another one");
+    }
+    if (out.choice.title.empty()) out.choice.title = title;
+    return out;
+}
+
+}  // namespace cli

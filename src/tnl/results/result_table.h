@@ -1,0 +1,38 @@
+// result_table.h -- a row file in memory.
+#pragma once
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tnl/common/run_record.h"
+
+namespace cli {
+
+// Rows of numbers; blank lines between them part the curves. Row i has values[i * n_columns] and the following.
+struct result_table {
+    std::string path;                       // of the file, for messages
+    std::string kind;                       // of its record_file; empty: unknown
+    bool begins_with_guess = false;         // as in its record_file
+    std::vector<record_column> columns;     // [n_columns]
+    std::vector<double> values;             // [n_rows * n_columns]
+    std::vector<std::size_t> first_row{0};  // [n_curves + 1] rows of curve k: first_row[k] .. first_row[k + 1] - 1
+
+    std::size_t n_columns() const { return columns.size(); }
+    std::size_t n_rows() const { return first_row.back(); }
+    std::size_t n_curves() const { return first_row.size() - 1; }
+    double at(std::size_t row, std::size_t column) const { return values[row * n_columns() + column]; }
+};
+
+// Columns get the names "c1", "c2" ... A last line without line end is dropped, as a run that was cut may have left it
+// unfinished; nan and inf are numbers. Throws file_error when a line holds other things than numbers, or more or less
+// of them than the first row; the text begins with line first_line of the file.
+result_table read_result_table(std::string_view text, const std::string& path, long long first_line = 1);
+
+// One value a row. The table has rows.
+void add_column(result_table& table, const record_column& column, const std::vector<double>& values);
+
+// Number of a column by its name; an integer from 1 counts columns. -1 if there is none.
+int find_column(const result_table& table, std::string_view name);
+
+}  // namespace cli
