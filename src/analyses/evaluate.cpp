@@ -107,18 +107,18 @@ void find_rates(run_state& r) {
     const auto find = [&](auto formula) {
         for (std::size_t d = 0; d < n; ++d) rate[d] = formula(d, at_z[d]);
     };
-    if (slv.flag_be)
-        find([=, c = slv.cnst_be](std::size_t, int i) { return (z[i] - z1[i]) * c; });
-    else if (slv.flag_trz)
-        find([=, c = slv.cnst_trz, total_1 = k.total_1.data(), still_1 = k.still_1.data()](std::size_t d, int i) {
+    if (slv.now.flag_be)
+        find([=, c = slv.now.cnst_be](std::size_t, int i) { return (z[i] - z1[i]) * c; });
+    else if (slv.now.flag_trz)
+        find([=, c = slv.now.cnst_trz, total_1 = k.total_1.data(), still_1 = k.still_1.data()](std::size_t d, int i) {
             return (z[i] - z1[i]) * c - (total_1[d] - still_1[d]);
         });
-    else if (slv.flag_gear_fixed || slv.flag_gear_var)
-        find([=, c0 = slv.cnst_gear_0, c1 = slv.cnst_gear_1, c2 = slv.cnst_gear_2](std::size_t, int i) {
+    else if (slv.now.flag_gear_fixed || slv.now.flag_gear_var)
+        find([=, c0 = slv.now.cnst_gear_0, c1 = slv.now.cnst_gear_1, c2 = slv.now.cnst_gear_2](std::size_t, int i) {
             return z[i] * c2 - z1[i] * c0 + z2[i] * c1;
         });
-    else if (slv.flag_bdf2)
-        find([=, c0 = slv.cnst_bdf2_0, c1 = slv.cnst_bdf2_1, c2 = slv.cnst_bdf2_2](std::size_t, int i) {
+    else if (slv.now.flag_bdf2)
+        find([=, c0 = slv.now.cnst_bdf2_0, c1 = slv.now.cnst_bdf2_1, c2 = slv.now.cnst_bdf2_2](std::size_t, int i) {
             return z[i] * c0 - z1[i] * c1 + z2[i] * c2;
         });
     else
@@ -199,7 +199,7 @@ void find_currents(run_state& r, const function_moves& m) {
 
 // Nobody asks for totals before the end of a block whose method has no use for the present ones.
 bool totals_wait(const run_state& r) {
-    return !r.slv.flag_trz && !r.slv.flag_bdf2 && !r.plan.shows_currents && r.slv.i_file_solution < 0;
+    return !r.slv.now.flag_trz && !r.slv.now.flag_bdf2 && !r.plan.shows_currents && r.slv.out.i_file_solution < 0;
 }
 
 // Calls every unit that declares a flag word.
@@ -217,10 +217,10 @@ void call_all(run_state& r) {
 }  // namespace
 
 double method_constant(const solve_class& slv) {
-    if (slv.flag_be) return slv.cnst_be;
-    if (slv.flag_trz) return slv.cnst_trz;
-    if (slv.flag_gear_fixed || slv.flag_gear_var) return slv.cnst_gear_2;
-    return slv.flag_bdf2 ? slv.cnst_bdf2_0 : 0.0;
+    if (slv.now.flag_be) return slv.now.cnst_be;
+    if (slv.now.flag_trz) return slv.now.cnst_trz;
+    if (slv.now.flag_gear_fixed || slv.now.flag_gear_var) return slv.now.cnst_gear_2;
+    return slv.now.flag_bdf2 ? slv.now.cnst_bdf2_0 : 0.0;
 }
 
 namespace {
@@ -293,15 +293,15 @@ void add_trns_terms(run_state& r, bool only_function) {
             x2 = mat.svec_old_2[at(q)];
         }
         double& residual = mat.rhs_m[at(mat.state.row[at(i)])];
-        if (slv.flag_be) {
-            residual -= (x - x1) * slv.cnst_be;
-        } else if (slv.flag_trz) {
+        if (slv.now.flag_be) {
+            residual -= (x - x1) * slv.now.cnst_be;
+        } else if (slv.now.flag_trz) {
             const double f1 = only_function ? 0.0 : mat.state.f_1[at(i)];
-            residual += -(x - x1) * slv.cnst_trz + f1;
-        } else if (slv.flag_gear_fixed || slv.flag_gear_var) {
-            residual += x1 * slv.cnst_gear_0 - x2 * slv.cnst_gear_1 - x * slv.cnst_gear_2;
-        } else if (slv.flag_bdf2) {
-            residual += -x * slv.cnst_bdf2_0 + x1 * slv.cnst_bdf2_1 - x2 * slv.cnst_bdf2_2;
+            residual += -(x - x1) * slv.now.cnst_trz + f1;
+        } else if (slv.now.flag_gear_fixed || slv.now.flag_gear_var) {
+            residual += x1 * slv.now.cnst_gear_0 - x2 * slv.now.cnst_gear_1 - x * slv.now.cnst_gear_2;
+        } else if (slv.now.flag_bdf2) {
+            residual += -x * slv.now.cnst_bdf2_0 + x1 * slv.now.cnst_bdf2_1 - x2 * slv.now.cnst_bdf2_2;
         }
     }
 }
@@ -398,7 +398,7 @@ void find_ebe_cur_trns(run_state& r, bool with_ddt) {
     keep_state_functions(r, false);
 }
 
-bool keeps_all_currents(const run_state& r) { return r.slv.i_file_solution >= 0 || r.c.cct.flag_reset; }
+bool keeps_all_currents(const run_state& r) { return r.slv.out.i_file_solution >= 0 || r.c.cct.flag_reset; }
 
 void find_left_out_currents(run_state& r) {
     const electrical_runs& e = r.plan.e;

@@ -44,8 +44,8 @@ void find_nextbreak(run_state& r) {
 }
 
 void check_tnext1(run_state& r, double passed) {
-    const double t_lim = r.slv.time_present + r.slv.delt;
-    r.flags.time_given = r.slv.time_present;
+    const double t_lim = r.slv.now.time_present + r.slv.now.delt;
+    r.flags.time_given = r.slv.now.time_present;
     ebce_form_arrays(r);
     gbce_form_arrays(r);
     r.flags.nexttime = 1;
@@ -53,7 +53,8 @@ void check_tnext1(run_state& r, double passed) {
         for (int u = 0; u < unit.n; ++u) {
             // A unit without limit_tstep would not be heard.
             if (!has(flag.limit_tstep, unit, u)) continue;
-            if (!has(flag.save_history, unit, u) && units.time_nextbreak[at(u)] - r.slv.time_present > passed) continue;
+            if (!has(flag.save_history, unit, u) && units.time_nextbreak[at(u)] - r.slv.now.time_present > passed)
+                continue;
             if (t_lim < units.time_nextbreak[at(u)] && !has(flag.save_history, unit, u)) continue;
             r.flags.time_nextbreak = r.flags.t_end;
             ask(u);
@@ -64,16 +65,16 @@ void check_tnext1(run_state& r, double passed) {
 
 void check_tnext2(run_state& r) {
     solve_class& slv = r.slv;
-    if (slv.delt == slv.delt_min) return;
-    double t_lim = slv.time_present + slv.delt;
+    if (slv.now.delt == slv.method.delt_min) return;
+    double t_lim = slv.now.time_present + slv.now.delt;
     for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, const auto& units, auto) {
         for (int u = 0; u < unit.n; ++u) {
             const double t = units.time_nextbreak[at(u)];
             if (!has(flag.limit_tstep, unit, u) || t_lim < t) continue;
-            if (t - slv.time_present >= slv.delt_min - 1e-15) t_lim = t;
+            if (t - slv.now.time_present >= slv.method.delt_min - 1e-15) t_lim = t;
         }
     });
-    slv.delt = t_lim - slv.time_present;
+    slv.now.delt = t_lim - slv.now.time_present;
 }
 
 double shorten_to_breaks(run_state& r, double smallest) {
@@ -81,11 +82,12 @@ double shorten_to_breaks(run_state& r, double smallest) {
     double t_jump = std::numeric_limits<double>::infinity();
     for_limiting_families(r, [&](const unit_core& unit, const entry_flags& flag, const auto& units, auto) {
         for (int u = 0; u < unit.n; ++u) {
-            const double ahead = units.time_nextbreak[at(u)] - slv.time_present;
+            const double ahead = units.time_nextbreak[at(u)] - slv.now.time_present;
             if (!has(flag.limit_tstep, unit, u) || !(ahead > 0.01 * smallest)) continue;
             const bool jumps = units.break_jumps[at(u)] != 0;
             if (jumps) t_jump = std::min(t_jump, units.time_nextbreak[at(u)]);
-            slv.delt = std::min(slv.delt, jumps && ahead > 2 * smallest ? ahead - smallest : std::max(ahead, smallest));
+            slv.now.delt =
+                std::min(slv.now.delt, jumps && ahead > 2 * smallest ? ahead - smallest : std::max(ahead, smallest));
         }
     });
     return t_jump;
@@ -95,7 +97,7 @@ double trbdf2_constant(double g) { return (4 * g - 3 * g * g - 2) / (12 * (2 - g
 
 bool trzbdf2_1(run_state& r) {
     solve_class& slv = r.slv;
-    const double g = slv.trbdf2_gamma;
+    const double g = slv.method.trbdf2_gamma;
     double sum = 0.0;
     auto add = [&](double d0, double d1, double d2) {
         const double e = (1 / g) * d2 - (1 / g) * (1 / (1 - g)) * d1 + (1 / (1 - g)) * d0;
@@ -109,12 +111,12 @@ bool trzbdf2_1(run_state& r) {
     const state_rows& s = r.mat.state;
     for (int i = 0; i < s.n(); ++i) add(s.f_now[at(i)], s.f_1[at(i)], s.f_2[at(i)]);
     const double norm = std::sqrt(sum);
-    const double ratio = norm * (2 * std::fabs(trbdf2_constant(g)) * slv.delt) / slv.trbdf2_tolr;
-    const double h_est = slv.delt * std::pow(ratio, -0.333333333);
+    const double ratio = norm * (2 * std::fabs(trbdf2_constant(g)) * slv.now.delt) / slv.method.trbdf2_tolr;
+    const double h_est = slv.now.delt * std::pow(ratio, -0.333333333);
     if (!(ratio < 2.0)) {  // a ratio that is no number tells nothing of the step
-        slv.delt_new = 0.9 * h_est;
+        slv.now.delt_new = 0.9 * h_est;
         return false;
     }
-    slv.delt_new = std::min(0.9 * h_est, 2 * slv.delt);
+    slv.now.delt_new = std::min(0.9 * h_est, 2 * slv.now.delt);
     return true;
 }

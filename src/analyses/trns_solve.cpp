@@ -13,9 +13,11 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // The very first solve fixes the order of elimination, on every try of it.
-bool fixes_order(const solve_class& slv) { return slv.iter_trns_1 == 0 && !slv.flag_bdf2; }
+bool fixes_order(const solve_class& slv) { return slv.now.iter_trns_1 == 0 && !slv.now.flag_bdf2; }
 
-bool dump_step(const solve_class& slv) { return slv.wrt_debug_smat && slv.iter_trns_1 == slv.iter_debug_trns - 1; }
+bool dump_step(const solve_class& slv) {
+    return slv.method.wrt_debug_smat && slv.now.iter_trns_1 == slv.method.iter_debug_trns - 1;
+}
 
 // svec_ls is free behind a solve.
 void reset_blocks(run_state& r) {
@@ -34,7 +36,7 @@ void after_converged(run_state& r) {
 
 void find_currents_trns(run_state& r) {
     find_ebe_cur_trns(r, true);
-    const bool first = r.slv.iter_trns_1 == 0;
+    const bool first = r.slv.now.iter_trns_1 == 0;
     if (first || keeps_all_currents(r)) find_left_out_currents(r);
     if (!first) return;
     find_waiting_currents(r);
@@ -46,43 +48,44 @@ void solve_newton_trns(run_state& r) {
     newton_limits limits = block_limits(r, "solve_newton_trns", "trns_newt");
     limits.fix_order = fixes_order(slv);
     limits.dump = dump_step(slv);
-    limits.hold_factors = slv.nr_approx && slv.iter_trns_1 >= slv.iter_trns_nrapprox && !limits.fix_order;
+    limits.hold_factors =
+        slv.method.nr_approx && slv.now.iter_trns_1 >= slv.method.iter_trns_nrapprox && !limits.fix_order;
     if (r.flags.event_restart) {
         // Steps about an event are so much shorter that no other step's factors serve them, nor theirs any other.
         const double constant = method_constant(slv);
-        limits.hold_factors = limits.hold_factors && constant == slv.factored_constant;
-        if (!limits.hold_factors) slv.factored_constant = constant;
+        limits.hold_factors = limits.hold_factors && constant == slv.now.factored_constant;
+        if (!limits.hold_factors) slv.now.factored_constant = constant;
     }
     newton(r, limits);
-    if (slv.l_converged) after_converged(r);
+    if (slv.now.l_converged) after_converged(r);
 }
 
 void solve_linear_trns(run_state& r) {
     solve_linear(r, fixes_order(r.slv), dump_step(r.slv), "solve_linear_trns", "trns_lin");
-    r.slv.l_converged = 1;
+    r.slv.now.l_converged = 1;
     after_converged(r);
 }
 
 void gmin_step_trns_1(run_state& r) {
     solve_class& slv = r.slv;
-    slv.l_gmin_done = 0;
-    ++slv.n_gmin_total;
+    slv.now.l_gmin_done = 0;
+    ++slv.now.n_gmin_total;
     clear_solvec(r);
     newton_limits limits = gmin_limits(slv, "gmin_step_trns_1");
     limits.dump = false;  // the chosen step's system is that of its Newton solve
-    for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
-        slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
-        r.flags.gmin = slv.gmin_present;
-        limits.fix_order = slv.iter_gmin == 0;
+    for (slv.now.iter_gmin = 0; slv.now.iter_gmin < slv.method.gmin_npoints; ++slv.now.iter_gmin) {
+        slv.now.gmin =
+            interp_log(slv.method.gmin_start, slv.method.gmin_end, slv.now.iter_gmin, slv.method.gmin_npoints);
+        r.flags.gmin = slv.now.gmin;
+        limits.fix_order = slv.now.iter_gmin == 0;
         newton(r, limits);
-        if (!slv.l_converged)
-            halt({"gmin_step_trns_1:", "   N-R iterations did not converge.",
-                  line("   gmin_present=", slv.gmin_present), line("   1/gmin_present=", 1.0 / slv.gmin_present),
-                  "   Halting..."});
+        if (!slv.now.l_converged)
+            halt({"gmin_step_trns_1:", "   N-R iterations did not converge.", line("   gmin_present=", slv.now.gmin),
+                  line("   1/gmin_present=", 1.0 / slv.now.gmin), "   Halting..."});
     }
-    slv.l_converged = 1;
-    slv.l_gmin_done = 1;
-    slv.iter_gmin = -1;
+    slv.now.l_converged = 1;
+    slv.now.l_gmin_done = 1;
+    slv.now.iter_gmin = -1;
     ebce_form_arrays(r);
     find_ebe_cur_trns(r, false);
     if (r.c.cct.flag_save_history) save_history(r);
@@ -94,7 +97,7 @@ void find_functions_trns(run_state& r) {
     find_block_functions(r);
     // A block that goes on from a solution knows the currents of its capacitors; one that starts from nothing has none.
     kcl_derivatives& k = r.mat.kcl_ddt;
-    const bool from_solution = r.slv.init_previous || r.slv.init_file;
+    const bool from_solution = r.slv.task.init_previous || r.slv.task.init_file;
     for (int d = 0; d < k.n(); ++d)
         k.total[at(d)] = from_solution ? r.c.ebeu.cur_nd[at(k.terminal[at(d)])] : k.still[at(d)];
 }
@@ -112,6 +115,6 @@ void gbce_modulo(run_state& r) {
         const std::size_t i = at(r.mat.offs.gvar + n);
         const double shift = wrapped - r.mat.svec_old_1[i];
         r.mat.svec[i] = r.mat.svec_old_1[i] = wrapped;
-        if (r.slv.flag_be || r.slv.flag_trz) r.mat.svec_old_2[i] += shift;
+        if (r.slv.now.flag_be || r.slv.now.flag_trz) r.mat.svec_old_2[i] += shift;
     }
 }

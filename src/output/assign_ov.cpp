@@ -98,10 +98,10 @@ bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, doubl
             value = c.gprm.greal[at(v.index)];
             return true;
         case prefix_vary:
-            value = item_value(c, slv.vary[at(v.index)].item);
+            value = item_value(c, slv.task.vary[at(v.index)].item);
             return true;
         case prefix_vary_sync:
-            value = item_value(c, slv.vary_sync[at(v.index)].item);
+            value = item_value(c, slv.task.vary_sync[at(v.index)].item);
             return true;
         default:
             break;

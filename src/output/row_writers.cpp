@@ -34,7 +34,7 @@ void put_columns(const solve_class& slv, out_file& file) {
     if (file.data_type == out_analog)
         for (double x : file.value) out.put(x);
     else
-        put_levels(out, file.level, slv.offset_dgtl);
+        put_levels(out, file.level, slv.method.offset_dgtl);
     out.end_row();
 }
 
@@ -56,7 +56,7 @@ void start_file(out_file& file) {
 }  // namespace
 
 void open_out_files(solve_class& slv) {
-    for (out_file& file : slv.files) {
+    for (out_file& file : slv.out.files) {
         file.n_lines = file.append ? file_count_lines(file.path) : 0;
         file.stream = std::make_unique<row_file>();
         file.stream->open(file.path, file.append);
@@ -65,14 +65,14 @@ void open_out_files(solve_class& slv) {
 }
 
 void close_out_files(solve_class& slv) {
-    for (out_file& file : slv.files) {
+    for (out_file& file : slv.out.files) {
         if (file.stream) file.stream->close();
         file.stream.reset();
     }
 }
 
 void count_line(solve_class& slv, int i_file, const char* writer) {
-    out_file& file = slv.files[at(i_file)];
+    out_file& file = slv.out.files[at(i_file)];
     if (file.n_lines >= file.limit_lines)
         halt({line(writer, ": limit_lines is exceeded."),
               line("  index_solve = ", slv.index_solve, ", i_file = ", i_file), "  Halting..."});
@@ -88,8 +88,8 @@ void put_levels(row_file& out, const std::vector<int>& level, double offset) {
 }
 
 void write_dc(solve_class& slv, const circuit& c, const flags_class&) {
-    for (int i_file = 0; i_file < static_cast<int>(slv.files.size()); ++i_file) {
-        out_file& file = slv.files[at(i_file)];
+    for (int i_file = 0; i_file < static_cast<int>(slv.out.files.size()); ++i_file) {
+        out_file& file = slv.out.files[at(i_file)];
         if (!gets_rows(file)) continue;
         count_line(slv, i_file, "write_dc");
         read_columns(slv, c, file, "write_dc");
@@ -99,8 +99,8 @@ void write_dc(solve_class& slv, const circuit& c, const flags_class&) {
 
 void write_trns(solve_class& slv, const circuit& c, int mode, double t) {
     constexpr const char* me = "write_trns";
-    for (int i_file = 0; i_file < static_cast<int>(slv.files.size()); ++i_file) {
-        out_file& file = slv.files[at(i_file)];
+    for (int i_file = 0; i_file < static_cast<int>(slv.out.files.size()); ++i_file) {
+        out_file& file = slv.out.files[at(i_file)];
         if (!gets_rows(file) || (mode != rows_all && mode != file.data_type)) continue;
         if (file.fourier) {
             read_values(slv, c, file, me);

@@ -132,7 +132,7 @@ void solve_points(run_state& r) {
         solve_trns(r);
     else
         run_dc_sweeps(r);
-    if (r.slv.i_file_solution < 0) return;
+    if (r.slv.out.i_file_solution < 0) return;
     ebce_form_arrays(r);
     if (r.slv.dc) find_ebe_cur_dc(r);
     if (r.slv.startup) find_ebe_cur_startup(r);
@@ -160,22 +160,22 @@ void read_block(run_state& r, int index) {
     solve_class& slv = r.slv;
     circuit& c = r.c;
     const bool debug = c.cf.output.debug;
-    slv.n_gmin_total = 0;
+    slv.now.n_gmin_total = 0;
     slv.index_solve = index;
     r.flags.n_solve_lin = 0;
-    slv.i_vary_last = slv.i_sync_last = -1;
+    slv.now.i_vary_last = slv.now.i_sync_last = -1;
     if (debug) say(line("main: index_solve = ", index));
     r.flags.init_flags();
     method_default(slv, c, r.flags);
     if (debug) say("main: calling slv.set_values");
     set_values(slv, index, c, r.flags);
     if (debug) say("main: slv.set_values done");
-    r.flags.gmin = slv.gmin_end;
-    r.flags.flag_debug_int = slv.flag_debug_int;
-    r.mat.e.zero_piv = slv.zero_piv;
-    r.mat.e.gauss_epsln = slv.gauss_epsln;
-    r.mat.e.debug_gauss_1 = slv.debug_gauss_1;
-    r.mat.e.debug_gauss_2 = slv.debug_gauss_2;
+    r.flags.gmin = slv.method.gmin_end;
+    r.flags.flag_debug_int = slv.method.flag_debug_int;
+    r.mat.e.zero_piv = slv.method.zero_piv;
+    r.mat.e.gauss_epsln = slv.method.gauss_epsln;
+    r.mat.e.debug_gauss_1 = slv.method.debug_gauss_1;
+    r.mat.e.debug_gauss_2 = slv.method.debug_gauss_2;
     check_solve_leftovers(c.cf, index);
     check_available(slv);
 }
@@ -188,19 +188,19 @@ void solve_block(run_state& r) {
         define_method_type(slv, c.cct);
     }
     open_out_files(slv);
-    if (!slv.set_parm.empty()) r.flags.set_parm = 1;
+    if (!slv.task.set_parm.empty()) r.flags.set_parm = 1;
     set_parm(slv, c);
     one_time_parms(r);
     r.flags.set_parm = 0;
     if (c.cf.output.debug) say("main: one_time_parms done");
     if (solves(slv)) solve_points(r);
-    if (slv.i_file_solution >= 0) write_solution(slv, c, r.flags);
-    if (slv.i_file_parms >= 0) write_parms(slv, c);
+    if (slv.out.i_file_solution >= 0) write_solution(slv, c, r.flags);
+    if (slv.out.i_file_parms >= 0) write_parms(slv, c);
     write_fourier(slv);
     close_out_files(slv);
     slv.previous_solve_type = slv.solve_type;
     if (solves(slv)) slv.flag_prev_solution_exists = int_T;
-    if (slv.gmin_step && slv.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.n_gmin_total));
+    if (slv.method.gmin_step && slv.now.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.now.n_gmin_total));
     delete_arrays(slv);
 }
 

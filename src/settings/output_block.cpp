@@ -14,15 +14,15 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 // A word that asks for a file of its own kind; it stands alone in `variables:`.
 struct reserved_word {
     std::string_view word;
-    int solve_class::*i_file;
+    int solve_outputs::*i_file;
     int content;
 };
 constexpr reserved_word reserved_words[] = {
-    {"solution", &solve_class::i_file_solution, out_solution},
-    {"solution_ac", &solve_class::i_file_solution_ac, out_solution_ac},
-    {"parms", &solve_class::i_file_parms, out_parms},
-    {"all_nodes", &solve_class::i_file_all_nodes, out_rows},
-    {"all_outvars", &solve_class::i_file_all_outvars, out_rows},
+    {"solution", &solve_outputs::i_file_solution, out_solution},
+    {"solution_ac", &solve_outputs::i_file_solution_ac, out_solution_ac},
+    {"parms", &solve_outputs::i_file_parms, out_parms},
+    {"all_nodes", &solve_outputs::i_file_all_nodes, out_rows},
+    {"all_outvars", &solve_outputs::i_file_all_outvars, out_rows},
 };
 const reserved_word* find_reserved(std::string_view word) {
     for (const reserved_word& r : reserved_words)
@@ -205,8 +205,8 @@ std::vector<output_block> find_output_blocks(solve_class& slv, const block_text&
             const reserved_word* r = find_reserved(block.cf.text.word(b.variables, k));
             if (r == nullptr) continue;
             if (n > 1) halt({line("Check syntax of ", r->word, " output block.")});
-            if (slv.*r->i_file >= 0) halt({line("Only one ", r->word, " file is allowed as output.")});
-            slv.*r->i_file = static_cast<int>(blocks.size());
+            if (slv.out.*r->i_file >= 0) halt({line("Only one ", r->word, " file is allowed as output.")});
+            slv.out.*r->i_file = static_cast<int>(blocks.size());
         }
         blocks.push_back(b);
     }
@@ -239,7 +239,7 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
     if (!file.vars.empty() && file.vars[0].prefix <= prefix_mag && is_digital(file.vars[0].kind))
         file.data_type = out_digital;
     check_postproc(file, slv);
-    slv.files.push_back(std::move(file));
+    slv.out.files.push_back(std::move(file));
 }
 
 // ---- tests of the whole block
@@ -277,9 +277,9 @@ void check_nyquist(const out_file& file, const solve_class& slv) {
 }  // namespace
 
 void check_files(solve_class& slv, const flags_class& flags) {
-    for (out_file& file : slv.files) {
+    for (out_file& file : slv.out.files) {
         if (file.out_tstart == not_given_time) file.out_tstart = flags.t_start;
-        if (file.out_tend == not_given_time) file.out_tend = flags.t_end + slv.time_epsilon;
+        if (file.out_tend == not_given_time) file.out_tend = flags.t_end + slv.method.time_epsilon;
         if (slv.ac && file.flag_min_phase && file.flag_max_phase)
             halt({"solve_class: cannot specify both min-phase", "   and max-phase in output blocks. Halting..."});
         if (file.fourier) check_fourier(file, slv);

@@ -30,6 +30,6 @@ TEST(write_trns, allocates_nothing) {
     const long before = n_allocations;
     for (int i = 0; i <= 2000; ++i) write_trns(r.slv, r.c, rows_all, 1.0 / 2000 * i);
     EXPECT_EQ(n_allocations, before);
-    EXPECT_GT(r.slv.files[2].sums.now, fourier_sums::summing) << "both ends of the span were passed";
+    EXPECT_GT(r.slv.out.files[2].sums.now, fourier_sums::summing) << "both ends of the span were passed";
     EXPECT_GT(before, 0);
 }

@@ -38,7 +38,7 @@ std::vector<double> steps(double from, double to, int n) {
 }
 
 double amplitude(const block_run& r, int k) {
-    const out_file& f = r.slv.files[0];
+    const out_file& f = r.slv.out.files[0];
     return std::hypot(f.sums.cosine.at(at(k)), f.sums.sine.at(at(k))) / (0.5 * f.period_fourier);
 }
 
@@ -79,7 +79,7 @@ TEST(fourier, of_two_tones_gives_their_amplitudes_as_the_mean_of_each_step_sees_
 TEST(fourier, of_a_span_that_ends_a_tolerance_behind_the_run_is_the_same) {
     const temp_folder folder;
     const block_run r = summed("n_fourier=3", steps(0, 1, 1000), two_tones);
-    EXPECT_EQ(r.slv.files[0].out_tend, 1.0 + 1e-13);
+    EXPECT_EQ(r.slv.out.files[0].out_tend, 1.0 + 1e-13);
     EXPECT_NEAR(amplitude(r, 1), 0.9999950652, 5e-11);
     EXPECT_NEAR(amplitude(r, 3), 0.2999866761, 5e-11);
     EXPECT_LT(amplitude(r, 2), 1e-12);
@@ -219,7 +219,7 @@ TEST(fourier, sums_of_random_points_equal_the_sums_over_the_polygon_in_the_span)
         std::sort(t.begin(), t.end());
         for (std::size_t i = 0; i < t.size(); ++i) x.push_back(number(rng) - 0.5);
         block_run r = with_blocks(trns_cards + fourier_file("n_fourier=3"));
-        out_file& f = r.slv.files[0];
+        out_file& f = r.slv.out.files[0];
         f.out_tstart = t1;
         f.out_tend = t2;
         open_out_files(r.slv);

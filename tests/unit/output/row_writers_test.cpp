@@ -64,7 +64,7 @@ TEST(write_dc, writes_each_swept_value_beside_its_row) {
     block_run r =
         solved(dc + "vary_parm r_of_R2 type table 5 6\n" + out_block("filename a.dat\nvariables: r_of_R2 r2\n"));
     open_out_files(r.slv);
-    for (int i = 0; i < r.slv.n_sweep; ++i) {
+    for (int i = 0; i < r.slv.task.n_sweep; ++i) {
         vary_parm(r.slv, r.c, i);
         write_dc(r.slv, r.c, r.flags);
     }
@@ -106,7 +106,7 @@ TEST(write_dc, refuses_phases_magnitudes_and_digital_kinds) {
     block_run r = solved(dc + out_block("filename a.dat\nvariables: vout\n"));
     open_out_files(r.slv);
     for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_xvar}, int{ov_pwr_elec_ac}, int{ov_none}}) {
-        r.slv.files[0].vars[0].kind = kind;
+        r.slv.out.files[0].vars[0].kind = kind;
         EXPECT_HALT(write_dc(r.slv, r.c, r.flags), not_mapped);
     }
 }
@@ -157,7 +157,7 @@ TEST(open_out_files, counts_the_lines_of_a_file_that_it_continues) {
     write_file("a.dat", "1\n2\n3\n");
     block_run r = solved(dc + out_block("filename a.dat append=yes limit_lines=4\nvariables: vout\n"));
     open_out_files(r.slv);
-    EXPECT_EQ(r.slv.files[0].n_lines, 3);
+    EXPECT_EQ(r.slv.out.files[0].n_lines, 3);
     write_dc(r.slv, r.c, r.flags);
     EXPECT_TRUE(run_and_listen([&] { write_dc(r.slv, r.c, r.flags); }).stopped);
     EXPECT_EQ(read_file("a.dat"), "1\n2\n3\n 6.666667e+00 \n");

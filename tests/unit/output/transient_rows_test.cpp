@@ -198,7 +198,7 @@ TEST(write_trns, serves_the_data_types_that_the_mode_names) {
 TEST(write_trns, asks_for_levels_in_digital_files_only) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat"));
-    r.slv.files[0].data_type = out_digital;
+    r.slv.out.files[0].data_type = out_digital;
     open_out_files(r.slv);
     write_trns(r.slv, r.c, rows_analog, 0.1);
     const char* const text = "assign_ov_dgtl: check output variables (digital)\n   Halting...\n";
@@ -237,9 +237,9 @@ TEST(write_trns, refuses_phases_magnitudes_and_kinds_that_an_analog_row_cannot_h
     open_out_files(r.slv);
     for (int i_file : {0, 1})
         for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_xvar}, int{ov_pwr_elec_ac}, int{ov_none}}) {
-            r.slv.files[at(i_file)].vars[0].kind = kind;
+            r.slv.out.files[at(i_file)].vars[0].kind = kind;
             EXPECT_HALT(write_trns(r.slv, r.c, rows_analog, 0.0), not_mapped);
-            r.slv.files[at(i_file)].vars[0].kind = ov_nodev;
+            r.slv.out.files[at(i_file)].vars[0].kind = ov_nodev;
         }
 }
 
@@ -247,7 +247,7 @@ TEST(write_trns, leaves_files_of_other_contents_alone) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + out_block("filename s.dat\nvariables: solution\n") +
                               out_block("filename p.dat limit_lines=0\nvariables: parms\n") + vout_file("pp.dat"));
-    r.slv.files[2].postproc = true;
+    r.slv.out.files[2].postproc = true;
     open_out_files(r.slv);
     write_points(r, tenths);
     close_out_files(r.slv);
