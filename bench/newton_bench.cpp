@@ -8,7 +8,7 @@
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
 #include "analyses/solution_vector.h"
-#include "installed_circuit.h"
+#include "circuit_from_text.h"
 #include "measure.h"
 #include "run/driver.h"
 

@@ -10,7 +10,7 @@
 #include "analyses/newton.h"
 #include "analyses/run_state.h"
 #include "analyses/solution_vector.h"
-#include "installed_circuit.h"
+#include "circuit_from_text.h"
 #include "run/driver.h"
 #include "sparse/pattern.h"
 

@@ -215,8 +215,7 @@ private:
             const method_value* v = given(rule);
             if (v == nullptr || v->text != "yes") continue;
             for (const deck_element& e : d_.elements) {
-                if (e.type == nullptr || std::none_of(e.type->basics.begin(), e.type->basics.end(), acts_at_once))
-                    continue;
+                if (e.type == nullptr || !e.type->jumps) continue;
                 d_.report.warning("event-restart", v->at,
                                   std::string(rule) + " loses its accuracy wherever " + e.name + " (" + e.type->name +
                                       ") acts, as it goes on from the currents before",
@@ -228,12 +227,10 @@ private:
 
     void check_dc() {
         for (const deck_element& e : d_.elements)
-            if (e.type != nullptr)
-                for (const std::string& basic : e.type->basics)
-                    if (refuses_dc(basic))
-                        d_.report.error("no-dc", {s_.type_line, 1},
-                                        "a dc block cannot stand with " + e.name + " (" + e.type->name + ")",
-                                        "find the state to start from with solve_type startup");
+            if (e.type != nullptr && e.type->refuses_dc)
+                d_.report.error("no-dc", {s_.type_line, 1},
+                                "a dc block cannot stand with " + e.name + " (" + e.type->name + ")",
+                                "find the state to start from with solve_type startup");
     }
 
     // ---- where the iteration starts

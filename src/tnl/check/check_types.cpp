@@ -126,13 +126,12 @@ private:
         has_current_ = sheet.has_current;
         type_.limits_step = type_.limits_step || sheet.limits_step;
         type_.nonlinear = type_.nonlinear || sheet.nonlinear;
-        bool special = false;
-        for (const basic_branch& b : basic_branches())
-            if (b.element == name && library_forms[library].begin == "ebe") {
-                type_.branches.push_back({outside(std::string(b.from)), outside(std::string(b.to)), b.kind});
-                special = true;
-            }
-        for (std::size_t j = 1; j < sheet.node.size() && !special; ++j)
+        model_rules rules = rules_of(entry, library_forms[library]);
+        type_.refuses_dc = type_.refuses_dc || rules.refuses_dc;
+        type_.jumps = type_.jumps || rules.jumps;
+        std::move(rules.limits.begin(), rules.limits.end(), std::back_inserter(type_.limits));
+        for (const type_branch& b : rules.branches) type_.branches.push_back({outside(b.from), outside(b.to), b.kind});
+        for (std::size_t j = 1; j < sheet.node.size() && rules.branches.empty(); ++j)
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
         for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));
     }
@@ -147,47 +146,6 @@ private:
 
 bool has(const std::vector<std::string>& list, std::string_view word) {
     return std::find(list.begin(), list.end(), word) != list.end();
-}
-
-const std::vector<basic_branch>& basic_branches() {
-    using k = branch_kind;
-    static const std::vector<basic_branch> all = {
-        {"vsrcdc", "p", "n", k::voltage},
-        {"vsrcac", "p", "n", k::voltage},
-        {"vsrcac_ramp", "p", "n", k::voltage},
-        {"vpulse", "p", "n", k::voltage},
-        {"clock", "p", "n", k::voltage},
-        {"triangle_1", "p", "n", k::voltage},
-        {"pwl20", "p", "n", k::voltage},
-        {"vsrc_1", "p", "n", k::voltage},
-        {"vcvs", "p", "n", k::voltage},
-        {"ccvs", "p", "n", k::voltage},
-        {"ammeter", "p", "n", k::voltage},
-        {"ammeter_fb", "p", "n", k::voltage},
-        {"isrcac", "p", "n", k::current},
-        {"ipulse", "p", "n", k::current},
-        {"isrc_1", "p", "n", k::controlled_current},
-        {"vccs", "p", "n", k::controlled_current},
-        {"cccs", "p", "n", k::controlled_current},
-        {"c", "p", "n", k::capacitor},
-        {"c1", "p", "n", k::capacitor},
-        {"l", "p", "n", k::inductor},
-        {"xfmr", "p1", "n1", k::inductor},
-        {"xfmr", "p2", "n2", k::inductor},
-        {"xfmr_2w_ideal", "p1", "n1", k::winding},
-        {"xfmr_2w_ideal", "p2", "n2", k::winding},
-    };
-    return all;
-}
-
-bool refuses_dc(std::string_view basic_element) {
-    return basic_element == "thyristor_g" || basic_element == "sampler1" || basic_element == "pll_1a";
-}
-
-bool acts_at_once(std::string_view basic_element) {
-    constexpr std::string_view all[] = {"switch_e",      "switch_g1", "thyristor_g", "r_time",
-                                        "cmprtr_hyst_1", "cmprtr_2",  "sampler1"};
-    return std::find(std::begin(all), std::end(all), basic_element) != std::end(all);
 }
 
 const element_type* element_types::find(int library, std::string_view name) {

@@ -64,9 +64,10 @@ int describe_command(const describe_options& options) {
         const deck_source source = read_deck_source(options.deck);
         const own_composites own = own_composites_of(source);
         if (own.entries.empty()) throw deck_error(options.deck + " has no composites of its own");
+        const installed_libraries all = with_own(std::move(libraries), own);
         sheets.clear();
         for (const own_entry& e : own.entries) {
-            sheets.push_back(sheet_of(e.entry, e.library));
+            sheets.push_back(sheet_of(e.entry, e.library, all));
             sheets.back().group = place_of(source, e.lines[0].at[0]).file;
         }
         libraries = with_own({}, own);  // for names that are near
