@@ -26,7 +26,8 @@ installation tree(const std::string& script) {
 void write_deck(const std::string& filename, const std::string& initial_sol = "initialize") {
     ::write_file("deck.in",
                  "title: t\nbegin_circuit\neelement name=R1 type=r p=a n=0\nend_circuit\nbegin_solve\n"
-                 "solve_type trns\ninitial_sol " + initial_sol + "\nbegin_output\nfilename " + filename +
+                 "solve_type trns\ninitial_sol " +
+                     initial_sol + "\nbegin_output\nfilename " + filename +
                      "\nvariables: v\nend_output\nend_solve\nend_cf\n");
 }
 
