@@ -12,7 +12,7 @@ work=$(pwd -P)
 for file in /usr/include/CLI/CLI.hpp /usr/include/nlohmann/json.hpp /usr/include/httplib.h /usr/include/gtest/gtest.h; do
     if [ ! -e "$file" ]; then
         echo "$file is missing: the script would install it"
-        exit 0
+        exit 77
     fi
 done
 cp "$source/tnl" tree/tnl

@@ -46,8 +46,8 @@ int describe_methods(const describe_options& options, const method_word* one) {
     std::string text;
     if (options.json)
         text = method_json(words);
-    else if (options.md && one == nullptr)
-        text = method_markdown();
+    else if (options.md)
+        text = one == nullptr ? method_markdown() : method_markdown(*one);
     else
         for (const method_word* m : words) text += (text.empty() ? "" : "\n") + method_text(*m);
     write_output(options.output.empty() ? "-" : options.output, text);

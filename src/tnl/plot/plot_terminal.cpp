@@ -145,7 +145,7 @@ int draw_curve(canvas& c, const plot_series& s, const frame& f, const axis& y, i
 
 int draw_sticks(canvas& c, const plot_series& s, const frame& f, const axis& y, int series) {
     int last = -1;
-    const double wide = c.columns * c.nx - 1, high = c.rows * c.ny - 1, foot = y.place(0) * high;
+    const double wide = c.columns * c.nx - 1, high = c.rows * c.ny - 1, foot = std::clamp(y.place(0), 0.0, 1.0) * high;
     double tallest = 0;
     for (std::size_t i = 0; i < s.x.size(); ++i) {
         const double at = f.x.place(s.x[i]) * wide, top = y.place(s.y[i]) * high;

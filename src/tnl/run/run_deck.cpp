@@ -234,6 +234,7 @@ run_result run_deck(const run_options& options, const installation& where) {
     if (!fs::exists(where.program)) throw file_error("the simulator is missing: " + where.program.string());
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());
     check_output_names(run.deck, run.folder, options.force);
+    name_inside(run.deck, run.folder);
     check_input_names(run.deck);
     check_own_composites(run.deck);
 
