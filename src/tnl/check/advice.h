@@ -21,6 +21,8 @@ struct advice_pattern {
 std::span<const advice_text> advice_texts();
 std::span<const advice_pattern> advice_patterns();
 
+// Whether the pieces of a pattern stand in the text in their order; value: what the first '*' stands for.
+bool fits(std::string_view text, std::string_view pattern, std::string* value = nullptr);
 // nullptr if no row fits.
 const advice_text* find_advice(std::string_view message);
 // Rows whose pattern shares most words with the text, the best first; for pieces of a message, and misspelt ones.

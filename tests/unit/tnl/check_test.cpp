@@ -307,7 +307,7 @@ TEST(check_deck, says_nothing_about_nodes_of_an_unknown_type) {
 
 TEST(check_deck, doubts_values_by_the_unit_of_the_library_alone) {
     installed_libraries libraries;
-    const int eels = find_library(&library_form::file, "eels.aux");
+    const int eels = find_library(&cli::library_form::file, "eels.aux");
     const auto with_doc = [&](const std::string& doc) {
         libraries.library[eels].entries = {{"x", "ece name=x\nmainnodes: p n\n" + doc + "rparms: v=1\nendece\n"}};
         libraries.library[eels].position = {{"x", 0}};
@@ -378,13 +378,13 @@ TEST(report_json, holds_what_the_text_says) {
 }
 
 TEST(basic_branches, name_elements_and_terminals_that_are_installed) {
-    const installed_library& ebes = installed().library[find_library(&library_form::file, "ebes.aux")];
+    const installed_library& ebes = installed().library[find_library(&cli::library_form::file, "ebes.aux")];
     for (const basic_branch& b : basic_branches()) {
         const auto at = ebes.position.find(b.element);
         ASSERT_NE(at, ebes.position.end()) << b.element;
         const library_entry& entry = ebes.entries[static_cast<std::size_t>(at->second)];
         bool found = false;
-        for (const words& w : lines_of(entry, library_forms[find_library(&library_form::file, "ebes.aux")]))
+        for (const words& w : lines_of(entry, library_forms[find_library(&cli::library_form::file, "ebes.aux")]))
             if (w[0] == "nodes:") found = find_word_1(w, b.from) > 0 && find_word_1(w, b.to) > 0;
         EXPECT_TRUE(found) << b.element;
     }
@@ -392,7 +392,7 @@ TEST(basic_branches, name_elements_and_terminals_that_are_installed) {
 
 // An element that fixes a voltage or a current, or that is open or short in dc, must have its rows in basic_branches().
 TEST(basic_branches, hold_every_installed_element_whose_terminal_current_does_not_follow_from_voltages) {
-    const int ebes = find_library(&library_form::file, "ebes.aux");
+    const int ebes = find_library(&cli::library_form::file, "ebes.aux");
     for (const library_entry& entry : installed().library[ebes].entries) {
         const auto& all = basic_branches();
         const bool listed =
@@ -415,7 +415,7 @@ TEST(basic_branches, hold_every_installed_element_whose_terminal_current_does_no
 TEST(element_types, know_which_variables_an_element_writes) {
     element_types types(installed());
     const auto driven = [&](const char* word, const char* name) {
-        const element_type* t = types.find(find_library(&library_form::statement, word), name);
+        const element_type* t = types.find(find_library(&cli::library_form::statement, word), name);
         std::string all;
         if (t != nullptr)
             for (const std::string& v : t->driven) all += (all.empty() ? "" : " ") + v;
