@@ -170,7 +170,7 @@ void solve_block(run_state& r) {
         define_offs_solvec(r.mat, c, analysis_of(slv));
         define_method_type(slv, c.cct);
     }
-    open_out_files(slv);
+    open_out_files(slv, c);
     if (!slv.task.set_parm.empty()) r.flags.set_parm = 1;
     set_parm(slv, c);
     one_time_parms(r);
