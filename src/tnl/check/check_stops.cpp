@@ -24,9 +24,10 @@ struct told_stop {
 };
 
 struct stop_kind {
-    std::string_view pattern;       // of the text, as in advice.h
-    const char* code;               // nullptr: another check tells it
-    const char* message = nullptr;  // with @ for the word, % for the value, ^ for the statement's first word
+    std::string_view pattern;  // of the text, as in advice.h
+    const char* code;          // nullptr: another check tells it
+    // @ the word, % the value, ^ the statement's first word, $ the type of the block
+    const char* message = nullptr;
     const char* advice = "";
     std::string_view settings = {};  // words, the first of which that the block has is the place
     void (*tell)(checked_deck&, const told_stop&, const stop_kind&) = nullptr;  // where there is more to say
@@ -43,6 +44,8 @@ std::string message_of(const checked_deck& d, const told_stop& s, std::string_vi
             text += s.value;
         else if (c == '^')
             text += s.at.statement < 0 ? "" : d.word(s.at.statement, 0);
+        else if (c == '$')
+            text += s.block == nullptr ? "" : s.block->type;
         else
             text += c;
     return text;
@@ -193,7 +196,7 @@ constexpr stop_kind kinds[] = {
     {"Cannot have any other vary_parm", "bad-sweep", "a sweep of type auto stands alone in its block", "", "auto"},
     {"n_points must be identical", "bad-sweep",
      "all vary_parm_sync statements of a block need the same number of points", "", "vary_parm_sync"},
-    {"vary_parm*is not allowed in", "misplaced", "^ is not allowed in this kind of block",
+    {"vary_parm*is not allowed in", "misplaced", "^ is not allowed in a $ block",
      "give each value a block of its own, with set_parm"},
     {"filename not found in the initial_sol card", "no-filename", "the name of the file is missing",
      "initial_sol file filename PATH"},

@@ -471,3 +471,16 @@ TEST(near_words, take_swapped_letters_and_capitals_first) {
     EXPECT_EQ(edit_distance("kitten", "sitting"), 3);
     EXPECT_EQ(edit_distance("ab", "ba"), 1);
 }
+
+TEST(check_report, comes_back_whole_from_its_bytes) {
+    const check_report report = check(changed("c=1u", "C=1u q"));
+    const std::optional<check_report> same = unpacked(packed(report), report.deck);
+    ASSERT_TRUE(same.has_value());
+    EXPECT_FALSE(report.faults.empty());
+    EXPECT_EQ(report_text(*same), report_text(report));
+    EXPECT_EQ(same->count, report.count);
+    const std::string bytes = packed(report);
+    for (std::size_t n = 0; n + 3 < bytes.size(); n += 7) (void)unpacked(bytes.substr(0, n), report.deck);
+    EXPECT_FALSE(unpacked("", report.deck).has_value()) << "no answer is no report";
+    EXPECT_FALSE(unpacked(bytes.substr(0, bytes.size() - 1), report.deck).has_value());
+}
