@@ -330,23 +330,26 @@ void check_explicit_outputs(const solve_class& slv, const circuit& c) {
 void check_block(solve_class& slv, const circuit& c, flags_class& flags) {
     for (const out_file& file : slv.out.files)
         if (file.fourier) slv.out.flag_fourier = int_T;
-    check_initial_sol(slv);
-    check_newton_settings(slv, c);
-    if (slv.ssw) find_ssw_period(slv, flags);
-    check_method(slv, c);
-    check_serial_evaluation(slv, c, flags);
+    const auto test = [&](auto check) { reading(c.cf.n_begin_solve[at(slv.index_solve)], check); };
+    test([&] { check_initial_sol(slv); });
+    test([&] { check_newton_settings(slv, c); });
+    if (slv.ssw) test([&] { find_ssw_period(slv, flags); });
+    test([&] { check_method(slv, c); });
+    test([&] { check_serial_evaluation(slv, c, flags); });
     check_files(slv, flags);
-    check_sweeps(slv);
+    test([&] { check_sweeps(slv); });
     check_step_norms(slv);
-    check_ac(slv, c);
-    check_digital_units(slv, c, &solve_class::dc, "dc");
-    check_constant_step(slv, c);
-    check_ssw(slv, c);
+    test([&] { check_ac(slv, c); });
+    test([&] { check_digital_units(slv, c, &solve_class::dc, "dc"); });
+    test([&] { check_constant_step(slv, c); });
+    test([&] { check_ssw(slv, c); });
     switch_off_ignored(slv, c);
     slv.now.delt = slv.method.delt_const;
-    if (!slv.method.matrix_sparse1 || slv.method.matrix_superlu)
-        halt({"solve_class: gauss elim method not specified correctly.", "   Halting.."});
-    check_explicit_outputs(slv, c);
+    test([&] {
+        if (!slv.method.matrix_sparse1 || slv.method.matrix_superlu)
+            halt({"solve_class: gauss elim method not specified correctly.", "   Halting.."});
+    });
+    test([&] { check_explicit_outputs(slv, c); });
 }
 
 std::vector<std::string_view> time_rule_words() {

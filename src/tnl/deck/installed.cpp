@@ -79,10 +79,13 @@ deck_needs needs_of(const entry_name& entry, const installed_libraries& librarie
 }
 
 deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries) {
+    return needs_of(deck, libraries, circuit_range(deck));
+}
+
+deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries, statement_range circuit) {
     deck_needs needs;
     follow walk{libraries, needs, {}};
     const file_chr& f = deck.statements;
-    const statement_range circuit = circuit_range(deck);
     for (int i = 0; i < f.n_lines(); ++i) {
         const std::string_view word = f.n_words(i) > 0 ? f.word(i, 0) : std::string_view();
         for (int j = 2; j < f.n_words(i) && word == "gstring"; j += 2) needs.files.emplace_back(f.word(i, j));

@@ -37,6 +37,7 @@ struct deck_needs {
 };
 // Follows the type words of element and model statements through the composites; of libraries with the deck's own.
 deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries);
+deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries, statement_range circuit);
 
 deck_needs needs_of(const entry_name& entry, const installed_libraries& libraries);  // of one entry alone
 
