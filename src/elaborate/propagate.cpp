@@ -1,10 +1,9 @@
+#include "base/at.h"
 #include "base/halt.h"
 #include "elaborate/circuit.h"
 #include "elaborate/families.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 template <class T>
 void copy_linked(const row_table<int>& flag, int b, const row_table<T>& from, int i, row_table<T>& to, int u) {
     for (int j = 0; j < flag.size(b); ++j)

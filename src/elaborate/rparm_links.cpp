@@ -1,11 +1,10 @@
 #include "elaborate/rparm_links.h"
 
+#include "base/at.h"
 #include "base/halt.h"
 #include "elaborate/families.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 constexpr family searched[] = {fam_e, fam_gm, fam_d, fam_g, fam_x};
 
 // What differs between writing and reading.

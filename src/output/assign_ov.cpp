@@ -1,8 +1,8 @@
 #include "output/assign_ov.h"
 
-namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
+#include "base/at.h"
 
+namespace {
 // Power absorbed by all units of an instance: currents are positive into a terminal.
 double absorbed_power(const circuit& c, int i_eelu) {
     const row_table<int>& nd = c.ebeu.nd;
