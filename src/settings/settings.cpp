@@ -55,29 +55,6 @@ void get_dmp(solve_class& slv) {
     slv.dmp_newt_max_now = first ? slv.dmp_newt_max_first : slv.trns || slv.ssw ? slv.dmp_newt_max2 : slv.dmp_newt_max;
 }
 
-// Variable-step Gear-2 is the derivative of the parabola through three points; TR-BDF2 as by Bank et al. (1985) with
-// the second stage at t + h.
-void find_trns_constants(solve_class& slv) {
-    const double h = slv.delt, h1 = slv.delt_old_2, g = slv.trbdf2_gamma;
-    if (slv.flag_be) slv.cnst_be = 1.0 / h;
-    if (slv.flag_trz) slv.cnst_trz = 2.0 / h;
-    if (slv.flag_gear_fixed) {
-        slv.cnst_gear_0 = 2.0 / h;
-        slv.cnst_gear_1 = 0.5 / h;
-        slv.cnst_gear_2 = 1.5 / h;
-    }
-    if (slv.flag_gear_var) {
-        slv.cnst_gear_0 = (h + h1) / (h * h1);
-        slv.cnst_gear_1 = h / (h1 * (h + h1));
-        slv.cnst_gear_2 = (2.0 * h + h1) / (h * (h + h1));
-    }
-    if (slv.trbdf2) {
-        slv.cnst_bdf2_0 = (2.0 - g) / (h * (1.0 - g));
-        slv.cnst_bdf2_1 = 1.0 / ((1.0 - g) * g * h);
-        slv.cnst_bdf2_2 = (1.0 - g) / (g * h);
-    }
-}
-
 // Decks give hertz, models and systems take rad/s; this is the one place between them.
 void assign_freq_array(solve_class& slv) {
     const double rad_per_s = math_cnst_class{}.twopi;
