@@ -7,6 +7,10 @@
 #include "base/halt.h"
 #include "elaborate/families.h"
 
+using B = element_table;
+using I = instance_core;
+using L = library_lists;
+
 namespace {
 // ---- units from elements ----
 
@@ -31,17 +35,29 @@ struct counted_list {
     std::vector<int>* first;
 };
 
-// All that makes the units of one family from elements, instances, and a numbering.
+// What becomes of the elements of one kind of instance.
 struct flattening {
     const element_table& be;
     const basic_library& lib;
-    const instance_core& inst;
+    instance_core& inst;
+    unit_core& unit;
+    std::vector<int>& first_unit;  // of instances
+    bool with_start_values;
     numbering number;
     std::vector<passed_list> passed;
     std::vector<counted_list> counted;
-    bool with_start_values;
-    unit_core& unit;
-    std::vector<int>& first_unit;  // of instances
+
+    flattening(circuit& c, family fam, const unit_table& t, const numbering& w, std::vector<passed_list> through,
+               std::vector<counted_list> over)
+        : be(c.lib.composites(fam).*t.elements),
+          lib(c.lib.*t.templates),
+          inst(c.instances(fam)),
+          unit(t.units(c)),
+          first_unit(inst.*t.first_unit),
+          with_start_values(t.with_start_values),
+          number(w),
+          passed(std::move(through)),
+          counted(std::move(over)) {}
 
     int element(int u) const {
         const int i = unit.i_inst[at(u)];
@@ -195,21 +211,11 @@ void zeros(std::size_t n, std::vector<T>&... values) {
 }  // namespace
 
 void flatten_ebeu(circuit& c) {
-    using B = element_table;
-    using I = instance_core;
     ebeu_class& u = c.ebeu;
     name_table& ect = c.cct.ect;
-    const flattening f{c.lib.eels.be,
-                       c.lib.ebes,
-                       c.eelu,
-                       {&B::node, &I::nd, ect, ect.lu_to_eu, u.n_nd, u.nd},
+    const flattening f(c, fam_e, family_forms[fam_e].units[0], {&B::node, &I::nd, ect, ect.lu_to_eu, u.n_nd, u.nd},
                        {{&B::dgtl, &I::dgtl, &u.dgtl}, {&B::vr, &I::vr, &u.vr}, {&B::xvr, &I::xvr, &u.xvr}},
-                       {{&library_lists::aux, &u.first_aux},
-                        {&library_lists::auxs, &u.first_auxs},
-                        {&library_lists::locv, &u.first_locv}},
-                       true,
-                       u.unit,
-                       c.eelu.first_unit};
+                       {{&L::aux, &u.first_aux}, {&L::auxs, &u.first_auxs}, {&L::locv, &u.first_locv}});
     flatten(f);
     for (int k = 0; k < u.n(); ++k) {
         if (c.lib.ebes.flag.ground_dummy[at(u.unit.i_lib[at(k)])])
@@ -234,19 +240,14 @@ void flatten_ebeu(circuit& c) {
 }
 
 void flatten_gbeu(circuit& c) {
-    using B = element_table;
-    using I = instance_core;
     gbeu_class& u = c.gbeu;
     name_table& gct = c.cct.gct;
-    flatten({c.lib.gels.be,
-             c.lib.gbes,
-             c.gelu,
+    flatten({c,
+             fam_g,
+             family_forms[fam_g].units[0],
              {&B::vr, &I::vr, gct, gct.lu_to_eu, u.n_vr, u.vr},
              {{&B::xvr, &I::xvr, &u.xvr}},
-             {{&library_lists::aux, &u.first_aux}},
-             true,
-             u.unit,
-             c.gelu.first_unit});
+             {{&L::aux, &u.first_aux}}});
     gct.n_eu = u.n_vr;
     zeros(at(u.n_vr), u.val_vr, u.val_vr_new);
     zeros(u.vr.data.size(), u.vr_in, u.vr_in_new);
@@ -262,19 +263,10 @@ void link_general_variables(circuit& c) {
 }
 
 void flatten_ebau(circuit& c) {
-    using B = element_table;
-    using I = instance_core;
     ebau_class& u = c.ebau;
     name_table& ect = c.cct.ect;
-    const flattening f{c.lib.eels.beac,
-                       c.lib.ebac,
-                       c.eelu,
-                       {&B::node, &I::nd, ect, ect.lu_to_au, u.n_nd, u.nd},
-                       {{&B::vr, &I::vr, &u.vr}},
-                       {{&library_lists::aux, &u.first_aux}},
-                       false,
-                       u.unit,
-                       c.eelu.first_unit_ac};
+    const flattening f(c, fam_e, family_forms[fam_e].units[1], {&B::node, &I::nd, ect, ect.lu_to_au, u.n_nd, u.nd},
+                       {{&B::vr, &I::vr, &u.vr}}, {{&L::aux, &u.first_aux}});
     flatten(f);
     ect.n_au = u.n_nd;
     for (int k = 0; k < u.n(); ++k) {
