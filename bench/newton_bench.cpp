@@ -62,8 +62,8 @@ struct newton_case {
         r.flags.n_solve_lin = 0;
         solve();
         n_iteration = r.flags.n_solve_lin;
-        if (!r.slv.l_converged) std::printf("bench_newton: the circuit does not converge\n");
-        r.slv.iter_newton = 1;
+        if (!r.slv.now.l_converged) std::printf("bench_newton: the circuit does not converge\n");
+        r.slv.now.iter_newton = 1;
         r.mat.svec_old = svec[0];
     }
     void solve() {

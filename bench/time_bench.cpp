@@ -189,7 +189,7 @@ measured run(const std::string& deck) {
     solve_block(r);
     measured m;
     m.us = user_us() - start;
-    m.n_step = r.slv.iter_trns + 1;
+    m.n_step = r.slv.now.iter_trns + 1;
     m.n_iteration = r.flags.n_solve_lin;
     m.n_unknown = r.mat.n_svec;
     return m;

@@ -32,7 +32,7 @@ void find_currents(run_state& r, const function_moves& m) {
 
 // Nobody asks for totals before the end of a block whose method has no use for the present ones.
 bool totals_wait(const run_state& r) {
-    return !r.slv.flag_trz && !r.slv.flag_bdf2 && !r.plan.shows_currents && r.slv.i_file_solution < 0;
+    return !r.slv.now.flag_trz && !r.slv.now.flag_bdf2 && !r.plan.shows_currents && r.slv.out.i_file_solution < 0;
 }
 
 // Currents and local variables at a point of dc or start-up. A template with start-up equations of its own has left its
@@ -114,7 +114,7 @@ void find_ebe_cur_trns(run_state& r, bool with_ddt) {
     keep_state_functions(r, false);
 }
 
-bool keeps_all_currents(const run_state& r) { return r.slv.i_file_solution >= 0 || r.c.cct.flag_reset; }
+bool keeps_all_currents(const run_state& r) { return r.slv.out.i_file_solution >= 0 || r.c.cct.flag_reset; }
 
 void find_left_out_currents(run_state& r) {
     ebce_form_arrays(r);

@@ -23,8 +23,8 @@ void guess(run_state& r, const unit_family<Rows>& f) {
 }
 
 double start_time(const run_state& r) {
-    if (r.slv.startup) return r.slv.t_startup;
-    if (r.slv.dc) return r.slv.t_dc;
+    if (r.slv.startup) return r.slv.method.t_startup;
+    if (r.slv.dc) return r.slv.method.t_dc;
     return r.flags.t_start;
 }
 
@@ -44,12 +44,12 @@ void init_guess(run_state& r) {
 }
 
 void init_sol(run_state& r) {
-    if (r.slv.init_previous) {
+    if (r.slv.task.init_previous) {
         if (!r.slv.flag_prev_solution_exists)
             halt({"init_sol: previous solution does not exist?", "   check initial_sol statement. Halting..."});
     } else {
         clear_solvec(r);
-        if (r.slv.init_file) {
+        if (r.slv.task.init_file) {
             read_solution(r.slv, r.c, r.flags);
         } else {
             set_ig(r.slv, r.c);
@@ -62,40 +62,44 @@ void init_sol(run_state& r) {
 
 void gmin_step_dc_1(run_state& r) {
     solve_class& slv = r.slv;
-    slv.l_gmin_done = 0;
-    ++slv.n_gmin_total;
-    if (slv.gmin_init) clear_solvec(r);
+    slv.now.l_gmin_done = 0;
+    ++slv.now.n_gmin_total;
+    if (slv.method.gmin_init) clear_solvec(r);
     newton_limits limits = gmin_limits(slv, "gmin_step_dc_1");
-    for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
-        slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
-        say(line("gmin_step_dc_1: iter_gmin=", slv.iter_gmin, ", gmin_present=", slv.gmin_present));
-        r.flags.gmin = slv.gmin_present;
-        limits.fix_order = slv.iter_gmin == 0;
+    for (slv.now.iter_gmin = 0; slv.now.iter_gmin < slv.method.gmin_npoints; ++slv.now.iter_gmin) {
+        slv.now.gmin =
+            interp_log(slv.method.gmin_start, slv.method.gmin_end, slv.now.iter_gmin, slv.method.gmin_npoints);
+        say(line("gmin_step_dc_1: iter_gmin=", slv.now.iter_gmin, ", gmin_present=", slv.now.gmin));
+        r.flags.gmin = slv.now.gmin;
+        limits.fix_order = slv.now.iter_gmin == 0;
         newton(r, limits);
-        if (!slv.l_converged) halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
+        if (!slv.now.l_converged) halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
         if (r.c.cct.flag_save_history) save_history(r);
     }
     r.flags.newton_first = 0;
-    slv.l_converged = 1;
-    slv.l_gmin_done = 1;
-    slv.iter_gmin = -1;
+    slv.now.l_converged = 1;
+    slv.now.l_gmin_done = 1;
+    slv.now.iter_gmin = -1;
 }
 
 void solve_dc(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
-    r.flags.time_given = slv.t_dc;
-    slv.l_converged = 1;  // also where there is nothing to solve
+    r.flags.time_given = slv.method.t_dc;
+    slv.now.l_converged = 1;  // also where there is nothing to solve
     if (has_equations(r)) {
-        if (slv.flag_linear) {
+        if (slv.now.flag_linear) {
             solve_linear_dc(r);
         } else {
             solve_newton_dc(r);
-            if (!slv.l_converged && slv.flag_vary_auto && slv.automatic.step_now > slv.automatic.step_min) return;
-            if (!slv.l_converged && slv.gmin_step) {
+            if (!slv.now.l_converged && slv.task.flag_vary_auto &&
+                slv.task.automatic.step_now > slv.task.automatic.step_min)
+                return;
+            if (!slv.now.l_converged && slv.method.gmin_step) {
                 gmin_step_dc_1(r);
-            } else if (!slv.l_converged) {
-                if (slv.flag_vary_auto) halt({"solve_dc: did not converge even with the", "   smallest auto step."});
+            } else if (!slv.now.l_converged) {
+                if (slv.task.flag_vary_auto)
+                    halt({"solve_dc: did not converge even with the", "   smallest auto step."});
                 halt({"solve_dc: N-R did not converge.", "   Halting..."});
             }
         }
@@ -111,14 +115,14 @@ void solve_dc(run_state& r) {
 void solve_startup(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
-    r.flags.time_given = slv.t_startup;
-    slv.l_converged = 1;
+    r.flags.time_given = slv.method.t_startup;
+    slv.now.l_converged = 1;
     if (has_equations(r)) {
-        if (slv.flag_linear) {
+        if (slv.now.flag_linear) {
             solve_linear_dc(r);
         } else {
             solve_newton_dc(r);
-            if (!slv.l_converged) halt({"solve_startup: N-R did not converge.", "   Halting..."});
+            if (!slv.now.l_converged) halt({"solve_startup: N-R did not converge.", "   Halting..."});
         }
     }
     ebce_form_arrays(r);

@@ -5,9 +5,9 @@
 // A rule: dx/dt as a sum of x at the present point and at the two accepted ones before it. The tables that the last two
 // walk are those of the present system.
 struct integration_rule {
-    int solve_class::*on;                  // the rule of the present try; the first row that is on decides
+    int solve_state::*on;                  // the rule of the present try; the first row that is on decides
     void (*find_constants)(solve_class&);  // from the step sizes
-    double solve_class::*factor;           // of x at the present point, 1/s
+    double solve_state::*factor;           // of x at the present point, 1/s
     void (*find_rates)(run_state&);
     void (*add_terms)(run_state&, bool only_function);
 };

@@ -70,7 +70,7 @@ bool line_search(run_state& r, std::string_view who) {
     double norm_0 = 0.0, alpha = 1.0;
     norm_2_avg(mat.n_svec, mat.rhs_m.data(), norm_0);
     bool accepted = false;
-    for (int count = 0; count < r.slv.itmax_line_search && !accepted; ++count) {
+    for (int count = 0; count < r.slv.method.itmax_line_search && !accepted; ++count) {
         for (int i = 0; i < mat.n_svec; ++i) {
             mat.delsvec_ls[at(i)] = alpha * mat.delsvec[at(i)];
             mat.svec[at(i)] = mat.svec_ls[at(i)] + mat.delsvec_ls[at(i)];
@@ -97,17 +97,17 @@ bool line_search(run_state& r, std::string_view who) {
 }
 }  // namespace
 
-bool first_point(const solve_class& slv) { return slv.i_sync <= 0 && slv.i_sweep <= 0; }
+bool first_point(const solve_class& slv) { return slv.now.i_sync <= 0 && slv.now.i_sweep <= 0; }
 
 newton_limits block_limits(run_state& r, std::string_view who, std::string_view tail) {
     get_dmp(r.slv);
     newton_limits limits;
-    limits.itmax = r.slv.itmax_newton_now;
-    limits.damped = r.slv.dmp_now != 0;
-    limits.dmp_k = r.slv.dmp_k_now;
-    limits.dmp_max = r.slv.dmp_newt_max_now;
-    limits.line_search = r.slv.nr_line_search != 0;
-    limits.dump = r.slv.wrt_debug_smat != 0;
+    limits.itmax = r.slv.now.itmax_newton;
+    limits.damped = r.slv.now.dmp != 0;
+    limits.dmp_k = r.slv.now.dmp_k;
+    limits.dmp_max = r.slv.now.dmp_newt_max;
+    limits.line_search = r.slv.method.nr_line_search != 0;
+    limits.dump = r.slv.method.wrt_debug_smat != 0;
     limits.who = who;
     limits.tail = tail;
     return limits;
@@ -115,11 +115,11 @@ newton_limits block_limits(run_state& r, std::string_view who, std::string_view 
 
 newton_limits gmin_limits(const solve_class& slv, std::string_view who) {
     newton_limits limits;
-    limits.itmax = slv.gmin_itmax_newton;
-    limits.damped = slv.gmin_dmp != 0;
-    limits.dmp_k = slv.gmin_dmp_k;
-    limits.dmp_max = slv.gmin_dmp_newt_max;
-    limits.dump = slv.wrt_debug_smat != 0;
+    limits.itmax = slv.method.gmin_itmax_newton;
+    limits.damped = slv.method.gmin_dmp != 0;
+    limits.dmp_k = slv.method.gmin_dmp_k;
+    limits.dmp_max = slv.method.gmin_dmp_newt_max;
+    limits.dump = slv.method.wrt_debug_smat != 0;
     limits.who = who;
     limits.tail = "gmin";
     return limits;
@@ -128,28 +128,28 @@ newton_limits gmin_limits(const solve_class& slv, std::string_view who) {
 void newton(run_state& r, const newton_limits& limits) {
     mat_class& mat = r.mat;
     solve_class& slv = r.slv;
-    slv.l_converged = 0;
-    slv.l_norm_too_large = 0;  // an iterate with a capped exponential leaves what an earlier solve found
-    for (slv.iter_newton = 0; slv.iter_newton < limits.itmax; ++slv.iter_newton) {
+    slv.now.l_converged = 0;
+    slv.now.l_norm_too_large = 0;  // an iterate with a capped exponential leaves what an earlier solve found
+    for (slv.now.iter_newton = 0; slv.now.iter_newton < limits.itmax; ++slv.now.iter_newton) {
         heed_signals();
-        r.flags.newton_first = slv.iter_newton == 0 ? 1 : 0;
+        r.flags.newton_first = slv.now.iter_newton == 0 ? 1 : 0;
         assemble(r, false);
-        const bool fix_order = limits.fix_order && slv.iter_newton == 0;
+        const bool fix_order = limits.fix_order && slv.now.iter_newton == 0;
         if (!fix_order && ran_away(r, limits.who)) break;
-        const bool debug_now = limits.dump && slv.iter_newton == slv.iter_debug_newton - 1;
+        const bool debug_now = limits.dump && slv.now.iter_newton == slv.method.iter_debug_newton - 1;
         if (limits.dump && mat.kind != analysis::trns) say(line(limits.who, ": flag_wrt_debug_smat = T"));
         if (debug_now) {
             if (mat.kind != analysis::trns)
-                say(line(limits.who, ": writing to smat_", limits.tail, ".dat, iter_newton = ", slv.iter_newton));
+                say(line(limits.who, ": writing to smat_", limits.tail, ".dat, iter_newton = ", slv.now.iter_newton));
             write_system(r, line(limits.tail, ".dat"));
             vector_write(mat.n_svec, mat.svec.data(), line("svec_", limits.tail, ".dat"));
-            if (slv.i_file_solution >= 0) write_solution(slv, r.c, r.flags);
+            if (slv.out.i_file_solution >= 0) write_solution(slv, r.c, r.flags);
         }
         solve_for_step(r, fix_order, limits.hold_factors);
         if (debug_now) write_step_and_stop(r, line("delx_", limits.tail, ".dat"), line(limits.who, ": delsvec"));
         if (limits.line_search) {
             if (!line_search(r, limits.who)) break;
-        } else if (limits.damped && slv.iter_newton <= limits.dmp_max) {
+        } else if (limits.damped && slv.now.iter_newton <= limits.dmp_max) {
             for (double& x : mat.delsvec) x *= limits.dmp_k;
         }
         update_sol_1(r);
@@ -159,19 +159,19 @@ void newton(run_state& r, const newton_limits& limits) {
         }
         dcmp_solvec(r);
         check_convergence(mat, r.flags, slv);
-        if (slv.l_norm_too_large) {
+        if (slv.now.l_norm_too_large) {
             say(line(limits.who, ": norm too large."));
-            slv.l_converged = 0;
+            slv.now.l_converged = 0;
             break;
         }
         // Without a test of convergence nobody has looked.
-        if (slv.l_converged && !is_finite(mat.svec)) {
+        if (slv.now.l_converged && !is_finite(mat.svec)) {
             say(line(limits.who, ": NaN found!"));
-            slv.l_converged = 0;
+            slv.now.l_converged = 0;
             break;
         }
-        if (slv.l_converged) break;
-        if (slv.chk_spice) mat.svec_old = mat.svec;
+        if (slv.now.l_converged) break;
+        if (slv.method.chk_spice) mat.svec_old = mat.svec;
     }
     r.flags.newton_first = 0;
 }
@@ -198,12 +198,12 @@ void solve_newton_dc(run_state& r) {
                                    : block_limits(r, "solve_newton_dc", "dc_newt");
     limits.fix_order = first_point(r.slv);
     newton(r, limits);
-    if (r.slv.l_converged && r.c.cct.flag_save_history) save_history(r);
+    if (r.slv.now.l_converged && r.c.cct.flag_save_history) save_history(r);
 }
 
 void solve_linear_dc(run_state& r) {
     const bool startup = r.mat.kind == analysis::startup;
-    solve_linear(r, first_point(r.slv), r.slv.wrt_debug_smat != 0, startup ? "solve_linear_startup" : "solve_linear_dc",
-                 startup ? "startup" : "dc");
+    solve_linear(r, first_point(r.slv), r.slv.method.wrt_debug_smat != 0,
+                 startup ? "solve_linear_startup" : "solve_linear_dc", startup ? "startup" : "dc");
     if (r.c.cct.flag_save_history) save_history(r);
 }

@@ -107,7 +107,7 @@ shown_units find_shown(const run_state& r) {
     const ebeu_class& e = r.c.ebeu;
     const gbeu_class& g = r.c.gbeu;
     shown_units s{std::vector<char>(at(e.n())), std::vector<char>(at(e.n())), std::vector<char>(at(g.n()))};
-    for (const out_file& file : r.slv.files)
+    for (const out_file& file : r.slv.out.files)
         for (const out_var& v : file.vars) {
             if (v.prefix != prefix_none) continue;
             if (v.kind == ov_cur)

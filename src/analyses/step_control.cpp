@@ -39,37 +39,38 @@ void find_nextbreak(run_state& r) {
 }
 
 void check_tnext1(run_state& r, double passed) {
-    const double t_lim = r.slv.time_present + r.slv.delt;
-    r.flags.time_given = r.slv.time_present;
+    const double t_lim = r.slv.now.time_present + r.slv.now.delt;
+    r.flags.time_given = r.slv.now.time_present;
     form_arrays(r);
     const raised on(r.flags.nexttime);
     for_limiting_units(r, [&](auto& f, int u) {
         const double t = f.units.time_nextbreak[at(u)];
-        const bool stays = t - r.slv.time_present > passed || t_lim < t;
+        const bool stays = t - r.slv.now.time_present > passed || t_lim < t;
         if (!stays || f.has(&entry_flags::save_history, u)) ask(r, f, u, r.flags.t_end);
     });
 }
 
 void check_tnext2(run_state& r) {
     solve_class& slv = r.slv;
-    if (slv.delt == slv.delt_min) return;
-    double t_lim = slv.time_present + slv.delt;
+    if (slv.now.delt == slv.method.delt_min) return;
+    double t_lim = slv.now.time_present + slv.now.delt;
     for_limiting_units(r, [&](const auto& f, int u) {
         const double t = f.units.time_nextbreak[at(u)];
-        if (!(t_lim < t) && t - slv.time_present >= slv.delt_min - 1e-15) t_lim = t;
+        if (!(t_lim < t) && t - slv.now.time_present >= slv.method.delt_min - 1e-15) t_lim = t;
     });
-    slv.delt = t_lim - slv.time_present;
+    slv.now.delt = t_lim - slv.now.time_present;
 }
 
 double shorten_to_breaks(run_state& r, double smallest) {
     solve_class& slv = r.slv;
     double t_jump = std::numeric_limits<double>::infinity();
     for_limiting_units(r, [&](const auto& f, int u) {
-        const double t = f.units.time_nextbreak[at(u)], ahead = t - slv.time_present;
+        const double t = f.units.time_nextbreak[at(u)], ahead = t - slv.now.time_present;
         if (!(ahead > 0.01 * smallest)) return;
         const bool jumps = f.units.break_jumps[at(u)] != 0;
         if (jumps) t_jump = std::min(t_jump, t);
-        slv.delt = std::min(slv.delt, jumps && ahead > 2 * smallest ? ahead - smallest : std::max(ahead, smallest));
+        slv.now.delt =
+            std::min(slv.now.delt, jumps && ahead > 2 * smallest ? ahead - smallest : std::max(ahead, smallest));
     });
     return t_jump;
 }

@@ -17,7 +17,7 @@ void solve_and_write(run_state& r) {
         solve_startup(r);
     else
         solve_dc(r);
-    if (r.slv.l_converged) write_dc(r.slv, r.c, r.flags);
+    if (r.slv.now.l_converged) write_dc(r.slv, r.c, r.flags);
 }
 
 // The solutions that later curves of a dc grid start from: one for each level that can step on. A curve whose index at
@@ -44,21 +44,21 @@ struct curve_starts {
 void table_sweep(run_state& r) {
     solve_class& slv = r.slv;
     std::vector<int> m;
-    for (const vary_statement& v : slv.vary) m.push_back(v.range.n);
+    for (const vary_statement& v : slv.task.vary) m.push_back(v.range.n);
     const bool is_grid = m.size() >= 2;
     curve_starts starts;
     starts.saved.resize(is_grid ? m.size() - 1 : 0);
     std::vector<int> ijk(m.size(), 0);
-    for (slv.i_sweep = 0; slv.i_sweep < slv.n_sweep; ++slv.i_sweep) {
-        if (slv.n_sweep > 1) {
+    for (slv.now.i_sweep = 0; slv.now.i_sweep < slv.task.n_sweep; ++slv.now.i_sweep) {
+        if (slv.task.n_sweep > 1) {
             r.flags.vary_parm = 1;
-            vary_parm(slv, r.c, slv.i_sweep);
+            vary_parm(slv, r.c, slv.now.i_sweep);
         }
         one_time_parms(r);
         r.flags.vary_parm = 0;
-        if (is_grid) indx_to_ijk(static_cast<int>(m.size()), m.data(), slv.i_sweep, ijk.data());
+        if (is_grid) indx_to_ijk(static_cast<int>(m.size()), m.data(), slv.now.i_sweep, ijk.data());
         const bool begins_curve = is_grid && !slv.startup && ijk.back() == 0;
-        if (begins_curve && slv.i_sweep > 0) starts.begin_curve(r, ijk);
+        if (begins_curve && slv.now.i_sweep > 0) starts.begin_curve(r, ijk);
         solve_and_write(r);
         if (begins_curve) starts.keep(r, ijk);
     }
@@ -66,21 +66,21 @@ void table_sweep(run_state& r) {
 
 void automatic_sweep(run_state& r) {
     solve_class& slv = r.slv;
-    auto_sweep& a = slv.automatic;
+    auto_sweep& a = slv.task.automatic;
     const bool ascending = a.p_end >= a.p_begin;
     a.p_now = a.p_begin;
     a.step_now = a.step;
     r.mat.svec_prev = r.mat.svec;
-    for (slv.i_sweep = 0; slv.i_sweep < a.itmax_sweep; ++slv.i_sweep) {
+    for (slv.now.i_sweep = 0; slv.now.i_sweep < a.itmax_sweep; ++slv.now.i_sweep) {
         if (ascending ? a.p_now > a.p_end : a.p_now < a.p_end) return;
         r.flags.vary_parm = 1;
-        vary_parm(slv, r.c, slv.i_sweep);
+        vary_parm(slv, r.c, slv.now.i_sweep);
         one_time_parms(r);
         r.flags.vary_parm = 0;
         solve_and_write(r);
-        if (slv.flag_linear) {
+        if (slv.now.flag_linear) {
             a.step_now = a.step;
-        } else if (slv.l_converged) {
+        } else if (slv.now.l_converged) {
             a.step_now = std::min(a.step_now * a.factor_inc, a.step_max);
             r.mat.svec_prev = r.mat.svec;
         } else {
@@ -96,9 +96,9 @@ void automatic_sweep(run_state& r) {
 
 void run_dc_sweeps(run_state& r) {
     solve_class& slv = r.slv;
-    for (slv.i_sync = 0; slv.i_sync < slv.n_sync; ++slv.i_sync) {
-        if (!slv.vary_sync.empty()) vary_parmsync(slv, r.c, slv.i_sync);
-        if (slv.flag_vary_auto)
+    for (slv.now.i_sync = 0; slv.now.i_sync < slv.task.n_sync; ++slv.now.i_sync) {
+        if (!slv.task.vary_sync.empty()) vary_parmsync(slv, r.c, slv.now.i_sync);
+        if (slv.task.flag_vary_auto)
             automatic_sweep(r);
         else
             table_sweep(r);

@@ -22,19 +22,19 @@ constexpr int mode_analog = 5;
 
 void define_method_flags(run_state& r) {
     solve_class& slv = r.slv;
-    slv.flag_trz = slv.trapezoidal || slv.trapezoidal_auto || slv.trbdf2;
-    slv.flag_be = slv.back_euler || slv.back_euler_auto;
-    slv.flag_auto = slv.back_euler_auto || slv.trapezoidal_auto;
-    slv.flag_bdf2 = slv.flag_gear_fixed = slv.flag_gear_var = 0;
-    if (r.c.cct.flag_lmttstep && slv.gear2_fixed)
+    slv.now.flag_trz = slv.method.trapezoidal || slv.method.trapezoidal_auto || slv.method.trbdf2;
+    slv.now.flag_be = slv.method.back_euler || slv.method.back_euler_auto;
+    slv.now.flag_auto = slv.method.back_euler_auto || slv.method.trapezoidal_auto;
+    slv.now.flag_bdf2 = slv.now.flag_gear_fixed = slv.now.flag_gear_var = 0;
+    if (r.c.cct.flag_lmttstep && slv.method.gear2_fixed)
         halt({"solve_trns: cannot use gear2 when", "  step size may be limited", "  by the elements. Halting..."});
 }
 
 void prepare_first_step(run_state& r, event_control& events) {
     solve_class& slv = r.slv;
-    slv.delt = slv.delt_const;
-    set_time_next(r, slv.time_present);
-    const bool breaks = !slv.constant_step && r.c.cct.flag_lmttstep;
+    slv.now.delt = slv.method.delt_const;
+    set_time_next(r, slv.now.time_present);
+    const bool breaks = !slv.method.constant_step && r.c.cct.flag_lmttstep;
     if (breaks) find_nextbreak(r);
     if (events.on()) {
         if (events.choose_step(r) && breaks) events.take_break(r);
@@ -43,9 +43,9 @@ void prepare_first_step(run_state& r, event_control& events) {
         check_tnext2(r);
     }
     keep_point_1(r);
-    if (slv.flag_trz) {
+    if (slv.now.flag_trz) {
         r.flags.trns_first = 1;
-        set_time_next(r, slv.time_present);
+        set_time_next(r, slv.now.time_present);
         find_trns_constants(slv);
         find_functions_trns(r);
         r.flags.trns_first = 0;
@@ -57,12 +57,13 @@ class progress {
 public:
     explicit progress(const solve_class& slv) : slv_(slv) {}
     void tell() {
-        const int pass = slv_.iter_trns;
+        const int pass = slv_.now.iter_trns;
         if (pass == 0) {
             say("Transient simulation starts...");
-            say(slv_.write_time ? line("iter_trns=", pass, " time=", slv_.time_present) : line("i=", pass));
-        } else if (count_ == slv_.n_wrtiterno) {
-            say(slv_.write_time ? line("iter_trns_1=", pass, ", time=", slv_.time_present) : line("i=", pass));
+            say(slv_.method.write_time ? line("iter_trns=", pass, " time=", slv_.now.time_present) : line("i=", pass));
+        } else if (count_ == slv_.method.n_wrtiterno) {
+            say(slv_.method.write_time ? line("iter_trns_1=", pass, ", time=", slv_.now.time_present)
+                                       : line("i=", pass));
             count_ = 0;
         }
         ++count_;
@@ -75,26 +76,27 @@ private:
 
 void begin_analog_step(run_state& r) {
     solve_class& slv = r.slv;
-    if (slv.iter_trns_1 != 0 && r.c.cct.flag_modulo) gbce_modulo(r);
-    if (slv.gear2) slv.delt_old_2 = slv.delt_old_1;
-    if (slv.gear2_fixed && std::fabs(slv.delt - slv.delt_old_1) > 1.01 * slv.time_epsilon)
+    if (slv.now.iter_trns_1 != 0 && r.c.cct.flag_modulo) gbce_modulo(r);
+    if (slv.method.gear2) slv.now.delt_old_2 = slv.now.delt_old_1;
+    if (slv.method.gear2_fixed && std::fabs(slv.now.delt - slv.now.delt_old_1) > 1.01 * slv.method.time_epsilon)
         halt({"solve_trns:", "   cannot use gear2 when step", "   size may be changed", "  Halting..."});
-    slv.delt_old_1 = slv.delt;
-    slv.iter_trns_1 = ++slv.iter_trns_anlg;
-    const bool first = slv.iter_trns_anlg == 0;
+    slv.now.delt_old_1 = slv.now.delt;
+    slv.now.iter_trns_1 = ++slv.now.iter_trns_anlg;
+    const bool first = slv.now.iter_trns_anlg == 0;
     r.flags.trns_first = first ? 1 : 0;
-    if (slv.gear2 || slv.gear2_fixed) {
-        slv.flag_be = first;
-        slv.flag_gear_fixed = !first && slv.gear2_fixed;
-        slv.flag_gear_var = !first && slv.gear2;
+    if (slv.method.gear2 || slv.method.gear2_fixed) {
+        slv.now.flag_be = first;
+        slv.now.flag_gear_fixed = !first && slv.method.gear2_fixed;
+        slv.now.flag_gear_var = !first && slv.method.gear2;
     }
-    slv.iter_stepred = slv.iter_trbdf2 = 0;
+    slv.now.iter_stepred = slv.now.iter_trbdf2 = 0;
 }
 
 void next_step_size(run_state& r, event_control& events) {
     solve_class& slv = r.slv;
-    const bool keeps_const = slv.back_euler || slv.trapezoidal || slv.gear2_fixed || slv.gear2;
-    slv.delt = std::max(slv.delt_min, keeps_const ? slv.delt_const : slv.delt);
+    const bool keeps_const =
+        slv.method.back_euler || slv.method.trapezoidal || slv.method.gear2_fixed || slv.method.gear2;
+    slv.now.delt = std::max(slv.method.delt_min, keeps_const ? slv.method.delt_const : slv.now.delt);
     if (!events.on()) {
         if (r.c.cct.flag_lmttstep) {
             check_tnext1(r);
@@ -103,13 +105,13 @@ void next_step_size(run_state& r, event_control& events) {
     } else if (events.choose_step(r)) {
         events.take_break(r);
     }
-    if (r.flags.t_end <= slv.time_present + slv.delt)
-        slv.delt = std::max(slv.delt_min, (r.flags.t_end - slv.time_present) + slv.time_epsilon);
+    if (r.flags.t_end <= slv.now.time_present + slv.now.delt)
+        slv.now.delt = std::max(slv.method.delt_min, (r.flags.t_end - slv.now.time_present) + slv.method.time_epsilon);
 }
 
 void write_row(run_state& r) {
     ov_prm_of_files(r);
-    write_trns(r.slv, r.c, mode_analog, r.slv.time_present);
+    write_trns(r.slv, r.c, mode_analog, r.slv.now.time_present);
 }
 }  // namespace
 
@@ -119,35 +121,35 @@ void solve_trns(run_state& r) {
     make_plan(r);
     r.formed.keep();
     define_method_flags(r);
-    slv.time_present = r.flags.t_start;
-    r.flags.time_epsilon = slv.time_epsilon;
-    set_time_next(r, slv.time_present);
+    slv.now.time_present = r.flags.t_start;
+    r.flags.time_epsilon = slv.method.time_epsilon;
+    set_time_next(r, slv.now.time_present);
     write_row(r);
     event_control events(r);
     r.flags.event_restart = events.on() ? 1 : 0;
     prepare_first_step(r, events);
-    slv.iter_trns_anlg = slv.iter_trns_dgtl = slv.iter_trns_1 = slv.iter_trns_x = -1;
+    slv.now.iter_trns_anlg = slv.now.iter_trns_dgtl = slv.now.iter_trns_1 = slv.now.iter_trns_x = -1;
     r.flags.iter_trns_1 = -1;
-    slv.delt_old_1 = slv.delt;
-    if (slv.itmax_trns > 0) check_rparm_sources(r.c);
+    slv.now.delt_old_1 = slv.now.delt;
+    if (slv.method.itmax_trns > 0) check_rparm_sources(r.c);
     progress lines(slv);
-    for (slv.iter_trns = 0; slv.iter_trns < slv.itmax_trns; ++slv.iter_trns) {
+    for (slv.now.iter_trns = 0; slv.now.iter_trns < slv.method.itmax_trns; ++slv.now.iter_trns) {
         heed_signals();
-        r.flags.iter_trns = slv.iter_trns;
+        r.flags.iter_trns = slv.now.iter_trns;
         if (r.c.cct.flag_setrparm) set_rparm_2(r);
         if (r.c.cct.flag_getrparm) get_rparm_2(r);
         lines.tell();
         begin_analog_step(r);
-        r.flags.iter_trns_1 = slv.iter_trns_1;
+        r.flags.iter_trns_1 = slv.now.iter_trns_1;
         if (events.on()) events.begin_step(r);
         take_step(r, events);
-        slv.time_present = slv.time_next;
+        slv.now.time_present = slv.now.time_next;
         if (events.on()) events.accept(r);
-        r.flags.time_present = slv.time_present;
-        if (slv.iter_trns_anlg == 0) tell_residual(r);
+        r.flags.time_present = slv.now.time_present;
+        if (slv.now.iter_trns_anlg == 0) tell_residual(r);
         write_row(r);
-        const bool ends = r.flags.t_end <= slv.time_present + slv.time_epsilon;
-        if (ends || slv.iter_trns == slv.itmax_trns - 1) {
+        const bool ends = r.flags.t_end <= slv.now.time_present + slv.method.time_epsilon;
+        if (ends || slv.now.iter_trns == slv.method.itmax_trns - 1) {
             if (!keeps_all_currents(r)) find_left_out_currents(r);
             find_waiting_currents(r);
         }
@@ -157,7 +159,7 @@ void solve_trns(run_state& r) {
             r.flags.init_flags();
             return;
         }
-        if (slv.gear2_fixed || slv.gear2) keep_point_2(r.mat);
+        if (slv.method.gear2_fixed || slv.method.gear2) keep_point_2(r.mat);
         keep_point_1(r);
         next_step_size(r, events);
     }

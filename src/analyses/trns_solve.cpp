@@ -14,23 +14,26 @@
 
 namespace {
 // The very first solve fixes the order of elimination, on every try of it.
-bool fixes_order(const solve_class& slv) { return slv.iter_trns_1 == 0 && !slv.flag_bdf2; }
+bool fixes_order(const solve_class& slv) { return slv.now.iter_trns_1 == 0 && !slv.now.flag_bdf2; }
 
-bool dump_step(const solve_class& slv) { return slv.wrt_debug_smat && slv.iter_trns_1 == slv.iter_debug_trns - 1; }
+bool dump_step(const solve_class& slv) {
+    return slv.method.wrt_debug_smat && slv.now.iter_trns_1 == slv.method.iter_debug_trns - 1;
+}
 
 // The residual of a state's row is the error of the state over the step. Steps about events are so short that the
 // rounding of a state alone can fail a test of residuals that other steps pass: while this lives, the same error of a
 // state does.
 class residuals_of_short_step {
 public:
-    explicit residuals_of_short_step(run_state& r) : slv_(r.slv), norm_2_(slv_.norm_2), norm_inf_(slv_.norm_inf) {
-        if (!r.flags.event_restart || !(slv_.delt < slv_.delt_const)) return;
-        slv_.norm_2 *= slv_.delt_const / slv_.delt;
-        slv_.norm_inf *= slv_.delt_const / slv_.delt;
+    explicit residuals_of_short_step(run_state& r)
+        : slv_(r.slv), norm_2_(slv_.method.norm_2), norm_inf_(slv_.method.norm_inf) {
+        if (!r.flags.event_restart || !(slv_.now.delt < slv_.method.delt_const)) return;
+        slv_.method.norm_2 *= slv_.method.delt_const / slv_.now.delt;
+        slv_.method.norm_inf *= slv_.method.delt_const / slv_.now.delt;
     }
     ~residuals_of_short_step() {
-        slv_.norm_2 = norm_2_;
-        slv_.norm_inf = norm_inf_;
+        slv_.method.norm_2 = norm_2_;
+        slv_.method.norm_inf = norm_inf_;
     }
     residuals_of_short_step(const residuals_of_short_step&) = delete;
     residuals_of_short_step& operator=(const residuals_of_short_step&) = delete;
@@ -59,27 +62,28 @@ void solve_newton_trns(run_state& r) {
     newton_limits limits = block_limits(r, "solve_newton_trns", "trns_newt");
     limits.fix_order = fixes_order(slv);
     limits.dump = dump_step(slv);
-    limits.hold_factors = slv.nr_approx && slv.iter_trns_1 >= slv.iter_trns_nrapprox && !limits.fix_order;
+    limits.hold_factors =
+        slv.method.nr_approx && slv.now.iter_trns_1 >= slv.method.iter_trns_nrapprox && !limits.fix_order;
     if (r.flags.event_restart) {
         // Steps about an event are so much shorter that no other step's factors serve them, nor theirs any other.
         const double constant = method_constant(slv);
-        limits.hold_factors = limits.hold_factors && constant == slv.factored_constant;
-        if (!limits.hold_factors) slv.factored_constant = constant;
+        limits.hold_factors = limits.hold_factors && constant == slv.now.factored_constant;
+        if (!limits.hold_factors) slv.now.factored_constant = constant;
     }
     newton(r, limits);
-    if (slv.l_converged) after_converged(r);
+    if (slv.now.l_converged) after_converged(r);
 }
 
 void solve_linear_trns(run_state& r) {
     solve_linear(r, fixes_order(r.slv), dump_step(r.slv), "solve_linear_trns", "trns_lin");
-    r.slv.l_converged = 1;
+    r.slv.now.l_converged = 1;
     after_converged(r);
 }
 }  // namespace
 
 void find_currents_trns(run_state& r) {
     find_ebe_cur_trns(r, true);
-    const bool first = r.slv.iter_trns_1 == 0;
+    const bool first = r.slv.now.iter_trns_1 == 0;
     if (first || keeps_all_currents(r)) find_left_out_currents(r);
     if (!first) return;
     find_waiting_currents(r);
@@ -88,24 +92,24 @@ void find_currents_trns(run_state& r) {
 
 void gmin_step_trns_1(run_state& r) {
     solve_class& slv = r.slv;
-    slv.l_gmin_done = 0;
-    ++slv.n_gmin_total;
+    slv.now.l_gmin_done = 0;
+    ++slv.now.n_gmin_total;
     clear_solvec(r);
     newton_limits limits = gmin_limits(slv, "gmin_step_trns_1");
     limits.dump = false;  // the chosen step's system is that of its Newton solve
-    for (slv.iter_gmin = 0; slv.iter_gmin < slv.gmin_npoints; ++slv.iter_gmin) {
-        slv.gmin_present = interp_log(slv.gmin_start, slv.gmin_end, slv.iter_gmin, slv.gmin_npoints);
-        r.flags.gmin = slv.gmin_present;
-        limits.fix_order = slv.iter_gmin == 0;
+    for (slv.now.iter_gmin = 0; slv.now.iter_gmin < slv.method.gmin_npoints; ++slv.now.iter_gmin) {
+        slv.now.gmin =
+            interp_log(slv.method.gmin_start, slv.method.gmin_end, slv.now.iter_gmin, slv.method.gmin_npoints);
+        r.flags.gmin = slv.now.gmin;
+        limits.fix_order = slv.now.iter_gmin == 0;
         newton(r, limits);
-        if (!slv.l_converged)
-            halt({"gmin_step_trns_1:", "   N-R iterations did not converge.",
-                  line("   gmin_present=", slv.gmin_present), line("   1/gmin_present=", 1.0 / slv.gmin_present),
-                  "   Halting..."});
+        if (!slv.now.l_converged)
+            halt({"gmin_step_trns_1:", "   N-R iterations did not converge.", line("   gmin_present=", slv.now.gmin),
+                  line("   1/gmin_present=", 1.0 / slv.now.gmin), "   Halting..."});
     }
-    slv.l_converged = 1;
-    slv.l_gmin_done = 1;
-    slv.iter_gmin = -1;
+    slv.now.l_converged = 1;
+    slv.now.l_gmin_done = 1;
+    slv.now.iter_gmin = -1;
     ebce_form_arrays(r);
     find_ebe_cur_trns(r, false);
     if (r.c.cct.flag_save_history) save_history(r);
@@ -115,25 +119,25 @@ void find_functions_trns(run_state& r) {
     evaluate_functions(r);
     // A block that goes on from a solution knows the currents of its capacitors; one that starts from nothing has none.
     kcl_derivatives& k = r.mat.kcl_ddt;
-    const bool from_solution = r.slv.init_previous || r.slv.init_file;
+    const bool from_solution = r.slv.task.init_previous || r.slv.task.init_file;
     for (int d = 0; d < k.n(); ++d)
         k.total[at(d)] = from_solution ? r.c.ebeu.cur_nd[at(k.terminal[at(d)])] : k.still[at(d)];
 }
 
 void set_time_next(run_state& r, double t) {
-    r.slv.time_next = t;
+    r.slv.now.time_next = t;
     r.flags.time_given = t;
 }
 
 void solve_step(run_state& r) {
     solve_class& slv = r.slv;
     const residuals_of_short_step heeded(r);
-    if (slv.flag_linear)
+    if (slv.now.flag_linear)
         solve_linear_trns(r);
-    else if (slv.flag_nonlinear)
+    else if (slv.now.flag_nonlinear)
         solve_newton_trns(r);
     else
-        slv.l_converged = 1;
+        slv.now.l_converged = 1;
 }
 
 void evaluate_functions(run_state& r) {
@@ -143,9 +147,9 @@ void evaluate_functions(run_state& r) {
 }
 
 void check_progress(const solve_class& slv) {
-    if (slv.time_present + slv.delt > slv.time_present) return;
-    halt({"solve_trns: the time does not go on with", "  this step.", line("  time_present=", slv.time_present),
-          line("  delt=", slv.delt), line("  iter_trns_1=", slv.iter_trns_1), "  Halting..."});
+    if (slv.now.time_present + slv.now.delt > slv.now.time_present) return;
+    halt({"solve_trns: the time does not go on with", "  this step.", line("  time_present=", slv.now.time_present),
+          line("  delt=", slv.now.delt), line("  iter_trns_1=", slv.now.iter_trns_1), "  Halting..."});
 }
 
 void gbce_modulo(run_state& r) {
@@ -161,6 +165,6 @@ void gbce_modulo(run_state& r) {
         const std::size_t i = at(r.mat.offs.gvar + n);
         const double shift = wrapped - r.mat.svec_old_1[i];
         r.mat.svec[i] = r.mat.svec_old_1[i] = wrapped;
-        if (r.slv.flag_be || r.slv.flag_trz) r.mat.svec_old_2[i] += shift;
+        if (r.slv.now.flag_be || r.slv.now.flag_trz) r.mat.svec_old_2[i] += shift;
     }
 }

@@ -11,11 +11,11 @@
 #include "output/solution_file.h"
 
 namespace {
-bool starts_from_nothing(const solve_class& slv) { return !slv.init_file && !slv.init_previous; }
+bool starts_from_nothing(const solve_class& slv) { return !slv.task.init_file && !slv.task.init_previous; }
 
 // A solve failed for good: gmin stepping if the block has it, else the run ends.
 void gmin_or_halt(run_state& r) {
-    if (!r.slv.gmin_step) halt({"  Halting..."});
+    if (!r.slv.method.gmin_step) halt({"  Halting..."});
     say("  calling gmin_step_trns_1...");
     gmin_step_trns_1(r);
     find_currents_trns(r);
@@ -23,25 +23,25 @@ void gmin_or_halt(run_state& r) {
 
 // The currents are those of the last solution, the other values those of the failed iterate.
 void write_solution_if_asked(run_state& r) {
-    if (r.slv.i_file_solution >= 0) write_solution(r.slv, r.c, r.flags);
+    if (r.slv.out.i_file_solution >= 0) write_solution(r.slv, r.c, r.flags);
 }
 
 // Flags of the coming try.
 void use_rule(solve_class& slv, bool back_euler) {
-    const bool gear = slv.gear2 || slv.gear2_fixed;
-    slv.flag_trz = !back_euler && (slv.trapezoidal || slv.trapezoidal_auto || slv.trbdf2);
-    slv.flag_be = back_euler || (gear && slv.iter_trns_anlg == 0);
-    slv.flag_gear_fixed = slv.gear2_fixed && !slv.flag_be;
-    slv.flag_gear_var = slv.gear2 && !slv.flag_be;
-    slv.flag_bdf2 = 0;
+    const bool gear = slv.method.gear2 || slv.method.gear2_fixed;
+    slv.now.flag_trz = !back_euler && (slv.method.trapezoidal || slv.method.trapezoidal_auto || slv.method.trbdf2);
+    slv.now.flag_be = back_euler || (gear && slv.now.iter_trns_anlg == 0);
+    slv.now.flag_gear_fixed = slv.method.gear2_fixed && !slv.now.flag_be;
+    slv.now.flag_gear_var = slv.method.gear2 && !slv.now.flag_be;
+    slv.now.flag_bdf2 = 0;
 }
 
 // A step of backward Euler leaves what a rule that knows old currents and rates goes on from.
 void leave_functions(run_state& r) {
     const solve_class& slv = r.slv;
-    if (!slv.trapezoidal && !slv.trapezoidal_auto && !slv.trbdf2) return;
+    if (!slv.method.trapezoidal && !slv.method.trapezoidal_auto && !slv.method.trbdf2) return;
     find_waiting_currents(r);
-    if (slv.trbdf2 && slv.flag_linear) evaluate_functions(r);
+    if (slv.method.trbdf2 && slv.now.flag_linear) evaluate_functions(r);
 }
 
 // False: an event has cut the step, and it is to be tried again.
@@ -50,62 +50,63 @@ bool plain_step(run_state& r, event_control& events) {
     mat_class& mat = r.mat;
     for (;;) {
         check_progress(slv);
-        set_time_next(r, slv.time_present + slv.delt);
-        if (slv.flag_trz) {
-            if (slv.flag_linear) {
+        set_time_next(r, slv.now.time_present + slv.now.delt);
+        if (slv.now.flag_trz) {
+            if (slv.now.flag_linear) {
                 // The functions belong to the accepted point and its time.
-                r.flags.time_given = slv.time_present;
+                r.flags.time_given = slv.now.time_present;
                 evaluate_functions(r);
-                r.flags.time_given = slv.time_next;
+                r.flags.time_given = slv.now.time_next;
             }
             keep_functions_1(mat);
         }
         find_trns_constants(slv);
-        if (slv.flag_nonlinear && slv.iter_trns_anlg == 0 && slv.gmin_step && slv.gmin_init && starts_from_nothing(slv))
+        if (slv.now.flag_nonlinear && slv.now.iter_trns_anlg == 0 && slv.method.gmin_step && slv.method.gmin_init &&
+            starts_from_nothing(slv))
             gmin_step_trns_1(r);
         solve_step(r);
-        if (slv.l_converged && events.cut(r, slv.time_present, slv.time_next)) {
-            restore_1(r, slv.flag_trz != 0);
+        if (slv.now.l_converged && events.cut(r, slv.now.time_present, slv.now.time_next)) {
+            restore_1(r, slv.now.flag_trz != 0);
             return false;
         }
-        if (slv.l_converged && events.by_back_euler()) leave_functions(r);
-        if (slv.flag_linear || !slv.flag_nonlinear) return true;
-        if (slv.l_converged) {
-            if (slv.flag_auto && slv.delt != slv.delt_max)
-                slv.delt = std::min(slv.delt_max, slv.delt * slv.fctr_stepinc);
+        if (slv.now.l_converged && events.by_back_euler()) leave_functions(r);
+        if (slv.now.flag_linear || !slv.now.flag_nonlinear) return true;
+        if (slv.now.l_converged) {
+            if (slv.now.flag_auto && slv.now.delt != slv.method.delt_max)
+                slv.now.delt = std::min(slv.method.delt_max, slv.now.delt * slv.method.fctr_stepinc);
             return true;
         }
-        if (!slv.flag_auto) {
+        if (!slv.now.flag_auto) {
             write_solution_if_asked(r);
             say("solve_trns: N-R iterations did not converge.");
-            say(line("  iter_trns_anlg=", slv.iter_trns_anlg));
-            say(line("  time (4)=", slv.time_next));
+            say(line("  iter_trns_anlg=", slv.now.iter_trns_anlg));
+            say(line("  time (4)=", slv.now.time_next));
             gmin_or_halt(r);
             return true;
         }
-        if (slv.delt == slv.delt_min) {
+        if (slv.now.delt == slv.method.delt_min) {
             say("solve_trns: no convergence even with");
             say("  the smallest time step.");
-            say(line("iter_trns_1=", slv.iter_trns_1, ", time (3)=", slv.time_next));
+            say(line("iter_trns_1=", slv.now.iter_trns_1, ", time (3)=", slv.now.time_next));
             gmin_or_halt(r);
             return true;
         }
-        if (++slv.iter_stepred > slv.itmax_stepred) {
+        if (++slv.now.iter_stepred > slv.method.itmax_stepred) {
             say("solve_trns: iter_stepred has exceeded");
             say("  itmax_stepred.");
-            say(line("  iter_stepred=", slv.iter_stepred));
-            say(line("  itmax_stepred=", slv.itmax_stepred));
+            say(line("  iter_stepred=", slv.now.iter_stepred));
+            say(line("  itmax_stepred=", slv.method.itmax_stepred));
             gmin_or_halt(r);
         }
-        slv.delt = std::max(slv.delt_min, slv.delt * slv.fctr_stepred);
-        restore_1(r, slv.flag_trz != 0);
+        slv.now.delt = std::max(slv.method.delt_min, slv.now.delt * slv.method.fctr_stepred);
+        restore_1(r, slv.now.flag_trz != 0);
         events.restore_histories(r);
     }
 }
 }  // namespace
 
 void take_step(run_state& r, event_control& events) {
-    const bool trbdf2 = r.slv.trbdf2 != 0;
+    const bool trbdf2 = r.slv.method.trbdf2 != 0;
     for (;;) {
         if (events.on()) use_rule(r.slv, events.by_back_euler());
         if (trbdf2 && !events.by_back_euler() ? trbdf2_step(r, events) : plain_step(r, events)) return;

@@ -90,8 +90,8 @@ void add_fourier_point(out_file& file, double t) {
 }
 
 void write_fourier(solve_class& slv) {
-    for (std::size_t i = 0; i < slv.files.size(); ++i) {
-        out_file& file = slv.files[i];
+    for (std::size_t i = 0; i < slv.out.files.size(); ++i) {
+        out_file& file = slv.out.files[i];
         if (!file.fourier) continue;
         write_sticks(file);
         for (std::size_t j = 0; j < file.vars.size(); ++j)

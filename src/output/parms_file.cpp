@@ -31,7 +31,7 @@ void put_list(row_file& out, std::string_view title, const pair_list<T>& list, i
 }  // namespace
 
 void write_parms(solve_class& slv, const circuit& c) {
-    row_file& out = *slv.files[at(slv.i_file_parms)].stream;
+    row_file& out = *slv.out.files[at(slv.out.i_file_parms)].stream;
     for (const parms_family& f : parms_families) {
         const instance_core& inst = c.instances(f.number);
         const library_lists& list = c.lib.composites(f.number).list;

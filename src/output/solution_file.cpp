@@ -63,8 +63,8 @@ struct word_stream {
 }  // namespace
 
 void write_solution(solve_class& slv, const circuit& c, const flags_class&) {
-    count_line(slv, slv.i_file_solution, "write_solution");
-    row_file& out = *slv.files[at(slv.i_file_solution)].stream;
+    count_line(slv, slv.out.i_file_solution, "write_solution");
+    row_file& out = *slv.out.files[at(slv.out.i_file_solution)].stream;
     for (const section& s : sections) {
         out.put_text(s.title);
         out.end_row();
@@ -74,7 +74,7 @@ void write_solution(solve_class& slv, const circuit& c, const flags_class&) {
 }
 
 void read_solution(const solve_class& slv, circuit& c, const flags_class&) {
-    word_stream in{open_text_file(slv.init_sol_path, "cct_class::read_solution"), {}, 0};
+    word_stream in{open_text_file(slv.task.init_sol_path, "cct_class::read_solution"), {}, 0};
     for (const section& s : sections) {
         in.next();
         if (auto* list = values(c, s))

@@ -5,6 +5,6 @@
 // Writes all unknowns into the block's solution file, under fixed titles in fixed order; 7 digits. Event times
 // of digital units would stand relative to flags.t_end; there are none yet.
 void write_solution(solve_class& slv, const circuit& c, const flags_class& flags);
-// Reads them back from slv.init_sol_path. The file must come from the same circuit: titles are passed over, and each
-// section has as many numbers as the circuit has values. Halts when it has fewer.
+// Reads them back from slv.task.init_sol_path. The file must come from the same circuit: titles are passed over, and
+// each section has as many numbers as the circuit has values. Halts when it has fewer.
 void read_solution(const solve_class& slv, circuit& c, const flags_class& flags);

@@ -13,7 +13,7 @@
 #include "base/list_file.h"
 #include "deck/deck_dumps.h"
 #include "elaborate/circuit_dumps.h"
-#include "library/composite/empty_library.h"
+#include "elaborate/read_circuit.h"
 #include "library/composite/library_dumps.h"
 #include "models/data_files.h"
 #include "output/fourier.h"
@@ -23,23 +23,6 @@
 #include "settings/directives.h"
 
 namespace {
-// Families whose elements this program does not have yet: their files must be there, without entries.
-void read_libraries(circuit& c, const constants_class& constants) {
-    auto pending = [](const char* file, const char* name) {
-        check_empty_library(std::string(".tnlaux/") + file, name);
-    };
-    c.lib.ebes = read_ebes(int_F, constants);
-    c.lib.gbes = read_gbes(int_F, constants);
-    c.lib.ebac = read_ebac(int_F, constants);
-    c.lib.gbac = read_gbac(int_F, constants);
-    for (const char* f : {"dbes", "xbes", "xbac"})
-        pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
-    c.lib.eels = read_eels(c.lib.ebes, c.lib.ebac);
-    c.lib.gels = read_gels(c.lib.gbes, c.lib.gbac);
-    for (const char* f : {"dels", "xels", "gmes"})
-        pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
-}
-
 void write_library_dumps(const output_flags& on, const libraries& lib) {
     const std::tuple<bool, const char*, const basic_library*> basic[] = {
         {on.ebes, "ebes", &lib.ebes}, {on.gbes, "gbes", &lib.gbes}, {on.ebac, "ebac", &lib.ebac},
@@ -133,7 +116,7 @@ void solve_points(run_state& r) {
         solve_trns(r);
     else
         run_dc_sweeps(r);
-    if (r.slv.i_file_solution < 0) return;
+    if (r.slv.out.i_file_solution < 0) return;
     ebce_form_arrays(r);
     if (r.slv.dc) find_ebe_cur_dc(r);
     if (r.slv.startup) find_ebe_cur_startup(r);
@@ -161,22 +144,22 @@ void read_block(run_state& r, int index) {
     solve_class& slv = r.slv;
     circuit& c = r.c;
     const bool debug = c.cf.output.debug;
-    slv.n_gmin_total = 0;
+    slv.now.n_gmin_total = 0;
     slv.index_solve = index;
     r.flags.n_solve_lin = 0;
-    slv.i_vary_last = slv.i_sync_last = -1;
+    slv.now.i_vary_last = slv.now.i_sync_last = -1;
     if (debug) say(line("main: index_solve = ", index));
     r.flags.init_flags();
     method_default(slv, c, r.flags);
     if (debug) say("main: calling slv.set_values");
     set_values(slv, index, c, r.flags);
     if (debug) say("main: slv.set_values done");
-    r.flags.gmin = slv.gmin_end;
-    r.flags.flag_debug_int = slv.flag_debug_int;
-    r.mat.e.zero_piv = slv.zero_piv;
-    r.mat.e.gauss_epsln = slv.gauss_epsln;
-    r.mat.e.debug_gauss_1 = slv.debug_gauss_1;
-    r.mat.e.debug_gauss_2 = slv.debug_gauss_2;
+    r.flags.gmin = slv.method.gmin_end;
+    r.flags.flag_debug_int = slv.method.flag_debug_int;
+    r.mat.e.zero_piv = slv.method.zero_piv;
+    r.mat.e.gauss_epsln = slv.method.gauss_epsln;
+    r.mat.e.debug_gauss_1 = slv.method.debug_gauss_1;
+    r.mat.e.debug_gauss_2 = slv.method.debug_gauss_2;
     check_solve_leftovers(c.cf, index);
     check_available(slv);
 }
@@ -188,36 +171,34 @@ void solve_block(run_state& r) {
         define_offs_solvec(r.mat, c, analysis_of(slv));
         define_method_type(slv, c.cct);
     }
-    open_out_files(slv);
-    if (!slv.set_parm.empty()) r.flags.set_parm = 1;
+    open_out_files(slv, c);
+    if (!slv.task.set_parm.empty()) r.flags.set_parm = 1;
     set_parm(slv, c);
     one_time_parms(r);
     r.flags.set_parm = 0;
     if (c.cf.output.debug) say("main: one_time_parms done");
     if (solves(slv)) solve_points(r);
-    if (slv.i_file_solution >= 0) write_solution(slv, c, r.flags);
-    if (slv.i_file_parms >= 0) write_parms(slv, c);
+    if (slv.out.i_file_solution >= 0) write_solution(slv, c, r.flags);
+    if (slv.out.i_file_parms >= 0) write_parms(slv, c);
     write_fourier(slv);
     close_out_files(slv);
     slv.previous_solve_type = slv.solve_type;
     if (solves(slv)) slv.flag_prev_solution_exists = int_T;
-    if (slv.gmin_step && slv.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.n_gmin_total));
+    if (slv.method.gmin_step && slv.now.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.now.n_gmin_total));
     delete_arrays(slv);
 }
 
 void run_tarnel() {
     circuit c;
     c.cf = read_circuit_file(".tnlaux/cct.in", deck_line_limit("tmpdim.in"));
-    const constants_class constants;
     if (c.cf.output.input) write_input_dat(c.cf);
-    read_libraries(c, constants);
+    read_libraries(c.lib);
     write_library_dumps(c.cf.output, c.lib);
-    c.gprm = read_gprm(c.cf);
-    if (c.cf.output.glbl) write_glbl_dat(c.gprm);
+    read_circuit(c, {[&] {
+                         if (c.cf.output.glbl) write_glbl_dat(c.gprm);
+                     },
+                     [&] { write_model_dumps(c.cf.output, c); }});
     run_state r(c);
-    read_models_of_deck(c);
-    write_model_dumps(c.cf.output, c);
-    c.ov = read_ov(c.cf, c.gprm);
     read_lists(c.lib, r.flags);
     c.tmpdim = read_tmpdim("tmpdim.in");
     prepare_circuit(r);

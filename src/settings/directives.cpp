@@ -48,45 +48,45 @@ std::vector<int> grid_indices(const std::vector<int>& m, int i) {
 }  // namespace
 
 void set_parm(const solve_class& slv, circuit& c) {
-    for (const parm_item& item : slv.set_parm) {
+    for (const parm_item& item : slv.task.set_parm) {
         if (item.where == parm_item::global_value) c.gprm.greal_base[at(item.index)] = item.value;
         write_item(c, item, item.value);
     }
     check_expressions(c);
 }
 
-void set_sv(const solve_class& slv, circuit& c) { write_items_of(c, slv.set_stparm, false); }
-void set_dsv(const solve_class& slv, circuit& c) { write_items_of(c, slv.set_dstparm, false); }
-void set_ig(const solve_class& slv, circuit& c) { write_items_of(c, slv.set_igparm, false); }
-void set_dig(const solve_class& slv, circuit& c) { write_items_of(c, slv.set_digparm, false); }
-void set_ig_x(const solve_class& slv, circuit& c) { write_items_of(c, slv.set_igparm, true); }
+void set_sv(const solve_class& slv, circuit& c) { write_items_of(c, slv.task.set_stparm, false); }
+void set_dsv(const solve_class& slv, circuit& c) { write_items_of(c, slv.task.set_dstparm, false); }
+void set_ig(const solve_class& slv, circuit& c) { write_items_of(c, slv.task.set_igparm, false); }
+void set_dig(const solve_class& slv, circuit& c) { write_items_of(c, slv.task.set_digparm, false); }
+void set_ig_x(const solve_class& slv, circuit& c) { write_items_of(c, slv.task.set_igparm, true); }
 
 std::vector<int> grid_counts(const solve_class& slv) {
     std::vector<int> m;
-    for (const vary_statement& v : slv.vary) m.push_back(v.range.n);
+    for (const vary_statement& v : slv.task.vary) m.push_back(v.range.n);
     return m;
 }
 
 void vary_parm(solve_class& slv, circuit& c, int i) {
-    if (slv.flag_vary_auto) {
-        move_to(slv.vary[0], c, slv.automatic.p_now);
+    if (slv.task.flag_vary_auto) {
+        move_to(slv.task.vary[0], c, slv.task.automatic.p_now);
         check_expressions(c);
         return;
     }
     const std::vector<int> m = grid_counts(slv);
-    const std::vector<int> ijk = grid_indices(m, i), last = grid_indices(m, slv.i_vary_last);
+    const std::vector<int> ijk = grid_indices(m, i), last = grid_indices(m, slv.now.i_vary_last);
     if (i != 0 && ijk.back() == 0)
-        for (out_file& file : slv.files)
+        for (out_file& file : slv.out.files)
             if (file.stream) file.stream->end_row();
     for (std::size_t k = 0; k < m.size(); ++k)
-        if (ijk[k] != last[k]) move_to(slv.vary[k], c, slv.vary[k].range.at(ijk[k]));
+        if (ijk[k] != last[k]) move_to(slv.task.vary[k], c, slv.task.vary[k].range.at(ijk[k]));
     check_expressions(c);
-    slv.i_vary_last = i;
+    slv.now.i_vary_last = i;
 }
 
 void vary_parmsync(solve_class& slv, circuit& c, int i) {
-    if (i == slv.i_sync_last) return;
-    for (vary_statement& v : slv.vary_sync) move_to(v, c, v.range.at(i));
+    if (i == slv.now.i_sync_last) return;
+    for (vary_statement& v : slv.task.vary_sync) move_to(v, c, v.range.at(i));
     check_expressions(c);
-    slv.i_sync_last = i;
+    slv.now.i_sync_last = i;
 }

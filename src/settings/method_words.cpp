@@ -6,7 +6,7 @@
 #include "base/words.h"
 
 namespace {
-using s = solve_class;
+using s = method_settings;
 constexpr unsigned b_time = b_trns | b_ssw;
 constexpr unsigned b_solved = b_dc | b_startup | b_trns;  // types that this version solves
 
@@ -75,7 +75,8 @@ constexpr method_word table[] = {
     // elimination
     {"matrix_sparse1", b_all, &s::matrix_sparse1, 1, b_solved, "the linear solver; anything but yes stops the run"},
     {"matrix_superlu", b_all, &s::matrix_superlu, 0, b_solved, "another one that there is not: yes stops the run"},
-    {"zero_piv", b_all, &s::zero_piv, 1e-40, b_solved, "a pivot of less makes the system singular and stops the run"},
+    {"zero_piv", b_all, &s::zero_piv, 1e-40, b_solved,
+     "a pivot of less in the replay of an elimination brings a new order; in that too, it stops the run"},
     {"gauss_epsln", b_all, &s::gauss_epsln, 1e-40, b_solved,
      "a pivot of less stops the run while the order of elimination is chosen"},
     {"debug_gauss_1", b_all, &s::debug_gauss_1, 0, b_solved, "prints the order of elimination as it is found"},
@@ -238,8 +239,8 @@ constexpr method_section sections[] = {
 
 // The object of a block that a member belongs to.
 template <class T>
-T& member_of(solve_class& slv, flags_class&, T solve_class::*m) {
-    return slv.*m;
+T& member_of(solve_class& slv, flags_class&, T method_settings::*m) {
+    return slv.method.*m;
 }
 template <class T>
 T& member_of(solve_class&, flags_class& flags, T flags_class::*m) {
@@ -282,12 +283,12 @@ void read_method_pair(solve_class& slv, flags_class& flags, const gprm_class& gp
         halt({"solve_class: An unknown keyword is found", "  in the method card.", line("  The word is: ", word),
               "  Halting..."});
     std::visit([&](auto member) { read_value(member_of(slv, flags, member), gprm, value); }, m->member);
-    slv.given[row_of(m)] = 1;
+    slv.method.given[row_of(m)] = 1;
 }
 
 bool was_given(const solve_class& slv, std::string_view word) {
     const method_word* m = find_method_word(word);
-    return m != nullptr && !slv.given.empty() && slv.given[row_of(m)] != 0;
+    return m != nullptr && !slv.method.given.empty() && slv.method.given[row_of(m)] != 0;
 }
 
 void method_default(solve_class& slv, const circuit& c, flags_class& flags) {
@@ -299,14 +300,14 @@ void method_default(solve_class& slv, const circuit& c, flags_class& flags) {
                     to = static_cast<std::remove_reference_t<decltype(to)>>(m.dflt);
                 },
                 m.member);
-    slv.given.assign(std::size(table), 0);
+    slv.method.given.assign(std::size(table), 0);
 
     // A change of voltages is what tells convergence of a circuit; pure block diagrams have no scale for it.
     const bool electrical = c.eelu.n > 0;
-    slv.chk_spice = slv.ssw_chk_spice = electrical ? int_T : int_F;
-    slv.chk_rhs2 = slv.ssw_chk_rhs2 = electrical ? int_F : int_T;
+    slv.method.chk_spice = slv.method.ssw_chk_spice = electrical ? int_T : int_F;
+    slv.method.chk_rhs2 = slv.method.ssw_chk_rhs2 = electrical ? int_F : int_T;
     const std::vector<int>& declared = c.lib.ebes.flag.gmin_step;
     const bool any_gmin = std::any_of(declared.begin(), declared.end(), [](int flag) { return flag != 0; });
-    slv.gmin_step = electrical && any_gmin ? int_T : int_F;
-    slv.x_eval_serial = flags.x_matrix ? int_F : int_T;
+    slv.method.gmin_step = electrical && any_gmin ? int_T : int_F;
+    slv.method.x_eval_serial = flags.x_matrix ? int_F : int_T;
 }

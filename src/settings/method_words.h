@@ -11,8 +11,8 @@ inline constexpr unsigned b_dc = 1, b_ac = 2, b_trns = 4, b_startup = 8, b_ssw =
 unsigned block_bit(const solve_class& slv);
 
 // Where the value of a keyword goes; the type of the member is the type of the word.
-using method_member =
-    std::variant<int solve_class::*, double solve_class::*, truefalse solve_class::*, double flags_class::*>;
+using method_member = std::variant<int method_settings::*, double method_settings::*, truefalse method_settings::*,
+                                   double flags_class::*>;
 
 struct method_word {
     std::string_view word;

@@ -13,15 +13,15 @@ namespace {
 // A word that asks for a file of its own kind; it stands alone in `variables:`.
 struct reserved_word {
     std::string_view word;
-    int solve_class::*i_file;
+    int solve_outputs::*i_file;
     int content;
 };
 constexpr reserved_word reserved_words[] = {
-    {"solution", &solve_class::i_file_solution, out_solution},
-    {"solution_ac", &solve_class::i_file_solution_ac, out_solution_ac},
-    {"parms", &solve_class::i_file_parms, out_parms},
-    {"all_nodes", &solve_class::i_file_all_nodes, out_rows},
-    {"all_outvars", &solve_class::i_file_all_outvars, out_rows},
+    {"solution", &solve_outputs::i_file_solution, out_solution},
+    {"solution_ac", &solve_outputs::i_file_solution_ac, out_solution_ac},
+    {"parms", &solve_outputs::i_file_parms, out_parms},
+    {"all_nodes", &solve_outputs::i_file_all_nodes, out_rows},
+    {"all_outvars", &solve_outputs::i_file_all_outvars, out_rows},
 };
 const reserved_word* find_reserved(std::string_view word) {
     for (const reserved_word& r : reserved_words)
@@ -136,10 +136,6 @@ out_var find_variable(const circuit& c, const block_text& block, std::string_vie
     return of_ov(c.ov, i, prefix, word);
 }
 
-bool is_small_signal(int kind) {
-    return kind == ov_nodev_ac || kind == ov_aux_ac || kind == ov_pwr_elec_ac || kind == ov_var_ac ||
-           kind == ov_cur_ac || kind == ov_xvar_ac;
-}
 bool is_postproc(int kind) { return kind == ov_postproc || kind == ov_postproc_ac; }
 
 // One column for each name of a domain but its reference.
@@ -204,8 +200,8 @@ std::vector<output_block> find_output_blocks(solve_class& slv, const block_text&
             const reserved_word* r = find_reserved(block.cf.text.word(b.variables, k));
             if (r == nullptr) continue;
             if (n > 1) halt({line("Check syntax of ", r->word, " output block.")});
-            if (slv.*r->i_file >= 0) halt({line("Only one ", r->word, " file is allowed as output.")});
-            slv.*r->i_file = static_cast<int>(blocks.size());
+            if (slv.out.*r->i_file >= 0) halt({line("Only one ", r->word, " file is allowed as output.")});
+            slv.out.*r->i_file = static_cast<int>(blocks.size());
         }
         blocks.push_back(b);
     }
@@ -238,7 +234,7 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
     if (!file.vars.empty() && file.vars[0].prefix <= prefix_mag && is_digital(file.vars[0].kind))
         file.data_type = out_digital;
     check_postproc(file, slv);
-    slv.files.push_back(std::move(file));
+    slv.out.files.push_back(std::move(file));
 }
 
 // ---- tests of the whole block
@@ -276,9 +272,9 @@ void check_nyquist(const out_file& file, const solve_class& slv) {
 }  // namespace
 
 void check_files(solve_class& slv, const flags_class& flags) {
-    for (out_file& file : slv.files) {
+    for (out_file& file : slv.out.files) {
         if (file.out_tstart == not_given_time) file.out_tstart = flags.t_start;
-        if (file.out_tend == not_given_time) file.out_tend = flags.t_end + slv.time_epsilon;
+        if (file.out_tend == not_given_time) file.out_tend = flags.t_end + slv.method.time_epsilon;
         if (slv.ac && file.flag_min_phase && file.flag_max_phase)
             halt({"solve_class: cannot specify both min-phase", "   and max-phase in output blocks. Halting..."});
         if (file.fourier) check_fourier(file, slv);

@@ -34,11 +34,11 @@ const item_card& card_of(std::string_view word) {
 }
 bool sweeps(const item_card& card) { return card.word.starts_with("vary"); }
 
-std::vector<parm_item> solve_class::*list_of(std::string_view word) {
-    if (word == "set_parm") return &solve_class::set_parm;
-    if (word == "set_stparm") return &solve_class::set_stparm;
-    if (word == "set_igparm") return &solve_class::set_igparm;
-    return word == "set_dstparm" ? &solve_class::set_dstparm : &solve_class::set_digparm;
+std::vector<parm_item> solve_task::*list_of(std::string_view word) {
+    if (word == "set_parm") return &solve_task::set_parm;
+    if (word == "set_stparm") return &solve_task::set_stparm;
+    if (word == "set_igparm") return &solve_task::set_igparm;
+    return word == "set_dstparm" ? &solve_task::set_dstparm : &solve_task::set_digparm;
 }
 
 int find_parameter(const library_lists& list, int entry, parm_item::table where, std::string_view word) {
@@ -106,7 +106,7 @@ void read_items(solve_class& slv, const circuit& c, const words& w) {
             item.value_int = c.gprm.gprm_int_1(w[i + 1]);
         else
             item.value = c.gprm.gprm_double_1(w[i + 1]);
-        (slv.*list_of(w[0])).push_back(item);
+        (slv.task.*list_of(w[0])).push_back(item);
     }
 }
 
@@ -116,7 +116,7 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
         if (node < 0)
             halt({"solve_class: digital node name not found", "   in set_sgtl statement.",
                   line("   Check this string: ", w[i])});
-        slv.set_dgtl.push_back({node, c.gprm.gprm_int_1(w[i + 1])});
+        slv.task.set_dgtl.push_back({node, c.gprm.gprm_int_1(w[i + 1])});
     }
 }
 
@@ -226,14 +226,14 @@ void read_vary(solve_class& slv, const circuit& c, const words& w) {
         if (form == "auto") {
             if (!slv.dc)
                 halt({"solve_class: vary_parm (auto) is allowed", "   only in a DC solve section.", "   Halting..."});
-            if (slv.flag_vary_auto)
+            if (slv.task.flag_vary_auto)
                 halt({"solve_class: only one vary_parm (auto)", "   statement is allowed in a solve section.",
                       "   Halting..."});
-            slv.flag_vary_auto = int_T;
-            slv.automatic = read_auto(w);
+            slv.task.flag_vary_auto = int_T;
+            slv.task.automatic = read_auto(w);
             v.range.type = sweep_range::automatic;
             v.range.n = 1;
-            slv.vary.push_back(v);
+            slv.task.vary.push_back(v);
             return;
         }
         if (form != "table")
@@ -241,7 +241,7 @@ void read_vary(solve_class& slv, const circuit& c, const words& w) {
                   line("   Check this string: ", form)});
     }
     v.range = read_definition(c, w, 2, "vary_parm statement");
-    slv.vary.push_back(v);
+    slv.task.vary.push_back(v);
 }
 
 void read_vary_sync(solve_class& slv, const circuit& c, const words& w) {
@@ -250,21 +250,21 @@ void read_vary_sync(solve_class& slv, const circuit& c, const words& w) {
     if (check_word_1(w, 2, "type") && pick_word_1(w, 3) != "table")
         halt({"solve_class: vary_parm_sync: type can be", "   table only. Halting..."});
     v.range = read_definition(c, w, 2, "vary_parm_sync statement");
-    slv.vary_sync.push_back(v);
+    slv.task.vary_sync.push_back(v);
 }
 
 void read_set_freq(solve_class& slv, const circuit& c, const words& w) {
-    if (slv.ac_single) halt({"solve_class: only one set_freq is allowed", "   in a solve section. Halting..."});
-    slv.ac_freq = c.gprm.gprm_double_1(pick_word_1(w, 1));
-    slv.ac_single = int_T;
+    if (slv.task.ac_single) halt({"solve_class: only one set_freq is allowed", "   in a solve section. Halting..."});
+    slv.task.ac_freq = c.gprm.gprm_double_1(pick_word_1(w, 1));
+    slv.task.ac_single = int_T;
 }
 
 void read_vary_freq(solve_class& slv, const circuit& c, const words& w) {
-    if (slv.ac_sweep) halt({"solve_class: only one vary_freq is allowed", "   in a solve section. Halting..."});
+    if (slv.task.ac_sweep) halt({"solve_class: only one vary_freq is allowed", "   in a solve section. Halting..."});
     if (check_word_1(w, 1, "type") && pick_word_1(w, 2) != "table")
         halt({"solve_class: vary_freq: type can be", "   table only. Halting..."});
-    slv.ac_range = read_definition(c, w, 1, "vary_freq statement");
-    slv.ac_sweep = int_T;
+    slv.task.ac_range = read_definition(c, w, 1, "vary_freq statement");
+    slv.task.ac_sweep = int_T;
 }
 
 double sweep_range::at(int i) const {

@@ -44,12 +44,12 @@ void read_initial_sol(card_reader& r, const words& w) {
     if (method == "file") {
         if (w.size() < 3 || w[2] != "filename")
             halt({"solve_class: filename not found in", "  the initial_sol card. Halting..."});
-        r.slv.init_sol_path = pick_word_1(w, 3);
-        r.slv.init_file = int_T;
+        r.slv.task.init_sol_path = pick_word_1(w, 3);
+        r.slv.task.init_file = int_T;
     } else if (method == "initialize") {
-        r.slv.init_initialize = int_T;
+        r.slv.task.init_initialize = int_T;
     } else if (method == "previous") {
-        r.slv.init_previous = int_T;
+        r.slv.task.init_previous = int_T;
     } else {
         halt({"solve_class: something wrong with", "  the initial_sol card. Halting..."});
     }

@@ -36,7 +36,7 @@ struct standing_circuit {
 bool fuzz_solution(std::string_view text) {
     static standing_circuit s;
     run_state& r = *s.r;
-    r.slv.init_sol_path = file_of(text);
+    r.slv.task.init_sol_path = file_of(text);
     const bool done = runs_through([&] { init_sol(r); });
     if (done) runs_through([&] { solve_dc(r); });
     return done;

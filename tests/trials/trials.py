@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Trials of tnl with decks that nobody has written: those of examples/ and tests/decks/, changed at random.
 
-    tests/trials/trials.py build/bin/tnl [--decks 1000] [--rules 200] [--seed 1] [--jobs 2] [--out FOLDER]
+    tests/trials/trials.py build/bin/tnl [--decks 1000] [--rules 200] [--seed 1] [--jobs 2] [--from N] [--out FOLDER]
 
 Each deck is checked (`tnl check`) and run (`tnl run --time-limit`) in a folder of its own, under limits of memory and
 time. With --rules, as many more decks of which only words of `method:`, types of solve blocks and numbers are changed.
@@ -378,6 +378,7 @@ def main():
     parser.add_argument("--patience", type=float, default=1, help="factor of the time that a command may take, beyond")
     parser.add_argument("--memory", type=int, default=1024, help="MB of each process")
     parser.add_argument("--out", default="", help="folder for decks with findings")
+    parser.add_argument("--from", dest="first", type=int, default=0, help="begins with this number of a deck")
     parser.add_argument("--only", type=int, nargs="*", help="numbers of single decks, shown with all that is said")
     options = parser.parse_args()
     trials = Trials(options)
@@ -398,7 +399,8 @@ def main():
     statuses, kinds, slowest, largest = {}, {}, (0, 0), (0, 0)
     total, begin = options.decks + options.rules, time.monotonic()
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for number, done in enumerate(pool.map(trials.trial, range(total))):
+        for number, done in enumerate(pool.map(trials.trial, range(options.first, total)),
+                                      options.first):
             label, name, text, check, ran, found = done
             statuses[(check.status, ran.status)] = statuses.get((check.status, ran.status), 0) + 1
             slowest = max(slowest, (max(check.seconds, ran.seconds), number))
@@ -417,7 +419,7 @@ def main():
                 print("%d of %d decks, %.0f s" % (number + 1, total, time.monotonic() - begin), file=sys.stderr, flush=True)
 
     print("\n%d decks, seed %s, %.0f s; the slowest command took %.1f s (deck %d), the largest %d MB (deck %d)" % (
-        total, options.seed, time.monotonic() - begin, slowest[0], slowest[1], largest[0] >> 20, largest[1]))
+        total - options.first, options.seed, time.monotonic() - begin, slowest[0], slowest[1], largest[0] >> 20, largest[1]))
     print("\ncheck  run  decks")
     for (check, ran), n in sorted(statuses.items(), key=lambda item: -item[1]):
         print("%5s %4s %6d" % (check, ran, n))

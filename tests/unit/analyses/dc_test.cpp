@@ -59,10 +59,10 @@ struct junction_run : dc_run {
 TEST(gmin_step_dc_1, takes_over_when_newton_fails_and_ends_at_the_same_solution) {
     const junction_run t("itmax_newton_first=1 norm_spice_rel=1e-9");
     EXPECT_EQ(count(t.said, "gmin_step_dc_1: iter_gmin="), 50);
-    EXPECT_EQ(t.r.slv.n_gmin_total, 1);
-    EXPECT_TRUE(t.r.slv.l_converged);
-    EXPECT_TRUE(t.r.slv.l_gmin_done);
-    EXPECT_EQ(t.r.slv.iter_gmin, -1);
+    EXPECT_EQ(t.r.slv.now.n_gmin_total, 1);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
+    EXPECT_TRUE(t.r.slv.now.l_gmin_done);
+    EXPECT_EQ(t.r.slv.now.iter_gmin, -1);
     EXPECT_EQ(t.r.flags.gmin, 1e-12);
     EXPECT_NEAR(t.node("a") / junction_voltage(1e-12), 1, 1e-6);
 }
@@ -94,7 +94,7 @@ TEST(gmin_step_dc_1, a_single_point_is_that_of_gmin_start) {
 TEST(gmin_step_dc_1, without_points_it_is_done_at_once_from_0) {
     const junction_run t("itmax_newton_first=1 gmin_npoints=0");
     EXPECT_EQ(t.said, "");
-    EXPECT_TRUE(t.r.slv.l_gmin_done);
+    EXPECT_TRUE(t.r.slv.now.l_gmin_done);
     EXPECT_EQ(t.node("a"), 0);
     const junction_run kept("itmax_newton_first=1 gmin_npoints=0 gmin_init=no");
     EXPECT_NE(kept.node("a"), 0);
@@ -172,7 +172,7 @@ struct sweep_run : dc_run {
     }
     // Rows written until the end, or until a stop.
     std::string rows() {
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         listen([&] {
             try {
                 run_dc_sweeps(r);

@@ -44,8 +44,8 @@ const std::string only_rhs2 = "chk_only_rhs2=yes norm_2=1e-12 ";
 TEST(solve_newton_dc, a_straight_line_passes_the_residual_test_at_iteration_1) {
     one_node t(only_rhs2 + "write_rhs2=yes", 5, line_through(2));
     EXPECT_EQ(t.solve(), "0 norm_rhs_2= 3.0000e+00\n1 norm_rhs_2= 0.0000e+00\n");
-    EXPECT_TRUE(t.r.slv.l_converged);
-    EXPECT_EQ(t.r.slv.iter_newton, 1);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
+    EXPECT_EQ(t.r.slv.now.iter_newton, 1);
     EXPECT_EQ(t.v(), 2);
     EXPECT_EQ(t.node("a"), 2);
 }
@@ -53,16 +53,16 @@ TEST(solve_newton_dc, a_straight_line_passes_the_residual_test_at_iteration_1) {
 TEST(solve_newton_dc, from_the_solution_the_residual_test_passes_at_iteration_0) {
     one_node t(only_rhs2, 2, line_through(2));
     t.solve();
-    EXPECT_TRUE(t.r.slv.l_converged);
-    EXPECT_EQ(t.r.slv.iter_newton, 0);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
+    EXPECT_EQ(t.r.slv.now.iter_newton, 0);
     EXPECT_EQ(t.n_calls, 1);
 }
 
 TEST(solve_newton_dc, the_spice_test_needs_two_iterates) {
     one_node t("chk_only_spice=yes", 2, line_through(2));
     t.solve();
-    EXPECT_TRUE(t.r.slv.l_converged);
-    EXPECT_EQ(t.r.slv.iter_newton, 1);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
+    EXPECT_EQ(t.r.slv.now.iter_newton, 1);
 }
 
 TEST(solve_newton_dc, the_spice_test_compares_with_the_iterate_before) {
@@ -71,7 +71,7 @@ TEST(solve_newton_dc, the_spice_test_compares_with_the_iterate_before) {
     one_node t("chk_only_spice=yes norm_spice_rel=0.01", 1,
                [](const model_call& m) { m.branch(m.v[0] * m.v[0] - 2, 2 * m.v[0]); });
     t.solve();
-    EXPECT_EQ(t.r.slv.iter_newton, 2);
+    EXPECT_EQ(t.r.slv.now.iter_newton, 2);
     EXPECT_EQ(t.r.mat.svec_old[0], 17.0 / 12);
     EXPECT_DOUBLE_EQ(t.v(), 577.0 / 408);
 }
@@ -79,7 +79,7 @@ TEST(solve_newton_dc, the_spice_test_compares_with_the_iterate_before) {
 TEST(solve_newton_dc, with_chk_cnvrg_off_takes_one_step) {
     one_node t("chk_cnvrg=no", 1, [](const model_call& m) { m.branch(m.v[0] * m.v[0] - 2, 2 * m.v[0]); });
     t.solve();
-    EXPECT_TRUE(t.r.slv.l_converged);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
     EXPECT_EQ(t.v(), 1.5);
     EXPECT_EQ(t.n_calls, 1);
 }
@@ -88,7 +88,7 @@ TEST(solve_newton_dc, the_iteration_limit_is_a_plain_failure) {
     one_node t(only_rhs2 + "itmax_newton_first=3 norm_2=1e-30", 1,
                [](const model_call& m) { m.branch(m.v[0] * m.v[0] - 2, 2 * m.v[0]); });
     EXPECT_EQ(t.solve(), "");
-    EXPECT_FALSE(t.r.slv.l_converged);
+    EXPECT_FALSE(t.r.slv.now.l_converged);
     EXPECT_EQ(t.n_calls, 3);
 }
 
@@ -96,7 +96,7 @@ TEST(solve_newton_dc, a_limit_below_1_does_not_even_look) {
     for (const char* limit : {"itmax_newton_first=0", "itmax_newton_first=-5"}) {
         one_node t(only_rhs2 + limit, 2, line_through(2));
         t.solve();
-        EXPECT_FALSE(t.r.slv.l_converged);
+        EXPECT_FALSE(t.r.slv.now.l_converged);
         EXPECT_EQ(t.n_calls, 0);
     }
 }
@@ -127,8 +127,8 @@ TEST(damping, its_bound_counts_iterations_from_0_and_is_inclusive) {
         one_node t(only_rhs2 + "dmp_first=yes dmp_k_first=0.5 dmp_newt_max_first=" + std::to_string(bound), 8,
                    line_through(0));
         std::vector<double> steps;
-        while (!t.r.slv.l_converged && steps.size() < 10) {
-            t.r.slv.itmax_newton_first = static_cast<int>(steps.size()) + 1;
+        while (!t.r.slv.now.l_converged && steps.size() < 10) {
+            t.r.slv.method.itmax_newton_first = static_cast<int>(steps.size()) + 1;
             t.r.mat.svec[0] = 8;
             dcmp_solvec(t.r);
             t.solve();
@@ -147,7 +147,7 @@ TEST(damping, a_start_from_a_solution_has_settings_of_its_own) {
                line_through(0));
     t.solve();
     EXPECT_EQ(t.v(), 4);
-    t.r.slv.init_previous = int_T;
+    t.r.slv.task.init_previous = int_T;
     t.solve();
     EXPECT_EQ(t.v(), 3);
 }
@@ -183,16 +183,16 @@ TEST(line_search, halves_until_the_residual_is_not_above_the_start) {
 TEST(line_search, finds_what_plain_newton_runs_away_from) {
     one_node plain(only_rhs2, 3, arc_tangent), searching(only_rhs2 + "nr_line_search=yes", 3, arc_tangent);
     plain.solve();
-    EXPECT_FALSE(plain.r.slv.l_converged);
+    EXPECT_FALSE(plain.r.slv.now.l_converged);
     searching.solve();
-    EXPECT_TRUE(searching.r.slv.l_converged);
+    EXPECT_TRUE(searching.r.slv.now.l_converged);
     EXPECT_NEAR(searching.v(), 0, 1e-12);
 }
 
 TEST(line_search, without_an_acceptable_trial_the_iterate_stays_and_newton_gives_up_silently) {
     one_node t(only_rhs2 + "nr_line_search=yes itmax_line_search=2", 3, arc_tangent);
     EXPECT_EQ(t.solve(), "");
-    EXPECT_FALSE(t.r.slv.l_converged);
+    EXPECT_FALSE(t.r.slv.now.l_converged);
     EXPECT_EQ(t.v(), 3);
     EXPECT_EQ(t.n_calls, 3);
 }
@@ -200,7 +200,7 @@ TEST(line_search, without_an_acceptable_trial_the_iterate_stays_and_newton_gives
 TEST(line_search, without_any_trial_it_fails_at_once) {
     one_node t(only_rhs2 + "nr_line_search=yes itmax_line_search=0", 8, line_through(3));
     EXPECT_EQ(t.solve(), "");
-    EXPECT_FALSE(t.r.slv.l_converged);
+    EXPECT_FALSE(t.r.slv.now.l_converged);
     EXPECT_EQ(t.v(), 8);
     EXPECT_EQ(t.n_calls, 1);
 }
@@ -209,7 +209,7 @@ TEST(line_search, takes_the_place_of_damping) {
     one_node t(only_rhs2 + "nr_line_search=yes dmp_first=yes dmp_k_first=0.5", 8, line_through(3));
     t.solve();
     EXPECT_EQ(t.v(), 3);
-    EXPECT_EQ(t.r.slv.iter_newton, 0);  // the accepted trial's residual is what the test sees
+    EXPECT_EQ(t.r.slv.now.iter_newton, 0);  // the accepted trial's residual is what the test sees
 }
 
 TEST(line_search, trials_ask_for_functions_only) {
@@ -229,14 +229,14 @@ TEST(solve_newton_dc, tells_nan_and_leaves) {
     one_node t(only_rhs2 + "write_rhs2=yes", 1,
                [](const model_call& m) { m.branch(std::numeric_limits<double>::quiet_NaN(), 1); });
     EXPECT_EQ(t.solve(), "solve_newton_dc: NaN found!\n");
-    EXPECT_FALSE(t.r.slv.l_converged);
+    EXPECT_FALSE(t.r.slv.now.l_converged);
     EXPECT_EQ(t.n_calls, 1);
 }
 
 TEST(solve_newton_dc, without_a_test_of_convergence_accepts_no_infinity) {
     one_node t("chk_cnvrg=no", 0, [](const model_call& m) { m.branch(-1e300, 1e-30); });
     EXPECT_EQ(t.solve(), "solve_newton_dc: NaN found!\n");
-    EXPECT_FALSE(t.r.slv.l_converged);
+    EXPECT_FALSE(t.r.slv.now.l_converged);
 }
 
 TEST(solve_newton_dc, tells_a_norm_that_is_too_large_and_leaves) {
@@ -244,7 +244,7 @@ TEST(solve_newton_dc, tells_a_norm_that_is_too_large_and_leaves) {
     EXPECT_EQ(
         t.solve(),
         "check_convergence: norm too large.\n   slv->norm_delx_all=5.0000e+02\nsolve_newton_dc: norm too large.\n");
-    EXPECT_FALSE(t.r.slv.l_converged);
+    EXPECT_FALSE(t.r.slv.now.l_converged);
     EXPECT_EQ(t.n_calls, 1);
 }
 
@@ -255,24 +255,24 @@ TEST(solve_newton_dc, a_capped_exponential_keeps_the_iteration_going_in_silence)
         if (capped-- > 0) ++m.flags->n_limit;
     });
     EXPECT_EQ(t.solve(), "3 norm_rhs_2= 0.0000e+00\n");
-    EXPECT_TRUE(t.r.slv.l_converged);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
 }
 
 TEST(solve_newton_dc, a_blow_up_of_an_earlier_solve_is_forgotten) {
     int capped = 1;
     one_node t("chk_spice=no chk_delx_all=yes norm_large=100", 0, line_through(500));
     t.solve();
-    ASSERT_TRUE(t.r.slv.l_norm_too_large);
+    ASSERT_TRUE(t.r.slv.now.l_norm_too_large);
     use_model(t.r, 0, [&](const model_call& m) {
         if (!m.evaluates()) return;
         line_through(t.v() + 1)(m);
         if (capped-- > 0) ++m.flags->n_limit;
     });
-    t.r.slv.chk_delx_all = int_F;
-    t.r.slv.chk_rhs2 = int_T;
-    t.r.slv.norm_2 = 10;
+    t.r.slv.method.chk_delx_all = int_F;
+    t.r.slv.method.chk_rhs2 = int_T;
+    t.r.slv.method.norm_2 = 10;
     EXPECT_EQ(t.solve(), "");
-    EXPECT_TRUE(t.r.slv.l_converged);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
 }
 
 // ---- models that limit
@@ -362,8 +362,8 @@ TEST(solve_newton_dc, walks_at_the_pace_that_a_limiting_model_allows) {
     t.r.mat.svec[0] = 0;
     dcmp_solvec(t.r);
     solve_newton_dc(t.r);
-    EXPECT_TRUE(t.r.slv.l_converged);
-    EXPECT_EQ(t.r.slv.iter_newton, 4);
+    EXPECT_TRUE(t.r.slv.now.l_converged);
+    EXPECT_EQ(t.r.slv.now.iter_newton, 4);
     EXPECT_EQ(t.r.mat.svec[0], 1);
 }
 

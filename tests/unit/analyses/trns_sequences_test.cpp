@@ -196,19 +196,19 @@ struct two_clocks : testing::Test {
         "begin_output\nfilename o.dat\nvariables: v\nend_output\n"};
     two_clocks() {
         run.start();
-        run.r.slv.time_present = 1;
-        run.r.slv.delt_min = 0.125;
+        run.r.slv.now.time_present = 1;
+        run.r.slv.method.delt_min = 0.125;
         run.r.flags.t_end = 100;
     }
     double& next(const std::string& clock) {
         return run.c.ebeu.time_nextbreak[static_cast<std::size_t>(run.unit_of(clock))];
     }
     double shortened(double delt, double next_1, double next_2) {
-        run.r.slv.delt = delt;
+        run.r.slv.now.delt = delt;
         next("K1") = next_1;
         next("K2") = next_2;
         check_tnext2(run.r);
-        return run.r.slv.delt;
+        return run.r.slv.now.delt;
     }
 };
 }  // namespace
@@ -232,7 +232,7 @@ TEST_F(two_clocks, a_break_nearer_than_the_smallest_step_is_passed_over) {
 }
 TEST_F(two_clocks, are_asked_again_when_the_step_reaches_what_they_said) {
     // Corners at 0, 1, 4, 5, 8 s.
-    run.r.slv.delt = 0.5;
+    run.r.slv.now.delt = 0.5;
     next("K1") = 1.5;
     next("K2") = 1.75;
     check_tnext1(run.r);

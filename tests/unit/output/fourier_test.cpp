@@ -23,7 +23,7 @@ std::string fourier_file(const std::string& control, const std::string& variable
 // A block with one Fourier file, and the signal at these times as vout.
 block_run summed(const std::string& control, const std::vector<double>& times, const wave& x) {
     block_run r = with_blocks(trns_cards + fourier_file(control));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     for (double t : times) {
         vout(r.c) = x(t);
         write_trns(r.slv, r.c, rows_analog, t);
@@ -38,7 +38,7 @@ std::vector<double> steps(double from, double to, int n) {
 }
 
 double amplitude(const block_run& r, int k) {
-    const out_file& f = r.slv.files[0];
+    const out_file& f = r.slv.out.files[0];
     return std::hypot(f.sums.cosine.at(at(k)), f.sums.sine.at(at(k))) / (0.5 * f.period_fourier);
 }
 
@@ -79,7 +79,7 @@ TEST(fourier, of_two_tones_gives_their_amplitudes_as_the_mean_of_each_step_sees_
 TEST(fourier, of_a_span_that_ends_a_tolerance_behind_the_run_is_the_same) {
     const temp_folder folder;
     const block_run r = summed("n_fourier=3", steps(0, 1, 1000), two_tones);
-    EXPECT_EQ(r.slv.files[0].out_tend, 1.0 + 1e-13);
+    EXPECT_EQ(r.slv.out.files[0].out_tend, 1.0 + 1e-13);
     EXPECT_NEAR(amplitude(r, 1), 0.9999950652, 5e-11);
     EXPECT_NEAR(amplitude(r, 3), 0.2999866761, 5e-11);
     EXPECT_LT(amplitude(r, 2), 1e-12);
@@ -125,7 +125,7 @@ TEST(fourier, numbers_files_among_all_files_and_columns_from_0) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + out_block("filename a.dat\nvariables: vout\n") +
                               fourier_file("n_fourier=1", "vout gw"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     const double one_period[] = {0, 1, 0, -1, 0};
     for (int i = 0; i < 5; ++i) {
         vout(r.c) = one_period[i];
@@ -186,7 +186,7 @@ TEST(fourier, takes_the_new_value_behind_two_points_at_one_time) {
     const temp_folder folder;
     // A step from 0 to 1 in the middle: two rows at 0.5, old value and new.
     block_run r = with_blocks(trns_cards + fourier_file("n_fourier=0 out_tend=1"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     for (const auto& [t, x] : {std::pair{0.0, 0.0}, {0.5, 0.0}, {0.5, 1.0}, {1.0, 1.0}}) {
         vout(r.c) = x;
         write_trns(r.slv, r.c, rows_all, t);
@@ -198,7 +198,7 @@ TEST(fourier, starts_anew_when_the_files_of_a_block_are_opened) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + fourier_file("n_fourier=0 out_tend=1"));
     for (double level : {5.0, 7.0}) {
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         for (double t : {0.0, 0.3, 1.0, 1.2}) {
             vout(r.c) = level;
             write_trns(r.slv, r.c, rows_analog, t);
@@ -219,10 +219,10 @@ TEST(fourier, sums_of_random_points_equal_the_sums_over_the_polygon_in_the_span)
         std::sort(t.begin(), t.end());
         for (std::size_t i = 0; i < t.size(); ++i) x.push_back(number(rng) - 0.5);
         block_run r = with_blocks(trns_cards + fourier_file("n_fourier=3"));
-        out_file& f = r.slv.files[0];
+        out_file& f = r.slv.out.files[0];
         f.out_tstart = t1;
         f.out_tend = t2;
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         for (std::size_t i = 0; i < t.size(); ++i) {
             vout(r.c) = x[i];
             write_trns(r.slv, r.c, rows_analog, t[i]);

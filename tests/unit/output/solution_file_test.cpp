@@ -22,7 +22,7 @@ void fill_all(ebeu_class& u) {
     fill(u.locv, 5);
 }
 void write_s_dat(block_run& r) {
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_solution(r.slv, r.c, r.flags);
     close_out_files(r.slv);
 }
@@ -68,7 +68,7 @@ TEST(read_solution, gives_back_what_was_written) {
 TEST(read_solution, does_not_look_at_titles_or_lines) {
     const temp_folder folder;
     block_run r = read_cards(cards);
-    r.slv.init_sol_path = "free.dat";
+    r.slv.task.init_sol_path = "free.dat";
     r.c.ebeu.val_nd.assign(2, 0.0);
     r.c.ebeu.cur_nd.assign(1, 0.0);
     r.c.ebeu.aux.clear();
@@ -83,12 +83,12 @@ TEST(read_solution, does_not_look_at_titles_or_lines) {
 TEST(read_solution, halts_on_a_missing_a_short_and_a_spoilt_file) {
     const temp_folder folder;
     block_run r = read_cards(cards);
-    r.slv.init_sol_path = "none.dat";
+    r.slv.task.init_sol_path = "none.dat";
     EXPECT_HALT(read_solution(r.slv, r.c, r.flags),
                 "cct_class::read_solution: file none.dat does not exist. Halting...\n");
     fill_all(r.c.ebeu);
     write_s_dat(r);
-    r.slv.init_sol_path = "s.dat";
+    r.slv.task.init_sol_path = "s.dat";
     const std::string whole = read_file("s.dat");
     for (std::size_t n : {std::size_t{0}, std::size_t{10}, whole.size() / 3, whole.size() / 2}) {
         write_file("s.dat", whole.substr(0, n));
@@ -108,7 +108,7 @@ TEST(read_solution, halts_on_a_missing_a_short_and_a_spoilt_file) {
 TEST(write_solution, counts_one_line_a_call_under_its_own_name) {
     const temp_folder folder;
     block_run r = read_cards(cards);
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_solution(r.slv, r.c, r.flags);
     write_solution(r.slv, r.c, r.flags);
     EXPECT_HALT(write_solution(r.slv, r.c, r.flags),
@@ -118,7 +118,7 @@ TEST(write_solution, counts_one_line_a_call_under_its_own_name) {
 TEST(write_parms, lists_every_parameter_of_every_instance) {
     const temp_folder folder;
     block_run r = read_cards(cards);
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_parms(r.slv, r.c);
     close_out_files(r.slv);
     EXPECT_EQ(read_file("p.dat"),

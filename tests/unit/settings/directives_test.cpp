@@ -20,7 +20,7 @@ double unit_rparm(const circuit& c, const std::string& name, int k = 0) {
 doubles swept(const std::string& statement) {
     block_run r = read_cards("solve_type dc\n" + statement + "\n");
     doubles list;
-    for (int i = 0; i < r.slv.n_sweep; ++i) {
+    for (int i = 0; i < r.slv.task.n_sweep; ++i) {
         vary_parm(r.slv, r.c, i);
         list.push_back(unit_rparm(r.c, "R2"));
     }
@@ -30,7 +30,7 @@ doubles swept(const std::string& statement) {
 
 TEST(set_parm, writes_reals_and_integers_down_to_the_units) {
     block_run r = read_cards("solve_type dc\nset_parm r_of_R2=half n_par_of_R2=twenty\nset_parm vdc_of_V1=12\n");
-    ASSERT_EQ(r.slv.set_parm.size(), 3u);
+    ASSERT_EQ(r.slv.task.set_parm.size(), 3u);
     set_parm(r.slv, r.c);
     EXPECT_EQ(unit_rparm(r.c, "R2"), 0.5);
     EXPECT_EQ(rparm(r.c, "R2", 1), 1.0) << "the derived parameter is twice r";
@@ -49,7 +49,7 @@ TEST(set_parm, of_a_global_reaches_dependents_and_every_tied_parameter) {
 }
 
 TEST(set_parm, ignores_an_item_without_a_value) {
-    EXPECT_EQ(read_cards("solve_type dc\nset_parm r_of_R1=5 r_of_R2\n").slv.set_parm.size(), 1u);
+    EXPECT_EQ(read_cards("solve_type dc\nset_parm r_of_R1=5 r_of_R2\n").slv.task.set_parm.size(), 1u);
 }
 
 TEST(vary_parm, of_a_div_range_rounds_the_number_of_pieces) {
@@ -61,7 +61,7 @@ TEST(vary_parm, of_a_div_range_rounds_the_number_of_pieces) {
 
 TEST(vary_parm, takes_as_many_points_as_can_be_numbered) {
     const auto points = [](const std::string& form) {
-        return read_cards("solve_type dc\nvary_parm r_of_R2 from 1 to 2 type " + form + "\n").slv.n_sweep;
+        return read_cards("solve_type dc\nvary_parm r_of_R2 from 1 to 2 type " + form + "\n").slv.task.n_sweep;
     };
     EXPECT_EQ(points("linear n_points 2147483647"), 2147483647);
     EXPECT_EQ(points("log n_points 2147483647"), 2147483647);
@@ -92,15 +92,15 @@ TEST(vary_parm, of_two_statements_varies_the_last_fastest_and_parts_the_curves_b
     block_run r = read_cards(
         "solve_type dc\nvary_parm r_of_R1 type table 10 20 30\nvary_parm r_of_R2 type table 1 2 3 4\n" +
         out_block("filename rows.dat\nvariables: vout\n") + out_block("filename parms.dat\nvariables: parms\n"));
-    ASSERT_EQ(r.slv.n_sweep, 12);
-    for (out_file& file : r.slv.files) {
+    ASSERT_EQ(r.slv.task.n_sweep, 12);
+    for (out_file& file : r.slv.out.files) {
         file.stream = std::make_unique<row_file>();
         file.stream->open(file.path, false);
     }
     doubles r1, r2;
-    for (int i = 0; i < r.slv.n_sweep; ++i) {
+    for (int i = 0; i < r.slv.task.n_sweep; ++i) {
         vary_parm(r.slv, r.c, i);
-        r.slv.files[0].stream->put_text("row\n");
+        r.slv.out.files[0].stream->put_text("row\n");
         r1.push_back(unit_rparm(r.c, "R1"));
         r2.push_back(unit_rparm(r.c, "R2"));
     }
@@ -134,12 +134,12 @@ TEST(vary_parm, of_a_global_moves_the_present_value_and_keeps_the_base) {
 TEST(vary_parm, of_the_automatic_form_takes_the_present_value_of_the_driver) {
     block_run r =
         read_cards("solve_type dc\nvary_parm r_of_R2 type auto p_begin 0 p_end 1 step 0.1 step_min 1m step_max 0.2\n");
-    EXPECT_TRUE(r.slv.flag_vary_auto);
-    const auto_sweep& a = r.slv.automatic;
+    EXPECT_TRUE(r.slv.task.flag_vary_auto);
+    const auto_sweep& a = r.slv.task.automatic;
     EXPECT_EQ((doubles{a.p_begin, a.p_end, a.step, a.step_min, a.step_max, a.factor_red, a.factor_inc}),
               (doubles{0, 1, 0.1, 1e-3, 0.2, 0.8, 1.1}));
     EXPECT_EQ(a.itmax_sweep, 500);
-    r.slv.automatic.p_now = 0.125;
+    r.slv.task.automatic.p_now = 0.125;
     vary_parm(r.slv, r.c, 0);
     EXPECT_EQ(unit_rparm(r.c, "R2"), 0.125);
 }
@@ -156,8 +156,8 @@ TEST(vary_parmsync, moves_all_its_statements_together) {
     block_run r = read_cards(
         "solve_type dc\nvary_parm_sync r_of_R1 type table 10 20 30\n"
         "vary_parm_sync r_of_R2 from 1 to 3 type linear n_points 3\n");
-    ASSERT_EQ(r.slv.n_sync, 3);
-    EXPECT_EQ(r.slv.n_sweep, 1);
+    ASSERT_EQ(r.slv.task.n_sync, 3);
+    EXPECT_EQ(r.slv.task.n_sweep, 1);
     doubles seen;
     for (int i = 0; i < 3; ++i) {
         vary_parmsync(r.slv, r.c, i);
@@ -233,8 +233,8 @@ TEST(start_values, reach_the_instances_of_their_families) {
     EXPECT_EQ(r.c.xelu.ig.data, (doubles{6}));
     set_dig(r.slv, r.c);
     EXPECT_EQ(r.c.delu.ig.data, (doubles{1}));
-    ASSERT_EQ(r.slv.set_dgtl.size(), 1u);
-    EXPECT_EQ(r.slv.set_dgtl[0].level, 1);
+    ASSERT_EQ(r.slv.task.set_dgtl.size(), 1u);
+    EXPECT_EQ(r.slv.task.set_dgtl[0].level, 1);
 }
 
 TEST(set_parm, finds_instances_of_every_family) {

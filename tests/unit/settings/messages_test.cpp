@@ -418,7 +418,7 @@ namespace {
 struct warning {
     const char* what;
     std::string cards, text;
-    truefalse solve_class::*setting;
+    truefalse method_settings::*setting;
     truefalse value;
     change circuit = nothing;
 };
@@ -426,24 +426,25 @@ const std::string gmin_type =
     "solve_class: gmin stepping can only be used\n  for DC and trns. Resetting l_gmin_step to F.\n";
 const warning warnings[] = {
     {"nr_approx_type", dc + "method: nr_approx=yes\n",
-     "solve_class::set_values: nr_approx=yes is used\n   only in trns. Ignored..\n", &solve_class::nr_approx, int_F},
+     "solve_class::set_values: nr_approx=yes is used\n   only in trns. Ignored..\n", &method_settings::nr_approx,
+     int_F},
     {"nr_approx_circuit", trns + "method: nr_approx=yes\n",
      "solve_class::set_values: nr_approx=yes cannot be used\n   if there are no electrical elements. Ignored..\n",
-     &solve_class::nr_approx, int_F, no_electrical},
-    {"nr_approx_kept", trns + "method: nr_approx=yes\n", "", &solve_class::nr_approx, int_T},
-    {"gmin_startup", "solve_type startup\n", gmin_type, &solve_class::gmin_step, int_F, gmin_declared},
-    {"gmin_ac", ac, gmin_type, &solve_class::gmin_step, int_F, gmin_declared},
-    {"gmin_unknown_type", "solve_type dcc\n", "", &solve_class::gmin_step, int_T, gmin_declared},
-    {"gmin_kept", dc, "", &solve_class::gmin_step, int_T, gmin_declared},
+     &method_settings::nr_approx, int_F, no_electrical},
+    {"nr_approx_kept", trns + "method: nr_approx=yes\n", "", &method_settings::nr_approx, int_T},
+    {"gmin_startup", "solve_type startup\n", gmin_type, &method_settings::gmin_step, int_F, gmin_declared},
+    {"gmin_ac", ac, gmin_type, &method_settings::gmin_step, int_F, gmin_declared},
+    {"gmin_unknown_type", "solve_type dcc\n", "", &method_settings::gmin_step, int_T, gmin_declared},
+    {"gmin_kept", dc, "", &method_settings::gmin_step, int_T, gmin_declared},
     {"gmin_no_units", dc,
      "solve_class: gmin stepping can only be used\n  with electrical elements.\n  Resetting l_gmin_step to F.\n",
-     &solve_class::gmin_step, int_F, gmin_declared_no_units},
+     &method_settings::gmin_step, int_F, gmin_declared_no_units},
     {"linear_method", "solve_type trns\nmethod: t_end=1 delt_const=1m\n",
      "solve_class: trns method not sepcified.\n   Setting trapezoidal by default.\n   (linear circuit)\n",
-     &solve_class::trapezoidal, int_T},
+     &method_settings::trapezoidal, int_T},
     {"nonlinear_method", "solve_type trns\nmethod: t_end=1 delt_const=1m\n",
      "solve_class: trns method not sepcified.\n   Setting back Euler by default.\n   (non-linear circuit)\n",
-     &solve_class::back_euler, int_T, [](block_run& r) { r.c.cct.flag_linear = false; }},
+     &method_settings::back_euler, int_T, [](block_run& r) { r.c.cct.flag_linear = false; }},
 };
 std::ostream& operator<<(std::ostream& out, const warning& w) { return out << w.what; }
 
@@ -456,7 +457,7 @@ TEST_P(solve_block_warning, is_told_and_the_run_goes_on) {
     const console_run heard = run_and_listen([&] { read_block(r); });
     EXPECT_FALSE(heard.stopped);
     EXPECT_EQ(heard.text, GetParam().text);
-    EXPECT_EQ(r.slv.*GetParam().setting, GetParam().value);
+    EXPECT_EQ(r.slv.method.*GetParam().setting, GetParam().value);
 }
 INSTANTIATE_TEST_SUITE_P(all, solve_block_warning, testing::ValuesIn(warnings),
                          [](const auto& p) { return std::string(p.param.what); });

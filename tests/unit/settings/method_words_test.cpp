@@ -162,7 +162,7 @@ double value(const method_word& m, const solve_class& slv, const flags_class& fl
             if constexpr (std::is_same_v<decltype(member), double flags_class::*>)
                 return flags.*member;
             else
-                return static_cast<double>(slv.*member);
+                return static_cast<double>(slv.method.*member);
         },
         m.member);
 }
@@ -226,31 +226,31 @@ TEST(method_words, stand_in_sections_that_begin_with_one_of_them) {
 TEST(method_default, depends_on_electrical_instances_and_on_the_libraries) {
     block_run r = prepared("");
     method_default(r.slv, r.c, r.flags);
-    EXPECT_TRUE(r.slv.chk_spice && r.slv.ssw_chk_spice);
-    EXPECT_FALSE(r.slv.chk_rhs2 || r.slv.ssw_chk_rhs2);
-    EXPECT_FALSE(r.slv.gmin_step) << "no entry of the library declares it";
-    EXPECT_TRUE(r.slv.x_eval_serial);
+    EXPECT_TRUE(r.slv.method.chk_spice && r.slv.method.ssw_chk_spice);
+    EXPECT_FALSE(r.slv.method.chk_rhs2 || r.slv.method.ssw_chk_rhs2);
+    EXPECT_FALSE(r.slv.method.gmin_step) << "no entry of the library declares it";
+    EXPECT_TRUE(r.slv.method.x_eval_serial);
 
     r.c.lib.ebes.flag.gmin_step.back() = 1;  // an entry that no unit uses counts as well
     r.flags.x_matrix = 1;
     method_default(r.slv, r.c, r.flags);
-    EXPECT_TRUE(r.slv.gmin_step);
-    EXPECT_FALSE(r.slv.x_eval_serial);
+    EXPECT_TRUE(r.slv.method.gmin_step);
+    EXPECT_FALSE(r.slv.method.x_eval_serial);
 
     r.c.eelu.n = 0;
     method_default(r.slv, r.c, r.flags);
-    EXPECT_FALSE(r.slv.chk_spice || r.slv.gmin_step || r.slv.ssw_chk_spice);
-    EXPECT_TRUE(r.slv.chk_rhs2 && r.slv.ssw_chk_rhs2);
+    EXPECT_FALSE(r.slv.method.chk_spice || r.slv.method.gmin_step || r.slv.method.ssw_chk_spice);
+    EXPECT_TRUE(r.slv.method.chk_rhs2 && r.slv.method.ssw_chk_rhs2);
 }
 
 TEST(method_default, resets_what_the_last_block_set_but_not_t_end) {
     block_run r = prepared("");
     r.flags.t_end = 3.0;
-    r.slv.chk_only_spice = int_T;
-    r.slv.itmax_newton = 1;
+    r.slv.method.chk_only_spice = int_T;
+    r.slv.method.itmax_newton = 1;
     method_default(r.slv, r.c, r.flags);
-    EXPECT_FALSE(r.slv.chk_only_spice);
-    EXPECT_EQ(r.slv.itmax_newton, 500);
+    EXPECT_FALSE(r.slv.method.chk_only_spice);
+    EXPECT_EQ(r.slv.method.itmax_newton, 500);
     EXPECT_EQ(r.flags.t_end, 3.0);
 }
 
@@ -324,12 +324,12 @@ TEST(method_card, takes_scale_letters_globals_and_only_yes_for_true) {
         "method: norm_2=2u dmp=yes gmin_dmp=no chk_delx_all=true\n"
         "solve_type dc\n"
         "method: itmax_newton=twenty delxmax_volt=half gmin_init=Yes write_rhs2\n");
-    EXPECT_DOUBLE_EQ(r.slv.norm_2, 2e-6);
-    EXPECT_TRUE(r.slv.dmp);
-    EXPECT_FALSE(r.slv.gmin_dmp || r.slv.chk_delx_all || r.slv.gmin_init);
-    EXPECT_EQ(r.slv.itmax_newton, 20);
-    EXPECT_EQ(r.slv.delxmax_volt, 0.5);
-    EXPECT_FALSE(r.slv.write_rhs2) << "a keyword without a value is ignored";
+    EXPECT_DOUBLE_EQ(r.slv.method.norm_2, 2e-6);
+    EXPECT_TRUE(r.slv.method.dmp);
+    EXPECT_FALSE(r.slv.method.gmin_dmp || r.slv.method.chk_delx_all || r.slv.method.gmin_init);
+    EXPECT_EQ(r.slv.method.itmax_newton, 20);
+    EXPECT_EQ(r.slv.method.delxmax_volt, 0.5);
+    EXPECT_FALSE(r.slv.method.write_rhs2) << "a keyword without a value is ignored";
 }
 
 TEST(method_card, halts_on_a_word_that_is_no_keyword) {
