@@ -5,9 +5,12 @@
 #include <fstream>
 #include <limits>
 
+#include "analyses/accepted_point.h"
+#include "analyses/assembly.h"
 #include "analyses/convergence.h"
-#include "analyses/evaluate.h"
+#include "analyses/integration.h"
 #include "analyses/solution_vector.h"
+#include "base/at.h"
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "base/signals.h"
@@ -15,8 +18,6 @@
 #include "sparse/knuth_write.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // The system as it stands before a solve, under names that tell the analysis.
 void write_system(const run_state& r, const std::string& tail) {
     knuth<double> m = r.mat.m;

@@ -5,11 +5,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "base/at.h"
 #include "base/halt.h"
-
-namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-}  // namespace
 
 // ---- comparison and limits
 // ----------------------------------------------------------------------------------------------

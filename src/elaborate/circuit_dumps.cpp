@@ -2,11 +2,10 @@
 
 #include <fstream>
 
+#include "base/at.h"
 #include "deck/deck_dumps.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // How the fields of a domain are called: "ect" at the level of names, "eelu" of instances, "ebeu" and "ebau" of units.
 struct domain {
     const char* file;

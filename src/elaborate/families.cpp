@@ -34,16 +34,27 @@ constexpr bound_list bound_gm[] = {
     {&library_lists::vr, &cct_class::gct, &instance_core::vr, "vr name", "assign_elu_nodes"},
     {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "ndd name", "assign_elu_nodes"},
 };
+
+unit_core& ebe_units(circuit& c) { return c.ebeu.unit; }
+unit_core& ebac_units(circuit& c) { return c.ebau.unit; }
+unit_core& gbe_units(circuit& c) { return c.gbeu.unit; }
+constexpr unit_table units_e[] = {
+    {&composite_library::be, &libraries::ebes, &instance_core::first_unit, ebe_units, true},
+    {&composite_library::beac, &libraries::ebac, &instance_core::first_unit_ac, ebac_units, false},
+};
+constexpr unit_table units_g[] = {
+    {&composite_library::be, &libraries::gbes, &instance_core::first_unit, gbe_units, true},
+};
 std::span<const std::string_view> none() { return std::span(no_words, 0); }
 }  // namespace
 
 const family_form family_forms[n_family] = {
     {fam_e, "eelement", "eelu", "eels", "emodel", &libraries::eels, &circuit::eelu, &circuit::ecem, placeholders_e,
-     flags_eg, bound_e, ov_rparm_eelu},
+     flags_eg, bound_e, ov_rparm_eelu, units_e},
     {fam_d, "delement", "delu", "dels", "dmodel", &libraries::dels, &circuit::delu, &circuit::dcem, placeholders_d,
      none(), bound_d, ov_rparm_delu},
     {fam_g, "gelement", "gelu", "gels", "gmodel", &libraries::gels, &circuit::gelu, &circuit::gcem, placeholders_g,
-     flags_eg, bound_g, ov_rparm_gelu},
+     flags_eg, bound_g, ov_rparm_gelu, units_g},
     {fam_x, "xelement", "xelu", "xels", "xmodel", &libraries::xels, &circuit::xelu, &circuit::xcem, placeholders_x,
      flags_x, bound_x, ov_rparm_xelu},
     {fam_gm, "gmelement", "gmeu", "gmes", "gmmodel", &libraries::gmes, &circuit::gmeu, &circuit::gmem, none(), flags_gm,

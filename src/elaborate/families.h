@@ -14,6 +14,15 @@ struct bound_list {
     std::string_view assigning;  // routine of an unknown value
 };
 
+// Units that elements of the family's composites become.
+struct unit_table {
+    element_table composite_library::*elements;
+    basic_library libraries::*templates;
+    std::vector<int> instance_core::*first_unit;
+    unit_core& (*units)(circuit&);
+    bool with_start_values;  // stparms and igparms
+};
+
 struct family_form {
     family number;
     std::string_view keyword;        // "eelement"
@@ -27,6 +36,7 @@ struct family_form {
     std::span<const std::string_view> flag_words;    // accepted yes/no words
     std::span<const bound_list> bound;               // in the order of the name pass
     int kind_rparm;                                  // ov_kind of a real parameter of an instance; ov_none
+    std::span<const unit_table> units = {};          // none yet of families without units
 };
 
 extern const family_form family_forms[n_family];

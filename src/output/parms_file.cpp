@@ -1,8 +1,8 @@
 #include "output/parms_file.h"
 
-namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
+#include "base/at.h"
 
+namespace {
 struct parms_family {
     int number;
     std::string_view keyword, library;

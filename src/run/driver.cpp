@@ -3,6 +3,7 @@
 #include <tuple>
 #include <vector>
 
+#include "analyses/accepted_point.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/run_state.h"
@@ -110,7 +111,7 @@ void solve_points(run_state& r) {
     if (r.slv.startup) set_sv(r.slv, r.c);
     r.residual = {};
     init_sol(r);
-    set_mat(r.mat, r.c, r.ebes1, r.gbes1);
+    set_mat(r.mat, r.c, r.ebe.jac, r.gbe.jac);
     if (r.slv.trns)
         solve_trns(r);
     else

@@ -4,14 +4,13 @@
 #include <limits>
 #include <span>
 
+#include "base/at.h"
 #include "base/memory.h"
 #include "settings/method_words.h"
 #include "settings/output_block.h"
 #include "settings/solve_words.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 int n_on(const solve_class& slv, std::span<truefalse method_settings::*const> flags) {
     return static_cast<int>(std::count_if(flags.begin(), flags.end(), [&](auto f) { return slv.method.*f == int_T; }));
 }

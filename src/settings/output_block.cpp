@@ -4,13 +4,12 @@
 #include <limits>
 #include <variant>
 
+#include "base/at.h"
 #include "base/math_cnst_class.h"
 #include "base/memory.h"
 #include "settings/solve_words.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // A word that asks for a file of its own kind; it stands alone in `variables:`.
 struct reserved_word {
     std::string_view word;

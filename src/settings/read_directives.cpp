@@ -5,12 +5,11 @@
 #include <limits>
 #include <variant>
 
+#include "base/at.h"
 #include "base/numeric.h"
 #include "settings/solve_words.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 constexpr int circuit_families[] = {fam_e, fam_gm, fam_d, fam_g, fam_x};
 constexpr int swept_families[] = {fam_e, fam_gm, fam_d, fam_g};
 constexpr int start_families[] = {fam_e, fam_g};

@@ -77,6 +77,4 @@ void define_method_type(solve_class& slv, const cct_class& cct);
 void x_define_method_type(solve_class& slv, const cct_class& cct);
 // Damping and iteration limit of the next Newton solve, into `now`.
 void get_dmp(solve_class& slv);
-// Integration constants from delt; with gear2 also from delt_old_2, the step before it.
-void find_trns_constants(solve_class& slv);
 void assign_freq_array(solve_class& slv);

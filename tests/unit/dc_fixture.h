@@ -7,6 +7,8 @@
 
 #include "../circuit_from_text.h"
 #include "../working_folder.h"
+#include "analyses/accepted_point.h"
+#include "analyses/assembly.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
@@ -55,7 +57,7 @@ struct dc_run {
             set_parm(r.slv, c);
             one_time_parms(r);
             init_sol(r);
-            set_mat(r.mat, c, r.ebes1, r.gbes1);
+            set_mat(r.mat, c, r.ebe.jac, r.gbe.jac);
         });
         text.clear();
     }
@@ -100,9 +102,9 @@ inline void call_made_up_model(const int u, int*, char**, double* rparm, double*
     made_up_models()[static_cast<std::size_t>(u)]({rparm, v, aux, v_new, f, jac, flags});
 }
 inline void use_model(run_state& r, int u, made_up_model model) {
-    made_up_models().resize(r.ebe.size());
+    made_up_models().resize(r.ebe.call.size());
     made_up_models()[static_cast<std::size_t>(u)] = std::move(model);
-    r.ebe[static_cast<std::size_t>(u)].function = call_made_up_model;
+    r.ebe.call[static_cast<std::size_t>(u)].function = call_made_up_model;
 }
 
 // ---- whole runs

@@ -58,10 +58,10 @@ block_unit unit_in_use(const std::string& name, std::mt19937& rng) {
 
 TEST(block_registration, every_name_has_an_entry_and_every_entry_a_function) {
     ASSERT_EQ(n_gbe_registrations, installed_gbes().n());
-    for (const std::string& name : block_names()) EXPECT_NE(find_gbe(name), nullptr) << name;
+    for (const std::string& name : block_names()) EXPECT_NE(find_model<gbe_call>(name), nullptr) << name;
     for (int i = 0; i < n_gbe_registrations; ++i)
         EXPECT_GE(installed_gbes().list.find(gbe_registrations[i].name), 0) << gbe_registrations[i].name;
-    EXPECT_EQ(find_gbe("no_such_block"), nullptr);
+    EXPECT_EQ(find_model<gbe_call>("no_such_block"), nullptr);
     EXPECT_EQ(find_gbe_ac("no_such_block"), nullptr);
 }
 

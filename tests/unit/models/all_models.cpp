@@ -27,14 +27,15 @@ std::vector<std::string> names_of(const basic_library& lib) {
 TEST(registration, every_name_has_an_entry_and_every_entry_a_function) {
     ASSERT_EQ(n_ebe_registrations, installed_ebes().n());
     ASSERT_EQ(n_ebe_ac_registrations, installed_ebac().n());
-    for (const std::string& name : names_of(installed_ebes())) EXPECT_NE(find_ebe(name), nullptr) << name;
-    for (const std::string& name : names_of(installed_ebac())) EXPECT_NE(find_ebe_ac(name), nullptr) << name;
+    for (const std::string& name : names_of(installed_ebes())) EXPECT_NE(find_model<ebe_call>(name), nullptr) << name;
+    for (const std::string& name : names_of(installed_ebac()))
+        EXPECT_NE(find_model<ebe_ac_call>(name), nullptr) << name;
     for (int i = 0; i < n_ebe_registrations; ++i)
         EXPECT_GE(installed_ebes().list.find(ebe_registrations[i].name), 0) << ebe_registrations[i].name;
     for (int i = 0; i < n_ebe_ac_registrations; ++i)
         EXPECT_GE(installed_ebac().list.find(ebe_ac_registrations[i].name), 0) << ebe_ac_registrations[i].name;
-    EXPECT_EQ(find_ebe("no_such_model"), nullptr);
-    EXPECT_EQ(find_ebe_ac("no_such_model"), nullptr);
+    EXPECT_EQ(find_model<ebe_call>("no_such_model"), nullptr);
+    EXPECT_EQ(find_model<ebe_ac_call>("no_such_model"), nullptr);
 }
 
 TEST(registration, the_list_files_hold_every_entry) {
@@ -243,7 +244,7 @@ TEST_P(every_small_signal_form, has_functions_that_its_derivatives_describe_exac
     for (double& r : u.rparm)
         if (r == 0) r = 0.3;
     ebes1_class bias;
-    model_unit dc(find_ebe(GetParam()) && GetParam() != "switch" ? GetParam() : "diode_spice_1");
+    model_unit dc(find_model<ebe_call>(GetParam()) && GetParam() != "switch" ? GetParam() : "diode_spice_1");
     if (u.lib.list.iprm.find(u.e, "ac_parm_be") >= 0) {
         dc.prepare();
         dc.x.v[0] = 0.5;

@@ -27,7 +27,7 @@ struct block_unit {
     const gbes_class& lib;
     std::string name;
     int e;
-    gbe_function function;
+    model_function<gbe_call> function;
     block_numbers x;
     std::vector<char*> sparm = {nullptr};
     gbes1_class jac;
@@ -36,7 +36,7 @@ struct block_unit {
     math_cnst_class math_cnst;
 
     explicit block_unit(const std::string& type)
-        : lib(installed_gbes()), name(type), e(lib.list.find(type)), function(find_gbe(type)) {
+        : lib(installed_gbes()), name(type), e(lib.list.find(type)), function(find_model<gbe_call>(type)) {
         if (e < 0) throw std::invalid_argument(type);
         const library_lists& l = lib.list;
         const auto with_spare = [](auto values) {
