@@ -18,7 +18,7 @@ std::vector<F> functions_of(const basic_library& lib, Find find) {
 
 // Looks once at every template in use: one without a model is told, one that is smaller than its model halts.
 template <class F, class Find>
-void check_templates(const library_form& form, const basic_library& lib, const std::vector<F>& function,
+void check_templates(const basic_form& form, const basic_library& lib, const std::vector<F>& function,
                      const unit_core& unit, Find find_registration) {
     std::vector<char> seen(at(lib.n()), 0);
     for (int s : unit.i_lib) {

@@ -2,9 +2,9 @@
 #include "base/halt.h"
 #include "elaborate/families.h"
 #include "elaborate/flatten.h"
+#include "elaborate/instance_values.h"
 #include "elaborate/names.h"
 #include "elaborate/outputs.h"
-#include "elaborate/set_values.h"
 
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

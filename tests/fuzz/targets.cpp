@@ -7,8 +7,8 @@
 #include "deck/circuit_file.h"
 #include "deck/tmpdim_class.h"
 #include "elaborate/families.h"
+#include "library/basic_form.h"
 #include "library/composite/composite_form.h"
-#include "library/library_form.h"
 #include "settings/solve_words.h"
 #include "tnl/results/measure_functions.h"
 
@@ -65,23 +65,23 @@ std::string deck_words() {
                                       "#"});
     for (const output_word& w : output_words()) all.insert(std::string(w.word));
     for (const family_form& f : family_forms) {
-        all.insert(std::string(f.keyword));
-        all.insert(std::string(f.model_keyword));
+        all.insert(std::string(f.lib.statement));
+        all.insert(std::string(f.lib.model));
         add(f.placeholders);
         add(f.flag_words);
     }
     return as_dictionary(all);
 }
 
-void add_form(const library_form& form, word_set& all) {
-    all.insert(form.keyword);
-    all.insert(std::string("end") + form.keyword);
+void add_form(const basic_form& form, word_set& all) {
+    all.insert(form.lib.begin);
+    all.insert(std::string("end") + form.lib.begin);
     for (const flag_word& f : form.flags) all.insert(std::string(f.word) + "=yes");
     for (const list_line& l : form.lines) all.insert(l.keyword);
 }
 
 // Words of elements and composites of one family.
-std::string words_of_family(const library_form& form, const library_form& form_ac, const composite_form& composites) {
+std::string words_of_family(const basic_form& form, const basic_form& form_ac, const composite_form& composites) {
     word_set all = {"====\\x0a",
                     "name=",
                     "Jacobian: constant",

@@ -171,7 +171,7 @@ inline circuit fixture_circuit(const std::string& deck, int m_ect_nd_tmp = 1000)
     read_library("ebes.aux", ebes_form, int_F, constants, c.lib.ebes);
     read_eels_file("eels.aux", c.lib.ebes, c.lib.ebac, c.lib.eels);
     c.gprm = read_gprm(c.cf);
-    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
+    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, library_forms[lib_eels]);
     c.ov = read_ov(c.cf, c.gprm);
     c.tmpdim.m_ect_nd_tmp = m_ect_nd_tmp;
     c.tmpdim.m_gct_vr_tmp = c.tmpdim.m_dct_nd_tmp = c.tmpdim.m_xct_vr_tmp = 1000;

@@ -48,7 +48,7 @@ struct dc_run {
         read_library("ebac.aux", ebac_form, int_F, constants, c.lib.ebac);
         read_eels_file("eels.aux", c.lib.ebes, c.lib.ebac, c.lib.eels);
         c.gprm = read_gprm(c.cf);
-        c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
+        c.ecem = read_models(c.cf, c.gprm, c.lib.eels, library_forms[lib_eels]);
         c.ov = read_ov(c.cf, c.gprm);
         c.tmpdim = roomy_dimensions();
         listen([&] { prepare_circuit(r); });

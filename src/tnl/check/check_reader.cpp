@@ -44,7 +44,7 @@ text_file part_of(const installed_libraries& libraries, const deck_needs& needs,
 
 void read_libraries(const installed_libraries& libraries, const deck_needs& needs, circuit& c) {
     const auto part = [&](const char* file) { return part_of(libraries, needs, file); };
-    const auto basic = [&](const char* file, const ::library_form& form, basic_library& lib) {
+    const auto basic = [&](const char* file, const basic_form& form, basic_library& lib) {
         text_file text = part(file);
         read_library_text(text, form, nullptr, lib);
     };

@@ -67,7 +67,7 @@ inline block_run with_blocks(const std::string& cards) {
         r.c.lib.gbes = read_gbes(int_F, constants);
         r.c.lib.gels = read_gels(r.c.lib.gbes, r.c.lib.gbac);
     }
-    r.c.gcem = read_models(r.c.cf, r.c.gprm, r.c.lib.gels, gcem_form);
+    r.c.gcem = read_models(r.c.cf, r.c.gprm, r.c.lib.gels, library_forms[lib_gels]);
     elaborate(r.c);
     classify(r.c);
     check_linear(r.c);
