@@ -74,8 +74,8 @@ std::string deck_words() {
 }
 
 void add_form(const basic_form& form, word_set& all) {
-    all.insert(form.lib.begin);
-    all.insert(std::string("end") + form.lib.begin);
+    all.insert(std::string(form.lib.begin));
+    all.insert(std::string(form.lib.end));
     for (const flag_word& f : form.flags) all.insert(std::string(f.word) + "=yes");
     for (const list_line& l : form.lines) all.insert(l.keyword);
 }
@@ -121,9 +121,8 @@ std::string words_of_family(const basic_form& form, const basic_form& form_ac, c
     all.insert(expressions.begin(), expressions.end());
     add_form(form, all);
     add_form(form_ac, all);
-    const std::string element = composites.element;
-    all.insert({composites.keyword, std::string("end") + composites.keyword, std::string("call") + composites.keyword,
-                element + "_ac", element + "model", composites.keyword + std::string("model"), element + "_acmodel",
+    const std::string element(composites.basic.begin), own(composites.lib.begin);
+    all.insert({own, "end" + own, "call" + own, element + "_ac", element + "model", own + "model", element + "_acmodel",
                 "ac_parm_be="});
     for (const auto& lines : {composites.dc_lines, composites.ac_lines})
         for (const header_line& l : lines) all.insert(l.keyword);
