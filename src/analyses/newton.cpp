@@ -99,7 +99,7 @@ bool line_search(run_state& r, std::string_view who) {
 
 bool first_point(const solve_class& slv) { return slv.now.i_sync <= 0 && slv.now.i_sweep <= 0; }
 
-newton_limits block_limits(run_state& r, std::string_view who, std::string_view tail) {
+newton_limits newton_limits_of(run_state& r, std::string_view who, std::string_view tail) {
     get_dmp(r.slv);
     newton_limits limits;
     limits.itmax = r.slv.now.itmax_newton;
@@ -194,8 +194,8 @@ void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who,
 
 void solve_newton_dc(run_state& r) {
     const bool startup = r.mat.kind == analysis::startup;
-    newton_limits limits = startup ? block_limits(r, "solve_newton_startup", "startup_newt")
-                                   : block_limits(r, "solve_newton_dc", "dc_newt");
+    newton_limits limits = startup ? newton_limits_of(r, "solve_newton_startup", "startup_newt")
+                                   : newton_limits_of(r, "solve_newton_dc", "dc_newt");
     limits.fix_order = first_point(r.slv);
     newton(r, limits);
     if (r.slv.now.l_converged && r.c.cct.flag_save_history) save_history(r);

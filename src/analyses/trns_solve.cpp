@@ -59,7 +59,7 @@ void after_converged(run_state& r) {
 
 void solve_newton_trns(run_state& r) {
     solve_class& slv = r.slv;
-    newton_limits limits = block_limits(r, "solve_newton_trns", "trns_newt");
+    newton_limits limits = newton_limits_of(r, "solve_newton_trns", "trns_newt");
     limits.fix_order = fixes_order(slv);
     limits.dump = dump_step(slv);
     limits.hold_factors =

@@ -3,9 +3,9 @@
 #include "base/halt.h"
 #include "elaborate/families.h"
 #include "elaborate/flatten.h"
+#include "elaborate/instance_values.h"
 #include "elaborate/names.h"
 #include "elaborate/outputs.h"
-#include "elaborate/set_values.h"
 
 namespace {
 // The last statement of this keyword; -1 if there is none. A reference added at the end of the block overrides.

@@ -25,10 +25,7 @@ struct unit_table {
 
 struct family_form {
     family number;
-    std::string_view keyword;        // "eelement"
-    std::string_view lu;             // "eelu"
-    std::string_view library;        // "eels"
-    std::string_view model_keyword;  // first word of a model file
+    const library_form& lib;  // the words of its composites
     composite_library libraries::*composites;
     instance_core circuit::*instances;
     model_class circuit::*models;

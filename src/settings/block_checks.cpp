@@ -90,8 +90,7 @@ void find_ssw_period(solve_class& slv, flags_class& flags) {
     flags.t_end = flags.t_start + slv.method.ssw_period;
 }
 
-// ---- methods and steps of a time loop
-// --------------------------------------------------------------------------------
+// ---- methods and steps of a time loop ----
 
 void check_t_end(const solve_class& slv) {
     if (slv.trns && !was_given(slv, "t_end"))
@@ -254,8 +253,7 @@ void check_ac(solve_class& slv, const circuit& c) {
     if (c.cct.flag_x_cct) halt({"solve_class: x_cct elements are not allowed", "   in AC solve. Halting..."});
 }
 
-// ---- circuits that a type of block cannot treat
-// ----------------------------------------------------------------------
+// ---- circuits that a type of block cannot treat ----
 
 void check_digital_units(const solve_class& slv, const circuit& c, truefalse solve_class::*type, const char* name) {
     if (slv.*type && c.dbeu.n() > 0)
@@ -287,8 +285,7 @@ void check_ssw(const solve_class& slv, const circuit& c) {
     check_allow_ssw(c.gbeu.unit, c.lib.gbes, "gbe");
 }
 
-// ---- settings that are switched off with a warning
-// ---------------------------------------------------------------------
+// ---- settings that are switched off with a warning ----
 
 void switch_off_ignored(solve_class& slv, const circuit& c) {
     if (slv.solve_type == solve_none) return;  // nothing is solved, so nothing is told

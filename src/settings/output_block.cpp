@@ -251,8 +251,7 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
     slv.out.files.push_back(std::move(file));
 }
 
-// ---- tests of the whole block
-// ------------------------------------------------------------------------------------------
+// ---- tests of the whole block ----
 namespace {
 void check_fourier(out_file& file, const solve_class& slv) {
     if (!slv.trns && !slv.ssw) halt({"solve_class: Fourier is allowed only", "   for trns and SSW. Halting..."});

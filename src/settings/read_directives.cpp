@@ -122,8 +122,7 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
     }
 }
 
-// ---- sweeps
-// -------------------------------------------------------------------------------------------------------------
+// ---- sweeps ----
 namespace {
 constexpr double max_points = std::numeric_limits<int>::max();  // points are numbered; nothing is kept of them
 

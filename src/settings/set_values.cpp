@@ -118,7 +118,7 @@ void read_cards(solve_class& slv, const circuit& c, flags_class& flags, const bl
 }
 }  // namespace
 
-void set_values(solve_class& slv, int index_solve, const circuit& c, flags_class& flags) {
+void set_values(solve_class& slv, int index_solve, circuit& c, flags_class& flags) {
     delete_arrays(slv);
     slv.index_solve = index_solve;
     slv.solve_type = solve_none;

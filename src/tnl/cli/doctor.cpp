@@ -164,8 +164,9 @@ std::vector<std::string> library_faults(const fs::path& share) {
     std::error_code error;
     for (const library_form& form : library_forms)
         if (!fs::is_regular_file(share / form.file, error)) faults.push_back(std::string(form.file) + " is missing");
-    for (const std::string_view list : list_files)
-        if (!fs::is_regular_file(share / list, error)) faults.push_back(std::string(list) + " is missing");
+    for (const int listed : listed_libraries)
+        if (!fs::is_regular_file(share / library_forms[listed].list, error))
+            faults.push_back(std::string(library_forms[listed].list) + " is missing");
     if (!faults.empty()) return faults;
     const installed_libraries libraries = read_installed(share);
     int n_elements = 0;

@@ -53,7 +53,8 @@ installed_libraries read_installed(const std::filesystem::path& share) {
         for (std::size_t e = 0; e < library.entries.size(); ++e)
             library.position.try_emplace(library.entries[e].name, static_cast<int>(e));
     }
-    for (std::size_t i = 0; i < std::size(list_files); ++i) all.list[i] = text_of(share / list_files[i]);
+    for (std::size_t i = 0; i < std::size(listed_libraries); ++i)
+        all.list[i] = text_of(share / library_forms[listed_libraries[i]].list);
     return all;
 }
 
@@ -62,9 +63,9 @@ installed_libraries with_own(installed_libraries libraries, const own_composites
         installed_library& library = libraries.library[e.library];
         library.position[e.entry.name] = static_cast<int>(library.entries.size());
         library.entries.push_back(e.entry);
-        for (std::size_t i = 0; i < std::size(list_files); ++i) {
+        for (std::size_t i = 0; i < std::size(listed_libraries); ++i) {
             const std::string line = "." + e.entry.name + "\n";
-            if (list_files[i] != std::string(library_forms[e.library].begin) + "_all.lst") continue;
+            if (listed_libraries[i] != e.library) continue;
             if (("\n" + libraries.list[i]).find("\n" + line) == std::string::npos) libraries.list[i] += line;
         }
     }

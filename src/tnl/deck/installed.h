@@ -16,8 +16,8 @@ struct installed_library {
 };
 struct installed_libraries {
     installed_library library[n_libraries];
-    std::string list[10];   // text of each list file
-    bool with_own = false;  // a deck's own composites stand behind the installed ones
+    std::string list[std::size(listed_libraries)];  // text of each list file
+    bool with_own = false;                          // a deck's own composites stand behind the installed ones
 };
 // A file that the folder lacks counts as empty.
 installed_libraries read_installed(const std::filesystem::path& share);

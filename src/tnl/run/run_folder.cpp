@@ -246,7 +246,8 @@ void fill_partial(const run_folder& folder, const deck_view& deck, const install
     if (error) fail("cannot make", aux, error.message());
     write_file(aux / "cct.in", deck.text());
     for (int i = 0; i < n_libraries; ++i) write_file(aux / library_forms[i].file, text[i]);
-    for (std::size_t i = 0; i < std::size(list_files); ++i) write_file(aux / list_files[i], libraries.list[i]);
+    for (std::size_t i = 0; i < std::size(listed_libraries); ++i)
+        write_file(aux / library_forms[listed_libraries[i]].list, libraries.list[i]);
 
     std::string dimensions;
     for (const tmpdim_word& d : tmpdim_words())

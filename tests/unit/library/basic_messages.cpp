@@ -168,9 +168,9 @@ struct pool_limit {
     int max_words, max_chars;
 };
 
-void check_pools(const std::vector<pool_limit>& limits, const library_form& form) {
+void check_pools(const std::vector<pool_limit>& limits, const basic_form& form) {
     const bool ac = &form == &ebac_form;
-    const std::string prefix = std::string(form.class_name) + ": n_ttl";
+    const std::string prefix = std::string(form.lib.class_name) + ": n_ttl";
     const auto read = [&](const lines& replaced) { return read_basic(ac ? ebe_ac(replaced) : ebe(replaced), form); };
     for (const pool_limit& l : limits) {
         SCOPED_TRACE(l.keyword);

@@ -67,7 +67,7 @@ TEST(block_registration, every_name_has_an_entry_and_every_entry_a_function) {
 
 TEST(block_registration, the_list_files_hold_every_entry) {
     const std::string share = TARNEL_SHARE;
-    EXPECT_EQ(make_chrarray_5("gbe", share + "/gbe_all.lst", installed_gbes().list.entry).size(),
+    EXPECT_EQ(make_chrarray_5(share + "/gbe_all.lst", installed_gbes().list.entry).size(),
               static_cast<std::size_t>(installed_gbes().n()));
 }
 

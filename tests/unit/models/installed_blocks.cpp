@@ -5,8 +5,8 @@
 #include <set>
 
 #include "block_unit.h"
+#include "library/basic_form.h"
 #include "library/composite/composite_reader.h"
-#include "library/library_form.h"
 
 namespace {
 

@@ -7,14 +7,14 @@
 #include <random>
 #include <set>
 
+#include "library/basic_form.h"
 #include "library/composite/composite_reader.h"
-#include "library/library_form.h"
 #include "model_unit.h"
 
 namespace {
 
 // Every pool of a library of basic elements with its sum and its limit, fullest pools visible in the test's output.
-void expect_room(const char* library, const basic_library& lib, const library_form& form) {
+void expect_room(const char* library, const basic_library& lib, const basic_form& form) {
     struct pool {
         std::string name;
         int sum, limit;

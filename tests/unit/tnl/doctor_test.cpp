@@ -19,7 +19,7 @@ TEST(library_faults, are_none_in_what_the_build_installs) {
 
 TEST(library_faults, name_missing_files_cut_entries_and_calls_that_lead_nowhere) {
     const temp_folder here;
-    EXPECT_EQ(library_faults("nosuch").size(), static_cast<std::size_t>(n_libraries) + std::size(list_files));
+    EXPECT_EQ(library_faults("nosuch").size(), static_cast<std::size_t>(n_libraries) + std::size(listed_libraries));
     for (const fs::directory_entry& file : fs::directory_iterator(TARNEL_SHARE))
         if (file.is_regular_file()) fs::copy(file.path(), file.path().filename());
     EXPECT_EQ(library_faults("."), std::vector<std::string>{});

@@ -88,8 +88,8 @@ TEST(run_deck, makes_a_complete_working_folder) {
     EXPECT_EQ(::read_file("deck.in.run/out.dat"), " 1 \n");
     for (const library_form& form : library_forms)
         EXPECT_TRUE(fs::exists(fs::path("deck.in.run/.tnlaux") / form.file)) << form.file;
-    for (const std::string_view list : list_files)
-        EXPECT_TRUE(fs::exists(fs::path("deck.in.run/.tnlaux") / list)) << list;
+    for (const int listed : listed_libraries)
+        EXPECT_TRUE(fs::exists(fs::path("deck.in.run/.tnlaux") / library_forms[listed].list)) << listed;
     EXPECT_NE(::read_file("deck.in.run/tmpdim.in").find("M_RMS_MV_XBE "), std::string::npos);
 }
 
