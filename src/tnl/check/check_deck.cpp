@@ -129,13 +129,6 @@ bool begins_with_continuation(const std::string& text, std::size_t& at) {
     return false;
 }
 
-// A file of composites and models: nothing in it asks for a circuit.
-bool is_library(const deck_view& deck) {
-    for (int i = 0; i < deck.statements.n_lines(); ++i)
-        if (find_library(&library_form::model, deck.statements.word(i, 0)) < 0) return false;
-    return !deck.own.entries.empty() || !deck.own.faults.empty();
-}
-
 }  // namespace
 
 check_report check_deck(deck_view view, const installed_libraries& libraries) {

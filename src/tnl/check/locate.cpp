@@ -453,6 +453,17 @@ stop_reading read_stop(std::string_view text, const deck_view& deck, const deck_
     return stop;
 }
 
+// A value that a model refuses where a block writes it: the text of the stop speaks of the element alone.
+bool is_of_set_rparm(const stop_reading& stop, const deck_view& deck) {
+    const auto writes_to = [&](int i, const std::string& element) {
+        return value_of(deck, i, "type") == "set_rparm" && value_of(deck, i, "element") == element;
+    };
+    for (const stop_place& p : stop.found)
+        for (int i = 0; i < deck.statements.n_lines(); ++i)
+            if (writes_to(i, value_of(deck, p.i_statement, "name"))) return true;
+    return false;
+}
+
 }  // namespace
 
 std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
@@ -484,7 +495,10 @@ std::string explain_stop(std::string_view text, const deck_view& deck, const dec
     if (out.empty())  // doubts are better than nothing
         for (std::size_t i = 0; i < std::min(most_faults, stop.report.faults.size()); ++i)
             out += fault_text(stop.report, stop.report.faults[i], "  ");
-    if (const advice_text* advice = find_advice(text); advice != nullptr && stop.errors.empty()) {
+    const advice_text* advice = find_advice(text);
+    if (advice != nullptr && advice->id == "value-of-element" && is_of_set_rparm(stop, deck))
+        advice = find_advice("set_rparm");
+    if (advice != nullptr && stop.errors.empty()) {
         out += "  meaning: " + std::string(advice->meaning) + "\n";
         if (!advice->mend.empty()) out += "  advice: " + std::string(advice->mend) + "\n";
     }
