@@ -6,11 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/text_file.h"
-#include "elaborate/circuit.h"
-#include "library/basic/basic_reader.h"
-#include "library/composite/composite_form.h"
-#include "library/composite/composite_reader.h"
+#include "elaborate/read_circuit.h"
 
 // Texts of libraries; those of an empty one are empty.
 struct library_texts {
@@ -18,22 +14,15 @@ struct library_texts {
 };
 
 inline libraries libraries_of(const library_texts& texts) {
+    const std::pair<std::string_view, const std::string&> of_file[] = {
+        {"ebes.aux", texts.ebes}, {"ebac.aux", texts.ebac}, {"gbes.aux", texts.gbes},
+        {"gbac.aux", texts.gbac}, {"eels.aux", texts.eels}, {"gels.aux", texts.gels}};
     libraries lib;
-    const auto read_basic = [](const std::string& text, const library_form& form, basic_library& to) {
-        text_file file = text_file_of(text);
-        if (!text.empty()) read_library_text(file, form, nullptr, to);
-    };
-    const auto read_composite = [](const std::string& text, const composite_form& form, const basic_library& basic,
-                                   const basic_library& basic_ac, composite_library& to) {
-        text_file file = text_file_of(text);
-        if (!text.empty()) read_composites(file, form, basic, basic_ac, to);
-    };
-    read_basic(texts.ebes, ebes_form, lib.ebes);
-    read_basic(texts.ebac, ebac_form, lib.ebac);
-    read_basic(texts.gbes, gbes_form, lib.gbes);
-    read_basic(texts.gbac, gbac_form, lib.gbac);
-    read_composite(texts.eels, eels_form, lib.ebes, lib.ebac, lib.eels);
-    read_composite(texts.gels, gels_form, lib.gbes, lib.gbac, lib.gels);
+    read_libraries(lib, [&](const std::string& path, const std::string&) {
+        for (const auto& [file, text] : of_file)
+            if (path.ends_with(file)) return text_file_of(text);
+        return text_file_of("");
+    });
     return lib;
 }
 
@@ -58,9 +47,7 @@ inline circuit circuit_of(std::string_view deck, libraries lib) {
     circuit c;
     c.cf = circuit_file_of(file_chr_of(deck));
     c.lib = std::move(lib);
-    c.gprm = read_gprm(c.cf);
-    read_models_of_deck(c);
-    c.ov = read_ov(c.cf, c.gprm);
+    read_circuit(c);
     c.tmpdim = generous_tmpdim();
     return c;
 }

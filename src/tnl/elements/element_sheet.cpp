@@ -4,6 +4,8 @@
 #include <map>
 #include <tuple>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
@@ -65,12 +67,6 @@ std::vector<listed_word> listed(const entry_lines& lines) {
         }
     }
     return all;
-}
-
-std::string lower(std::string_view s) {
-    std::string t(s);
-    std::transform(t.begin(), t.end(), t.begin(), [](unsigned char c) { return c < 128 ? std::tolower(c) : c; });
-    return t;
 }
 
 void check_example(const std::string& text, const element_sheet& sheet, std::vector<std::string>& faults) {
