@@ -6,7 +6,6 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // ---- runs
-// ------------------------------------------------------------------------------------------------------------
 
 ebe_steps steps(const ebe_run& run, int u, const ebe_call& b) {
     const ebe_call& a = run.first;
@@ -94,7 +93,6 @@ void by_template(std::vector<int>& units, const unit_core& unit) {
 }
 
 // ---- what is fetched
-// ---------------------------------------------------------------------------------------------------
 
 void add_move(value_moves& m, int from, int to) {
     m.from.push_back(from);
@@ -146,7 +144,6 @@ shown_units find_shown(const run_state& r) {
 }
 
 // ---- electrical units and blocks into runs
-// --------------------------------------------------------------------------------
 
 void plan_electrical(run_state& r, const shown_units& shown) {
     const ebeu_class& e = r.c.ebeu;
@@ -191,7 +188,6 @@ void plan_blocks(run_state& r) {
 }
 
 // ---- derivatives
-// --------------------------------------------------------------------------------------------------------
 
 // For each template the places of its jac store that some unit adds, ascending.
 std::vector<std::vector<int>> used_places(const slot_table& slot, const unit_core& unit, int n_template) {

@@ -26,7 +26,6 @@ void set_time_next(run_state& r, double t) {
 
 namespace {
 // ---- levels: the present point, the accepted one before it, and the one before that
-// -----------------------------------
 
 // Levels are exchanged: what comes into the present one, or into 1, is overwritten before it is read.
 void keep_functions_1(mat_class& m) {  // present -> 1
@@ -58,7 +57,6 @@ void restore_point(run_state& r, const std::vector<double>& svec, const std::vec
 }
 
 // ---- one solve
-// ---------------------------------------------------------------------------------------------------------
 
 // The residual of a state's row is the error of the state over the step. Steps about events are so short that the
 // rounding of a state alone can fail a test of residuals that other steps pass: while this lives, the same error of a
@@ -125,7 +123,6 @@ void write_solution_if_asked(run_state& r) {
 }
 
 // ---- methods with one solve a step
-// ----------------------------------------------------------------------------------------
 
 // Flags of the coming try.
 void use_rule(solve_class& slv, bool back_euler) {
@@ -208,7 +205,6 @@ bool plain_step(run_state& r, event_control& events) {
 }
 
 // ---- TR-BDF2
-// -----------------------------------------------------------------------------------------------------------------
 
 struct trbdf2_counts {
     int iter_tr = 0, iter_bdf2 = 0, number_reject = 0;

@@ -12,7 +12,6 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 }  // namespace
 
 // ---- comparison and limits
-// ----------------------------------------------------------------------------------------------
 
 int compare_double_gt(double a, double b) { return a > b; }
 int compare_double_ge(double a, double b) { return a >= b; }
@@ -53,7 +52,6 @@ void max_x(double x, double b, double& y, double& dy) {
 }
 
 // ---- capped exponentials
-// --------------------------------------------------------------------------------------------------
 
 void exp_cap_1(double x, double& y, double& dy, double vt, double cap) {
     int n_limit = 0;
@@ -136,7 +134,6 @@ void tanh_2(double x, double x0, double k, double& y, double& dy) {
 }
 
 // ---- grids
-// ------------------------------------------------------------------------------------------------------------
 
 std::vector<double> divide_linear(double x0, double x1, int n_div) {
     if (n_div < 1) halt({line("divide_linear: n_div=", n_div, " is not allowed.")});
@@ -175,7 +172,6 @@ void interp_linear_1(double x, double x1, double x2, double y1, double y2, doubl
 }
 
 // ---- norms
-// ------------------------------------------------------------------------------------------------------------
 
 void norm_2_avg(int n, const double* v, double& r) {
     double sum = 0;
@@ -210,7 +206,6 @@ void diff_double_1(int n, const double* a, const double* b, double* c) {
 }
 
 // ---- sweep grids
-// --------------------------------------------------------------------------------------------------------
 
 int indx_to_ijk_nttl(int k, const int* m) {
     if (k <= 0) halt({line("indx_to_ijk_nttl: k = ", k, " is not allowed. Halting...")});

@@ -34,7 +34,6 @@ bool same_ci(std::string_view a, std::string_view b) {
 }  // namespace
 
 // ---- splitting
-// --------------------------------------------------------------------------------------------------------
 
 void add_words(std::string_view text, words& w) {
     for_each_word(text, [&](std::string_view word) { w.add(word); });
@@ -70,7 +69,6 @@ std::string joined(const words& w) {
 }
 
 // ---- searching
-// --------------------------------------------------------------------------------------------------------
 
 int find_word_1(const words& w, std::string_view word) {
     for (int i = 0; i < w.size(); ++i)
@@ -162,7 +160,6 @@ bool add_word_1(words& w, std::string_view word) {
 }
 
 // ---- repeats: one pass over a hash map
-// ----------------------------------------------------------------------------------
 
 void check_word_repeat_1(const std::vector<std::string>& list, const std::string& message) {
     struct places {

@@ -92,7 +92,6 @@ void find_ssw_period(solve_class& slv, flags_class& flags) {
 }
 
 // ---- methods and steps of a time loop
-// --------------------------------------------------------------------------------
 
 void check_t_end(const solve_class& slv) {
     if (slv.trns && !was_given(slv, "t_end"))
@@ -256,7 +255,6 @@ void check_ac(solve_class& slv, const circuit& c) {
 }
 
 // ---- circuits that a type of block cannot treat
-// ----------------------------------------------------------------------
 
 void check_digital_units(const solve_class& slv, const circuit& c, truefalse solve_class::*type, const char* name) {
     if (slv.*type && c.dbeu.n() > 0)
@@ -289,7 +287,6 @@ void check_ssw(const solve_class& slv, const circuit& c) {
 }
 
 // ---- settings that are switched off with a warning
-// ---------------------------------------------------------------------
 
 void switch_off_ignored(solve_class& slv, const circuit& c) {
     if (slv.solve_type == solve_none) return;  // nothing is solved, so nothing is told

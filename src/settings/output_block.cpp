@@ -239,7 +239,6 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
 }
 
 // ---- tests of the whole block
-// ------------------------------------------------------------------------------------------
 namespace {
 void check_fourier(out_file& file, const solve_class& slv) {
     if (!slv.trns && !slv.ssw) halt({"solve_class: Fourier is allowed only", "   for trns and SSW. Halting..."});

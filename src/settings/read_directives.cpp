@@ -122,7 +122,6 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
 }
 
 // ---- sweeps
-// -------------------------------------------------------------------------------------------------------------
 namespace {
 constexpr double max_points = std::numeric_limits<int>::max();  // points are numbered; nothing is kept of them
 

@@ -69,7 +69,6 @@ struct dc_run {
 };
 
 // ---- models of a test
-// ------------------------------------------------------------------------------------------------
 
 struct model_call {
     double *rparm, *v, *aux, *v_new, *f;
@@ -106,7 +105,6 @@ inline void use_model(run_state& r, int u, made_up_model model) {
 }
 
 // ---- whole runs
-// ------------------------------------------------------------------------------------------------------
 
 // Runs the deck in the current folder; more_gels: composites of blocks of the test's own.
 inline console_run run_here(const std::string& deck, const std::string& more_gels = "") {

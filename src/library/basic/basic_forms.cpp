@@ -4,7 +4,6 @@
 using L = library_lists;
 
 // ---- electrical
-// -------------------------------------------------------------------------------------------------------
 
 namespace {
 constexpr flag_word ebes_flags[] = {
@@ -109,7 +108,6 @@ constexpr library_form ebes_form = {
 };
 
 // ---- small-signal forms of electrical elements
-// ------------------------------------------------------------------------
 
 namespace {
 constexpr flag_word ebac_flags[] = {{"noise_source", &entry_flags::noise_source, 0}};
@@ -180,7 +178,6 @@ constexpr library_form ebac_form = {
 };
 
 // ---- general blocks
-// ---------------------------------------------------------------------------------------------------
 
 namespace {
 constexpr flag_word gbes_flags[] = {
@@ -236,7 +233,6 @@ constexpr library_form gbes_form = {
 };
 
 // ---- small-signal forms of general blocks
-// -----------------------------------------------------------------------------
 
 namespace {
 constexpr list_line gbac_lines[] = {

@@ -90,13 +90,11 @@ struct entry_in_work {
 };
 
 // ---- body statements (composite_body.cpp, composite_call.cpp)
-// ----------------------------------------------------------
 void read_element(entry_in_work& entry, half_in_work& half, const words& w);
 void read_call(entry_in_work& entry, half_in_work& half, const words& w);
 void read_acparm_map(entry_in_work& entry, half_in_work& half, const words& w);
 
 // ---- lines that several statements share (composite_outputs.cpp, composite_models.cpp)
-// ------------------------------------
 void read_model_line(const entry_in_work& entry, half_in_work& half, const words& w, bool of_element);
 // The words of an output or bias line become rows of the table; what the body must find stays open.
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,

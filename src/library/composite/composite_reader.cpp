@@ -18,7 +18,6 @@ void skip_composite_code(text_file& file, const words& w, const composite_form& 
 }
 
 // ---- first sweep: how many elements every entry has, calls expanded
-// -----------------------------------------------------
 
 struct element_count {
     int dc = 0, ac = 0;
@@ -63,7 +62,6 @@ void count_elements(text_file& file, const composite_form& form) {
 }
 
 // ---- second sweep: the entries in full
-// ------------------------------------------------------------------------------------
 
 operand read_operand(const pair_list<double>& rprm, int e, std::string_view word) {
     operand a;

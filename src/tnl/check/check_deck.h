@@ -78,7 +78,6 @@ struct checked_deck {
 };
 
 // ---- the checks, in the order in which they run
-// ------------------------------------------------------------------------
 
 void check_composites(checked_deck& d);  // those that the deck brings along
 void check_sections(checked_deck& d);    // title, begin and end pairs, words that begin a statement
@@ -94,7 +93,6 @@ void check_settings(checked_deck& d, const solve_section& s, const std::map<std:
 void check_with_reader(checked_deck& d);  // a deck without errors so far goes through the simulator's own reader
 
 // ---- what several checks share
-// ----------------------------------------------------------------------------------------
 
 // Words from `first` on as keys and values. A word that nobody knows in front of a known one is alone: a value or a '='
 // is missing, and the pairs behind it are not to suffer.

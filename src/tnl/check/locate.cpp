@@ -60,7 +60,6 @@ bool is_instance(const deck_view& deck, std::string_view name) {
 }
 
 // ---- clues with a value: "   eelement name is R1"
-// --------------------------------------------------------------------
 
 // The word of the statement that the value of the text is about; -1 if the statement does not fit.
 using fits = int (*)(const deck_view&, int i, std::string_view value);
@@ -169,7 +168,6 @@ std::vector<std::string> values_of(const std::vector<std::string>& lines, const 
 }
 
 // ---- stops whose text names nothing, but whose cause is one kind of statement
-// ----------------------------------------
 
 int without(const deck_view& deck, int i, std::string_view key) {
     return is_element(deck, i) && value_of(deck, i, key).empty() ? 0 : -1;
@@ -264,7 +262,6 @@ constexpr std::pair<std::string_view, std::string_view> kinds[] = {
 };
 
 // ---- where to look
-// ---------------------------------------------------------------------------------------------------
 
 int number_behind(const std::vector<std::string>& lines, std::string_view before) {
     for (const std::string& l : lines) {

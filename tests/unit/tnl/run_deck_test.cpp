@@ -216,7 +216,6 @@ TEST(run_deck, a_missing_simulator_is_told) {
 }
 
 // ---- the record, and what stands under final names when
-// ----------------------------------------------------------------
 
 namespace {
 
