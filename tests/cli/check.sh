@@ -1,14 +1,8 @@
 #!/bin/sh
 # `tnl check` and `tnl explain` from outside: statuses, and what goes where. Arguments: the program, a folder to work in,
 # the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 
 cp "$source/examples/divider.in" good.in
 sed 's/p=out n=0/p=ot n=0/' good.in >warned.in

@@ -2,17 +2,9 @@
 # An element is added by adding its files: a source of one's own is generated, compiled, listed, described, has a page,
 # and a check holds decks to what its file says of it. Arguments: the generator, the front end, the unit tests of the
 # front end, a folder to work in, the folder of the source tree, the compiler.
-set -u
+arguments='generate front_end unit_tests work source compiler'
 . "$(dirname -- "$0")/expect.sh"
-generate=$1
-front_end=$2
-unit_tests=$3
-work=$4
-source=$5
-compiler=$6
-rm -rf "$work"
-mkdir -p "$work/bin" "$work/models/e/mine"
-cd "$work" || exit 1
+mkdir -p bin models/e/mine
 cp "$front_end" bin/tnl
 has() { grep -q -F -e "$2" "$1" && echo yes || echo no; }
 

@@ -71,7 +71,6 @@ struct dc_run {
 };
 
 // ---- models of a test
-// ------------------------------------------------------------------------------------------------
 
 struct model_call {
     double *rparm, *v, *aux, *v_new, *f;
@@ -108,7 +107,6 @@ inline void use_model(run_state& r, int u, made_up_model model) {
 }
 
 // ---- whole runs
-// ------------------------------------------------------------------------------------------------------
 
 // Runs the deck in the current folder; more_gels: composites of blocks of the test's own.
 inline console_run run_here(const std::string& deck, const std::string& more_gels = "") {

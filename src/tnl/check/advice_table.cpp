@@ -142,6 +142,11 @@ constexpr advice_text texts[] = {
     {"value-of-element", "A parameter of an element has a value that its model does not allow.",
      "zero or negative resistances, times that do not fit each other, limits that cross",
      "tnl describe TYPE; look at scale letters: m is 1e-3, M is 1e6"},
+    {"value-of-block", "A block set_rparm wrote a value into an element that its model does not allow.",
+     "a run from nothing begins with x = 0, and so with the value 0; an x that passes 0",
+     "begin with a solution: a block of solve_type startup before, and initial_sol previous in this one; or look at "
+     "the "
+     "x and k of set_rparm"},
     {"not-in-dc", "An element cannot stand in a dc block.", "it lives in time: thyristor_g, sampler1, pll_1a",
      "find the state to start from with solve_type startup"},
     {"user-function", "A user function is not there, or has the wrong number of inputs.", "",
@@ -389,6 +394,7 @@ constexpr pattern_row rows[] = {
      "position not in valid range|extract_|strings do not match|tf=|int_to_tf|power_int|indx_to_ijk|ijk_to_indx|"
      "mat_mult|.ne.|knuth|pattern_builder|No diaginal entry"},
     {"library-file", "not found. Halting"},
+    {"value-of-block", "set_rparm"},
 
     // ---- what is no stop
     {"unknown-type", "no element type * is installed"},

@@ -88,7 +88,6 @@ struct checked_deck {
 };
 
 // ---- the checks, in the order in which they run
-// ------------------------------------------------------------------------
 
 void check_composites(checked_deck& d);  // those that the deck brings along
 void check_sections(checked_deck& d);    // title, begin and end pairs, words that begin a statement
@@ -103,7 +102,6 @@ void check_outputs(checked_deck& d, const solve_section& s, const solve_class& s
 void check_unknown_variable(checked_deck& d, const solve_section& s, deck_word at);
 
 // ---- what several checks share
-// ----------------------------------------------------------------------------------------
 
 // Words from `first` on as keys and values. A word that nobody knows in front of a known one is alone: a value or a '='
 // is missing, and the pairs behind it are not to suffer.

@@ -25,7 +25,7 @@ struct element_type {
     std::vector<std::string> outvar;          // dc and small signal
     std::vector<type_branch> branches;
     std::vector<std::string> basics;     // the basic elements that it is made of
-    std::vector<limit> limits;           // of their parameters
+    std::vector<limit> limits;           // of its parameters, where it is made of one
     std::vector<name_and_value> values;  // iprm, rprm with what stands in the library
     bool can_be_sensed = false;          // one basic element with a current of its own
     bool limits_step = false;            // has corners or events that steps must meet
@@ -40,9 +40,14 @@ public:
     explicit element_types(const installed_libraries& libraries) : libraries_(libraries) {}
     const element_type* find(int library, std::string_view name);  // nullptr if there is none
     const installed_libraries& libraries() const { return libraries_; }
+    // Of an entry of the libraries, each read once: composites that double at each level call one a thousand times.
+    const entry_lines& lines(const library_entry& entry, int library);
+    const model_rules& rules(const library_entry& entry, int library);
 
 private:
     const installed_libraries& libraries_;
+    std::map<const library_entry*, entry_lines> lines_;
+    std::map<const library_entry*, model_rules> rules_;
     std::map<std::pair<int, std::string>, element_type> known_;
 };
 

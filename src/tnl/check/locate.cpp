@@ -60,7 +60,6 @@ bool is_instance(const deck_view& deck, std::string_view name) {
 }
 
 // ---- clues with a value: "   eelement name is R1"
-// --------------------------------------------------------------------
 
 // The word of the statement that the value of the text is about; -1 if the statement does not fit.
 using fits = int (*)(const deck_view&, int i, std::string_view value);
@@ -169,7 +168,6 @@ std::vector<std::string> values_of(const std::vector<std::string>& lines, const 
 }
 
 // ---- stops whose text names nothing, but whose cause is one kind of statement
-// ----------------------------------------
 
 int without(const deck_view& deck, int i, std::string_view key) {
     return is_element(deck, i) && value_of(deck, i, key).empty() ? 0 : -1;
@@ -264,7 +262,6 @@ constexpr std::pair<std::string_view, std::string_view> kinds[] = {
 };
 
 // ---- where to look
-// ---------------------------------------------------------------------------------------------------
 
 int number_behind(const std::vector<std::string>& lines, std::string_view before) {
     for (const std::string& l : lines) {
@@ -438,6 +435,17 @@ stop_reading read_stop(std::string_view text, const check_report& report, const 
         if (!stop.errors.empty()) break;
     }
     return stop;
+}
+
+// A value that a model refuses where a block writes it: the text of the stop speaks of the element alone.
+bool is_of_set_rparm(const stop_reading& stop, const deck_view& deck) {
+    const auto writes_to = [&](int i, const std::string& element) {
+        return value_of(deck, i, "type") == "set_rparm" && value_of(deck, i, "element") == element;
+    };
+    for (const stop_place& p : stop.found)
+        for (int i = 0; i < deck.statements.n_lines(); ++i)
+            if (writes_to(i, value_of(deck, p.i_statement, "name"))) return true;
+    return false;
 }
 
 }  // namespace

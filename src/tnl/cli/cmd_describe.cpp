@@ -26,8 +26,8 @@ struct describe_options {
             if ((near + ", ").find(" " + n + ", ") == std::string::npos) near += (near.empty() ? " " : ", ") + n;
     }
     for (const std::string& n : near_names(method_word_names(), name)) near += (near.empty() ? " " : ", ") + n;
-    throw usage_error("no element or word of method: is called " + name + (near.empty() ? "" : "; near names:" + near) +
-                      " (tnl list shows all)");
+    throw command_error(nothing_found, "no element or word of method: is called " + name +
+                                           (near.empty() ? "" : "; near names:" + near) + " (tnl list shows all)");
 }
 
 // A page for each element and the index; pages of elements that are gone are not touched.
@@ -114,6 +114,7 @@ void add_describe(CLI::App& app, command_list& commands) {
     describe->add_option(
         "--deck", options->deck,
         "Of the composites that this deck, or file of composites, has of its own; all without ELEMENT");
+    describe->footer("Status: 0 described, 1 nothing has this name.");
     commands.push_back({describe, [options] { return describe_command(*options); }});
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
@@ -141,17 +143,7 @@ void walk(const std::vector<element_sheet>& sheets, F family, G group, O one) {
 
 }  // namespace
 
-std::string markdown_escaped(std::string_view s) {
-    std::string t;
-    for (const char c : s) {
-        if (c == '*' || c == '|' || c == '[' || c == ']') t += '\\';
-        if (c == '<')
-            t += "&lt;";
-        else
-            t += c;
-    }
-    return t;
-}
+std::string markdown_escaped(std::string_view s) { return replaced(with_backslashes(s, "*|[]"), "<", "&lt;"); }
 
 std::string list_text(const std::vector<element_sheet>& sheets) {
     std::size_t width = 0;

@@ -4,6 +4,8 @@
 #include <map>
 #include <tuple>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
@@ -65,12 +67,6 @@ std::vector<listed_word> listed(const entry_lines& lines) {
         }
     }
     return all;
-}
-
-std::string lower(std::string_view s) {
-    std::string t(s);
-    std::transform(t.begin(), t.end(), t.begin(), [](unsigned char c) { return c < 128 ? std::tolower(c) : c; });
-    return t;
 }
 
 void check_example(const std::string& text, const element_sheet& sheet, std::vector<std::string>& faults) {
@@ -149,12 +145,20 @@ element_sheet sheet_of(const library_entry& entry, int library, const installed_
     return sheet;
 }
 
+// A type of element statements that the simulator itself knows, told as an entry would tell it.
+const library_entry own_type = {
+    "ground_dummy",
+    "ece name=ground_dummy allow_ac=yes\n#@ ground\n#: Joins a node with the reference node\n"
+    "#: The node is another name of the node of refnode, at 0 V.\n"
+    "#> eelement name=G1 type=ground_dummy c=NODE\n#. c - node\nmainnodes: c\nendece\n"};
+
 std::vector<element_sheet> all_sheets(const installed_libraries& libraries) {
     std::vector<element_sheet> sheets;
     for (int i = 0; i < n_libraries; ++i) {
         if (library_forms[i].statement.empty()) continue;
         const auto first = static_cast<std::ptrdiff_t>(sheets.size());
         for (const library_entry& entry : libraries.library[i].entries) sheets.push_back(sheet_of(entry, i, libraries));
+        if (library_forms[i].begin == "ece") sheets.push_back(sheet_of(own_type, i));
         std::sort(sheets.begin() + first, sheets.end(), [](const element_sheet& a, const element_sheet& b) {
             return std::tie(a.group, a.name) < std::tie(b.group, b.name);
         });

@@ -30,7 +30,8 @@ struct element_sheet {
 // libraries: where its basic elements are looked for.
 element_sheet sheet_of(const library_entry& entry, int library, const installed_libraries& libraries = {});
 
-// Every installed element: by family in the order of library_forms, group, name.
+// Every installed element, and ground_dummy, which needs no library: by family in the order of library_forms, group,
+// name.
 std::vector<element_sheet> all_sheets(const installed_libraries& libraries);
 
 std::string_view family_title(std::string_view family);  // "electrical elements"

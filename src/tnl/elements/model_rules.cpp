@@ -5,6 +5,7 @@
 #include <set>
 
 #include "base/words.h"
+#include "tnl/common/text.h"
 
 namespace cli {
 
@@ -39,16 +40,6 @@ const comparison* comparison_of(std::string_view word) {
     return at == std::end(comparisons) ? nullptr : at;
 }
 
-std::vector<std::string> split(std::string_view text, char at) {
-    std::vector<std::string> parts;
-    while (!text.empty()) {
-        const std::size_t n = std::min(text.find(at), text.size());
-        if (n > 0) parts.emplace_back(text.substr(0, n));
-        text.remove_prefix(std::min(n + 1, text.size()));
-    }
-    return parts;
-}
-
 using value_function = std::function<double(const std::string&)>;
 
 double product(const std::string& word, const value_function& value_of) {
@@ -80,12 +71,6 @@ verdict judge(const std::vector<std::string>& words, std::size_t& i, const value
         if (last != nullptr) ++i;
     }
     return all;
-}
-
-std::string replaced(std::string text, std::string_view from, const std::string& to) {
-    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
-    return text;
 }
 
 void add_limit(model_rules& rules, const std::string& text, const std::set<std::string>& parameters) {

@@ -231,6 +231,11 @@ run_result run_deck(const run_options& options, const installation& where) {
     name_inside(run.deck, run.folder);
     check_input_names(run.deck);
     check_own_composites(run.deck);
+    if (is_library(run.deck))
+        throw deck_error(options.deck +
+                         " holds composites and no circuit to run\n  advice: a deck takes them in with: include " +
+                         options.deck + "; tnl check " + options.deck + " looks into them, tnl describe --deck " +
+                         options.deck + " shows them");
 
     const installed_libraries libraries = with_own(read_installed(where.share), run.deck.own);
     const deck_needs needs = needs_of(run.deck, libraries);

@@ -141,7 +141,6 @@ void write_file(const fs::path& path, const std::string& text) {
 }
 
 // ---- taking a folder
-// ---------------------------------------------------------------------------------------------------
 
 folder_claim::folder_claim(const fs::path& folder) : fd_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY)) {
     if (fd_ < 0) fail("cannot use", folder, std::strerror(errno));
@@ -222,7 +221,6 @@ void check_output_places(const run_folder& folder, const deck_view& deck, bool f
 }
 
 // ---- the run's own place
-// -----------------------------------------------------------------------------------------------
 
 void write_partial_record(const run_folder& folder, const run_record& record) {
     put_record(record, folder.partial, folder.partial);

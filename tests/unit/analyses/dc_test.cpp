@@ -150,7 +150,6 @@ TEST(init_sol, a_guess_never_moves_the_reference) {
 }
 
 // ---- sweeps
-// ------------------------------------------------------------------------------------------------------------
 
 namespace {
 // A source of p volts, read by a made-up branch that Newton solves in one step, but never while `fails` says so.

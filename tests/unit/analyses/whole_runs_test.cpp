@@ -27,7 +27,6 @@ const std::string size_line = "mat::set_mat_2: system matrix size is 3 x 3\n";
 }  // namespace
 
 // ---- looking inside
-// --------------------------------------------------------------------------------------------------
 
 TEST(output_statement, all_words_at_once_write_their_files) {
     const temp_folder folder;
@@ -197,7 +196,6 @@ TEST(debug_gauss, the_lists_of_the_elimination_are_printed) {
 }
 
 // ---- the same circuit in other words
-// -----------------------------------------------------------------------------------
 
 namespace {
 struct element {

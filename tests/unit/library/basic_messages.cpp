@@ -147,7 +147,6 @@ TEST(ebes_messages, more_than_50000_lines_stop_the_count) {
 }
 
 // ---- capacities
-// -----------------------------------------------------------------------------------------------------------
 
 TEST(ebes_limits, the_150th_entry_is_one_too_many) {
     std::string text;

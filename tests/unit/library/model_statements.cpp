@@ -111,7 +111,6 @@ TEST(model_statements, each_family_has_its_own_words) {
 }
 
 // ---- dumps
-// -----------------------------------------------------------------------------------------------------------------
 
 TEST(dumps, begin_with_the_class_and_its_totals) {
     std::ostringstream out;

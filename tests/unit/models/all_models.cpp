@@ -275,7 +275,6 @@ TEST_P(every_small_signal_form, has_functions_that_its_derivatives_describe_exac
 }
 
 // ---- generated dispatch
-// --------------------------------------------------------------------------------------------------
 
 void through_list(model_unit& u, int i_element) {
     model_numbers& x = u.x;

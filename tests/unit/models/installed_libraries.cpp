@@ -53,7 +53,6 @@ TEST(installed_libraries, have_first_guesses_only_where_they_are_planned) {
 }
 
 // ---- flag words
-// ----------------------------------------------------------------------------------------------------------
 
 // Entries whose line says `pure=yes`: evaluation reads parameters and unknowns, and derivatives hang on parameters
 // alone.
@@ -108,7 +107,6 @@ TEST(pure_elements, have_derivatives_that_hang_on_parameters_alone_and_keep_thei
 }
 
 // ---- composites
-// ----------------------------------------------------------------------------------------------------------
 
 std::string share(const char* file) { return std::string(TARNEL_SHARE) + '/' + file; }
 

@@ -161,6 +161,20 @@ TEST(explain_stop, shows_the_word_that_the_text_names_where_the_check_finds_noth
               "  advice: tnl describe TYPE; look at scale letters: m is 1e-3, M is 1e6\n");
 }
 
+TEST(explain_stop, names_the_block_that_wrote_the_value_and_how_to_begin) {
+    const std::string writer =
+        "eelement name=R1 type=r p=a n=0 r=5\ngelement name=K type=const y=x k=1\n"
+        "gelement name=S type=set_rparm x=x element=R1 parm=r\n";
+    const std::string said = "r.ebe: r too small!\nr.ebe: r=0\nr.ebe: k_scale=1\n";
+    const std::string shown = explained(said, good_deck(writer, ""));
+    EXPECT_NE(shown.find("  meaning: A block set_rparm wrote a value"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("initial_sol previous"), std::string::npos) << shown;
+    const std::string of_another = explained(said, good_deck(writer + "eelement name=R2 type=r p=a n=0 r=5\n", ""));
+    EXPECT_NE(of_another.find("set_rparm"), std::string::npos) << of_another;
+    EXPECT_EQ(explained(said, good_deck("eelement name=R1 type=r p=a n=0 r=5\n", "")).find("set_rparm"),
+              std::string::npos);
+}
+
 TEST(explain_stop, shows_what_a_check_finds_where_the_text_names_nothing) {
     const std::string shown = explained("gauss_2: zero pivot in the last row!\n  (even after reordering)\n",
                                         good_deck("eelement name=V2 type=vsrcdc p=a n=0 vdc=2\n", ""));

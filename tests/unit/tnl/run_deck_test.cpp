@@ -63,7 +63,7 @@ TEST(run_deck, keeps_and_shows_what_the_simulator_doubts) {
         const heard_run heard = listen({"deck.in", "", quiet}, where);
         ASSERT_EQ(heard.run.status, 0);
         ASSERT_EQ(heard.run.record.warnings.size(), 1u);
-        EXPECT_EQ(heard.run.record.warnings[0].message, "the solution leaves a residual of 0.25 at node a");
+        EXPECT_EQ(heard.run.record.warnings[0].message, "the solution leaves a residual of 0.25 A at node a");
         EXPECT_EQ(heard.run.record.warnings[0].places[0].line, 3);
         EXPECT_EQ(heard.run.findings.find("  deck.in:3:27: warning: the solution leaves a residual"), 0u)
             << heard.run.findings;
@@ -216,7 +216,6 @@ TEST(run_deck, a_missing_simulator_is_told) {
 }
 
 // ---- the record, and what stands under final names when
-// ----------------------------------------------------------------
 
 namespace {
 
