@@ -77,9 +77,10 @@ std::string packed(const check_report& report) {
     const auto put_int = [&](int n) { put(std::to_string(n)); };
     put_int(static_cast<int>(report.faults.size()));
     for (const check_fault& f : report.faults) {
-        const record_place place = f.place.value_or(record_place{});
-        for (const int n : {int{f.is_error}, f.at.statement, f.at.word, f.at.line, int{f.place.has_value()}, place.line,
-                            place.column})
+        const bool has_place = f.place || f.at.statement >= 0;
+        const record_place place = has_place ? place_of_fault(report, f) : record_place{};
+        for (const int n :
+             {int{f.is_error}, f.at.statement, f.at.word, f.at.line, int{has_place}, place.line, place.column})
             put_int(n);
         for (const std::string& field : {f.code, f.message, f.advice, place.file, place.text}) put(field);
     }
@@ -111,7 +112,8 @@ std::optional<check_report> unpacked(std::string_view bytes, deck_view deck) {
         record_place place;
         for (int* n : {&place.line, &place.column}) *n = take_int();
         for (std::string* field : {&f.code, &f.message, &f.advice, &place.file, &place.text}) *field = take();
-        if (has_place) f.place = place;
+        // A deck that begins with a '+' has statements for the check alone.
+        if (has_place && (f.at.statement < 0 || !report.deck.readable)) f.place = place;
         report.faults.push_back(std::move(f));
     }
     while (good && !bytes.empty()) {

@@ -472,5 +472,8 @@ TEST(check_report, comes_back_whole_from_its_bytes) {
     const std::string bytes = packed(report);
     for (std::size_t n = 0; n + 3 < bytes.size(); n += 7) (void)unpacked(bytes.substr(0, n), report.deck);
     EXPECT_FALSE(unpacked("", report.deck).has_value()) << "no answer is no report";
+    const deck_view unread = view_deck("d.in", "+ " + deck + "end_solve\n");  // the check reads past the '+'
+    const check_report past = check_deck(unread, installed());
+    EXPECT_EQ(report_text(unpacked(packed(past), unread).value()), report_text(past));
     EXPECT_FALSE(unpacked(bytes.substr(0, bytes.size() - 1), report.deck).has_value());
 }
