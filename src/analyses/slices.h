@@ -3,7 +3,7 @@
 #include <tuple>
 
 #include "analyses/mat_class.h"
-#include "library/library_form.h"
+#include "library/basic_form.h"
 #include "models/calls.h"
 
 // An argument of a call: the member of the call, the values of all units, where a unit's begin. Without `first` the
@@ -47,7 +47,7 @@ struct electrical_family {
     using call = ebe_call;
     using jac = ebes1_class;
     using units = ebeu_class;
-    static constexpr const library_form& form = ebes_form;
+    static constexpr const basic_form& form = ebes_form;
     static constexpr int elements = fam_e;  // kind of element statement
     static constexpr auto slices = std::tuple{slice{&call::v, &units::nodev, &units::nd},
                                               slice{&call::v_new, &units::nodev_new, &units::nd},
@@ -75,7 +75,7 @@ struct general_family {
     using call = gbe_call;
     using jac = gbes1_class;
     using units = gbeu_class;
-    static constexpr const library_form& form = gbes_form;
+    static constexpr const basic_form& form = gbes_form;
     static constexpr int elements = fam_g;
     static constexpr auto slices = std::tuple{slice{&call::vr, &units::vr_in, &units::vr},
                                               slice{&call::vr_new, &units::vr_in_new, &units::vr},

@@ -141,13 +141,6 @@ bool begins_with_continuation(const std::string& text, std::size_t& at) {
     return false;
 }
 
-// A file of composites and models: nothing in it asks for a circuit.
-bool is_library(const deck_view& deck) {
-    for (int i = 0; i < deck.statements.n_lines(); ++i)
-        if (find_library(&library_form::model, deck.statements.word(i, 0)) < 0) return false;
-    return !deck.own.entries.empty() || !deck.own.faults.empty();
-}
-
 // Stops of the readers of the circuit at statements of which nothing is told; one of no statement if nothing is told.
 void tell_rest(checked_deck& d) {
     std::set<int> told;

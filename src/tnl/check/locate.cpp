@@ -477,7 +477,10 @@ std::string explain_stop(std::string_view text, const check_report& report, cons
     const std::size_t most = stop.errors.empty() ? out.empty() ? most_faults : 0 : report.faults.size();
     for (std::size_t i = 0; i < std::min(most, report.faults.size()); ++i)
         out += fault_text(report, report.faults[i], "  ");
-    if (const advice_text* advice = find_advice(text); advice != nullptr && stop.errors.empty()) {
+    const advice_text* advice = find_advice(text);
+    if (advice != nullptr && advice->id == "value-of-element" && is_of_set_rparm(stop, report.deck))
+        advice = find_advice("set_rparm");
+    if (advice != nullptr && stop.errors.empty()) {
         out += "  meaning: " + std::string(advice->meaning) + "\n";
         if (!advice->mend.empty()) out += "  advice: " + std::string(advice->mend) + "\n";
     }

@@ -313,7 +313,7 @@ TEST(check_deck, says_nothing_about_nodes_of_an_unknown_type) {
 
 TEST(check_deck, doubts_values_by_the_unit_of_the_library_alone) {
     installed_libraries libraries;
-    const int eels = find_library(&cli::library_form::file, "eels.aux");
+    const int eels = find_library(&library_form::file, "eels.aux");
     const auto with_doc = [&](const std::string& doc) {
         libraries.library[eels].entries = {{"x", "ece name=x\nmainnodes: p n\n" + doc + "rparms: v=1\nendece\n"}};
         libraries.library[eels].position = {{"x", 0}};
@@ -385,7 +385,7 @@ TEST(report_json, holds_what_the_text_says) {
 
 // An element that fixes a voltage or a current, or that is open or short in dc, must say so in its file.
 TEST(model_rules, tell_the_branches_of_every_installed_element_whose_terminal_current_does_not_follow_from_voltages) {
-    const int ebes = find_library(&cli::library_form::file, "ebes.aux");
+    const int ebes = find_library(&library_form::file, "ebes.aux");
     for (const library_entry& entry : installed().library[ebes].entries) {
         std::vector<std::string> nodes;
         bool conducts = true;
@@ -405,7 +405,7 @@ TEST(model_rules, tell_the_branches_of_every_installed_element_whose_terminal_cu
 TEST(element_types, know_which_variables_an_element_writes) {
     element_types types(installed());
     const auto driven = [&](const char* word, const char* name) {
-        const element_type* t = types.find(find_library(&cli::library_form::statement, word), name);
+        const element_type* t = types.find(find_library(&library_form::statement, word), name);
         std::string all;
         if (t != nullptr)
             for (const std::string& v : t->driven) all += (all.empty() ? "" : " ") + v;
