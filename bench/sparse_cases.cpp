@@ -6,6 +6,7 @@
 #include <random>
 #include <sstream>
 
+#include "analyses/assembly.h"
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
 #include "analyses/run_state.h"

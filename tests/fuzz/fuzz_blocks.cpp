@@ -2,8 +2,11 @@
 #include <fstream>
 #include <sstream>
 
+#include "analyses/accepted_point.h"
+#include "analyses/assembly.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
+#include "analyses/integration.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "library/composite/library_dumps.h"

@@ -1,5 +1,7 @@
 #include <sstream>
 
+#include "analyses/accepted_point.h"
+#include "analyses/assembly.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"

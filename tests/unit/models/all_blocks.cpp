@@ -62,7 +62,7 @@ TEST(block_registration, every_name_has_an_entry_and_every_entry_a_function) {
     for (int i = 0; i < n_gbe_registrations; ++i)
         EXPECT_GE(installed_gbes().list.find(gbe_registrations[i].name), 0) << gbe_registrations[i].name;
     EXPECT_EQ(find_model<gbe_call>("no_such_block"), nullptr);
-    EXPECT_EQ(find_gbe_ac("no_such_block"), nullptr);
+    EXPECT_EQ(find_model<gbe_ac_call>("no_such_block"), nullptr);
 }
 
 TEST(block_registration, the_list_files_hold_every_entry) {
