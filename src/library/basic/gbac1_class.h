@@ -5,11 +5,16 @@
 
 #include "library/basic_library.h"
 
+struct gbes1_class;
+
 // The complex twin of gbes1_class: one object for each template, both tables in one array, shared by its units.
 struct gbac1_class {
     using number = std::complex<double>;
     number **dfdvr = nullptr, **dfdaux = nullptr;  // [n_f] rows of n_vr, n_aux
     int n_vr = 0, n_aux = 0, n_f = 0;
+    // Derivatives of the block at the bias point, for forms with ac_parm_be: the solver's, set before the call of each
+    // unit. Null: there is none. In gbes1_class's order of rows and variables, which such a form shares.
+    const gbes1_class* bias = nullptr;
 
     std::vector<number> store;  // all numbers
     std::vector<number*> rows;  // all row pointers
