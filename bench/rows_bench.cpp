@@ -20,7 +20,7 @@ struct row_source {
         : r(prepared(solve_block("solve_type trns\nmethod: back_euler=yes t_end=1000 delt_const=1u\n" +
                                  out_block("filename " + file + " limit_lines=2000000000 " + control)))) {
         read_block(r);
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
     }
     void point() {
         t += 1e-6;

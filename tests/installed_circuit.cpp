@@ -1,19 +1,15 @@
 #include "installed_circuit.h"
 
-#include "base/text_file.h"
-#include "library/composite/composite_form.h"
-#include "library/composite/composite_reader.h"
+#include <filesystem>
+
+#include "elaborate/read_circuit.h"
 
 libraries read_libraries_of(const std::string& folder) {
-    const constants_class constants;
     libraries lib;
-    read_library(folder + "/ebes.aux", ebes_form, int_F, constants, lib.ebes);
-    read_library(folder + "/ebac.aux", ebac_form, int_F, constants, lib.ebac);
-    read_library(folder + "/gbes.aux", gbes_form, int_F, constants, lib.gbes);
-    read_library(folder + "/gbac.aux", gbac_form, int_F, constants, lib.gbac);
-    read_eels_file(folder + "/eels.aux", lib.ebes, lib.ebac, lib.eels);
-    text_file gels = open_text_file(folder + "/gels.aux", "gels_class");
-    read_composites(gels, gels_form, lib.gbes, lib.gbac, lib.gels);
+    read_libraries(lib, [&](const std::string& path, const std::string& who) {
+        const std::string file = folder + path.substr(path.rfind('/'));
+        return std::filesystem::exists(file) ? open_text_file(file, who) : text_file_of("");
+    });
     return lib;
 }
 
@@ -26,9 +22,7 @@ circuit circuit_of(std::string_view deck, const libraries& lib) {
     circuit c;
     c.cf = circuit_file_of(file_chr_of(deck));
     c.lib = lib;
-    c.gprm = read_gprm(c.cf);
-    read_models_of_deck(c);
-    c.ov = read_ov(c.cf, c.gprm);
+    read_circuit(c);
     c.tmpdim = generous_tmpdim();
     return c;
 }

@@ -8,6 +8,17 @@
 // Prints the lines on the console, flushes the open row files, and ends the run with status 1.
 [[noreturn]] void halt(std::initializer_list<std::string> lines);
 
+// Reads one statement of the deck with f. A stop inside ends the run like any other; a program that looks for all
+// faults (the front end) keeps it with the statement instead, and who calls goes on behind it. True: f came to its end.
+bool read_or_keep(int statement, void (*f)(void*), void* object);
+template <class F>
+bool reading(int statement, F f) {
+    return read_or_keep(
+        statement, [](void* object) { (*static_cast<F*>(object))(); }, &f);
+}
+// Tells which word of the statement is in hand, for who keeps stops.
+void at_word(int word);
+
 // Joins words and numbers into one line; numbers with ten significant digits.
 template <class... T>
 std::string line(const T&... items) {

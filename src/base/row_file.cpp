@@ -30,6 +30,7 @@ void row_file::open(const std::string& path, bool append) {
         halt({line("row_file: output file ", path, " could not be opened."), line("  ", std::strerror(errno)),
               "  Halting..."});
     std::setvbuf(file_, nullptr, _IONBF, 0);
+    whole_rows_ = std::fseek(file_, 0, SEEK_END) == 0 ? std::ftell(file_) : 0;
     buffer_.resize(buffer_size);
 }
 
@@ -40,20 +41,20 @@ void row_file::stop() const {
 
 void row_file::write_out() {
     errno = 0;
-    const std::size_t n = error_ == 0 ? std::fwrite(buffer_.data(), 1, used_, file_) : used_;
-    if (n < used_) {
+    const std::size_t n = error_ == 0 ? std::fwrite(buffer_.data(), 1, used_, file_) : 0;
+    const std::size_t end = std::string_view(buffer_.data(), n).rfind('\n');
+    if (end != std::string_view::npos) whole_rows_ = std::ftell(file_) - static_cast<long>(n - end - 1);
+    if (n < used_ && error_ == 0) {
         error_ = errno != 0 ? errno : EIO;
-        drop_half_row(n);
+        drop_half_row();
     }
     used_ = 0;
 }
 
-// A disk that is full has taken the first n bytes: what they hold of a row that is not whole goes.
-void row_file::drop_half_row(std::size_t n) {
-    const std::size_t end = std::string_view(buffer_.data(), n).rfind('\n');
-    const long size = std::ftell(file_);
-    if (end == std::string_view::npos || size < static_cast<long>(n)) return;
-    if (::ftruncate(::fileno(file_), size - static_cast<long>(n - end - 1)) != 0) return;  // no regular file
+// A disk that is full may have taken the beginning of a row, in this write or in those before it.
+void row_file::drop_half_row() {
+    if (std::ftell(file_) <= whole_rows_) return;
+    if (::ftruncate(::fileno(file_), whole_rows_) != 0) return;  // no regular file
 }
 
 char* row_file::room(std::size_t n) {

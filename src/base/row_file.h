@@ -33,12 +33,13 @@ public:
 private:
     char* room(std::size_t n);  // at least n free bytes at the end of the buffer
     void write_out();
-    void drop_half_row(std::size_t n);
+    void drop_half_row();
     [[noreturn]] void stop() const;  // as error_ says
 
     std::FILE* file_ = nullptr;
     std::string path_;
     std::vector<char> buffer_;
     std::size_t used_ = 0;
-    int error_ = 0;  // errno of the first write that failed; what comes behind it is lost
+    long whole_rows_ = 0;  // bytes of the file up to the end of its last whole row
+    int error_ = 0;        // errno of the first write that failed; what comes behind it is lost
 };

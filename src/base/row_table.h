@@ -14,6 +14,10 @@ struct row_table {
     const T* row(int i) const { return data.data() + first[at(i)]; }
     void add(const T& x) { data.push_back(x); }                           // to the row that is being built
     void close_row() { first.push_back(static_cast<int>(data.size())); }  // ends that row
+    void keep(int n) {  // rows from n on, and the one that is being built, go
+        first.resize(at(n) + 1);
+        data.resize(at(first.back()));
+    }
     void clear() {
         first.assign(1, 0);
         data.clear();

@@ -37,14 +37,7 @@ bool same_ci(std::string_view a, std::string_view b) {
 // --------------------------------------------------------------------------------------------------------
 
 void add_words(std::string_view text, words& w) {
-    std::size_t i = 0;
-    while (i < text.size()) {
-        while (i < text.size() && separates(text[i])) ++i;
-        std::size_t end = i;
-        while (end < text.size() && !separates(text[end])) ++end;
-        if (end > i) w.add(text.substr(i, end - i));
-        i = end;
-    }
+    for_each_word(text, [&](std::string_view word) { w.add(word); });
 }
 
 words parse_line_2(std::string_view text) {
@@ -150,6 +143,7 @@ void check_word_3(const words& w, int position, std::string_view given_a, std::s
 }
 
 std::string pick_word_1(const words& w, int index) {
+    at_word(index);
     if (index < 0 || index >= w.size())
         halt({"pick_word_1: index_word is too large! Halting..", line("  chr_in = ", w.chars()),
               line("  index_word = ", index)});

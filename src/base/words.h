@@ -39,6 +39,16 @@ private:
 
 // ---- splitting a line; blank, tab and '=' all separate words -------------------------------------------------------
 
+// Calls f with each word of the line, a view of its text.
+template <class F>
+void for_each_word(std::string_view line, F f) {
+    constexpr std::string_view separators = " \t=";
+    for (std::size_t i = line.find_first_not_of(separators); i != std::string_view::npos;) {
+        const std::string_view word = line.substr(i, line.find_first_of(separators, i) - i);
+        f(word);
+        i = line.find_first_not_of(separators, i + word.size());
+    }
+}
 words parse_line_2(std::string_view line);
 void add_words(std::string_view line, words& w);       // the words of a line, behind those already there
 std::string_view word_first_1(std::string_view line);  // first word of a raw line; empty if it has none

@@ -69,16 +69,18 @@ void read_output_statement(circuit_file& cf, int i_line) {
     for (const output_word& w : output_words())
         if (file_find_string_5(cf.text, i_line, w.word, marks)) cf.output.*w.flag = true;
     for (int j = 1; j < cf.text.n_words(i_line); ++j)
-        if (!marks[static_cast<std::size_t>(j)])
+        if (!marks[static_cast<std::size_t>(j)]) {
+            at_word(j);
             halt({"circuit_file: check output statement in the circuit block.",
                   line("  The word <", cf.text.word(i_line, j), "> is not recognised."), "  Halting..."});
+        }
 }
 
 void read_output(circuit_file& cf) {
     int n = 0;
     for (int i = cf.n_begin_cct; i < cf.n_end_cct && n < max_output; ++i) {
         if (!cf.text.begins(i, "output")) continue;
-        read_output_statement(cf, i);
+        reading(i, [&] { read_output_statement(cf, i); });
         cf.mark(i);
         ++n;
     }
@@ -87,17 +89,19 @@ void read_output(circuit_file& cf) {
 void read_ground(circuit_file& cf, const ground_form& form) {
     const int i_ref = file_find_string_4(cf.text, cf.n_begin_cct, cf.n_end_cct, form.refnode);
     if (i_ref == -1) return;
-    cf.*form.ref = file_get_word(cf.text, i_ref, 1);
+    if (!reading(i_ref, [&] { cf.*form.ref = file_get_word(cf.text, i_ref, 1); })) return;
 
     std::unordered_set<std::string> seen{cf.*form.ref};
     for (int i = cf.n_begin_cct; i < cf.n_end_cct; ++i) {
         if (!cf.text.begins(i, form.element)) continue;
-        const words w = circuit_line(cf.text, i);
-        const int i_type = find_word_EO_2(w, "type", odd_words, form.no_type);
-        if (pick_word_1(w, i_type + 1) != form.type) continue;
-        const int i_node = find_word_EO_2(w, "c", odd_words, form.no_node);
-        const std::string node = pick_word_1(w, i_node + 1);
-        if (seen.insert(node).second) (cf.*form.ground).push_back(node);
+        reading(i, [&] {
+            const words w = circuit_line(cf.text, i);
+            const int i_type = find_word_EO_2(w, "type", odd_words, form.no_type);
+            if (pick_word_1(w, i_type + 1) != form.type) return;
+            const int i_node = find_word_EO_2(w, "c", odd_words, form.no_node);
+            const std::string node = pick_word_1(w, i_node + 1);
+            if (seen.insert(node).second) (cf.*form.ground).push_back(node);
+        });
     }
 }
 
@@ -138,9 +142,13 @@ circuit_file circuit_file_of(file_chr text) {
     cf.n_end_cct = section(cf.text, cf.n_begin_cct, cf.n_end_cf, "end_circuit", no_circuit);
     find_solve_blocks(cf);
     count_solve_types(cf);
+    read_output_and_grounds(cf);
+    return cf;
+}
+
+void read_output_and_grounds(circuit_file& cf) {
     read_output(cf);
     for (const ground_form& form : ground_forms) read_ground(cf, form);
-    return cf;
 }
 
 circuit_file read_circuit_file(const std::string& path, int max_lines) {

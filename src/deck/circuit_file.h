@@ -41,3 +41,5 @@ struct circuit_file {
 
 circuit_file read_circuit_file(const std::string& path, int max_lines = usual_deck_lines);
 circuit_file circuit_file_of(file_chr text);
+// The last step of these, once the sections are known: what `output` statements switch on, and words for the reference.
+void read_output_and_grounds(circuit_file& cf);

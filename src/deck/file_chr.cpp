@@ -13,20 +13,23 @@ file_chr statements_of(const text_file& file, int max_lines) {
         halt({"filr_chr: file end not reached. Halting.."});
     file_chr f;
     for (std::size_t i = 0; i < file.lines.size(); ++i) {
-        std::string_view s = file.lines[i];
+        const std::string_view whole = file.lines[i];
+        std::string_view s = whole;
         s.remove_prefix(std::min(s.find_first_not_of(' '), s.size()));
         if (s.empty() || s[0] == '#' || check_blank_line(s)) continue;
         if (s[0] != '+') {
-            if (!f.physical.empty()) f.line_to_word.push_back(f.all.size());
-            f.physical.push_back(static_cast<int>(i) + 1);
-        } else if (f.physical.empty()) {
+            if (!f.all.empty()) f.line_to_word.push_back(f.all.size());
+        } else if (f.all.empty()) {
             halt({"count_file_1: cannot have + in the first line! Halting..."});
         } else {
             s.remove_prefix(1);
         }
-        add_words(s, f.all);
+        for_each_word(s, [&](std::string_view word) {
+            f.all.add(word);
+            f.place.push_back({static_cast<int>(i), static_cast<int>(word.data() - whole.data())});
+        });
     }
-    if (!f.physical.empty()) f.line_to_word.push_back(f.all.size());
+    if (!f.all.empty()) f.line_to_word.push_back(f.all.size());
     return f;
 }
 

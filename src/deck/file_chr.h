@@ -6,13 +6,19 @@
 
 #include "base/words.h"
 
+struct word_place {
+    int line = 0, column = 0;  // of the file and in the line, from 0
+};
+
 // A statement is a logical line: a physical line and the lines that continue it with '+'. All words of the file stand
 // in one word array; statement i holds words line_to_word[i] up to line_to_word[i + 1] - 1.
 struct file_chr {
     words all;
     std::vector<int> line_to_word{0};  // [n_lines + 1]
-    std::vector<int> physical;         // [n_lines] 1-based line of the file where the statement begins
+    std::vector<word_place> place;     // [all.size()]
 
+    // Where a word stands; the statement's first one for a word that it has not.
+    word_place where(int i, int j) const { return place[at(line_to_word[at(i)] + (j > 0 && j < n_words(i) ? j : 0))]; }
     int n_lines() const { return static_cast<int>(line_to_word.size()) - 1; }
     int n_words(int i) const { return line_to_word[at(i) + 1] - line_to_word[at(i)]; }
     std::string_view word(int i, int j) const { return all[line_to_word[at(i)] + j]; }

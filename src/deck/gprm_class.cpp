@@ -74,15 +74,15 @@ expression read_expression(const gprm_class& gprm, std::string_view word, const 
 }
 
 void add_gint(gprm_class& g, const std::string& name, std::string_view word) {
-    g.gint_index.try_emplace(name, static_cast<int>(g.gint.size()));
-    g.gint_name.push_back(name);
     g.gint.push_back(chr_to_int(word));
+    g.gint_index.try_emplace(name, static_cast<int>(g.gint.size()) - 1);
+    g.gint_name.push_back(name);
 }
 
 void add_gstr(gprm_class& g, const std::string& name, std::string_view word) {
-    g.gstr_index.try_emplace(name, static_cast<int>(g.gstr.size()));
-    g.gstr_name.push_back(name);
     g.gstr.push_back(strcpy_chk(word, 50));
+    g.gstr_index.try_emplace(name, static_cast<int>(g.gstr.size()) - 1);
+    g.gstr_name.push_back(name);
 }
 
 // The name is entered behind its expression, which can therefore name earlier parameters only.
@@ -110,12 +110,19 @@ struct global_statement {
 };
 constexpr global_statement global_statements[] = {{"ginteger", add_gint}, {"gstring", add_gstr}, {"greal", add_greal}};
 
+// Up to begin_circuit, and in that place, where a deck under examination lacks it.
 void read_statements(gprm_class& g, const circuit_file& cf, const global_statement& kind) {
-    for (int i = 0; i < cf.n_begin_cct; ++i) {
+    for (int i = 0; i <= cf.n_begin_cct; ++i) {
         if (!cf.text.begins(i, kind.keyword)) continue;
-        const words w = circuit_line(cf.text, i);
-        if (w.size() == 1) halt({line("gprm_class: check ", kind.keyword, " statement. Halting...")});
-        for (int j = 1; j + 1 < w.size(); j += 2) kind.add(g, w.str(j), w[j + 1]);
+        reading(i, [&] {
+            const words w = circuit_line(cf.text, i);
+            if (w.size() == 1) halt({line("gprm_class: check ", kind.keyword, " statement. Halting...")});
+            for (int j = 1; j + 1 < w.size(); j += 2)
+                reading(i, [&] {
+                    at_word(j + 1);
+                    kind.add(g, w.str(j), w[j + 1]);
+                });
+        });
     }
 }
 
@@ -246,6 +253,6 @@ gprm_class read_gprm(const circuit_file& cf) {
     g.flag_expr = g.n_expr > 0;
     find_dependents(g);
     g.expr_1();
-    g.check_finite();
+    reading(-1, [&] { g.check_finite(); });
     return g;
 }

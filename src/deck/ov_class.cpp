@@ -9,7 +9,8 @@ ov_class read_ov(const circuit_file& cf, const gprm_class& gprm) {
     for (int i = cf.n_begin_cct; i < cf.n_end_cct; ++i) {
         if (!cf.text.begins(i, "outvar:")) continue;
         cf.mark(i);
-        const words w = circuit_line(cf.text, i);
+        words w;
+        reading(i, [&] { w = circuit_line(cf.text, i); });
         for (int j = 1; j + 1 < w.size(); j += 2) {
             const std::string name = w.str(j);
             if (gprm.find_greal(name) != -1) {
@@ -17,7 +18,12 @@ ov_class read_ov(const circuit_file& cf, const gprm_class& gprm) {
                 say("   with a global (real) parameter name.");
                 say("   outvar name is " + name);
             }
-            cut_word cut = extract_l_r_1(w[j + 1], "_of_", "ov_class: _of_ not found, check circuit file");
+            cut_word cut;
+            const bool good = reading(i, [&] {
+                at_word(j + 1);
+                cut = extract_l_r_1(w[j + 1], "_of_", "ov_class: _of_ not found, check circuit file");
+            });
+            if (!good) continue;
             ov.name.push_back(name);
             ov.left.push_back(std::move(cut.left));
             ov.right.push_back(std::move(cut.right));

@@ -39,6 +39,10 @@ enum ov_kind : int {
     ov_postproc_ac = 88,
 };
 inline bool is_digital(int kind) { return kind == ov_dvar || kind == ov_dstate; }
+inline bool is_small_signal(int kind) {
+    return kind == ov_nodev_ac || kind == ov_aux_ac || kind == ov_pwr_elec_ac || kind == ov_var_ac ||
+           kind == ov_cur_ac || kind == ov_xvar_ac;
+}
 
 // One entry per variable, in the order of the statements.
 struct ov_class {

@@ -60,11 +60,22 @@ int deck_line_limit(const std::string& path) {
     int limit = usual_deck_lines;
     text_file file;
     if (!read_text_file(path, file)) return limit;
-    for (const std::string& line : file.lines) {
-        const words w = parse_line_2(line);
-        if (w.size() != 2 || w[0] != deck_lines_word) continue;
+    words w;
+    const auto take = [&] {
+        if (w.size() != 2 || w[0] != deck_lines_word) return;
         int value = 0;
         if (std::from_chars(w[1].data(), w[1].data() + w[1].size(), value).ec == std::errc{}) limit = value;
+    };
+    for (const std::string& line : file.lines) {
+        const std::size_t begin = line.find_first_not_of(" \t");
+        if (begin == std::string::npos || line[begin] == '#') continue;
+        const bool continues = line[begin] == '+';
+        if (!continues) {
+            take();
+            w.clear();
+        }
+        add_words(std::string_view(line).substr(begin + (continues ? 1 : 0)), w);
     }
+    take();
     return limit;
 }

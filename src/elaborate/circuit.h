@@ -62,6 +62,9 @@ void read_models_of_deck(circuit& c);
 // The elaboration: names, instances, units, maps, outputs, reference nodes. Fills cct and everything below it; halts
 // with the deck's first fault.
 void elaborate(circuit& c);
+// Its two halves: instances with the names that they use, and all that is made of these.
+void bind_statements(circuit& c);
+void build_units(circuit& c);
 
 // Classification after elaboration, in the order in which its faults are to show.
 void classify(circuit& c);

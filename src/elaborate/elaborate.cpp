@@ -47,11 +47,13 @@ void check_reference(circuit& c, std::string_view keyword, name_table& names) {
     for (int i = c.cf.n_begin_cct + 1; i < c.cf.n_end_cct; ++i) {
         if (!c.cf.text.begins(i, keyword)) continue;
         c.cf.mark(i);
-        const words w = circuit_line(c.cf.text, i);
-        const std::string node = pick_word_1(w, 1);
-        names.ref = names.find(node);
-        if (names.ref < 0)
-            word_not_found("find_word_3", node, line("cct_class: something wrong with ", keyword, " statement."));
+        reading(i, [&] {
+            const words w = circuit_line(c.cf.text, i);
+            const std::string node = pick_word_1(w, 1);
+            names.ref = names.find(node);
+            if (names.ref < 0)
+                word_not_found("find_word_3", node, line("cct_class: something wrong with ", keyword, " statement."));
+        });
     }
     if (names.ref >= 0) {
         names.eu_ref = names.to_eu[at(names.ref)];
@@ -73,7 +75,7 @@ void make_run_time_rows(instance_core& inst, const composite_library& lib) {
 }
 }  // namespace
 
-void elaborate(circuit& c) {
+void bind_statements(circuit& c) {
     std::vector<element_statement> statements = find_element_statements(c.cf);
     number_names(c, statements);
     set_instance_values(c, statements);
@@ -82,7 +84,9 @@ void elaborate(circuit& c) {
     find_reference(c, "x_refnode", c.cf.x_ground_dummy, c.cct.xct);
     c.cct.gct.is_ground.assign(at(c.cct.gct.n()), 0);
     c.cct.dct.is_ground.assign(at(c.cct.dct.n()), 0);
+}
 
+void build_units(circuit& c) {
     flatten_ebeu(c);
     flatten_ebau(c);
     flatten_gbeu(c);
@@ -105,4 +109,9 @@ void elaborate(circuit& c) {
         halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.", "  Halting..."});
     for (family fam : {fam_e, fam_g}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
     check_expressions(c);
+}
+
+void elaborate(circuit& c) {
+    bind_statements(c);
+    build_units(c);
 }

@@ -33,41 +33,49 @@ std::vector<element_statement> find_element_statements(const circuit_file& cf) {
     for (int i = cf.n_begin_cct + 1; i < cf.n_end_cct; ++i) {
         const family_form* form = family_of_keyword(cf.text.word(i, 0));
         if (!form) continue;
-        element_statement s{form, i, circuit_line(cf.text, i), -1, -1};
-        const int key = find_word_EO_1(s.w, "type", odd_words);
-        if (key < 0) halt({"cct_class: type not found. Halting.."});
-        const std::string type = pick_word_1(s.w, key + 1);
-        s.at_type = key + 1;
-        cf.mark(i);
-        if (is_placeholder(*form, type)) continue;
-        if (form->number == fam_e && type == "ground_dummy_1")
-            halt({"cct_class: ground_dummy_1.ece cannot be called", "  directly from the circuit file. Halting..."});
-        found.push_back(std::move(s));
+        reading(i, [&] {
+            element_statement s{form, i, circuit_line(cf.text, i), -1, -1};
+            const int key = find_word_EO_1(s.w, "type", odd_words);
+            if (key < 0) halt({"cct_class: type not found. Halting.."});
+            const std::string type = pick_word_1(s.w, key + 1);
+            s.at_type = key + 1;
+            cf.mark(i);
+            if (is_placeholder(*form, type)) return;
+            if (form->number == fam_e && type == "ground_dummy_1")
+                halt(
+                    {"cct_class: ground_dummy_1.ece cannot be called", "  directly from the circuit file. Halting..."});
+            found.push_back(std::move(s));
+        });
     }
     return found;
 }
 
-void number_names(circuit& c, std::vector<element_statement>& statements) {
-    for (element_statement& s : statements) {
-        const composite_library& lib = c.lib.*(s.form->composites);
-        s.i_lib = lib.find(s.w[s.at_type]);
-        if (s.i_lib < 0)
-            word_not_found("find_word_3", s.w[s.at_type], line("cct_class: ", s.form->library, "_name not found"));
-        for (const bound_list& b : s.form->bound) {
-            const word_list& list = lib.list.*(b.list);
-            for (int j = 0; j < list.count(s.i_lib); ++j) {
-                const std::string_view key = list.word(s.i_lib, j);
-                const int at = find_word_EO_1(s.w, key, odd_words);
-                if (at < 0) {
-                    const int at_name = find_word_EO_1(s.w, "name", odd_words);
-                    const bool named = at_name >= 0 && at_name + 1 < s.w.size();
-                    halt({line("cct_class: (", s.form->keyword, ") ", b.what, " not found."),
-                          line("   ", b.what, " is ", key),
-                          line("   ", s.form->keyword, " name is ", named ? s.w.str(at_name + 1) : ""),
-                          "   Halting..."});
-                }
-                add_name(c, b.names, pick_word_1(s.w, at + 1));
+namespace {
+void number_names_of(circuit& c, element_statement& s) {
+    const composite_library& lib = c.lib.*(s.form->composites);
+    at_word(s.at_type);
+    s.i_lib = lib.find(s.w[s.at_type]);
+    if (s.i_lib < 0)
+        word_not_found("find_word_3", s.w[s.at_type], line("cct_class: ", s.form->library, "_name not found"));
+    for (const bound_list& b : s.form->bound) {
+        const word_list& list = lib.list.*(b.list);
+        for (int j = 0; j < list.count(s.i_lib); ++j) {
+            const std::string_view key = list.word(s.i_lib, j);
+            const int at = find_word_EO_1(s.w, key, odd_words);
+            if (at < 0) {
+                at_word(0);
+                const int at_name = find_word_EO_1(s.w, "name", odd_words);
+                const bool named = at_name >= 0 && at_name + 1 < s.w.size();
+                halt({line("cct_class: (", s.form->keyword, ") ", b.what, " not found."),
+                      line("   ", b.what, " is ", key),
+                      line("   ", s.form->keyword, " name is ", named ? s.w.str(at_name + 1) : ""), "   Halting..."});
             }
+            add_name(c, b.names, pick_word_1(s.w, at + 1));
         }
     }
+}
+}  // namespace
+
+void number_names(circuit& c, std::vector<element_statement>& statements) {
+    std::erase_if(statements, [&](element_statement& s) { return !reading(s.line, [&] { number_names_of(c, s); }); });
 }

@@ -85,11 +85,11 @@ int unit_of(const std::vector<int>& first, int index) {
 
 void resolve_outputs(circuit& c) {
     ov_class& ov = c.ov;
-    for (std::size_t k = 0; k < ov.name.size(); ++k) {
+    const auto resolve = [&](std::size_t k) {
         if (ov.instance[k] >= 0) {
             if (ov.family[k] == fam_e) ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             if (ov.family[k] == fam_g) ov.index[k] = general_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
-            continue;
+            return;
         }
         for (const global_word& g : global_words) {
             if (ov.left[k] != g.word) continue;
@@ -102,7 +102,8 @@ void resolve_outputs(circuit& c) {
             ov.index[k] = at_unit;
         }
         if (ov.kind[k] == ov_none) halt({"cct_class: cct_ov_flag = IGL_CLEAR", line("   for i_ov = ", k)});
-    }
+    };
+    for (std::size_t k = 0; k < ov.name.size(); ++k) reading(ov.statement[k], [&] { resolve(k); });
 }
 
 void resolve_parameter_outputs(circuit& c) {

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "base/halt.h"
 #include "elaborate/circuit.h"
 #include "elaborate/families.h"
@@ -45,7 +47,8 @@ void check_expressions(const circuit& c) {
         for (int i = 0; i < inst.n; ++i) {
             const int e = inst.i_lib[at(i)], n_plain = lib.n_rprm_plain(e);
             for (int j = n_plain; j < n_plain + lib.n_rprm_derived(e); ++j)
-                finite_number(inst.rprm.row(i)[j], line(lib.list.rprm.word(e, j), "_of_", inst.name[at(i)]));
+                if (const double x = inst.rprm.row(i)[j]; !std::isfinite(x))
+                    finite_number(x, line(lib.list.rprm.word(e, j), "_of_", inst.name[at(i)]));
         }
     }
 }

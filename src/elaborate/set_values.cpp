@@ -15,6 +15,7 @@ struct ticked_words {
     // Ticks a key at an odd position and its value; the value's position, or -1 if the key is absent.
     int take(std::string_view key) {
         const int at = find_word_EO_1(w, key, odd_words);
+        at_word(0);
         if (at < 0) return -1;
         pick_word_1(w, at + 1);
         used[static_cast<std::size_t>(at)] = used[static_cast<std::size_t>(at) + 1] = 1;
@@ -156,9 +157,7 @@ void match_outputs(circuit& c, const family_form& form, int i_lib, int i, const 
     instance_core& inst = c.*(form.instances);
     ov_class& ov = c.ov;
     const bool has_power = form.number == fam_e;
-    for (int k : outputs) {
-        const std::size_t o = static_cast<std::size_t>(k);
-        if (ov.kind[o] != ov_none || is_global_request(ov.left[o])) continue;
+    const auto match = [&](std::size_t o) {
         const std::string& left = ov.left[o];
         ov.family[o] = form.number;
         ov.instance[o] = i;
@@ -184,7 +183,32 @@ void match_outputs(circuit& c, const family_form& form, int i_lib, int i, const 
         } else {
             halt({line(form.lu, "_class: outvar not found"), line("   name is ", left), "   Halting..."});
         }
-    }
+    };
+    for (int k : outputs)
+        if (const std::size_t o = static_cast<std::size_t>(k); ov.kind[o] == ov_none && !is_global_request(ov.left[o]))
+            reading(ov.statement[o], [&] { match(o); });
+}
+
+// A statement that could not be read, and after which the program goes on: an instance without values.
+void keep_as_empty(instance_core& inst, int n, const element_statement& s) {
+    const auto only = [n](auto& table) {
+        table.keep(n);
+        table.close_row();
+    };
+    const std::size_t n_now = static_cast<std::size_t>(n) + 1;
+    for (auto* list : {&inst.i_lib, &inst.statement, &inst.flag_compute_acp, &inst.flag_compute_noisep,
+                       &inst.flag_write_parms, &inst.flag_pwr_elec, &inst.flag_pwr_elec_ac})
+        list->resize(n_now, 0);
+    inst.i_lib.back() = s.i_lib;
+    inst.statement.back() = s.line;
+    const int at_name = find_word_EO_1(s.w, "name", odd_words);
+    inst.name.push_back(at_name >= 0 && at_name + 1 < s.w.size() ? s.w.str(at_name + 1) : std::string());
+    for (auto* table : {&inst.nd, &inst.dgtl, &inst.vr, &inst.xvr, &inst.in, &inst.ib, &inst.iprm, &inst.rprm_tie,
+                        &inst.sv_tie, &inst.ig_tie})
+        only(*table);
+    for (auto* table : {&inst.rprm, &inst.sv, &inst.ig}) only(*table);
+    only(inst.sprm);
+    inst.n = n + 1;
 }
 
 using output_index = std::unordered_map<std::string_view, std::vector<int>>;
@@ -260,8 +284,10 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
     append_row(inst.sv_tie, row.sv_tie);
     append_row(inst.ig_tie, row.ig_tie);
     for (int j = 0; j < s.w.size(); ++j)
-        if (!t.used[static_cast<std::size_t>(j)])
+        if (!t.used[static_cast<std::size_t>(j)]) {
+            at_word(j);
             halt({line(form.lu, ":set_values_1: some word has not been ticked."), line("   word: ", s.w[j])});
+        }
     inst.name.push_back(name);
     ++inst.n;
 }
@@ -287,7 +313,11 @@ void set_instance_values(circuit& c, const std::vector<element_statement>& state
         if (at >= 0 && at + 1 < s.w.size()) (c.*(s.form->instances)).index.try_emplace(s.w.str(at + 1), i);
     }
     for (name_table* names : {&c.cct.ect, &c.cct.gct, &c.cct.dct, &c.cct.xct}) names->n_lu = names->n();
-    for (const element_statement& s : statements) set_values_1(c, s, outputs);
+    for (const element_statement& s : statements) {
+        instance_core& inst = c.*(s.form->instances);
+        const int n = inst.n;
+        if (!reading(s.line, [&] { set_values_1(c, s, outputs); })) keep_as_empty(inst, n, s);
+    }
 }
 
 void check_instance_names(const circuit& c) {

@@ -1,5 +1,7 @@
 #include "output/assign_ov.h"
 
+#include "elaborate/families.h"
+
 namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
@@ -13,103 +15,96 @@ double absorbed_power(const circuit& c, int i_eelu) {
     return power;
 }
 
-bool is_small_signal(int kind) {
-    switch (kind) {
-        case ov_nodev_ac:
-        case ov_aux_ac:
-        case ov_var_ac:
-        case ov_cur_ac:
-        case ov_xvar_ac:
-            return true;
-        default:
-            return false;
-    }
+// Kinds whose index is a place in a table of all units.
+template <class T>
+struct unit_values {
+    int kind;
+    const std::vector<T>& (*all)(const circuit&);
+};
+constexpr unit_values<double> real_values[] = {{ov_nodev, [](const circuit& c) -> auto& {return c.ebeu.val_nd;
+}  // namespace
+}
+, {ov_aux, [](const circuit& c) -> auto& {return c.ebeu.aux;
+}
+}
+, {ov_cur, [](const circuit& c) -> auto& {return c.ebeu.cur_nd;
+}
+}
+, {ov_var, [](const circuit& c) -> auto& {return c.gbeu.val_vr;
+}
+}
+, {ov_gaux, [](const circuit& c) -> auto& {return c.gbeu.aux;
+}
+}
+, {ov_rparm_ebe, [](const circuit& c) -> auto& {return c.ebeu.unit.rprm.data;
+}
+}
+, {ov_rparm_gbe, [](const circuit& c) -> auto& {return c.gbeu.unit.rprm.data;
+}
+}
+,
+}
+;
+constexpr unit_values<int> int_values[] = {{ov_iparm_ebe, [](const circuit& c) -> auto& {return c.ebeu.unit.iprm.data;
+}
+}
+, {ov_iparm_gbe, [](const circuit& c) -> auto& {return c.gbeu.unit.iprm.data;
+}
+}
+,
+}
+;
+template <class T, std::size_t N>
+const T* find_value(const unit_values<T> (&values)[N], const circuit& c, const out_var& v) {
+    for (const unit_values<T>& x : values)
+        if (x.kind == v.kind) return x.all(c).data() + v.index;
+    return nullptr;
 }
 
-bool assign_plain(const circuit& c, const out_var& v, double& value) {
-    auto instance_parameter = [&](const instance_core& inst) { return inst.rprm.row(v.instance)[v.index]; };
-    switch (v.kind) {
-        case ov_nodev:
-            value = c.ebeu.val_nd[at(v.index)];
-            return true;
-        case ov_aux:
-            value = c.ebeu.aux[at(v.index)];
-            return true;
-        case ov_cur:
-            value = c.ebeu.cur_nd[at(v.index)];
-            return true;
-        case ov_pwr_elec:
-            value = absorbed_power(c, v.instance);
-            return true;
-        case ov_rparm_eelu:
-            value = instance_parameter(c.eelu);
-            return true;
-        case ov_rparm_gelu:
-            value = instance_parameter(c.gelu);
-            return true;
-        case ov_rparm_delu:
-            value = instance_parameter(c.delu);
-            return true;
-        case ov_rparm_xelu:
-            value = instance_parameter(c.xelu);
-            return true;
-        case ov_var:
-            value = c.gbeu.val_vr[at(v.index)];
-            return true;
-        case ov_gaux:
-            value = c.gbeu.aux[at(v.index)];
-            return true;
-        case ov_iparm_ebe:
-            value = c.ebeu.unit.iprm.data[at(v.index)];
-            return true;
-        case ov_rparm_ebe:
-            value = c.ebeu.unit.rprm.data[at(v.index)];
-            return true;
-        case ov_iparm_gbe:
-            value = c.gbeu.unit.iprm.data[at(v.index)];
-            return true;
-        case ov_rparm_gbe:
-            value = c.gbeu.unit.rprm.data[at(v.index)];
-            return true;
-        default:
-            break;
-    }
-    if (is_small_signal(v.kind)) halt({"assign_ov: check output variables.", "   perhaps missing phase or mag?"});
-    return false;
-}
-
-// The value that stands in the circuit, so that it is right also where a sweep has not written yet.
-double item_value(const circuit& c, const parm_item& item) {
-    if (item.where == parm_item::global_value) return c.gprm.greal[at(item.index)];
-    return c.instances(item.family).rprm.row(item.instance)[item.index];
+// The place that a sweep writes, so that the value is right also where it has not written yet.
+const double* item_place(const circuit& c, const parm_item& item) {
+    if (item.where == parm_item::global_value) return &c.gprm.greal[at(item.index)];
+    return c.instances(item.family).rprm.row(item.instance) + item.index;
 }
 
 bool is_swept(int prefix) { return prefix == prefix_vary || prefix == prefix_vary_sync; }
 }  // namespace
 
+const double* place_of(const solve_class& slv, const circuit& c, const out_var& v) {
+    if (v.prefix == prefix_global) return &c.gprm.greal[at(v.index)];
+    if (is_swept(v.prefix)) {
+        const std::vector<vary_statement>& list = v.prefix == prefix_vary ? slv.task.vary : slv.task.vary_sync;
+        return slv.ac ? nullptr : item_place(c, list[at(v.index)].item);
+    }
+    if (v.prefix != prefix_none) return nullptr;
+    for (const family_form& f : family_forms)
+        if (f.kind_rparm == v.kind && v.kind != ov_none) return c.instances(f.number).rprm.row(v.instance) + v.index;
+    return find_value(real_values, c, v);
+}
+
 bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, double& value) {
-    if (slv.ac && is_swept(v.prefix))
+    if (const double* place = place_of(slv, c, v)) {
+        value = *place;
+        return true;
+    }
+    if (is_swept(v.prefix))
         halt({line("assign_ov: outvar of type ", v.prefix == prefix_vary ? "varprm" : "varprmsync",
                    " is not allowed.")});
-    switch (v.prefix) {
-        case prefix_none:
-            return assign_plain(c, v, value);
-        case prefix_global:
-            value = c.gprm.greal[at(v.index)];
-            return true;
-        case prefix_vary:
-            value = item_value(c, slv.task.vary[at(v.index)].item);
-            return true;
-        case prefix_vary_sync:
-            value = item_value(c, slv.task.vary_sync[at(v.index)].item);
-            return true;
-        default:
-            break;
+    const bool needs_word = is_small_signal(v.kind) && v.kind != ov_pwr_elec_ac;
+    if (v.prefix != prefix_none) {
+        if (!needs_word)
+            halt({"assign_ov: check output variables.", "   perhaps phase or mag is given for", "   a dc variable?",
+                  line("   ov_flag = ", v.kind, ", ov_indx = ", v.index)});
+        return false;
     }
-    if (!is_small_signal(v.kind))
-        halt({"assign_ov: check output variables.", "   perhaps phase or mag is given for", "   a dc variable?",
-              line("   ov_flag = ", v.kind, ", ov_indx = ", v.index)});
-    return false;
+    if (needs_word) halt({"assign_ov: check output variables.", "   perhaps missing phase or mag?"});
+    if (v.kind == ov_pwr_elec) {
+        value = absorbed_power(c, v.instance);
+        return true;
+    }
+    const int* parameter = find_value(int_values, c, v);
+    if (parameter != nullptr) value = *parameter;
+    return parameter != nullptr;
 }
 
 int assign_ov_dgtl(const circuit&, const out_var&) {

@@ -2,6 +2,10 @@
 #pragma once
 #include "settings/solve_class.h"
 
+// Where the value of a column stands as long as the circuit does; null for a value that stands nowhere (a power, an
+// integer), and for a variable that cannot be read.
+const double* place_of(const solve_class& slv, const circuit& c, const out_var& v);
+
 // Value of one column. False when the variable cannot be read in an analog row: digital kinds, kinds of families that
 // the circuit does not have, results of post-processing. Halts when a small-signal variable has no phase or magnitude
 // word, or another variable has one.

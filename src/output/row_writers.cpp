@@ -9,15 +9,16 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool gets_rows(const out_file& file) { return file.content == out_rows && !file.postproc && !file.postproc_ac; }
 
-// The present values of an analog file's columns.
+// The present values of an analog file's columns. Variables that cannot be read show at the first row.
 void read_values(const solve_class& slv, const circuit& c, out_file& file, const char* writer) {
-    for (std::size_t j = 0; j < file.vars.size(); ++j) {
+    for (const std::size_t j : file.computed) {
         const out_var& v = file.vars[j];
         const bool small_signal_word = v.prefix == prefix_phase || v.prefix == prefix_mag;
         if (small_signal_word || !assign_ov(slv, c, v, file.value[j]))
             halt({line(writer, ": Check output variables."), "  Some output variables has not been",
                   "  mapped to any system variable.", "  Halting..."});
     }
+    for (std::size_t j = 0; j < file.value.size(); ++j) file.value[j] = *file.column[j];
 }
 
 void read_columns(const solve_class& slv, const circuit& c, out_file& file, const char* writer) {
@@ -47,20 +48,27 @@ bool is_due(out_file& file, double t) {
     return true;
 }
 
-void start_file(out_file& file) {
+void start_file(const solve_class& slv, const circuit& c, out_file& file) {
     file.next_time = file.out_tstart;
     file.value.assign(file.data_type == out_analog ? file.vars.size() : 0, 0.0);
     file.level.assign(file.data_type == out_digital ? file.vars.size() : 0, 0);
+    file.column.clear();
+    file.computed.clear();
+    for (std::size_t j = 0; j < file.value.size(); ++j) {
+        const double* place = place_of(slv, c, file.vars[j]);
+        if (place == nullptr) file.computed.push_back(j);
+        file.column.push_back(place != nullptr ? place : &file.value[j]);
+    }
     if (file.fourier) start_fourier(file);
 }
 }  // namespace
 
-void open_out_files(solve_class& slv) {
+void open_out_files(solve_class& slv, const circuit& c) {
     for (out_file& file : slv.out.files) {
         file.n_lines = file.append ? file_count_lines(file.path) : 0;
         file.stream = std::make_unique<row_file>();
         file.stream->open(file.path, file.append);
-        start_file(file);
+        start_file(slv, c, file);
     }
 }
 

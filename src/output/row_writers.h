@@ -2,9 +2,10 @@
 #pragma once
 #include "settings/solve_class.h"
 
-// Creates the files of the block, or continues those with append, which must exist. Line counts start at the lines that
+// Creates the files of the block, or continues those with append, which must exist, and takes the places in the circuit
+// that their columns show. Line counts start at the lines that
 // a file has, output times at out_tstart, Fourier sums at 0.
-void open_out_files(solve_class& slv);
+void open_out_files(solve_class& slv, const circuit& c);
 // Writes out and closes them. Halts with the name of a file that could not be written.
 void close_out_files(solve_class& slv);
 

@@ -12,7 +12,7 @@
 #include "base/list_file.h"
 #include "deck/deck_dumps.h"
 #include "elaborate/circuit_dumps.h"
-#include "library/composite/empty_library.h"
+#include "elaborate/read_circuit.h"
 #include "library/composite/library_dumps.h"
 #include "models/data_files.h"
 #include "output/fourier.h"
@@ -22,23 +22,6 @@
 #include "settings/directives.h"
 
 namespace {
-// Families whose elements this program does not have yet: their files must be there, without entries.
-void read_libraries(circuit& c, const constants_class& constants) {
-    auto pending = [](const char* file, const char* name) {
-        check_empty_library(std::string(".tnlaux/") + file, name);
-    };
-    c.lib.ebes = read_ebes(int_F, constants);
-    c.lib.gbes = read_gbes(int_F, constants);
-    c.lib.ebac = read_ebac(int_F, constants);
-    c.lib.gbac = read_gbac(int_F, constants);
-    for (const char* f : {"dbes", "xbes", "xbac"})
-        pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
-    c.lib.eels = read_eels(c.lib.ebes, c.lib.ebac);
-    c.lib.gels = read_gels(c.lib.gbes, c.lib.gbac);
-    for (const char* f : {"dels", "xels", "gmes"})
-        pending((std::string(f) + ".aux").c_str(), (std::string(f) + "_class").c_str());
-}
-
 void write_library_dumps(const output_flags& on, const libraries& lib) {
     const std::tuple<bool, const char*, const basic_library*> basic[] = {
         {on.ebes, "ebes", &lib.ebes}, {on.gbes, "gbes", &lib.gbes}, {on.ebac, "ebac", &lib.ebac},
@@ -187,7 +170,7 @@ void solve_block(run_state& r) {
         define_offs_solvec(r.mat, c, analysis_of(slv));
         define_method_type(slv, c.cct);
     }
-    open_out_files(slv);
+    open_out_files(slv, c);
     if (!slv.task.set_parm.empty()) r.flags.set_parm = 1;
     set_parm(slv, c);
     one_time_parms(r);
@@ -207,16 +190,14 @@ void solve_block(run_state& r) {
 void run_tarnel() {
     circuit c;
     c.cf = read_circuit_file(".tnlaux/cct.in", deck_line_limit("tmpdim.in"));
-    const constants_class constants;
     if (c.cf.output.input) write_input_dat(c.cf);
-    read_libraries(c, constants);
+    read_libraries(c.lib);
     write_library_dumps(c.cf.output, c.lib);
-    c.gprm = read_gprm(c.cf);
-    if (c.cf.output.glbl) write_glbl_dat(c.gprm);
+    read_circuit(c, {[&] {
+                         if (c.cf.output.glbl) write_glbl_dat(c.gprm);
+                     },
+                     [&] { write_model_dumps(c.cf.output, c); }});
     run_state r(c);
-    read_models_of_deck(c);
-    write_model_dumps(c.cf.output, c);
-    c.ov = read_ov(c.cf, c.gprm);
     read_lists(c.lib, r.flags);
     c.tmpdim = read_tmpdim("tmpdim.in");
     prepare_circuit(r);

@@ -75,7 +75,8 @@ constexpr method_word table[] = {
     // elimination
     {"matrix_sparse1", b_all, &s::matrix_sparse1, 1, b_solved, "the linear solver; anything but yes stops the run"},
     {"matrix_superlu", b_all, &s::matrix_superlu, 0, b_solved, "another one that there is not: yes stops the run"},
-    {"zero_piv", b_all, &s::zero_piv, 1e-40, b_solved, "a pivot of less makes the system singular and stops the run"},
+    {"zero_piv", b_all, &s::zero_piv, 1e-40, b_solved,
+     "a pivot of less in the replay of an elimination brings a new order; in that too, it stops the run"},
     {"gauss_epsln", b_all, &s::gauss_epsln, 1e-40, b_solved,
      "a pivot of less stops the run while the order of elimination is chosen"},
     {"debug_gauss_1", b_all, &s::debug_gauss_1, 0, b_solved, "prints the order of elimination as it is found"},

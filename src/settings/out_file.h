@@ -68,6 +68,8 @@ struct out_file {
     int n_lines = 0;                    // rows so far; an appended file starts at the lines it has
     double next_time = 0.0;             // s, with fixed_interval: the next row
     std::vector<double> value;          // [vars] of an analog file: the present row
+    std::vector<const double*> column;  // [vars] of an analog file: where each value stands; in `value` if computed
+    std::vector<std::size_t> computed;  // columns whose value stands nowhere
     std::vector<int> level;             // [vars] of a digital file
     double period_fourier = 0.0;        // s, out_tend - out_tstart
     std::vector<double> omega_fourier;  // [n_fourier] rad/s; empty unless fourier is on

@@ -137,10 +137,6 @@ out_var find_variable(const circuit& c, const block_text& block, std::string_vie
     return of_ov(c.ov, i, prefix, word);
 }
 
-bool is_small_signal(int kind) {
-    return kind == ov_nodev_ac || kind == ov_aux_ac || kind == ov_pwr_elec_ac || kind == ov_var_ac ||
-           kind == ov_cur_ac || kind == ov_xvar_ac;
-}
 bool is_postproc(int kind) { return kind == ov_postproc || kind == ov_postproc_ac; }
 
 // One column for each name of a domain but its reference.

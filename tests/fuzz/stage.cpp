@@ -11,10 +11,9 @@
 #include "base/halt.h"
 #include "base/signals.h"
 #include "targets.h"
+#include "tnl/common/halt.h"
 
 namespace {
-struct stopped {};
-
 std::string last_text;
 
 // Points between iterations and steps that a text may pass. A step that TR-BDF2 rejects at its smallest size is tried
@@ -65,14 +64,6 @@ const scratch_folder& scratch() {
 }
 }  // namespace
 
-void halt(std::initializer_list<std::string> lines) {
-    flush_all();
-    if (lines.size() == 0) std::abort();  // a stop without a text
-    last_text.clear();
-    for (const std::string& text : lines) last_text += text + '\n';
-    throw stopped{};
-}
-
 void note_signals() {}
 void heed_signals() {
     if (++n_points > most_points) halt({"fuzz: a long run. Halting..."});
@@ -86,7 +77,9 @@ bool runs_through(const std::function<void()>& f) {
     n_points = 0;
     try {
         f();
-    } catch (const stopped&) {
+    } catch (const cli::stop& stop) {
+        last_text = stop.what();
+        if (last_text.empty()) std::abort();
         done = false;
     }
     std::cout.rdbuf(console);

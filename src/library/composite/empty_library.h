@@ -2,5 +2,7 @@
 #pragma once
 #include <string>
 
-// The file must exist, and hold nothing but blank and comment lines: the family has no reader.
-void check_empty_library(const std::string& path, const std::string& class_name);
+#include "base/text_file.h"
+
+// The file must hold nothing but blank and comment lines: the family has no reader.
+void check_empty_library(text_file file, const std::string& class_name);

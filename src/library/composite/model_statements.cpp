@@ -49,6 +49,15 @@ void read_statement(const words& w, const gprm_class& gprm, const composite_libr
         halt({prefix + "some word has not been ticked.", line("   word: ", w[i]), "   Halting..."});
 }
 
+// What a statement left that could not be read.
+void drop_from(int n, model_class& models) {
+    models.name.resize(static_cast<std::size_t>(n));
+    models.i_lib.resize(static_cast<std::size_t>(n));
+    models.sprm.keep(n);
+    for (auto* table : {&models.iprm, &models.rprm_tie, &models.sv_tie, &models.ig_tie}) table->keep(n);
+    for (auto* table : {&models.rprm, &models.sv, &models.ig}) table->keep(n);
+}
+
 }  // namespace
 
 int model_class::find(std::string_view model, int i_lib_wanted) const {
@@ -63,7 +72,9 @@ model_class read_models(const circuit_file& cf, const gprm_class& gprm, const co
     for (int i = cf.n_begin_cct + 1; i < cf.n_end_cct; ++i) {
         if (!cf.text.begins(i, form.keyword)) continue;
         cf.mark(i);
-        read_statement(circuit_line(cf.text, i), gprm, lib, form, models);
+        const int n = models.n();
+        if (!reading(i, [&] { read_statement(circuit_line(cf.text, i), gprm, lib, form, models); }))
+            drop_from(n, models);
     }
     return models;
 }

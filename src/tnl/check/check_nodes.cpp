@@ -156,7 +156,10 @@ private:
     void build() {
         for (int i = 0; i < static_cast<int>(d_.elements.size()); ++i) {
             const std::string_view word = library_forms[element(i).library].statement;
-            if (element(i).is_placeholder) continue;
+            if (element(i).is_placeholder) {
+                if (element(i).type_name == "ground_dummy") ground_words_.insert(d_.value(element(i), "c"));
+                continue;
+            }
             if (element(i).type != nullptr)
                 add_known(i);
             else if (word == "eelement" || word == "gmelement")
@@ -204,10 +207,9 @@ private:
                             g_.find("0") >= 0 ? "add a line: refnode 0" : "add a line behind this one: refnode NODE");
         if (g_.reference >= 0) other_zeros();
         // Ground words are the reference under another name.
-        for (const deck_element& e : d_.elements)
-            if (e.is_placeholder && e.type_name == "ground_dummy" && g_.reference >= 0)
-                if (const int n = g_.find(d_.value(e, "c")); n >= 0)
-                    g_.branches.push_back({-1, g_.reference, n, branch_kind::conducting});
+        for (const std::string& word : ground_words_)
+            if (const int n = g_.find(word); n >= 0 && g_.reference >= 0)
+                g_.branches.push_back({-1, g_.reference, n, branch_kind::conducting});
     }
     // A node with a name for zero that is not the reference, as when decks are put together.
     void other_zeros() {
@@ -225,11 +227,7 @@ private:
                               "one name for both, or eelement name=... type=ground_dummy c=" + n.name);
         }
     }
-    bool is_ground_word(const std::string& node) const {
-        return std::any_of(d_.elements.begin(), d_.elements.end(), [&](const deck_element& e) {
-            return e.is_placeholder && e.type_name == "ground_dummy" && d_.value(e, "c") == node;
-        });
-    }
+    bool is_ground_word(const std::string& node) const { return ground_words_.count(node) > 0; }
 
     static bool is_near_size(const std::string& a, const std::string& b) {
         return std::max(a.size(), b.size()) - std::min(a.size(), b.size()) <= 1;
@@ -424,6 +422,7 @@ private:
     checked_deck& d_;
     deck_graph g_;
     std::set<int> unsure_, told_, sensed_;
+    std::set<std::string> ground_words_;  // nodes that are the reference under another name
 };
 
 }  // namespace

@@ -116,24 +116,6 @@ namespace {
 
 constexpr std::size_t widest = 100;  // characters of a line that are shown
 
-// Where the words of a physical line begin, with the separators of the deck's reader.
-std::vector<std::size_t> word_columns(std::string_view line, bool continued) {
-    std::vector<std::size_t> columns;
-    std::size_t at = 0;
-    if (continued) at = line.find('+') + 1;
-    for (;;) {
-        at = line.find_first_not_of(" \t=", at);
-        if (at == std::string_view::npos) return columns;
-        columns.push_back(at);
-        at = std::min(line.find_first_of(" \t=", at), line.size());
-    }
-}
-
-bool is_continuation(std::string_view line) {
-    const std::size_t a = line.find_first_not_of(" \t");
-    return a != std::string_view::npos && line[a] == '+';
-}
-
 std::string shown(std::string text) {
     for (char& c : text)
         if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
@@ -143,33 +125,10 @@ std::string shown(std::string text) {
 }  // namespace
 
 record_place place_in_files(const deck_view& deck, int i_statement, int i_word) {
-    const deck_source& source = deck.source;
-    const int first = deck.statements.physical[file_chr::at(i_statement)] - 1;
-    const auto line_at = [&](int i) -> const std::string& {
-        const deck_source::place& p = source.origin[file_chr::at(i)];
-        return source.files[file_chr::at(p.file)].lines[file_chr::at(p.line)];
-    };
-    int left = i_word, i_line = first;
-    std::size_t column = 0;
-    for (int i = first; i < static_cast<int>(source.origin.size()); ++i) {
-        const std::string& line = line_at(i);
-        const bool more = is_continuation(line);
-        if (i > first && !more) {
-            const std::size_t a = line.find_first_not_of(" \t");
-            if (a == std::string::npos || line[a] == '#') continue;  // comments may stand between
-            break;
-        }
-        const std::vector<std::size_t> columns = word_columns(without_comment(line), more);
-        if (i == first && !columns.empty()) column = columns[0];
-        if (left < static_cast<int>(columns.size())) {
-            i_line = i;
-            column = columns[file_chr::at(left)];
-            break;
-        }
-        left -= static_cast<int>(columns.size());
-    }
-    const deck_source::place& p = source.origin[file_chr::at(i_line)];
-    return {source.files[file_chr::at(p.file)].path, p.line + 1, static_cast<int>(column) + 1, line_at(i_line)};
+    const word_place at = deck.statements.where(i_statement, i_word);
+    const deck_source::place& p = deck.source.origin[file_chr::at(at.line)];
+    const deck_source::file& file = deck.source.files[file_chr::at(p.file)];
+    return {file.path, p.line + 1, at.column + 1, file.lines[file_chr::at(p.line)]};
 }
 
 std::string place_with_caret(const deck_view& deck, int i_statement, int i_word) {

@@ -55,7 +55,7 @@ std::vector<written_file> written_files(const deck_view& deck);
 std::string title_of(const deck_view& deck);  // the words behind title:
 
 // Where word i_word of a statement stands: file, line, column, and that line as the user wrote it. The statement's
-// first word for words that were joined from several lines and cannot be found.
+// first word for one that it has not.
 record_place place_in_files(const deck_view& deck, int i_statement, int i_word = 0);
 
 // "deck.in:12:15: " and the line, and below it a caret under the word. Control bytes are shown as '?', long lines cut.

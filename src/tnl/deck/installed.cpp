@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <set>
 #include <sstream>
 
 #include "tnl/common/near_words.h"
@@ -22,29 +21,27 @@ std::string text_of(const std::filesystem::path& path) {
 struct follow {
     const installed_libraries& libraries;
     deck_needs& needs;
-    std::set<entry_name> seen;
+    std::map<entry_name, std::vector<std::string>> text_words;  // of what was visited: its string parameters
 
     // False if no such entry is installed.
     bool visit(const entry_name& entry) {
         const installed_library& library = libraries.library[entry.library];
         const auto at = library.position.find(entry.name);
         if (at == library.position.end()) return false;
-        if (!seen.insert(entry).second) return true;
+        const auto [texts, is_new] = text_words.try_emplace(entry);
+        if (!is_new) return true;
         const entry_lines lines =
             lines_of(library.entries[static_cast<std::size_t>(at->second)], library_forms[entry.library]);
         if (!library_forms[entry.library].statement.empty())
             for (const entry_name& used : used_by(lines)) visit(used);
-        for (const name_and_value& parameter : pairs_of(lines, "sparms:"))
+        for (const name_and_value& parameter : pairs_of(lines, "sparms:")) {
+            texts->second.push_back(parameter.name);
             if (parameter.value != "none") needs.files.push_back(parameter.value);
+        }
         needs.entries[entry.library].push_back(at->second);
         return true;
     }
 };
-
-// The values of a statement's pairs from word first on: any of them may be a string parameter.
-void add_values(const deck_view& deck, int i, int first, std::vector<std::string>& values) {
-    for (int j = first + 1; j < deck.statements.n_words(i); j += 2) values.emplace_back(deck.statements.word(i, j));
-}
 
 }  // namespace
 
@@ -88,7 +85,7 @@ deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries)
     const statement_range circuit = circuit_range(deck);
     for (int i = 0; i < f.n_lines(); ++i) {
         const std::string_view word = f.n_words(i) > 0 ? f.word(i, 0) : std::string_view();
-        if (word == "gstring") add_values(deck, i, 1, needs.files);
+        for (int j = 2; j < f.n_words(i) && word == "gstring"; j += 2) needs.files.emplace_back(f.word(i, j));
         if (word == "initial_sol" && f.n_words(i) > 3 && f.word(i, 1) == "file") needs.files.emplace_back(f.word(i, 3));
         if (word == "filename" && f.n_words(i) > 1 && value_of(deck, i, "append", 2) == "yes")
             needs.files.emplace_back(f.word(i, 1));
@@ -100,7 +97,8 @@ deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries)
         if (type.empty() || (element >= 0 && is_placeholder(type))) continue;
         const int library = element >= 0 ? element : model;
         if (!walk.visit({library, type})) needs.unknown.push_back({i, library, type});
-        add_values(deck, i, 1, needs.files);
+        for (const std::string& key : walk.text_words[{library, type}])
+            if (const std::string value = value_of(deck, i, key); !value.empty()) needs.files.push_back(value);
     }
     return needs;
 }

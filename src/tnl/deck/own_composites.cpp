@@ -22,14 +22,10 @@ const composite_form* form_of(int library) {
 
 // Words of a physical line behind those that are there, each with its place.
 void add_line(std::string_view text, std::size_t from, const deck_source::place& p, own_line& line) {
-    for (;;) {
-        from = text.find_first_not_of(" \t=", from);
-        if (from == std::string_view::npos) return;
-        const std::size_t end = std::min(text.find_first_of(" \t=", from), text.size());
-        line.w.add(text.substr(from, end - from));
-        line.at.push_back({p.file, p.line, static_cast<int>(from)});
-        from = end;
-    }
+    for_each_word(text.substr(from), [&](std::string_view word) {
+        line.w.add(word);
+        line.at.push_back({p.file, p.line, static_cast<int>(word.data() - text.data())});
+    });
 }
 
 struct block_text {

@@ -172,7 +172,7 @@ struct sweep_run : dc_run {
     }
     // Rows written until the end, or until a stop.
     std::string rows() {
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         listen([&] {
             try {
                 run_dc_sweeps(r);

@@ -260,6 +260,33 @@ TEST(event_restart, a_sample_acts_at_its_time) {
     for (const char* rule : fixed_rules) expect_second_order(sampled(), rule);
 }
 
+TEST(event_restart, a_jump_shortly_before_a_sample_does_not_delay_it) {
+    const whole_run run(
+        deck_text{"gelement name=S1 type=srcac y=x a=1 f_hz=100\n"
+                  "gelement name=H1 type=sampler1 x=x y=u t_smp=1m\n"
+                  "gelement name=P1 type=step y=j y1=0 y2=1 t0=0.9995m dt1=0\noutvar: u=var_of_u\n",
+                  "u",
+                  {"solve_type trns\nmethod: trapezoidal=yes event_restart=yes t_end=1.95m "
+                   "delt_const=0.1m\n"}}
+            .str());
+    ASSERT_FALSE(run.stopped) << run.text;
+    EXPECT_NEAR(run.rows("out1.dat").back()[1], std::sin(2 * pi * 100 * 1e-3), 1e-5);
+}
+
+TEST(event_restart, a_second_run_samples_nothing_before_its_first_sample) {
+    const std::string trns = "method: trapezoidal=yes event_restart=yes delt_const=0.1m t_end=";
+    const whole_run run(
+        deck_text{"gelement name=S1 type=srcac y=x a=1 f_hz=100\n"
+                  "gelement name=H1 type=sampler1 x=x y=u t_smp=1m t0=0.5m\noutvar: u=var_of_u\n",
+                  "u",
+                  {"solve_type trns\n" + trns + "4.2m\n", "solve_type trns\ninitial_sol previous\n" + trns + "0.4m\n"}}
+            .str());
+    ASSERT_FALSE(run.stopped) << run.text;
+    const double last = run.rows("out1.dat").back()[1];
+    EXPECT_NEAR(last, std::sin(2 * pi * 100 * 3.5e-3), 1e-5);
+    EXPECT_NEAR(run.rows("out2.dat").back()[1], last, 1e-12);
+}
+
 TEST(event_restart, a_source_that_jumps_is_crossed_by_a_small_step) {
     for (const char* rule : fixed_rules) expect_second_order(jumping_source(), rule);
     expect_second_order(jumping_source(), "trbdf2", false);

@@ -200,6 +200,34 @@ TEST(row_file, leaves_whole_rows_on_a_disk_that_is_full) {
     EXPECT_TRUE(text.ends_with("\n" + row));
 }
 
+TEST(row_file, leaves_whole_rows_where_the_disk_is_full_between_two_writes_within_a_row) {
+    const temp_folder folder;
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const std::string row = " 1.000000e+00  1.000000e+00  1.000000e+00 \n";
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    // A write goes out when the next number has no room any more, seldom at the end of a row. A full disk at that byte
+    // takes nothing of the write behind it.
+    for (const rlim_t most : {rlim_t{65534}, rlim_t{65520}, rlim_t{131068}, rlim_t{65536}}) {
+        const rlimit small{most, limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        const console_run heard = run_and_listen([&] {
+            row_file file;
+            file.open("a.dat", false);
+            for (int n = 0; n < 100000; ++n) {
+                for (int k = 0; k < 3; ++k) file.put(1.0);
+                file.end_row();
+            }
+        });
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_TRUE(heard.stopped);
+        const std::string text = read_file("a.dat");
+        EXPECT_TRUE(text.ends_with("\n" + row)) << most << ": ..." << text.substr(text.size() - 40);
+        EXPECT_EQ(text.size() % row.size(), 0U) << most;
+    }
+    std::signal(SIGXFSZ, handler);
+}
+
 TEST(row_file, that_was_never_opened_closes_without_a_word) {
     row_file file;
     file.flush_now();

@@ -36,9 +36,22 @@ TEST(file_chr, makes_statements_of_lines_and_their_continuations) {
     for (const row& r : rows) EXPECT_EQ(statements(file_chr_of(r.text)), r.expected) << r.text;
 }
 
+TEST(file_chr, knows_line_and_column_of_each_word) {
+    const file_chr f = file_chr_of("  a =bc\n# x\n + d\te\nf\n");
+    const auto where = [&](int i, int j) { return std::pair(f.where(i, j).line, f.where(i, j).column); };
+    EXPECT_EQ(where(0, 0), std::pair(0, 2));
+    EXPECT_EQ(where(0, 1), std::pair(0, 5));
+    EXPECT_EQ(where(0, 2), std::pair(2, 3));
+    EXPECT_EQ(where(0, 3), std::pair(2, 5));
+    EXPECT_EQ(where(1, 0), std::pair(3, 0));
+    EXPECT_EQ(where(0, 4), where(0, 0)) << "a word that the statement has not";
+    EXPECT_EQ(where(1, -1), where(1, 0));
+}
+
 TEST(file_chr, remembers_where_a_statement_begins) {
     const file_chr f = file_chr_of("# x\na\n+ b\n\nc\n");
-    EXPECT_EQ(f.physical, (std::vector<int>{2, 5}));
+    EXPECT_EQ(f.where(0, 0).line, 1);
+    EXPECT_EQ(f.where(1, 0).line, 4);
     EXPECT_EQ(f.line_to_word, (std::vector<int>{0, 2, 3}));
     EXPECT_EQ(f.n_words(0), 2);
     EXPECT_TRUE(f.begins(1, "c"));

@@ -106,6 +106,7 @@ TEST(deck_line_limit, is_5000_unless_the_file_says_otherwise_and_faults_of_the_f
     EXPECT_EQ(limit("F_MNZ_W 4\n"), 5000);
     EXPECT_EQ(limit("# M_DECK_LINES 7\n  M_DECK_LINES = 6000\nF_MNZ_W 4\n"), 6000);
     EXPECT_EQ(limit("M_DECK_LINES 6000\nM_DECK_LINES 100\n"), 100);
+    EXPECT_EQ(limit("M_DECK_LINES\n\n# none\n+ 20000\nF_MNZ_W 4\n"), 20000);
     for (const std::string broken : {"M_DECK_LINES\n", "M_DECK_LINES many\n", "+ M_DECK_LINES\n", "M_DECK_LINES 7 8\n"})
         EXPECT_EQ(limit(broken), 5000) << broken;
 }

@@ -43,16 +43,17 @@ TEST_F(library_files, a_missing_file_halts_with_its_class_on_one_line) {
     eels_class eels;
     EXPECT_HALT(read_eels_file("no/eels.aux", lib, lib, eels),
                 "eels_class: file no/eels.aux does not exist. Halting...\n");
-    EXPECT_HALT(check_empty_library("no/gbes.aux", "gbes_class"),
+    EXPECT_HALT(check_empty_library(open_text_file("no/gbes.aux", "gbes_class"), "gbes_class"),
                 "gbes_class: file no/gbes.aux does not exist. Halting...\n");
 }
 
 TEST_F(library_files, a_family_without_a_reader_takes_an_empty_file_only) {
-    check_empty_library(file("gbes.aux", ""), "gbes_class");
-    check_empty_library(file("gbes.aux", "# nothing\n\n"), "gbes_class");
+    check_empty_library(open_text_file(file("gbes.aux", ""), "gbes_class"), "gbes_class");
+    check_empty_library(open_text_file(file("gbes.aux", "# nothing\n\n"), "gbes_class"), "gbes_class");
     const std::string full = file("gbes.aux", "gbe name=gain\n");
-    EXPECT_HALT(check_empty_library(full, "gbes_class"), "gbes_class: this program has no reader for entries of " +
-                                                             full + "\n  First word is: gbe\n  Halting...\n");
+    EXPECT_HALT(
+        check_empty_library(open_text_file(full, "gbes_class"), "gbes_class"),
+        "gbes_class: this program has no reader for entries of " + full + "\n  First word is: gbe\n  Halting...\n");
 }
 
 TEST_F(library_files, libraries_are_read_from_the_folder_tnlaux) {

@@ -198,6 +198,16 @@ TEST(sampler1, names_the_next_sample_and_a_whole_period_when_it_stands_on_one) {
     EXPECT_DOUBLE_EQ(u.next_break(1e9 + 0.1), 1e9 + 0.25);
 }
 
+TEST(sampler1, names_every_sample_ahead_where_events_are_heeded) {
+    block_unit u("sampler1");
+    u.r("t_smp") = 1e-3;
+    u.prepare();
+    u.flags.event_restart = 1;
+    EXPECT_DOUBLE_EQ(u.next_break(0.9995e-3), 1e-3) << "a point this near is no sample there";
+    EXPECT_DOUBLE_EQ(u.next_break(1e-3), 2e-3);
+    EXPECT_DOUBLE_EQ(u.next_break(1e-3 - 1e-13), 2e-3) << "the same but for rounding";
+}
+
 TEST(sampler1, does_not_drift_over_many_samples) {
     block_unit u("sampler1");
     u.r("t_smp") = 0.1;

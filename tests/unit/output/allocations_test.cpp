@@ -26,7 +26,7 @@ TEST(write_trns, allocates_nothing) {
         out_block("filename b.dat\n" + all + "control: fixed_interval=0.01\n") +
         out_block(
             "filename f.dat fourier=yes\nvariables: vout gw\ncontrol: n_fourier=9 out_tstart=0.1 out_tend=0.9\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     const long before = n_allocations;
     for (int i = 0; i <= 2000; ++i) write_trns(r.slv, r.c, rows_all, 1.0 / 2000 * i);
     EXPECT_EQ(n_allocations, before);

@@ -23,7 +23,7 @@ std::string fourier_file(const std::string& control, const std::string& variable
 // A block with one Fourier file, and the signal at these times as vout.
 block_run summed(const std::string& control, const std::vector<double>& times, const wave& x) {
     block_run r = with_blocks(trns_cards + fourier_file(control));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     for (double t : times) {
         vout(r.c) = x(t);
         write_trns(r.slv, r.c, rows_analog, t);
@@ -125,7 +125,7 @@ TEST(fourier, numbers_files_among_all_files_and_columns_from_0) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + out_block("filename a.dat\nvariables: vout\n") +
                               fourier_file("n_fourier=1", "vout gw"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     const double one_period[] = {0, 1, 0, -1, 0};
     for (int i = 0; i < 5; ++i) {
         vout(r.c) = one_period[i];
@@ -186,7 +186,7 @@ TEST(fourier, takes_the_new_value_behind_two_points_at_one_time) {
     const temp_folder folder;
     // A step from 0 to 1 in the middle: two rows at 0.5, old value and new.
     block_run r = with_blocks(trns_cards + fourier_file("n_fourier=0 out_tend=1"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     for (const auto& [t, x] : {std::pair{0.0, 0.0}, {0.5, 0.0}, {0.5, 1.0}, {1.0, 1.0}}) {
         vout(r.c) = x;
         write_trns(r.slv, r.c, rows_all, t);
@@ -198,7 +198,7 @@ TEST(fourier, starts_anew_when_the_files_of_a_block_are_opened) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + fourier_file("n_fourier=0 out_tend=1"));
     for (double level : {5.0, 7.0}) {
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         for (double t : {0.0, 0.3, 1.0, 1.2}) {
             vout(r.c) = level;
             write_trns(r.slv, r.c, rows_analog, t);
@@ -222,7 +222,7 @@ TEST(fourier, sums_of_random_points_equal_the_sums_over_the_polygon_in_the_span)
         out_file& f = r.slv.out.files[0];
         f.out_tstart = t1;
         f.out_tend = t2;
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         for (std::size_t i = 0; i < t.size(); ++i) {
             vout(r.c) = x[i];
             write_trns(r.slv, r.c, rows_analog, t[i]);

@@ -13,7 +13,7 @@ void fill(gbeu_class& u) {
     for (std::size_t k = 0; k < u.aux.size(); ++k) u.aux[k] = -1e3 * static_cast<double>(k);
 }
 void write_s_dat(block_run& r) {
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_solution(r.slv, r.c, r.flags);
     close_out_files(r.slv);
 }

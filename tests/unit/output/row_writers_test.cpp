@@ -33,7 +33,7 @@ block_run solved(const std::string& cards) {
 // All rows of file 0 after one point.
 std::string one_row(const std::string& variables, const std::string& more_cards = "") {
     block_run r = solved(dc + out_block("filename a.dat\nvariables: " + variables + "\n") + more_cards);
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_dc(r.slv, r.c, r.flags);
     close_out_files(r.slv);
     return read_file("a.dat");
@@ -63,7 +63,7 @@ TEST(write_dc, writes_each_swept_value_beside_its_row) {
     const temp_folder folder;
     block_run r =
         solved(dc + "vary_parm r_of_R2 type table 5 6\n" + out_block("filename a.dat\nvariables: r_of_R2 r2\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     for (int i = 0; i < r.slv.task.n_sweep; ++i) {
         vary_parm(r.slv, r.c, i);
         write_dc(r.slv, r.c, r.flags);
@@ -104,9 +104,9 @@ TEST(write_dc, refuses_phases_magnitudes_and_digital_kinds) {
     EXPECT_HALT(one_row("mag_of_vout"), not_mapped);
     EXPECT_HALT(one_row("vout phase_of_vout"), not_mapped);
     block_run r = solved(dc + out_block("filename a.dat\nvariables: vout\n"));
-    open_out_files(r.slv);
     for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_xvar}, int{ov_pwr_elec_ac}, int{ov_none}}) {
         r.slv.out.files[0].vars[0].kind = kind;
+        open_out_files(r.slv, r.c);
         EXPECT_HALT(write_dc(r.slv, r.c, r.flags), not_mapped);
     }
 }
@@ -135,7 +135,7 @@ TEST(limit_lines, lets_exactly_that_many_rows_pass) {
     const temp_folder folder;
     block_run r = solved(dc + out_block("filename a.dat\nvariables: vout\n") +
                          out_block("filename b.dat limit_lines=2\nvariables: vout\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_dc(r.slv, r.c, r.flags);
     write_dc(r.slv, r.c, r.flags);
     EXPECT_HALT(write_dc(r.slv, r.c, r.flags),
@@ -148,7 +148,7 @@ TEST(limit_lines, lets_exactly_that_many_rows_pass) {
 TEST(limit_lines, of_nothing_stops_at_the_first_row) {
     const temp_folder folder;
     block_run r = solved(dc + out_block("filename a.dat limit_lines=0\nvariables: vout\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     EXPECT_TRUE(run_and_listen([&] { write_dc(r.slv, r.c, r.flags); }).stopped);
 }
 
@@ -156,7 +156,7 @@ TEST(open_out_files, counts_the_lines_of_a_file_that_it_continues) {
     const temp_folder folder;
     write_file("a.dat", "1\n2\n3\n");
     block_run r = solved(dc + out_block("filename a.dat append=yes limit_lines=4\nvariables: vout\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     EXPECT_EQ(r.slv.out.files[0].n_lines, 3);
     write_dc(r.slv, r.c, r.flags);
     EXPECT_TRUE(run_and_listen([&] { write_dc(r.slv, r.c, r.flags); }).stopped);
@@ -166,14 +166,14 @@ TEST(open_out_files, counts_the_lines_of_a_file_that_it_continues) {
 TEST(open_out_files, halts_when_a_file_to_continue_is_missing) {
     const temp_folder folder;
     block_run r = solved(dc + out_block("filename none.dat append=yes\nvariables: vout\n"));
-    EXPECT_HALT(open_out_files(r.slv), "file_count_lines: file none.dat does not exist. Halting...\n");
+    EXPECT_HALT(open_out_files(r.slv, r.c), "file_count_lines: file none.dat does not exist. Halting...\n");
 }
 
 TEST(write_dc, leaves_files_of_other_contents_alone) {
     const temp_folder folder;
     block_run r = solved(dc + out_block("filename s.dat\nvariables: solution\n") +
                          out_block("filename p.dat limit_lines=0\nvariables: parms\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_dc(r.slv, r.c, r.flags);
     close_out_files(r.slv);
     EXPECT_EQ(read_file("s.dat") + read_file("p.dat"), "");

@@ -22,7 +22,7 @@ void fill_all(ebeu_class& u) {
     fill(u.locv, 5);
 }
 void write_s_dat(block_run& r) {
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_solution(r.slv, r.c, r.flags);
     close_out_files(r.slv);
 }
@@ -108,7 +108,7 @@ TEST(read_solution, halts_on_a_missing_a_short_and_a_spoilt_file) {
 TEST(write_solution, counts_one_line_a_call_under_its_own_name) {
     const temp_folder folder;
     block_run r = read_cards(cards);
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_solution(r.slv, r.c, r.flags);
     write_solution(r.slv, r.c, r.flags);
     EXPECT_HALT(write_solution(r.slv, r.c, r.flags),
@@ -118,7 +118,7 @@ TEST(write_solution, counts_one_line_a_call_under_its_own_name) {
 TEST(write_parms, lists_every_parameter_of_every_instance) {
     const temp_folder folder;
     block_run r = read_cards(cards);
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_parms(r.slv, r.c);
     close_out_files(r.slv);
     EXPECT_EQ(read_file("p.dat"),

@@ -38,7 +38,7 @@ std::vector<double> times_of(const std::string& path) {
 std::vector<double> rows_at(const std::string& control, const std::vector<double>& times) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat", control));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_points(r, times);
     close_out_files(r.slv);
     return times_of("a.dat");
@@ -50,7 +50,7 @@ const list tenths = {0, 0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1};
 TEST(write_trns, puts_the_time_before_the_values) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + out_block("filename a.dat\nvariables: gw vout mid rb\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     general(r.c, "w") = -3;
     vout(r.c) = 20.0 / 3.0;
     write_trns(r.slv, r.c, rows_analog, 0.0);
@@ -70,7 +70,7 @@ TEST(write_trns, reads_variables_auxiliaries_and_parameters_of_general_units) {
     for (int u = 0; u < 4; ++u) r.c.gbeu.val_vr[at(r.c.gbeu.vr.row(u)[0])] = 10 + u;
     r.c.gbeu.val_vr[at(r.c.gbeu.vr.row(3)[1])] = 14;
     for (int u = 0; u < 4; ++u) r.c.gbeu.aux[at(r.c.gbeu.first_aux[at(u)])] = 20 + u;
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_trns(r.slv, r.c, rows_analog, 0.5);
     close_out_files(r.slv);
     EXPECT_EQ(read_file("a.dat"),
@@ -87,7 +87,7 @@ TEST(write_trns, writes_general_variables_behind_the_nodes_in_a_file_of_all_node
     general(r.c, "u") = 3;
     general(r.c, "v") = 4;
     general(r.c, "w") = 5;
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_trns(r.slv, r.c, rows_analog, 1.0);
     close_out_files(r.slv);
     EXPECT_EQ(read_file("a.dat"),
@@ -108,7 +108,7 @@ TEST(write_trns, writes_every_point_of_the_span_and_both_its_ends) {
 TEST(write_trns, takes_the_last_point_within_the_time_tolerance_only) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat"));  // time_epsilon 1e-13
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_points(r, {1.0, 1.0 + 0.5e-13, 1.0 + 2e-13, 1.1});
     close_out_files(r.slv);
     EXPECT_EQ(times_of("a.dat").size(), 2u);
@@ -118,7 +118,7 @@ TEST(write_trns, leaves_a_file_without_points_in_its_span_empty) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("late.dat", "out_tstart=2 out_tend=3") +
                               vout_file("never.dat", "out_tstart=0.9 out_tend=0.1"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_points(r, tenths);
     close_out_files(r.slv);
     for (const char* path : {"late.dat", "never.dat"}) {
@@ -150,7 +150,7 @@ TEST(fixed_interval, starts_anew_when_the_files_of_a_block_are_opened) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat", "fixed_interval=0.25"));
     for (int run = 0; run < 2; ++run) {
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         write_points(r, tenths);
         close_out_files(r.slv);
         EXPECT_EQ(times_of("a.dat"), (list{0, 0.3, 0.6, 0.9}));
@@ -162,7 +162,7 @@ TEST(write_trns, counts_rows_and_not_points_against_limit_lines) {
     block_run r = with_blocks(trns_cards + vout_file("a.dat") +
                               vout_file("b.dat", "fixed_interval=0.25 out_tend=0.6", "limit_lines=3") +
                               vout_file("c.dat", "", "limit_lines=10"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_points(r, list(tenths.begin(), tenths.end() - 1));
     EXPECT_HALT(write_trns(r.slv, r.c, rows_analog, 1.0),
                 "write_trns: limit_lines is exceeded.\n  index_solve = 0, i_file = 2\n  Halting...\n");
@@ -173,7 +173,7 @@ TEST(write_trns, counts_rows_and_not_points_against_limit_lines) {
 TEST(write_trns, stops_a_transient_longer_than_the_default_limit) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     const auto points = [&](int n) {
         for (int i = 0; i < n; ++i) write_trns(r.slv, r.c, rows_analog, 1e-5 * i);
     };
@@ -186,7 +186,7 @@ TEST(write_trns, writes_two_rows_for_two_calls_at_one_time) { EXPECT_EQ(rows_at(
 TEST(write_trns, serves_the_data_types_that_the_mode_names) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_points(r, {0.1}, rows_digital);
     write_points(r, {0.2}, rows_all);
     write_points(r, {0.3}, rows_analog);
@@ -199,7 +199,7 @@ TEST(write_trns, asks_for_levels_in_digital_files_only) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + vout_file("a.dat"));
     r.slv.out.files[0].data_type = out_digital;
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_trns(r.slv, r.c, rows_analog, 0.1);
     const char* const text = "assign_ov_dgtl: check output variables (digital)\n   Halting...\n";
     EXPECT_HALT(write_trns(r.slv, r.c, rows_digital, 0.1), text);
@@ -230,14 +230,14 @@ TEST(write_trns, refuses_phases_magnitudes_and_kinds_that_an_analog_row_cannot_h
         "  mapped to any system variable.\n  Halting...\n";
     for (const char* variables : {"mag_of_vout", "vout phase_of_gw"}) {
         block_run r = with_blocks(trns_cards + out_block(line("filename a.dat\nvariables: ", variables, "\n")));
-        open_out_files(r.slv);
+        open_out_files(r.slv, r.c);
         EXPECT_HALT(write_trns(r.slv, r.c, rows_analog, 0.0), not_mapped);
     }
     block_run r = with_blocks(trns_cards + vout_file("a.dat") + vout_file("f.dat", "", "fourier=yes"));
-    open_out_files(r.slv);
     for (int i_file : {0, 1})
         for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_xvar}, int{ov_pwr_elec_ac}, int{ov_none}}) {
             r.slv.out.files[at(i_file)].vars[0].kind = kind;
+            open_out_files(r.slv, r.c);
             EXPECT_HALT(write_trns(r.slv, r.c, rows_analog, 0.0), not_mapped);
             r.slv.out.files[at(i_file)].vars[0].kind = ov_nodev;
         }
@@ -248,7 +248,7 @@ TEST(write_trns, leaves_files_of_other_contents_alone) {
     block_run r = with_blocks(trns_cards + out_block("filename s.dat\nvariables: solution\n") +
                               out_block("filename p.dat limit_lines=0\nvariables: parms\n") + vout_file("pp.dat"));
     r.slv.out.files[2].postproc = true;
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_points(r, tenths);
     close_out_files(r.slv);
     EXPECT_EQ(read_file("s.dat") + read_file("p.dat") + read_file("pp.dat"), "");
@@ -257,7 +257,7 @@ TEST(write_trns, leaves_files_of_other_contents_alone) {
 TEST(write_parms, lists_general_instances_behind_electrical_ones) {
     const temp_folder folder;
     block_run r = with_blocks(trns_cards + out_block("filename p.dat\nvariables: parms\n"));
-    open_out_files(r.slv);
+    open_out_files(r.slv, r.c);
     write_parms(r.slv, r.c);
     close_out_files(r.slv);
     const std::string text = read_file("p.dat");

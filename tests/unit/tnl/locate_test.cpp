@@ -79,8 +79,7 @@ const stop stops[] = {
 
 std::vector<int> lines_found(const char* said, const deck_view& deck) {
     std::vector<int> lines;
-    for (const int i : find_statements(said, deck, {}))
-        lines.push_back(deck.statements.physical[static_cast<std::size_t>(i)]);
+    for (const int i : find_statements(said, deck, {})) lines.push_back(deck.statements.where(i, 0).line + 1);
     return lines;
 }
 

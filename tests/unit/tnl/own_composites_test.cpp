@@ -190,12 +190,12 @@ TEST(check_composites, names_line_and_column_of_what_is_wrong) {
 
 TEST(check_composites, tells_what_only_the_reader_of_libraries_finds) {
     EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1k 2"), "d.in:2:1 refused");
-    EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1kk"), "d.in:2:1 refused");
+    EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1kk"), "d.in:4:11 refused");
     // Of two composites the one at fault alone is told, used or not.
     const std::string caller = "ece name=four\nmainnodes: a m b\ncallece divider a=a m=m b=b\nendece\n";
     std::string bad = divider;
     bad.replace(bad.find("1k"), 2, "1kk");
-    EXPECT_EQ(faults_of(deck_with(caller + bad, "")), "d.in:6:1 refused");
+    EXPECT_EQ(faults_of(deck_with(caller + bad, "")), "d.in:8:11 refused");
 }
 
 TEST(check_composites, knows_their_words_in_the_deck_and_the_loops_that_they_make) {

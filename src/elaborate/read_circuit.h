@@ -1,0 +1,22 @@
+// read_circuit.h -- from the sections of a deck and the texts of the libraries to a circuit that can be elaborated: the
+// one road for the simulator, the check of decks, tests and measurements.
+#pragma once
+#include <functional>
+#include <string>
+
+#include "base/text_file.h"
+#include "elaborate/circuit.h"
+
+// The text of a library by its path in a working folder, ".tnlaux/ebes.aux". who: for the message where it is not
+// there.
+using library_source = std::function<text_file(const std::string& path, const std::string& who)>;
+
+// All libraries, in the order in which their faults show. Families that have no reader must be empty.
+void read_libraries(libraries& lib, const library_source& source = open_text_file);
+
+// What is done when a step of read_circuit is: the simulator writes dumps of what there is.
+struct reading_steps {
+    std::function<void()> constants = {}, models = {};
+};
+// From c.cf and c.lib: constants, models and output variables of the deck. elaborate(c) needs the sizes c.tmpdim too.
+void read_circuit(circuit& c, const reading_steps& done = {});
