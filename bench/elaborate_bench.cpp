@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "analyses/run_state.h"
-#include "installed_circuit.h"
+#include "circuit_from_text.h"
 #include "measure.h"
 #include "run/driver.h"
 
@@ -36,7 +36,7 @@ void print_table() {
     const libraries& lib = installed_libraries();
     circuit c;
     const double read_ms = 1e-3 * median_us([&] { c.cf = circuit_file_of(file_chr_of(deck)); }, 9);
-    const double libraries_ms = 1e-3 * median_us([&] { read_libraries_of(TARNEL_SHARE); }, 9);
+    const double libraries_ms = 1e-3 * median_us([&] { libraries_of(installed_texts()); }, 9);
     const double statements_ms = 1e-3 * median_us([&] { c = circuit_of(deck, lib); }, 9) - read_ms;
     const auto elaborated = [&] {
         circuit fresh = circuit_of(deck, lib);
@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
         for (auto _ : state) benchmark::DoNotOptimize(circuit_file_of(file_chr_of(deck)).n_end_cf);
     })->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("elaborate/libraries", [](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(read_libraries_of(TARNEL_SHARE).ebes.n());
+        for (auto _ : state) benchmark::DoNotOptimize(libraries_of(installed_texts()).ebes.n());
     })->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("elaborate/circuit", [&](benchmark::State& state) {
         for (auto _ : state) {

@@ -4,11 +4,12 @@
 #include <cstdio>
 #include <sstream>
 
+#include "analyses/assembly.h"
 #include "analyses/convergence.h"
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
 #include "analyses/solution_vector.h"
-#include "installed_circuit.h"
+#include "circuit_from_text.h"
 #include "measure.h"
 #include "run/driver.h"
 
@@ -42,7 +43,7 @@ struct newton_case {
         read_block(r, 0);
         define_offs_solvec(r.mat, c, analysis::dc);
         define_method_type(r.slv, c.cct);
-        set_mat(r.mat, c, r.ebes1, r.gbes1);
+        set_mat(r.mat, c, r.ebe.jac, r.gbe.jac);
         r.flags.init_flags();
         start = r.mat.svec;
         limits.itmax = 500;
@@ -78,7 +79,7 @@ struct newton_case {
     void gather() { ebce_form_arrays(r); }
     void evaluate() {
         r.flags.dc = r.flags.function = r.flags.jacobian = 1;
-        for (int u = 0; u < c.ebeu.n(); ++u) get_ebe(r, u);
+        for (int u = 0; u < c.ebeu.n(); ++u) get_unit(r, r.ebe, u);
         r.flags.dc = r.flags.function = r.flags.jacobian = 0;
     }
     void form() { form_jac_rhs(r, false); }

@@ -14,6 +14,8 @@
 #include <iostream>
 #include <sstream>
 
+#include "working_folder.h"
+
 namespace fs = std::filesystem;
 
 [[noreturn]] void fail(const std::string& what) {
@@ -42,21 +44,8 @@ fs::path temporary_folder() {
 }
 
 fs::path installed_folder(const fs::path& base, const std::string& name, const std::string& deck) {
-    const fs::path folder = base / name, lib = folder / ".tnlaux";
-    fs::create_directories(lib);
-    for (const auto& entry : fs::directory_iterator(TARNEL_SHARE)) {
-        const std::string file = entry.path().filename().string();
-        if (file.ends_with(".aux") || file.ends_with(".lst"))
-            fs::copy_file(entry.path(), lib / file, fs::copy_options::overwrite_existing);
-    }
-    std::ostringstream sizes;
-    for (const char* word : {"M_ECT_ND_TMP", "M_GCT_VR_TMP", "M_DCT_ND_TMP", "M_XCT_VR_TMP", "MNZ_EBCE", "MNZ_GBCE",
-                             "MNZ_XBCE", "MNZ_EBCE_AC", "MNZ_GBCE_AC", "MNZ_XBCE_AC", "M_MATTTLOP2", "M_MATTTLOP3",
-                             "M_AVERAGE_MV_GBE", "M_RMS_MV_GBE", "M_AVERAGE_MV_XBE", "M_RMS_MV_XBE"})
-        sizes << word << " 10000000\n";
-    sizes << "F_MNZ_W 100\n";
-    write_file(folder / "tmpdim.in", sizes.str());
-    write_file(lib / "cct.in", deck);
+    const fs::path folder = base / name;
+    fill_working_folder(folder, deck);
     return folder;
 }
 

@@ -10,7 +10,7 @@
 #include "analyses/newton.h"
 #include "analyses/run_state.h"
 #include "analyses/solution_vector.h"
-#include "installed_circuit.h"
+#include "circuit_from_text.h"
 #include "run/driver.h"
 #include "sparse/pattern.h"
 
@@ -154,7 +154,7 @@ bench_case deck_case(const std::string& name) {
     read_block(r, 0);
     define_offs_solvec(r.mat, c, analysis::dc);
     define_method_type(r.slv, c.cct);
-    set_mat(r.mat, c, r.ebes1, r.gbes1);
+    set_mat(r.mat, c, r.ebe.jac, r.gbe.jac);
     r.flags.init_flags();
     dcmp_solvec(r);
     form_jac_rhs(r, false);

@@ -14,9 +14,7 @@
 #include <vector>
 
 #include "analyses/run_state.h"
-#include "installed_circuit.h"
-#include "library/composite/composite_form.h"
-#include "library/composite/composite_reader.h"
+#include "circuit_from_text.h"
 #include "process_run.h"
 #include "run/driver.h"
 
@@ -90,13 +88,10 @@ std::string strip_entry(const std::string& name, const std::string& last) {
 // The installed ones, the section and the strips.
 const libraries& all_libraries() {
     static const libraries lib = [] {
-        libraries l = installed_libraries();
-        text_file file =
-            text_file_of(read_file(fs::path(TARNEL_SHARE) / "eels.aux") + section_entry() + strip_entry("strip", "") +
-                         strip_entry("strip_d", "ebe type=diode name=d p=d6 n=g\n"));
-        l.eels = {};
-        read_composites(file, eels_form, l.ebes, l.ebac, l.eels);
-        return l;
+        library_texts texts = installed_texts();
+        texts.eels +=
+            section_entry() + strip_entry("strip", "") + strip_entry("strip_d", "ebe type=diode name=d p=d6 n=g\n");
+        return libraries_of(texts);
     }();
     return lib;
 }
@@ -183,10 +178,10 @@ measured run(const std::string& deck) {
     run_state r(c);
     prepare_circuit(r);
     read_block(r, 0);
-    solve_block(r);
+    run_block(r);
     read_block(r, 1);
     const double start = user_us();
-    solve_block(r);
+    run_block(r);
     measured m;
     m.us = user_us() - start;
     m.n_step = r.slv.now.iter_trns + 1;

@@ -1,101 +1,78 @@
-#include "analyses/run_state.h"
-
 #include <algorithm>
 
+#include "analyses/run_state.h"
+#include "base/at.h"
 #include "base/halt.h"
 #include "library/entry_counts.h"
+#include "models/registration.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-// Function of each template by name: an edited or re-ordered list never calls a wrong model.
-template <class F, class Find>
-std::vector<F> functions_of(const basic_library& lib, Find find) {
-    std::vector<F> function(at(lib.n()), nullptr);
-    for (int s = 0; s < lib.n(); ++s) function[at(s)] = find(lib.list.entry[s]);
-    return function;
-}
-
 // Looks once at every template in use: one without a model is told, one that is smaller than its model halts.
-template <class F, class Find>
-void check_templates(const library_form& form, const basic_library& lib, const std::vector<F>& function,
-                     const unit_core& unit, Find find_registration) {
-    std::vector<char> seen(at(lib.n()), 0);
-    for (int s : unit.i_lib) {
+template <class Rows>
+void check_templates(const unit_family<Rows>& f) {
+    std::vector<char> seen(at(f.lib.n()), 0);
+    for (int s : f.units.unit.i_lib) {
         if (seen[at(s)]) continue;
         seen[at(s)] = 1;
-        if (function[at(s)])
-            check_entry_counts(form, lib, s, find_registration(lib.list.entry[s])->counts);
-        else if (lib.func.n_func(s) > 0)
-            say(line("warning: no model function is registered for the element type ", lib.list.entry[s]));
+        const auto* model = find_registration<typename Rows::call>(f.lib.list.entry[s]);
+        if (model)
+            check_entry_counts(Rows::form, f.lib, s, model->counts);
+        else if (f.lib.func.n_func(s) > 0)
+            say(line("warning: no model function is registered for the element type ", f.lib.list.entry[s]));
     }
 }
 
-template <class Jac>
-void make_jac(const basic_library& lib, std::vector<Jac>& jac) {
-    jac.clear();
-    jac.resize(at(std::max(lib.n(), 1)));
-    for (int s = 0; s < lib.n(); ++s) jac[at(s)].initialise(lib, s);
+template <class Units, class T>
+const auto& member(const Units& units, T Units::*m) {
+    return units.*m;
+}
+template <class Units, class T>
+const auto& member(const Units& units, T unit_core::*m) {
+    return units.unit.*m;
 }
 
-// What the calls of both families have.
-template <class Call>
-void bind_parameters(Call& call, unit_core& unit, int k) {
-    call.iparm = unit.iprm.row(k);
-    call.sparm = unit.sprm.row(k);
-    call.rparm = unit.rprm.row(k);
-    call.stparm = unit.sv.row(k);
-    call.igparm = unit.ig.row(k);
+template <class Call, class Units, class... S>
+void bind(Call& call, Units& units, int u, const slice<S...>& s) {
+    call.*s.argument = (units.*s.values).data() + begins_of(member(units, s.first))[at(u)];
+}
+template <class Call, class Units, class... S>
+void bind(Call& call, Units& units, int u, const parameter_slice<S...>& s) {
+    call.*s.argument = (units.unit.*s.row).row(u);
+}
+
+template <class Rows>
+void bind_family(unit_family<Rows>& f) {
+    using call_type = typename Rows::call;
+    check_templates(f);
+    f.jac.clear();
+    f.jac.resize(at(std::max(f.lib.n(), 1)));
+    std::vector<model_function<call_type>> model;  // by name: an edited or re-ordered list never calls a wrong one
+    for (int s = 0; s < f.lib.n(); ++s) {
+        f.jac[at(s)].initialise(f.lib, s);
+        model.push_back(find_model<call_type>(f.lib.list.entry[s]));
+    }
+    f.call.assign(at(f.n()), call_type{});
+    for (int u = 0; u < f.n(); ++u) {
+        call_type& call = f.call[at(u)];
+        const auto bind_all = [&](const auto&... s) { (bind(call, f.units, u, s), ...); };
+        std::apply(bind_all, parameter_slices<call_type>);
+        std::apply(bind_all, Rows::slices);
+        call.jac = &f.jac[at(f.entry(u))];
+        call.function = model[at(f.entry(u))];
+    }
+}
+
+// Behind the functions of electrical units there is room for the totals of those with a derivative.
+void make_room_for_totals(run_state& r) {
+    int n_ddt = 0;
+    const function_table& t = r.ebe.lib.func;
+    for (int s : r.ebe.units.unit.i_lib)
+        for (int k = t.first_f[at(s)]; k < t.first_f[at(s) + 1]; ++k) n_ddt += t.flag_ddt[at(k)] != 0;
+    r.ebe.units.f.resize(at(r.ebe.units.unit.n_ttlf() + n_ddt));
 }
 }  // namespace
 
 void bind_models(run_state& r) {
-    ebeu_class& u = r.c.ebeu;
-    const auto e_functions = functions_of<ebe_function>(r.c.lib.ebes, find_ebe);
-    check_templates(ebes_form, r.c.lib.ebes, e_functions, u.unit, find_ebe_registration);
-    make_jac(r.c.lib.ebes, r.ebes1);
-    r.ebe.assign(at(u.n()), ebe_call{});
-    int n_ddt = 0;
-    for (int s : u.unit.i_lib)
-        for (int k = r.c.lib.ebes.func.first_f[at(s)]; k < r.c.lib.ebes.func.first_f[at(s) + 1]; ++k)
-            n_ddt += r.c.lib.ebes.func.flag_ddt[at(k)] != 0;
-    u.f.resize(at(u.unit.n_ttlf() + n_ddt));
-    for (int k = 0; k < u.n(); ++k) {
-        const int s = u.unit.i_lib[at(k)];
-        ebe_call& call = r.ebe[at(k)];
-        call.function = e_functions[at(s)];
-        bind_parameters(call, u.unit, k);
-        call.v = u.nodev.data() + u.nd.first[at(k)];
-        call.v_new = u.nodev_new.data() + u.nd.first[at(k)];
-        call.vind = u.vin.data() + u.in.first[at(k)];
-        call.curind = u.curind.data() + u.ib.first[at(k)];
-        call.aux = u.aux.data() + u.first_aux[at(k)];
-        call.aux_new = u.aux_new.data() + u.first_aux[at(k)];
-        call.vr = u.val_vr.data() + u.vr.first[at(k)];
-        call.xvr = u.val_xvr.data() + u.xvr.first[at(k)];
-        call.auxs = u.auxs.data() + u.first_auxs[at(k)];
-        call.auxs_new = u.auxs_new.data() + u.first_auxs[at(k)];
-        call.locv = u.locv.data() + u.first_locv[at(k)];
-        call.dvar = u.dvar.data() + u.dgtl.first[at(k)];
-        call.f = u.f.data() + u.unit.first_func[at(k)];
-        call.jac = &r.ebes1[at(s)];
-    }
-    gbeu_class& g = r.c.gbeu;
-    const auto g_functions = functions_of<gbe_function>(r.c.lib.gbes, find_gbe);
-    check_templates(gbes_form, r.c.lib.gbes, g_functions, g.unit, find_gbe_registration);
-    make_jac(r.c.lib.gbes, r.gbes1);
-    r.gbe.assign(at(g.n()), gbe_call{});
-    for (int k = 0; k < g.n(); ++k) {
-        const int s = g.unit.i_lib[at(k)];
-        gbe_call& call = r.gbe[at(k)];
-        call.function = g_functions[at(s)];
-        bind_parameters(call, g.unit, k);
-        call.vr = g.vr_in.data() + g.vr.first[at(k)];
-        call.vr_new = g.vr_in_new.data() + g.vr.first[at(k)];
-        call.xvr = g.val_xvr.data() + g.xvr.first[at(k)];
-        call.aux = g.aux.data() + g.first_aux[at(k)];
-        call.aux_new = g.aux_new.data() + g.first_aux[at(k)];
-        call.f = g.f.data() + g.unit.first_func[at(k)];
-        call.jac = &r.gbes1[at(s)];
-    }
+    make_room_for_totals(r);
+    for_families(r, [](auto& f) { bind_family(f); });
 }

@@ -4,12 +4,11 @@
 #include <iomanip>
 #include <iostream>
 
+#include "base/at.h"
 #include "base/halt.h"
 #include "base/numeric.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // Console numbers in scientific form with 4 digits while it lives.
 class scientific_4 {
 public:

@@ -1,5 +1,6 @@
 #include "analyses/dc.h"
 
+#include "analyses/accepted_point.h"
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
 #include "analyses/residual.h"
@@ -10,29 +11,14 @@
 #include "settings/directives.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // Guesses of the units go back to the node values and variables, in table order, so that the later unit wins; the
 // reference is never written.
-void gbe_init_guess(run_state& r) {
-    gbeu_class& g = r.c.gbeu;
-    for (int k = 0; k < g.n(); ++k) {
-        for (int s = g.vr.first[at(k)]; s < g.vr.first[at(k) + 1]; ++s) g.vr_in[at(s)] = g.val_vr[at(g.vr.data[at(s)])];
-        get_gbe(r, k);
-        if (r.c.lib.gbes.list.ig.count(g.unit.i_lib[at(k)]) == 0) continue;
-        for (int s = g.vr.first[at(k)]; s < g.vr.first[at(k) + 1]; ++s) g.val_vr[at(g.vr.data[at(s)])] = g.vr_in[at(s)];
-    }
-}
-
-void ebe_init_guess(run_state& r) {
-    ebeu_class& u = r.c.ebeu;
-    ebce_form_arrays(r);
-    for (int k = 0; k < u.n(); ++k) {
-        for (int s = u.nd.first[at(k)]; s < u.nd.first[at(k) + 1]; ++s) u.nodev[at(s)] = u.val_nd[at(u.nd.data[at(s)])];
-        get_ebe(r, k);
-        if (r.c.lib.ebes.list.ig.count(u.unit.i_lib[at(k)]) == 0) continue;
-        for (int s = u.nd.first[at(k)]; s < u.nd.first[at(k) + 1]; ++s)
-            if (u.nd.data[at(s)] != u.ref_nd) u.val_nd[at(u.nd.data[at(s)])] = u.nodev[at(s)];
+template <class Rows>
+void guess(run_state& r, const unit_family<Rows>& f) {
+    for (int u = 0; u < f.n(); ++u) {
+        gather_unit(f, u);
+        get_unit(r, f, u);
+        if (f.lib.list.ig.count(f.entry(u)) > 0) scatter_unit(f, u);
     }
 }
 
@@ -51,8 +37,9 @@ void init_guess(run_state& r) {
     clear_solvec(r);
     std::fill(r.c.ebeu.dvar.begin(), r.c.ebeu.dvar.end(), 2);
     r.flags.time_given = start_time(r);
-    gbe_init_guess(r);
-    ebe_init_guess(r);
+    guess(r, r.gbe);
+    ebce_form_arrays(r);
+    guess(r, r.ebe);
     r.flags.init_flags();
 }
 

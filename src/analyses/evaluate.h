@@ -1,44 +1,71 @@
-// evaluate.h -- gathers the arguments of units, calls their models, and adds what they give into the system.
+// evaluate.h -- gathers the arguments of units and calls their models.
 #pragma once
+#include <tuple>
+
 #include "analyses/run_state.h"
+#include "base/at.h"
 
 // Node values to terminals and sensed nodes, branch currents to sensed branches, general variables to their readers.
 void ebce_form_arrays(run_state& r);
 // General variables to the blocks' own copies.
 void gbce_form_arrays(run_state& r);
+void form_arrays(run_state& r);  // both
 
-// One assembly at the present values for the analysis of the system: rhs_m = F(x), in a transient without the
-// derivative terms of state rows; and unless only_function also val_m = dF/dx, with them. Makes the plan of a new
-// system.
-void form_jac_rhs(run_state& r, bool only_function);
+// Raises switches of flags_class while it lives.
+template <class... Switch>
+class raised {
+public:
+    explicit raised(Switch&... s) : switches_(s...) { set(1); }
+    ~raised() { set(0); }
+    raised(const raised&) = delete;
+    raised& operator=(const raised&) = delete;
 
-// Adds the derivative terms of state rows to rhs_m; only_function: under the trapezoidal rule without the row's old
-// function value.
-void add_trns_terms(run_state& r, bool only_function);
-// The factor of d/dx of the present method, 1/s.
-double method_constant(const solve_class& slv);
+private:
+    void set(int on) {
+        std::apply([on](auto&... s) { ((s = on), ...); }, switches_);
+    }
+    std::tuple<Switch&...> switches_;
+};
 
-// Calls every unit for its once-only parameters.
+// The units of some runs, for functions and, if with_derivatives, for derivatives.
+template <class Rows>
+void call_runs(run_state& r, const unit_family<Rows>& f, const std::vector<unit_run<typename Rows::call>>& runs,
+               bool with_derivatives) {
+    r.flags.jacobian = with_derivatives ? 1 : 0;
+    for (const auto& run : runs) {
+        if (run.function) {
+            run.function(run, with_derivatives, &r.flags, &r.dp, &r.math_cnst);
+            continue;
+        }
+        get_unit(r, f, run.unit);
+        if (with_derivatives) run.jac.fetch(run.jac.out);
+    }
+    r.flags.jacobian = 0;
+}
+// The held units of a transient.
+void call_held(run_state& r, bool with_derivatives);
+
+// What a unit sees of the unknowns that it shares with others, and back; the reference is never written.
+template <class Rows>
+void gather_unit(const unit_family<Rows>& f, int u) {
+    constexpr auto s = Rows::shared;
+    const row_table<int>& index = f.units.*s.index;
+    for (int k = index.first[at(u)]; k < index.first[at(u) + 1]; ++k)
+        (f.units.*s.copy)[at(k)] = (f.units.*s.value)[at(index.data[at(k)])];
+}
+template <class Rows>
+void scatter_unit(const unit_family<Rows>& f, int u, bool next_iterate = false) {
+    constexpr auto s = Rows::shared;
+    const row_table<int>& index = f.units.*s.index;
+    const std::vector<double>& from = f.units.*(next_iterate ? s.copy_new : s.copy);
+    std::vector<double>& to = f.units.*(next_iterate ? s.value_new : s.value);
+    const int ref = s.ref_of(f.units);
+    for (int k = index.first[at(u)]; k < index.first[at(u) + 1]; ++k)
+        if (index.data[at(k)] != ref) to[at(index.data[at(k)])] = from[at(k)];
+}
+
+// Every unit, with one switch on: for its once-only parameters; for the parameters that outputs read.
 void one_time_parms(run_state& r);
-// Calls the units that keep history, at an accepted point; the blocks that may restart.
-void save_history(run_state& r);
-void treat_reset(run_state& r);
-// Calls every unit for the parameters that outputs read; in a transient only those that some file shows.
 void ov_prm(run_state& r);
-void ov_prm_of_files(run_state& r);
-
-// Terminal currents and local variables at a solution.
-void find_ebe_cur_dc(run_state& r);
-void find_ebe_cur_startup(run_state& r);
-// The same in a transient. with_ddt: total values of functions with a derivative, and their currents; without: their
-// static values alone.
-void find_ebe_cur_trns(run_state& r, bool with_ddt);
-// Whether the currents of all units are found at each solution: for a file that may be written in the middle of the
-// run, and where a reset changes what units see behind the solution.
-bool keeps_all_currents(const run_state& r);
-// Currents of the units that the accepted points of a transient left out.
-void find_left_out_currents(run_state& r);
-// Currents of the others, if the accepted points did not need them; behind the last one, before it becomes the old one.
-void find_waiting_currents(run_state& r);
-// Function values of all blocks in a transient.
-void find_block_functions(run_state& r);
+// Of units of the runs, for local variables and such.
+void move_values(const value_moves& m, const double* from, double* to);

@@ -5,10 +5,9 @@
 #include <limits>
 
 #include "analyses/step_control.h"
+#include "base/at.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 constexpr int max_cuts = 60;  // of one step; halving alone needs 13 from delt_const to the default delt_min
 constexpr int max_small = 8;  // units in a chain, each answering to the one before
 constexpr int max_near =
@@ -33,16 +32,15 @@ event_control::event_control(const run_state& r) {
     event_ = error_test_;
     n_rests_ = error_test_ || (!slv.task.init_previous && !slv.task.init_file) ? rests() : 0;
     if (!sizes_) return;
-    const auto keep = [&](const unit_core& unit, int u, auto& call) {
-        add_history(call.rparm, unit.rprm.size(u), call.iparm, unit.iprm.size(u));
-        add_history(call.stparm, unit.sv.size(u), nullptr, 0);
-    };
-    for (int u = 0; u < r.c.ebeu.n(); ++u)
-        if (r.c.lib.ebes.flag.save_history[at(r.c.ebeu.unit.i_lib[at(u)])]) keep(r.c.ebeu.unit, u, r.ebe[at(u)]);
-    for (int u = 0; u < r.c.gbeu.n(); ++u) {
-        const std::size_t e = at(r.c.gbeu.unit.i_lib[at(u)]);
-        if (r.c.lib.gbes.flag.save_history[e] || r.c.lib.gbes.flag.allow_reset[e]) keep(r.c.gbeu.unit, u, r.gbe[at(u)]);
-    }
+    for_families(r, [&](const auto& f) {
+        const unit_core& unit = f.units.unit;
+        for (int u = 0; u < f.n(); ++u) {
+            if (!f.has(&entry_flags::save_history, u) && !f.has(&entry_flags::allow_reset, u)) continue;
+            const auto& call = f.call[at(u)];
+            add_history(call.rparm, unit.rprm.size(u), call.iparm, unit.iprm.size(u));
+            add_history(call.stparm, unit.sv.size(u), nullptr, 0);
+        }
+    });
 }
 
 void event_control::add_history(double* real, int n_real, int* whole, int n_whole) {

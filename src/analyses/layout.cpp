@@ -1,30 +1,12 @@
 #include <climits>
 
 #include "analyses/layout_dumps.h"
-#include "analyses/mat_class.h"
+#include "analyses/slices.h"
+#include "base/at.h"
 #include "base/halt.h"
 #include "sparse/pattern.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-// What a function of an electrical template is in an analysis: a part of a node's row, a row of its own, or nothing.
-struct function_part {
-    enum { none, node_row, own_row } row = none;
-    int terminal = -1;  // node_row: whose node
-};
-
-function_part part_of(const function_table& t, int k, int j, analysis kind) {
-    if (kind == analysis::startup) {
-        if (t.startup_kcl[at(k)]) return {function_part::node_row, t.startup_kcl_row[at(k)]};
-        if (t.startup_gnrl[at(k)]) return {function_part::own_row, -1};
-        return {};
-    }
-    if (t.flag_kcl[at(k)]) return {function_part::node_row, j};
-    if (t.flag_gnrl[at(k)]) return {function_part::own_row, -1};
-    return {};
-}
-
 // The first word of its (function, variable) cell. A variable that stands twice on a line is added once.
 bool first_of_cell(const function_table& t, int k, int term) {
     for (int d = t.first_fvar[at(k)]; d < term; ++d)
@@ -32,57 +14,54 @@ bool first_of_cell(const function_table& t, int k, int term) {
     return true;
 }
 
+bool has_own_row(const function_table& t, int k, analysis kind) {
+    return (kind == analysis::startup ? t.startup_gnrl : t.flag_gnrl)[at(k)] != 0;
+}
+
 int own_rows(const circuit& c, analysis kind) {
     const function_table& t = c.lib.ebes.func;
     int n = 0;
     for (int s : c.ebeu.unit.i_lib)
-        for (int j = 0; j < t.n_func(s); ++j)
-            n += part_of(t, t.first_f[at(s)] + j, j, kind).row == function_part::own_row;
+        for (int j = 0; j < t.n_func(s); ++j) n += has_own_row(t, t.first_f[at(s)] + j, kind);
     return n;
 }
+
+// A unit whose functions are laid: what its family has for it. jac is null where slots are only counted.
+struct laid_unit {
+    int u;
+    const function_table& t;
+    const unit_core& unit;
+    slot_table& slots;
+    decltype(&column_of_term) column;
+    const jac_tables<double>* jac;
+
+    int n_func() const { return t.n_func(unit.i_lib[at(u)]); }
+    int first_k() const { return t.first_f[at(unit.i_lib[at(u)])]; }
+    int flat(int j) const { return unit.first_func[at(u)] + j; }
+};
 
 // Builds the system; also run once without slots, to count.
 class layout {
 public:
-    layout(mat_class& mat, const circuit& c) : mat_(mat), c_(c), te_(c.lib.ebes.func), tg_(c.lib.gbes.func) {}
+    layout(mat_class& mat, const circuit& c) : mat_(mat), c_(c) {}
 
-    void lay_electrical(const std::vector<ebes1_class>* ebes1) {
+    void lay_electrical(const std::vector<ebes1_class>* jac) {
         mat_.ebce_row_of_node.assign(at(c_.ebeu.n_nd), -1);
         mat_.ebce_row_of_func.assign(at(c_.ebeu.unit.n_ttlf()), -1);
         mat_.nrow_ebce = (c_.ebeu.n() > 0 ? c_.ebeu.n_nd - 1 : 0) + own_rows(c_, mat_.kind);
-        for (int u = 0; u < c_.ebeu.n(); ++u) {
-            const int s = c_.ebeu.unit.i_lib[at(u)];
-            const ebes1_class* jac = ebes1 ? &(*ebes1)[at(s)] : nullptr;
-            for (int j = 0; j < te_.n_func(s); ++j) lay_function(u, te_.first_f[at(s)], j, jac);
-            close_unit(mat_.ebe);
+        for_units<electrical_family>(c_.ebeu.unit, c_.lib.ebes, jac, [this](const laid_unit& w) {
+            for (int j = 0; j < w.n_func(); ++j) lay_function(w, j);
             mat_.kcl_ddt.first.push_back(mat_.kcl_ddt.n());
             mat_.first_locv.push_back(static_cast<int>(mat_.locv.from.size()));
-        }
+        });
     }
 
-    void lay_blocks(const std::vector<gbes1_class>* gbes1) {
-        int row = mat_.nrow_ebce;
-        for (int u = 0; u < c_.gbeu.n(); ++u) {
-            const int s = c_.gbeu.unit.i_lib[at(u)];
-            for (int j = 0; j < tg_.n_func(s); ++j, ++row) {
-                const int k = tg_.first_f[at(s)] + j;
-                for (int d = tg_.first_fvar[at(k)]; d < tg_.first_fvar[at(k) + 1]; ++d) {
-                    if (!first_of_cell(tg_, k, d)) continue;
-                    const int kind = tg_.var_flag[at(d)], index = tg_.var_number[at(d)];
-                    const int slot = pattern_.add(row, column_of_block_term(mat_, c_, u, kind, index));
-                    if (gbes1) add_jac(mat_.gbe, slot, (*gbes1)[at(s)].offset(kind, j, index), 0);
-                }
-                mat_.gbe.to_own.push_back(row);
-                mat_.gbe.from_own.push_back(c_.gbeu.unit.first_func[at(u)] + j);
-                if (mat_.kind == analysis::trns && tg_.flag_ddt[at(k)]) {
-                    const int col =
-                        column_of_block_term(mat_, c_, u, tg_.ddt_var_flag[at(k)], tg_.ddt_var_number[at(k)]);
-                    add_state(row, col, c_.gbeu.unit.first_func[at(u)] + j, true);
-                }
-            }
-            close_unit(mat_.gbe);
-        }
-        n_row_ = row;
+    void lay_blocks(const std::vector<gbes1_class>* jac) {
+        row_next_ = mat_.nrow_ebce;
+        for_units<general_family>(c_.gbeu.unit, c_.lib.gbes, jac, [this](const laid_unit& w) {
+            for (int j = 0; j < w.n_func(); ++j) lay_own_row(w, j, row_next_++, true);
+        });
+        n_row_ = row_next_;
     }
 
     int nnz() const { return pattern_.nnz(); }
@@ -90,84 +69,86 @@ public:
     knuth<double> finish() const { return pattern_.finish<double>(n_row_, mat_.n_svec); }
 
 private:
-    void lay_function(int u, int first_k, int j, const ebes1_class* jac) {
-        const int k = first_k + j, flat_f = c_.ebeu.unit.first_func[at(u)] + j;
-        if (te_.flag_locvar[at(k)]) {
-            mat_.locv.from.push_back(flat_f);
-            mat_.locv.to.push_back(c_.ebeu.first_locv[at(u)] + te_.i_locvar[at(k)]);
+    template <class Family, class F>
+    void for_units(const unit_core& unit, const basic_library& lib, const std::vector<typename Family::jac>* jac, F f) {
+        slot_table& slots = mat_.*Family::slots;
+        for (int u = 0; u < unit.n; ++u) {
+            f(laid_unit{u, lib.func, unit, slots, Family::column, jac ? &(*jac)[at(unit.i_lib[at(u)])] : nullptr});
+            slots.first_jac.push_back(static_cast<int>(slots.to_val.size()));
         }
-        const function_part part = part_of(te_, k, j, mat_.kind);
-        if (part.row == function_part::none) return;
-        const bool with_ddt = mat_.kind == analysis::trns && te_.flag_ddt[at(k)];
+    }
+
+    // A function of an electrical unit: a part of a node's row, a row of its own, or nothing.
+    void lay_function(const laid_unit& w, int j) {
+        const int k = w.first_k() + j;
+        if (w.t.flag_locvar[at(k)]) {
+            mat_.locv.from.push_back(w.flat(j));
+            mat_.locv.to.push_back(c_.ebeu.first_locv[at(w.u)] + w.t.i_locvar[at(k)]);
+        }
+        int& row = mat_.ebce_row_of_func[at(w.flat(j))];
+        if (const int terminal = terminal_of_function(w.t, k, j, mat_.kind); terminal >= 0)
+            row = lay_node_row(w, j, terminal);
+        else if (has_own_row(w.t, k, mat_.kind))
+            lay_own_row(w, j, row = row_next_++, false);
+    }
+
+    // Gives the row; -1: that of the reference node.
+    int lay_node_row(const laid_unit& w, int j, int terminal) {
+        const int k = w.first_k() + j, node = c_.ebeu.nd.row(w.u)[terminal];
         int row = -1;
-        if (part.row == function_part::own_row) {
-            row = row_next_++;
-        } else {
-            const int node = c_.ebeu.nd.row(u)[part.terminal];
-            if (node != c_.ebeu.ref_nd) {
-                if (mat_.ebce_row_of_node[at(node)] < 0) mat_.ebce_row_of_node[at(node)] = row_next_++;
-                row = mat_.ebce_row_of_node[at(node)];
-            }
+        if (node != c_.ebeu.ref_nd) {
+            if (mat_.ebce_row_of_node[at(node)] < 0) mat_.ebce_row_of_node[at(node)] = row_next_++;
+            row = mat_.ebce_row_of_node[at(node)];
         }
-        mat_.ebce_row_of_func[at(flat_f)] = row;
         int derivative = -1;
-        if (with_ddt && part.row == function_part::node_row) {
+        if (mat_.kind == analysis::trns && w.t.flag_ddt[at(k)]) {
             derivative = mat_.kcl_ddt.n();
-            mat_.kcl_ddt.f.push_back(flat_f);
-            mat_.kcl_ddt.z.push_back(c_.ebeu.first_locv[at(u)] + te_.ddt_var_number[at(k)]);
-            mat_.kcl_ddt.terminal.push_back(c_.ebeu.nd.first[at(u)] + j);
+            mat_.kcl_ddt.f.push_back(w.flat(j));
+            mat_.kcl_ddt.z.push_back(c_.ebeu.first_locv[at(w.u)] + w.t.ddt_var_number[at(k)]);
+            mat_.kcl_ddt.terminal.push_back(c_.ebeu.nd.first[at(w.u)] + j);
             mat_.kcl_ddt.row.push_back(row);
         }
-        if (row < 0) return;
-        lay_terms(u, k, j, row, 0, jac);
-        if (derivative >= 0) {
-            // The row also depends on what its local variable depends on, times the constant of the method.
-            const int defining = te_.kcl_locvar_func[at(k)];
-            lay_terms(u, first_k + defining, defining, row, 1, jac);
-        }
-        if (part.row == function_part::node_row) {
-            mat_.ebe.to_row.push_back(row);
-            mat_.ebe.from_f.push_back(flat_f);
-            mat_.ebe.ddt.push_back(derivative);
-        } else {
-            mat_.ebe.to_own.push_back(row);
-            mat_.ebe.from_own.push_back(flat_f);
-            if (with_ddt)
-                add_state(row, column_of_term(mat_, c_, u, te_.ddt_var_flag[at(k)], te_.ddt_var_number[at(k)]), flat_f,
-                          false);
-        }
+        if (row < 0) return row;
+        lay_terms(w, j, row, 0);
+        // The row also depends on what its local variable depends on, times the constant of the method.
+        if (derivative >= 0) lay_terms(w, w.t.kcl_locvar_func[at(k)], row, 1);
+        w.slots.to_row.push_back(row);
+        w.slots.from_f.push_back(w.flat(j));
+        w.slots.ddt.push_back(derivative);
+        return row;
     }
 
-    void lay_terms(int u, int k, int j, int row, std::uint8_t scale, const ebes1_class* jac) {
-        for (int d = te_.first_fvar[at(k)]; d < te_.first_fvar[at(k) + 1]; ++d) {
-            if (!first_of_cell(te_, k, d)) continue;
-            const int kind = te_.var_flag[at(d)], index = te_.var_number[at(d)];
-            const int col = column_of_term(mat_, c_, u, kind, index);
-            if (col < 0) continue;
-            const int slot = pattern_.add(row, col);
-            if (jac) add_jac(mat_.ebe, slot, jac->offset(kind, j, index), scale);
-        }
-    }
-
-    static void add_jac(slot_table& t, int slot, int from, std::uint8_t scale) {
-        t.to_val.push_back(slot);
-        t.from_jac.push_back(from);
-        t.scale.push_back(scale);
-    }
-
-    void add_state(int row, int col, int flat_f, bool is_block) {
+    void lay_own_row(const laid_unit& w, int j, int row, bool is_block) {
+        const int k = w.first_k() + j;
+        lay_terms(w, j, row, 0);
+        w.slots.to_own.push_back(row);
+        w.slots.from_own.push_back(w.flat(j));
+        if (mat_.kind != analysis::trns || !w.t.flag_ddt[at(k)]) return;
+        const int col = w.column(mat_, c_, w.u, w.t.ddt_var_flag[at(k)], w.t.ddt_var_number[at(k)]);
         mat_.state.row.push_back(row);
         mat_.state.col.push_back(col);
         mat_.state.slot.push_back(col < 0 ? -1 : pattern_.add(row, col));
-        mat_.state.f.push_back(flat_f);
+        mat_.state.f.push_back(w.flat(j));
         mat_.state.is_block.push_back(is_block ? 1 : 0);
     }
 
-    static void close_unit(slot_table& t) { t.first_jac.push_back(static_cast<int>(t.to_val.size())); }
+    void lay_terms(const laid_unit& w, int j, int row, std::uint8_t scale) {
+        const int k = w.first_k() + j;
+        for (int d = w.t.first_fvar[at(k)]; d < w.t.first_fvar[at(k) + 1]; ++d) {
+            if (!first_of_cell(w.t, k, d)) continue;
+            const int kind = w.t.var_flag[at(d)], index = w.t.var_number[at(d)];
+            const int col = w.column(mat_, c_, w.u, kind, index);
+            if (col < 0) continue;
+            const int slot = pattern_.add(row, col);
+            if (!w.jac) continue;
+            w.slots.to_val.push_back(slot);
+            w.slots.from_jac.push_back(w.jac->offset(kind, j, index));
+            w.slots.scale.push_back(scale);
+        }
+    }
 
     mat_class& mat_;
     const circuit& c_;
-    const function_table &te_, &tg_;
     pattern_builder pattern_;
     int row_next_ = 0, n_row_ = 0;
 };
@@ -195,7 +176,6 @@ int limited_product(int a, int b) {
     const long long p = static_cast<long long>(a) * b;
     return p > INT_MAX ? INT_MAX : p < 0 ? 0 : static_cast<int>(p);
 }
-
 }  // namespace
 
 void allocate_system(mat_class& mat, const circuit& c) {

@@ -2,11 +2,10 @@
 
 #include <fstream>
 
+#include "base/at.h"
 #include "sparse/knuth_write.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // One line a term; row and col of function j of unit u come from the caller.
 template <class Row, class Col>
 void write_terms(std::ostream& out, const function_table& t, int s, const Row& row, const Col& col) {

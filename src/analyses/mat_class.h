@@ -96,6 +96,10 @@ void allocate_system(mat_class& mat, const circuit& c);
 void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& ebes1,
              const std::vector<gbes1_class>& gbes1);
 
+// Terminal on whose node's row function j of a template stands in an analysis; k: its place in the table. -1: it has a
+// row of its own, or none.
+int terminal_of_function(const function_table& t, int k, int j, analysis kind);
+
 // Column of a term of electrical unit u: kind and index within the unit's list. -1: the reference node, or a kind that
 // is no unknown of this analysis.
 int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int index);

@@ -5,9 +5,12 @@
 #include <fstream>
 #include <limits>
 
+#include "analyses/accepted_point.h"
+#include "analyses/assembly.h"
 #include "analyses/convergence.h"
-#include "analyses/evaluate.h"
+#include "analyses/integration.h"
 #include "analyses/solution_vector.h"
+#include "base/at.h"
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "base/signals.h"
@@ -15,8 +18,6 @@
 #include "sparse/knuth_write.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // The system as it stands before a solve, under names that tell the analysis.
 void write_system(const run_state& r, const std::string& tail) {
     knuth<double> m = r.mat.m;
@@ -98,7 +99,7 @@ bool line_search(run_state& r, std::string_view who) {
 
 bool first_point(const solve_class& slv) { return slv.now.i_sync <= 0 && slv.now.i_sweep <= 0; }
 
-newton_limits block_limits(run_state& r, std::string_view who, std::string_view tail) {
+newton_limits newton_limits_of(run_state& r, std::string_view who, std::string_view tail) {
     get_dmp(r.slv);
     newton_limits limits;
     limits.itmax = r.slv.now.itmax_newton;
@@ -193,8 +194,8 @@ void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who,
 
 void solve_newton_dc(run_state& r) {
     const bool startup = r.mat.kind == analysis::startup;
-    newton_limits limits = startup ? block_limits(r, "solve_newton_startup", "startup_newt")
-                                   : block_limits(r, "solve_newton_dc", "dc_newt");
+    newton_limits limits = startup ? newton_limits_of(r, "solve_newton_startup", "startup_newt")
+                                   : newton_limits_of(r, "solve_newton_dc", "dc_newt");
     limits.fix_order = first_point(r.slv);
     newton(r, limits);
     if (r.slv.now.l_converged && r.c.cct.flag_save_history) save_history(r);

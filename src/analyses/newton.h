@@ -19,7 +19,7 @@ struct newton_limits {
 };
 
 // Damping, iteration limit and line search that the block chose for its next solve.
-newton_limits block_limits(run_state& r, std::string_view who, std::string_view tail);
+newton_limits newton_limits_of(run_state& r, std::string_view who, std::string_view tail);
 newton_limits gmin_limits(const solve_class& slv, std::string_view who);
 
 // Solves F(x) = 0 from the present svec. l_converged tells the result; the caller decides what a failure means, and

@@ -2,99 +2,79 @@
 
 #include <algorithm>
 
+#include "models/registration.h"
+
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
+// ---- runs ----
 
-// ---- runs
-// ------------------------------------------------------------------------------------------------------------
-
-ebe_steps steps(const ebe_run& run, int u, const ebe_call& b) {
-    const ebe_call& a = run.first;
-    return {u - run.unit,
-            b.iparm - a.iparm,
-            b.sparm - a.sparm,
-            b.rparm - a.rparm,
-            b.stparm - a.stparm,
-            b.igparm - a.igparm,
-            b.v - a.v,
-            b.vind - a.vind,
-            b.curind - a.curind,
-            b.aux - a.aux,
-            b.vr - a.vr,
-            b.xvr - a.xvr,
-            b.auxs - a.auxs,
-            b.locv - a.locv,
-            b.v_new - a.v_new,
-            b.aux_new - a.aux_new,
-            b.auxs_new - a.auxs_new,
-            b.dvar - a.dvar,
-            b.f - a.f};
-}
-gbe_steps steps(const gbe_run& run, int u, const gbe_call& b) {
-    const gbe_call& a = run.first;
-    return {u - run.unit,        b.iparm - a.iparm,   b.sparm - a.sparm,     b.rparm - a.rparm,
-            b.stparm - a.stparm, b.igparm - a.igparm, b.vr - a.vr,           b.xvr - a.xvr,
-            b.aux - a.aux,       b.vr_new - a.vr_new, b.aux_new - a.aux_new, b.f - a.f};
+// Whether a unit goes on with a run: then its steps are those from the last unit to this one.
+template <class Rows>
+bool joins(const unit_family<Rows>& f, unit_run<typename Rows::call>& run, int u) {
+    const auto& call = f.call[at(u)];
+    if (!run.function || call.function != run.first.function || f.entry(u) != f.entry(run.unit)) return false;
+    const int last = run.unit_at(run.n - 1);
+    const run_steps<typename Rows::call> step{u - last, Rows::call::arguments::between(f.call[at(last)], call)};
+    if (run.n > 1 && step != run.step) return false;
+    run.step = step;
+    ++run.n;
+    return true;
 }
 
-// Units of one family as runs, in the given order.
-template <class Run, class Call>
-class run_maker {
-public:
-    run_maker(const std::vector<Call>& calls, const unit_core& unit) : calls_(calls), unit_(unit) {}
-
-    // Without the template's own function of runs, as for a model that was put in its place, units are called singly.
-    template <class Find>
-    std::vector<Run> make(const std::vector<int>& units, const basic_library& lib, Find find) {
-        std::vector<Run> runs;
-        int template_before = -1;
-        for (const int u : units) {
-            const Call& call = calls_[at(u)];
-            const int s = unit_.i_lib[at(u)];
-            if (runs.empty() || s != template_before || !joins(runs.back(), u, call)) {
-                Run run;
-                const auto* row = call.function ? find(lib.list.entry[s]) : nullptr;
-                if (row && row->function == call.function) run.function = row->run;
-                run.unit = u;
-                run.n = 1;
-                run.first = call;
-                runs.push_back(run);
-            }
-            template_before = s;
-        }
-        return runs;
+// Units as runs, in the given order. Without the template's own function of runs, as for a model that was put in its
+// place, units are called singly.
+template <class Rows>
+std::vector<unit_run<typename Rows::call>> make_runs(const unit_family<Rows>& f, const std::vector<int>& units) {
+    std::vector<unit_run<typename Rows::call>> runs;
+    for (const int u : units) {
+        if (!runs.empty() && joins(f, runs.back(), u)) continue;
+        unit_run<typename Rows::call> run;
+        run.first = f.call[at(u)];
+        const auto* model = find_registration<typename Rows::call>(f.lib.list.entry[f.entry(u)]);
+        if (run.first.function && model && model->function == run.first.function) run.function = model->run;
+        run.unit = u;
+        run.n = 1;
+        runs.push_back(run);
     }
+    return runs;
+}
 
-private:
-    bool joins(Run& run, int u, const Call& call) const {
-        if (!run.function || call.function != run.first.function) return false;
-        const int last = run.unit + static_cast<int>(run.step.unit) * (run.n - 1);
-        Run from_last = run;
-        from_last.unit = last;
-        from_last.first = calls_[at(last)];
-        const auto step = steps(from_last, u, call);
-        if (run.n > 1 && step != run.step) return false;
-        run.step = step;
-        ++run.n;
-        return true;
+// Units by the part of a transient that calls them.
+enum call_part { held, accepted, left_out, changing, n_parts };
+
+template <class Rows>
+call_part part_of(const unit_family<Rows>& f, int u, bool wanted) {
+    if (!f.has(&entry_flags::pure, u)) return changing;
+    if (!wanted) return left_out;
+    return f.has(&entry_flags::timeless, u) ? held : accepted;
+}
+
+template <class Rows>
+bool owns_derivative(const unit_family<Rows>& f, int u) {
+    const function_table& t = f.lib.func;
+    const auto first = t.flag_ddt.begin() + t.first_f[at(f.entry(u))];
+    return std::any_of(first, first + t.n_func(f.entry(u)), [](int on) { return on != 0; });
+}
+
+// wanted: the units that accepted points call for their functions.
+template <class Rows>
+void plan_runs(unit_family<Rows>& f, const std::vector<char>& wanted) {
+    std::vector<int> units[n_parts], with_ddt;
+    for (int u = 0; u < f.n(); ++u) {
+        const call_part part = part_of(f, u, wanted[at(u)]);
+        units[part].push_back(u);
+        if (part != held && owns_derivative(f, u)) with_ddt.push_back(u);
     }
-
-    const std::vector<Call>& calls_;
-    const unit_core& unit_;
-};
-
-template <class Run>
-int unit_of(const Run& run, int i) {
-    return run.unit + static_cast<int>(run.step.unit) * i;
+    // Units of one template share a run, where the order of calls is of no matter.
+    for (const call_part part : {held, accepted, left_out})
+        std::stable_sort(units[part].begin(), units[part].end(), [&](int a, int b) { return f.entry(a) < f.entry(b); });
+    f.runs.held = make_runs(f, units[held]);
+    f.runs.accepted = make_runs(f, units[accepted]);
+    f.runs.left_out = make_runs(f, units[left_out]);
+    f.runs.changing = make_runs(f, units[changing]);
+    f.runs.with_ddt = make_runs(f, with_ddt);
 }
 
-// By template, as units of one template share a run; for calls whose order is of no matter.
-void by_template(std::vector<int>& units, const unit_core& unit) {
-    std::stable_sort(units.begin(), units.end(), [&](int a, int b) { return unit.i_lib[at(a)] < unit.i_lib[at(b)]; });
-}
-
-// ---- what is fetched
-// ---------------------------------------------------------------------------------------------------
+// ---- what is fetched ----
 
 void add_move(value_moves& m, int from, int to) {
     m.from.push_back(from);
@@ -145,53 +125,19 @@ shown_units find_shown(const run_state& r) {
     return s;
 }
 
-// ---- electrical units and blocks into runs
-// --------------------------------------------------------------------------------
-
 void plan_electrical(run_state& r, const shown_units& shown) {
-    const ebeu_class& e = r.c.ebeu;
-    const basic_library& lib = r.c.lib.ebes;
-    electrical_runs& p = r.plan.e;
-    std::vector<int> held, accepted, left_out, changing, with_ddt;
-    for (int u = 0; u < e.n(); ++u) {
-        const int s = e.unit.i_lib[at(u)];
-        bool ddt = false;
-        for (int k = lib.func.first_f[at(s)]; k < lib.func.first_f[at(s) + 1]; ++k)
-            ddt = ddt || lib.func.flag_ddt[at(k)];
-        const bool wanted = r.mat.kind == analysis::trns && (ddt || shown.current[at(u)]);
-        const bool is_held = lib.flag.pure[at(s)] && lib.flag.timeless[at(s)] && wanted;
-        (!lib.flag.pure[at(s)] ? changing : is_held ? held : wanted ? accepted : left_out).push_back(u);
-        add_moves(is_held ? p.of_held : wanted || !lib.flag.pure[at(s)] ? p.of_others : p.of_left_out, r, u);
-        if (ddt && !is_held) {
-            with_ddt.push_back(u);
-            add_moves(p.of_with_ddt, r, u);
-        }
+    std::vector<char> wanted(at(r.ebe.n()), 0);
+    for (int u = 0; u < r.ebe.n(); ++u) {
+        const bool ddt = owns_derivative(r.ebe, u);
+        wanted[at(u)] = r.mat.kind == analysis::trns && (ddt || shown.current[at(u)]);
+        const call_part part = part_of(r.ebe, u, wanted[at(u)]);
+        add_moves(part == held ? r.plan.of_held : part == left_out ? r.plan.of_left_out : r.plan.of_others, r, u);
+        if (ddt && part != held) add_moves(r.plan.of_with_ddt, r, u);
     }
-    run_maker<ebe_run, ebe_call> maker(r.ebe, e.unit);
-    const auto make = [&](std::vector<int>& units, bool any_order) {
-        if (any_order) by_template(units, e.unit);
-        return maker.make(units, lib, find_ebe_registration);
-    };
-    p.held = make(held, true);
-    p.accepted = make(accepted, true);
-    p.left_out = make(left_out, true);
-    p.changing = make(changing, false);
-    p.with_ddt = make(with_ddt, false);
+    plan_runs(r.ebe, wanted);
 }
 
-void plan_blocks(run_state& r) {
-    const gbeu_class& g = r.c.gbeu;
-    const basic_library& lib = r.c.lib.gbes;
-    std::vector<int> pure, changing;
-    for (int u = 0; u < g.n(); ++u) (lib.flag.pure[at(g.unit.i_lib[at(u)])] ? pure : changing).push_back(u);
-    by_template(pure, g.unit);
-    run_maker<gbe_run, gbe_call> maker(r.gbe, g.unit);
-    r.plan.g.pure = maker.make(pure, lib, find_gbe_registration);
-    r.plan.g.changing = maker.make(changing, lib, find_gbe_registration);
-}
-
-// ---- derivatives
-// --------------------------------------------------------------------------------------------------------
+// ---- derivatives ----
 
 // For each template the places of its jac store that some unit adds, ascending.
 std::vector<std::vector<int>> used_places(const slot_table& slot, const unit_core& unit, int n_template) {
@@ -206,25 +152,11 @@ std::vector<std::vector<int>> used_places(const slot_table& slot, const unit_cor
     return from;
 }
 
-// Gives the units of runs their places in d: first_d [units].
-template <class Run>
-void place_derivatives(const std::vector<Run>& runs, const std::vector<std::vector<int>>& from, const unit_core& unit,
-                       std::vector<int>& first_d, int& n_d) {
-    for (const Run& run : runs)
-        for (int i = 0; i < run.n; ++i) {
-            const int u = unit_of(run, i);
-            first_d[at(u)] = n_d;
-            n_d += static_cast<int>(from[at(unit.i_lib[at(u)])].size());
-        }
-}
-template <class Run, class Jac>
-void bind_derivatives(std::vector<Run>& runs, const std::vector<std::vector<int>>& from, const unit_core& unit,
-                      const std::vector<Jac>& jac, const std::vector<int>& first_d, double* d) {
-    for (Run& run : runs) {
-        const int s = unit.i_lib[at(run.unit)];
-        run.jac = {jac[at(s)].store.data(), from[at(s)].data(), static_cast<int>(from[at(s)].size()),
-                   d + first_d[at(run.unit)]};
-    }
+// The runs whose derivatives are fetched, in the order of the calls.
+template <class Rows, class F>
+void for_fetched_runs(unit_family<Rows>& f, F each) {
+    for (auto* runs : {&f.runs.held, &f.runs.accepted, &f.runs.left_out, &f.runs.changing})
+        for (auto& run : *runs) each(run);
 }
 
 // One addition to an entry of the matrix.
@@ -233,17 +165,29 @@ struct addition {
     bool changes;
 };
 
+// Gives the units of runs their places in d behind the n_d that are given away.
+template <class Rows>
+std::vector<int> place_derivatives(unit_family<Rows>& f, int& n_d) {
+    std::vector<int> first_d(at(f.n()), 0);
+    for_fetched_runs(f, [&](const auto& run) {
+        for (int i = 0; i < run.n; ++i) {
+            first_d[at(run.unit_at(i))] = n_d;
+            n_d += static_cast<int>(f.runs.from[at(f.entry(run.unit))].size());
+        }
+    });
+    return first_d;
+}
+
 // The additions of a family in their order. Scaled derivatives get places of their own behind the n_d fetched ones.
-void list_additions(const slot_table& slot, const unit_core& unit, const std::vector<std::vector<int>>& from,
-                    const std::vector<int>& pure, const std::vector<int>& first_d, int n_d, assembly_plan& plan,
-                    std::vector<addition>& all) {
-    for (int u = 0; u < unit.n; ++u) {
-        const int s = unit.i_lib[at(u)];
-        const std::vector<int>& f = from[at(s)];
-        const bool changes = !pure[at(s)];
+template <class Rows>
+void list_additions(const unit_family<Rows>& f, const slot_table& slot, const std::vector<int>& first_d, int n_d,
+                    assembly_plan& plan, std::vector<addition>& all) {
+    for (int u = 0; u < f.n(); ++u) {
+        const std::vector<int>& from = f.runs.from[at(f.entry(u))];
+        const bool changes = !f.has(&entry_flags::pure, u);
         for (int k = slot.first_jac[at(u)]; k < slot.first_jac[at(u) + 1]; ++k) {
-            const auto found = std::lower_bound(f.begin(), f.end(), slot.from_jac[at(k)]);
-            int place = first_d[at(u)] + static_cast<int>(found - f.begin());
+            const auto found = std::lower_bound(from.begin(), from.end(), slot.from_jac[at(k)]);
+            int place = first_d[at(u)] + static_cast<int>(found - from.begin());
             if (slot.scale[at(k)]) {
                 const int scaled = n_d + static_cast<int>(plan.scaled.to.size());
                 add_move(plan.scaled, place, scaled);
@@ -253,6 +197,15 @@ void list_additions(const slot_table& slot, const unit_core& unit, const std::ve
             all.push_back({slot.to_val[at(k)], place, changes});
         }
     }
+}
+
+template <class Rows>
+void bind_derivatives(unit_family<Rows>& f, const std::vector<int>& first_d, double* d) {
+    for_fetched_runs(f, [&](auto& run) {
+        const int s = f.entry(run.unit);
+        const std::vector<int>& from = f.runs.from[at(s)];
+        run.jac = {f.jac[at(s)].store.data(), from.data(), static_cast<int>(from.size()), d + first_d[at(run.unit)]};
+    });
 }
 
 // Terms by row, each row in the order of the list.
@@ -293,25 +246,22 @@ void plan_entries(assembly_plan& plan, const std::vector<addition>& all, int nnz
 void plan_matrix(run_state& r) {
     assembly_plan& plan = r.plan;
     const mat_class& mat = r.mat;
-    const unit_core &e = r.c.ebeu.unit, &g = r.c.gbeu.unit;
-    plan.from_ebe = used_places(mat.ebe, e, r.c.lib.ebes.n());
-    plan.from_gbe = used_places(mat.gbe, g, r.c.lib.gbes.n());
-    std::vector<int> first_e(at(e.n), 0), first_g(at(g.n), 0);
+    std::vector<std::vector<int>> first_d;  // [families][units]
     int n_d = 0;
-    std::vector<ebe_run>* const e_runs[] = {&plan.e.held, &plan.e.accepted, &plan.e.left_out, &plan.e.changing};
-    std::vector<gbe_run>* const g_runs[] = {&plan.g.pure, &plan.g.changing};
-    for (const auto* runs : e_runs) place_derivatives(*runs, plan.from_ebe, e, first_e, n_d);
-    for (const auto* runs : g_runs) place_derivatives(*runs, plan.from_gbe, g, first_g, n_d);
+    for_families(r, [&](auto& f) {
+        f.runs.from = used_places(mat.*f.slots, f.units.unit, f.lib.n());
+        first_d.push_back(place_derivatives(f, n_d));
+    });
     std::vector<addition> all;
-    list_additions(mat.ebe, e, plan.from_ebe, r.c.lib.ebes.flag.pure, first_e, n_d, plan, all);
-    list_additions(mat.gbe, g, plan.from_gbe, r.c.lib.gbes.flag.pure, first_g, n_d, plan, all);
+    std::size_t i_family = 0;
+    for_families(r, [&](auto& f) { list_additions(f, mat.*f.slots, first_d[i_family++], n_d, plan, all); });
     // Last of all, in the rows of states, minus the constant of the method.
     const int n_all = n_d + static_cast<int>(plan.scaled.to.size()) + 1;
     for (int i = 0; i < mat.state.n(); ++i)
         if (mat.state.slot[at(i)] >= 0) all.push_back({mat.state.slot[at(i)], n_all - 1, false});
     plan.d.assign(at(n_all), 0.0);
-    for (auto* runs : e_runs) bind_derivatives(*runs, plan.from_ebe, e, r.ebes1, first_e, plan.d.data());
-    for (auto* runs : g_runs) bind_derivatives(*runs, plan.from_gbe, g, r.gbes1, first_g, plan.d.data());
+    i_family = 0;
+    for_families(r, [&](auto& f) { bind_derivatives(f, first_d[i_family++], plan.d.data()); });
     plan_entries(plan, all, static_cast<int>(mat.val_m.size()));
 }
 
@@ -334,17 +284,18 @@ void plan_rows(run_state& r) {
 
 void make_plan(run_state& r) {
     r.plan = assembly_plan{};
-    r.formed = formed_arguments{};
+    r.formed.forget();
+    for_families(r, [](auto& f) { f.runs = {}; });
     const shown_units shown = find_shown(r);
     plan_electrical(r, shown);
-    plan_blocks(r);
+    plan_runs(r.gbe, std::vector<char>(at(r.gbe.n()), 1));
     plan_matrix(r);
     plan_rows(r);
-    for (int u = 0; u < r.c.ebeu.n(); ++u) {
-        if (shown.slots_e[at(u)]) r.plan.ov_ebe.push_back(u);
+    for (int u = 0; u < r.ebe.n(); ++u) {
+        if (shown.slots_e[at(u)]) r.ebe.runs.shown.push_back(u);
         if (shown.current[at(u)]) r.plan.shows_currents = true;
     }
-    for (int u = 0; u < r.c.gbeu.n(); ++u)
-        if (shown.slots_g[at(u)]) r.plan.ov_gbe.push_back(u);
+    for (int u = 0; u < r.gbe.n(); ++u)
+        if (shown.slots_g[at(u)]) r.gbe.runs.shown.push_back(u);
     r.plan.layout = r.mat.layout;
 }

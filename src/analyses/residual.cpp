@@ -4,11 +4,10 @@
 #include <cmath>
 #include <limits>
 
+#include "base/at.h"
 #include "base/halt.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 constexpr double bad_part = 1e-3;     // of the largest terminal current
 constexpr double bad_current = 1e-9;  // A
 // Sums of a few dozen products that each err by half a unit in the last place.

@@ -1,21 +1,19 @@
 #include "analyses/rparm_passes.h"
 
 #include "analyses/evaluate.h"
+#include "base/at.h"
 #include "base/halt.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // The models' constants hang on their parameters.
 void derive_constants(run_state& r, int fam, int instance) {
-    const instance_core& inst = r.c.instances(fam);
-    r.flags.one_time_parms = 1;
-    for (int u = inst.first_unit[at(instance)]; u < inst.first_unit[at(instance) + 1]; ++u)
-        fam == fam_e ? get_ebe(r, u) : get_gbe(r, u);
-    r.flags.one_time_parms = 0;
+    const std::vector<int>& first = r.c.instances(fam).first_unit;
+    const raised on(r.flags.one_time_parms);
+    for_families(r, [&](auto& f) {
+        if (f.elements != fam) return;
+        for (int u = first[at(instance)]; u < first[at(instance) + 1]; ++u) get_unit(r, f, u);
+    });
 }
-
-const unit_core& units_of(const circuit& c, int fam) { return fam == fam_e ? c.ebeu.unit : c.gbeu.unit; }
 }  // namespace
 
 void check_rparm_sources(const circuit& c) {
@@ -37,26 +35,31 @@ void set_rparm_2(run_state& r) {
         parameter = value;
         changed = true;
         instance_changed(r.c, link.family, link.instance);
-        if (link.family == fam_e || link.family == fam_g) derive_constants(r, link.family, link.instance);
+        derive_constants(r, link.family, link.instance);
     }
     // What stands as long as parameters do: derivatives of pure units, their sums, functions of held units.
     if (changed) {
-        r.plan.d_stands = r.plan.val_stands = false;
-        r.formed.of_held = -1;
+        r.plan.forget_values();
+        r.formed.forget_held();
     }
 }
 
 void get_rparm_2(run_state& r) {
-    ebce_form_arrays(r);
-    gbce_form_arrays(r);
-    r.flags.outvar_prm = 1;
-    for (const rparm_link& link : r.c.links.get)
-        link.family == fam_e ? get_ebe(r, link.source_unit) : get_gbe(r, link.source_unit);
-    r.flags.outvar_prm = 0;
+    form_arrays(r);
+    {
+        const raised on(r.flags.outvar_prm);
+        for (const rparm_link& link : r.c.links.get)
+            for_families(r, [&](auto& f) {
+                if (f.elements == link.family) get_unit(r, f, link.source_unit);
+            });
+    }
     gbeu_class& g = r.c.gbeu;
     for (const rparm_link& link : r.c.links.get) {
-        const unit_core& unit = units_of(r.c, link.family);
-        const double value = (link.is_start ? unit.sv : unit.rprm).data[at(link.source)];
+        double value = 0.0;
+        for_families(r, [&](auto& f) {
+            const unit_core& unit = f.units.unit;
+            if (f.elements == link.family) value = (link.is_start ? unit.sv : unit.rprm).data[at(link.source)];
+        });
         if (link.value >= 0) {
             g.unit.rprm.data[at(link.value)] = value;
         } else {

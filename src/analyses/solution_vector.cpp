@@ -3,73 +3,56 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
+#include "analyses/evaluate.h"
+#include "base/at.h"
 
+namespace {
 // What an iterate spreads into: the tables of present values, or those of the next iterate.
 struct value_tables {
     std::vector<double>&val_nd, &aux, &auxs, &vr, &gaux;
 };
 value_tables present(circuit& c) { return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux}; }
 
-void spread(const mat_class& mat, const circuit& c, const value_tables& t) {
-    const double* x = mat.svec.data();
-    const int ref = c.ebeu.ref_nd, n = c.ebeu.n_nd;
-    if (n > 0) {
-        std::copy(x + mat.offs.nodev, x + mat.offs.nodev + ref, t.val_nd.begin());
-        t.val_nd[at(ref)] = 0.0;
-        std::copy(x + mat.offs.nodev + ref, x + mat.offs.nodev + n - 1, t.val_nd.begin() + ref + 1);
+// Between svec and the tables: move(x, values, n) for each piece of n unknowns that stand together in both. The
+// reference node is none of them.
+template <class Move>
+void for_pieces(double* x, const mat_class& mat, const circuit& c, const value_tables& t, Move move) {
+    const svec_offsets& o = mat.offs;
+    const int ref = c.ebeu.ref_nd, n_nd = c.ebeu.n_nd;
+    if (n_nd > 0) {
+        move(x + o.nodev, t.val_nd.data(), ref);
+        move(x + o.nodev + ref, t.val_nd.data() + ref + 1, n_nd - 1 - ref);
     }
-    std::copy(x + mat.offs.eauxs, x + mat.offs.eaux, t.auxs.begin());
-    for (std::size_t i = 0; i < mat.aux_of_unknown.size(); ++i)
-        t.aux[at(mat.aux_of_unknown[i])] = x[at(mat.offs.eaux) + i];
-    std::copy(x + mat.offs.gvar, x + mat.offs.gaux, t.vr.begin());
-    std::copy(x + mat.offs.gaux, x + mat.n_svec, t.gaux.begin());
+    move(x + o.eauxs, t.auxs.data(), o.eaux - o.eauxs);
+    const std::size_t n_aux = mat.aux_of_unknown.size();
+    for (std::size_t i = 0; i < n_aux; ++i) move(x + o.eaux + i, t.aux.data() + mat.aux_of_unknown[i], 1);
+    move(x + o.gvar, t.vr.data(), o.gaux - o.gvar);
+    move(x + o.gaux, t.gaux.data(), mat.n_svec - o.gaux);
+}
+
+void spread(mat_class& mat, const circuit& c, const value_tables& t) {
+    for_pieces(mat.svec.data(), mat, c, t, [](const double* x, double* value, int n) { std::copy_n(x, n, value); });
+    if (c.ebeu.n_nd > 0) t.val_nd[at(c.ebeu.ref_nd)] = 0.0;
 }
 
 void collect(mat_class& mat, const circuit& c, const value_tables& t) {
-    double* x = mat.svec.data();
-    const int ref = c.ebeu.ref_nd;
-    if (c.ebeu.n_nd > 0) {
-        std::copy(t.val_nd.begin(), t.val_nd.begin() + ref, x + mat.offs.nodev);
-        std::copy(t.val_nd.begin() + ref + 1, t.val_nd.end(), x + mat.offs.nodev + ref);
+    for_pieces(mat.svec.data(), mat, c, t, [](double* x, const double* value, int n) { std::copy_n(value, n, x); });
+}
+
+// The units of a family that limit Newton steps may pull the next iterate back. Limits are computed from the common
+// unlimited iterate; on a shared node or variable the last unit wins.
+template <class Rows>
+void limit(run_state& r, const unit_family<Rows>& f) {
+    constexpr auto s = Rows::shared;
+    const std::vector<int>& index = (f.units.*s.index).data;
+    for (std::size_t k = 0; k < index.size(); ++k) {
+        (f.units.*s.copy)[k] = (f.units.*s.value)[at(index[k])];
+        (f.units.*s.copy_new)[k] = (f.units.*s.value_new)[at(index[k])];
     }
-    std::copy(t.auxs.begin(), t.auxs.begin() + (mat.offs.eaux - mat.offs.eauxs), x + mat.offs.eauxs);
-    for (std::size_t i = 0; i < mat.aux_of_unknown.size(); ++i)
-        x[at(mat.offs.eaux) + i] = t.aux[at(mat.aux_of_unknown[i])];
-    std::copy(t.vr.begin(), t.vr.end(), x + mat.offs.gvar);
-    std::copy(t.gaux.begin(), t.gaux.end(), x + mat.offs.gaux);
-}
-
-void to_terminals(const ebeu_class& u, const std::vector<double>& val_nd, std::vector<double>& nodev) {
-    for (std::size_t k = 0; k < nodev.size(); ++k) nodev[k] = val_nd[at(u.nd.data[k])];
-}
-
-// Limits are computed from the common unlimited iterate; on a shared node or variable the last unit wins.
-void limit_electrical(run_state& r) {
-    ebeu_class& u = r.c.ebeu;
-    const std::vector<int>& limits = r.c.lib.ebes.flag.limit_newton;
-    for (int k = 0; k < u.n(); ++k)
-        if (limits[at(u.unit.i_lib[at(k)])]) get_ebe(r, k);
-    for (int k = 0; k < u.n(); ++k)
-        if (limits[at(u.unit.i_lib[at(k)])])
-            for (int s = u.nd.first[at(k)]; s < u.nd.first[at(k) + 1]; ++s)
-                u.val_nd_new[at(u.nd.data[at(s)])] = u.nd.data[at(s)] == u.ref_nd ? 0.0 : u.nodev_new[at(s)];
-}
-
-void limit_blocks(run_state& r) {
-    gbeu_class& g = r.c.gbeu;
-    const std::vector<int>& limits = r.c.lib.gbes.flag.limit_newton;
-    for (std::size_t s = 0; s < g.vr_in.size(); ++s) {
-        g.vr_in[s] = g.val_vr[at(g.vr.data[s])];
-        g.vr_in_new[s] = g.val_vr_new[at(g.vr.data[s])];
-    }
-    for (int k = 0; k < g.n(); ++k)
-        if (limits[at(g.unit.i_lib[at(k)])]) get_gbe(r, k);
-    for (int k = 0; k < g.n(); ++k)
-        if (limits[at(g.unit.i_lib[at(k)])])
-            for (int s = g.vr.first[at(k)]; s < g.vr.first[at(k) + 1]; ++s)
-                g.val_vr_new[at(g.vr.data[at(s)])] = g.vr_in_new[at(s)];
+    for (int u = 0; u < f.n(); ++u)
+        if (f.has(&entry_flags::limit_newton, u)) get_unit(r, f, u);
+    for (int u = 0; u < f.n(); ++u)
+        if (f.has(&entry_flags::limit_newton, u)) scatter_unit(f, u, true);
 }
 }  // namespace
 
@@ -78,7 +61,7 @@ void clear_solvec(run_state& r) {
     gbeu_class& g = r.c.gbeu;
     for (auto* v : {&u.val_nd, &u.aux, &u.auxs, &u.locv, &u.cur_nd, &g.val_vr, &g.aux, &r.mat.svec})
         std::fill(v->begin(), v->end(), 0.0);
-    r.formed.of_held = -1;
+    r.formed.forget_held();
 }
 
 void form_solvec(run_state& r) { collect(r.mat, r.c, present(r.c)); }
@@ -94,17 +77,14 @@ void update_sol_1(run_state& r) {
     ebeu_class& u = r.c.ebeu;
     gbeu_class& g = r.c.gbeu;
     spread(mat, r.c, present(r.c));
-    r.formed.valid = false;
-    to_terminals(u, u.val_nd, u.nodev);
+    r.formed.forget_variables();
     for (std::size_t i = 0; i < n; ++i) mat.svec[i] += mat.delsvec[i];
     std::copy(u.aux.begin(), u.aux.end(), u.aux_new.begin());
     std::copy(u.auxs.begin(), u.auxs.end(), u.auxs_new.begin());
     const value_tables next{u.val_nd_new, u.aux_new, u.auxs_new, g.val_vr_new, g.aux_new};
     spread(mat, r.c, next);
-    to_terminals(u, u.val_nd_new, u.nodev_new);
     r.flags.limit_newton = 1;
-    limit_electrical(r);
-    limit_blocks(r);
+    for_families(r, [&](auto& f) { limit(r, f); });
     r.flags.limit_newton = 0;
     collect(mat, r.c, next);
 }

@@ -1,4 +1,4 @@
-// step_control.h -- break points that units ask for, and the error of a TR-BDF2 step.
+// step_control.h -- break points that units ask for.
 #pragma once
 #include <limits>
 
@@ -17,7 +17,3 @@ void check_tnext2(run_state& r);
 // reached by a step of that size (a hundredth of it counts as reached), and a step ends by `smallest` before a break at
 // which a source jumps. Gives the time of the first of these, s; infinity: none.
 double shorten_to_breaks(run_state& r, double smallest);
-
-double trbdf2_constant(double gamma);
-// Estimates the local error of the step just done: sets delt_new, and gives whether the step is accepted.
-bool trzbdf2_1(run_state& r);

@@ -5,14 +5,13 @@
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/solution_vector.h"
+#include "base/at.h"
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "output/row_writers.h"
 #include "settings/directives.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 void solve_and_write(run_state& r) {
     if (r.slv.startup)
         solve_startup(r);

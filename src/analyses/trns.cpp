@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "analyses/evaluate.h"
+#include "analyses/accepted_point.h"
 #include "analyses/events.h"
+#include "analyses/integration.h"
+#include "analyses/levels.h"
 #include "analyses/plan.h"
 #include "analyses/residual.h"
 #include "analyses/rparm_passes.h"
@@ -117,7 +119,7 @@ void solve_trns(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     make_plan(r);
-    r.formed.kept = true;
+    r.formed.keep();
     define_method_flags(r);
     slv.now.time_present = r.flags.t_start;
     r.flags.time_epsilon = slv.method.time_epsilon;
@@ -152,7 +154,7 @@ void solve_trns(run_state& r) {
             find_waiting_currents(r);
         }
         if (ends) {
-            r.formed = formed_arguments{};
+            r.formed.forget();
             r.flags.event_restart = 0;
             r.flags.init_flags();
             return;
@@ -161,7 +163,7 @@ void solve_trns(run_state& r) {
         keep_point_1(r);
         next_step_size(r, events);
     }
-    r.formed = formed_arguments{};
+    r.formed.forget();
     r.flags.event_restart = 0;
     say("warning: time_end not reached");
     say("  in transient simulation.");

@@ -1,10 +1,9 @@
 #include "analyses/mat_class.h"
 
+#include "base/at.h"
 #include "base/halt.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // Aux words that are unknowns: all but those of units that have equations of their own for start-up.
 void number_aux(mat_class& mat, const circuit& c) {
     mat.aux_of_unknown.clear();
@@ -42,6 +41,11 @@ void define_offs_solvec(mat_class& mat, const circuit& c, analysis kind) {
         v->assign(at(mat.n_svec), 0.0);
     mat.locv_old_1.assign(at(c.ebeu.n_ttllocv()), 0.0);
     mat.locv_old_2.assign(at(c.ebeu.n_ttllocv()), 0.0);
+}
+
+int terminal_of_function(const function_table& t, int k, int j, analysis kind) {
+    if (kind == analysis::startup) return t.startup_kcl[at(k)] ? t.startup_kcl_row[at(k)] : -1;
+    return t.flag_kcl[at(k)] ? j : -1;
 }
 
 int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int index) {

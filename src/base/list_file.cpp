@@ -34,7 +34,7 @@ words list_names(const std::string& list_path) {
     return read_names(list_path, position);
 }
 
-std::vector<int> make_chrarray_5(std::string_view, const std::string& list_path, const words& names) {
+std::vector<int> make_chrarray_5(const std::string& list_path, const words& names) {
     positions position;
     read_names(list_path, position);
     std::vector<int> index;

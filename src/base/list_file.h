@@ -10,7 +10,7 @@
 // A list line is a word with a dot, the name is what follows the first dot. Halts on a missing file, a line without a
 // dot, a name that stands twice, or a library name that the list lacks. A list name that the library lacks is accepted:
 // a working folder may hold a part of the full library, in any order.
-std::vector<int> make_chrarray_5(std::string_view family, const std::string& list_path, const words& names);
+std::vector<int> make_chrarray_5(const std::string& list_path, const words& names);
 
 // The names of a list file in order, with the same tests of its form.
 words list_names(const std::string& list_path);

@@ -5,14 +5,10 @@
 #include <cstdlib>
 #include <limits>
 
+#include "base/at.h"
 #include "base/halt.h"
 
-namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-}  // namespace
-
-// ---- comparison and limits
-// ----------------------------------------------------------------------------------------------
+// ---- comparison and limits ----
 
 int compare_double_gt(double a, double b) { return a > b; }
 int compare_double_ge(double a, double b) { return a >= b; }
@@ -52,8 +48,7 @@ void max_x(double x, double b, double& y, double& dy) {
     dy = x > b ? 1.0 : 0.0;
 }
 
-// ---- capped exponentials
-// --------------------------------------------------------------------------------------------------
+// ---- capped exponentials ----
 
 void exp_cap_1(double x, double& y, double& dy, double vt, double cap) {
     int n_limit = 0;
@@ -135,8 +130,7 @@ void tanh_2(double x, double x0, double k, double& y, double& dy) {
     dy = 0.5 * k * dt;
 }
 
-// ---- grids
-// ------------------------------------------------------------------------------------------------------------
+// ---- grids ----
 
 std::vector<double> divide_linear(double x0, double x1, int n_div) {
     if (n_div < 1) halt({line("divide_linear: n_div=", n_div, " is not allowed.")});
@@ -174,8 +168,7 @@ void interp_linear_1(double x, double x1, double x2, double y1, double y2, doubl
     y = y1 + (x - x1) * (y2 - y1) / (x2 - x1);
 }
 
-// ---- norms
-// ------------------------------------------------------------------------------------------------------------
+// ---- norms ----
 
 void norm_2_avg(int n, const double* v, double& r) {
     double sum = 0;
@@ -209,8 +202,7 @@ void diff_double_1(int n, const double* a, const double* b, double* c) {
     for (int i = 0; i < n; ++i) c[i] = a[i] - b[i];
 }
 
-// ---- sweep grids
-// --------------------------------------------------------------------------------------------------------
+// ---- sweep grids ----
 
 int indx_to_ijk_nttl(int k, const int* m) {
     if (k <= 0) halt({line("indx_to_ijk_nttl: k = ", k, " is not allowed. Halting...")});

@@ -3,7 +3,6 @@
 #include <vector>
 
 // ---- comparison and limits; each returns 1 or 0
-// -----------------------------------------------------------------------
 int compare_double_gt(double a, double b);
 int compare_double_ge(double a, double b);
 int compare_double_lt(double a, double b);
@@ -44,7 +43,6 @@ void tanh_1(double x, double& y, double& dy);                       // without o
 void tanh_2(double x, double x0, double k, double& y, double& dy);  // smooth step from 0 to 1 at x0
 
 // ---- grids
-// ------------------------------------------------------------------------------------------------------------
 std::vector<double> divide_linear(double x0, double x1, int n_div);  // n_div + 1 points
 std::vector<double> divide_log(double x0, double x1, int n_div);
 double interp_linear(double a, double b, int i, int n);  // point i of n, the ends exact
@@ -52,7 +50,6 @@ double interp_log(double a, double b, int i, int n);
 void interp_linear_1(double x, double x1, double x2, double y1, double y2, double& y);
 
 // ---- norms
-// -------------------------------------------------------------------------------------------------------------
 void norm_2_avg(int n, const double* v, double& r);  // root of the mean of squares, summed left to right; 0 for n = 0
 void norm_inf(int n, const double* v, double& r);
 double norm_abs_diff_double(int n, const double* a, const double* b);  // largest |a - b|
@@ -60,7 +57,6 @@ int norm_abs_diff_int(int n, const int* a, const int* b);
 void diff_double_1(int n, const double* a, const double* b, double* c);  // c = a - b
 
 // ---- sweep grids; the last index varies fastest
-// --------------------------------------------------------------------------
 int indx_to_ijk_nttl(int k, const int* m);
 void indx_to_ijk(int k, const int* m, int i, int* ijk);
 void ijk_to_indx(int k, const int* m, int& i, const int* ijk);

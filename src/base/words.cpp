@@ -33,8 +33,7 @@ bool same_ci(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-// ---- splitting
-// --------------------------------------------------------------------------------------------------------
+// ---- splitting ----
 
 void add_words(std::string_view text, words& w) {
     for_each_word(text, [&](std::string_view word) { w.add(word); });
@@ -69,8 +68,7 @@ std::string joined(const words& w) {
     return all;
 }
 
-// ---- searching
-// --------------------------------------------------------------------------------------------------------
+// ---- searching ----
 
 int find_word_1(const words& w, std::string_view word) {
     for (int i = 0; i < w.size(); ++i)
@@ -161,8 +159,7 @@ bool add_word_1(words& w, std::string_view word) {
     return true;
 }
 
-// ---- repeats: one pass over a hash map
-// ----------------------------------------------------------------------------------
+// ---- repeats: one pass over a hash map ----
 
 void check_word_repeat_1(const std::vector<std::string>& list, const std::string& message) {
     struct places {

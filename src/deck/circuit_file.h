@@ -28,13 +28,13 @@ struct circuit_file {
     int n_begin_cct = -1, n_end_cct = -1;
     int n_solve = 0;                              // at most 20; later blocks are not read
     std::vector<int> n_begin_solve, n_end_solve;  // [n_solve]
-    mutable std::vector<char> used;               // [n_end_cf + 1] 1: some reader claimed the statement
+    std::vector<char> used;                       // [n_end_cf + 1] 1: some reader claimed the statement
     int n_dc = 0, n_ac = 0, n_ssw = 0, n_trns = 0, n_startup = 0;  // solve blocks of each type
     output_flags output;
     std::string ref_node, x_ref_node;                       // of the first refnode, x_refnode statement; empty: none
     std::vector<std::string> ground_dummy, x_ground_dummy;  // other ground words, without the reference
 
-    void mark(int i_line) const { used[static_cast<std::size_t>(i_line)] = 1; }
+    void mark(int i_line) { used[static_cast<std::size_t>(i_line)] = 1; }
     // First statement strictly inside (begin, end) that nobody claimed; -1 if none.
     int first_unclaimed(int begin, int end) const;
 };

@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "base/at.h"
 #include "base/halt.h"
 
 namespace {
@@ -13,8 +14,6 @@ std::ofstream open_dump(const char* file, const char* class_name) {
     out << class_name << '\n';
     return out;
 }
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void write_operand(std::ofstream& out, const char* label, const operand& a, const gprm_class& gprm) {
     if (a.from == operand::literal) out << label << a.value;

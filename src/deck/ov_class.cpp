@@ -4,7 +4,7 @@
 
 int ov_class::find(std::string_view word) const { return find_word_6(name, word); }
 
-ov_class read_ov(const circuit_file& cf, const gprm_class& gprm) {
+ov_class read_ov(circuit_file& cf, const gprm_class& gprm) {
     ov_class ov;
     for (int i = cf.n_begin_cct; i < cf.n_end_cct; ++i) {
         if (!cf.text.begins(i, "outvar:")) continue;

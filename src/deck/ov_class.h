@@ -61,4 +61,4 @@ struct ov_class {
     int find(std::string_view word) const;
 };
 
-ov_class read_ov(const circuit_file& cf, const gprm_class& gprm);
+ov_class read_ov(circuit_file& cf, const gprm_class& gprm);

@@ -2,11 +2,10 @@
 
 #include <fstream>
 
+#include "base/at.h"
 #include "deck/deck_dumps.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // How the fields of a domain are called: "ect" at the level of names, "eelu" of instances, "ebeu" and "ebau" of units.
 struct domain {
     const char* file;
@@ -65,27 +64,29 @@ void write_name_table(std::ostream& out, const domain& d, const name_table& t) {
         for (int i = 0; i < t.n_au; ++i) write_row(out, i, "", {{map(d.au, d.ct), of(t.au_to, i)}});
 }
 
-void write_totals(std::ostream& out, const std::string& class_name, const std::vector<field>& totals) {
-    out << class_name << "_class\n";
-    for (const field& f : totals) out << f.label << " = " << f.value << '\n';
-}
 template <class T>
 int total(const row_table<T>& rows) {
     return static_cast<int>(rows.data.size());
 }
-int last(const std::vector<int>& first) { return first.empty() ? 0 : first.back(); }
 
-// What all units of a family have together.
+// What all units of a family have together: numbers of the family, with those of the parameters that any unit has
+// behind the first `before` of them.
+void write_totals(std::ostream& out, const char* class_name, const unit_core& u, std::size_t before,
+                  std::vector<field> totals) {
+    const field parameters[] = {
+        {"n_ttliprm", total(u.iprm)}, {"n_ttlsprm", total(u.sprm)}, {"n_ttlrprm", total(u.rprm)}};
+    totals.insert(totals.begin() + static_cast<std::ptrdiff_t>(before), std::begin(parameters), std::end(parameters));
+    out << class_name << "_class\n";
+    for (const field& f : totals) out << f.label << " = " << f.value << '\n';
+}
+
 void write_ebeu_totals(std::ostream& out, const ebeu_class& u) {
-    write_totals(out, "ebeu",
+    write_totals(out, "ebeu", u.unit, 5,
                  {{"n", u.n()},
                   {"n_ttlaux", u.n_ttlaux()},
                   {"n_ttlauxs", u.n_ttlauxs()},
                   {"n_ttllocv", u.n_ttllocv()},
                   {"n_ttldgtl", total(u.dgtl)},
-                  {"n_ttliprm", total(u.unit.iprm)},
-                  {"n_ttlsprm", total(u.unit.sprm)},
-                  {"n_ttlrprm", total(u.unit.rprm)},
                   {"n_ttlvr", total(u.vr)},
                   {"n_ttlxvr", total(u.xvr)},
                   {"n_ttlsv", total(u.unit.sv)},
@@ -98,12 +99,9 @@ void write_ebeu_totals(std::ostream& out, const ebeu_class& u) {
                   {"n_gd", static_cast<int>(u.ground_units.size())}});
 }
 void write_ebau_totals(std::ostream& out, const ebau_class& u) {
-    write_totals(out, "ebau",
+    write_totals(out, "ebau", u.unit, 2,
                  {{"n", u.n()},
-                  {"n_ttlaux", last(u.first_aux)},
-                  {"n_ttliprm", total(u.unit.iprm)},
-                  {"n_ttlsprm", total(u.unit.sprm)},
-                  {"n_ttlrprm", total(u.unit.rprm)},
+                  {"n_ttlaux", u.first_aux.empty() ? 0 : u.first_aux.back()},
                   {"n_ttlvr", total(u.vr)},
                   {"n_ttlnd", total(u.nd)},
                   {"n_ttlin", total(u.in)},
@@ -111,12 +109,9 @@ void write_ebau_totals(std::ostream& out, const ebau_class& u) {
                   {"n_nd", u.n_nd}});
 }
 void write_gbeu_totals(std::ostream& out, const gbeu_class& u) {
-    write_totals(out, "gbeu",
+    write_totals(out, "gbeu", u.unit, 2,
                  {{"n", u.n()},
                   {"n_ttlaux", u.n_ttlaux()},
-                  {"n_ttliprm", total(u.unit.iprm)},
-                  {"n_ttlsprm", total(u.unit.sprm)},
-                  {"n_ttlrprm", total(u.unit.rprm)},
                   {"n_ttlvr", total(u.vr)},
                   {"n_ttlxvr", total(u.xvr)},
                   {"n_ttlsv", total(u.unit.sv)},

@@ -1,10 +1,9 @@
+#include "base/at.h"
 #include "elaborate/circuit.h"
 
 #include "base/halt.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 bool any_unit(const unit_core& unit, const std::vector<int>& flag) {
     for (int s : unit.i_lib)
         if (!flag.empty() && flag[at(s)]) return true;

@@ -1,14 +1,13 @@
+#include "base/at.h"
 #include "base/checks.h"
 #include "base/halt.h"
 #include "elaborate/families.h"
 #include "elaborate/flatten.h"
+#include "elaborate/instance_values.h"
 #include "elaborate/names.h"
 #include "elaborate/outputs.h"
-#include "elaborate/set_values.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // The last statement of this keyword; -1 if there is none. A reference added at the end of the block overrides.
 int last_statement(const circuit_file& cf, std::string_view keyword) {
     for (int i = cf.n_end_cct - 1; i > cf.n_begin_cct; --i)

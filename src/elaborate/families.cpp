@@ -34,25 +34,36 @@ constexpr bound_list bound_gm[] = {
     {&library_lists::vr, &cct_class::gct, &instance_core::vr, "vr name", "assign_elu_nodes"},
     {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "ndd name", "assign_elu_nodes"},
 };
+
+unit_core& ebe_units(circuit& c) { return c.ebeu.unit; }
+unit_core& ebac_units(circuit& c) { return c.ebau.unit; }
+unit_core& gbe_units(circuit& c) { return c.gbeu.unit; }
+constexpr unit_table units_e[] = {
+    {&composite_library::be, &libraries::ebes, &instance_core::first_unit, ebe_units, true},
+    {&composite_library::beac, &libraries::ebac, &instance_core::first_unit_ac, ebac_units, false},
+};
+constexpr unit_table units_g[] = {
+    {&composite_library::be, &libraries::gbes, &instance_core::first_unit, gbe_units, true},
+};
 std::span<const std::string_view> none() { return std::span(no_words, 0); }
 }  // namespace
 
 const family_form family_forms[n_family] = {
-    {fam_e, "eelement", "eelu", "eels", "emodel", &libraries::eels, &circuit::eelu, &circuit::ecem, placeholders_e,
-     flags_eg, bound_e, ov_rparm_eelu},
-    {fam_d, "delement", "delu", "dels", "dmodel", &libraries::dels, &circuit::delu, &circuit::dcem, placeholders_d,
-     none(), bound_d, ov_rparm_delu},
-    {fam_g, "gelement", "gelu", "gels", "gmodel", &libraries::gels, &circuit::gelu, &circuit::gcem, placeholders_g,
-     flags_eg, bound_g, ov_rparm_gelu},
-    {fam_x, "xelement", "xelu", "xels", "xmodel", &libraries::xels, &circuit::xelu, &circuit::xcem, placeholders_x,
-     flags_x, bound_x, ov_rparm_xelu},
-    {fam_gm, "gmelement", "gmeu", "gmes", "gmmodel", &libraries::gmes, &circuit::gmeu, &circuit::gmem, none(), flags_gm,
-     bound_gm, ov_none},
+    {fam_e, library_forms[lib_eels], &libraries::eels, &circuit::eelu, &circuit::ecem, placeholders_e, flags_eg,
+     bound_e, ov_rparm_eelu, units_e},
+    {fam_d, library_forms[lib_dels], &libraries::dels, &circuit::delu, &circuit::dcem, placeholders_d, none(), bound_d,
+     ov_rparm_delu},
+    {fam_g, library_forms[lib_gels], &libraries::gels, &circuit::gelu, &circuit::gcem, placeholders_g, flags_eg,
+     bound_g, ov_rparm_gelu, units_g},
+    {fam_x, library_forms[lib_xels], &libraries::xels, &circuit::xelu, &circuit::xcem, placeholders_x, flags_x, bound_x,
+     ov_rparm_xelu},
+    {fam_gm, library_forms[lib_gmes], &libraries::gmes, &circuit::gmeu, &circuit::gmem, none(), flags_gm, bound_gm,
+     ov_none},
 };
 
 const family_form* family_of_keyword(std::string_view keyword) {
     for (const family_form& form : family_forms)
-        if (form.keyword == keyword) return &form;
+        if (form.lib.statement == keyword) return &form;
     return nullptr;
 }
 
@@ -68,9 +79,8 @@ const instance_core& circuit::instances(int fam) const { return this->*family_fo
 const model_class& circuit::models(int fam) const { return this->*family_forms[fam].models; }
 
 void read_models_of_deck(circuit& c) {
-    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
-    c.gcem = read_models(c.cf, c.gprm, c.lib.gels, gcem_form);
-    c.dcem = read_models(c.cf, c.gprm, c.lib.dels, dcem_form);
-    c.gmem = read_models(c.cf, c.gprm, c.lib.gmes, gmem_form);
-    c.xcem = read_models(c.cf, c.gprm, c.lib.xels, xcem_form);
+    for (const family fam : {fam_e, fam_g, fam_d, fam_gm, fam_x}) {
+        const family_form& form = family_forms[fam];
+        c.*form.models = read_models(c.cf, c.gprm, c.lib.*form.composites, form.lib);
+    }
 }

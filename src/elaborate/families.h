@@ -14,12 +14,18 @@ struct bound_list {
     std::string_view assigning;  // routine of an unknown value
 };
 
+// Units that elements of the family's composites become.
+struct unit_table {
+    element_table composite_library::*elements;
+    basic_library libraries::*templates;
+    std::vector<int> instance_core::*first_unit;
+    unit_core& (*units)(circuit&);
+    bool with_start_values;  // stparms and igparms
+};
+
 struct family_form {
     family number;
-    std::string_view keyword;        // "eelement"
-    std::string_view lu;             // "eelu"
-    std::string_view library;        // "eels"
-    std::string_view model_keyword;  // first word of a model file
+    const library_form& lib;  // the words of its composites
     composite_library libraries::*composites;
     instance_core circuit::*instances;
     model_class circuit::*models;
@@ -27,6 +33,7 @@ struct family_form {
     std::span<const std::string_view> flag_words;    // accepted yes/no words
     std::span<const bound_list> bound;               // in the order of the name pass
     int kind_rparm;                                  // ov_kind of a real parameter of an instance; ov_none
+    std::span<const unit_table> units = {};          // none yet of families without units
 };
 
 extern const family_form family_forms[n_family];

@@ -2,93 +2,182 @@
 
 #include <cstring>
 
+#include "base/at.h"
 #include "base/checks.h"
 #include "base/halt.h"
 #include "elaborate/families.h"
 
+using B = element_table;
+using I = instance_core;
+using L = library_lists;
+
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
+// ---- units from elements ----
 
-// An instance node as the unit level sees it: ground words stand for the reference.
-int without_ground_words(const name_table& ect, int node) {
-    return node < ect.n() && ect.ref >= 0 && ect.is_ground[at(node)] ? ect.ref : node;
-}
+// Unit-level numbers of what the units of a family share, by first use: nodes, or variables.
+struct numbering {
+    row_table<int> element_table::*element;
+    row_table<int> instance_core::*instance;
+    const name_table& names;
+    std::vector<int>& lu_to;  // instance level -> unit level
+    int& n;
+    row_table<int>& unit;
+};
+// A list of numbers that goes from the instance to its units through the composite.
+struct passed_list {
+    row_table<int> element_table::*element;
+    row_table<int> instance_core::*instance;
+    row_table<int>* unit;
+};
+// A list of templates whose words are numbered through over all units.
+struct counted_list {
+    word_list library_lists::*list;
+    std::vector<int>* first;
+};
 
-// Parameter rows of one unit: from the composite's fixed values, or through the link from the instance's row.
-struct parameter_copy {
+// What becomes of the elements of one kind of instance.
+struct flattening {
     const element_table& be;
-    const instance_core& inst;
+    const basic_library& lib;
+    instance_core& inst;
     unit_core& unit;
+    std::vector<int>& first_unit;  // of instances
+    bool with_start_values;
+    numbering number;
+    std::vector<passed_list> passed;
+    std::vector<counted_list> counted;
 
-    void operator()(int b, int i, bool with_start_values) const {
-        rows(be.iprm, be.iprm_flag, inst.iprm, unit.iprm, b, i);
-        rows(be.rprm, be.rprm_flag, inst.rprm, unit.rprm, b, i);
-        if (with_start_values) {
-            rows(be.sv, be.sv_flag, inst.sv, unit.sv, b, i);
-            rows(be.ig, be.ig_flag, inst.ig, unit.ig, b, i);
-        } else {
-            unit.sv.close_row();
-            unit.ig.close_row();
-        }
-        for (int j = 0; j < be.sprm.size(b); ++j) {
-            const int flag = be.sprm_flag.row(b)[j];
-            const std::string& text = flag < 0 ? be.sprm.row(b)[j] : inst.sprm.row(i)[flag];
-            auto bytes = std::make_unique<char[]>(64);
-            std::strncpy(bytes.get(), text.c_str(), 63);
-            unit.sprm.add(bytes.get());
-            unit.text.push_back(std::move(bytes));
-        }
-        unit.sprm.close_row();
-    }
-    template <class T>
-    static void rows(const row_table<T>& fixed, const row_table<int>& flag, const row_table<T>& from, row_table<T>& to,
-                     int b, int i) {
-        for (int j = 0; j < fixed.size(b); ++j) {
-            const int link = flag.row(b)[j];
-            to.add(link < 0 ? fixed.row(b)[j] : from.row(i)[link]);
-        }
-        to.close_row();
+    flattening(circuit& c, family fam, const unit_table& t, const numbering& w, std::vector<passed_list> through,
+               std::vector<counted_list> over)
+        : be(c.lib.composites(fam).*t.elements),
+          lib(c.lib.*t.templates),
+          inst(c.instances(fam)),
+          unit(t.units(c)),
+          first_unit(inst.*t.first_unit),
+          with_start_values(t.with_start_values),
+          number(w),
+          passed(std::move(through)),
+          counted(std::move(over)) {}
+
+    int element(int u) const {
+        const int i = unit.i_inst[at(u)];
+        return be.first_be[at(inst.i_lib[at(i)])] + u - first_unit[at(i)];
     }
 };
 
-// The unit-level node of an instance node, numbered now if it is new.
-int number_node(std::vector<int>& lu_to, int lu, int& n_nd) {
-    if (lu_to[at(lu)] < 0) lu_to[at(lu)] = n_nd++;
-    return lu_to[at(lu)];
+// An instance's node as the unit level sees it: ground words stand for the reference.
+int without_ground_words(const name_table& names, int node) {
+    return node < names.n() && names.ref >= 0 && names.is_ground[at(node)] ? names.ref : node;
+}
+
+// Parameters of one unit: the composite's fixed values, or through the link those of the instance's row.
+template <class T>
+void add_parameters(const row_table<T>& fixed, const row_table<int>& flag, const row_table<T>& from, row_table<T>& to,
+                    int b, int i) {
+    for (int j = 0; j < fixed.size(b); ++j) {
+        const int link = flag.row(b)[j];
+        to.add(link < 0 ? fixed.row(b)[j] : from.row(i)[link]);
+    }
+    to.close_row();
+}
+
+void add_texts(const flattening& f, int b, int i) {
+    for (int j = 0; j < f.be.sprm.size(b); ++j) {
+        const int link = f.be.sprm_flag.row(b)[j];
+        const std::string& text = link < 0 ? f.be.sprm.row(b)[j] : f.inst.sprm.row(i)[link];
+        auto bytes = std::make_unique<char[]>(64);
+        std::strncpy(bytes.get(), text.c_str(), 63);
+        f.unit.sprm.add(bytes.get());
+        f.unit.text.push_back(std::move(bytes));
+    }
+    f.unit.sprm.close_row();
+}
+
+void add_unit(const flattening& f, int b, int i) {
+    const int s = f.be.i_be[at(b)];
+    f.unit.i_lib.push_back(s);
+    f.unit.i_inst.push_back(i);
+    const auto through = [&](auto element, auto instance, int j) {
+        return (f.inst.*instance).row(i)[(f.be.*element).row(b)[j]];
+    };
+    const numbering& w = f.number;
+    for (int j = 0; j < (f.be.*w.element).size(b); ++j) {
+        int& to = w.lu_to[at(without_ground_words(w.names, through(w.element, w.instance, j)))];
+        if (to < 0) to = w.n++;
+        w.unit.add(to);
+    }
+    w.unit.close_row();
+    for (const passed_list& p : f.passed) {
+        for (int j = 0; j < (f.be.*p.element).size(b); ++j) p.unit->add(through(p.element, p.instance, j));
+        p.unit->close_row();
+    }
+    add_parameters(f.be.iprm, f.be.iprm_flag, f.inst.iprm, f.unit.iprm, b, i);
+    add_parameters(f.be.rprm, f.be.rprm_flag, f.inst.rprm, f.unit.rprm, b, i);
+    if (f.with_start_values) {
+        add_parameters(f.be.sv, f.be.sv_flag, f.inst.sv, f.unit.sv, b, i);
+        add_parameters(f.be.ig, f.be.ig_flag, f.inst.ig, f.unit.ig, b, i);
+    } else {
+        f.unit.sv.close_row();
+        f.unit.ig.close_row();
+    }
+    add_texts(f, b, i);
+    for (const counted_list& l : f.counted) l.first->push_back(l.first->back() + (f.lib.list.*l.list).count(s));
+    f.unit.first_func.push_back(f.unit.first_func.back() + f.lib.func.n_func(s));
+    ++f.unit.n;
+}
+
+void flatten(const flattening& f) {
+    f.number.lu_to.assign(at(f.number.names.n_lu), -1);
+    for (const counted_list& l : f.counted) *l.first = {0};
+    f.first_unit = {0};
+    for (int i = 0; i < f.inst.n; ++i) {
+        const int e = f.inst.i_lib[at(i)];
+        for (int b = f.be.first_be[at(e)]; b < f.be.first_be[at(e) + 1]; ++b) add_unit(f, b, i);
+        f.first_unit.push_back(f.unit.n);
+    }
+    // Ground words share the reference's number, so that outputs and sensed nodes on them read 0.
+    const name_table& names = f.number.names;
+    if (names.ref >= 0)
+        for (int k = 0; k < names.n(); ++k)
+            if (names.is_ground[at(k)]) f.number.lu_to[at(k)] = f.number.lu_to[at(names.ref)];
+}
+
+// ---- sensed nodes and branches, which need all units to exist ----
+
+int sensed_node(const flattening& f, int u, int j) {
+    const int i = f.unit.i_inst[at(u)], b = f.element(u);
+    const int lu =
+        f.be.in_flag.row(b)[j] < 0 ? f.inst.nd.row(i)[f.be.in.row(b)[j]] : f.inst.in.row(i)[f.be.in_flag.row(b)[j]];
+    return f.number.lu_to[at(without_ground_words(f.number.names, lu))];
+}
+
+// The unit of a sensed branch; -1 with the fault, if it is none.
+int sensed_unit(const flattening& f, int u, int j, const char*& fault) {
+    const int i = f.unit.i_inst[at(u)], b = f.element(u), flag = f.be.ib_flag.row(b)[j];
+    fault = "  flag_ib0 = -2 for some ece";
+    if (flag == -2) return -1;
+    if (flag < 0) return f.first_unit[at(i)] + f.be.ib.row(b)[j];
+    const int other = f.inst.ib.row(i)[flag];
+    fault = "  ind. branch must have a single ebe.";
+    return f.first_unit[at(other) + 1] - f.first_unit[at(other)] == 1 ? f.first_unit[at(other)] : -1;
 }
 
 [[noreturn]] void unit_fault(const char* what, const char* halting) {
     halt({"ebeu_class:set_values_1", what, halting});
 }
 
-// Sensed nodes and branches need all units to exist.
-void link_sensed(circuit& c) {
-    const eels_class& eels = c.lib.eels;
-    ebeu_class& u = c.ebeu;
-    const name_table& ect = c.cct.ect;
+void link_sensed(const flattening& f, ebeu_class& u) {
     for (int k = 0; k < u.unit.n; ++k) {
-        const int i = u.unit.i_inst[at(k)], e = c.eelu.i_lib[at(i)];
-        const int b = eels.be.first_be[at(e)] + k - c.eelu.first_unit[at(i)];
-        for (int j = 0; j < eels.be.in.size(b); ++j) {
-            const int flag = eels.be.in_flag.row(b)[j];
-            const int lu = flag < 0 ? c.eelu.nd.row(i)[eels.be.in.row(b)[j]] : c.eelu.in.row(i)[flag];
-            const int nd = ect.lu_to_eu[at(without_ground_words(ect, lu))];
+        for (int j = 0; j < f.be.in.size(f.element(k)); ++j) {
+            const int nd = sensed_node(f, k, j);
             if (nd < 0) unit_fault("   An independent node not assigned?", "   Halting..");
             u.in.add(nd);
         }
         u.in.close_row();
-        for (int j = 0; j < eels.be.ib.size(b); ++j) {
-            const int flag = eels.be.ib_flag.row(b)[j];
-            if (flag == -2) unit_fault("  flag_ib0 = -2 for some ece", "  Halting..");
-            int target = 0;
-            if (flag < 0) {
-                target = c.eelu.first_unit[at(i)] + eels.be.ib.row(b)[j];
-            } else {
-                const int other = c.eelu.ib.row(i)[flag];
-                if (c.eelu.first_unit[at(other) + 1] - c.eelu.first_unit[at(other)] != 1)
-                    unit_fault("  ind. branch must have a single ebe.", "  Halting..");
-                target = c.eelu.first_unit[at(other)];
-            }
+        for (int j = 0; j < f.be.ib.size(f.element(k)); ++j) {
+            const char* fault = "";
+            const int target = sensed_unit(f, k, j, fault);
+            if (target < 0) unit_fault(fault, "  Halting..");
             if (u.first_aux[at(target) + 1] == u.first_aux[at(target)])
                 unit_fault("  ind. branch has no auxiliary variable.", "  Halting..");
             u.ib.add(target);
@@ -102,108 +191,70 @@ void link_sensed(circuit& c) {
     }
 }
 
-void allocate_values(ebeu_class& u) {
-    const std::size_t n_nd = at(u.n_nd);
-    u.val_nd.assign(n_nd, 0.0);
-    u.val_nd_new.assign(n_nd, 0.0);
-    for (auto* v : {&u.nodev, &u.nodev_new, &u.cur_nd}) v->assign(u.nd.data.size(), 0.0);
-    u.vin.assign(u.in.data.size(), 0.0);
-    u.curind.assign(u.ib.data.size(), 0.0);
-    u.val_vr.assign(u.vr.data.size(), 0.0);
-    u.val_xvr.assign(u.xvr.data.size(), 0.0);
-    u.dvar.assign(u.dgtl.data.size(), 0);
-    for (auto* v : {&u.aux, &u.aux_new}) v->assign(at(u.n_ttlaux()), 0.0);
-    for (auto* v : {&u.auxs, &u.auxs_new}) v->assign(at(u.n_ttlauxs()), 0.0);
-    u.locv.assign(at(u.n_ttllocv()), 0.0);
-    u.f.assign(at(u.unit.n_ttlf()), 0.0);
-    u.time_nextbreak.assign(at(u.unit.n), 0.0);
-    u.break_jumps.assign(at(u.unit.n), 0);
+// Sensed nodes and branches may be without a small-signal number: an instance need not have a small-signal half.
+void link_sensed(const flattening& f, ebau_class& u) {
+    for (int k = 0; k < u.unit.n; ++k) {
+        const char* fault = "";
+        for (int j = 0; j < f.be.in.size(f.element(k)); ++j) u.in.add(sensed_node(f, k, j));
+        u.in.close_row();
+        for (int j = 0; j < f.be.ib.size(f.element(k)); ++j) u.ib.add(sensed_unit(f, k, j, fault));
+        u.ib.close_row();
+    }
+}
+
+// ---- values ----
+
+template <class... T>
+void zeros(std::size_t n, std::vector<T>&... values) {
+    (values.assign(n, T{}), ...);
 }
 }  // namespace
 
 void flatten_ebeu(circuit& c) {
-    const eels_class& eels = c.lib.eels;
-    const ebes_class& ebes = c.lib.ebes;
     ebeu_class& u = c.ebeu;
     name_table& ect = c.cct.ect;
-    ect.lu_to_eu.assign(at(ect.n_lu), -1);
-    u.first_aux = u.first_auxs = u.first_locv = {0};
-    c.eelu.first_unit = {0};
-    const parameter_copy copy_parameters{eels.be, c.eelu, u.unit};
-    for (int i = 0; i < c.eelu.n; ++i) {
-        const int e = c.eelu.i_lib[at(i)];
-        for (int b = eels.be.first_be[at(e)]; b < eels.be.first_be[at(e) + 1]; ++b) {
-            const int s = eels.be.i_be[at(b)];
-            u.unit.i_lib.push_back(s);
-            u.unit.i_inst.push_back(i);
-            if (ebes.flag.ground_dummy[at(s)])
-                u.ground_units.push_back(u.unit.n);
-            else
-                u.n_ttlnd_kcl += eels.be.node.size(b);
-            for (int j = 0; j < eels.be.node.size(b); ++j) {
-                const int lu = without_ground_words(ect, c.eelu.nd.row(i)[eels.be.node.row(b)[j]]);
-                u.nd.add(number_node(ect.lu_to_eu, lu, u.n_nd));
-            }
-            u.nd.close_row();
-            auto through = [&](const row_table<int>& be, const row_table<int>& inst, row_table<int>& to) {
-                for (int j = 0; j < be.size(b); ++j) to.add(inst.row(i)[be.row(b)[j]]);
-                to.close_row();
-            };
-            through(eels.be.dgtl, c.eelu.dgtl, u.dgtl);
-            through(eels.be.vr, c.eelu.vr, u.vr);
-            through(eels.be.xvr, c.eelu.xvr, u.xvr);
-            copy_parameters(b, i, true);
-            u.first_aux.push_back(u.first_aux.back() + ebes.list.aux.count(s));
-            u.first_auxs.push_back(u.first_auxs.back() + ebes.list.auxs.count(s));
-            u.first_locv.push_back(u.first_locv.back() + ebes.list.locv.count(s));
-            u.unit.first_func.push_back(u.unit.first_func.back() + ebes.func.n_func(s));
-            ++u.unit.n;
-        }
-        c.eelu.first_unit.push_back(u.unit.n);
+    const flattening f(c, fam_e, family_forms[fam_e].units[0], {&B::node, &I::nd, ect, ect.lu_to_eu, u.n_nd, u.nd},
+                       {{&B::dgtl, &I::dgtl, &u.dgtl}, {&B::vr, &I::vr, &u.vr}, {&B::xvr, &I::xvr, &u.xvr}},
+                       {{&L::aux, &u.first_aux}, {&L::auxs, &u.first_auxs}, {&L::locv, &u.first_locv}});
+    flatten(f);
+    for (int k = 0; k < u.n(); ++k) {
+        if (c.lib.ebes.flag.ground_dummy[at(u.unit.i_lib[at(k)])])
+            u.ground_units.push_back(k);
+        else
+            u.n_ttlnd_kcl += u.nd.size(k);
     }
-    // Ground words share the reference's number, so that outputs and sensed nodes on them read 0.
-    if (ect.ref >= 0)
-        for (int k = 0; k < ect.n(); ++k)
-            if (ect.is_ground[at(k)]) ect.lu_to_eu[at(k)] = ect.lu_to_eu[at(ect.ref)];
     ect.n_eu = u.n_nd;
-    link_sensed(c);
-    allocate_values(u);
+    link_sensed(f, u);
+    zeros(at(u.n_nd), u.val_nd, u.val_nd_new);
+    zeros(u.nd.data.size(), u.nodev, u.nodev_new, u.cur_nd);
+    zeros(u.in.data.size(), u.vin);
+    zeros(u.ib.data.size(), u.curind);
+    zeros(u.vr.data.size(), u.val_vr);
+    zeros(u.xvr.data.size(), u.val_xvr);
+    zeros(u.dgtl.data.size(), u.dvar);
+    zeros(at(u.n_ttlaux()), u.aux, u.aux_new);
+    zeros(at(u.n_ttlauxs()), u.auxs, u.auxs_new);
+    zeros(at(u.n_ttllocv()), u.locv);
+    zeros(at(u.unit.n_ttlf()), u.f);
+    zeros(at(u.n()), u.time_nextbreak, u.break_jumps);
 }
 
 void flatten_gbeu(circuit& c) {
-    const gels_class& gels = c.lib.gels;
     gbeu_class& u = c.gbeu;
     name_table& gct = c.cct.gct;
-    gct.lu_to_eu.assign(at(gct.n_lu), -1);
-    u.first_aux = {0};
-    c.gelu.first_unit = {0};
-    const parameter_copy copy_parameters{gels.be, c.gelu, u.unit};
-    for (int i = 0; i < c.gelu.n; ++i) {
-        const int e = c.gelu.i_lib[at(i)];
-        for (int b = gels.be.first_be[at(e)]; b < gels.be.first_be[at(e) + 1]; ++b) {
-            const int s = gels.be.i_be[at(b)];
-            u.unit.i_lib.push_back(s);
-            u.unit.i_inst.push_back(i);
-            for (int j = 0; j < gels.be.vr.size(b); ++j)
-                u.vr.add(number_node(gct.lu_to_eu, c.gelu.vr.row(i)[gels.be.vr.row(b)[j]], u.n_vr));
-            u.vr.close_row();
-            for (int j = 0; j < gels.be.xvr.size(b); ++j) u.xvr.add(c.gelu.xvr.row(i)[gels.be.xvr.row(b)[j]]);
-            u.xvr.close_row();
-            copy_parameters(b, i, true);
-            u.first_aux.push_back(u.first_aux.back() + c.lib.gbes.list.aux.count(s));
-            u.unit.first_func.push_back(u.unit.first_func.back() + c.lib.gbes.func.n_func(s));
-            ++u.unit.n;
-        }
-        c.gelu.first_unit.push_back(u.unit.n);
-    }
+    flatten({c,
+             fam_g,
+             family_forms[fam_g].units[0],
+             {&B::vr, &I::vr, gct, gct.lu_to_eu, u.n_vr, u.vr},
+             {{&B::xvr, &I::xvr, &u.xvr}},
+             {{&L::aux, &u.first_aux}}});
     gct.n_eu = u.n_vr;
-    for (auto* v : {&u.val_vr, &u.val_vr_new}) v->assign(at(u.n_vr), 0.0);
-    for (auto* v : {&u.vr_in, &u.vr_in_new}) v->assign(u.vr.data.size(), 0.0);
-    u.val_xvr.assign(u.xvr.data.size(), 0.0);
-    for (auto* v : {&u.aux, &u.aux_new}) v->assign(at(u.n_ttlaux()), 0.0);
-    u.f.assign(at(u.unit.n_ttlf()), 0.0);
-    u.time_nextbreak.assign(at(u.unit.n), 0.0);
-    u.break_jumps.assign(at(u.unit.n), 0);
+    zeros(at(u.n_vr), u.val_vr, u.val_vr_new);
+    zeros(u.vr.data.size(), u.vr_in, u.vr_in_new);
+    zeros(u.xvr.data.size(), u.val_xvr);
+    zeros(at(u.n_ttlaux()), u.aux, u.aux_new);
+    zeros(at(u.unit.n_ttlf()), u.f);
+    zeros(at(u.n()), u.time_nextbreak, u.break_jumps);
 }
 
 void link_general_variables(circuit& c) {
@@ -212,63 +263,17 @@ void link_general_variables(circuit& c) {
 }
 
 void flatten_ebau(circuit& c) {
-    const eels_class& eels = c.lib.eels;
-    const ebac_class& ebac = c.lib.ebac;
     ebau_class& u = c.ebau;
     name_table& ect = c.cct.ect;
-    ect.lu_to_au.assign(at(ect.n_lu), -1);
-    u.first_aux = {0};
-    c.eelu.first_unit_ac = {0};
-    const parameter_copy copy_parameters{eels.beac, c.eelu, u.unit};
-    for (int i = 0; i < c.eelu.n; ++i) {
-        const int e = c.eelu.i_lib[at(i)];
-        for (int b = eels.beac.first_be[at(e)]; b < eels.beac.first_be[at(e) + 1]; ++b) {
-            const int s = eels.beac.i_be[at(b)];
-            u.unit.i_lib.push_back(s);
-            u.unit.i_inst.push_back(i);
-            const int bias = eels.beac.acprm_be[at(b)];
-            u.index_ebeu.push_back(bias < 0 ? -1 : c.eelu.first_unit[at(i)] + bias);
-            for (int j = 0; j < eels.beac.node.size(b); ++j) {
-                const int lu = without_ground_words(ect, c.eelu.nd.row(i)[eels.beac.node.row(b)[j]]);
-                u.nd.add(number_node(ect.lu_to_au, lu, u.n_nd));
-            }
-            u.nd.close_row();
-            for (int j = 0; j < eels.beac.vr.size(b); ++j) u.vr.add(c.eelu.vr.row(i)[eels.beac.vr.row(b)[j]]);
-            u.vr.close_row();
-            copy_parameters(b, i, false);
-            u.first_aux.push_back(u.first_aux.back() + ebac.list.aux.count(s));
-            u.unit.first_func.push_back(u.unit.first_func.back() + ebac.func.n_func(s));
-            ++u.unit.n;
-        }
-        c.eelu.first_unit_ac.push_back(u.unit.n);
-    }
-    if (ect.ref >= 0)
-        for (int k = 0; k < ect.n(); ++k)
-            if (ect.is_ground[at(k)]) ect.lu_to_au[at(k)] = ect.lu_to_au[at(ect.ref)];
+    const flattening f(c, fam_e, family_forms[fam_e].units[1], {&B::node, &I::nd, ect, ect.lu_to_au, u.n_nd, u.nd},
+                       {{&B::vr, &I::vr, &u.vr}}, {{&L::aux, &u.first_aux}});
+    flatten(f);
     ect.n_au = u.n_nd;
-    // Sensed nodes may be without a small-signal number: an instance need not have a small-signal half.
-    for (int k = 0; k < u.unit.n; ++k) {
-        const int i = u.unit.i_inst[at(k)], e = c.eelu.i_lib[at(i)];
-        const int b = eels.beac.first_be[at(e)] + k - c.eelu.first_unit_ac[at(i)];
-        for (int j = 0; j < eels.beac.in.size(b); ++j) {
-            const int flag = eels.beac.in_flag.row(b)[j];
-            const int lu = flag < 0 ? c.eelu.nd.row(i)[eels.beac.in.row(b)[j]] : c.eelu.in.row(i)[flag];
-            u.in.add(ect.lu_to_au[at(without_ground_words(ect, lu))]);
-        }
-        u.in.close_row();
-        for (int j = 0; j < eels.beac.ib.size(b); ++j) {
-            const int flag = eels.beac.ib_flag.row(b)[j];
-            int target = -1;
-            if (flag == -1) target = c.eelu.first_unit_ac[at(i)] + eels.beac.ib.row(b)[j];
-            if (flag >= 0) {
-                const int other = c.eelu.ib.row(i)[flag];
-                if (c.eelu.first_unit_ac[at(other) + 1] - c.eelu.first_unit_ac[at(other)] == 1)
-                    target = c.eelu.first_unit_ac[at(other)];
-            }
-            u.ib.add(target);
-        }
-        u.ib.close_row();
+    for (int k = 0; k < u.n(); ++k) {
+        const int bias = f.be.acprm_be[at(f.element(k))];
+        u.index_ebeu.push_back(bias < 0 ? -1 : c.eelu.first_unit[at(u.unit.i_inst[at(k)])] + bias);
     }
+    link_sensed(f, u);
 }
 
 void check_ebeu(const circuit& c, const char* message) {

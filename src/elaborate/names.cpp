@@ -28,7 +28,7 @@ void add_name(circuit& c, name_table cct_class::*which, std::string_view word) {
 }
 }  // namespace
 
-std::vector<element_statement> find_element_statements(const circuit_file& cf) {
+std::vector<element_statement> find_element_statements(circuit_file& cf) {
     std::vector<element_statement> found;
     for (int i = cf.n_begin_cct + 1; i < cf.n_end_cct; ++i) {
         const family_form* form = family_of_keyword(cf.text.word(i, 0));
@@ -56,7 +56,7 @@ void number_names_of(circuit& c, element_statement& s) {
     at_word(s.at_type);
     s.i_lib = lib.find(s.w[s.at_type]);
     if (s.i_lib < 0)
-        word_not_found("find_word_3", s.w[s.at_type], line("cct_class: ", s.form->library, "_name not found"));
+        word_not_found("find_word_3", s.w[s.at_type], line("cct_class: ", s.form->lib.name, "_name not found"));
     for (const bound_list& b : s.form->bound) {
         const word_list& list = lib.list.*(b.list);
         for (int j = 0; j < list.count(s.i_lib); ++j) {
@@ -66,9 +66,10 @@ void number_names_of(circuit& c, element_statement& s) {
                 at_word(0);
                 const int at_name = find_word_EO_1(s.w, "name", odd_words);
                 const bool named = at_name >= 0 && at_name + 1 < s.w.size();
-                halt({line("cct_class: (", s.form->keyword, ") ", b.what, " not found."),
+                halt({line("cct_class: (", s.form->lib.statement, ") ", b.what, " not found."),
                       line("   ", b.what, " is ", key),
-                      line("   ", s.form->keyword, " name is ", named ? s.w.str(at_name + 1) : ""), "   Halting..."});
+                      line("   ", s.form->lib.statement, " name is ", named ? s.w.str(at_name + 1) : ""),
+                      "   Halting..."});
             }
             add_name(c, b.names, pick_word_1(s.w, at + 1));
         }

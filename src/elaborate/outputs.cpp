@@ -2,12 +2,11 @@
 
 #include <algorithm>
 
+#include "base/at.h"
 #include "base/halt.h"
 #include "elaborate/families.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // A left word that names something of the deck itself.
 struct global_word {
     std::string_view word;

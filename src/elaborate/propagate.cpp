@@ -1,12 +1,11 @@
 #include <cmath>
 
+#include "base/at.h"
 #include "base/halt.h"
 #include "elaborate/circuit.h"
 #include "elaborate/families.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 template <class T>
 void copy_linked(const row_table<int>& flag, int b, const row_table<T>& from, int i, row_table<T>& to, int u) {
     for (int j = 0; j < flag.size(b); ++j)
@@ -14,12 +13,12 @@ void copy_linked(const row_table<int>& flag, int b, const row_table<T>& from, in
 }
 
 // Linked parameters only: constants that models derived and output slots of the units stay as they are.
-void push_to_units(const element_table& be, const instance_core& inst, const row_table<double>& rprm, int i, int e,
-                   int first_unit, bool with_start_values, unit_core& unit) {
+void push_to_units(const element_table& be, const instance_core& inst, int i, int e, int first_unit,
+                   bool with_start_values, unit_core& unit) {
     for (int k = 0; k < be.n_be(e); ++k) {
         const int b = be.first_be[at(e)] + k, u = first_unit + k;
         copy_linked(be.iprm_flag, b, inst.iprm, i, unit.iprm, u);
-        copy_linked(be.rprm_flag, b, rprm, i, unit.rprm, u);
+        copy_linked(be.rprm_flag, b, inst.rprm, i, unit.rprm, u);
         if (!with_start_values) continue;
         copy_linked(be.sv_flag, b, inst.sv, i, unit.sv, u);
         copy_linked(be.ig_flag, b, inst.ig, i, unit.ig, u);
@@ -32,10 +31,8 @@ void instance_changed(circuit& c, int fam, int i) {
     const composite_library& lib = c.lib.composites(fam);
     const int e = inst.i_lib[at(i)];
     eval_rprm_1(lib, e, inst.rprm.row(i));
-    if (fam == fam_g) push_to_units(lib.be, inst, inst.rprm, i, e, inst.first_unit[at(i)], true, c.gbeu.unit);
-    if (fam != fam_e) return;  // the other families have no units yet
-    push_to_units(lib.be, inst, inst.rprm, i, e, inst.first_unit[at(i)], true, c.ebeu.unit);
-    push_to_units(lib.beac, inst, inst.rprm, i, e, inst.first_unit_ac[at(i)], false, c.ebau.unit);
+    for (const unit_table& t : family_forms[fam].units)
+        push_to_units(lib.*t.elements, inst, i, e, (inst.*t.first_unit)[at(i)], t.with_start_values, t.units(c));
 }
 
 void check_expressions(const circuit& c) {

@@ -6,27 +6,36 @@
 #include "library/composite/composite_reader.h"
 #include "library/composite/empty_library.h"
 
+const library_place library_places[n_libraries] = {
+    {&libraries::ebes, nullptr, &flags_class::map_global_ebe},
+    {&libraries::gbes, nullptr, &flags_class::map_global_gbe},
+    {&libraries::ebac, nullptr, &flags_class::map_global_sse},
+    {&libraries::gbac, nullptr, &flags_class::map_global_ssg},
+    {&libraries::dbes, nullptr, &flags_class::map_global_dbe},
+    {&libraries::xbes, nullptr, &flags_class::map_global_xbe},
+    {&libraries::xbac, nullptr, &flags_class::map_global_ssx},
+    {nullptr, &libraries::eels, &flags_class::map_global_ece},
+    {nullptr, &libraries::gels, &flags_class::map_global_gce},
+    {nullptr, &libraries::dels, nullptr},
+    {nullptr, &libraries::xels, &flags_class::map_global_xce},
+    {nullptr, &libraries::gmes, nullptr},
+};
+
 void read_libraries(libraries& lib, const library_source& source) {
-    const auto basic = [&](const library_form& form, basic_library& to) {
-        text_file text = source(form.path, form.class_name);
-        read_library_text(text, form, nullptr, to);
+    const auto basic = [&](const library_form& form) -> basic_library& {
+        return lib.*library_places[number_of(form)].basic;
     };
-    const auto composite = [&](const composite_form& form, const basic_library& be, const basic_library& be_ac,
-                               composite_library& to) {
-        text_file text = source(form.path, form.class_name);
-        read_composites(text, form, be, be_ac, to);
-    };
-    const auto pending = [&](const char* name) {
-        check_empty_library(source(line(".tnlaux/", name, ".aux"), line(name, "_class")), line(name, "_class"));
-    };
-    basic(ebes_form, lib.ebes);
-    basic(gbes_form, lib.gbes);
-    basic(ebac_form, lib.ebac);
-    basic(gbac_form, lib.gbac);
-    for (const char* name : {"dbes", "xbes", "xbac"}) pending(name);
-    composite(eels_form, lib.ebes, lib.ebac, lib.eels);
-    composite(gels_form, lib.gbes, lib.gbac, lib.gels);
-    for (const char* name : {"dels", "xels", "gmes"}) pending(name);
+    for (int i = 0; i < n_libraries; ++i) {
+        const std::string class_name(library_forms[i].class_name);
+        text_file text = source(std::string(library_forms[i].path), class_name);
+        if (const basic_form* form = basic_form_of(i))
+            read_library_text(text, *form, nullptr, basic(form->lib));
+        else if (const composite_form* composites = composite_form_of(i))
+            read_composites(text, *composites, basic(composites->basic), basic(composites->basic_ac),
+                            lib.*library_places[i].composites);
+        else
+            check_empty_library(text, class_name);
+    }
 }
 
 void read_circuit(circuit& c, const reading_steps& done) {

@@ -4,8 +4,19 @@
 #include <functional>
 #include <string>
 
+#include "base/flags_class.h"
 #include "base/text_file.h"
+#include "deck/library_forms.h"
 #include "elaborate/circuit.h"
+
+// Where a library of library_forms stands, as one of basic elements or of composites, and the global numbers of its
+// entries, if it has a list file.
+struct library_place {
+    basic_library libraries::*basic;
+    composite_library libraries::*composites;
+    std::vector<int> flags_class::*numbers;
+};
+extern const library_place library_places[n_libraries];
 
 // The text of a library by its path in a working folder, ".tnlaux/ebes.aux". who: for the message where it is not
 // there.

@@ -1,11 +1,10 @@
 #include "elaborate/rparm_links.h"
 
+#include "base/at.h"
 #include "base/halt.h"
 #include "elaborate/families.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 constexpr family searched[] = {fam_e, fam_gm, fam_d, fam_g, fam_x};
 
 // What differs between writing and reading.
@@ -21,11 +20,6 @@ constexpr link_kind writers = {"set_rparm_1",     "set_rparm", &entry_flags::set
                                &rparm_links::set, "k",         &rparm_link::factor};
 constexpr link_kind readers = {"get_rparm_1",     "get_rparm", &entry_flags::get_rparm_1,
                                &rparm_links::get, "value",     &rparm_link::value};
-
-// The units of a family, if it has any.
-const unit_core* units_of(const circuit& c, int fam) {
-    return fam == fam_e ? &c.ebeu.unit : fam == fam_g ? &c.gbeu.unit : nullptr;
-}
 
 void find_target(const circuit& c, const link_kind& kind, const char* element, const char* parm, rparm_link& link) {
     for (family fam : searched) {
@@ -47,9 +41,9 @@ void find_target(const circuit& c, const link_kind& kind, const char* element, c
 }
 
 // Where the composite of the target feeds its units from the parameter.
-void find_source(const circuit& c, rparm_link& link) {
-    const unit_core* unit = units_of(c, link.family);
-    if (unit == nullptr) return;
+void find_source(circuit& c, rparm_link& link) {
+    if (family_forms[link.family].units.empty()) return;
+    const unit_core& unit = family_forms[link.family].units[0].units(c);
     const instance_core& inst = c.instances(link.family);
     const element_table& be = c.lib.composites(link.family).be;
     const int e = inst.i_lib[at(link.instance)];
@@ -59,7 +53,7 @@ void find_source(const circuit& c, rparm_link& link) {
         for (int j = 0; j < flag.size(b); ++j) {
             if (flag.row(b)[j] != link.index) continue;
             ++link.n_source;
-            link.source = (link.is_start ? unit->sv : unit->rprm).first[at(u)] + j;
+            link.source = (link.is_start ? unit.sv : unit.rprm).first[at(u)] + j;
             link.source_unit = u;
         }
     }

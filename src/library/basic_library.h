@@ -37,12 +37,12 @@ using gbes_class = basic_library;
 using gbac_class = basic_library;
 
 // All that makes one family's library different from the others (see basic_forms.cpp).
-struct library_form;
-extern const library_form ebes_form, ebac_form, gbes_form, gbac_form;
+struct basic_form;
+extern const basic_form ebes_form, ebac_form, gbes_form, gbac_form;
 
 // Reads a whole library file ("<class>: file <path> does not exist. Halting..." if it cannot be opened). With
 // write_glue and the second word of constants 1 or 2 it also writes the family's sources into the folder of the file.
-void read_library(const std::string& path, const library_form& form, truefalse write_glue,
+void read_library(const std::string& path, const basic_form& form, truefalse write_glue,
                   const constants_class& constants, basic_library& lib);
 
 ebes_class read_ebes(truefalse write_glue, const constants_class& constants);  // .tnlaux/ebes.aux

@@ -2,7 +2,7 @@
 
 #include "base/halt.h"
 
-std::vector<int> entry_counts(const library_form& form, const basic_library& lib, int e) {
+std::vector<int> entry_counts(const basic_form& form, const basic_library& lib, int e) {
     std::vector<int> counts;
     for (const list_line& l : form.lines)
         counts.push_back(std::visit([&](auto list) { return (lib.list.*list).count(e); }, l.member));
@@ -10,11 +10,11 @@ std::vector<int> entry_counts(const library_form& form, const basic_library& lib
     return counts;
 }
 
-void check_entry_counts(const library_form& form, const basic_library& lib, int e, std::span<const int> model) {
+void check_entry_counts(const basic_form& form, const basic_library& lib, int e, std::span<const int> model) {
     const std::vector<int> counts = entry_counts(form, lib, e);
     for (std::size_t k = 0; k < counts.size(); ++k)
         if (counts[k] < model[k])
-            halt({line(form.class_name, ": entry ", lib.list.entry[e], " is smaller than its model."),
+            halt({line(form.lib.class_name, ": entry ", lib.list.entry[e], " is smaller than its model."),
                   line("   ", k < form.lines.size() ? form.lines[k].keyword : "no_functions", " has ", counts[k],
                        ", the model uses ", model[k], "."),
                   "   Halting..."});

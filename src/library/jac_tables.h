@@ -1,24 +1,58 @@
-// jac_tables.h -- several dense tables over one array, for the objects in which models leave their derivatives.
+// jac_tables.h -- the tables of partial derivatives of a template, all in one array.
 #pragma once
-#include <cstddef>
+#include <span>
 #include <vector>
 
-// Sizes store and rows for one table of n_f rows for each count of columns, and n_work numbers behind them; all zero.
-// Gives the rows of each table, in order.
+#include "library/basic_library.h"
+
+// One object for each template; valid for that template alone. All tables stand in one array, `store`, and row pointers
+// give models the form jac->dfdv[function][terminal]. Units of a template share it: read it right after the call.
 template <class T>
-std::vector<T**> lay_tables(const std::vector<int>& columns, int n_f, std::size_t n_work, std::vector<T>& store,
-                            std::vector<T*>& rows) {
-    const auto n_rows = static_cast<std::size_t>(n_f);
+struct jac_tables {
+    using number = T;
+    int n_f = 0;
+    std::vector<number> store;   // all numbers
+    std::vector<number*> rows;   // all row pointers: [tables][n_f]
+    std::vector<int> var_kinds;  // [tables] kind of variable of each
+
+    jac_tables() = default;
+    jac_tables(const jac_tables&) = delete;
+    jac_tables(jac_tables&&) = default;
+
+    // Index in store of the derivative of function j by variable m of a kind (var_kind); -1 for a kind without table.
+    int offset(int kind, int j, int m) const;
+};
+
+// One table of a class Jac of derivatives: the variables that it has columns for, and where models find it.
+template <class Jac>
+struct jac_table {
+    int kind;  // var_kind
+    word_list library_lists::*variables;
+    typename Jac::number** Jac::*table;
+    int Jac::*n;  // number of columns; null: models have no use for it
+};
+
+// Sizes store and rows for the tables of entry e, and n_work numbers behind them; all zero.
+template <class Jac>
+void lay_tables(Jac& jac, const basic_library& lib, int e, std::span<const jac_table<Jac>> tables,
+                std::size_t n_work = 0) {
+    using number = typename Jac::number;
+    jac.n_f = lib.func.n_func(e);
+    const auto n_rows = static_cast<std::size_t>(jac.n_f);
     std::size_t n = 0;
-    for (const int c : columns) n += static_cast<std::size_t>(c) * n_rows;
-    store.assign(n + n_work, T{});
-    rows.assign(columns.size() * n_rows, nullptr);
-    std::vector<T**> tables;
-    std::size_t at = 0;
-    for (std::size_t t = 0; t < columns.size(); ++t) {
-        tables.push_back(rows.data() + t * n_rows);
-        for (std::size_t j = 0; j < n_rows; ++j, at += static_cast<std::size_t>(columns[t]))
-            rows[t * n_rows + j] = store.data() + at;
+    for (const jac_table<Jac>& t : tables) {
+        const int columns = (lib.list.*t.variables).count(e);
+        if (t.n) jac.*t.n = columns;
+        n += static_cast<std::size_t>(columns) * n_rows;
     }
-    return tables;
+    jac.store.assign(n + n_work, number{});
+    jac.rows.assign(tables.size() * n_rows, nullptr);
+    jac.var_kinds.clear();
+    number** row = jac.rows.data();
+    number* next = jac.store.data();
+    for (const jac_table<Jac>& t : tables) {
+        jac.*t.table = row;
+        jac.var_kinds.push_back(t.kind);
+        for (int j = 0; j < jac.n_f; ++j, next += (lib.list.*t.variables).count(e)) *row++ = next;
+    }
 }

@@ -3,16 +3,14 @@
 #include "base/halt.h"
 #include "library/check_limit.h"
 
-namespace {
-void set_default(std::string_view word, const char*, int& value) { value = chr_to_int(word); }
-void set_default(std::string_view word, const char*, double& value) { value = chr_to_double(word); }
-void set_default(std::string_view word, const char* class_name, std::string& value) {
+void read_literal(std::string_view word, std::string_view, int& value) { value = chr_to_int(word); }
+void read_literal(std::string_view word, std::string_view, double& value) { value = chr_to_double(word); }
+void read_literal(std::string_view word, std::string_view class_name, std::string& value) {
     check_string(word, class_name);
     value = word;
 }
-}  // namespace
 
-void check_string(std::string_view word, const char* class_name) {
+void check_string(std::string_view word, std::string_view class_name) {
     constexpr std::size_t max_string = 50;
     if (word.size() > max_string)
         halt({line(class_name, ": nchr_s2=", word.size(), " is too large. Halting..."), "  sparm string is too long."});
@@ -24,19 +22,19 @@ void add_names(const words& w, word_list& list) {
 }
 
 template <class T>
-void add_pairs(const words& w, const char* class_name, const char* tag, pair_list<T>& list) {
+void add_pairs(const words& w, std::string_view class_name, const char* tag, pair_list<T>& list) {
     if (w.size() % 2 == 0) halt({line(class_name, ": k_rem is not zero (", tag, "). Halting...")});
     for (int i = 1; i < w.size(); i += 2) {
         list.name.pool.add(w[i]);
-        set_default(w[i + 1], class_name, list.dflt.emplace_back());
+        read_literal(w[i + 1], class_name, list.dflt.emplace_back());
     }
     list.name.close_entry();
 }
-template void add_pairs(const words&, const char*, const char*, pair_list<int>&);
-template void add_pairs(const words&, const char*, const char*, pair_list<double>&);
-template void add_pairs(const words&, const char*, const char*, pair_list<std::string>&);
+template void add_pairs(const words&, std::string_view, const char*, pair_list<int>&);
+template void add_pairs(const words&, std::string_view, const char*, pair_list<double>&);
+template void add_pairs(const words&, std::string_view, const char*, pair_list<std::string>&);
 
-void check_pool(const words& pool, const char* class_name, const char* tag, int max_words, int max_chars) {
+void check_pool(const words& pool, std::string_view class_name, const char* tag, int max_words, int max_chars) {
     check_limit(pool.size(), max_words, class_name, ": n_ttl", tag, " is too large!");
     check_limit(pool.n_chr(), max_chars, class_name, ": n_ttl", tag, "chr is too large!");
 }

@@ -6,10 +6,15 @@
 // and so does a string that is too long.
 void add_names(const words& w, word_list& list);
 template <class T>
-void add_pairs(const words& w, const char* class_name, const char* tag, pair_list<T>& list);
+void add_pairs(const words& w, std::string_view class_name, const char* tag, pair_list<T>& list);
+
+// The value of a word of a library.
+void read_literal(std::string_view word, std::string_view class_name, int& value);
+void read_literal(std::string_view word, std::string_view class_name, double& value);
+void read_literal(std::string_view word, std::string_view class_name, std::string& value);
 
 // A string parameter of a library has at most 50 characters.
-void check_string(std::string_view word, const char* class_name);
+void check_string(std::string_view word, std::string_view class_name);
 
 // Halts when the words or characters of a list are too many for the library.
-void check_pool(const words& pool, const char* class_name, const char* tag, int max_words, int max_chars);
+void check_pool(const words& pool, std::string_view class_name, const char* tag, int max_words, int max_chars);

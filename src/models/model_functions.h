@@ -9,7 +9,6 @@ struct flags_class;
 struct math_cnst_class;
 
 // ---- resistive curves
-// --------------------------------------------------------------------------------------------------
 
 // A switch: off i = g_off v. On, i = g_on (v - v_on) from v_knee = v_on/0.9999 upwards and g_knee v below it, with
 // g_knee = 0.0001 g_on; the lines meet at v_knee. So a switch that is on blocks reverse current.
@@ -24,7 +23,6 @@ void switch_current(const switch_curve& s, bool on, double v, double& i, double&
 void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const flags_class* flags);
 
 // ---- branches with their current as unknown
-// ------------------------------------------------------------------------------
 
 // A branch from terminal 0 to terminal 1 of the voltage u, V. Its current into terminal 0 is aux 0, in start-up auxs 0.
 // Rows 0 and 1 are those of the terminals, row 2 is the branch; in start-up the same from first_s on. Each only if
@@ -37,7 +35,6 @@ void source_branch(double u, const double* v, const double* aux, const double* a
 void winding_currents(const double* i, double** dfdi, int row, double* f, const flags_class* flags);
 
 // ---- junction diode (Nagel 1975; Antognetti and Massobrio, chapter 1)
-// ----------------------------------------------------
 
 // Parameters as in the element, then what is derived from them.
 struct junction_diode {
@@ -70,7 +67,6 @@ inline bool junction_at(const junction_diode& d, const double* v, double gmin, d
 }
 
 // ---- numeric Jacobian
-// ----------------------------------------------------------------------------------------------------
 
 using function_only = void (*)(int* iparm, double* rparm, double* v, double* vind, double* curind, double* aux,
                                double* vr, double* f, flags_class* flags, math_cnst_class* math_cnst);
@@ -81,7 +77,6 @@ void dfdx_e(function_only funcs, int* iparm, double* rparm, const double* v, con
             int n_rows, const int* rows);
 
 // ---- small-signal forms
-// ----------------------------------------------------------------------------------------------------
 
 // An admittance y, S, from terminal 0 to terminal 1.
 void two_terminal_admittance(std::complex<double> y, const std::complex<double>* v, std::complex<double>* f,

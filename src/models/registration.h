@@ -1,70 +1,60 @@
 // registration.h -- from the name of an element to its compiled function.
 #pragma once
-#include <complex>
+#include <span>
 #include <string_view>
 
 #include "models/runs.h"
 
-struct ebac1_class;
-struct gbac1_class;
-
 // counts: words of each list of the entry that the model was compiled from, in the order of its lines, then its
 // functions. The model indexes its arrays by them.
-struct ebe_registration {
+template <class Call>
+struct registration {
     std::string_view name;
-    ebe_function function;
-    int counts[15];
-    ebe_run_function run;  // the same for rows of units
+    model_function<Call> function = nullptr;
+    int counts[Call::n_counts] = {};
+    typename unit_run<Call>::run_function run = nullptr;  // the same for rows of units; null: there is none
 };
 
-// All electrical elements of this build; written by the build from the element files.
+// All elements of this build, family by family; written by the build from the element files.
+using ebe_registration = registration<ebe_call>;
+using gbe_registration = registration<gbe_call>;
+using ebe_ac_registration = registration<ebe_ac_call>;
+using gbe_ac_registration = registration<gbe_ac_call>;
 extern const ebe_registration ebe_registrations[];
-extern const int n_ebe_registrations;
-
-ebe_function find_ebe(std::string_view name);  // null if there is no such model
-const ebe_registration* find_ebe_registration(std::string_view name);
-
-// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point,
-// or null.
-using ebe_ac_function = void (*)(const int i_ebau, int* iparm, char** sparm, double freq, double* rparm,
-                                 std::complex<double>* v, std::complex<double>* vind, std::complex<double>* curind,
-                                 std::complex<double>* aux, std::complex<double>* vr, std::complex<double>* f,
-                                 ebac1_class* jac, ebes1_class* ebe_jac, flags_class* flags, dp_class* dp,
-                                 math_cnst_class* math_cnst);
-
-struct ebe_ac_registration {
-    std::string_view name;
-    ebe_ac_function function;
-    int counts[9];
-};
-extern const ebe_ac_registration ebe_ac_registrations[];
-extern const int n_ebe_ac_registrations;
-
-ebe_ac_function find_ebe_ac(std::string_view name);  // null if there is no such model
-const ebe_ac_registration* find_ebe_ac_registration(std::string_view name);
-
-struct gbe_registration {
-    std::string_view name;
-    gbe_function function;
-    int counts[9];
-    gbe_run_function run;
-};
 extern const gbe_registration gbe_registrations[];
-extern const int n_gbe_registrations;
-
-gbe_function find_gbe(std::string_view name);  // null if there is no such model
-const gbe_registration* find_gbe_registration(std::string_view name);
-
-using gbe_ac_function = void (*)(const int i_gbau, int* iparm, char** sparm, double freq, double* rparm,
-                                 std::complex<double>* vr, std::complex<double>* aux, std::complex<double>* f,
-                                 gbac1_class* jac, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst);
-struct gbe_ac_registration {
-    std::string_view name;
-    gbe_ac_function function;
-    int counts[6];
-};
+extern const ebe_ac_registration ebe_ac_registrations[];
 extern const gbe_ac_registration gbe_ac_registrations[];
-extern const int n_gbe_ac_registrations;
+extern const int n_ebe_registrations, n_gbe_registrations, n_ebe_ac_registrations, n_gbe_ac_registrations;
 
-gbe_ac_function find_gbe_ac(std::string_view name);  // null if there is no such model
-const gbe_ac_registration* find_gbe_ac_registration(std::string_view name);
+template <class Call>
+std::span<const registration<Call>> registered();
+template <>
+inline std::span<const ebe_registration> registered<ebe_call>() {
+    return {ebe_registrations, static_cast<std::size_t>(n_ebe_registrations)};
+}
+template <>
+inline std::span<const gbe_registration> registered<gbe_call>() {
+    return {gbe_registrations, static_cast<std::size_t>(n_gbe_registrations)};
+}
+template <>
+inline std::span<const ebe_ac_registration> registered<ebe_ac_call>() {
+    return {ebe_ac_registrations, static_cast<std::size_t>(n_ebe_ac_registrations)};
+}
+template <>
+inline std::span<const gbe_ac_registration> registered<gbe_ac_call>() {
+    return {gbe_ac_registrations, static_cast<std::size_t>(n_gbe_ac_registrations)};
+}
+
+template <class Call>
+const registration<Call>* find_registration(std::string_view name) {
+    for (const registration<Call>& row : registered<Call>())
+        if (row.name == name) return &row;
+    return nullptr;
+}
+
+// Null if there is no such model.
+template <class Call>
+model_function<Call> find_model(std::string_view name) {
+    const registration<Call>* row = find_registration<Call>(name);
+    return row ? row->function : nullptr;
+}

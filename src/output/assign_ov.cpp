@@ -1,10 +1,9 @@
 #include "output/assign_ov.h"
 
+#include "base/at.h"
 #include "elaborate/families.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // Power absorbed by all units of an instance: currents are positive into a terminal.
 double absorbed_power(const circuit& c, int i_eelu) {
     const row_table<int>& nd = c.ebeu.nd;

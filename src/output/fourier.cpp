@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
+#include "base/at.h"
 
+namespace {
 // Values at time t between the last point and the present one at t_new.
 void between(const out_file& file, double t, double t_new, std::vector<double>& x) {
     const fourier_sums& s = file.sums;

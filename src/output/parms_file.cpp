@@ -1,18 +1,9 @@
 #include "output/parms_file.h"
 
+#include "base/at.h"
+#include "elaborate/families.h"
+
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-struct parms_family {
-    int number;
-    std::string_view keyword, library;
-};
-constexpr parms_family parms_families[] = {
-    {fam_e, "eelement", "eels_name"},
-    {fam_g, "gelement", "gels_name"},
-    {fam_d, "delement", "dels_name"},
-};
-
 void put_value(row_file& out, double x) { out.put_plain(x); }
 void put_value(row_file& out, int x) { out.put_int(x); }
 void put_value(row_file& out, const std::string& text) { out.put_text(text); }
@@ -32,12 +23,14 @@ void put_list(row_file& out, std::string_view title, const pair_list<T>& list, i
 
 void write_parms(solve_class& slv, const circuit& c) {
     row_file& out = *slv.out.files[at(slv.out.i_file_parms)].stream;
-    for (const parms_family& f : parms_families) {
-        const instance_core& inst = c.instances(f.number);
-        const library_lists& list = c.lib.composites(f.number).list;
+    for (const family fam : {fam_e, fam_g, fam_d}) {
+        const library_form& words = family_forms[fam].lib;
+        const instance_core& inst = c.instances(fam);
+        const library_lists& list = c.lib.composites(fam).list;
         for (int i = 0; i < inst.n; ++i) {
             const int entry = inst.i_lib[at(i)];
-            out.put_text(line(f.keyword, " ", inst.name[at(i)], ", ", f.library, " = ", list.entry[entry], "\n"));
+            out.put_text(
+                line(words.statement, " ", inst.name[at(i)], ", ", words.name, "_name = ", list.entry[entry], "\n"));
             put_list(out, "rparms:", list.rprm, entry, inst.rprm, i);
             put_list(out, "sparms:", list.sprm, entry, inst.sprm, i);
             put_list(out, "iparms:", list.iprm, entry, inst.iprm, i);

@@ -1,12 +1,11 @@
 #include "output/row_writers.h"
 
+#include "base/at.h"
 #include "base/text_file.h"
 #include "output/assign_ov.h"
 #include "output/fourier.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 bool gets_rows(const out_file& file) { return file.content == out_rows && !file.postproc && !file.postproc_ac; }
 
 // The present values of an analog file's columns. Variables that cannot be read show at the first row.

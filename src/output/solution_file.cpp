@@ -2,12 +2,11 @@
 
 #include <variant>
 
+#include "base/at.h"
 #include "base/text_file.h"
 #include "output/row_writers.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 using ebeu_list = std::vector<double> ebeu_class::*;
 using gbeu_list = std::vector<double> gbeu_class::*;
 

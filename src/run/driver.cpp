@@ -1,8 +1,8 @@
 #include "run/driver.h"
 
-#include <tuple>
 #include <vector>
 
+#include "analyses/accepted_point.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/run_state.h"
@@ -12,6 +12,7 @@
 #include "base/list_file.h"
 #include "deck/deck_dumps.h"
 #include "elaborate/circuit_dumps.h"
+#include "elaborate/families.h"
 #include "elaborate/read_circuit.h"
 #include "library/composite/library_dumps.h"
 #include "models/data_files.h"
@@ -23,44 +24,36 @@
 
 namespace {
 void write_library_dumps(const output_flags& on, const libraries& lib) {
-    const std::tuple<bool, const char*, const basic_library*> basic[] = {
-        {on.ebes, "ebes", &lib.ebes}, {on.gbes, "gbes", &lib.gbes}, {on.ebac, "ebac", &lib.ebac},
-        {on.gbac, "gbac", &lib.gbac}, {on.dbes, "dbes", &lib.dbes}, {on.xbes, "xbes", &lib.xbes},
-        {on.xbac, "xbac", &lib.xbac}};
-    for (const auto& [wanted, word, library] : basic)
-        if (wanted) write_basic_dump(word, *library);
-    const std::tuple<bool, const char*, const composite_library*> composites[] = {{on.eels, "eels", &lib.eels},
-                                                                                  {on.gels, "gels", &lib.gels},
-                                                                                  {on.xels, "xels", &lib.xels},
-                                                                                  {on.dels, "dels", &lib.dels}};
-    for (const auto& [wanted, word, library] : composites)
-        if (wanted) write_composite_dump(word, *library);
+    constexpr bool output_flags::*wanted[n_libraries] = {&output_flags::ebes, &output_flags::gbes, &output_flags::ebac,
+                                                         &output_flags::gbac, &output_flags::dbes, &output_flags::xbes,
+                                                         &output_flags::xbac, &output_flags::eels, &output_flags::gels,
+                                                         &output_flags::dels, &output_flags::xels, &output_flags::gmes};
+    for (int i = 0; i < n_libraries; ++i) {
+        if (!(on.*wanted[i])) continue;
+        const library_place& place = library_places[i];
+        const std::string word(library_forms[i].name);
+        if (place.basic != nullptr) write_basic_dump(word, lib.*place.basic);
+        if (place.composites != nullptr) write_composite_dump(word, lib.*place.composites);
+    }
     if (on.hebes) write_hebes_dump("hebes", lib.ebes);
     if (on.heels) write_heels_dump("heels", lib.eels, lib.ebes);
     if (on.hebes_ac) write_hebes_dump("hebes_ac", lib.ebac);
-    if (on.gmes) write_composite_dump("gmes", lib.gmes);
 }
 
 void write_model_dumps(const output_flags& on, const circuit& c) {
-    if (on.ecem) write_model_dump("ecem", c.ecem, c.lib.eels);
-    if (on.gcem) write_model_dump("gcem", c.gcem, c.lib.gels);
-    if (on.dcem) write_model_dump("dcem", c.dcem, c.lib.dels);
-    if (on.xcem) write_model_dump("xcem", c.xcem, c.lib.xels);
-    if (on.gmem) write_model_dump("gmem", c.gmem, c.lib.gmes);
+    constexpr bool output_flags::*wanted[n_family] = {&output_flags::ecem, &output_flags::dcem, &output_flags::gcem,
+                                                      &output_flags::xcem, &output_flags::gmem};
+    for (const family_form& f : family_forms)
+        if (on.*wanted[f.number]) write_model_dump(std::string(f.lib.models), c.*f.models, c.lib.*f.composites);
 }
 
-// Global numbers of all library entries, in the order in which a faulty list is to show.
+// Global numbers of all library entries.
 void read_lists(const libraries& lib, flags_class& flags) {
-    flags.map_global_ece = make_chrarray_5("ece", ".tnlaux/ece_all.lst", lib.eels.list.entry);
-    flags.map_global_gce = make_chrarray_5("gce", ".tnlaux/gce_all.lst", lib.gels.list.entry);
-    flags.map_global_xce = make_chrarray_5("xce", ".tnlaux/xce_all.lst", lib.xels.list.entry);
-    flags.map_global_dbe = make_chrarray_5("dbe", ".tnlaux/dbe_all.lst", lib.dbes.list.entry);
-    flags.map_global_ebe = make_chrarray_5("ebe", ".tnlaux/ebe_all.lst", lib.ebes.list.entry);
-    flags.map_global_gbe = make_chrarray_5("gbe", ".tnlaux/gbe_all.lst", lib.gbes.list.entry);
-    flags.map_global_xbe = make_chrarray_5("xbe", ".tnlaux/xbe_all.lst", lib.xbes.list.entry);
-    flags.map_global_sse = make_chrarray_5("sse", ".tnlaux/sse_all.lst", lib.ebac.list.entry);
-    flags.map_global_ssg = make_chrarray_5("ssg", ".tnlaux/ssg_all.lst", lib.gbac.list.entry);
-    flags.map_global_ssx = make_chrarray_5("ssx", ".tnlaux/ssx_all.lst", lib.xbac.list.entry);
+    for (const int i : listed_libraries) {
+        const library_place& place = library_places[i];
+        const words& names = place.basic ? (lib.*place.basic).list.entry : (lib.*place.composites).list.entry;
+        flags.*place.numbers = make_chrarray_5(line(".tnlaux/", library_forms[i].list), names);
+    }
 }
 
 void check_circuit_leftovers(const circuit_file& cf) {
@@ -110,7 +103,7 @@ void solve_points(run_state& r) {
     if (r.slv.startup) set_sv(r.slv, r.c);
     r.residual = {};
     init_sol(r);
-    set_mat(r.mat, r.c, r.ebes1, r.gbes1);
+    set_mat(r.mat, r.c, r.ebe.jac, r.gbe.jac);
     if (r.slv.trns)
         solve_trns(r);
     else
@@ -163,7 +156,7 @@ void read_block(run_state& r, int index) {
     check_available(slv);
 }
 
-void solve_block(run_state& r) {
+void run_block(run_state& r) {
     solve_class& slv = r.slv;
     circuit& c = r.c;
     if (solves(slv)) {
@@ -188,23 +181,29 @@ void solve_block(run_state& r) {
 }
 
 void run_tarnel() {
+    // The deck as statements: its sections, and what its `output` statements ask for.
     circuit c;
     c.cf = read_circuit_file(".tnlaux/cct.in", deck_line_limit("tmpdim.in"));
     if (c.cf.output.input) write_input_dat(c.cf);
+    // The templates of all elements; composites are expanded to basic elements here.
     read_libraries(c.lib);
     write_library_dumps(c.cf.output, c.lib);
+    // The deck's constants, models and output variables, each on top of what was read before it.
     read_circuit(c, {[&] {
                          if (c.cf.output.glbl) write_glbl_dat(c.gprm);
                      },
                      [&] { write_model_dumps(c.cf.output, c); }});
+    // From here on there are flags and systems to fill, and sizes that hold for them.
     run_state r(c);
     read_lists(c.lib, r.flags);
     c.tmpdim = read_tmpdim("tmpdim.in");
+    // Instances and units, bound to their models; whatever depends on the circuit alone is found and tested.
     prepare_circuit(r);
     check_results_available(c);
+    // One block after another: its settings against the circuit, then its points, rows and files.
     for (int index = 0; index < c.cf.n_solve; ++index) {
         read_block(r, index);
-        solve_block(r);
+        run_block(r);
     }
     say("TARNEL: Program completed.");
 }

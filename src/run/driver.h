@@ -10,4 +10,4 @@ void run_tarnel();
 // The stages behind the reading of libraries, deck and sizes, in order.
 void prepare_circuit(run_state& r);        // from statements to an allocated system
 void read_block(run_state& r, int index);  // settings of one solve block, tested
-void solve_block(run_state& r);            // its rows and files
+void run_block(run_state& r);              // its rows and files

@@ -4,14 +4,13 @@
 #include <limits>
 #include <span>
 
+#include "base/at.h"
 #include "base/memory.h"
 #include "settings/method_words.h"
 #include "settings/output_block.h"
 #include "settings/solve_words.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 int n_on(const solve_class& slv, std::span<truefalse method_settings::*const> flags) {
     return static_cast<int>(std::count_if(flags.begin(), flags.end(), [&](auto f) { return slv.method.*f == int_T; }));
 }
@@ -91,8 +90,7 @@ void find_ssw_period(solve_class& slv, flags_class& flags) {
     flags.t_end = flags.t_start + slv.method.ssw_period;
 }
 
-// ---- methods and steps of a time loop
-// --------------------------------------------------------------------------------
+// ---- methods and steps of a time loop ----
 
 void check_t_end(const solve_class& slv) {
     if (slv.trns && !was_given(slv, "t_end"))
@@ -255,8 +253,7 @@ void check_ac(solve_class& slv, const circuit& c) {
     if (c.cct.flag_x_cct) halt({"solve_class: x_cct elements are not allowed", "   in AC solve. Halting..."});
 }
 
-// ---- circuits that a type of block cannot treat
-// ----------------------------------------------------------------------
+// ---- circuits that a type of block cannot treat ----
 
 void check_digital_units(const solve_class& slv, const circuit& c, truefalse solve_class::*type, const char* name) {
     if (slv.*type && c.dbeu.n() > 0)
@@ -288,8 +285,7 @@ void check_ssw(const solve_class& slv, const circuit& c) {
     check_allow_ssw(c.gbeu.unit, c.lib.gbes, "gbe");
 }
 
-// ---- settings that are switched off with a warning
-// ---------------------------------------------------------------------
+// ---- settings that are switched off with a warning ----
 
 void switch_off_ignored(solve_class& slv, const circuit& c) {
     if (slv.solve_type == solve_none) return;  // nothing is solved, so nothing is told
@@ -330,23 +326,26 @@ void check_explicit_outputs(const solve_class& slv, const circuit& c) {
 void check_block(solve_class& slv, const circuit& c, flags_class& flags) {
     for (const out_file& file : slv.out.files)
         if (file.fourier) slv.out.flag_fourier = int_T;
-    check_initial_sol(slv);
-    check_newton_settings(slv, c);
-    if (slv.ssw) find_ssw_period(slv, flags);
-    check_method(slv, c);
-    check_serial_evaluation(slv, c, flags);
+    const auto test = [&](auto check) { reading(c.cf.n_begin_solve[at(slv.index_solve)], check); };
+    test([&] { check_initial_sol(slv); });
+    test([&] { check_newton_settings(slv, c); });
+    if (slv.ssw) test([&] { find_ssw_period(slv, flags); });
+    test([&] { check_method(slv, c); });
+    test([&] { check_serial_evaluation(slv, c, flags); });
     check_files(slv, flags);
-    check_sweeps(slv);
+    test([&] { check_sweeps(slv); });
     check_step_norms(slv);
-    check_ac(slv, c);
-    check_digital_units(slv, c, &solve_class::dc, "dc");
-    check_constant_step(slv, c);
-    check_ssw(slv, c);
+    test([&] { check_ac(slv, c); });
+    test([&] { check_digital_units(slv, c, &solve_class::dc, "dc"); });
+    test([&] { check_constant_step(slv, c); });
+    test([&] { check_ssw(slv, c); });
     switch_off_ignored(slv, c);
     slv.now.delt = slv.method.delt_const;
-    if (!slv.method.matrix_sparse1 || slv.method.matrix_superlu)
-        halt({"solve_class: gauss elim method not specified correctly.", "   Halting.."});
-    check_explicit_outputs(slv, c);
+    test([&] {
+        if (!slv.method.matrix_sparse1 || slv.method.matrix_superlu)
+            halt({"solve_class: gauss elim method not specified correctly.", "   Halting.."});
+    });
+    test([&] { check_explicit_outputs(slv, c); });
 }
 
 std::vector<std::string_view> time_rule_words() {

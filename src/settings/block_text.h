@@ -8,7 +8,7 @@
 
 // Statements begin + 1 .. end - 1 of the deck belong to the block.
 struct block_text {
-    const circuit_file& cf;
+    circuit_file& cf;
     int begin, end;
 
     // First statement of [from, to) with this first word; -1.

@@ -1,10 +1,9 @@
 #include "settings/directives.h"
 
+#include "base/at.h"
 #include "base/numeric.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // The instance brings the value to its units at once.
 void write_item(circuit& c, const parm_item& item, double value) {
     if (item.where == parm_item::global_value) {

@@ -4,13 +4,12 @@
 #include <limits>
 #include <variant>
 
+#include "base/at.h"
 #include "base/math_cnst_class.h"
 #include "base/memory.h"
 #include "settings/solve_words.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 // A word that asks for a file of its own kind; it stands alone in `variables:`.
 struct reserved_word {
     std::string_view word;
@@ -77,6 +76,7 @@ constexpr int max_harmonics = std::numeric_limits<int>::max() - 1;  // harmonic 
 
 void read_control(out_file& file, const solve_class& slv, const gprm_class& gprm, const words& w) {
     for (int i = 1; i + 1 < w.size(); i += 2) {
+        at_word(i + 1);
         if (w[i] == "n_fourier") {
             const int n = gprm.gprm_int_1(w[i + 1]);
             if (n < 0 || n > max_harmonics)
@@ -193,17 +193,23 @@ std::vector<output_block> find_output_blocks(solve_class& slv, const block_text&
         output_block b;
         b.begin = i;
         b.end = block.find(i + 1, block.end, "end_output");
-        if (b.end < 0) halt({"solve_class: end_output not found. Halting..."});
+        const bool ends = reading(i, [&] {
+            if (b.end < 0) halt({"solve_class: end_output not found. Halting..."});
+        });
+        if (!ends) b.end = block.end;
         b.variables = block.find(i + 1, b.end, "variables:");
         const int n = b.variables < 0 ? 0 : block.cf.text.n_words(b.variables) - 1;
-        if (n < 1) halt({"Output block does not have any variables?", "   Halting.."});
-        for (int k = 1; k <= n; ++k) {
-            const reserved_word* r = find_reserved(block.cf.text.word(b.variables, k));
-            if (r == nullptr) continue;
-            if (n > 1) halt({line("Check syntax of ", r->word, " output block.")});
-            if (slv.out.*r->i_file >= 0) halt({line("Only one ", r->word, " file is allowed as output.")});
-            slv.out.*r->i_file = static_cast<int>(blocks.size());
-        }
+        reading(b.variables < 0 ? i : b.variables, [&] {
+            if (n < 1) halt({"Output block does not have any variables?", "   Halting.."});
+            for (int k = 1; k <= n; ++k) {
+                const reserved_word* r = find_reserved(block.cf.text.word(b.variables, k));
+                if (r == nullptr) continue;
+                at_word(k);
+                if (n > 1) halt({line("Check syntax of ", r->word, " output block.")});
+                if (slv.out.*r->i_file >= 0) halt({line("Only one ", r->word, " file is allowed as output.")});
+                slv.out.*r->i_file = static_cast<int>(blocks.size());
+            }
+        });
         blocks.push_back(b);
     }
     return blocks;
@@ -216,13 +222,16 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
     out_file file;
     file.statement = b.begin;
     const int at_name = block.find(b.begin + 1, b.end, "filename");
-    if (at_name < 0) halt({"solve_class: filename not found in", "  an output block. Halting..."});
-    read_filename(file, c.gprm, solve_line(text, at_name));
+    reading(at_name < 0 ? b.begin : at_name, [&] {
+        if (at_name < 0) halt({"solve_class: filename not found in", "  an output block. Halting..."});
+        read_filename(file, c.gprm, solve_line(text, at_name));
+    });
     for (int i = b.begin + 1; i < b.end; ++i)
-        if (text.begins(i, "control:")) read_control(file, slv, c.gprm, solve_line(text, i));
+        if (text.begins(i, "control:")) reading(i, [&] { read_control(file, slv, c.gprm, solve_line(text, i)); });
     if (file.fourier) file.flag_fixed_interval = false;
 
-    const words w = solve_line(text, b.variables);
+    words w;
+    if (b.variables >= 0) reading(b.variables, [&] { w = solve_line(text, b.variables); });
     if (const reserved_word* r = w.size() == 2 ? find_reserved(w[1]) : nullptr) {
         file.content = r->content;
         file.all_nodes = r->word == "all_nodes";
@@ -230,16 +239,19 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
         if (file.all_nodes) file.vars = all_nodes(c);
         if (file.all_outvars) file.vars = all_outvars(c);
     } else {
-        for (int i = 1; i < w.size(); ++i) file.vars.push_back(find_variable(c, block, w[i]));
+        for (int i = 1; i < w.size(); ++i)
+            reading(b.variables, [&] {
+                at_word(i);
+                file.vars.push_back(find_variable(c, block, w[i]));
+            });
     }
     if (!file.vars.empty() && file.vars[0].prefix <= prefix_mag && is_digital(file.vars[0].kind))
         file.data_type = out_digital;
-    check_postproc(file, slv);
+    reading(b.variables, [&] { check_postproc(file, slv); });
     slv.out.files.push_back(std::move(file));
 }
 
-// ---- tests of the whole block
-// ------------------------------------------------------------------------------------------
+// ---- tests of the whole block ----
 namespace {
 void check_fourier(out_file& file, const solve_class& slv) {
     if (!slv.trns && !slv.ssw) halt({"solve_class: Fourier is allowed only", "   for trns and SSW. Halting..."});
@@ -276,10 +288,12 @@ void check_files(solve_class& slv, const flags_class& flags) {
     for (out_file& file : slv.out.files) {
         if (file.out_tstart == not_given_time) file.out_tstart = flags.t_start;
         if (file.out_tend == not_given_time) file.out_tend = flags.t_end + slv.method.time_epsilon;
-        if (slv.ac && file.flag_min_phase && file.flag_max_phase)
-            halt({"solve_class: cannot specify both min-phase", "   and max-phase in output blocks. Halting..."});
-        if (file.fourier) check_fourier(file, slv);
-        if (file.nyquist) check_nyquist(file, slv);
+        reading(file.statement, [&] {
+            if (slv.ac && file.flag_min_phase && file.flag_max_phase)
+                halt({"solve_class: cannot specify both min-phase", "   and max-phase in output blocks. Halting..."});
+            if (file.fourier) check_fourier(file, slv);
+            if (file.nyquist) check_nyquist(file, slv);
+        });
     }
 }
 

@@ -5,12 +5,11 @@
 #include <limits>
 #include <variant>
 
+#include "base/at.h"
 #include "base/numeric.h"
 #include "settings/solve_words.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 constexpr int circuit_families[] = {fam_e, fam_gm, fam_d, fam_g, fam_x};
 constexpr int swept_families[] = {fam_e, fam_gm, fam_d, fam_g};
 constexpr int start_families[] = {fam_e, fam_g};
@@ -102,7 +101,9 @@ parm_item read_item(const circuit& c, const item_card& card, std::string_view wo
 void read_items(solve_class& slv, const circuit& c, const words& w) {
     const item_card& card = card_of(w[0]);
     for (int i = 1; i + 1 < w.size(); i += 2) {
+        at_word(i);
         parm_item item = read_item(c, card, w[i]);
+        at_word(i + 1);
         if (item.where == parm_item::int_value)
             item.value_int = c.gprm.gprm_int_1(w[i + 1]);
         else
@@ -121,8 +122,7 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
     }
 }
 
-// ---- sweeps
-// -------------------------------------------------------------------------------------------------------------
+// ---- sweeps ----
 namespace {
 constexpr double max_points = std::numeric_limits<int>::max();  // points are numbered; nothing is kept of them
 
@@ -168,7 +168,7 @@ sweep_range read_range(const circuit& c, const words& w, int parity, const std::
 sweep_range read_table(const circuit& c, const words& w, int first_value, const std::string& statement) {
     sweep_range r;
     r.type = sweep_range::table;
-    for (int i = first_value; i < w.size(); ++i) r.values.push_back(c.gprm.gprm_double_1(w[i]));
+    for (int i = first_value; i < w.size(); ++i) r.values.push_back(c.gprm.gprm_double_1(pick_word_1(w, i)));
     r.n = static_cast<int>(r.values.size());
     if (r.n < 1) halt({"solve_class: check number of table points", line("   in ", statement, "."), "   Halting..."});
     return r;
@@ -197,11 +197,13 @@ auto_sweep read_auto(const words& w) {
     auto_sweep a;
     bool seen[std::size(auto_words)] = {};
     for (int i = 4; i + 1 < w.size(); i += 2) {
+        at_word(i);
         const auto_word* k = std::find_if(std::begin(auto_words), std::end(auto_words),
                                           [&](const auto_word& x) { return x.word == w[i]; });
         if (k == std::end(auto_words))
             halt({"solve_class: unknown keyword in", "   in vary_parm (auto) statement.",
                   line("   Check this string: ", w[i])});
+        at_word(i + 1);
         std::visit([&](auto member) { set_value(a.*member, w[i + 1]); }, k->member);
         seen[k - auto_words] = true;
     }

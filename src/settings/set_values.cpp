@@ -33,10 +33,15 @@ struct card_reader {
     solve_class& slv;
     const circuit& c;
     flags_class& flags;
+    int statement = -1;  // of the card
 };
 
 void read_method(card_reader& r, const words& w) {
-    for (int i = 1; i + 1 < w.size(); i += 2) read_method_pair(r.slv, r.flags, r.c.gprm, w[i], w[i + 1]);
+    for (int i = 1; i + 1 < w.size(); i += 2)
+        reading(r.statement, [&] {
+            at_word(i);
+            read_method_pair(r.slv, r.flags, r.c.gprm, w[i], w[i + 1]);
+        });
 }
 
 void read_initial_sol(card_reader& r, const words& w) {
@@ -98,21 +103,22 @@ void read_cards(solve_class& slv, const circuit& c, flags_class& flags, const bl
     std::size_t next_output = 0;
     for (int i = block.begin + 1; i < block.end; ++i) {
         if (next_output < outputs.size() && outputs[next_output].begin == i) {
-            read_output_block(slv, c, block, outputs[next_output]);
+            reading(i, [&] { read_output_block(slv, c, block, outputs[next_output]); });
             i = outputs[next_output].end;
             ++next_output;
             continue;
         }
         for (const card& k : cards)
             if (block.cf.text.begins(i, k.word)) {
-                k.read(r, solve_line(block.cf.text, i));
+                r.statement = i;
+                reading(i, [&] { k.read(r, solve_line(block.cf.text, i)); });
                 block.cf.mark(i);
             }
     }
 }
 }  // namespace
 
-void set_values(solve_class& slv, int index_solve, const circuit& c, flags_class& flags) {
+void set_values(solve_class& slv, int index_solve, circuit& c, flags_class& flags) {
     delete_arrays(slv);
     slv.index_solve = index_solve;
     slv.solve_type = solve_none;
@@ -120,7 +126,7 @@ void set_values(solve_class& slv, int index_solve, const circuit& c, flags_class
     const block_text block{c.cf, c.cf.n_begin_solve[i], c.cf.n_end_solve[i]};
 
     const std::vector<output_block> outputs = find_output_blocks(slv, block);
-    read_solve_type(slv, block);
+    reading(block.begin, [&] { read_solve_type(slv, block); });
     read_cards(slv, c, flags, block, outputs);
     check_block(slv, c, flags);
 }

@@ -42,29 +42,6 @@ void get_dmp(solve_class& slv) {
                                                  : slv.method.dmp_newt_max;
 }
 
-// Variable-step Gear-2 is the derivative of the parabola through three points; TR-BDF2 as by Bank et al. (1985) with
-// the second stage at t + h.
-void find_trns_constants(solve_class& slv) {
-    const double h = slv.now.delt, h1 = slv.now.delt_old_2, g = slv.method.trbdf2_gamma;
-    if (slv.now.flag_be) slv.now.cnst_be = 1.0 / h;
-    if (slv.now.flag_trz) slv.now.cnst_trz = 2.0 / h;
-    if (slv.now.flag_gear_fixed) {
-        slv.now.cnst_gear_0 = 2.0 / h;
-        slv.now.cnst_gear_1 = 0.5 / h;
-        slv.now.cnst_gear_2 = 1.5 / h;
-    }
-    if (slv.now.flag_gear_var) {
-        slv.now.cnst_gear_0 = (h + h1) / (h * h1);
-        slv.now.cnst_gear_1 = h / (h1 * (h + h1));
-        slv.now.cnst_gear_2 = (2.0 * h + h1) / (h * (h + h1));
-    }
-    if (slv.method.trbdf2) {
-        slv.now.cnst_bdf2_0 = (2.0 - g) / (h * (1.0 - g));
-        slv.now.cnst_bdf2_1 = 1.0 / ((1.0 - g) * g * h);
-        slv.now.cnst_bdf2_2 = (1.0 - g) / (g * h);
-    }
-}
-
 // Decks give hertz, models and systems take rad/s; this is the one place between them.
 void assign_freq_array(solve_class& slv) {
     const double rad_per_s = math_cnst_class{}.twopi;

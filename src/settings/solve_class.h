@@ -66,7 +66,7 @@ struct solve_class {
 // Every setting at its default; t_start of flags at 0. Some defaults depend on the circuit.
 void method_default(solve_class& slv, const circuit& c, flags_class& flags);
 // Reads solve block index_solve of the deck and tests it against itself and the circuit. Marks accepted statements.
-void set_values(solve_class& slv, int index_solve, const circuit& c, flags_class& flags);
+void set_values(solve_class& slv, int index_solve, circuit& c, flags_class& flags);
 // Empties the block's tables; open files are closed.
 void delete_arrays(solve_class& slv);
 
@@ -77,6 +77,4 @@ void define_method_type(solve_class& slv, const cct_class& cct);
 void x_define_method_type(solve_class& slv, const cct_class& cct);
 // Damping and iteration limit of the next Newton solve, into `now`.
 void get_dmp(solve_class& slv);
-// Integration constants from delt; with gear2 also from delt_old_2, the step before it.
-void find_trns_constants(solve_class& slv);
 void assign_freq_array(solve_class& slv);

@@ -147,7 +147,7 @@ template <class T>
 int solve_columns(elimination<T>& e, int n_cols, const T* rhs, T* sol) {
     if (e.n == 0) return 0;
     return tell_rhs_stage(e,
-                          solve_block(e.compact, e.zero_piv, e.row_perm.data(), e.col_perm.data(), n_cols, rhs, sol));
+                          solve_columns(e.compact, e.zero_piv, e.row_perm.data(), e.col_perm.data(), n_cols, rhs, sol));
 }
 
 #define INSTANTIATE(T)                                                                                      \

@@ -248,8 +248,8 @@ void backward(const factors<T>& f, const int* col_perm, T* x, T* sol) {
 }
 
 template <class T>
-int solve_block(factors<T>& f, double zero_piv, const int* row_perm, const int* col_perm, int n_cols, const T* rhs,
-                T* sol) {
+int solve_columns(factors<T>& f, double zero_piv, const int* row_perm, const int* col_perm, int n_cols, const T* rhs,
+                  T* sol) {
     constexpr int width = 4;
     const size_t n = static_cast<size_t>(f.n);
     f.block.resize(std::max(f.block.size(), n * width));
@@ -290,6 +290,6 @@ int solve_block(factors<T>& f, double zero_piv, const int* row_perm, const int* 
     template int refactor_and_forward(factors<T>&, const T*, double, const int*, const T*); \
     template int forward(factors<T>&, double, const int*, const T*);                        \
     template void backward(const factors<T>&, const int*, T*, T*);                          \
-    template int solve_block(factors<T>&, double, const int*, const int*, int, const T*, T*);
+    template int solve_columns(factors<T>&, double, const int*, const int*, int, const T*, T*);
 INSTANTIATE(double)
 INSTANTIATE(complex_value)

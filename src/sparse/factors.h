@@ -71,5 +71,5 @@ void backward(const factors<T>& f, const int* col_perm, T* x, T* sol);
 
 // Forward and backward for several right-hand sides [n_cols][n].
 template <class T>
-int solve_block(factors<T>& f, double zero_piv, const int* row_perm, const int* col_perm, int n_cols, const T* rhs,
-                T* sol);
+int solve_columns(factors<T>& f, double zero_piv, const int* row_perm, const int* col_perm, int n_cols, const T* rhs,
+                  T* sol);

@@ -18,7 +18,6 @@ struct knuth {
 };
 
 // ---- making and changing
-// ----------------------------------------------------------------------------------------------
 
 // No entries; the row and column counts stay.
 template <class T>
@@ -41,7 +40,6 @@ template <class T>
 void knuth_to_ij(const knuth<T>& k, int m_row, int m_col, T* a, bool flag);
 
 // ---- copying and joining
-// ----------------------------------------------------------------------------------------------
 
 template <class T>
 void knuth_copy(const knuth<T>& a, knuth<T>& b);
@@ -66,7 +64,6 @@ template <class T>
 void knuth_makerows(knuth<T>& k);
 
 // ---- another form
-// -----------------------------------------------------------------------------------------------------
 
 // Compressed columns, zero-based: cc_cn [n_col + 1], cc_row_index and cc_val [nnz]. flag: write mat_cc.dat.
 template <class T>
@@ -74,7 +71,6 @@ void knuth_to_col_compressed(const knuth<T>& k, std::vector<int>& cc_cn, std::ve
                              std::vector<T>& cc_val, bool flag);
 
 // ---- what must hold
-// ---------------------------------------------------------------------------------------------------
 
 // Halts, with the caller's message, unless: lists ascend strictly; heads, tails and ends agree; every row and column
 // has one list end; rows and columns reach the same positions. O(nnz).

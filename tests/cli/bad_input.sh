@@ -1,26 +1,16 @@
 #!/bin/sh
 # The simulator in working folders that are broken: a clear text, status 1, rows before the stop on the disk, and never a
 # crash. Arguments: the simulator, the folder of the installed libraries, a folder to work in.
-set -u
+arguments='tarnel share work'
 . "$(dirname -- "$0")/expect.sh"
-tarnel=$1
-share=$2
-work=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 # A sound working folder in the current one, with the divider as its deck.
 fresh() {
     cd "$work" || exit 1
     chmod -R u+rwx run 2>/dev/null
     rm -rf run
-    mkdir -p run/.tnlaux
+    mkdir run
     cd run || exit 1
-    cp "$share"/*.aux "$share"/*.lst .tnlaux/
-    for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE MNZ_XBCE MNZ_EBCE_AC MNZ_GBCE_AC \
-        MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE; do
-        echo "$key 1000"
-    done >tmpdim.in
+    working_folder "$share" 1000
     deck 'eelement name=V1 type=vsrcdc p=in n=0 vdc=10
 eelement name=R1 type=r p=in n=out r=1k
 eelement name=R2 type=r p=out n=0 r=2k
@@ -303,11 +293,7 @@ fresh
     printf 'outvar: vout=nodev_of_n1\nend_circuit\nbegin_solve\nsolve_type dc\nbegin_output\nfilename out.dat\n'
     printf 'variables: vout\nend_output\nend_solve\nend_cf\n'
 } >.tnlaux/cct.in
-for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE MNZ_XBCE MNZ_EBCE_AC MNZ_GBCE_AC \
-    MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE \
-    M_DECK_LINES; do
-    echo "$key 1000000"
-done >tmpdim.in
+sizes 1000000 M_DECK_LINES >tmpdim.in
 run 'a large circuit with all memory'
 expect 'a large circuit with all memory: status' 0 "$status"
 told=0

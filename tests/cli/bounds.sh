@@ -1,15 +1,8 @@
 #!/bin/sh
 # Texts without an end, and more of them than a deck may have: a message and a status of the table, soon, and within a
 # gigabyte. Arguments: tnl, tarnel, a folder to work in, the folder of the source tree.
-set -u
+arguments='tnl tarnel work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-tarnel=$2
-work=$3
-source=$4
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 if takes_memory_limit "$tnl"; then ulimit -v 1000000; fi
 bounded() { # command...; 124 when it does not end
     timeout 60 "$@" >out.txt 2>err.txt </dev/null

@@ -1,14 +1,8 @@
 #!/bin/sh
 # `tnl check` and `tnl explain` from outside: statuses, and what goes where. Arguments: the program, a folder to work in,
 # the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 
 cp "$source/examples/divider.in" good.in
 sed 's/p=out n=0/p=ot n=0/' good.in >warned.in
@@ -48,6 +42,8 @@ expect 'the folder of a run that stopped' 0 "$(status_of "$tnl" explain wrong.in
 expect 'is read' 'meaning: A word stands where a number should, or a number has more than one letter of scale.' "$(head -n 1 out.txt)"
 status_of "$tnl" run good.in >/dev/null
 expect 'a run without a message' 5 "$(status_of "$tnl" explain good.in.run)"
+expect 'the code of a finding' 0 "$(status_of "$tnl" explain two-zeros)"
+expect 'is explained too' 'meaning: Two nodes have a name for zero, and one of them is not at 0 V (a warning).' "$(head -n 1 out.txt)"
 echo 'cct_class: cct_ov_flag = IGL_CLEAR' | "$tnl" explain - >out.txt
 expect 'a message on standard input' 0 $?
 

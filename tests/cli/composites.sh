@@ -1,14 +1,8 @@
 #!/bin/sh
 # Composites of the user's own, from outside: runs, messages with places in the user's files, describe. Arguments: the
 # program, a folder to work in, the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 has() { grep -qF -- "$1" out.txt && echo yes || echo no; }
 
 # ---- two sections of a ladder: the resistances are known ------------------------------------------------------------------
@@ -117,7 +111,7 @@ expect 'describe one' 0 "$(status_of "$tnl" describe ladder --deck deck.in)"
 expect 'with its comments' yes "$(has 'resistance in line')"
 expect 'describe all of a file' 0 "$(status_of "$tnl" describe --deck parts.lib)"
 expect 'has them all' 3 "$(grep -c ' (parts.lib)' out.txt)"
-expect 'none of this name' 2 "$(status_of "$tnl" describe laddr --deck deck.in)"
+expect 'none of this name, as in a list' 1 "$(status_of "$tnl" describe laddr --deck deck.in)"
 expect 'near names' yes "$(grep -q 'near names: ladder' err.txt && echo yes || echo no)"
 expect 'a deck without any' 3 "$(status_of "$tnl" describe r --deck "$source/examples/divider.in")"
 
@@ -139,5 +133,9 @@ done
 for k in 2 3 4 6 9; do set -- "$@" "harm(va, 50, $k) < 0.02"; done
 expect 'its harmonics' 0 "$(status_of "$tnl" assert three/deck.in --file wave.dat "$@" 'abs(rms(va, 40m, 60m) / 141.421356 - 1) < 2e-3')"
 [ -s err.txt ] && cat err.txt
+
+expect 'a file of composites is no deck' 3 "$(status_of "$tnl" run good.lib)"
+expect 'and a deck takes it in' yes "$(cp err.txt out.txt && has 'good.lib holds composites and no circuit to run')"
+expect 'by an include' yes "$(has '  advice: a deck takes them in with: include good.lib; tnl check good.lib looks into them')"
 
 no_faults

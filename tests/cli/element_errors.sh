@@ -1,15 +1,9 @@
 #!/bin/sh
 # Faults in element files: the generator and the compiler name the file, the compiler the line too. Arguments: the
 # generator, a folder to work in, the folder of the source tree, the compiler.
-set -u
+arguments='generate work source compiler'
 . "$(dirname -- "$0")/expect.sh"
-generate=$1
-work=$2
-source=$3
-compiler=$4
-rm -rf "$work"
-mkdir -p "$work/models/e/mine"
-cd "$work" || exit 1
+mkdir -p models/e/mine
 element() { # sed commands: models/e/mine/mine.ebe, a resistor with a change
     sed -e 's/^ebe name=r /ebe name=mine /' "$@" "$source/models/e/passive/r.ebe" >models/e/mine/mine.ebe
 }

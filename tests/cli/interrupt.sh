@@ -1,19 +1,9 @@
 #!/bin/sh
 # Runs that end early, by a signal or by a step that fails, leave complete rows; and no locale of the user's changes one.
 # Arguments: the simulator, the folder of the installed libraries, a folder to work in.
-set -u
+arguments='tarnel share work'
 . "$(dirname -- "$0")/expect.sh"
-tarnel=$1
-share=$2
-work=$3
-rm -rf "$work"
-mkdir -p "$work/.tnlaux"
-cd "$work" || exit 1
-cp "$share"/*.aux "$share"/*.lst .tnlaux/
-for key in M_ECT_ND_TMP M_GCT_VR_TMP M_DCT_ND_TMP M_XCT_VR_TMP MNZ_EBCE MNZ_GBCE MNZ_XBCE MNZ_EBCE_AC MNZ_GBCE_AC \
-    MNZ_XBCE_AC F_MNZ_W M_MATTTLOP2 M_MATTTLOP3 M_AVERAGE_MV_GBE M_RMS_MV_GBE M_AVERAGE_MV_XBE M_RMS_MV_XBE; do
-    echo "$key 1000"
-done >tmpdim.in
+working_folder "$share" 1000
 deck() { # settings, settings of the rows; the diode stays off and sends the run through Newton
     cat >.tnlaux/cct.in <<END
 title: charging

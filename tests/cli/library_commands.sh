@@ -1,14 +1,8 @@
 #!/bin/sh
 # Commands of tnl about what is installed, from outside: statuses, files, and where their text goes. Arguments: the
 # program, a folder to work in, the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 has() { # pattern, file
     grep -q -e "$1" "$2" && echo yes || echo no
 }
@@ -26,6 +20,8 @@ expect 'and no other' 1 "$(grep -c '^    ' out.txt)"
 expect 'a word that nothing has' 1 "$(status_of "$tnl" list nosuchword)"
 expect 'gives nothing' '' "$(cat out.txt)"
 expect 'and says so' 'tnl: no element speaks of nosuchword' "$(cat err.txt)"
+expect 'a type that no library has' 0 "$(status_of "$tnl" list ground)"
+expect 'is listed with the others' yes "$(has '^    ground_dummy    *Joins a node with the reference node' out.txt)"
 expect 'a misspelt name' 1 "$(status_of "$tnl" list vpluse)"
 expect 'has near words' 'tnl: no element speaks of vpluse; near words: vpulse' "$(cut -d , -f 1 err.txt)"
 expect 'a misspelt word of a description' 1 "$(status_of "$tnl" list resitor)"
@@ -46,7 +42,7 @@ expect 'a name of two families' 0 "$(status_of "$tnl" describe clock)"
 expect 'shows both' 2 "$(grep -c '^[eg]:clock ' out.txt)"
 expect 'or the one of a family' 0 "$(status_of "$tnl" describe g:clock)"
 expect 'alone' 'g:clock' "$(head -n 1 out.txt | cut -d ' ' -f 1)"
-expect 'an unknown element is wrong usage' 2 "$(status_of "$tnl" describe vsrdc)"
+expect 'an unknown element is nothing found, as in a list' 1 "$(status_of "$tnl" describe vsrdc)"
 expect 'near names are told' yes "$(has 'vsrdc.*near names: vsrcdc' err.txt)"
 expect 'nothing on standard output' '' "$(cat out.txt)"
 expect 'describe needs an element' 2 "$(status_of "$tnl" describe)"

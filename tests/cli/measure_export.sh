@@ -1,14 +1,8 @@
 #!/bin/sh
 # tnl measure, assert and export from outside; what they write is read by other programs where these are installed.
 # Arguments: the program, a folder to work in, the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 there_is() { command -v "$1" >/dev/null 2>&1; }
 cr=$(printf '\r')
 

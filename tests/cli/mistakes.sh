@@ -1,14 +1,8 @@
 #!/bin/sh
 # Two examples, each with a mistake of the kind that people make: `tnl check` and `tnl run` must name its line and its
 # cause. Arguments: the program, a folder to work in, the folder of the source tree.
-set -u
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
-faults=0
+arguments='tnl work source'
+. "$(dirname -- "$0")/expect.sh"
 mistakes=0
 
 fault() {

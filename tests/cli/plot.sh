@@ -1,14 +1,8 @@
 #!/bin/sh
 # tnl plot from outside: pictures, statuses, and where its text goes. Arguments: the program, a folder to work in, the
 # folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 is_xml() { # file
     python3 -c 'import sys, xml.etree.ElementTree as t; print(t.parse(sys.argv[1]).getroot().tag)' "$1" 2>&1
 }
@@ -145,5 +139,13 @@ awk 'BEGIN { for (i = 0; i < 200000; i++) printf "%.6e %.6e %.6e\n", i, (i * 791
 expect 'many rows' 0 "$(status_of "$tnl" plot long.dat -o long.svg)"
 expect 'make a small picture' yes "$([ "$(wc -c <long.svg)" -lt 200000 ] && echo yes)"
 expect 'with the spike' yes "$(words_of long.svg | has 5000)"
+
+# One row is a point: it is told, and drawn so that it is seen.
+printf ' 1e-3 5 \n' >one.dat
+expect 'a file of one row' 0 "$(LC_ALL=C.UTF-8 status_of "$tnl" plot one.dat)"
+expect 'is told' 'tnl: one row is no curve, but a point: c2=5 at c1=0.001' "$(cat err.txt)"
+expect 'and drawn' 1 "$(grep -c '⣿' out.txt)"
+expect 'a picture of it' 0 "$(status_of "$tnl" plot one.dat -o one.svg)"
+expect 'has the point' 1 "$(grep -c 'stroke-width="5" stroke-linecap="round"' one.svg)"
 
 no_faults

@@ -1,16 +1,9 @@
 #!/bin/sh
 # tnl run from outside: what stands where when a run is killed, interrupted, out of time or out of disk. Arguments: tnl,
 # tarnel, a folder to work in, the folder of the source tree.
-set -u
+arguments='tnl tarnel work source'
+umount "$3/small" 2>/dev/null && echo "a file system of an earlier test was still there"
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-tarnel=$2
-work=$3
-source=$4
-umount "$work/small" 2>/dev/null && echo "a file system of an earlier test was still there"
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 is_there() { [ -e "$1" ] && echo yes || echo no; }
 gone() { # process: ended, whether or not somebody has taken its status
     [ ! -r "/proc/$1/stat" ] || [ "$(sed 's/.*) //; s/ .*//' "/proc/$1/stat" 2>/dev/null)" = Z ]

@@ -1,18 +1,14 @@
 #!/bin/sh
 # The script ./tnl in a tree whose build fails, with a stand-in for the program and for ninja. Arguments: a folder to
 # work in, the folder of the source tree.
-set -u
+arguments='work source'
 . "$(dirname -- "$0")/expect.sh"
-work=$1
-source=$2
-rm -rf "$work"
-mkdir -p "$work/tree/build/bin" "$work/tree/src/tnl/view" "$work/path"
-cd "$work" || exit 1
+mkdir -p tree/build/bin tree/src/tnl/view path
 work=$(pwd -P)
 for file in /usr/include/CLI/CLI.hpp /usr/include/nlohmann/json.hpp /usr/include/httplib.h /usr/include/gtest/gtest.h; do
     if [ ! -e "$file" ]; then
         echo "$file is missing: the script would install it"
-        exit 0
+        exit 77
     fi
 done
 cp "$source/tnl" tree/tnl

@@ -1,14 +1,8 @@
 #!/bin/sh
 # tnl view from outside: the address, who is let in, and how it ends. Arguments: the program, a folder to work in, the
 # folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 
 # The plotting library comes from npm; the server does not care what stands in its files.
 bin=$(dirname -- "$tnl")

@@ -59,7 +59,7 @@ std::string deck_of(const libraries& lib) {
 
 void assemble_once(run_state& r, analysis kind) {
     define_offs_solvec(r.mat, r.c, kind);
-    set_mat(r.mat, r.c, r.ebes1, r.gbes1);
+    set_mat(r.mat, r.c, r.ebe.jac, r.gbe.jac);
     init_guess(r);
     form_solvec(r);
     form_jac_rhs(r, false);

@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include "base/halt.h"
 #include "targets.h"
 #include "tnl/check/advice.h"
@@ -24,7 +26,9 @@ bool has_errors(std::string_view text) {
     (void)cli::report_json(report);
     // The text also as that of a stop.
     const cli::installed_libraries libraries = cli::with_own(share(), deck.own);
-    (void)cli::explain_stop(text, deck, cli::needs_of(deck, libraries), libraries);
+    (void)cli::explain_stop(text, report, cli::needs_of(deck, libraries));
+    const std::optional<cli::check_report> same = cli::unpacked(cli::packed(report), deck);
+    if (!same || cli::report_text(*same) != cli::report_text(report)) std::abort();
     (void)cli::similar_patterns(text, 3);
     return report.n_errors() > 0;
 }

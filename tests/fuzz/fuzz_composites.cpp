@@ -24,7 +24,7 @@ bool has_errors(std::string_view text) {
         return true;
     }
     for (const cli::own_entry& e : deck.own.entries) {
-        const auto entries = cli::split_library(e.entry.text, cli::library_forms[e.library]);
+        const auto entries = cli::split_library(e.entry.text, library_forms[e.library]);
         demand(entries.size() == 1 && entries[0].name == e.entry.name && entries[0].text == e.entry.text);
         for (const cli::own_line& l : e.lines)
             for (int j = 0; j < l.w.size(); ++j) {

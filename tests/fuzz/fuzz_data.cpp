@@ -48,7 +48,7 @@ void follow(circuit& c, const std::string& path) {
     for (int index = 0; index < c.cf.n_solve; ++index) {
         read_block(r, index);
         if (!keep_short(r)) std::abort();
-        solve_block(r);
+        run_block(r);
     }
 }
 }  // namespace

@@ -23,7 +23,7 @@ void run(std::string_view text) {
     for (int index = 0; index < c.cf.n_solve; ++index) {
         read_block(r, index);
         if (keep_short(r))
-            solve_block(r);
+            run_block(r);
         else
             delete_arrays(r.slv);
     }

@@ -51,7 +51,7 @@ void use_each_one(const libraries& lib) {
     prepare_circuit(r);
     for (int i = 0; i < c.eelu.n; ++i) instance_changed(c, fam_e, i);
     define_offs_solvec(r.mat, c, analysis::dc);
-    set_mat(r.mat, c, r.ebes1, r.gbes1);
+    set_mat(r.mat, c, r.ebe.jac, r.gbe.jac);
     init_guess(r);
     form_solvec(r);
     form_jac_rhs(r, false);

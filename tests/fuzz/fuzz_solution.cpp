@@ -27,7 +27,7 @@ struct standing_circuit {
             keep_short(*r);
             define_offs_solvec(r->mat, c, analysis::dc);
             define_method_type(r->slv, c.cct);
-            set_mat(r->mat, c, r->ebes1, r->gbes1);
+            set_mat(r->mat, c, r->ebe.jac, r->gbe.jac);
         });
     }
 };

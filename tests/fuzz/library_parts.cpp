@@ -16,8 +16,7 @@ std::array<std::string_view, 3> cut_parts(std::string_view text) {
     return parts;
 }
 
-void read_elements(std::string_view text, const library_form& form, const basic_library& otherwise,
-                   basic_library& lib) {
+void read_elements(std::string_view text, const basic_form& form, const basic_library& otherwise, basic_library& lib) {
     if (text.empty()) {
         lib = otherwise;
         return;

@@ -7,8 +7,8 @@
 #include "deck/circuit_file.h"
 #include "deck/tmpdim_class.h"
 #include "elaborate/families.h"
+#include "library/basic_form.h"
 #include "library/composite/composite_form.h"
-#include "library/library_form.h"
 #include "settings/solve_words.h"
 #include "tnl/results/measure_functions.h"
 
@@ -65,23 +65,23 @@ std::string deck_words() {
                                       "#"});
     for (const output_word& w : output_words()) all.insert(std::string(w.word));
     for (const family_form& f : family_forms) {
-        all.insert(std::string(f.keyword));
-        all.insert(std::string(f.model_keyword));
+        all.insert(std::string(f.lib.statement));
+        all.insert(std::string(f.lib.model));
         add(f.placeholders);
         add(f.flag_words);
     }
     return as_dictionary(all);
 }
 
-void add_form(const library_form& form, word_set& all) {
-    all.insert(form.keyword);
-    all.insert(std::string("end") + form.keyword);
+void add_form(const basic_form& form, word_set& all) {
+    all.insert(std::string(form.lib.begin));
+    all.insert(std::string(form.lib.end));
     for (const flag_word& f : form.flags) all.insert(std::string(f.word) + "=yes");
     for (const list_line& l : form.lines) all.insert(l.keyword);
 }
 
 // Words of elements and composites of one family.
-std::string words_of_family(const library_form& form, const library_form& form_ac, const composite_form& composites) {
+std::string words_of_family(const basic_form& form, const basic_form& form_ac, const composite_form& composites) {
     word_set all = {"====\\x0a",
                     "name=",
                     "Jacobian: constant",
@@ -121,9 +121,8 @@ std::string words_of_family(const library_form& form, const library_form& form_a
     all.insert(expressions.begin(), expressions.end());
     add_form(form, all);
     add_form(form_ac, all);
-    const std::string element = composites.element;
-    all.insert({composites.keyword, std::string("end") + composites.keyword, std::string("call") + composites.keyword,
-                element + "_ac", element + "model", composites.keyword + std::string("model"), element + "_acmodel",
+    const std::string element(composites.basic.begin), own(composites.lib.begin);
+    all.insert({own, "end" + own, "call" + own, element + "_ac", element + "model", own + "model", element + "_acmodel",
                 "ac_parm_be="});
     for (const auto& lines : {composites.dc_lines, composites.ac_lines})
         for (const header_line& l : lines) all.insert(l.keyword);

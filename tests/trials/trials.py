@@ -11,12 +11,12 @@ What counts as a fault (status 1 at the end):
     endless      a command that did not end when its time was over
     status       a status that the table of README.md does not have, or that nothing here can lead to (2, 4)
     crash        a signal, or the text of a program that came down
-    memory       more memory than the limit, taken by a command that the limit did not hold
+    memory       more memory than the limit; the system refuses only what is beyond twice as much
 and what is told, to be looked at:
     unsaid       `tnl check` finds no error, and the run stops with a message that is not about numbers of its iteration
     diverged     the same with such a message
     alarm        `tnl check` finds an error, and the run completes with status 0
-    refused      memory that the limit did not give; a message and a status of the table
+    refused      memory that the system did not give; a message and a status of the table
 Each kind is told once for each message, with the number of decks; the decks are in FOLDER.
 """
 import argparse
@@ -258,7 +258,7 @@ class Outcome:
 def run(command, folder, seconds, memory):
     """Runs in a session of its own; ends all of it when the time is over (status None)."""
     def limit():
-        resource.setrlimit(resource.RLIMIT_AS, (memory, memory))
+        resource.setrlimit(resource.RLIMIT_AS, (2 * memory, 2 * memory))  # above what is judged
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         resource.setrlimit(resource.RLIMIT_FSIZE, (300 << 20, 300 << 20))
 

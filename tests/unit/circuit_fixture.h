@@ -2,7 +2,7 @@
 #pragma once
 #include <string>
 
-#include "elaborate/circuit.h"
+#include "../circuit_from_text.h"
 #include "temp_folder.h"
 
 // Libraries with one entry of each shape that elaboration must place: two terminals, an auxiliary unknown, sensed nodes
@@ -160,24 +160,15 @@ inline std::string fixture_deck(const std::string& circuit_block, const std::str
     return "title: test\n" + before + "begin_circuit\n" + circuit_block + "end_circuit\nend_cf\n";
 }
 
+inline const libraries& fixture_libraries() {
+    static const libraries lib = libraries_of({.ebes = fixture_ebes, .eels = fixture_eels()});
+    return lib;
+}
+
 // The circuit of a deck's text with the fixture's libraries, up to the stage before elaboration.
 inline circuit fixture_circuit(const std::string& deck, int m_ect_nd_tmp = 1000) {
-    const temp_folder folder;
-    write_file("ebes.aux", fixture_ebes);
-    write_file("eels.aux", fixture_eels());
-    circuit c;
-    const constants_class constants;
-    c.cf = circuit_file_of(file_chr_of(deck));
-    read_library("ebes.aux", ebes_form, int_F, constants, c.lib.ebes);
-    read_eels_file("eels.aux", c.lib.ebes, c.lib.ebac, c.lib.eels);
-    c.gprm = read_gprm(c.cf);
-    c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
-    c.ov = read_ov(c.cf, c.gprm);
+    circuit c = circuit_of(deck, fixture_libraries());
     c.tmpdim.m_ect_nd_tmp = m_ect_nd_tmp;
-    c.tmpdim.m_gct_vr_tmp = c.tmpdim.m_dct_nd_tmp = c.tmpdim.m_xct_vr_tmp = 1000;
-    c.tmpdim.mnz_ebce = 10000;
-    c.tmpdim.f_mnz_w = 4;
-    c.tmpdim.m_matttlop2 = c.tmpdim.m_matttlop3 = 100000;
     return c;
 }
 

@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "../circuit_from_text.h"
+#include "../working_folder.h"
+#include "analyses/accepted_point.h"
+#include "analyses/assembly.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
@@ -16,17 +20,6 @@
 #include "settings/directives.h"
 #include "temp_folder.h"
 
-inline std::string installed_text(const std::string& file) { return read_file(std::string(TARNEL_SHARE) + "/" + file); }
-
-inline tmpdim_class roomy_dimensions() {
-    tmpdim_class d;
-    d.m_ect_nd_tmp = d.m_gct_vr_tmp = d.m_dct_nd_tmp = d.m_xct_vr_tmp = 10000;
-    d.mnz_ebce = 10000;
-    d.f_mnz_w = 4;
-    d.m_matttlop2 = d.m_matttlop3 = 100000;
-    return d;
-}
-
 // A deck elaborated with the installed libraries, and with more entries behind them if a test needs some. What it says
 // on the console is in `text`. The test is in a folder of its own while this lives.
 struct dc_run {
@@ -37,20 +30,15 @@ struct dc_run {
 
     explicit dc_run(const std::string& circuit_block, const std::string& cards = "", const std::string& more_ebes = "",
                     const std::string& more_eels = "") {
-        write_file("ebes.aux", installed_text("ebes.aux") + more_ebes);
-        write_file("ebac.aux", installed_text("ebac.aux"));
-        write_file("eels.aux", installed_text("eels.aux") + more_eels);
-        const constants_class constants;
-        c.cf =
-            circuit_file_of(file_chr_of("title: test\nbegin_circuit\nrefnode 0\n" + circuit_block +
-                                        "end_circuit\nbegin_solve\nsolve_type dc\n" + cards + "end_solve\nend_cf\n"));
-        read_library("ebes.aux", ebes_form, int_F, constants, c.lib.ebes);
-        read_library("ebac.aux", ebac_form, int_F, constants, c.lib.ebac);
-        read_eels_file("eels.aux", c.lib.ebes, c.lib.ebac, c.lib.eels);
-        c.gprm = read_gprm(c.cf);
-        c.ecem = read_models(c.cf, c.gprm, c.lib.eels, ecem_form);
-        c.ov = read_ov(c.cf, c.gprm);
-        c.tmpdim = roomy_dimensions();
+        const std::string deck = "title: test\nbegin_circuit\nrefnode 0\n" + circuit_block +
+                                 "end_circuit\nbegin_solve\nsolve_type dc\n" + cards + "end_solve\nend_cf\n";
+        library_texts texts;
+        if (!(more_ebes + more_eels).empty()) {
+            texts = installed_texts();
+            texts.ebes += more_ebes;
+            texts.eels += more_eels;
+        }
+        c = circuit_of(deck, texts.ebes.empty() ? installed_libraries() : libraries_of(texts));
         listen([&] { prepare_circuit(r); });
     }
 
@@ -69,7 +57,7 @@ struct dc_run {
             set_parm(r.slv, c);
             one_time_parms(r);
             init_sol(r);
-            set_mat(r.mat, c, r.ebes1, r.gbes1);
+            set_mat(r.mat, c, r.ebe.jac, r.gbe.jac);
         });
         text.clear();
     }
@@ -83,7 +71,6 @@ struct dc_run {
 };
 
 // ---- models of a test
-// ------------------------------------------------------------------------------------------------
 
 struct model_call {
     double *rparm, *v, *aux, *v_new, *f;
@@ -114,33 +101,15 @@ inline void call_made_up_model(const int u, int*, char**, double* rparm, double*
     made_up_models()[static_cast<std::size_t>(u)]({rparm, v, aux, v_new, f, jac, flags});
 }
 inline void use_model(run_state& r, int u, made_up_model model) {
-    made_up_models().resize(r.ebe.size());
+    made_up_models().resize(r.ebe.call.size());
     made_up_models()[static_cast<std::size_t>(u)] = std::move(model);
-    r.ebe[static_cast<std::size_t>(u)].function = call_made_up_model;
+    r.ebe.call[static_cast<std::size_t>(u)].function = call_made_up_model;
 }
 
 // ---- whole runs
-// ------------------------------------------------------------------------------------------------------
 
-// Fills the current folder with the installed libraries and a deck.
-inline void make_working_folder(const std::string& deck) {
-    namespace fs = std::filesystem;
-    fs::create_directory(".tnlaux");
-    for (const fs::directory_entry& e : fs::directory_iterator(TARNEL_SHARE))
-        fs::copy(e.path(), ".tnlaux", fs::copy_options::overwrite_existing);
-    std::string dimensions;
-    for (const tmpdim_word& d : tmpdim_words())
-        dimensions += std::string(d.word) + " " + std::to_string(d.generous) + "\n";
-    write_file("tmpdim.in", dimensions);
-    write_file(".tnlaux/cct.in", deck);
-}
-
-// Runs the deck in the current folder; more_gels: composites of blocks of the test's own, the first named calc.
+// Runs the deck in the current folder; more_gels: composites of blocks of the test's own.
 inline console_run run_here(const std::string& deck, const std::string& more_gels = "") {
-    make_working_folder(deck);
-    if (!more_gels.empty()) {
-        write_file(".tnlaux/gels.aux", read_file(".tnlaux/gels.aux") + more_gels);
-        write_file(".tnlaux/gce_all.lst", read_file(".tnlaux/gce_all.lst") + ".calc\n");
-    }
+    fill_working_folder(".", deck, more_entries("gels.aux", "gce_all.lst", more_gels));
     return run_and_listen(run_tarnel);
 }

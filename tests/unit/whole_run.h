@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "../working_folder.h"
 #include "base/halt.h"
-#include "deck/tmpdim_class.h"
 #include "halt_throws.h"
 #include "run/driver.h"
 #include "temp_folder.h"
@@ -19,22 +19,13 @@ class whole_run {
 public:
     // without: a word that is cut out of all library texts; more_eels: electrical composites of the test's own.
     explicit whole_run(const std::string& deck, const std::string& without = "", const std::string& more_eels = "") {
-        std::filesystem::create_directory(".tnlaux");
-        for (const auto& entry : std::filesystem::directory_iterator(TARNEL_SHARE)) {
-            std::string library = read_file(entry.path().string());
+        const library_change add = more_entries("eels.aux", "ece_all.lst", more_eels);
+        fill_working_folder(".", deck, [&](const std::string& file, std::string& library) {
             for (std::size_t at = without.empty() ? std::string::npos : library.find(without); at != std::string::npos;
                  at = library.find(without, at))
                 library.erase(at, without.size());
-            const std::filesystem::path name = entry.path().filename();
-            if (name == "eels.aux") library += more_eels;
-            if (name == "ece_all.lst") library += names_of(more_eels);
-            write_file((".tnlaux" / name).string(), library);
-        }
-        std::string dimensions;
-        for (const tmpdim_word& w : tmpdim_words())
-            dimensions += std::string(w.word) + " " + std::to_string(w.generous) + "\n";
-        write_file("tmpdim.in", dimensions);
-        write_file(".tnlaux/cct.in", deck);
+            add(file, library);
+        });
         const console_run heard = run_and_listen([] { run_tarnel(); });
         text = heard.text;
         stopped = heard.stopped;
@@ -60,15 +51,6 @@ public:
     bool stopped = false;
 
 private:
-    // Lines of a list file for the entries of a library text.
-    static std::string names_of(const std::string& library) {
-        std::string list;
-        std::istringstream in(library);
-        for (std::string one; std::getline(in, one);)
-            if (one.starts_with("ece name=")) list += "." + one.substr(9) + "\n";
-        return list;
-    }
-
     temp_folder folder_;
 };
 

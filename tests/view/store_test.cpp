@@ -59,6 +59,41 @@ TEST(view_store, adds_columns_that_are_made_row_by_row) {
         EXPECT_THROW(store.add_column(text), usage_error) << text;
 }
 
+TEST(view_store, a_run_that_lacks_what_a_made_column_needs_keeps_its_others) {
+    const temp_folder inside;
+    write_record("r.run", "complete", {{"w.dat", "trns", {{"time", "s"}, {"v", "V"}, {"i", "A"}}, 0, 0}});
+    ::write_file("r.run/w.dat", "0 1 5\n1 2 6\n");
+    view_store store({"r.run"});
+    store.wait_until_read();
+    store.add_column("d = 2*i");
+    store.add_column("e = 2*v");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["problem"], "");
+    // The deck runs again without i.
+    write_record("r.run", "complete", one_file);
+    fs::remove("r.run/w.dat");
+    ::write_file("r.run/w.dat", "0 3\n1 4\n2 5\n");
+    store.wait_until_read();
+    json file = first_file(store);
+    EXPECT_EQ(file["rows"], 3);
+    ASSERT_EQ(file["columns"].size(), 4u);
+    EXPECT_EQ(file["columns"][1]["size"], 5);
+    EXPECT_EQ(file["columns"][2]["name"], "d");
+    EXPECT_EQ(file["columns"][2]["size"], 0);
+    EXPECT_EQ(file["columns"][3]["size"], 10);
+    EXPECT_EQ(file["problem"], "d: no column i in " + (fs::path("r.run") / "w.dat").string());
+    const view_file_ptr held = store.want_file(0, "w.dat");
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(std::isnan(held->source.rows.columns[2].values[i])) << i;
+    // And again with it.
+    write_record("r.run", "complete", {{"w.dat", "trns", {{"time", "s"}, {"v", "V"}, {"i", "A"}}, 0, 0}});
+    fs::remove("r.run/w.dat");
+    ::write_file("r.run/w.dat", "0 1 7\n");
+    store.wait_until_read();
+    file = first_file(store);
+    EXPECT_EQ(file["problem"], "");
+    EXPECT_EQ(file["columns"][3]["size"], 14);
+}
+
 TEST(view_store, leaves_out_a_guess_that_lies_apart) {
     const temp_folder inside;
     std::vector<record_file> files = one_file;

@@ -1,10 +1,9 @@
 // basic_forms.cpp -- the tables of the families of basic elements; a further family is a further set of rows.
-#include "library/library_form.h"
+#include "library/basic_form.h"
 
 using L = library_lists;
 
-// ---- electrical
-// -------------------------------------------------------------------------------------------------------
+// ---- electrical ----
 
 namespace {
 constexpr flag_word ebes_flags[] = {
@@ -73,43 +72,25 @@ constexpr argument ebe_arguments[] = {
     {"dp_class*", "dp"},
     {"math_cnst_class*", "math_cnst"},
 };
-constexpr declared_list ebe_declared[] = {
-    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},  {"double", "na_", &L::aux},
-    {"int", "ndg_", &L::dgtl},  {"double", "nvr_", &L::vr},   {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},
-    {"double", "nig_", &L::ig}, {"double", "nlv_", &L::locv}, {"double", "nas_", &L::auxs},
-};
-constexpr declared_list ebe_numbered[] = {
-    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
-    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
-    {nullptr, "nst_", &L::sv},   {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
-    {nullptr, "ndg_", &L::dgtl}, {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
-    {nullptr, "nas_", &L::auxs}, {nullptr, "nlv_", &L::locv},
-};
+constexpr function_form ebes_functions[] = {
+    {"no_functions", &basic_library::func, true, &ebes_terminal, &ebes_startup, &ebes_local, &ebes_general}};
 }  // namespace
 
-constexpr library_form ebes_form = {
-    .class_name = "ebes_class",
-    .path = ".tnlaux/ebes.aux",
-    .rule = line_rule::joined_lines,
-    .keyword = "ebe",
+constexpr basic_form ebes_form = {
+    .lib = library_forms[lib_ebes],
     .function_word = "ebe",
-    .read_word = "ebes",
     .no_end = "end_dc",
     .too_many_functions = "ebes_class: n_ttlf > M_EBESTTLF. Halting...",
     .max_entries = 150,
-    .max_functions = 1000,
-    .max_dependencies = 5000,
     .jacobian_entry = "  ebes name is: ",
     .flags = ebes_flags,
     .lines = ebes_lines,
-    .functions = {true, &ebes_terminal, &ebes_startup, &ebes_local, &ebes_general},
+    .functions = ebes_functions,
     .map_kinds = ebes_kinds,
-    .glue = {"ebe", "e_", "get_ebe", "i_ebes", "map_global_ebe", "ebes1_class.h", "ebe_registration", "run_ebe",
-             "ebe_all.lst", true, ebe_arguments, ebe_declared, ebe_numbered},
+    .arguments = ebe_arguments,
 };
 
-// ---- small-signal forms of electrical elements
-// ------------------------------------------------------------------------
+// ---- small-signal forms of electrical elements ----
 
 namespace {
 constexpr flag_word ebac_flags[] = {{"noise_source", &entry_flags::noise_source, 0}};
@@ -147,40 +128,24 @@ constexpr argument ebe_ac_arguments[] = {
     {"dp_class*", "dp"},
     {"math_cnst_class*", "math_cnst"},
 };
-constexpr declared_list ebe_ac_declared[] = {
-    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},
-    {"double", "na_", &L::aux}, {"double", "nvr_", &L::vr},
-};
-constexpr declared_list ebe_ac_numbered[] = {
-    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
-    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
-    {nullptr, "na_", &L::aux},   {nullptr, "nvr_", &L::vr},
-};
+constexpr function_form ebac_functions[] = {
+    {"no_functions", &basic_library::func, true, &ebac_words, nullptr, nullptr, &ebac_words}};
 }  // namespace
 
-constexpr library_form ebac_form = {
-    .class_name = "ebac_class",
-    .path = ".tnlaux/ebac.aux",
-    .rule = line_rule::joined_lines,
-    .keyword = "ebe_ac",
+constexpr basic_form ebac_form = {
+    .lib = library_forms[lib_ebac],
     .function_word = "ebe (ac)",
-    .read_word = "ebac",
     .no_end = "endebe_ac",
     .too_many_functions = "ebac_class: n_ttlf > M_EBACTTLF. Halting...",
     .max_entries = 100,
-    .max_functions = 1000,
-    .max_dependencies = 5000,
-    .jacobian_entry = nullptr,
     .flags = ebac_flags,
     .lines = ebac_lines,
-    .functions = {true, &ebac_words, nullptr, nullptr, &ebac_words},
+    .functions = ebac_functions,
     .map_kinds = ebac_kinds,
-    .glue = {"ebac", "e_ac_", "get_ebe_ac", "i_ebac", "map_global_sse", "ebac1_class.h", "ebe_ac_registration", nullptr,
-             "sse_all.lst", false, ebe_ac_arguments, ebe_ac_declared, ebe_ac_numbered},
+    .arguments = ebe_ac_arguments,
 };
 
-// ---- general blocks
-// ---------------------------------------------------------------------------------------------------
+// ---- general blocks ----
 
 namespace {
 constexpr flag_word gbes_flags[] = {
@@ -204,39 +169,26 @@ constexpr argument gbe_arguments[] = {
     {"double*", "aux"},      {"double*", "vr_new"},     {"double*", "aux_new"}, {"double*", "f"},
     {"gbes1_class*", "jac"}, {"flags_class*", "flags"}, {"dp_class*", "dp"},    {"math_cnst_class*", "math_cnst"},
 };
-constexpr declared_list gbe_declared[] = {
-    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm}, {"double", "na_", &L::aux},
-    {"double", "nvr_", &L::vr}, {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},  {"double", "nig_", &L::ig},
-};
-constexpr declared_list gbe_numbered[] = {
-    {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm}, {nullptr, "nst_", &L::sv},
-    {nullptr, "nig_", &L::ig},  {nullptr, "na_", &L::aux},    {nullptr, "nvr_", &L::vr},  {nullptr, "nxvr_", &L::xvr},
-};
+constexpr function_form gbes_functions[] = {
+    {"no_functions", &basic_library::func, false, nullptr, nullptr, nullptr, &gbes_words}};
 }  // namespace
 
-constexpr library_form gbes_form = {
-    .class_name = "gbes_class",
-    .path = ".tnlaux/gbes.aux",
+constexpr basic_form gbes_form = {
+    .lib = library_forms[lib_gbes],
     .rule = line_rule::guard_lines,
-    .keyword = "gbe",
     .function_word = "gbe",
-    .read_word = "gbes",
     .no_end = "end_dc",
     .too_many_functions = "gbes_class: n_ttlf > M_GBESTTLF. Halting...",
     .max_entries = 250,
-    .max_functions = 1000,
-    .max_dependencies = 5000,
     .jacobian_entry = "  gbe name is ",
     .flags = gbes_flags,
     .lines = gbes_lines,
-    .functions = {false, nullptr, nullptr, nullptr, &gbes_words},
+    .functions = gbes_functions,
     .map_kinds = block_variables,
-    .glue = {"gbe", "g_", "get_gbe", "i_gbes", "map_global_gbe", "gbes1_class.h", "gbe_registration", "run_gbe",
-             "gbe_all.lst", true, gbe_arguments, gbe_declared, gbe_numbered},
+    .arguments = gbe_arguments,
 };
 
-// ---- small-signal forms of general blocks
-// -----------------------------------------------------------------------------
+// ---- small-signal forms of general blocks ----
 
 namespace {
 constexpr list_line gbac_lines[] = {
@@ -259,33 +211,25 @@ constexpr argument gbe_ac_arguments[] = {
     {"dp_class*", "dp"},
     {"math_cnst_class*", "math_cnst"},
 };
-constexpr declared_list gbe_ac_declared[] = {
-    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},
-    {"double", "na_", &L::aux}, {"double", "nvr_", &L::vr},
-};
-constexpr declared_list gbe_ac_numbered[] = {
-    {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm},
-    {nullptr, "na_", &L::aux},  {nullptr, "nvr_", &L::vr},
-};
+constexpr function_form gbac_functions[] = {
+    {"no_functions", &basic_library::func, false, nullptr, nullptr, nullptr, &gbac_words}};
 }  // namespace
 
-constexpr library_form gbac_form = {
-    .class_name = "gbac_class",
-    .path = ".tnlaux/gbac.aux",
-    .rule = line_rule::joined_lines,
-    .keyword = "gbe_ac",
+constexpr basic_form gbac_form = {
+    .lib = library_forms[lib_gbac],
     .function_word = "gbe (ac)",
-    .read_word = "gbac",
     .no_end = "endgbe_ac",
     .too_many_functions = "gbac_class: n_ttlf > M_GBACTTLF. Halting...",
     .max_entries = 100,
-    .max_functions = 1000,
-    .max_dependencies = 5000,
-    .jacobian_entry = nullptr,
     .flags = ebac_flags,
     .lines = gbac_lines,
-    .functions = {false, nullptr, nullptr, nullptr, &gbac_words},
+    .functions = gbac_functions,
     .map_kinds = block_variables,
-    .glue = {"gbac", "g_ac_", "get_gbe_ac", "i_gbac", "map_global_ssg", "gbac1_class.h", "gbe_ac_registration", nullptr,
-             "ssg_all.lst", false, gbe_ac_arguments, gbe_ac_declared, gbe_ac_numbered},
+    .arguments = gbe_ac_arguments,
 };
+
+const basic_form* basic_form_of(int library) {
+    for (const basic_form* form : {&ebes_form, &gbes_form, &ebac_form, &gbac_form})
+        if (&form->lib == &library_forms[library]) return form;
+    return nullptr;
+}

@@ -10,20 +10,20 @@
 namespace {
 
 // The next line of an entry; its first word must be the keyword.
-words expect_line(text_file& file, const library_form& form, std::string_view keyword) {
+words expect_line(text_file& file, const basic_form& form, std::string_view keyword) {
     words w;
     next_line(file, w, form.rule);
-    expect_word(w, 0, keyword, "expect ", keyword, " here, check ", form.keyword, " library");
+    expect_word(w, 0, keyword, "expect ", keyword, " here, check ", form.lib.begin, " library");
     return w;
 }
 
 // The first line of an entry: its name, and the flag words behind it at any place. Every list gets a row, so that
 // those that the family lacks have an empty one.
-void read_entry_line(const words& w, const library_form& form, basic_library& lib) {
-    expect_word(w, 0, form.keyword, form.class_name, ": ", form.keyword, " not found. Debug 1.");
-    expect_word(w, 1, "name", "expect name here, check ", form.keyword, " library");
+void read_entry_line(const words& w, const basic_form& form, basic_library& lib) {
+    expect_word(w, 0, form.lib.begin, form.lib.class_name, ": ", form.lib.begin, " not found. Debug 1.");
+    expect_word(w, 1, "name", "expect name here, check ", form.lib.begin, " library");
     const std::string name = pick_word_1(w, 2);
-    check_limit(lib.n() + 2, form.max_entries, form.class_name, ": n is too large! Debug 2.");
+    check_limit(lib.n() + 2, form.max_entries, form.lib.class_name, ": n is too large! Debug 2.");
     lib.list.entry.add(name);
 
     entry_flags& flag = lib.flag;
@@ -41,16 +41,16 @@ void read_entry_line(const words& w, const library_form& form, basic_library& li
     }
 }
 
-void read_jacobian_line(text_file& file, const library_form& form, basic_library& lib) {
+void read_jacobian_line(text_file& file, const basic_form& form, basic_library& lib) {
     const words w = expect_line(file, form, "Jacobian:");
     const std::string_view word = w.size() > 1 ? w[1] : std::string_view();
     if (word != "constant" && word != "variable")
-        halt({line(form.class_name, ": expect constant/variable for jacobian."),
+        halt({line(form.lib.class_name, ": expect constant/variable for jacobian."),
               line(form.jacobian_entry, lib.list.entry[lib.n() - 1]), "  Halting..."});
     lib.flag.jac_const.back() = word == "constant";
 }
 
-void read_list_line(text_file& file, const library_form& form, const list_line& l, basic_library& lib) {
+void read_list_line(text_file& file, const basic_form& form, const list_line& l, basic_library& lib) {
     const words w = expect_line(file, form, l.keyword);
     const words* pool = nullptr;
     if (const auto* names = std::get_if<word_list library_lists::*>(&l.member)) {
@@ -60,75 +60,78 @@ void read_list_line(text_file& file, const library_form& form, const list_line& 
         std::visit(
             [&](auto member) {
                 if constexpr (requires { (lib.list.*member).dflt; }) {
-                    add_pairs(w, form.class_name, l.tag, lib.list.*member);
+                    add_pairs(w, form.lib.class_name, l.tag, lib.list.*member);
                     pool = &(lib.list.*member).name.pool;
                 }
             },
             l.member);
     }
-    check_pool(*pool, form.class_name, l.tag, l.max_words, l.max_chars);
+    check_pool(*pool, form.lib.class_name, l.tag, l.max_words, l.max_chars);
 }
 
 // The count of functions. Each terminal of an entry has one, but for the ground dummy, which only holds a node.
-int read_function_count(text_file& file, const library_form& form, const basic_library& lib) {
-    const words w = expect_line(file, form, "no_functions");
+int read_function_count(text_file& file, const basic_form& form, const function_form& functions,
+                        const basic_library& lib) {
+    const words w = expect_line(file, form, functions.count);
     const int n_func = chr_to_int(w.size() > 1 ? w[1] : std::string_view());
-    if (form.functions.has_count_test && !lib.flag.ground_dummy.back() && n_func < lib.list.node.count(lib.n() - 1))
-        halt({line(form.class_name, ": n_func < n_nodes. Halting...")});
+    if (functions.has_count_test && !lib.flag.ground_dummy.back() && n_func < lib.list.node.count(lib.n() - 1))
+        halt({line(form.lib.class_name, ": n_func < n_nodes. Halting...")});
     return n_func;
 }
 
 // The text between the functions and the end word. Whoever only reads tables passes over it unseen.
-void read_code(text_file& file, const library_form& form, glue_text* glue, basic_library& lib) {
+void read_code(text_file& file, const basic_form& form, glue_text* glue, basic_library& lib) {
     words w;
     next_line(file, w, form.rule);
-    check_word_3(w, 0, "fortran:", "C:", line("expect fortran:/C: here, check ", form.keyword, " library"));
+    check_word_3(w, 0, "fortran:", "C:", line("expect fortran:/C: here, check ", form.lib.begin, " library"));
     const bool compiled = w.size() > 1;
-    if (glue && compiled && w[1] != "compiled") halt({line(form.class_name, ": compiled not found")});
+    if (glue && compiled && w[1] != "compiled") halt({line(form.lib.class_name, ": compiled not found")});
     if (!glue || compiled) {
         skip_code(file, form);
         return;
     }
     copy_code(file, form, *glue, lib);
-    expect_line(file, form, line("end", form.keyword));
+    expect_line(file, form, form.lib.end);
 }
 
-void read_entry(text_file& file, const words& first_line, const library_form& form, glue_text* glue,
-                basic_library& lib) {
+void read_entry(text_file& file, const words& first_line, const basic_form& form, glue_text* glue, basic_library& lib) {
     read_entry_line(first_line, form, lib);
     if (form.jacobian_entry) read_jacobian_line(file, form, lib);
     for (const list_line& l : form.lines) read_list_line(file, form, l, lib);
     lib.list.close_rows();
-    const int n_func = read_function_count(file, form, lib);
-    read_functions(file, form, n_func, lib);
-    read_code(file, form, glue, lib);
+    for (const function_form& f : form.functions)
+        read_functions(file, form, f, read_function_count(file, form, f, lib), lib);
+    if (form.has_code)
+        read_code(file, form, glue, lib);
+    else
+        expect_line(file, form, form.lib.end);
 }
 
 // Runs over the file once, so that what is wrong with its lines and code sections shows before the entries are read.
-void count_entries(text_file& file, const library_form& form) {
+void count_entries(text_file& file, const basic_form& form) {
     constexpr int max_lines = 50000;
     words w;
     for (int i = 0; next_line(file, w, form.rule); ++i) {
-        if (i >= max_lines) halt({line(form.class_name, ": end of file not reached. Halting...")});
+        if (i >= max_lines) halt({line(form.lib.class_name, ": end of file not reached. Halting...")});
         if (!w.empty() && (w[0] == "C:" || w[0] == "fortran:")) skip_code(file, form);
     }
 }
 
 }  // namespace
 
-void read_library_text(text_file& file, const library_form& form, glue_text* glue, basic_library& lib) {
+void read_library_text(text_file& file, const basic_form& form, glue_text* glue, basic_library& lib) {
     lib = {};
     const std::size_t start = file.at;
     count_entries(file, form);
     file.at = start;
     words w;
     while (next_line(file, w, form.rule)) read_entry(file, w, form, glue, lib);
-    lib.map = map_jacobian(lib, form.map_kinds, form.class_name);
+    lib.map = map_jacobian(lib, form.map_kinds, form.lib.class_name);
 }
 
-void read_library(const std::string& path, const library_form& form, truefalse write_glue,
+void read_library(const std::string& path, const basic_form& form, truefalse write_glue,
                   const constants_class& constants, basic_library& lib) {
-    text_file file = open_text_file(path, form.class_name);
+    text_file file = open_text_file(path, std::string(form.lib.class_name));
     const int mode = constants.second;
     if (write_glue == int_F || (mode != 1 && mode != 2)) {
         read_library_text(file, form, nullptr, lib);
@@ -140,9 +143,9 @@ void read_library(const std::string& path, const library_form& form, truefalse w
 }
 
 namespace {
-basic_library read_from_form(const library_form& form, truefalse write_glue, const constants_class& constants) {
+basic_library read_from_form(const basic_form& form, truefalse write_glue, const constants_class& constants) {
     basic_library lib;
-    read_library(form.path, form, write_glue, constants, lib);
+    read_library(std::string(form.lib.path), form, write_glue, constants, lib);
     return lib;
 }
 }  // namespace

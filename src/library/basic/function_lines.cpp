@@ -7,8 +7,10 @@ namespace {
 
 // The entry being read, and what it is read by.
 struct entry_in_work {
-    const library_form& form;
+    const basic_form& form;
+    const function_form& functions;
     basic_library& lib;
+    function_table& f;  // that the functions go to
     int e;
 };
 
@@ -22,11 +24,11 @@ variable find_in(const library_lists& list, int e, const variable_list& where, s
     return i < 0 ? variable{} : variable{where.kind, i};
 }
 
-[[noreturn]] void unknown_word(const library_form& form, const function_words& how, std::string_view word) {
+[[noreturn]] void unknown_word(const basic_form& form, const function_words& how, std::string_view word) {
     if (how.wrong)
-        halt({line(form.class_name, ": something wrong with ", how.wrong, "."), line("  string is ", word),
+        halt({line(form.lib.class_name, ": something wrong with ", how.wrong, "."), line("  string is ", word),
               "  Halting..."});
-    halt({line("read_", form.read_word, ": check ", word, " in ", form.keyword, " library."), "   (function part)",
+    halt({line("read_", form.lib.name, ": check ", word, " in ", form.lib.begin, " library."), "   (function part)",
           "   Halting..."});
 }
 
@@ -54,22 +56,22 @@ bool is_ddt(std::string_view word) { return word == "d_dt" || word.starts_with("
 // The variable inside d_dt(...), as the sort of line allows.
 variable find_ddt_variable(const entry_in_work& in, const function_words& how, std::string_view word) {
     if (how.ddt == ddt_rule::refused)
-        halt({line(in.form.class_name, ": d_dt is not allowd in the"),
+        halt({line(in.form.lib.class_name, ": d_dt is not allowd in the"),
               line("  mna-", how.ddt_refused_in, " equations!"),
-              line("  Check ", in.form.keyword, " library. Halting...")});
-    if (word.size() < 6 || word.back() != ')') halt({line(in.form.class_name, ": check variables involving d_dt")});
+              line("  Check ", in.form.lib.begin, " library. Halting...")});
+    if (word.size() < 6 || word.back() != ')') halt({line(in.form.lib.class_name, ": check variables involving d_dt")});
     const std::string_view inside = word.substr(5, word.size() - 6);
     if (how.ddt == ddt_rule::any_variable) return find_variable(in, how, inside);
     const variable found = find_in(in.lib.list, in.e, {kind_locv, &library_lists::locv}, inside);
     if (found.kind < 0)
-        halt({line(in.form.class_name, ": check ", inside, " in the ", in.form.keyword, " library."),
+        halt({line(in.form.lib.class_name, ": check ", inside, " in the ", in.form.lib.begin, " library."),
               "  trouble with d_dt() (locvar). Halting..."});
     return found;
 }
 
 // Words from position `from` on become dependencies of the function that was opened last.
 void read_dependencies(const entry_in_work& in, const function_words& how, const words& w, int from) {
-    function_table& f = in.lib.func;
+    function_table& f = in.f;
     for (int i = from; i < w.size(); ++i) {
         const bool inside_ddt = how.ddt != ddt_rule::no_word && is_ddt(w[i]);
         const variable found = inside_ddt ? find_ddt_variable(in, how, w[i]) : find_variable(in, how, w[i]);
@@ -81,7 +83,7 @@ void read_dependencies(const entry_in_work& in, const function_words& how, const
             f.ddt_var_flag.back() = found.kind;
             f.ddt_var_number.back() = found.number;
         }
-        check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies, in.form.class_name,
+        check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies, in.form.lib.class_name,
                     ": n_ttlfvar is too large. Halting...");
     }
     f.first_fvar.push_back(static_cast<int>(f.var_flag.size()));
@@ -91,8 +93,8 @@ void read_dependencies(const entry_in_work& in, const function_words& how, const
 void open_function(const entry_in_work& in, const words& w, int block) {
     const std::string_view name = w.empty() ? std::string_view() : w[0];
     if (!name.starts_with("f_"))
-        halt({line(in.form.class_name, ": expected f_ (", block, "). Halting..."), line("  s2 = ", name)});
-    function_table& f = in.lib.func;
+        halt({line(in.form.lib.class_name, ": expected f_ (", block, "). Halting..."), line("  s2 = ", name)});
+    function_table& f = in.f;
     f.name.add(name.substr(2));
     for (std::vector<int>* mark :
          {&f.flag_kcl, &f.flag_gnrl, &f.flag_locvar, &f.func_startup, &f.startup_kcl, &f.startup_gnrl, &f.flag_ddt})
@@ -106,18 +108,18 @@ void open_function(const entry_in_work& in, const words& w, int block) {
 // Function j of the entry, the current into terminal j. Entries with a start-up form of their own leave it out there.
 void read_terminal_line(const entry_in_work& in, const words& w, int j) {
     open_function(in, w, 1);
-    function_table& f = in.lib.func;
+    function_table& f = in.f;
     f.flag_kcl.back() = 1;
     if (!in.lib.flag.startup_sprt.back()) {
         f.func_startup.back() = f.startup_kcl.back() = 1;
         f.startup_kcl_row.back() = j;
     }
-    read_dependencies(in, *in.form.functions.terminal, w, 1);
+    read_dependencies(in, *in.functions.terminal, w, 1);
 }
 
 // The first start-up functions, one for each terminal, stand on the terminals' rows; later ones have own rows.
 void read_startup_line(const entry_in_work& in, const words& w, int n_before) {
-    function_table& f = in.lib.func;
+    function_table& f = in.f;
     f.func_startup.back() = 1;
     if (n_before < in.lib.list.node.count(in.e)) {
         f.startup_kcl.back() = 1;
@@ -125,29 +127,30 @@ void read_startup_line(const entry_in_work& in, const words& w, int n_before) {
     } else {
         f.startup_gnrl.back() = 1;
     }
-    read_dependencies(in, *in.form.functions.startup, w, 2);
+    read_dependencies(in, *in.functions.startup, w, 2);
 }
 
 void read_local_line(const entry_in_work& in, const words& w) {
     const std::string name = pick_word_1(w, 2);
     const int i = in.lib.list.locv.find(in.e, name);
     if (i < 0)
-        word_not_found("find_word_3", name, line(in.form.class_name, ": locvar not found in function declaration."));
-    in.lib.func.flag_locvar.back() = 1;
-    in.lib.func.i_locvar.back() = i;
-    read_dependencies(in, *in.form.functions.local, w, 3);
+        word_not_found("find_word_3", name,
+                       line(in.form.lib.class_name, ": locvar not found in function declaration."));
+    in.f.flag_locvar.back() = 1;
+    in.f.i_locvar.back() = i;
+    read_dependencies(in, *in.functions.local, w, 3);
 }
 
 void read_general_line(const entry_in_work& in, const words& w) {
-    function_table& f = in.lib.func;
+    function_table& f = in.f;
     f.flag_gnrl.back() = 1;
     if (!in.lib.flag.startup_sprt.back()) f.func_startup.back() = f.startup_gnrl.back() = 1;
-    read_dependencies(in, *in.form.functions.general, w, 1);
+    read_dependencies(in, *in.functions.general, w, 1);
 }
 
 // A charge of a terminal is known by the function of the same entry that defines it.
 void find_defining_functions(const entry_in_work& in) {
-    function_table& f = in.lib.func;
+    function_table& f = in.f;
     const int first = f.first_f.back(), n = f.n_ttlf();
     for (int k = first; k < n; ++k) {
         const auto kk = static_cast<std::size_t>(k);
@@ -157,16 +160,17 @@ void find_defining_functions(const entry_in_work& in) {
                 f.i_locvar[static_cast<std::size_t>(d)] == f.ddt_var_number[kk])
                 f.kcl_locvar_func[kk] = d - first;
         if (f.kcl_locvar_func[kk] < 0)
-            halt({line("read_", in.form.read_word, ": one of the KCL equations is"),
+            halt({line("read_", in.form.lib.name, ": one of the KCL equations is"),
                   "   using a local_var for which there is no", "   defining equation."});
     }
 }
 
 }  // namespace
 
-void read_functions(text_file& file, const library_form& form, int n_func, basic_library& lib) {
-    const entry_in_work in{form, lib, lib.n() - 1};
-    const int n_terminal = form.functions.terminal && !lib.flag.ground_dummy.back() ? lib.list.node.count(in.e) : 0;
+void read_functions(text_file& file, const basic_form& form, const function_form& functions, int n_func,
+                    basic_library& lib) {
+    const entry_in_work in{form, functions, lib, lib.*functions.table, lib.n() - 1};
+    const int n_terminal = functions.terminal && !lib.flag.ground_dummy.back() ? lib.list.node.count(in.e) : 0;
     int n_startup = 0;
     words w;
     for (int j = 0; j < n_func; ++j) {
@@ -177,13 +181,13 @@ void read_functions(text_file& file, const library_form& form, int n_func, basic
             continue;
         }
         open_function(in, w, 2);
-        if (form.functions.startup && w.size() > 1 && w[1] == "startup")
+        if (functions.startup && w.size() > 1 && w[1] == "startup")
             read_startup_line(in, w, n_startup++);
-        else if (form.functions.local && w.size() > 1 && w[1] == "local_var")
+        else if (functions.local && w.size() > 1 && w[1] == "local_var")
             read_local_line(in, w);
         else
             read_general_line(in, w);
     }
     find_defining_functions(in);
-    lib.func.first_f.push_back(lib.func.n_ttlf());
+    in.f.first_f.push_back(in.f.n_ttlf());
 }

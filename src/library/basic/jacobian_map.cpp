@@ -2,7 +2,7 @@
 
 #include "base/halt.h"
 
-jacobian_map map_jacobian(const basic_library& lib, std::span<const variable_list> kinds, const char* class_name) {
+jacobian_map map_jacobian(const basic_library& lib, std::span<const variable_list> kinds, std::string_view class_name) {
     jacobian_map result;
     result.entry.resize(static_cast<std::size_t>(lib.n()));
     const function_table& f = lib.func;

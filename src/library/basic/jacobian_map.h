@@ -2,8 +2,8 @@
 #pragma once
 #include <span>
 
-#include "library/library_form.h"
+#include "library/basic_form.h"
 
 // Builds the maps of all entries over these kinds, in this order. A kind that stands in the functions and not here
 // halts.
-jacobian_map map_jacobian(const basic_library& lib, std::span<const variable_list> kinds, const char* class_name);
+jacobian_map map_jacobian(const basic_library& lib, std::span<const variable_list> kinds, std::string_view class_name);

@@ -4,13 +4,6 @@
 #include "library/composite/composite_entry.h"
 #include "library/list_lines.h"
 
-void literal(std::string_view word, const char*, int& value) { value = chr_to_int(word); }
-void literal(std::string_view word, const char*, double& value) { value = chr_to_double(word); }
-void literal(std::string_view word, const char* class_name, std::string& value) {
-    check_string(word, class_name);
-    value = word;
-}
-
 int entry_in_work::find_node(std::string_view word) const {
     for (int j = 0; j < n_main; ++j)
         if ((lib.list.*form.main_list).word(e, j) == word) return j;
@@ -46,7 +39,8 @@ void check_ticks(const entry_in_work& entry, const statement_keys& keys, const s
     if (i < 0) return;
     const std::string first = line(routine, ": some word has not been ticked.");
     const std::string word = line("    word: ", keys.w[i]);
-    if (tell_entry) halt({first, word, line("    Calling ", entry.form.keyword, " is ", entry.name), "    Halting..."});
+    if (tell_entry)
+        halt({first, word, line("    Calling ", entry.form.lib.begin, " is ", entry.name), "    Halting..."});
     halt({first, word, "    Halting..."});
 }
 
@@ -68,18 +62,20 @@ element_head read_head(const entry_in_work& entry, const half_in_work& half, sta
     if (const int i = keys.find("model"); i >= 0) {
         head.model = half.element_models.find(keys.w[i]);
         if (!head.model)
-            word_not_found("find_word_3", keys.w[i],
-                           line(routine, ": model name not found (", entry.form.model_tag, entry.form.element, ")."));
+            word_not_found(
+                "find_word_3", keys.w[i],
+                line(routine, ": model name not found (", entry.form.model_tag, entry.form.basic.begin, ")."));
         if (i_type >= 0 && type != head.model->type)
-            halt({line(routine, ": model_type does not match ", entry.form.element, " type."),
-                  line("  model_type=", head.model->type), line("  ", entry.form.element, " type=", type),
+            halt({line(routine, ": model_type does not match ", entry.form.basic.begin, " type."),
+                  line("  model_type=", head.model->type), line("  ", entry.form.basic.begin, " type=", type),
                   "  Halting..."});
         type = head.model->type;
     } else if (i_type < 0) {
         halt({line(routine, ": type not found. Halting..")});
     }
     head.i_basic = half.basic.list.find(type);
-    if (head.i_basic < 0) word_not_found("find_word_3", type, line(routine, ": ", entry.form.basic, "_name not found"));
+    if (head.i_basic < 0)
+        word_not_found("find_word_3", type, line(routine, ": ", entry.form.basic.name, "_name not found"));
     if (const int i = keys.find("name"); i >= 0) head.name = keys.w.str(i);
     return head;
 }
@@ -163,7 +159,7 @@ void read_element(entry_in_work& entry, half_in_work& half, const words& w) {
     element_table& be = half.be;
     const int position = static_cast<int>(be.i_be.size()) - be.first_be.back();
     if (position >= form.limit.max_elements_entry)
-        halt({line(half.element_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.library,
+        halt({line(half.element_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.lib.name,
                    "] is too large! Halting..")});
     be.i_be.push_back(head.i_basic);
     be.name.push_back(head.name);
@@ -210,12 +206,13 @@ void read_element(entry_in_work& entry, half_in_work& half, const words& w) {
 
 void read_acparm_map(entry_in_work& entry, half_in_work& half, const words& w) {
     const auto out_of_range = [&](const char* what, int value) {
-        halt({line(entry.form.class_name, ": acparm_map: ", what, " = ", value, " is out of range."),
-              line("  ", entry.form.library, " name is ", entry.name), "  Halting..."});
+        halt({line(entry.form.lib.class_name, ": acparm_map: ", what, " = ", value, " is out of range."),
+              line("  ", entry.form.lib.name, " name is ", entry.name), "  Halting..."});
     };
     if (!half.after_element)
-        halt({line(entry.form.class_name, ": acparm_map: must stand behind an ", entry.form.element, "_ac statement."),
-              line("  ", entry.form.library, " name is ", entry.name), "  Halting..."});
+        halt({line(entry.form.lib.class_name, ": acparm_map: must stand behind an ", entry.form.basic.begin,
+                   "_ac statement."),
+              line("  ", entry.form.lib.name, " name is ", entry.name), "  Halting..."});
     const int row = half.be.acparm_map.n_rows() - 1;
     for (int i = 1; i < w.size(); i += 2) {
         const int a = chr_to_int(w[i]), b = chr_to_int(pick_word_1(w, i + 1));

@@ -29,22 +29,22 @@ call_in_work read_head(const entry_in_work& entry, const half_in_work& half, sta
     const std::string type = pick_word_1(keys.w, 1);
     const int found = entry.lib.list.find(type);
     call.i_callee = found < entry.e ? found : -1;
-    if (call.i_callee < 0) word_not_found("find_word_3", type, line(routine, ": ", form.library, "_name not found"));
+    if (call.i_callee < 0) word_not_found("find_word_3", type, line(routine, ": ", form.lib.name, "_name not found"));
     if (half.ac && !entry.lib.flag.allow_ac[static_cast<std::size_t>(call.i_callee)])
-        halt({line(routine, ": AC not allowed by one of the ", form.keyword[0], "elements."),
+        halt({line(routine, ": AC not allowed by one of the ", form.lib.begin[0], "elements."),
               line("    element type is ", type), "    Halting..."});
     if (const int i = keys.find("model"); i >= 0) {
         call.model = half.call_models.find(keys.w[i]);
         if (!call.model)
             word_not_found("find_word_3", keys.w[i],
-                           line(routine, ": model name not found (", form.model_tag, form.keyword, ")."));
+                           line(routine, ": model name not found (", form.model_tag, form.lib.begin, ")."));
         if (call.model->type != type)
-            halt({line(routine, ": model_type does not match ", form.library, "2 type."),
-                  line("  model_type=", call.model->type), line("  ", form.library, "2 type=", type), "  Halting..."});
+            halt({line(routine, ": model_type does not match ", form.lib.name, "2 type."),
+                  line("  model_type=", call.model->type), line("  ", form.lib.name, "2 type=", type), "  Halting..."});
     }
     if (entry.lib.n_rprm_derived(call.i_callee) > 0)
-        halt({line(routine, ": ", form.library, "2 cannot have derived rparms."),
-              line("  ", form.library, "2_name=", type), "  Halting..."});
+        halt({line(routine, ": ", form.lib.name, "2 cannot have derived rparms."),
+              line("  ", form.lib.name, "2_name=", type), "  Halting..."});
     if (const int i = keys.find("name"); i >= 0) call.name = keys.w.str(i);
     return call;
 }
@@ -209,8 +209,8 @@ void read_call(entry_in_work& entry, half_in_work& half, const words& w) {
 
     const int first_row = be.first_be[static_cast<std::size_t>(call.i_callee)], n = be.n_be(call.i_callee);
     if (call.first_be + n > form.limit.max_elements_entry)
-        halt(
-            {line(half.call_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.library, "] is too large! Halting..")});
+        halt({line(half.call_routine, ": n_be", half.ac ? "ac" : "", "[i_", form.lib.name,
+                   "] is too large! Halting..")});
     const running_offsets before = half.next;
     for (int row = first_row; row < first_row + n; ++row) {
         const auto r = static_cast<std::size_t>(row);

@@ -5,6 +5,7 @@
 
 #include "base/halt.h"
 #include "library/composite/composite_form.h"
+#include "library/list_lines.h"
 #include "library/statement_keys.h"
 
 // Parameter values kept under a name for the statements of one half: an ebemodel or ecemodel line.
@@ -83,20 +84,18 @@ struct entry_in_work {
     std::vector<made_call> calls{};            // of the DC half
     std::vector<named_element> dc_elements{};  // named elements of the DC half, for the AC half
 
-    std::string library_words() const { return line("check ", form.keyword, " library"); }
+    std::string library_words() const { return line("check ", form.lib.begin, " library"); }
     // Number of a node that a statement names: main nodes, then internal ones; -1.
     int find_node(std::string_view word) const;
     void touch(int node) { node_touched[static_cast<std::size_t>(node)] = 1; }
 };
 
-// ---- body statements (composite_body.cpp, composite_call.cpp)
-// ----------------------------------------------------------
+// ---- body statements (composite_body.cpp, composite_call.cpp) ----
 void read_element(entry_in_work& entry, half_in_work& half, const words& w);
 void read_call(entry_in_work& entry, half_in_work& half, const words& w);
 void read_acparm_map(entry_in_work& entry, half_in_work& half, const words& w);
 
-// ---- lines that several statements share (composite_outputs.cpp, composite_models.cpp)
-// ------------------------------------
+// ---- lines that several statements share (composite_outputs.cpp, composite_models.cpp) ----
 void read_model_line(const entry_in_work& entry, half_in_work& half, const words& w, bool of_element);
 // The words of an output or bias line become rows of the table; what the body must find stays open.
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,
@@ -109,11 +108,6 @@ void find_outputs_at_call(half_in_work& half, output_table& table, std::vector<o
                           std::string_view name, const output_table& callee, int i_callee, int first_be,
                           const std::vector<int>& node_map, const std::string& not_found);
 
-// The literal value of a parameter word.
-void literal(std::string_view word, const char* class_name, int& value);
-void literal(std::string_view word, const char* class_name, double& value);
-void literal(std::string_view word, const char* class_name, std::string& value);
-
 // A parameter value in a body statement: a name of the composite's own list links to it, else it is a literal.
 template <class T>
 void link_or_literal(const entry_in_work& entry, const pair_list<T>& own, std::string_view word, T& value, int& flag) {
@@ -121,7 +115,7 @@ void link_or_literal(const entry_in_work& entry, const pair_list<T>& own, std::s
     if (flag >= 0)
         value = own.value(entry.e, flag);
     else
-        literal(word, entry.form.class_name, value);
+        read_literal(word, entry.form.lib.class_name, value);
 }
 
 // The integer parameter by which a small-signal form names the element of the DC half whose operating point it uses.

@@ -4,6 +4,7 @@
 #include <span>
 #include <variant>
 
+#include "deck/library_forms.h"
 #include "deck/ov_class.h"
 #include "library/composite/composite_library.h"
 
@@ -60,22 +61,21 @@ struct output_kinds {
 };
 
 struct composite_form {
-    const char* class_name;  // "eels_class"
-    const char* path;
-    const char* library;    // "eels"
-    const char* basic;      // "ebes"
-    const char* keyword;    // "ece"
-    const char* element;    // "ebe"
-    const char* model_tag;  // "em": emebe, emece in messages of model lines
-    bool has_power;         // pwr_elec is an output word
-    bool may_postprocess;   // entries may be postprocessors; elsewhere those are flag words like any unknown one
-    bool tells_operands;    // a derived parameter that fails is shown in its parts first
-    const char* node_word;  // "nodev": left word of the output of a node
-    const char* node_name;  // "node": what the composite's connections are called in messages
-    word_list library_lists::*main_list;  // the connections visible from outside
-    std::span<const header_line> dc_lines, ac_lines;
+    const library_form& lib;       // the words of the library,
+    const library_form& basic;     // of the elements that its entries are made of,
+    const library_form& basic_ac;  // and of those of the AC half
+    const char* model_tag;         // "em": emebe, emece in messages of model lines
+    bool has_power;                // pwr_elec is an output word
+    bool may_postprocess;          // entries may be postprocessors; elsewhere those are flag words like any unknown one
+    bool tells_operands;           // a derived parameter that fails is shown in its parts first
+    const char* node_word;         // "nodev": left word of the output of a node
+    const char* node_name;         // "node": what the composite's connections are called in messages
+    word_list library_lists::*main_list;              // the connections visible from outside
+    bool has_code = true;                             // a section for text stands behind the DC half
+    std::span<const header_line> dc_lines, ac_lines;  // no ac_lines: entries have no AC half
     std::span<const bound_line> bound;
     composite_limits limit;
     output_kinds dc_kinds, ac_kinds;
 };
 extern const composite_form eels_form, gels_form;
+const composite_form* composite_form_of(int library);  // null: the library has no reader, and must be empty

@@ -77,12 +77,9 @@ constexpr bound_line gels_bound[] = {
 }  // namespace
 
 constexpr composite_form eels_form = {
-    .class_name = "eels_class",
-    .path = ".tnlaux/eels.aux",
-    .library = "eels",
-    .basic = "ebes",
-    .keyword = "ece",
-    .element = "ebe",
+    .lib = library_forms[lib_eels],
+    .basic = library_forms[lib_ebes],
+    .basic_ac = library_forms[lib_ebac],
     .model_tag = "em",
     .has_power = true,
     .may_postprocess = false,
@@ -114,12 +111,9 @@ constexpr composite_form eels_form = {
 };
 
 constexpr composite_form gels_form = {
-    .class_name = "gels_class",
-    .path = ".tnlaux/gels.aux",
-    .library = "gels",
-    .basic = "gbes",
-    .keyword = "gce",
-    .element = "gbe",
+    .lib = library_forms[lib_gels],
+    .basic = library_forms[lib_gbes],
+    .basic_ac = library_forms[lib_gbac],
     .model_tag = "gm",
     .has_power = false,
     .may_postprocess = true,
@@ -149,3 +143,9 @@ constexpr composite_form gels_form = {
     .dc_kinds = {ov_var, ov_gaux, -1, ov_iparm_gbe, ov_rparm_gbe},
     .ac_kinds = {ov_var_ac, -1, -1, -1, -1},
 };
+
+const composite_form* composite_form_of(int library) {
+    for (const composite_form* form : {&eels_form, &gels_form})
+        if (&form->lib == &library_forms[library]) return form;
+    return nullptr;
+}

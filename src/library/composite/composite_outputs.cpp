@@ -16,7 +16,7 @@ int result_kind(const composite_flags& flag, int e, std::string_view left) {
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,
                   const output_kinds& kinds, std::vector<open_output>& open) {
     const composite_form& form = entry.form;
-    if (w.size() % 2 == 0) halt({line(form.class_name, ": k_rem is not zero (", l.tag, "). Halting...")});
+    if (w.size() % 2 == 0) halt({line(form.lib.class_name, ": k_rem is not zero (", l.tag, "). Halting...")});
     for (int i = 1; i < w.size(); i += 2) {
         table.name.pool.add(w[i]);
         int kind = ov_none, index = -1;
@@ -33,7 +33,7 @@ void read_outputs(entry_in_work& entry, const words& w, const header_line& l, ou
             kind = kinds.node;
             index = entry.find_node(cut.right);
             if (index < 0)
-                word_not_found("find_word_3", cut.right, line(form.class_name, ": outvar node name not found"));
+                word_not_found("find_word_3", cut.right, line(form.lib.class_name, ": outvar node name not found"));
         } else {
             open.push_back({static_cast<int>(table.kind.size()), cut.left, cut.right});
         }

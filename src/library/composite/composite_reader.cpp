@@ -14,24 +14,22 @@ bool begins_code(const words& w) { return begins(w, "C:") || begins(w, "fortran:
 void skip_composite_code(text_file& file, const words& w, const composite_form& form) {
     if (w.size() > 1 && w[1] == "compiled") return;
     if (!pass_lines(file, "endC", "endfortran", nullptr))
-        halt({line(form.class_name, ": endfortran not found. Halting...")});
+        halt({line(form.lib.class_name, ": endfortran not found. Halting...")});
 }
 
-// ---- first sweep: how many elements every entry has, calls expanded
-// -----------------------------------------------------
+// ---- first sweep: how many elements every entry has, calls expanded ----
 
 struct element_count {
     int dc = 0, ac = 0;
 };
 
 void count_elements(text_file& file, const composite_form& form) {
-    const std::string element_ac = line(form.element, "_ac"), call = line("call", form.keyword);
     words names, w;
     std::vector<element_count> count;
     element_count total;
     bool ac = false;
     while (next_line(file, w)) {
-        if (begins(w, form.keyword)) {
+        if (begins(w, form.lib.begin)) {
             names.add(w.size() > 2 ? w[2] : std::string_view());
             count.emplace_back();
             ac = false;
@@ -40,15 +38,15 @@ void count_elements(text_file& file, const composite_form& form) {
         if (begins(w, "begin_ac")) ac = true;
         if (begins(w, "end_ac")) ac = false;
         element_count more;
-        if (begins(w, form.element)) more.dc = 1;
-        if (begins(w, element_ac)) more.ac = 1;
-        if (begins(w, call)) {
+        if (begins(w, form.basic.begin)) more.dc = 1;
+        if (begins(w, form.basic_ac.begin)) more.ac = 1;
+        if (begins(w, form.lib.call)) {
             const std::string callee = pick_word_1(w, 1);
             const int i = find_word_1(names, callee);
             if (i < 0 || i + 1 >= names.size())
                 word_not_found(
                     "find_word_3", callee,
-                    line(form.library, "_", form.library, ac ? "_ac: " : ": ", form.library, "_name not found"));
+                    line(form.lib.name, "_", form.lib.name, ac ? "_ac: " : ": ", form.lib.name, "_name not found"));
             (ac ? more.ac : more.dc) =
                 ac ? count[static_cast<std::size_t>(i)].ac : count[static_cast<std::size_t>(i)].dc;
         }
@@ -57,13 +55,12 @@ void count_elements(text_file& file, const composite_form& form) {
         count.back().ac += more.ac;
         total.dc += more.dc;
         total.ac += more.ac;
-        check_limit(total.dc, form.limit.max_elements, form.class_name, ": n_be_ttl is too large.");
-        check_limit(total.ac, form.limit.max_elements_ac, form.class_name, ": n_beac_ttl is too large.");
+        check_limit(total.dc, form.limit.max_elements, form.lib.class_name, ": n_be_ttl is too large.");
+        check_limit(total.ac, form.limit.max_elements_ac, form.lib.class_name, ": n_beac_ttl is too large.");
     }
 }
 
-// ---- second sweep: the entries in full
-// ------------------------------------------------------------------------------------
+// ---- second sweep: the entries in full ----
 
 operand read_operand(const pair_list<double>& rprm, int e, std::string_view word) {
     operand a;
@@ -77,20 +74,20 @@ operand read_operand(const pair_list<double>& rprm, int e, std::string_view word
 void read_derived(entry_in_work& entry, const words& w) {
     const composite_form& form = entry.form;
     pair_list<double>& rprm = entry.lib.list.rprm;
-    if (w.size() % 2 == 0) halt({line(form.class_name, ": k_rem is not zero (rprm_derived)."), "   Halting..."});
+    if (w.size() % 2 == 0) halt({line(form.lib.class_name, ": k_rem is not zero (rprm_derived)."), "   Halting..."});
     for (int i = 1; i < w.size(); i += 2) {
         const expression_text text = expr_eval_1(w[i + 1]);
         if (form.tells_operands && (!text.is_expression || operation_code(text) < 0)) {
-            say(line(form.class_name, ": sa=", w[i + 1], " flag_3=", text.is_function ? 1 : 0));
-            say(line(form.class_name, ": sc=", text.op));
+            say(line(form.lib.class_name, ": sa=", w[i + 1], " flag_3=", text.is_function ? 1 : 0));
+            say(line(form.lib.class_name, ": sc=", text.op));
         }
         if (!text.is_expression)
-            halt({line(form.class_name, ": check this string: ", w[i + 1]),
+            halt({line(form.lib.class_name, ": check this string: ", w[i + 1]),
                   "  An expression was expected here. Halting..."});
         expression x;
         x.operation = operation_code(text);
         if (x.operation < 0)
-            halt({line(form.class_name, ": unknown ", text.is_function ? "function" : "operation", " in"),
+            halt({line(form.lib.class_name, ": unknown ", text.is_function ? "function" : "operation", " in"),
                   "   derived rparms.", line("   string is ", w[i + 1])});
         x.n_arg = text.is_function ? 1 : 2;
         x.arg1 = read_operand(rprm, entry.e, text.arg1);
@@ -120,7 +117,7 @@ struct header_reader {
     }
     template <class T>
     const word_list* operator()(pair_list<T> library_lists::*m) const {
-        add_pairs(w, entry.form.class_name, l.tag, entry.lib.list.*m);
+        add_pairs(w, entry.form.lib.class_name, l.tag, entry.lib.list.*m);
         return &(entry.lib.list.*m).name;
     }
     const word_list* operator()(output_table composite_library::*m) const {
@@ -142,17 +139,18 @@ void count_nodes(entry_in_work& entry) {
     entry.n_main = main.count(entry.e);
     entry.n_internal = entry.n_internal_named = entry.lib.auxnode.count(entry.e);
     entry.node_touched.assign(static_cast<std::size_t>(entry.n_main + entry.n_internal), 0);
-    check_limit(entry.n_main + entry.n_internal, form.limit.max_nodes, form.class_name, ": ttlnd_old is too large!");
-    check_limit(main.pool.n_chr() + entry.lib.auxnode.pool.n_chr(), form.limit.max_node_chars, form.class_name,
+    check_limit(entry.n_main + entry.n_internal, form.limit.max_nodes, form.lib.class_name,
+                ": ttlnd_old is too large!");
+    check_limit(main.pool.n_chr() + entry.lib.auxnode.pool.n_chr(), form.limit.max_node_chars, form.lib.class_name,
                 ": n_ttlndchr is too large!");
 }
 
 void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std::span<const header_line> lines) {
-    const char* class_name = entry.form.class_name;
+    const std::string_view class_name = entry.form.lib.class_name;
     for (const header_line& l : lines) {
         words w;
         next_line(file, w);
-        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ", entry.form.keyword, " library");
+        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ", entry.form.lib.begin, " library");
         const word_list* list = std::visit(header_reader{entry, half, l, w}, l.member);
         if (!list) continue;
         if (l.max_entry > 0)
@@ -168,8 +166,8 @@ void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std:
 // Model lines, then body statements up to the end word of the half.
 void read_body(text_file& file, entry_in_work& entry, half_in_work& half) {
     const composite_form& form = entry.form;
-    const std::string element = line(form.element, half.ac ? "_ac" : ""), call = line("call", form.keyword);
-    const std::string element_model = line(form.element, "model"), call_model = line(form.keyword, "model");
+    const std::string_view element = half.ac ? form.basic_ac.begin : form.basic.begin, call = form.lib.call;
+    const std::string_view element_model = form.basic.submodel, call_model = form.lib.submodel;
     const std::string end = half.ac ? "end_ac" : "end_dc";
     words w;
     bool more = next_line(file, w);
@@ -185,33 +183,33 @@ void read_body(text_file& file, entry_in_work& entry, half_in_work& half) {
         else
             break;
     }
-    if (!more || w[0] != end) halt({line(form.class_name, ": ", end, " not found. Halting...")});
+    if (!more || w[0] != end) halt({line(form.lib.class_name, ": ", end, " not found. Halting...")});
     half.be.first_be.push_back(static_cast<int>(half.be.i_be.size()));
 }
 
 // What the body must have found by its end: outputs, then bias variables, then an element at every node.
 void check_dc_half(const entry_in_work& entry, const half_in_work& half) {
     const composite_form& form = entry.form;
-    const std::string check = line("  Check ", form.keyword, " library. Halting..");
+    const std::string check = line("  Check ", form.lib.begin, " library. Halting..");
     const auto number = [&](const output_table& table, const open_output& o) {
         return line("  i_ov = ", o.at - table.name.first[static_cast<std::size_t>(entry.e)]);
     };
     if (!half.open_ov.empty())
-        halt({line(form.class_name, ": some outvar is not assigned?"), number(half.ov, half.open_ov[0]), check});
+        halt({line(form.lib.class_name, ": some outvar is not assigned?"), number(half.ov, half.open_ov[0]), check});
     if (!half.open_bias.empty())
-        halt({line(form.class_name, ": some bias variable is not assigned?"), number(entry.lib.bias, half.open_bias[0]),
-              check});
+        halt({line(form.lib.class_name, ": some bias variable is not assigned?"),
+              number(entry.lib.bias, half.open_bias[0]), check});
     for (std::size_t i = 0; i < entry.node_touched.size(); ++i)
         if (!entry.node_touched[i])
-            halt({line(form.class_name, ": a ", form.node_name, " not assigned? ", entry.library_words()),
-                  line("  ", form.library, " name is ", entry.name), line("  ", form.node_name, " number is ", i)});
+            halt({line(form.lib.class_name, ": a ", form.node_name, " not assigned? ", entry.library_words()),
+                  line("  ", form.lib.name, " name is ", entry.name), line("  ", form.node_name, " number is ", i)});
 }
 
 void read_entry_line(const words& w, const composite_form& form, composite_library& lib) {
-    expect_word(w, 0, form.keyword, form.class_name, ": ", form.keyword, " not found. Debug 1.");
-    expect_word(w, 1, "name", "expect name here, check ", form.keyword, " library");
+    expect_word(w, 0, form.lib.begin, form.lib.class_name, ": ", form.lib.begin, " not found. Debug 1.");
+    expect_word(w, 1, "name", "expect name here, check ", form.lib.begin, " library");
     const std::string name = pick_word_1(w, 2);
-    check_limit(lib.n() + 2, form.limit.max_entries, form.class_name, ": n is too large! Debug 2.");
+    check_limit(lib.n() + 2, form.limit.max_entries, form.lib.class_name, ": n is too large! Debug 2.");
     lib.list.entry.add(name);
     struct flag_word {
         const char* word;
@@ -234,13 +232,35 @@ void read_entry_line(const words& w, const composite_form& form, composite_libra
     if (lib.flag.compute_rparms.back()) lib.any_compute_rparms = true;
 }
 
+// "eels_ebe", "eels_eels_ac": how messages call the reading of an element or a call.
+std::string routine(const composite_form& form, std::string_view what, bool ac) {
+    return line(form.lib.name, "_", what, ac ? "_ac" : "");
+}
+
+void read_ac_half(text_file& file, entry_in_work& entry, const basic_library& basic) {
+    const composite_form& form = entry.form;
+    composite_library& lib = entry.lib;
+    half_in_work ac{.ac = true,
+                    .basic = basic,
+                    .be = lib.beac,
+                    .ov = lib.ovac,
+                    .kinds = form.ac_kinds,
+                    .in = lib.inac,
+                    .ib = lib.ibac,
+                    .element_routine = routine(form, form.basic.begin, true),
+                    .call_routine = routine(form, form.lib.name, true),
+                    .half_word = "AC"};
+    read_header(file, entry, ac, form.ac_lines);
+    read_body(file, entry, ac);
+    if (!ac.open_ov.empty())
+        halt({line(form.lib.class_name, ": some outvar (ac) is not assigned?"),
+              line("  Check ", form.lib.begin, " library. Halting..")});
+}
+
 void read_entry(text_file& file, const words& first_line, const composite_form& form, const basic_library& basic,
                 const basic_library& basic_ac, composite_library& lib) {
     read_entry_line(first_line, form, lib);
     entry_in_work entry{.form = form, .lib = lib, .e = lib.n() - 1, .name = lib.list.entry.str(lib.n() - 1)};
-    const std::string element_routine = line(form.library, "_", form.element);
-    const std::string call_routine = line(form.library, "_", form.library);
-
     half_in_work dc{.ac = false,
                     .basic = basic,
                     .be = lib.be,
@@ -248,8 +268,8 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
                     .kinds = form.dc_kinds,
                     .in = lib.list.ind_node,
                     .ib = lib.list.ind_branch,
-                    .element_routine = element_routine,
-                    .call_routine = call_routine,
+                    .element_routine = routine(form, form.basic.begin, false),
+                    .call_routine = routine(form, form.lib.name, false),
                     .half_word = "DC"};
     read_header(file, entry, dc, form.dc_lines);
     lib.list.close_rows();
@@ -258,27 +278,19 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
     entry.dc_elements = dc.elements;
 
     words w;
+    if (form.has_code) {
+        next_line(file, w);
+        check_word_3(w, 0, "fortran:", "C:", line("expect fortran:/C: here, ", entry.library_words()));
+        skip_composite_code(file, w, form);
+    }
+    if (form.ac_lines.empty()) {
+        lib.ovac.name.close_entry();
+        lib.beac.first_be.push_back(0);
+    } else {
+        read_ac_half(file, entry, basic_ac);
+    }
     next_line(file, w);
-    check_word_3(w, 0, "fortran:", "C:", line("expect fortran:/C: here, ", entry.library_words()));
-    skip_composite_code(file, w, form);
-
-    half_in_work ac{.ac = true,
-                    .basic = basic_ac,
-                    .be = lib.beac,
-                    .ov = lib.ovac,
-                    .kinds = form.ac_kinds,
-                    .in = lib.inac,
-                    .ib = lib.ibac,
-                    .element_routine = line(element_routine, "_ac"),
-                    .call_routine = line(call_routine, "_ac"),
-                    .half_word = "AC"};
-    read_header(file, entry, ac, form.ac_lines);
-    read_body(file, entry, ac);
-    if (!ac.open_ov.empty())
-        halt({line(form.class_name, ": some outvar (ac) is not assigned?"),
-              line("  Check ", form.keyword, " library. Halting..")});
-    next_line(file, w);
-    expect_word(w, 0, line("end", form.keyword), form.class_name, ": expect end", form.keyword, " here.");
+    expect_word(w, 0, form.lib.end, form.lib.class_name, ": expect end", form.lib.begin, " here.");
 }
 
 }  // namespace
@@ -297,14 +309,14 @@ namespace {
 composite_library read_from_form(const composite_form& form, const basic_library& basic,
                                  const basic_library& basic_ac) {
     composite_library lib;
-    text_file file = open_text_file(form.path, form.class_name);
+    text_file file = open_text_file(std::string(form.lib.path), std::string(form.lib.class_name));
     read_composites(file, form, basic, basic_ac, lib);
     return lib;
 }
 }  // namespace
 
 void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_class& ebac, eels_class& eels) {
-    text_file file = open_text_file(path, eels_form.class_name);
+    text_file file = open_text_file(path, std::string(eels_form.lib.class_name));
     read_composites(file, eels_form, ebes, ebac, eels);
 }
 

@@ -3,12 +3,6 @@
 #include "base/halt.h"
 #include "library/statement_keys.h"
 
-constexpr model_form ecem_form = {"emodel", "ecem_class", "eels"};
-constexpr model_form gcem_form = {"gmodel", "gcem_class", "gels"};
-constexpr model_form dcem_form = {"dmodel", "dcem_class", "dels"};
-constexpr model_form xcem_form = {"xmodel", "xcem_class", "xels"};
-constexpr model_form gmem_form = {"gmmodel", "gmem_class", "gmes"};
-
 namespace {
 
 // One row of values, the library's defaults with the statement's words on top. value_of turns a word into a value.
@@ -24,14 +18,14 @@ void add_row(const pair_list<T>& list, int i_lib, int n_words, statement_keys& k
     if (tie) tie->close_row();
 }
 
-void read_statement(const words& w, const gprm_class& gprm, const composite_library& lib, const model_form& form,
+void read_statement(const words& w, const gprm_class& gprm, const composite_library& lib, const library_form& form,
                     model_class& models) {
-    const std::string prefix = line(form.class_name, ": ");
+    const std::string prefix = line(form.models_class, ": ");
     find_word_4(w, "name", 1, prefix + "name not found");
     find_word_4(w, "type", 3, prefix + "type not found");
     const std::string name = pick_word_1(w, 2), type = pick_word_1(w, 4);
     const int i_lib = lib.find(type);
-    if (i_lib < 0) word_not_found("find_word_3", type, prefix + form.library_name + "_name not found");
+    if (i_lib < 0) word_not_found("find_word_3", type, line(prefix, form.name, "_name not found"));
     models.name.push_back(name);
     models.i_lib.push_back(i_lib);
 
@@ -66,11 +60,11 @@ int model_class::find(std::string_view model, int i_lib_wanted) const {
     return -1;
 }
 
-model_class read_models(const circuit_file& cf, const gprm_class& gprm, const composite_library& lib,
-                        const model_form& form) {
+model_class read_models(circuit_file& cf, const gprm_class& gprm, const composite_library& lib,
+                        const library_form& form) {
     model_class models;
     for (int i = cf.n_begin_cct + 1; i < cf.n_end_cct; ++i) {
-        if (!cf.text.begins(i, form.keyword)) continue;
+        if (!cf.text.begins(i, form.model)) continue;
         cf.mark(i);
         const int n = models.n();
         if (!reading(i, [&] { read_statement(circuit_line(cf.text, i), gprm, lib, form, models); }))

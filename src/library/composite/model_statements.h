@@ -6,6 +6,7 @@
 #include "base/row_table.h"
 #include "deck/circuit_file.h"
 #include "deck/gprm_class.h"
+#include "deck/library_forms.h"
 #include "library/composite/composite_library.h"
 
 // One row per statement in each table, starting from the library's defaults. tie: greal that a value named, or -1.
@@ -21,14 +22,6 @@ struct model_class {
     int find(std::string_view model, int i_lib_wanted) const;  // first of that name and type; -1
 };
 
-// The words that differ: "emodel", "ecem_class", "eels" for electrical models.
-struct model_form {
-    const char* keyword;
-    const char* class_name;
-    const char* library_name;
-};
-extern const model_form ecem_form, gcem_form, dcem_form, xcem_form, gmem_form;
-
-// Marks and reads all statements of the circuit block that begin with the form's keyword.
-model_class read_models(const circuit_file& cf, const gprm_class& gprm, const composite_library& lib,
-                        const model_form& form);
+// Marks and reads all statements of the circuit block that begin with the library's model word.
+model_class read_models(circuit_file& cf, const gprm_class& gprm, const composite_library& lib,
+                        const library_form& form);

@@ -11,6 +11,28 @@ namespace {
 
 constexpr std::size_t columns = 80;
 
+using L = library_lists;
+
+// The lists whose words become names in a function: <prefix><word>. With a type they are variables, in this order.
+struct declared_list {
+    const char* type;
+    const char* prefix;
+    list_member member;
+};
+constexpr declared_list declared_lists[] = {
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},  {"double", "na_", &L::aux},
+    {"int", "ndg_", &L::dgtl},  {"double", "nvr_", &L::vr},   {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},
+    {"double", "nig_", &L::ig}, {"double", "nlv_", &L::locv}, {"double", "nas_", &L::auxs},
+};
+// And all of them are constants, the position of a word in its list.
+constexpr declared_list numbered_lists[] = {
+    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
+    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
+    {nullptr, "nst_", &L::sv},   {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
+    {nullptr, "ndg_", &L::dgtl}, {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
+    {nullptr, "nas_", &L::auxs}, {nullptr, "nlv_", &L::locv},
+};
+
 std::vector<std::string> words_of(const basic_library& lib, const declared_list& d, int e) {
     std::vector<std::string> items;
     std::visit(
@@ -22,36 +44,39 @@ std::vector<std::string> words_of(const basic_library& lib, const declared_list&
     return items;
 }
 
-std::string function_name(const library_form& form, const basic_library& lib, int e) {
-    return form.glue.prefix + lib.list.entry.str(e);
+bool is_small_signal(const basic_form& form) { return form.lib.kind == library_kind::small_signal; }
+
+// "e_r", "e_ac_r"
+std::string function_name(const basic_form& form, const basic_library& lib, int e) {
+    return line(form.lib.begin[0], is_small_signal(form) ? "_ac_" : "_", lib.list.entry[e]);
 }
 
-std::vector<std::string> parameters(const glue_form& glue) {
+std::vector<std::string> parameters(const basic_form& form) {
     std::vector<std::string> items;
-    for (const argument& a : glue.arguments) items.push_back(line(a.type, " ", a.name));
+    for (const argument& a : form.arguments) items.push_back(line(a.type, " ", a.name));
     return items;
 }
 
-void write_prototypes(std::ostream& out, const library_form& form, const basic_library& lib,
+void write_prototypes(std::ostream& out, const basic_form& form, const basic_library& lib,
                       std::string_view attributes = "") {
     for (int e = 0; e < lib.n(); ++e)
-        write_chr_array_2(out, line(attributes, "void ", function_name(form, lib, e), "("), parameters(form.glue),
-                          "   ", ");");
+        write_chr_array_2(out, line(attributes, "void ", function_name(form, lib, e), "("), parameters(form), "   ",
+                          ");");
 }
 
 // The object for derivatives, and for small-signal forms of elements that of the operating point.
-void write_jac_includes(std::ostream& out, const glue_form& glue) {
+void write_jac_includes(std::ostream& out, const basic_form& form) {
     bool bias = false;
-    for (const argument& a : glue.arguments) bias |= std::string_view(a.type) == "ebes1_class*";
+    for (const argument& a : form.arguments) bias |= std::string_view(a.type) == "ebes1_class*";
     if (bias) out << "#include \"ebes1_class.h\"\n";
-    if (std::string_view(glue.jac_header) != "ebes1_class.h") out << "#include \"" << glue.jac_header << "\"\n";
+    if (form.lib.name != "ebes") out << "#include \"" << form.lib.name << "1_class.h\"\n";
 }
 
-void write_includes(std::ostream& out, const glue_form& glue) {
+void write_includes(std::ostream& out, const basic_form& form) {
     for (const char* system : {"math.h", "iostream", "cstring", "cstdlib", "fstream", "sstream"})
         out << "#include <" << system << ">\n";
     out << "#include \"enum1.h\"\n";
-    write_jac_includes(out, glue);
+    write_jac_includes(out, form);
     for (const char* ours : {"math_cnst_class.h", "flags_class.h", "dp_class.h"})
         out << "#include \"" << ours << "\"\n";
 }
@@ -68,6 +93,10 @@ void open_for_writing(std::ofstream& out, const std::string& path) {
 }
 
 }  // namespace
+
+std::string file_word(const basic_form& form) {
+    return std::string(is_small_signal(form) ? form.lib.name : form.lib.begin);
+}
 
 void write_chr_array_2(std::ostream& out, const std::string& head, const std::vector<std::string>& items,
                        const std::string& indent, const std::string& tail) {
@@ -98,19 +127,18 @@ void write_list_4(std::ostream& out, const std::string& prefix, const basic_libr
         out << "   const int " << prefix << lib.func.name[first + j] << '=' << j << ";\n";
 }
 
-void write_ebes_c(std::ostream& out, const library_form& form, const basic_library& lib, int e, int flag_write) {
-    const glue_form& glue = form.glue;
+void write_ebes_c(std::ostream& out, const basic_form& form, const basic_library& lib, int e, int flag_write) {
     switch (flag_write) {
         case 0:
-            if (lib.n_written == 0) write_includes(out, glue);
+            if (lib.n_written == 0) write_includes(out, form);
             return;
         case 1:
-            write_chr_array_2(out, line("void ", function_name(form, lib, e), "("), parameters(glue), "   ", ") {");
+            write_chr_array_2(out, line("void ", function_name(form, lib, e), "("), parameters(form), "   ", ") {");
             return;
         case 2:
-            for (const declared_list& d : glue.declared)
+            for (const declared_list& d : declared_lists)
                 write_chr_array_2(out, line("   ", d.type, " "), words_of(lib, d, e), "     ", ";");
-            for (const declared_list& d : glue.numbered) write_list_3(out, d.prefix, words_of(lib, d, e));
+            for (const declared_list& d : numbered_lists) write_list_3(out, d.prefix, words_of(lib, d, e));
             write_list_4(out, "ne_", lib, e);
             return;
         case 3:
@@ -121,22 +149,22 @@ void write_ebes_c(std::ostream& out, const library_form& form, const basic_libra
     }
 }
 
-void copy_code(text_file& file, const library_form& form, glue_text& glue, basic_library& lib) {
+void copy_code(text_file& file, const basic_form& form, glue_text& glue, basic_library& lib) {
     const int e = lib.n() - 1;
     std::string prototypes, variables, source;
-    if (form.glue.has_prototypes) {
+    if (!is_small_signal(form)) {
         words w;
         next_line(file, w, form.rule);
-        expect_word(w, 0, "prototypes:", "expect prototypes: here, check ", form.keyword, " library");
+        expect_word(w, 0, "prototypes:", "expect prototypes: here, check ", form.lib.begin, " library");
     }
     if (!pass_lines(file, "variables:", "variables:", &prototypes))
-        halt({line(form.class_name, ": variables: not found. Halting...")});
+        halt({line(form.lib.class_name, ": variables: not found. Halting...")});
     if (!pass_lines(file, "source:", "source:", &variables))
-        halt({line(form.class_name, ": (source:) not found. Halting...")});
+        halt({line(form.lib.class_name, ": (source:) not found. Halting...")});
     if (!pass_lines(file, "endC", "endfortran", &source))
-        halt({line(form.class_name, ": endfortran/endC not found. Halting...")});
+        halt({line(form.lib.class_name, ": endfortran/endC not found. Halting...")});
     write_ebes_c(glue.out, form, lib, e, 0);
-    if (form.glue.has_prototypes) glue.out << prototypes;
+    if (!is_small_signal(form)) glue.out << prototypes;
     write_ebes_c(glue.out, form, lib, e, 1);
     glue.out << variables;
     write_ebes_c(glue.out, form, lib, e, 2);
@@ -145,24 +173,24 @@ void copy_code(text_file& file, const library_form& form, glue_text& glue, basic
     ++lib.n_written;
 }
 
-void write_ebes_c_1(std::ostream& out, const library_form& form, const basic_library& lib, int mode) {
-    const glue_form& glue = form.glue;
+void write_ebes_c_1(std::ostream& out, const basic_form& form, const basic_library& lib, int mode) {
     if (lib.n() > form.max_entries) halt({"write_ebes_c_1: n is too large. Halting..."});
     for (const char* header : {"math_cnst_class.h", "flags_class.h", "dp_class.h"})
         out << "#include \"" << header << "\"\n";
-    write_jac_includes(out, glue);
+    write_jac_includes(out, form);
     write_prototypes(out, form, lib);
 
     const bool through_list = mode == 2;
-    out << "void " << glue.dispatcher << "(const int " << (through_list ? "i_element" : glue.selector) << ",\n";
-    write_chr_array_2(out, "   ", parameters(glue), "   ", ") {");
+    const std::string selector = through_list ? "i_element" : line("i_", form.lib.name);
+    out << "void get_" << form.lib.begin << "(const int " << selector << ",\n";
+    write_chr_array_2(out, "   ", parameters(form), "   ", ") {");
     if (through_list) {
         out << "   int i_global;\n";
-        out << "   i_global = flags->" << glue.map << "[i_element];\n";
+        out << "   i_global = flags->map_global_" << form.lib.suffix.substr(1) << "[i_element];\n";
     }
-    out << "   switch (" << (through_list ? "i_global" : glue.selector) << ") {\n";
+    out << "   switch (" << (through_list ? "i_global" : selector) << ") {\n";
     std::vector<std::string> names;
-    for (const argument& a : glue.arguments) names.emplace_back(a.name);
+    for (const argument& a : form.arguments) names.emplace_back(a.name);
     for (int e = 0; e < lib.n(); ++e) {
         out << "     case " << e << ":\n";
         write_chr_array_2(out, line("       ", function_name(form, lib, e), "("), names, "         ", ");");
@@ -171,34 +199,34 @@ void write_ebes_c_1(std::ostream& out, const library_form& form, const basic_lib
     out << "   }\n   return;\n}\n";
 }
 
-void write_registration(std::ostream& out, const library_form& form, const basic_library& lib) {
-    const std::string row = form.glue.registration;
+void write_registration(std::ostream& out, const basic_form& form, const basic_library& lib) {
+    const std::string row = line(form.lib.begin, "_registration");
     out << "#include \"models/registration.h\"\n";
     // Where rows of units are called, a function's body stands in the loop over them.
-    const char* run = form.glue.run;
+    const bool run = !is_small_signal(form);
     write_prototypes(out, form, lib, run ? "inline __attribute__((always_inline)) " : "");
-    if (run) out << "#include \"sub" << form.glue.file_word << ".cpp\"\n";
+    if (run) out << "#include \"sub" << file_word(form) << ".cpp\"\n";
     out << "const " << row << ' ' << row << "s[] = {\n";
     for (int e = 0; e < lib.n(); ++e) {
         const std::string function = function_name(form, lib, e);
         out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {" << joined_counts(entry_counts(form, lib, e))
             << '}';
-        if (run) out << ", " << run << '<' << function << '>';
+        if (run) out << ", run_" << form.lib.begin << '<' << function << '>';
         out << "},\n";
     }
     if (lib.n() == 0) out << "   {\"\", nullptr, {}},\n";
     out << "};\nconst int n_" << row << "s = " << lib.n() << ";\n";
 }
 
-void write_glue_files(const std::string& path, const library_form& form, int mode, const glue_text& glue,
+void write_glue_files(const std::string& path, const basic_form& form, int mode, const glue_text& glue,
                       const basic_library& lib) {
     const std::string folder = path.substr(0, path.find_last_of('/') + 1);
     std::ofstream sub, get;
-    open_for_writing(sub, line(folder, "sub", form.glue.file_word, ".cpp"));
+    open_for_writing(sub, line(folder, "sub", file_word(form), ".cpp"));
     if (lib.n_written > 0)
         sub << glue.out.str();
     else
-        sub << "void dummy_sub" << form.glue.file_word << "(){return;}\n";
-    open_for_writing(get, line(folder, "get", form.glue.file_word, ".cpp"));
+        sub << "void dummy_sub" << file_word(form) << "(){return;}\n";
+    open_for_writing(get, line(folder, "get", file_word(form), ".cpp"));
     write_ebes_c_1(get, form, lib, mode);
 }

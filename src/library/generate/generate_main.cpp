@@ -22,31 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A family's element files, and what they become.
-struct family {
-    const char* suffix;
-    const char* library;       // file of the library
-    const char* list;          // file of the list of names; null: none
-    const char* keyword;       // first word of an entry
-    const library_form* form;  // of basic entries; null: composites, or the family has no reader yet
-    const composite_form* composites = nullptr;
-    const char *basic = nullptr, *basic_ac = nullptr;  // keywords of the entries that composites are made of
-};
-const family families[] = {
-    {".ebe", "ebes.aux", "ebe_all.lst", "ebe", &ebes_form},
-    {".sse", "ebac.aux", "sse_all.lst", "ebe_ac", &ebac_form},
-    {".gbe", "gbes.aux", "gbe_all.lst", "gbe", &gbes_form},
-    {".ssg", "gbac.aux", "ssg_all.lst", "gbe_ac", &gbac_form},
-    {".dbe", "dbes.aux", "dbe_all.lst", "dbe", nullptr},
-    {".xbe", "xbes.aux", "xbe_all.lst", "xbe", nullptr},
-    {".ssx", "xbac.aux", "ssx_all.lst", "xbe_ac", nullptr},
-    {".ece", "eels.aux", "ece_all.lst", "ece", nullptr, &eels_form, "ebe", "ebe_ac"},
-    {".gce", "gels.aux", "gce_all.lst", "gce", nullptr, &gels_form, "gbe", "gbe_ac"},
-    {".dce", "dels.aux", nullptr, "dce", nullptr},
-    {".xce", "xels.aux", "xce_all.lst", "xce", nullptr},
-    {".gme", "gmes.aux", nullptr, "gme", nullptr},
-};
-
 // One element file: a single entry of the name of the file.
 struct element_file {
     std::string name, group, path;  // group: the folder that holds the file; path: as given
@@ -54,7 +29,7 @@ struct element_file {
     std::vector<std::string> calls;  // composites that it calls
 };
 
-element_file read_element_file(const fs::path& path, const family& f) {
+element_file read_element_file(const fs::path& path, const library_form& f) {
     element_file file;
     file.name = path.stem();
     file.group = path.parent_path().filename();
@@ -63,8 +38,8 @@ element_file read_element_file(const fs::path& path, const family& f) {
     words w;
     text_file text = file.text;
     const bool begun = next_line(text, w);
-    if (!begun || w.size() < 3 || w[0] != f.keyword || w[2] != file.name)
-        halt({line("tarnel_generate: file ", path.string()), line("  must begin with ", f.keyword, " name=", file.name),
+    if (!begun || w.size() < 3 || w[0] != f.begin || w[2] != file.name)
+        halt({line("tarnel_generate: file ", path.string()), line("  must begin with ", f.begin, " name=", file.name),
               "  Halting..."});
     for (const std::string& l : file.text.lines) {
         const words one = parse_line_2(l);
@@ -157,11 +132,11 @@ std::ofstream open_output(const fs::path& path) {
     return out;
 }
 
-void write_library(const fs::path& path, const family& f, const std::vector<element_file>& files, bool strip) {
+void write_library(const fs::path& path, const library_form& f, const std::vector<element_file>& files, bool strip) {
     std::ofstream out = open_output(path);
-    const bool has_sources = f.keyword[1] == 'b';  // basic entries: ebe, gbe, ...; composites have nothing to strip
+    const bool has_sources = f.kind != library_kind::composite;  // these have nothing to strip
     for (const element_file& file : files)
-        write_text(out, file, line("end", f.keyword), strip && has_sources, has_sources ? "" : file.group);
+        write_text(out, file, std::string(f.end), strip && has_sources, has_sources ? "" : file.group);
 }
 
 // A composite and all that it calls, callees first.
@@ -196,8 +171,11 @@ int main(int n_arg, char** arg) {
     fs::create_directories(libraries);
 
     file_in_work now;
-    std::map<std::string, basic_library> basic;  // by keyword
-    for (const family& f : families) {
+    std::map<int, basic_library> basic;  // by number of the library
+    for (int library = 0; library < n_libraries; ++library) {
+        const library_form& f = library_forms[library];
+        const basic_form* form = basic_form_of(library);
+        const composite_form* composites = composite_form_of(library);
         std::vector<element_file> files;
         for (int i = 3; i < n_arg; ++i)
             if (fs::path(arg[i]).extension() == f.suffix) {
@@ -206,35 +184,36 @@ int main(int n_arg, char** arg) {
             }
         now.path.clear();
         order(files);
-        if (f.form)  // each by itself first: a fault of the whole library has no name
+        if (form)  // each by itself first: a fault of the whole library has no name
             for (const element_file& file : files) {
                 now.path = file.path;
                 text_file text = file.text;
                 glue_text glue;
                 basic_library lib;
-                read_library_text(text, *f.form, &glue, lib);
+                read_library_text(text, *form, &glue, lib);
             }
         now.path.clear();
-        write_library(sources / f.library, f, files, false);
-        write_library(libraries / f.library, f, files, true);
-        if (f.list) {
+        write_library(sources / f.file, f, files, false);
+        write_library(libraries / f.file, f, files, true);
+        if (!f.list.empty()) {
             std::ofstream list = open_output(libraries / f.list);
             for (const element_file& file : files) list << '.' << file.name << '\n';
         }
-        if (f.form) {
+        if (form) {
             basic_library lib;
-            read_library(sources / f.library, *f.form, int_T, constants_class{1, by_number ? 1 : 2}, lib);
-            std::ofstream reg = open_output(sources / line("reg", f.form->glue.file_word, ".cpp"));
-            write_registration(reg, *f.form, lib);
-            basic[f.keyword] = std::move(lib);
+            read_library(sources / f.file, *form, int_T, constants_class{1, by_number ? 1 : 2}, lib);
+            std::ofstream reg = open_output(sources / line("reg", file_word(*form), ".cpp"));
+            write_registration(reg, *form, lib);
+            basic[library] = std::move(lib);
         }
         // A library of all composites would be larger than a working folder may hold: each is read by itself.
-        if (f.composites)
+        if (composites)
             for (std::size_t i = 0; i < files.size(); ++i) {
                 now.path = files[i].path;
                 text_file text = with_callees(files, i);
                 composite_library lib;
-                read_composites(text, *f.composites, basic[f.basic], basic[f.basic_ac], lib);
+                read_composites(text, *composites, basic[find_library(&library_form::name, composites->basic.name)],
+                                basic[find_library(&library_form::name, composites->basic_ac.name)], lib);
                 now.path.clear();
             }
     }

@@ -21,13 +21,14 @@ std::string flat(std::string_view text) {
     return out;
 }
 
-bool fits(std::string_view text, std::string_view pattern) {
+bool flat_fits(std::string_view text, std::string_view pattern, std::string* value) {
     std::size_t at = 0;
-    while (!pattern.empty()) {
+    for (std::size_t n_piece = 0; !pattern.empty(); ++n_piece) {
         const std::size_t star = std::min(pattern.find('*'), pattern.size());
         const std::string_view piece = pattern.substr(0, star);
         const std::size_t found = text.find(piece, at);
         if (found == std::string_view::npos) return false;
+        if (value != nullptr && n_piece == 1) *value = text.substr(at, found - at);
         at = found + piece.size();
         pattern.remove_prefix(std::min(star + 1, pattern.size()));
     }
@@ -72,10 +73,14 @@ const advice_text* advice_of(const advice_pattern& row) {
     return nullptr;
 }
 
+bool fits(std::string_view text, std::string_view pattern, std::string* value) {
+    return flat_fits(flat(text), pattern, value);
+}
+
 const advice_text* find_advice(std::string_view message) {
     const std::string text = flat(message);
     for (const advice_pattern& row : advice_patterns())
-        if (fits(text, row.pattern)) return advice_of(row);
+        if (flat_fits(text, row.pattern, nullptr)) return advice_of(row);
     return nullptr;
 }
 

@@ -3,7 +3,7 @@
 #include <set>
 
 #include "base/words.h"
-#include "tnl/check/check_deck.h"
+#include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
 
 namespace cli {

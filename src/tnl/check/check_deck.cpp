@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "base/words.h"
+#include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
 
 namespace cli {
@@ -63,17 +64,29 @@ bool check_int(checked_deck& d, deck_word at, int* value) {
     return false;
 }
 
-void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std::string> element_type::*>& lists,
-                bool globals) {
+namespace {
+
+std::vector<std::string> words_of(const element_type& type, const item_card& card) {
+    std::vector<std::string> words;
+    const auto add = [&](const std::vector<std::string>& list) { words.insert(words.end(), list.begin(), list.end()); };
+    for (const parm_item::table t : card.tables) {
+        if (t == parm_item::int_value) add(type.iprm);
+        if (t == parm_item::real_value) add(type.rprm);
+        if (t == parm_item::real_value) add(type.derived);
+        if (t == parm_item::start_value) add(type.start);
+        if (t == parm_item::guess_value) add(type.guess);
+    }
+    return words;
+}
+
+}  // namespace
+
+void check_item(checked_deck& d, deck_word at, const item_card& card) {
     const std::string word = d.word(at.statement, at.word);
     const std::size_t of = word.find("_of_");
-    const std::string statement = d.word(at.statement, 0);
-    if (of == std::string::npos) {
-        d.report.error("bad-item", at, statement + " needs an item PARAMETER_of_ELEMENT, not " + word);
-        return;
-    }
+    if (of == std::string::npos) return;
     const std::string left = word.substr(0, of), right = word.substr(of + 4);
-    if (left == "glbl" && globals) {
+    if (left == "glbl" && card.globals) {
         if (!d.globals.reals.count(right))
             d.report.error("unknown-item", at,
                            "there is no greal named " + right +
@@ -89,15 +102,14 @@ void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std
     }
     const element_type* type = d.elements[static_cast<std::size_t>(found->second)].type;
     if (type == nullptr) return;
-    std::vector<std::string> words;
-    for (const auto list : lists) words.insert(words.end(), (type->*list).begin(), (type->*list).end());
+    const std::vector<std::string> words = words_of(*type, card);
     if (has(words, left)) return;
     std::string all;
     for (const std::string& w : words) all += (all.empty() ? "" : " ") + w;
-    d.report.error(
-        "unknown-item", at,
-        right + " (" + type->name + ") has no " + left + " that " + statement + " can change" + near_text(words, left),
-        all.empty() ? "" : "it has: " + all);
+    d.report.error("unknown-item", at,
+                   right + " (" + type->name + ") has no " + left + " that " + std::string(card.word) + " can change" +
+                       near_text(words, left),
+                   all.empty() ? "" : "it has: " + all);
 }
 
 std::filesystem::path path_of(const checked_deck& d, const std::string& name) {
@@ -136,6 +148,17 @@ bool is_library(const deck_view& deck) {
     return !deck.own.entries.empty() || !deck.own.faults.empty();
 }
 
+// Stops of the readers of the circuit at statements of which nothing is told; one of no statement if nothing is told.
+void tell_rest(checked_deck& d) {
+    std::set<int> told;
+    for (const check_fault& f : d.report.faults)
+        if (f.is_error) told.insert(f.at.statement);
+    const bool has_errors = d.report.n_errors() > 0;
+    std::erase_if(d.stops,
+                  [&](const kept_stop& s) { return s.statement < 0 ? has_errors : told.count(s.statement) > 0; });
+    tell_stops(d, d.stops);
+}
+
 }  // namespace
 
 check_report check_deck(deck_view view, const installed_libraries& libraries) {
@@ -164,7 +187,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     const std::filesystem::path folder =
         deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
-    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}};
+    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}, {}, false, {}};
     check_composites(d);
     const bool sound = d.report.n_errors() == 0;  // what faulty composites connect is not known
     if (is_library(d.report.deck)) {
@@ -172,6 +195,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
         return std::move(d.report);
     }
     check_sections(d);
+    read_circuit_of(d);
     check_globals(d);
     check_elements(d);
     if (sound) {
@@ -180,7 +204,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     check_outvars(d);
     check_solves(d);
-    if (d.report.n_errors() == 0) check_with_reader(d);
+    tell_rest(d);
     sort_faults(d.report);
     return std::move(d.report);
 }

@@ -10,8 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "elaborate/circuit.h"
+#include "settings/method_words.h"
+#include "settings/read_directives.h"
 #include "tnl/check/check_report.h"
 #include "tnl/check/check_types.h"
+#include "tnl/common/halt.h"
+
+struct solve_class;
 
 namespace cli {
 
@@ -50,12 +56,13 @@ struct deck_element {
     std::vector<key_value> pairs;  // the first of each key
 };
 
-// A value of `method:` where it stands; NaN for a constant of the deck.
-struct method_value {
-    deck_word at;
-    std::string text;
-    double value = NAN;
+// Kinds of solve block, with the bit of method_words.
+struct block_type {
+    std::string_view word;
+    unsigned bit;
 };
+inline constexpr block_type block_types[] = {
+    {"dc", b_dc}, {"ac", b_ac}, {"trns", b_trns}, {"startup", b_startup}, {"ssw", b_ssw}};
 
 struct named_values {
     std::set<std::string> reals, ints, texts;  // greal, ginteger, gstring
@@ -71,6 +78,9 @@ struct checked_deck {
     std::map<std::string, int> models;                   // "library type name" to its statement; the first of equals
     std::map<std::string, int, std::less<>> element_of;  // instance name to position in elements; the first of equals
     std::map<std::string, double> written;               // files of the blocks so far: rows if known, else NaN
+    circuit c;                                           // as the simulator's readers make it, without what they refuse
+    bool is_built = false;                               // c.ebeu and its kin are there: nothing was refused
+    std::vector<kept_stop> stops;                        // of these readers
 
     const file_chr& text() const { return report.deck.statements; }
     std::string word(int i, int j) const { return std::string(text().word(i, j)); }
@@ -78,7 +88,6 @@ struct checked_deck {
 };
 
 // ---- the checks, in the order in which they run
-// ------------------------------------------------------------------------
 
 void check_composites(checked_deck& d);  // those that the deck brings along
 void check_sections(checked_deck& d);    // title, begin and end pairs, words that begin a statement
@@ -88,13 +97,11 @@ void check_nodes(checked_deck& d);       // reference, connections, loops of vol
 void check_variables(checked_deck& d);   // block variables: who writes, who reads
 void check_outvars(checked_deck& d);     // outvar: statements
 void check_solves(checked_deck& d);      // solve blocks
-void check_outputs(checked_deck& d, const solve_section& s);  // output blocks of one
-// Words of its method: statements, against each other and the circuit.
-void check_settings(checked_deck& d, const solve_section& s, const std::map<std::string, method_value>& given);
-void check_with_reader(checked_deck& d);  // a deck without errors so far goes through the simulator's own reader
+void check_outputs(checked_deck& d, const solve_section& s, const solve_class& slv);  // output blocks of one
+// A word of variables: that the reader of output blocks refuses.
+void check_unknown_variable(checked_deck& d, const solve_section& s, deck_word at);
 
 // ---- what several checks share
-// ----------------------------------------------------------------------------------------
 
 // Words from `first` on as keys and values. A word that nobody knows in front of a known one is alone: a value or a '='
 // is missing, and the pairs behind it are not to suffer.
@@ -104,9 +111,8 @@ bool check_real(checked_deck& d, deck_word at, double* value = nullptr);
 bool check_int(checked_deck& d, deck_word at, int* value = nullptr);
 bool is_integer(std::string_view word, int& value);
 
-// "item" of set_parm, vary_parm ...: PARAMETER_of_ELEMENT or glbl_of_NAME. lists: those of a type that may be named.
-void check_item(checked_deck& d, deck_word at, const std::vector<std::vector<std::string> element_type::*>& lists,
-                bool globals);
+// "item" of set_parm, vary_parm ... that the reader refuses: PARAMETER_of_ELEMENT or glbl_of_NAME.
+void check_item(checked_deck& d, deck_word at, const item_card& card);
 
 // Whether the statement names output variables, or is meant to: `outvar` without its colon, or misspelt.
 bool is_outvar(const file_chr& f, int statement);
@@ -115,10 +121,6 @@ bool has_lost_outvars(const checked_deck& d);
 
 std::filesystem::path path_of(const checked_deck& d, const std::string& name);  // of a file beside the deck
 bool file_exists(const checked_deck& d, const std::string& name);
-
-// Text of the simulator's reader where it refuses this part of the libraries.
-std::optional<std::string> stop_of_libraries(const installed_libraries& libraries, const deck_needs& needs);
-std::string stop_in_one_line(const std::string& text);  // as the message of a fault
 
 // All checks over one deck; of a file of composites, which has no circuit, over these alone. What the deck brings along
 // is put into the libraries if it is not there.

@@ -1,17 +1,13 @@
-// The simulator's own readers as the last judge: what they refuse is a fault, whether another check knows it or not.
-#include <exception>
+// The simulator's own readers over a deck, gone on with behind each stop.
+#include <algorithm>
 #include <iostream>
-#include <optional>
-#include <sstream>
 #include <streambuf>
 
-#include "elaborate/circuit.h"
-#include "library/basic/basic_reader.h"
-#include "library/composite/composite_form.h"
-#include "library/composite/composite_reader.h"
+#include "base/halt.h"
+#include "elaborate/read_circuit.h"
 #include "settings/solve_class.h"
 #include "tnl/check/check_deck.h"
-#include "tnl/check/locate.h"
+#include "tnl/check/check_stops.h"
 
 namespace cli {
 
@@ -34,97 +30,90 @@ private:
     std::streambuf* old_;
 };
 
-// The part of a library that the deck needs, as a run folder would hold it.
-text_file part_of(const installed_libraries& libraries, const deck_needs& needs, std::string_view file) {
-    const int i = find_library(&library_form::file, file);
-    std::string text;
-    for (const int e : needs.entries[i]) text += libraries.library[i].entries[static_cast<std::size_t>(e)].text;
-    return text_file_of(text);
-}
-
-void read_libraries(const installed_libraries& libraries, const deck_needs& needs, circuit& c) {
-    const auto part = [&](const char* file) { return part_of(libraries, needs, file); };
-    const auto basic = [&](const char* file, const ::library_form& form, basic_library& lib) {
-        text_file text = part(file);
-        read_library_text(text, form, nullptr, lib);
+// The parts of the libraries that the deck needs, as a run folder would hold them.
+library_source parts_of(const installed_libraries& libraries, const deck_needs& needs) {
+    return [&](const std::string& path, const std::string&) {
+        const int i = find_library(&library_form::file, std::string_view(path).substr(path.rfind('/') + 1));
+        std::string text;
+        for (const int e : needs.entries[i]) text += libraries.library[i].entries[static_cast<std::size_t>(e)].text;
+        return text_file_of(text);
     };
-    basic("ebes.aux", ebes_form, c.lib.ebes);
-    basic("gbes.aux", gbes_form, c.lib.gbes);
-    basic("ebac.aux", ebac_form, c.lib.ebac);
-    basic("gbac.aux", gbac_form, c.lib.gbac);
-    text_file eels = part("eels.aux"), gels = part("gels.aux");
-    read_composites(eels, eels_form, c.lib.ebes, c.lib.ebac, c.lib.eels);
-    read_composites(gels, gels_form, c.lib.gbes, c.lib.gbac, c.lib.gels);
 }
 
-void read_all(const checked_deck& d, const deck_needs& needs) {
-    circuit c;
-    c.cf = circuit_file_of(d.text());
-    read_libraries(d.types.libraries(), needs, c);
-    c.gprm = read_gprm(c.cf);
-    read_models_of_deck(c);
-    c.ov = read_ov(c.cf, c.gprm);
-    c.tmpdim = generous_tmpdim();
-    elaborate(c);
-    classify(c);
-    check_linear(c);
-    check_one_time(c);
-    solve_class slv;
-    flags_class flags;
-    for (int block = 0; block < c.cf.n_solve; ++block) {
-        method_default(slv, c, flags);
-        set_values(slv, block, c, flags);
-        delete_arrays(slv);
+// The sections as the simulator would have them, had each its end.
+circuit_file file_of_sections(const checked_deck& d) {
+    const deck_sections& s = d.sections;
+    circuit_file cf;
+    cf.text = d.text();
+    cf.n_end_cf = s.end;
+    cf.used.assign(static_cast<std::size_t>(d.text().n_lines()) + 1, 0);
+    cf.n_begin_cct = s.circuit.begin > 0 ? s.circuit.begin - 1 : std::max(0, s.end - 1);
+    cf.n_end_cct = std::max(s.circuit.end, cf.n_begin_cct);
+    for (const solve_section& block : s.solves) {
+        cf.n_begin_solve.push_back(block.range.begin - 1);
+        cf.n_end_solve.push_back(block.range.end);
+        ++cf.n_solve;
     }
+    return cf;
 }
 
-// The lines of a stop as one sentence.
-std::string in_one_line(const std::string& text) {
-    std::istringstream in(text);
-    std::string out;
-    for (std::string line; std::getline(in, line);) {
-        const std::size_t a = line.find_first_not_of(' ');
-        if (a == std::string::npos || line.find("Halting") == a) continue;
-        out += (out.empty() ? "" : " ") + line.substr(a);
-    }
-    for (const char* end : {" Halting...", " Halting..", " Halting ..."})
-        if (out.ends_with(end)) out.erase(out.size() - std::string_view(end).size());
-    return out;
-}
-
-// The text of the stop that f ends in; none if it ends well.
+// All stops of f: those of statements, and the one that it ended with.
 template <class F>
-std::optional<std::string> stop_of(F f) {
+std::vector<kept_stop> stops_of(F f) {
     const silence quiet;
+    kept_stops kept;
     try {
-        f();
-    } catch (const std::exception& e) {
-        return e.what();
-    } catch (...) {  // whatever this program's halt throws
-        return std::string();
+        f(kept);
+    } catch (const stop& s) {
+        kept.list.push_back({-1, 0, s.what()});
+    } catch (const std::exception& e) {  // of memory
+        kept.list.push_back({-1, 0, e.what()});
     }
-    return {};
+    return std::move(kept.list);
 }
 
 }  // namespace
 
 std::optional<std::string> stop_of_libraries(const installed_libraries& libraries, const deck_needs& needs) {
-    return stop_of([&] {
-        circuit c;
-        read_libraries(libraries, needs, c);
+    const std::vector<kept_stop> stops = stops_of([&](kept_stops&) {
+        struct libraries lib;
+        read_libraries(lib, parts_of(libraries, needs));
     });
+    if (stops.empty()) return {};
+    return stops.front().text;
 }
 
-std::string stop_in_one_line(const std::string& text) {
-    return "the simulator refuses this: " + (text.empty() ? std::string("(no text)") : in_one_line(text));
+void read_circuit_of(checked_deck& d) {
+    if (d.text().n_lines() == 0) return;
+    const deck_needs needs = needs_of(d.report.deck, d.types.libraries(), d.sections.circuit);
+    circuit& c = d.c;
+    c.tmpdim = generous_tmpdim();
+    c.cf = file_of_sections(d);
+    const std::optional<std::string> unsound = stop_of_libraries(d.types.libraries(), needs);
+    d.stops = stops_of([&](kept_stops& kept) {
+        if (!unsound) read_libraries(c.lib, parts_of(d.types.libraries(), needs));
+        read_output_and_grounds(c.cf);
+        read_circuit(c);
+        bind_statements(c);
+        if (!kept.list.empty() || unsound) return;
+        build_units(c);
+        classify(c);
+        check_linear(c);
+        check_one_time(c);
+        d.is_built = true;
+    });
+    if (unsound) d.stops = {{-1, 0, *unsound}};
+    for (name_table* names : {&c.cct.ect, &c.cct.gct, &c.cct.dct, &c.cct.xct})
+        names->to_eu.resize(static_cast<std::size_t>(names->n()), -1);
 }
 
-void check_with_reader(checked_deck& d) {
-    const deck_needs needs = needs_of(d.report.deck, d.types.libraries());
-    const std::optional<std::string> text = stop_of([&] { read_all(d, needs); });
-    if (!text) return;
-    const std::vector<int> found = find_statements(*text, d.report.deck, needs);
-    d.report.error("refused", {found.empty() ? -1 : found.front(), 0}, stop_in_one_line(*text));
+std::vector<kept_stop> read_solve_of(checked_deck& d, int block, solve_class& slv, flags_class& flags) {
+    return stops_of([&](kept_stops&) {
+        method_default(slv, d.c, flags);
+        set_values(slv, block, d.c, flags);
+        if (d.is_built && (slv.dc || slv.startup || slv.trns))
+            reading(d.c.cf.n_begin_solve[static_cast<std::size_t>(block)], [&] { define_method_type(slv, d.c.cct); });
+    });
 }
 
 }  // namespace cli

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -67,6 +68,58 @@ void sort_faults(check_report& report) {
     };
     std::stable_sort(report.faults.begin(), report.faults.end(),
                      [&](const check_fault& a, const check_fault& b) { return key(a) < key(b); });
+}
+
+// Fields one after another, each behind its length.
+std::string packed(const check_report& report) {
+    std::string bytes;
+    const auto put = [&](const std::string& field) { bytes += std::to_string(field.size()) + ":" + field; };
+    const auto put_int = [&](int n) { put(std::to_string(n)); };
+    put_int(static_cast<int>(report.faults.size()));
+    for (const check_fault& f : report.faults) {
+        const record_place place = f.place.value_or(record_place{});
+        for (const int n : {int{f.is_error}, f.at.statement, f.at.word, f.at.line, int{f.place.has_value()}, place.line,
+                            place.column})
+            put_int(n);
+        for (const std::string& field : {f.code, f.message, f.advice, place.file, place.text}) put(field);
+    }
+    for (const auto& [code, n] : report.count) {
+        put(code);
+        put_int(n);
+    }
+    return bytes;
+}
+
+std::optional<check_report> unpacked(std::string_view bytes, deck_view deck) {
+    bool good = true;
+    const auto take = [&] {
+        const std::size_t colon = std::min(bytes.find(':'), bytes.size());
+        const std::size_t n = std::strtoul(std::string(bytes.substr(0, colon)).c_str(), nullptr, 10);
+        good = good && colon < bytes.size() && n <= bytes.size() - colon - 1;
+        if (!good) return std::string();
+        const std::string field(bytes.substr(colon + 1, n));
+        bytes.remove_prefix(colon + 1 + n);
+        return field;
+    };
+    const auto take_int = [&] { return std::atoi(take().c_str()); };
+    check_report report{std::move(deck), {}, {}};
+    for (int left = take_int(); left > 0 && good; --left) {
+        check_fault f{};
+        f.is_error = take_int() != 0;
+        for (int* n : {&f.at.statement, &f.at.word, &f.at.line}) *n = take_int();
+        const bool has_place = take_int() != 0;
+        record_place place;
+        for (int* n : {&place.line, &place.column}) *n = take_int();
+        for (std::string* field : {&f.code, &f.message, &f.advice, &place.file, &place.text}) *field = take();
+        if (has_place) f.place = place;
+        report.faults.push_back(std::move(f));
+    }
+    while (good && !bytes.empty()) {
+        const std::string code = take();
+        report.count[code] = take_int();
+    }
+    if (!good) return {};
+    return report;
 }
 
 record_place place_of_fault(const check_report& report, const check_fault& fault) {

@@ -39,6 +39,10 @@ struct check_report {
     int n_warnings() const { return static_cast<int>(faults.size()) - n_errors(); }
 };
 
+// A report as bytes, for another process that looks at the same deck; empty if the bytes are of none.
+std::string packed(const check_report& report);
+std::optional<check_report> unpacked(std::string_view bytes, deck_view deck);
+
 // By place; what holds for the whole deck stands last. A warning at the word of an error is left out.
 void sort_faults(check_report& report);
 

@@ -60,9 +60,9 @@ struct basic_sheet {
     bool has_current = false, limits_step = false, nonlinear = false;
 };
 
-basic_sheet read_basic(const library_entry& entry, int library) {
+basic_sheet read_basic(const entry_lines& lines, int library) {
     basic_sheet sheet;
-    for (const words& w : lines_of(entry, library_forms[library])) {
+    for (const words& w : lines) {
         const auto take = [&](std::vector<std::string>& list) {
             for (int j = 1; j < w.size(); ++j) list.push_back(w.str(j));
         };
@@ -82,20 +82,20 @@ basic_sheet read_basic(const library_entry& entry, int library) {
 
 class reader {
 public:
-    reader(const installed_libraries& libraries, element_type& type) : libraries_(libraries), type_(type) {}
+    reader(element_types& types, element_type& type) : types_(types), type_(type) {}
 
     // name_of turns a word of the entry into one of the type; words inside a composite get names of their own.
     void read_body(const library_entry& entry, int library, const std::map<std::string, std::string>& name_of,
                    int depth) {
         if (n_bodies_ >= most_bodies) return;
         const std::string within = "\x01" + std::to_string(n_bodies_++) + ".";  // no deck has such a word
-        for (const words& w : lines_of(entry, library_forms[library])) {
+        for (const words& w : types_.lines(entry, library)) {
             if (w[0] == "end_dc") break;  // the small-signal half adds nothing
             const int callee = library_of(w[0]);
             if (callee < 0) continue;
             const bool is_basic = library_forms[callee].statement.empty();
             const std::string name = is_basic ? pair_value(w, 1, "type") : w.size() > 1 ? w.str(1) : std::string();
-            const library_entry* used = entry_of(libraries_, callee, name);
+            const library_entry* used = entry_of(types_.libraries(), callee, name);
             if (used == nullptr) continue;
             const auto outside = [&](const std::string& word) {
                 const std::string inner = pair_value(w, is_basic ? 1 : 2, word);
@@ -107,7 +107,7 @@ public:
             } else if (depth < deepest_call) {
                 n_basic_ += 2;  // not a single element
                 std::map<std::string, std::string> inner;
-                for (const words& l : lines_of(*used, library_forms[callee]))
+                for (const words& l : types_.lines(*used, callee))
                     for (const word_line& k : word_lines)
                         if (l[0] == k.keyword && k.step == 1)
                             for (int j = 1; j < l.size(); ++j) inner[l.str(j)] = outside(l.str(j));
@@ -120,24 +120,23 @@ public:
 private:
     template <class F>
     void add_basic(const library_entry& entry, int library, const std::string& name, F outside) {
-        const basic_sheet sheet = read_basic(entry, library);
+        const basic_sheet sheet = read_basic(types_.lines(entry, library), library);
         ++n_basic_;
         type_.basics.push_back(name);
         has_current_ = sheet.has_current;
         type_.limits_step = type_.limits_step || sheet.limits_step;
         type_.nonlinear = type_.nonlinear || sheet.nonlinear;
-        bool special = false;
-        for (const basic_branch& b : basic_branches())
-            if (b.element == name && library_forms[library].begin == "ebe") {
-                type_.branches.push_back({outside(std::string(b.from)), outside(std::string(b.to)), b.kind});
-                special = true;
-            }
-        for (std::size_t j = 1; j < sheet.node.size() && !special; ++j)
+        const model_rules& rules = types_.rules(entry, library);
+        type_.refuses_dc = type_.refuses_dc || rules.refuses_dc;
+        type_.jumps = type_.jumps || rules.jumps;
+        type_.limits = n_basic_ == 1 ? rules.limits : std::vector<limit>{};
+        for (const type_branch& b : rules.branches) type_.branches.push_back({outside(b.from), outside(b.to), b.kind});
+        for (std::size_t j = 1; j < sheet.node.size() && rules.branches.empty(); ++j)
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
         for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));
     }
 
-    const installed_libraries& libraries_;
+    element_types& types_;
     element_type& type_;
     int n_basic_ = 0, n_bodies_ = 0;
     bool has_current_ = false;
@@ -149,45 +148,16 @@ bool has(const std::vector<std::string>& list, std::string_view word) {
     return std::find(list.begin(), list.end(), word) != list.end();
 }
 
-const std::vector<basic_branch>& basic_branches() {
-    using k = branch_kind;
-    static const std::vector<basic_branch> all = {
-        {"vsrcdc", "p", "n", k::voltage},
-        {"vsrcac", "p", "n", k::voltage},
-        {"vsrcac_ramp", "p", "n", k::voltage},
-        {"vpulse", "p", "n", k::voltage},
-        {"clock", "p", "n", k::voltage},
-        {"triangle_1", "p", "n", k::voltage},
-        {"pwl20", "p", "n", k::voltage},
-        {"vsrc_1", "p", "n", k::voltage},
-        {"vcvs", "p", "n", k::voltage},
-        {"ccvs", "p", "n", k::voltage},
-        {"ammeter", "p", "n", k::voltage},
-        {"ammeter_fb", "p", "n", k::voltage},
-        {"isrcac", "p", "n", k::current},
-        {"ipulse", "p", "n", k::current},
-        {"isrc_1", "p", "n", k::controlled_current},
-        {"vccs", "p", "n", k::controlled_current},
-        {"cccs", "p", "n", k::controlled_current},
-        {"c", "p", "n", k::capacitor},
-        {"c1", "p", "n", k::capacitor},
-        {"l", "p", "n", k::inductor},
-        {"xfmr", "p1", "n1", k::inductor},
-        {"xfmr", "p2", "n2", k::inductor},
-        {"xfmr_2w_ideal", "p1", "n1", k::winding},
-        {"xfmr_2w_ideal", "p2", "n2", k::winding},
-    };
-    return all;
+const entry_lines& element_types::lines(const library_entry& entry, int library) {
+    const auto [at, is_new] = lines_.try_emplace(&entry);
+    if (is_new) at->second = lines_of(entry, library_forms[library]);
+    return at->second;
 }
 
-bool refuses_dc(std::string_view basic_element) {
-    return basic_element == "thyristor_g" || basic_element == "sampler1" || basic_element == "pll_1a";
-}
-
-bool acts_at_once(std::string_view basic_element) {
-    constexpr std::string_view all[] = {"switch_e",      "switch_g1", "thyristor_g", "r_time",
-                                        "cmprtr_hyst_1", "cmprtr_2",  "sampler1"};
-    return std::find(std::begin(all), std::end(all), basic_element) != std::end(all);
+const model_rules& element_types::rules(const library_entry& entry, int library) {
+    const auto [at, is_new] = rules_.try_emplace(&entry);
+    if (is_new) at->second = rules_of(entry, library_forms[library]);
+    return at->second;
 }
 
 const element_type* element_types::find(int library, std::string_view name) {
@@ -199,20 +169,20 @@ const element_type* element_types::find(int library, std::string_view name) {
     element_type type;
     type.library = library;
     type.name = name;
-    const entry_lines lines = lines_of(*entry, library_forms[library]);
-    for (const words& w : lines)
+    const entry_lines& of_entry = lines(*entry, library);
+    for (const words& w : of_entry)
         for (const word_line& l : word_lines)
             if (w[0] == l.keyword)
                 for (int j = 1; j < w.size(); j += l.step)
                     if (!has(type.*l.list, w[j])) (type.*l.list).push_back(w.str(j));
-    type.text_values = pairs_of(lines, "sparms:");
+    type.text_values = pairs_of(of_entry, "sparms:");
     for (const char* keyword : {"iparms:", "rparms:"})
-        for (name_and_value& p : pairs_of(lines, keyword)) type.values.push_back(std::move(p));
+        for (name_and_value& p : pairs_of(of_entry, keyword)) type.values.push_back(std::move(p));
     type.doc = doc_of(*entry);
     std::map<std::string, std::string> own;
     for (words_member list : {&element_type::node, &element_type::var})
         for (const std::string& w : type.*list) own[w] = w;
-    reader(libraries_, type).read_body(*entry, library, own, 0);
+    reader(*this, type).read_body(*entry, library, own, 0);
     return &known_.emplace(key, std::move(type)).first->second;
 }
 

@@ -7,23 +7,9 @@
 
 #include "tnl/deck/installed.h"
 #include "tnl/elements/element_doc.h"
+#include "tnl/elements/model_rules.h"
 
 namespace cli {
-
-// How an element holds voltages and currents between two of its nodes.
-enum class branch_kind {
-    conducting,          // current follows voltage
-    voltage,             // an ideal voltage: sources, meters of current
-    winding,             // of an ideal transformer: a voltage as soon as the other winding has one
-    current,             // an independent current
-    controlled_current,  // may depend on the voltage across itself
-    capacitor,           // open in dc, a voltage in start-up
-    inductor,            // a short in dc, a current in start-up
-};
-struct type_branch {
-    std::string from, to;
-    branch_kind kind;
-};
 
 struct element_type {
     int library;  // position in library_forms
@@ -39,10 +25,12 @@ struct element_type {
     std::vector<std::string> outvar;          // dc and small signal
     std::vector<type_branch> branches;
     std::vector<std::string> basics;     // the basic elements that it is made of
+    std::vector<limit> limits;           // of its parameters, where it is made of one
     std::vector<name_and_value> values;  // iprm, rprm with what stands in the library
     bool can_be_sensed = false;          // one basic element with a current of its own
     bool limits_step = false;            // has corners or events that steps must meet
     bool nonlinear = false;
+    bool refuses_dc = false, jumps = false;  // as one of them says in its model_rules
     element_doc doc;
 };
 
@@ -52,24 +40,17 @@ public:
     explicit element_types(const installed_libraries& libraries) : libraries_(libraries) {}
     const element_type* find(int library, std::string_view name);  // nullptr if there is none
     const installed_libraries& libraries() const { return libraries_; }
+    // Of an entry of the libraries, each read once: composites that double at each level call one a thousand times.
+    const entry_lines& lines(const library_entry& entry, int library);
+    const model_rules& rules(const library_entry& entry, int library);
 
 private:
     const installed_libraries& libraries_;
+    std::map<const library_entry*, entry_lines> lines_;
+    std::map<const library_entry*, model_rules> rules_;
     std::map<std::pair<int, std::string>, element_type> known_;
 };
 
 bool has(const std::vector<std::string>& list, std::string_view word);
-
-// Basic elements with other branches than conducting ones between all of their nodes.
-struct basic_branch {
-    std::string_view element, from, to;
-    branch_kind kind;
-};
-const std::vector<basic_branch>& basic_branches();
-
-// Types that a block of this kind cannot treat, whatever their values: their models stop.
-bool refuses_dc(std::string_view basic_element);
-// Types whose stored state, or whose value, jumps in a run in time.
-bool acts_at_once(std::string_view basic_element);
 
 }  // namespace cli

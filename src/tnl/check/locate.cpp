@@ -60,7 +60,6 @@ bool is_instance(const deck_view& deck, std::string_view name) {
 }
 
 // ---- clues with a value: "   eelement name is R1"
-// --------------------------------------------------------------------
 
 // The word of the statement that the value of the text is about; -1 if the statement does not fit.
 using fits = int (*)(const deck_view&, int i, std::string_view value);
@@ -169,7 +168,6 @@ std::vector<std::string> values_of(const std::vector<std::string>& lines, const 
 }
 
 // ---- stops whose text names nothing, but whose cause is one kind of statement
-// ----------------------------------------
 
 int without(const deck_view& deck, int i, std::string_view key) {
     return is_element(deck, i) && value_of(deck, i, key).empty() ? 0 : -1;
@@ -264,7 +262,6 @@ constexpr std::pair<std::string_view, std::string_view> kinds[] = {
 };
 
 // ---- where to look
-// ---------------------------------------------------------------------------------------------------
 
 int number_behind(const std::vector<std::string>& lines, std::string_view before) {
     for (const std::string& l : lines) {
@@ -415,75 +412,71 @@ std::string indented(const std::string& text) {
     return out;
 }
 
-// What a check of the deck finds; without its lines when the check itself fails.
-check_report report_of(const deck_view& deck, const installed_libraries& libraries) {
-    try {
-        return check_deck(deck, libraries);
-    } catch (const std::exception&) {
-        return check_report{deck, {}, {}};
-    }
-}
-
 // What is to be shown of a stop.
 struct stop_reading {
-    std::vector<stop_place> found;  // by the text
-    check_report report;
+    std::vector<stop_place> found;           // by the text
     std::vector<const check_fault*> errors;  // of the report: at what was found, else wherever they are
     bool explained = false;                  // they are at what was found
 };
 
-stop_reading read_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
-                       const installed_libraries& libraries) {
-    stop_reading stop{find_places(text, deck, needs), report_of(deck, libraries), {}, false};
+stop_reading read_stop(std::string_view text, const check_report& report, const deck_needs& needs) {
+    stop_reading stop{find_places(text, report.deck, needs), {}, false};
     const auto is_found = [&](const check_fault& f) {
         return std::any_of(stop.found.begin(), stop.found.end(),
                            [&](const stop_place& p) { return p.i_statement == f.at.statement; });
     };
     // A stop of the readers of composites is about these.
-    if (!deck.own.entries.empty() && speaks_of_composites(split_lines(text)))
-        for (const check_fault& f : stop.report.faults)
-            if (f.is_error && f.place && stop.errors.size() < most_faults) stop.errors.push_back(&f);
-    if (!stop.errors.empty()) return stop;
-    for (const bool at_place : {true, false}) {
-        for (const check_fault& f : stop.report.faults)
-            if (f.is_error && is_found(f) == at_place && stop.errors.size() < most_faults) stop.errors.push_back(&f);
-        stop.explained = at_place && !stop.errors.empty();
-        if (stop.explained) break;
+    const bool of_composites = !report.deck.own.entries.empty() && speaks_of_composites(split_lines(text));
+    for (const int wanted : {2, 1, 0}) {  // of composites, at the place, any
+        for (const check_fault& f : report.faults)
+            if (f.is_error && (wanted == 2 ? of_composites && f.place : wanted == 0 || is_found(f)))
+                stop.errors.push_back(&f);
+        stop.explained = wanted == 1 && !stop.errors.empty();
+        if (!stop.errors.empty()) break;
     }
     return stop;
 }
 
+// A value that a model refuses where a block writes it: the text of the stop speaks of the element alone.
+bool is_of_set_rparm(const stop_reading& stop, const deck_view& deck) {
+    const auto writes_to = [&](int i, const std::string& element) {
+        return value_of(deck, i, "type") == "set_rparm" && value_of(deck, i, "element") == element;
+    };
+    for (const stop_place& p : stop.found)
+        for (int i = 0; i < deck.statements.n_lines(); ++i)
+            if (writes_to(i, value_of(deck, p.i_statement, "name"))) return true;
+    return false;
+}
+
 }  // namespace
 
-std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
-                                         const installed_libraries& libraries) {
-    const stop_reading stop = read_stop(text, deck, needs, libraries);
+std::vector<record_place> places_of_stop(std::string_view text, const check_report& report, const deck_needs& needs) {
+    const stop_reading stop = read_stop(text, report, needs);
     std::vector<record_place> places;
     if (!stop.explained && stop.found.size() <= most_candidates)
-        for (const stop_place& p : stop.found) places.push_back(place_in_files(deck, p.i_statement, p.i_word));
+        for (const stop_place& p : stop.found) places.push_back(place_in_files(report.deck, p.i_statement, p.i_word));
     if (places.empty())
         for (const check_fault* f : stop.errors) {  // one place a line is enough
-            const record_place place = place_of_fault(stop.report, *f);
+            const record_place place = place_of_fault(report, *f);
             const bool told = std::any_of(places.begin(), places.end(), [&](const record_place& p) {
                 return p.file == place.file && p.line == place.line;
             });
-            if (!told) places.push_back(place);
+            if (!told && places.size() < most_faults) places.push_back(place);
         }
     return places;
 }
 
-std::string explain_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
-                         const installed_libraries& libraries) {
-    const stop_reading stop = read_stop(text, deck, needs, libraries);
+std::string explain_stop(std::string_view text, const check_report& report, const deck_needs& needs) {
+    const stop_reading stop = read_stop(text, report, needs);
     std::string out;
     if (!stop.explained && stop.found.size() <= most_candidates) {
         if (stop.found.size() > 1) out += "  one of these statements:\n";
-        for (const stop_place& p : stop.found) out += indented(place_with_caret(deck, p.i_statement, p.i_word));
+        for (const stop_place& p : stop.found) out += indented(place_with_caret(report.deck, p.i_statement, p.i_word));
     }
-    for (const check_fault* f : stop.errors) out += fault_text(stop.report, *f, "  ");
-    if (out.empty())  // doubts are better than nothing
-        for (std::size_t i = 0; i < std::min(most_faults, stop.report.faults.size()); ++i)
-            out += fault_text(stop.report, stop.report.faults[i], "  ");
+    // All that is wrong with the deck at once, as the check tells it; doubts alone are better than nothing.
+    const std::size_t most = stop.errors.empty() ? out.empty() ? most_faults : 0 : report.faults.size();
+    for (std::size_t i = 0; i < std::min(most, report.faults.size()); ++i)
+        out += fault_text(report, report.faults[i], "  ");
     if (const advice_text* advice = find_advice(text); advice != nullptr && stop.errors.empty()) {
         out += "  meaning: " + std::string(advice->meaning) + "\n";
         if (!advice->mend.empty()) out += "  advice: " + std::string(advice->mend) + "\n";

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tnl/check/check_report.h"
 #include "tnl/deck/deck_view.h"
 #include "tnl/deck/installed.h"
 
@@ -23,13 +24,12 @@ std::vector<int> find_statements(std::string_view text, const deck_view& deck, c
 // The first element statement that connects a node; for one inside of a composite, "m of X1", that of the instance.
 std::vector<stop_place> places_of_node(const deck_view& deck, std::string_view node);
 
-// The places for the record of the run: those, or where a check of the deck finds the cause; none when there are many.
-std::vector<record_place> places_of_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
-                                         const installed_libraries& libraries);
+// Of a run that stopped, with what a check of its deck finds. The places for the record: those, or where the check has
+// the cause; none when there are many.
+std::vector<record_place> places_of_stop(std::string_view text, const check_report& report, const deck_needs& needs);
 
-// Lines to print below the text of a stop: places with line, column and caret, the cause where a check of the deck
-// knows it, and one line of advice. A stop whose text leads nowhere shows what a check finds, three faults at most.
-std::string explain_stop(std::string_view text, const deck_view& deck, const deck_needs& needs,
-                         const installed_libraries& libraries);
+// Lines to print below the text of the stop: the place with line, column and caret, unless the check tells more of it;
+// then all that the check finds. Without errors, one line of advice.
+std::string explain_stop(std::string_view text, const check_report& report, const deck_needs& needs);
 
 }  // namespace cli

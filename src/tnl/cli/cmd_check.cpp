@@ -1,14 +1,10 @@
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 
 #include "tnl/check/check_deck.h"
 #include "tnl/cli/commands.h"
 #include "tnl/run/run_deck.h"
-#include "tnl/run/run_folder.h"
 
 namespace cli {
 
@@ -19,27 +15,14 @@ struct check_options {
     bool json = false, strict = false;
 };
 
-// A deck whose includes cannot be resolved has that one fault: "file:line: text".
-check_report report_of_include(const std::string& text) {
-    const std::size_t colon = text.find(':');
-    const std::size_t end = colon == std::string::npos ? colon : text.find(": ", colon + 1);
+// A deck whose includes cannot be resolved has that one fault.
+check_report report_of_source(const std::string& deck, const source_error& e) {
     check_report report;
-    if (end == std::string::npos) {
-        report.error("include", {}, text);
-        return report;
-    }
-    report.deck.path = text.substr(0, colon);
-    deck_source::file file{report.deck.path, {}};
-    try {
-        std::istringstream in(read_file(report.deck.path, most_deck_bytes));
-        for (std::string line; std::getline(in, line);) file.lines.push_back(line);
-    } catch (const command_error&) {  // standard input cannot be read twice: the place goes without its line
-    }
-    const auto line = static_cast<std::size_t>(std::max(1, std::atoi(text.c_str() + colon + 1)));
-    if (file.lines.size() < line) file.lines.resize(line);
-    report.deck.source.files.push_back(std::move(file));
-    report.deck.source.origin.push_back({0, static_cast<int>(line) - 1});
-    report.error("include", {-1, 0, 0}, text.substr(end + 2));
+    report.deck.path = deck;
+    if (e.place.line > 0)
+        report.error_at("include", e.place, e.why);
+    else
+        report.error("include", {}, e.why);
     return report;
 }
 
@@ -47,8 +30,8 @@ check_report check_file(const std::string& path, const installed_libraries& libr
     deck_source source;
     try {
         source = read_deck_source(path);
-    } catch (const deck_error& e) {
-        return report_of_include(e.what());
+    } catch (const source_error& e) {
+        return report_of_source(path, e);
     }
     return check_deck(view_deck(std::move(source)), libraries);
 }

@@ -26,8 +26,8 @@ struct describe_options {
             if ((near + ", ").find(" " + n + ", ") == std::string::npos) near += (near.empty() ? " " : ", ") + n;
     }
     for (const std::string& n : near_names(method_word_names(), name)) near += (near.empty() ? " " : ", ") + n;
-    throw usage_error("no element or word of method: is called " + name + (near.empty() ? "" : "; near names:" + near) +
-                      " (tnl list shows all)");
+    throw command_error(nothing_found, "no element or word of method: is called " + name +
+                                           (near.empty() ? "" : "; near names:" + near) + " (tnl list shows all)");
 }
 
 // A page for each element and the index; pages of elements that are gone are not touched.
@@ -46,8 +46,8 @@ int describe_methods(const describe_options& options, const method_word* one) {
     std::string text;
     if (options.json)
         text = method_json(words);
-    else if (options.md && one == nullptr)
-        text = method_markdown();
+    else if (options.md)
+        text = one == nullptr ? method_markdown() : method_markdown(*one);
     else
         for (const method_word* m : words) text += (text.empty() ? "" : "\n") + method_text(*m);
     write_output(options.output.empty() ? "-" : options.output, text);
@@ -64,9 +64,10 @@ int describe_command(const describe_options& options) {
         const deck_source source = read_deck_source(options.deck);
         const own_composites own = own_composites_of(source);
         if (own.entries.empty()) throw deck_error(options.deck + " has no composites of its own");
+        const installed_libraries all = with_own(std::move(libraries), own);
         sheets.clear();
         for (const own_entry& e : own.entries) {
-            sheets.push_back(sheet_of(e.entry, e.library));
+            sheets.push_back(sheet_of(e.entry, e.library, all));
             sheets.back().group = place_of(source, e.lines[0].at[0]).file;
         }
         libraries = with_own({}, own);  // for names that are near
@@ -113,6 +114,7 @@ void add_describe(CLI::App& app, command_list& commands) {
     describe->add_option(
         "--deck", options->deck,
         "Of the composites that this deck, or file of composites, has of its own; all without ELEMENT");
+    describe->footer("Status: 0 described, 1 nothing has this name.");
     commands.push_back({describe, [options] { return describe_command(*options); }});
 }
 

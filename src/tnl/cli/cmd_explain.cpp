@@ -54,7 +54,9 @@ int explain_command(const explain_options& options) {
     if (options.list) return list_all();
     if (options.words.empty()) throw usage_error("explain needs a message, - for standard input, or --list");
     const std::string message = message_of(options.words);
-    if (const advice_text* t = find_advice(message)) {
+    const advice_text* t = advice_of_code(message);
+    if (t == nullptr) t = find_advice(message);
+    if (t != nullptr) {
         put(explained(*t));
         return good;
     }
@@ -74,9 +76,12 @@ int explain_command(const explain_options& options) {
 
 void add_explain(CLI::App& app, command_list& commands) {
     const auto options = std::make_shared<explain_options>();
-    CLI::App* explain = app.add_subcommand("explain", "Say what a message of the simulator means and what to do");
-    explain->add_option("MESSAGE", options->words,
-                        "The message or a piece of it; a run's folder or its run.json; - is standard input");
+    CLI::App* explain = app.add_subcommand(
+        "explain", "Say what a message of the simulator, or a finding of check, means and what to do");
+    explain->add_option(
+        "MESSAGE", options->words,
+        "The message or a piece of it, or the code of a finding of check; a run's folder or its run.json; - is "
+        "standard input");
     explain->add_flag("--list", options->list, "All messages that are known");
     explain->footer("Status: 0 explained, 1 no message like this is known.");
     commands.push_back({explain, [options] { return explain_command(*options); }});

@@ -41,22 +41,17 @@ std::string near_of(const std::string& word, const std::vector<element_sheet>& s
 }
 
 int list_methods(const list_options& options) {
-    const std::string lines = method_list(options.word);
+    std::vector<const method_word*> words;
+    for (const method_word& m : method_words())
+        if (speaks_of(m, options.word)) words.push_back(&m);
     if (options.names) {
         std::string names;
-        for (const std::string& name : method_word_names()) names += name + "\n";
+        for (const method_word* m : words) names += std::string(m->word) + "\n";
         write_output("-", names);
-        return good;
-    }
-    if (options.json) {
-        std::vector<const method_word*> words;
-        for (const method_word& m : method_words())
-            if (speaks_of(m, options.word)) words.push_back(&m);
-        write_output("-", method_json(words));
     } else {
-        write_output("-", lines);
+        write_output("-", options.json ? method_json(words) : method_list(options.word));
     }
-    if (!lines.empty()) return good;
+    if (!words.empty()) return good;
     std::fprintf(stderr, "tnl: no word of method: speaks of %s%s\n", options.word.c_str(),
                  near_text(method_word_names(), options.word, "near names").c_str());
     return nothing_found;

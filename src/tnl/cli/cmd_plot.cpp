@@ -84,6 +84,22 @@ std::vector<std::string> panel_of(const std::string& text) {
     return words;
 }
 
+// "one row is no curve: vout=5 at time=0.001": what a picture of points alone hardly tells.
+std::string points_of(const plot& p) {
+    std::string text;
+    const auto shown = [](const std::string& name, double v) {
+        char number[32];
+        std::snprintf(number, sizeof number, "%.6g", v);
+        return name + "=" + number;
+    };
+    for (const plot_panel& panel : p.panels)
+        for (const plot_series& s : panel.series) {
+            if (s.x.size() != 1) return {};
+            text += (text.empty() ? "" : ", ") + shown(s.name, s.y[0]) + " at " + shown(p.x_quantity, s.x[0]);
+        }
+    return text.empty() ? text : "one row is no curve, but a point: " + text;
+}
+
 int plot_command(plot_options options) {
     const picture_format format = options.output.empty() ? picture_format::svg : format_of(options.output);
     const picture_size size = size_of(options.size);
@@ -96,6 +112,7 @@ int plot_command(plot_options options) {
     const plotted_runs runs = open_plotted(options.words, options.wish);
     for (const std::string& note : runs.notes) std::fprintf(stderr, "tnl: %s\n", note.c_str());
     const plot p = plot_of_rows(runs.sources, runs.choice, std::max(1500, size.width));
+    if (const std::string text = points_of(p); !text.empty()) std::fprintf(stderr, "tnl: %s\n", text.c_str());
     if (options.output.empty()) {
         terminal t = this_terminal();
         if (options.ascii) t.utf8 = false;

@@ -81,7 +81,9 @@ int run_command(const run_options& options, bool json) {
     if (run.kept && std::filesystem::exists(run.folder / record_name, error))
         tell("tnl: " + run.folder.string() + "/ holds the results of the earlier run as they were");
     if (!run.findings.empty())
-        tell("tnl: the run did not stop at these; look whether it solved what is meant:\n" +
+        tell((run.status == deck_fault
+                  ? "tnl: the run came to its end without rows that the deck asks for, status 3; at fault are:\n"
+                  : "tnl: the run did not stop at these; look whether it solved what is meant:\n") +
              run.findings.substr(0, run.findings.size() - 1));
     return run.status;
 }

@@ -3,6 +3,7 @@
 
 #include "tnl/cli/command_tree.h"
 #include "tnl/common/exit_status.h"
+#include "tnl/common/text.h"
 
 namespace cli {
 
@@ -53,31 +54,26 @@ std::vector<std::string> option_names(const command_node& command) {
     return names;
 }
 
-// The text between single quotes of the shells, where 'it'\''s' stands for it's.
-std::string quoted(const std::string& s) {
-    std::string text = "'";
-    for (const char c : s) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return text + "'";
-}
-
 // ---- bash ----
 
 std::string bash_source(const value_source& v) {
     if (!v.asked.empty()) return "kind=words values=$(\"$tnl\" " + v.asked + " 2>/dev/null)";
-    if (!v.words.empty()) return "kind=words values=" + quoted(v.words);
+    if (!v.words.empty()) return "kind=words values=" + shell_quoted(v.words);
     return v.decks ? "kind=decks" : v.files ? "kind=files" : "kind=none";
 }
 
 std::string bash_text(const command_node& root) {
-    std::string values, words = "                '') kind=words values=" + quoted(joined(names_of(root.commands))) +
-                                " options=" + quoted(joined(option_names(root))) + " ;;\n";
+    std::string values,
+        words = "                '') kind=words values=" + shell_quoted(joined(names_of(root.commands))) +
+                " options=" + shell_quoted(joined(option_names(root))) + " ;;\n";
     for (const command_node& c : root.commands) {
-        words += "                " + c.name + ") options=" + quoted(joined(option_names(c))) + " " +
+        words += "                " + c.name + ") options=" + shell_quoted(joined(option_names(c))) + " " +
                  bash_source(positional_source(c, root)) + " ;;\n";
         for (const command_option& o : c.options) {
             if (o.positional || o.value.empty()) continue;
             std::string pattern;
-            for (const std::string& n : o.names) pattern += (pattern.empty() ? "" : " | ") + quoted(c.name + " " + n);
+            for (const std::string& n : o.names)
+                pattern += (pattern.empty() ? "" : " | ") + shell_quoted(c.name + " " + n);
             values += "        " + pattern + ") " + bash_source(source_of(o, root)) + " ;;\n";
         }
     }
@@ -126,28 +122,21 @@ complete -F _)" +
 // ---- zsh ----
 
 // Text inside [...] of an argument of _arguments, and between colons.
-std::string zsh_escaped(const std::string& s) {
-    std::string text;
-    for (const char c : s) {
-        if (c == '[' || c == ']' || c == ':' || c == '\\') text += '\\';
-        text += c == '\n' ? ' ' : c;
-    }
-    return text;
-}
+std::string zsh_escaped(const std::string& s) { return with_backslashes(s, "[]:\\"); }
 
 std::string zsh_action(const value_source& v, const std::string& name) {
-    const std::string head = quoted(":" + zsh_escaped(name) + ":");
+    const std::string head = shell_quoted(":" + zsh_escaped(name) + ":");
     if (!v.asked.empty()) return head + "\"($($tnl " + v.asked + " 2>/dev/null))\"";
-    if (!v.words.empty()) return head + quoted("(" + v.words + ")");
+    if (!v.words.empty()) return head + shell_quoted("(" + v.words + ")");
     return head + (v.decks ? "\"_files -g '*.in'\"" : v.files ? "_files" : "' '");
 }
 
 std::string zsh_option(const command_option& o, const command_node& root) {
     if (o.positional) return "'*'" + zsh_action(source_of(o, root), o.value);
-    std::string text = o.names.size() > 1 ? quoted("(" + joined(o.names) + ")") + "{" : "";
+    std::string text = o.names.size() > 1 ? shell_quoted("(" + joined(o.names) + ")") + "{" : "";
     for (const std::string& n : o.names) text += n + (&n == &o.names.back() ? "" : ",");
     if (o.names.size() > 1) text += "}";
-    text += quoted("[" + zsh_escaped(o.text) + "]");
+    text += shell_quoted("[" + zsh_escaped(o.text) + "]");
     if (!o.value.empty()) text += zsh_action(source_of(o, root), o.value);
     return text;
 }
@@ -169,13 +158,14 @@ std::string zsh_text(const command_node& root) {
                        "; for ~/.zshrc, behind compinit: source <(" + name + " completion zsh)\n_" + name + "() {\n" +
                        "    local tnl=${(q)words[1]} context state state_descr line\n    typeset -A opt_args\n"
                        "    local -a commands=(\n";
-    for (const command_node& c : root.commands) text += "        " + quoted(c.name + ":" + zsh_escaped(c.text)) + "\n";
+    for (const command_node& c : root.commands)
+        text += "        " + shell_quoted(c.name + ":" + zsh_escaped(c.text)) + "\n";
     text += "    )\n    _arguments -C";
     for (const command_option& o : root.options) text += " " + zsh_option(o, root);
     text +=
         " '1: :->command' '*:: :->rest' && return\n    case $state in\n"
         "        command) _describe -t commands " +
-        quoted(name + " command") + " commands ;;\n        rest)\n            case $words[1] in\n";
+        shell_quoted(name + " command") + " commands ;;\n        rest)\n            case $words[1] in\n";
     for (const command_node& c : root.commands)
         text += "                " + c.name + ")\n                    _arguments" + zsh_arguments(c, root) + "\n" +
                 "                    ;;\n";
@@ -185,14 +175,7 @@ std::string zsh_text(const command_node& root) {
 
 // ---- fish ----
 
-std::string fish_quoted(const std::string& s) {
-    std::string text = "'";
-    for (const char c : s) {
-        if (c == '\'' || c == '\\') text += '\\';
-        text += c == '\n' ? ' ' : c;
-    }
-    return text + "'";
-}
+std::string fish_quoted(const std::string& s) { return "'" + with_backslashes(s, "'\\") + "'"; }
 
 std::string fish_source(const value_source& v) {
     if (!v.asked.empty()) return " -f -a '(__tnl_ask " + v.asked + ")'";

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "tnl/common/text.h"
 #include "tnl/elements/element_sheet.h"
 #include "tnl/run/run_folder.h"
 
@@ -40,12 +41,6 @@ end_cf
 )";
 
 constexpr double small_disk = 100e6;  // bytes; less is worth a remark
-
-std::string in_quotes(const std::string& path) {
-    std::string text = "'";
-    for (const char c : path) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return text + "'";
-}
 
 // A folder of its own under the one for temporary files, which goes with it.
 struct scratch_folder {
@@ -83,9 +78,9 @@ finding run_small_deck(const installation& where, const fs::path& folder) {
     try {
         write_file(folder / "deck.in", small_deck);
         // As a person would: what this program does then is examined with it.
-        const std::string command = in_quotes((where.program.parent_path() / "tnl").string()) + " run " +
-                                    in_quotes((folder / "deck.in").string()) + " >" +
-                                    in_quotes((folder / "text").string()) + " 2>&1 </dev/null";
+        const std::string command = shell_quoted((where.program.parent_path() / "tnl").string()) + " run " +
+                                    shell_quoted((folder / "deck.in").string()) + " >" +
+                                    shell_quoted((folder / "text").string()) + " 2>&1 </dev/null";
         const int status = std::system(command.c_str());
         if (status != 0)
             return {bad, "simulator", "a small deck does not run: " + last_line(read_file(folder / "text"))};
@@ -164,8 +159,9 @@ std::vector<std::string> library_faults(const fs::path& share) {
     std::error_code error;
     for (const library_form& form : library_forms)
         if (!fs::is_regular_file(share / form.file, error)) faults.push_back(std::string(form.file) + " is missing");
-    for (const std::string_view list : list_files)
-        if (!fs::is_regular_file(share / list, error)) faults.push_back(std::string(list) + " is missing");
+    for (const int listed : listed_libraries)
+        if (!fs::is_regular_file(share / library_forms[listed].list, error))
+            faults.push_back(std::string(library_forms[listed].list) + " is missing");
     if (!faults.empty()) return faults;
     const installed_libraries libraries = read_installed(share);
     int n_elements = 0;

@@ -3,6 +3,7 @@
 
 #include "tnl/cli/command_tree.h"
 #include "tnl/common/exit_status.h"
+#include "tnl/common/text.h"
 
 namespace cli {
 
@@ -37,23 +38,11 @@ const told environment[] = {
 
 // Text as man shows it letter by letter: hyphens stay what is typed, a line cannot be taken for a macro.
 std::string escaped(std::string_view text) {
-    std::string s;
-    if (!text.empty() && (text[0] == '.' || text[0] == '\'')) s = "\\&";
-    for (const char c : text) {
-        if (c == '\\')
-            s += "\\e";
-        else if (c == '-')
-            s += "\\-";
-        else if (c == '~')
-            s += "\\(ti";
-        else if (c == '^')
-            s += "\\(ha";
-        else if (c == '`')
-            s += "\\(ga";
-        else
-            s += c;
-    }
-    return s;
+    std::string s(text);
+    for (const auto& [from, to] :
+         {std::pair{"\\", "\\e"}, {"-", "\\-"}, {"~", "\\(ti"}, {"^", "\\(ha"}, {"`", "\\(ga"}})
+        s = replaced(std::move(s), from, to);
+    return !text.empty() && (text[0] == '.' || text[0] == '\'') ? "\\&" + s : s;
 }
 
 // Lines of at most 78 columns, broken at blanks; a break that the text has stays one.

@@ -8,7 +8,7 @@ namespace cli {
 enum exit_status : int {
     good = 0,
     stopped = 1,           // the simulator stopped with a message
-    nothing_found = 1,     // list, explain: nothing is known of what was asked for
+    nothing_found = 1,     // list, describe, explain: nothing is known of what was asked for
     usage_fault = 2,       // wrong words on the command line
     deck_fault = 3,        // the front end itself found the deck or a library at fault
     assertion_failed = 4,  // tnl assert

@@ -4,18 +4,13 @@
 #include <climits>
 #include <numeric>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
 
 constexpr std::size_t longest = 64;  // of words that anybody types; the work grows as the square
-
-std::string lower(std::string_view s) {
-    std::string out(s);
-    for (char& c : out)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 0x20);
-    return out;
-}
 
 }  // namespace
 

@@ -6,7 +6,7 @@
 
 namespace cli {
 
-// Letters to change, add, drop or swap with their neighbour, so that one word becomes the other. Names of more than 256
+// Letters to change, add, drop or swap with their neighbour, so that one word becomes the other. Names of more than 64
 // letters are as far from any other as they are long: the time grows with the product of the two.
 int edit_distance(std::string_view a, std::string_view b);
 

@@ -4,10 +4,14 @@
 #include <string_view>
 #include <vector>
 
+#include "tnl/common/exit_status.h"
+#include "tnl/common/run_record.h"
+
 namespace cli {
 
 // A line "include FILE" stands for the lines of that file; its path is relative to the file that names it. A '#' behind
-// a blank begins a comment that runs to the end of the line. Both are resolved here; the simulator knows neither.
+// a blank begins a comment that runs to the end of the line. Both are resolved here; the simulator knows neither. What
+// stands behind end_cf stays as it is.
 //
 // Entries of libraries ("ece name=..." to "endece") may stand between the statements of each of these files. They are
 // cut out; own_composites.h reads them. Model statements of a file that is included before begin_circuit stand behind
@@ -34,7 +38,14 @@ struct library_block {
     bool ended = false;                     // its last line is there
 };
 
-// Throws file_error for a deck that cannot be read, deck_error, with the place of the include statement, for an
+// Files that make no deck: "file:line: why".
+struct source_error : deck_error {
+    record_place place;  // of the include statement; line 0: the deck itself is too large
+    std::string why;
+    source_error(record_place place_, const std::string& why_);
+};
+
+// Throws file_error for a deck that cannot be read, source_error, with the place of the include statement, for an
 // included one, for files that include each other, and for more text, lines or included files than a deck may have
 // (input_file.h). Path "-" reads standard input.
 deck_source read_deck_source(const std::string& path);

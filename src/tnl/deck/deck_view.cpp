@@ -58,6 +58,12 @@ std::vector<statement_range> solve_ranges(const deck_view& deck) {
     return ranges;
 }
 
+bool is_library(const deck_view& deck) {
+    for (int i = 0; i < deck.statements.n_lines(); ++i)
+        if (find_library(&library_form::model, deck.statements.word(i, 0)) < 0) return false;
+    return !deck.own.entries.empty() || !deck.own.faults.empty();
+}
+
 bool is_element_word(std::string_view word) { return find_library(&library_form::statement, word) >= 0; }
 
 bool is_placeholder(std::string_view type) {

@@ -37,6 +37,9 @@ struct statement_range {
 statement_range circuit_range(const deck_view& deck);
 std::vector<statement_range> solve_ranges(const deck_view& deck);
 
+// A file of composites and models: nothing in it asks for a circuit.
+bool is_library(const deck_view& deck);
+
 bool is_element_word(std::string_view word);  // eelement, gelement, delement, xelement, gmelement
 bool is_placeholder(std::string_view type);   // connector_e, ground_dummy and their kin: no elements
 // The value behind a key of a statement; keys stand at every second position from first on.

@@ -6,6 +6,31 @@ namespace cli {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Relative to the folder, behind all links but one that stands in the place of the file itself: that one is replaced.
+fs::path place_in_folder(const fs::path& name, const fs::path& folder) {
+    std::error_code error;
+    const fs::path home = fs::weakly_canonical(fs::absolute(folder), error), whole = home / name;
+    fs::path parent = fs::weakly_canonical(whole.parent_path(), error);
+    if (error) parent = whole.parent_path().lexically_normal();
+    return (parent / whole.filename()).lexically_relative(home);
+}
+
+// Every word of the text that is this one.
+void replace_word(std::string& text, const std::string& word, const std::string& other) {
+    constexpr std::string_view separators = " \t=\n";
+    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at)) {
+        const std::size_t end = at + word.size();
+        const bool begins = at == 0 || text[at - 1] == '+' || separators.find(text[at - 1]) != std::string_view::npos;
+        const bool whole = begins && (end == text.size() || separators.find(text[end]) != std::string_view::npos);
+        if (whole) text.replace(at, word.size(), other);
+        at += whole ? other.size() : word.size();
+    }
+}
+
+}  // namespace
+
 bool stays_inside(const fs::path& name) {
     if (name.empty() || name.is_absolute()) return false;
     return std::none_of(name.begin(), name.end(), [](const fs::path& part) { return part == ".."; });
@@ -13,18 +38,18 @@ bool stays_inside(const fs::path& name) {
 
 fs::path default_run_folder(const std::string& deck) { return (deck == "-" ? "stdin" : deck) + ".run"; }
 
+bool leads_inside(const fs::path& name, const fs::path& folder) {
+    return stays_inside(name) && stays_inside(place_in_folder(name, folder));
+}
+
 std::string fault_of_output_name(const fs::path& name, const fs::path& folder, bool force) {
-    fs::path inside = name.lexically_normal();
-    if (name.is_absolute()) {
-        std::error_code error;
-        const fs::path whole = fs::weakly_canonical(name, error);
-        inside = (error ? inside : whole).lexically_relative(fs::weakly_canonical(fs::absolute(folder), error));
-        if (!stays_inside(inside))
-            return force ? "" : "an output file outside the folder of the run, which only --force writes";
-    } else if (!stays_inside(name)) {
-        return "an output file outside the folder of the run";
+    const fs::path inside = place_in_folder(name, folder);
+    if (!stays_inside(inside) || (name.is_relative() && !stays_inside(name))) {
+        if (name.is_relative()) return "an output file outside the folder of the run";
+        return force ? "" : "an output file outside the folder of the run, which only --force writes";
     }
-    for (const std::string_view own : {record_name, partial_name, aux_name, dimensions_name})
+    for (const std::string& own : {std::string(record_name), new_record_name(), std::string(partial_name),
+                                   std::string(aux_name), std::string(dimensions_name)})
         if (*inside.begin() == own) return "an output file in the place of one that the run keeps for itself";
     return "";
 }
@@ -33,6 +58,17 @@ void check_output_names(const deck_view& deck, const fs::path& folder, bool forc
     for (const written_file& file : written_files(deck))
         if (const std::string why = fault_of_output_name(file.path, folder, force); !why.empty())
             throw deck_error(why + ": " + file.path + "\n" + place_with_caret(deck, file.i_statement, 1));
+}
+
+void name_inside(deck_view& deck, const fs::path& folder) {
+    bool any = false;
+    for (const written_file& file : written_files(deck)) {
+        const fs::path inside = place_in_folder(file.path, folder);
+        if (fs::path(file.path).is_relative() || !stays_inside(inside)) continue;
+        replace_word(deck.source.text, file.path, inside.string());
+        any = true;
+    }
+    if (any) deck.statements = file_chr_of(deck.source.text, any_number_of_lines);
 }
 
 // Any value of a statement may name a file; those count that stand behind a word that speaks of one, or have a path.

@@ -16,6 +16,12 @@ inline constexpr const char* dimensions_name = "tmpdim.in";
 // A name inside a folder that cannot lead out of it.
 bool stays_inside(const std::filesystem::path& name);
 
+// The same through links in the folder.
+bool leads_inside(const std::filesystem::path& name, const std::filesystem::path& folder);
+
+// A record that is being written.
+inline std::string new_record_name() { return std::string(record_name) + ".new"; }
+
 // Where `tnl run DECK` leaves its results when the user names no folder.
 std::filesystem::path default_run_folder(const std::string& deck);
 
@@ -25,6 +31,10 @@ std::string fault_of_output_name(const std::filesystem::path& name, const std::f
 
 // Throws deck_error, with the place of the statement, when a file that the deck writes has such a name.
 void check_output_names(const deck_view& deck, const std::filesystem::path& folder, bool force);
+// A file of the deck with a whole path into the folder gets its name there, wherever the deck speaks of it, so that the
+// run writes it aside as all others. Places of words stay.
+void name_inside(deck_view& deck, const std::filesystem::path& folder);
+
 // Throws deck_error, with the place of the word, for a device or a pipe where a file is to be read.
 void check_input_names(const deck_view& deck);
 

@@ -53,7 +53,8 @@ installed_libraries read_installed(const std::filesystem::path& share) {
         for (std::size_t e = 0; e < library.entries.size(); ++e)
             library.position.try_emplace(library.entries[e].name, static_cast<int>(e));
     }
-    for (std::size_t i = 0; i < std::size(list_files); ++i) all.list[i] = text_of(share / list_files[i]);
+    for (std::size_t i = 0; i < std::size(listed_libraries); ++i)
+        all.list[i] = text_of(share / library_forms[listed_libraries[i]].list);
     return all;
 }
 
@@ -62,9 +63,9 @@ installed_libraries with_own(installed_libraries libraries, const own_composites
         installed_library& library = libraries.library[e.library];
         library.position[e.entry.name] = static_cast<int>(library.entries.size());
         library.entries.push_back(e.entry);
-        for (std::size_t i = 0; i < std::size(list_files); ++i) {
+        for (std::size_t i = 0; i < std::size(listed_libraries); ++i) {
             const std::string line = "." + e.entry.name + "\n";
-            if (list_files[i] != std::string(library_forms[e.library].begin) + "_all.lst") continue;
+            if (listed_libraries[i] != e.library) continue;
             if (("\n" + libraries.list[i]).find("\n" + line) == std::string::npos) libraries.list[i] += line;
         }
     }
@@ -79,10 +80,13 @@ deck_needs needs_of(const entry_name& entry, const installed_libraries& librarie
 }
 
 deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries) {
+    return needs_of(deck, libraries, circuit_range(deck));
+}
+
+deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries, statement_range circuit) {
     deck_needs needs;
     follow walk{libraries, needs, {}};
     const file_chr& f = deck.statements;
-    const statement_range circuit = circuit_range(deck);
     for (int i = 0; i < f.n_lines(); ++i) {
         const std::string_view word = f.n_words(i) > 0 ? f.word(i, 0) : std::string_view();
         for (int j = 2; j < f.n_words(i) && word == "gstring"; j += 2) needs.files.emplace_back(f.word(i, j));

@@ -16,8 +16,8 @@ struct installed_library {
 };
 struct installed_libraries {
     installed_library library[n_libraries];
-    std::string list[10];   // text of each list file
-    bool with_own = false;  // a deck's own composites stand behind the installed ones
+    std::string list[std::size(listed_libraries)];  // text of each list file
+    bool with_own = false;                          // a deck's own composites stand behind the installed ones
 };
 // A file that the folder lacks counts as empty.
 installed_libraries read_installed(const std::filesystem::path& share);
@@ -37,6 +37,7 @@ struct deck_needs {
 };
 // Follows the type words of element and model statements through the composites; of libraries with the deck's own.
 deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries);
+deck_needs needs_of(const deck_view& deck, const installed_libraries& libraries, statement_range circuit);
 
 deck_needs needs_of(const entry_name& entry, const installed_libraries& libraries);  // of one entry alone
 

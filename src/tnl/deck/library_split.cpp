@@ -4,31 +4,6 @@
 
 namespace cli {
 
-const library_form library_forms[n_libraries] = {
-    {"ebes.aux", "ebe", "endebe", "", "", "ebe", "ebemodel"},
-    {"gbes.aux", "gbe", "endgbe", "", "", "gbe", "gbemodel"},
-    {"ebac.aux", "ebe_ac", "endebe_ac", "", "", "ebe_ac", ""},
-    {"gbac.aux", "gbe_ac", "endgbe_ac", "", "", "gbe_ac", ""},
-    {"dbes.aux", "dbe", "enddbe", "", "", "dbe", "dbemodel"},
-    {"xbes.aux", "xbe", "endxbe", "", "", "xbe", "xbemodel"},
-    {"xbac.aux", "xbe_ac", "endxbe_ac", "", "", "xbe_ac", ""},
-    {"eels.aux", "ece", "endece", "eelement", "emodel", "callece", "ecemodel"},
-    {"gels.aux", "gce", "endgce", "gelement", "gmodel", "callgce", "gcemodel"},
-    {"dels.aux", "dce", "enddce", "delement", "dmodel", "calldce", "dcemodel"},
-    {"xels.aux", "xce", "endxce", "xelement", "xmodel", "callxce", "xcemodel"},
-    {"gmes.aux", "gme", "endgme", "gmelement", "gmmodel", "callgme", "gmemodel"},
-};
-
-const std::string_view list_files[10] = {"ece_all.lst", "gce_all.lst", "xce_all.lst", "dbe_all.lst", "ebe_all.lst",
-                                         "gbe_all.lst", "xbe_all.lst", "sse_all.lst", "ssg_all.lst", "ssx_all.lst"};
-
-int find_library(std::string_view library_form::*member, std::string_view word) {
-    if (word.empty()) return -1;
-    for (int i = 0; i < n_libraries; ++i)
-        if (library_forms[i].*member == word) return i;
-    return -1;
-}
-
 namespace {
 
 // First word of a physical line, with the separators of all readers.
@@ -38,7 +13,7 @@ std::string_view first_word(std::string_view line) {
     return line.substr(a, line.find_first_of(" \t=\r\n", a) - a);
 }
 
-bool is_basic(const library_form& form) { return form.statement.empty(); }
+bool is_basic(const library_form& form) { return form.kind != library_kind::composite; }
 
 // The logical lines of an entry's text, as far as the first n of them are complete. A code section of a basic entry
 // runs to the entry's end, that of a composite to endC, unless its text is compiled elsewhere.

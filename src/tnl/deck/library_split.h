@@ -5,23 +5,9 @@
 #include <vector>
 
 #include "base/words.h"
+#include "deck/library_forms.h"
 
 namespace cli {
-
-// One library file of a run folder and what tells its entries apart.
-struct library_form {
-    std::string_view file;       // "eels.aux"
-    std::string_view begin;      // first word of an entry: "ece"
-    std::string_view end;        // and of its last line: "endece"
-    std::string_view statement;  // word of a deck that makes an instance of an entry; empty: basic library
-    std::string_view model;      // word of a deck's model statement for it
-    std::string_view call;       // word of a composite's line that calls an entry of this library
-    std::string_view submodel;   // word of a composite's line that gives such a call its values
-};
-inline constexpr int n_libraries = 12;
-extern const library_form library_forms[n_libraries];
-extern const std::string_view list_files[10];
-int find_library(std::string_view library_form::*member, std::string_view word);  // -1 if none
 
 // An entry as it stands in the file, from its first line to its last, code sections and comments included.
 struct library_entry {

@@ -13,13 +13,6 @@ constexpr std::size_t most_entries = 1000;  // calls nest no deeper
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-// The lines that an entry of this library has; nullptr for a library that this version does not read.
-const composite_form* form_of(int library) {
-    for (const composite_form* form : {&eels_form, &gels_form})
-        if (library_forms[library].begin == form->keyword) return form;
-    return nullptr;
-}
-
 // Words of a physical line behind those that are there, each with its place.
 void add_line(std::string_view text, std::size_t from, const deck_source::place& p, own_line& line) {
     for_each_word(text.substr(from), [&](std::string_view word) {
@@ -91,7 +84,7 @@ public:
                   "add it to the program as a file in models/, or build a composite of the elements that there are");
             return;
         }
-        const composite_form* form = form_of(block.library);
+        const composite_form* form = composite_form_of(block.library);
         if (form == nullptr) {
             fault(first.at[0], "composite", "this version has no composites of the kind " + begin);
             return;
@@ -135,7 +128,7 @@ private:
     }
 
     std::string complete(const own_entry& entry, const composite_form& form, const std::string& docs) {
-        const std::string element = form.element, call = std::string("call") + form.keyword;
+        const std::string element = std::string(form.basic.begin), call = std::string(form.lib.call);
         sorted_lines dc, ac;
         bool in_ac = false;
         for (std::size_t i = 1; i < entry.lines.size(); ++i) {
@@ -155,7 +148,7 @@ private:
             };
             if (is_head(in_ac ? form.ac_lines : form.dc_lines))
                 half.head[w0].push_back(&l);
-            else if (w0 == element + "model" || w0 == std::string(form.keyword) + "model")
+            else if (w0 == element + "model" || w0 == std::string(form.lib.begin) + "model")
                 half.models.push_back(&l);
             else if (w0 == (in_ac ? element + "_ac" : element) || w0 == call || (in_ac && w0 == "acparm_map:"))
                 half.body.push_back(&l);
@@ -184,14 +177,14 @@ private:
     }
 
     void unknown_line(const own_line& l, const composite_form& form, bool in_ac) {
-        const std::string word = l.w.str(0), element = form.element;
+        const std::string word = l.w.str(0), element = std::string(form.basic.begin);
         std::string all;
         for (const header_line& h : in_ac ? form.ac_lines : form.dc_lines) all += h.keyword + std::string(" ");
-        all += element + (in_ac ? "_ac" : "") + " call" + form.keyword;
+        all += element + (in_ac ? "_ac" : "") + " " + std::string(form.lib.call);
         const bool of_ac = std::any_of(form.ac_lines.begin(), form.ac_lines.end(),
                                        [&](const header_line& h) { return word == h.keyword; }) ||
                            word == element + "_ac";
-        fault(l.at[0], "composite", "no line of this " + std::string(form.keyword) + " begins with " + word,
+        fault(l.at[0], "composite", "no line of this " + std::string(form.lib.begin) + " begins with " + word,
               of_ac && !in_ac ? word + " stands between begin_ac and end_ac" : "lines begin with: " + all);
     }
 

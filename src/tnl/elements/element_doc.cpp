@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
@@ -15,21 +17,13 @@ std::string next_word(std::string_view& line) {
     line.remove_prefix(n);
     return word;
 }
-std::string_view trimmed(std::string_view s) {
-    const std::size_t a = s.find_first_not_of(" \t\r");
-    if (a == std::string_view::npos) return {};
-    return s.substr(a, s.find_last_not_of(" \t\r") - a + 1);
-}
 
 }  // namespace
 
 element_doc doc_of(const library_entry& entry) {
     element_doc doc;
-    std::string_view text = entry.text;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
+    for (const std::string& of_entry : split(entry.text, '\n')) {
+        std::string_view line = of_entry;
         if (line.starts_with("#:")) {
             doc.description.emplace_back(trimmed(line.substr(2)));
         } else if (line.starts_with("#>")) {

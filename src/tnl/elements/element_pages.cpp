@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
@@ -99,6 +101,29 @@ std::string_view small_signal_line(const element_sheet& s) {
     return s.small_signal ? "It has a small-signal form." : "It has no small-signal form: an ac block stops at it.";
 }
 
+// What a check holds decks to, in words.
+std::vector<std::string> rule_lines(const model_rules& rules, std::string_view quote) {
+    std::vector<std::string> lines;
+    const auto quoted = [&](const std::string& text) { return std::string(quote) + text + std::string(quote); };
+    for (const std::string& limit : rules.limit_texts) lines.push_back("a run stops unless " + quoted(limit));
+    if (rules.refuses_dc) lines.emplace_back("a dc block stops at it");
+    if (rules.jumps) lines.emplace_back("acts at once: rules of second order need event_restart=yes");
+    for (const type_branch& b : rules.branches)
+        lines.push_back("between " + quoted(b.from) + " and " + quoted(b.to) + ": " +
+                        std::string(words_of(b.kind).text));
+    return lines;
+}
+
+json rules_json(const model_rules& rules) {
+    json branches = json::array();
+    for (const type_branch& b : rules.branches)
+        branches.push_back({{"kind", words_of(b.kind).word}, {"from", b.from}, {"to", b.to}});
+    return {{"limits", rules.limit_texts},
+            {"refuses_dc", rules.refuses_dc},
+            {"jumps", rules.jumps},
+            {"branches", std::move(branches)}};
+}
+
 json head_json(const element_sheet& s) {
     return {{"family", s.family},
             {"group", s.group},
@@ -122,17 +147,7 @@ void walk(const std::vector<element_sheet>& sheets, F family, G group, O one) {
 
 }  // namespace
 
-std::string markdown_escaped(std::string_view s) {
-    std::string t;
-    for (const char c : s) {
-        if (c == '*' || c == '|' || c == '[' || c == ']') t += '\\';
-        if (c == '<')
-            t += "&lt;";
-        else
-            t += c;
-    }
-    return t;
-}
+std::string markdown_escaped(std::string_view s) { return replaced(with_backslashes(s, "*|[]"), "<", "&lt;"); }
 
 std::string list_text(const std::vector<element_sheet>& sheets) {
     std::size_t width = 0;
@@ -170,6 +185,9 @@ std::string sheet_text(const element_sheet& s) {
         for (const sheet_word& w : words) rows.push_back(cells_of(w, p));
         text += table_text(rows);
     }
+    const std::vector<std::string> rules = rule_lines(s.rules, "");
+    if (!rules.empty()) text += "\nRules\n";
+    for (const std::string& line : rules) text += "  " + line + "\n";
     if (!s.examples.empty()) text += "\nExample\n";
     for (const std::string& line : s.examples) text += "  " + line + "\n";
     return text;
@@ -182,6 +200,7 @@ std::string sheet_json(const std::vector<const element_sheet*>& sheets) {
         one["description"] = s->description;
         one["small_signal"] = s->small_signal;
         for (const part& p : parts) one[std::string(p.key)] = words_json(s->*p.member, p);
+        one["rules"] = rules_json(s->rules);
         one["examples"] = s->examples;
         list.push_back(std::move(one));
     }
@@ -220,6 +239,9 @@ std::string sheet_markdown(const element_sheet& s) {
             text += (w.unit.empty() ? " |" : " " + w.unit + " |") + " " + markdown_escaped(w.text) + " |\n";
         }
     }
+    const std::vector<std::string> rules = rule_lines(s.rules, "`");
+    if (!rules.empty()) text += "\n## Rules\n\n";
+    for (const std::string& line : rules) text += "- " + line + "\n";
     if (!s.examples.empty()) text += "\n## Example\n\n";
     for (const std::string& line : s.examples) text += "    " + line + "\n";
     return text;

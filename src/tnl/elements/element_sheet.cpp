@@ -4,6 +4,8 @@
 #include <map>
 #include <tuple>
 
+#include "tnl/common/text.h"
+
 namespace cli {
 
 namespace {
@@ -67,12 +69,6 @@ std::vector<listed_word> listed(const entry_lines& lines) {
     return all;
 }
 
-std::string lower(std::string_view s) {
-    std::string t(s);
-    std::transform(t.begin(), t.end(), t.begin(), [](unsigned char c) { return c < 128 ? std::tolower(c) : c; });
-    return t;
-}
-
 void check_example(const std::string& text, const element_sheet& sheet, std::vector<std::string>& faults) {
     const words w = parse_line_2(text);
     std::vector<std::string> given;
@@ -91,6 +87,23 @@ void check_example(const std::string& text, const element_sheet& sheet, std::vec
     }
 }
 
+model_rules rules_of_basics(const library_entry& entry, int library, const installed_libraries& libraries) {
+    model_rules all;
+    int n = 0;
+    const deck_needs needs = needs_of(entry_name{library, entry.name}, libraries);
+    for (int i = 0; i < n_libraries; ++i)
+        for (const int position : needs.entries[i]) {
+            if (!library_forms[i].statement.empty() || library_forms[i].begin.ends_with("_ac")) continue;
+            const library_entry& basic = libraries.library[i].entries[static_cast<std::size_t>(position)];
+            model_rules rules = rules_of(basic, library_forms[i]);
+            const bool refuses_dc = all.refuses_dc || rules.refuses_dc, jumps = all.jumps || rules.jumps;
+            all = ++n == 1 && basic.name == entry.name ? std::move(rules) : model_rules{};
+            all.refuses_dc = refuses_dc;
+            all.jumps = jumps;
+        }
+    return all;
+}
+
 }  // namespace
 
 const std::string& element_sheet::summary() const {
@@ -98,7 +111,7 @@ const std::string& element_sheet::summary() const {
     return description.empty() ? none : description[0];
 }
 
-element_sheet sheet_of(const library_entry& entry, int library) {
+element_sheet sheet_of(const library_entry& entry, int library, const installed_libraries& libraries) {
     const library_form& form = library_forms[library];
     const entry_lines lines = lines_of(entry, form);
     const element_doc doc = doc_of(entry);
@@ -113,6 +126,7 @@ element_sheet sheet_of(const library_entry& entry, int library) {
     if (!lines.empty())
         for (int i = 1; i + 1 < lines[0].size(); ++i)
             if (lines[0][i] == "allow_ac" && lines[0][i + 1] == "yes") sheet.small_signal = true;
+    sheet.rules = rules_of_basics(entry, library, libraries);
     // The first line about a word goes to the first thing of that name, the second to the second.
     std::map<std::string, std::vector<const word_doc*>> of_word;
     for (const word_doc& w : doc.words) of_word[w.word].push_back(&w);
@@ -131,12 +145,20 @@ element_sheet sheet_of(const library_entry& entry, int library) {
     return sheet;
 }
 
+// A type of element statements that the simulator itself knows, told as an entry would tell it.
+const library_entry own_type = {
+    "ground_dummy",
+    "ece name=ground_dummy allow_ac=yes\n#@ ground\n#: Joins a node with the reference node\n"
+    "#: The node is another name of the node of refnode, at 0 V.\n"
+    "#> eelement name=G1 type=ground_dummy c=NODE\n#. c - node\nmainnodes: c\nendece\n"};
+
 std::vector<element_sheet> all_sheets(const installed_libraries& libraries) {
     std::vector<element_sheet> sheets;
     for (int i = 0; i < n_libraries; ++i) {
         if (library_forms[i].statement.empty()) continue;
         const auto first = static_cast<std::ptrdiff_t>(sheets.size());
-        for (const library_entry& entry : libraries.library[i].entries) sheets.push_back(sheet_of(entry, i));
+        for (const library_entry& entry : libraries.library[i].entries) sheets.push_back(sheet_of(entry, i, libraries));
+        if (library_forms[i].begin == "ece") sheets.push_back(sheet_of(own_type, i));
         std::sort(sheets.begin() + first, sheets.end(), [](const element_sheet& a, const element_sheet& b) {
             return std::tie(a.group, a.name) < std::tie(b.group, b.name);
         });

@@ -6,6 +6,7 @@
 
 #include "tnl/deck/installed.h"
 #include "tnl/elements/element_doc.h"
+#include "tnl/elements/model_rules.h"
 
 namespace cli {
 
@@ -23,11 +24,14 @@ struct element_sheet {
     std::vector<std::string> description, examples;  // as in element_doc
     std::vector<sheet_word> terminals, parameters, start_values, first_guesses, outputs, outputs_ac;
     bool small_signal = false;  // has a small-signal form
+    model_rules rules;  // of its basic elements; of limits and branches only where it stands for one of its name
     const std::string& summary() const;
 };
-element_sheet sheet_of(const library_entry& entry, int library);
+// libraries: where its basic elements are looked for.
+element_sheet sheet_of(const library_entry& entry, int library, const installed_libraries& libraries = {});
 
-// Every installed element: by family in the order of library_forms, group, name.
+// Every installed element, and ground_dummy, which needs no library: by family in the order of library_forms, group,
+// name.
 std::vector<element_sheet> all_sheets(const installed_libraries& libraries);
 
 std::string_view family_title(std::string_view family);  // "electrical elements"

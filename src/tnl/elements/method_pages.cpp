@@ -40,6 +40,15 @@ std::string kind_text(const method_word& m) {
 
 std::string acts_text(const method_word& m) { return m.acts != 0 ? blocks_text(m.acts) : "nowhere in this version"; }
 
+constexpr std::string_view table_head =
+    "| Word | Value | If not given | Read in | Acts in | Meaning |\n|---|---|---|---|---|---|\n";
+
+std::string table_row(const method_word& m) {
+    return "| `" + std::string(m.word) + "` | " + kind_text(m) + " | " + markdown_escaped(default_text(m)) + " | " +
+           blocks_text(m.blocks) + " | " + (m.acts != 0 ? blocks_text(m.acts) : "-") + " | " +
+           markdown_escaped(std::string(m.text)) + " |\n";
+}
+
 // Words in their sections: head(section) before the first of each that is chosen, row(word) for each.
 template <class H, class R>
 void walk(std::string_view text, H head, R row) {
@@ -121,6 +130,10 @@ std::string method_json(const std::vector<const method_word*>& words) {
     return list.dump(2) + "\n";
 }
 
+std::string method_markdown(const method_word& m) {
+    return "# `" + std::string(m.word) + "`, a word of `method:`\n\n" + std::string(table_head) + table_row(m);
+}
+
 std::string method_markdown() {
     std::string text =
         "# Words of `method:`\n\nPairs of a word and a value in a solve block, as `method: trapezoidal=yes t_end=5m\n"
@@ -135,13 +148,9 @@ std::string method_markdown() {
         [&](const method_section& s) {
             text += "\n## " + std::string(s.title) + "\n\n";
             if (!s.note.empty()) text += std::string(s.note) + "\n\n";
-            text += "| Word | Value | If not given | Read in | Acts in | Meaning |\n|---|---|---|---|---|---|\n";
+            text += table_head;
         },
-        [&](const method_word& m) {
-            text += "| `" + std::string(m.word) + "` | " + kind_text(m) + " | " + markdown_escaped(default_text(m)) +
-                    " | " + blocks_text(m.blocks) + " | " + (m.acts != 0 ? blocks_text(m.acts) : "-") + " | " +
-                    markdown_escaped(std::string(m.text)) + " |\n";
-        });
+        [&](const method_word& m) { text += table_row(m); });
     return text;
 }
 

@@ -19,6 +19,7 @@ std::string method_text(const method_word& m);  // all about one word
 // A line for each word that speaks of the text; all for an empty one.
 std::string method_list(std::string_view text);
 std::string method_json(const std::vector<const method_word*>& words);
+std::string method_markdown(const method_word& m);
 std::string method_markdown();  // the page docs/method.md
 
 }  // namespace cli

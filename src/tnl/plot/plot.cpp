@@ -51,8 +51,12 @@ axis y_axis(const plot_panel& panel, int n_ticks) {
     if (fixed_lo || fixed_hi) {
         if (!(r.lo <= r.hi)) r.lo = r.hi = fixed_lo ? panel.y_lo : panel.y_hi;
         const double room = fixed_lo && fixed_hi ? 0 : 0.05 * (r.hi - r.lo);
-        const double lo = fixed_lo ? panel.y_lo : std::min(r.lo - room, panel.y_hi);
-        const double hi = fixed_hi ? panel.y_hi : std::max(r.hi + room, panel.y_lo);
+        double lo = fixed_lo ? panel.y_lo : std::min(r.lo - room, panel.y_hi);
+        double hi = fixed_hi ? panel.y_hi : std::max(r.hi + room, panel.y_lo);
+        if (panel.form == panel_form::sticks) {  // that they stand where they begin
+            if (!fixed_lo && hi > 0 && r.lo >= 0) lo = 0;
+            if (!fixed_hi && lo < 0 && r.hi <= 0) hi = 0;
+        }
         return panel.log ? make_log_axis(fixed_lo ? lo : r.lo, fixed_hi ? hi : r.hi, n_ticks, panel.unit)
                          : make_axis(lo, hi, n_ticks, panel.unit);
     }

@@ -14,7 +14,7 @@ struct plot_series {
 };
 enum class panel_form {
     lines,
-    sticks,  // from 0 up to each point
+    sticks,  // from 0 up to each point; from the end of the axis that is nearest to 0 where it does not reach there
     logic,   // each series on a lane of its own; y is 0 or 1 and holds until the next point
 };
 struct plot_panel {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tnl/common/exit_status.h"
 #include "tnl/plot/plot_panels.h"
 #include "tnl/plot/plot_thin.h"
 
@@ -113,6 +114,13 @@ void cut_at(plot_series& series, double lo, double hi) {
     }
     series.x = std::move(cut.x);
     series.y = std::move(cut.y);
+}
+
+// A stick stands between zero and its value: what of it lies between lo and hi; NaN: no bound. Without any it is left
+// out.
+double stick_within(double y, double lo, double hi) {
+    if ((lo > 0 && y < lo) || (hi < 0 && y > hi)) return NAN;
+    return std::fmin(std::fmax(y, lo), hi);
 }
 
 plot_series sticks_of(const plot_source& s, std::size_t i_column, std::size_t k, const window& w) {
@@ -234,7 +242,7 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
                     cut_at(series, panel.y_lo, panel.y_hi);
                 }
                 if (panel.form == panel_form::sticks)
-                    for (double& y : series.y) y = std::fmin(std::fmax(y, panel.y_lo), panel.y_hi);  // NaN: no bound
+                    for (double& y : series.y) y = stick_within(y, panel.y_lo, panel.y_hi);
                 series.name = table.columns[static_cast<std::size_t>(s.columns[c])].name;
                 std::string detail = table.n_curves() > 1 ? curve_name(table, sweep, k) : "";
                 if (!s.run.empty()) detail += (detail.empty() ? "" : ", ") + s.run;
@@ -248,6 +256,10 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
             return std::any_of(one.y.begin(), one.y.end(), [](double v) { return v > 0 && std::isfinite(v); });
         };
         panel.log = panel.log && std::any_of(panel.series.begin(), panel.series.end(), shows);
+        for (const double end : {panel.y_lo, panel.y_hi})
+            if (panel.log && end <= 0)
+                throw usage_error("--y: a logarithmic axis has no end at " + engineering_text(end) +
+                                  "; both are above 0, or left out as in 1m:");
     }
     return p;
 }

@@ -40,7 +40,8 @@ std::vector<int> drawn_columns(const result_table& table, int x);
 // A column that is constant in each curve and not the same in all tells the curves apart; -1 if none.
 int sweep_column_of(const result_table& table);
 
-// Curves keep the points that a picture of up to n_bins columns can show.
+// Curves keep the points that a picture of up to n_bins columns can show. Throws usage_error for ends of y axes that no
+// panel has, or that a logarithmic one cannot have.
 plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& choice, int n_bins = 1500);
 
 }  // namespace cli

@@ -39,6 +39,7 @@ struct wanted_curve {
     std::string word;                // as typed
     std::vector<std::string> names;  // of the columns that it needs
     std::optional<expression> made;  // none: the column itself
+    bool once = false;               // not where it is drawn already
     std::string name() const { return made ? made->label : word; }
 };
 
@@ -157,6 +158,32 @@ std::string name_of(const named_run& r, const std::list<named_run>& runs) {
     return std::count_if(runs.begin(), runs.end(), same) > 1 ? r.word : last(r.word);
 }
 
+bool is_drawn(const plot_source& source, int column) {
+    return std::find(source.columns.begin(), source.columns.end(), column) != source.columns.end();
+}
+
+// The names that the word has in the tables; itself where it is a name or an expression.
+std::vector<std::string> names_of(const std::list<result_table>& tables, const std::string& word) {
+    std::vector<std::string> names{word};
+    for (const result_table& table : tables)
+        if (const int j = find_column(table, word); j >= 0)
+            names.push_back(table.columns[static_cast<std::size_t>(j)].name);
+    return names;
+}
+
+// Columns that the choice tells by number get their names, which panels know them by.
+void name_columns(plot_choice& choice, const std::list<result_table>& tables) {
+    for (std::vector<std::string>& panel : choice.panels) {
+        std::vector<std::string> names;
+        for (const std::string& word : panel)
+            for (std::string& name : names_of(tables, word)) names.push_back(std::move(name));
+        panel = std::move(names);
+    }
+    for (plot_y_range& range : choice.y)
+        if (const std::vector<std::string> names = names_of(tables, range.column); names.size() > 1)
+            range.column = names[1];
+}
+
 }  // namespace
 
 plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish& wish) {
@@ -180,7 +207,8 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
     for (const std::vector<std::string>& panel : wish.panels) {
         out.choice.panels.emplace_back();
         for (const std::string& word : panel) {
-            const wanted_curve c = curve_of(runs, wish, word);
+            wanted_curve c = curve_of(runs, wish, word);
+            c.once = true;
             if (std::none_of(columns.begin(), columns.end(), [&](const wanted_curve& o) { return o.word == word; }))
                 columns.push_back(c);
             out.choice.panels.back().push_back(c.name());
@@ -208,7 +236,8 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
         source.x = wish.x.empty() ? x_column_of(table) : find_column(table, wish.x);
         if (columns.empty()) source.columns = drawn_columns(table, source.x);
         for (const wanted_curve& c : columns)
-            if (const int j = place_of(c, table); j >= 0) source.columns.push_back(j);
+            if (const int j = place_of(c, table); j >= 0 && !(c.once && is_drawn(source, j)))
+                source.columns.push_back(j);
         if (!wish.x.empty() && source.x < 0) throw usage_error(table.path + " has no column " + wish.x);
         if (source.columns.empty())
             throw usage_error(columns.empty() ? table.path + " has no column besides that of the x axis"
@@ -239,6 +268,7 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
                               " is in another one");
     }
     if (out.choice.title.empty()) out.choice.title = title;
+    name_columns(out.choice, out.tables);
     return out;
 }
 

@@ -240,7 +240,8 @@ private:
         const double n = static_cast<double>(panel.series.size());
         const double room = b.width / std::max(1.0, page_.x.hi - page_.x.lo);  // of one harmonic
         const double aside = (static_cast<double>(k) - (n - 1) / 2) * std::min(7.0, 0.7 * room / n);
-        const double foot = b.top + (1 - place.y.place(0)) * b.height, thick = std::clamp(0.25 * room / n, 0.7, 2.0);
+        const double foot = b.top + (1 - std::clamp(place.y.place(0), 0.0, 1.0)) * b.height,
+                     thick = std::clamp(0.25 * room / n, 0.7, 2.0);
         svg_path d;
         std::vector<std::pair<double, double>> heads;
         const plot_series& s = panel.series[k];

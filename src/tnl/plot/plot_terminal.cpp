@@ -35,6 +35,11 @@ struct canvas {
         dots[cell] |= 1u << (4 * (x % nx) + down % ny);
         owner[cell] = series;
     }
+    // The whole cell of a dot, which alone would hardly be seen.
+    void fill_cell(double x, double y, int series) {
+        const int left = static_cast<int>(std::lround(x)) / nx * nx, low = static_cast<int>(std::lround(y)) / ny * ny;
+        for (int i = 0; i < nx * ny; ++i) set(left + i % nx, low + i / nx, series);
+    }
     void line(double x0, double y0, double x1, double y1, int series) {
         const int n = std::max(1, static_cast<int>(std::ceil(std::max(std::abs(x1 - x0), std::abs(y1 - y0)))));
         for (int i = 0; i <= n; ++i) {
@@ -137,6 +142,7 @@ int draw_curve(canvas& c, const plot_series& s, const frame& f, const axis& y, i
         if (!drawn(i)) continue;
         const double x1 = px[i] * wide, y1 = base + py[i] * high;
         const bool joined = i > 0 && drawn(i - 1);
+        if (!joined && !(i + 1 < px.size() && drawn(i + 1))) c.fill_cell(x1, y1, series);
         c.line(joined ? px[i - 1] * wide : x1, joined ? base + py[i - 1] * high : y1, x1, y1, series);
         last = c.rows - 1 - static_cast<int>(std::lround(y1)) / c.ny;
     }
@@ -145,7 +151,7 @@ int draw_curve(canvas& c, const plot_series& s, const frame& f, const axis& y, i
 
 int draw_sticks(canvas& c, const plot_series& s, const frame& f, const axis& y, int series) {
     int last = -1;
-    const double wide = c.columns * c.nx - 1, high = c.rows * c.ny - 1, foot = y.place(0) * high;
+    const double wide = c.columns * c.nx - 1, high = c.rows * c.ny - 1, foot = std::clamp(y.place(0), 0.0, 1.0) * high;
     double tallest = 0;
     for (std::size_t i = 0; i < s.x.size(); ++i) {
         const double at = f.x.place(s.x[i]) * wide, top = y.place(s.y[i]) * high;

@@ -107,7 +107,6 @@ int columns_of_standard_error() {
 }
 
 // ---- what is known
-// -----------------------------------------------------------------------------------------------------
 
 const time_block* progress::block() const {
     return n_begun_ >= 1 && n_begun_ <= static_cast<int>(blocks_.size())
@@ -165,7 +164,6 @@ std::string progress::take(std::string_view text, double now) {
 std::string progress::rest() { return form_ == progress_form::bar ? std::exchange(waiting_, {}) : std::string(); }
 
 // ---- what is drawn
-// -----------------------------------------------------------------------------------------------------
 
 // "t=3m of 10m", with the number of the block where there are several.
 std::string progress::position() const {

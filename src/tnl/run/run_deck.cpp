@@ -112,8 +112,7 @@ double count_files(const fs::path& folder, run_record& record) {
     return t_last;
 }
 
-void end_record(const process_result& ended, const deck_view& deck, const deck_needs& needs,
-                const installed_libraries& libraries, run_record& record) {
+void end_record(const process_result& ended, run_record& record) {
     record.status = ended.status;
     record.signal = ended.signal;
     record.state = ended.signal != 0 ? "signal" : ended.status != 0 ? "stopped" : "complete";
@@ -134,7 +133,6 @@ void end_record(const process_result& ended, const deck_view& deck, const deck_n
     if (ended.signal != 0 || ended.status == 0) return;
     record.message = message_of(ended.tail);
     if (output_failed(ended.tail)) record.status = file_fault;
-    record.places = places_of_stop(ended.tail, deck, needs, libraries);
 }
 
 void print(std::string_view text) {
@@ -194,17 +192,13 @@ bool leaves_no_rows(const check_fault& fault) {
     return fault.is_error && std::find(std::begin(codes), std::end(codes), fault.code) != std::end(codes);
 }
 
-// What `tnl check` says of a deck that ran: it may have solved something else than what is written. First a letter:
-// n: no errors, e: errors, r: errors for which rows are missing.
-std::string findings_of(const deck_view& deck, const installed_libraries& libraries, const run_options& options) {
-    check_report report = check_deck(deck, libraries);
+// What `tnl check` says of a deck that ran: it may have solved something else than what is written.
+std::string findings_of(check_report& report, const run_options& options) {
     if (options.force)  // what was asked for is no finding
         std::erase_if(report.faults, [](const check_fault& f) { return f.code == "bad-output-place"; });
-    std::string text = report.n_errors() > 0 ? "e" : "n";
-    for (const check_fault& fault : report.faults) {
+    std::string text;
+    for (const check_fault& fault : report.faults)
         if (fault.is_error || !options.quiet) text += fault_text(report, fault, "  ");
-        if (leaves_no_rows(fault)) text[0] = 'r';
-    }
     return text;
 }
 
@@ -234,8 +228,14 @@ run_result run_deck(const run_options& options, const installation& where) {
     if (!fs::exists(where.program)) throw file_error("the simulator is missing: " + where.program.string());
     if (!fs::is_directory(where.share)) throw file_error("the libraries are missing: " + where.share.string());
     check_output_names(run.deck, run.folder, options.force);
+    name_inside(run.deck, run.folder);
     check_input_names(run.deck);
     check_own_composites(run.deck);
+    if (is_library(run.deck))
+        throw deck_error(options.deck +
+                         " holds composites and no circuit to run\n  advice: a deck takes them in with: include " +
+                         options.deck + "; tnl check " + options.deck + " looks into them, tnl describe --deck " +
+                         options.deck + " shows them");
 
     const installed_libraries libraries = with_own(read_installed(where.share), run.deck.own);
     const deck_needs needs = needs_of(run.deck, libraries);
@@ -250,24 +250,33 @@ run_result run_deck(const run_options& options, const installation& where) {
     }
     limit.reset();
 
-    side_work check([&] { return findings_of(run.deck, libraries, options); });
+    side_work check([&] { return packed(check_deck(run.deck, libraries)); });
     const clock::time_point start = clock::now();
     const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
     warning_listener listener;
     const process_result ended = simulate(options, left, where, folder, run.deck, listener);
     const held_signals hold;
     record.seconds = since(start);
-    end_record(ended, run.deck, needs, libraries, record);
+    end_record(ended, record);
     run.timed_out = ended.timed_out;
     record.warnings = listener.warnings(run.deck);
     const std::size_t n_planned = record.files.size();
     run.t_last = count_files(folder.partial, record);
-    if (ended.status == 0 && ended.signal == 0) {
+    std::optional<check_report> report;
+    if (ended.signal == 0) {
         const double rest = options.time_limit > 0 ? options.time_limit - since(begin) : longest_check;
-        const std::string found = check.answer(std::clamp(rest, 0.0, longest_check)).value_or("n" + unchecked);
-        run.findings = warning_text(run.deck, record.warnings, "  ") + found.substr(1);
-        const bool lacks = found[0] == 'r' || (found[0] == 'e' && lacks_rows(record, n_planned));
+        report = unpacked(check.answer(std::clamp(rest, 0.0, longest_check)).value_or(""), run.deck);
+    }
+    const bool checked = report.has_value();
+    if (!checked) report = check_report{run.deck, {}, {}};
+    if (ended.status == 0 && ended.signal == 0) {
+        run.findings =
+            warning_text(run.deck, record.warnings, "  ") + findings_of(*report, options) + (checked ? "" : unchecked);
+        const bool lacks = std::any_of(report->faults.begin(), report->faults.end(), leaves_no_rows) ||
+                           (report->n_errors() > 0 && lacks_rows(record, n_planned));
         if (lacks && record.status == good) record.status = deck_fault;
+    } else if (ended.signal == 0) {
+        record.places = places_of_stop(ended.tail, *report, needs);
     }
     run.status = record.status;
 
@@ -283,7 +292,7 @@ run_result run_deck(const run_options& options, const installation& where) {
         more = "  the simulator was ended by signal " + std::to_string(ended.signal) + " (" + strsignal(ended.signal) +
                ")\n";
     else if (ended.signal == 0 && ended.status != 0)
-        more = explain_stop(ended.tail, run.deck, needs, libraries);
+        more = explain_stop(ended.tail, *report, needs) + (checked ? "" : unchecked);
     if (!more.empty() && !ended.tail.empty() && !ended.tail.ends_with('\n')) more.insert(0, "\n");
     if (options.quiet && ended.status != 0) more.insert(0, ended.tail);
     if (!options.silent) print(more);

@@ -36,8 +36,6 @@ bool has_record(const fs::path& folder, run_record& record) {
     }
 }
 
-std::string new_record_name() { return std::string(record_name) + ".new"; }
-
 // No file in the folder but .partial, and in that, at most a record that was being written: a run was killed in its
 // first moments.
 bool is_barely_begun(const fs::path& folder) {
@@ -66,6 +64,8 @@ std::vector<std::string> bring_data_files(const run_folder& folder, const deck_v
     std::vector<std::string> brought;
     const fs::path home = deck.path == "-" ? fs::path() : fs::path(deck.path).parent_path();
     const std::set<std::string> old = files_of(folder.old);
+    std::set<fs::path> written;
+    for (const written_file& file : written_files(deck)) written.insert(fs::path(file.path).lexically_normal());
     for (const std::string& word : words) {
         if (!stays_inside(word)) continue;
         std::error_code error;
@@ -74,8 +74,8 @@ std::vector<std::string> bring_data_files(const run_folder& folder, const deck_v
         const fs::path from = placed ? folder.path / word : home / word, to = folder.partial / word;
         if (!fs::is_regular_file(from, error) || fs::exists(to, error)) continue;
         make_parents(to);
-        // A copy, as a deck may write to a file that it reads.
-        if (fs::file_size(from, error) <= largest_copy)
+        // A copy of what the deck also writes, that a run never writes through the link.
+        if (fs::file_size(from, error) <= largest_copy || written.contains(fs::path(word).lexically_normal()))
             fs::copy_file(from, to, error);
         else
             fs::create_symlink(fs::absolute(from), to, error);
@@ -141,7 +141,6 @@ void write_file(const fs::path& path, const std::string& text) {
 }
 
 // ---- taking a folder
-// ---------------------------------------------------------------------------------------------------
 
 folder_claim::folder_claim(const fs::path& folder) : fd_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY)) {
     if (fd_ < 0) fail("cannot use", folder, std::strerror(errno));
@@ -222,7 +221,6 @@ void check_output_places(const run_folder& folder, const deck_view& deck, bool f
 }
 
 // ---- the run's own place
-// -----------------------------------------------------------------------------------------------
 
 void write_partial_record(const run_folder& folder, const run_record& record) {
     put_record(record, folder.partial, folder.partial);
@@ -246,7 +244,8 @@ void fill_partial(const run_folder& folder, const deck_view& deck, const install
     if (error) fail("cannot make", aux, error.message());
     write_file(aux / "cct.in", deck.text());
     for (int i = 0; i < n_libraries; ++i) write_file(aux / library_forms[i].file, text[i]);
-    for (std::size_t i = 0; i < std::size(list_files); ++i) write_file(aux / list_files[i], libraries.list[i]);
+    for (std::size_t i = 0; i < std::size(listed_libraries); ++i)
+        write_file(aux / library_forms[listed_libraries[i]].list, libraries.list[i]);
 
     std::string dimensions;
     for (const tmpdim_word& d : tmpdim_words())
@@ -290,7 +289,7 @@ void publish(const run_folder& folder, run_record& record) {
     fs::remove(folder.path / record_name, error);
     if (error) fail("cannot remove", folder.path / record_name, error.message());
     for (const std::string& file : old) {
-        if (!stays_inside(file) || now.contains(file)) continue;
+        if (!leads_inside(file, folder.path) || now.contains(file)) continue;
         const fs::path path = folder.path / file;
         fs::remove(path, error);
         if (path.parent_path() != folder.path) fs::remove(path.parent_path(), error);  // goes only when empty

@@ -9,16 +9,19 @@ namespace {
 
 constexpr std::string_view residual_told = "solve_dc: the solution leaves a residual of ";
 constexpr std::string_view before_message = "solve_dc: ", before_node = " at node ", before_advice = "   consider ";
+constexpr std::string_view unit = " A", only_first = "; later points of its block were not looked at";
 constexpr std::size_t longest_line = 10000;  // of one that can be a warning
 
 }  // namespace
 
 void warning_listener::note_line(std::string_view line) {
-    if (advice_follows_ && line.starts_with(before_advice)) heard_.back().advice = line.substr(3);
+    if (advice_follows_ && line.starts_with(before_advice))
+        heard_.back().advice = std::string(line.substr(3)) + std::string(only_first);
     advice_follows_ = false;
     const std::size_t at = line.find(before_node);
     if (!line.starts_with(residual_told) || at == std::string_view::npos) return;
-    heard_.push_back({std::string(line.substr(before_message.size())), "", {}});
+    std::string message(line.substr(before_message.size(), at - before_message.size()));
+    heard_.push_back({message.append(unit).append(line.substr(at)), "", {}});
     node_.emplace_back(line.substr(at + before_node.size()));
     advice_follows_ = true;
 }

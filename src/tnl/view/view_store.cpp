@@ -4,6 +4,7 @@
 #include <cmath>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "tnl/common/exit_status.h"
 #include "tnl/plot/plot_panels.h"
@@ -88,6 +89,24 @@ std::vector<record_column> columns_of(const view_file& file) {
     return columns;
 }
 
+// Holds no values where the file has lost a column that it needs: the others are shown.
+void make_column(result_table& table, view_file& file, std::size_t i) {
+    std::vector<double> values;
+    file.made_faults[i].clear();
+    try {
+        for (std::size_t k = 0; k < table.n_curves(); ++k) {
+            const row_values part = evaluate_rows(file.made[i], table, k);
+            values.insert(values.end(), part.value.begin(), part.value.end());
+            file.made_units[i] = part.unit == "%" ? "" : part.unit;
+        }
+    } catch (const std::runtime_error& e) {
+        values.assign(table.n_rows(), NAN);
+        file.made_units[i].clear();
+        file.made_faults[i] = e.what();
+    }
+    add_column(table, {file.made[i].label, ""}, values);
+}
+
 // What the file does not hold: columns made of others; and its first row where that is a guess apart from all else.
 void complete(result_table& table, view_file& file, bool is_begin) {
     if (table.n_rows() == 0) return;
@@ -95,15 +114,14 @@ void complete(result_table& table, view_file& file, bool is_begin) {
     table.begins_with_guess = is_begin && file.record.begins_with_guess;
     for (std::size_t j = 1; j < table.n_columns(); ++j)
         if (starts_apart(table, j)) table.values[j] = NAN;
-    for (std::size_t i = 0; i < file.made.size(); ++i) {
-        std::vector<double> values;
-        for (std::size_t k = 0; k < table.n_curves(); ++k) {
-            const row_values part = evaluate_rows(file.made[i], table, k);
-            values.insert(values.end(), part.value.begin(), part.value.end());
-            file.made_units[i] = part.unit == "%" ? "" : part.unit;
-        }
-        add_column(table, {file.made[i].label, ""}, values);
-    }
+    for (std::size_t i = 0; i < file.made.size(); ++i) make_column(table, file, i);
+}
+
+// Why a made column has no values, where the file itself can be read.
+std::string fault_of_made(const view_file& file) {
+    for (std::size_t i = 0; i < file.made.size(); ++i)
+        if (!file.made_faults[i].empty()) return file.made[i].label + ": " + file.made_faults[i];
+    return {};
 }
 
 nlohmann::json list_file(view_file& file) {
@@ -131,7 +149,7 @@ nlohmann::json list_file(view_file& file) {
             {"wanted", file.wanted.load()},
             {"bytes", source.size},
             {"bytes_read", source.at},
-            {"problem", source.problem}};
+            {"problem", source.problem.empty() ? fault_of_made(file) : source.problem}};
 }
 
 }  // namespace
@@ -216,6 +234,7 @@ void view_store::add_column(const std::string& text) {
             if (std::any_of(file->made.begin(), file->made.end(), same)) continue;
             file->made.push_back(e);
             file->made_units.emplace_back();
+            file->made_faults.emplace_back();
             file->wanted = true;
             begin_anew(file->source);
         }
@@ -288,9 +307,6 @@ bool view_store::read_on(view_file& file) {
         if (version != source.version) return true;  // a column was added: all is read again
         complete(lines.table, file, source.rows.n == 0);
         append_lines(source.rows, lines);
-    } catch (const usage_error& e) {  // a column that is made needs one that is not there
-        if (!hold) hold.lock();
-        source.problem = e.what();
     } catch (const file_error& e) {
         if (!hold) hold.lock();
         source.problem = e.what();

@@ -21,8 +21,9 @@ struct view_file {
     std::atomic<bool> wanted = false;  // its rows were asked for; of others the first lines are read only
     std::mutex lock;                   // of all else here; never held while the reader takes a text apart
     row_source source;
-    std::vector<expression> made;         // columns behind those of the file
-    std::vector<std::string> made_units;  // [made]
+    std::vector<expression> made;          // columns behind those of the file
+    std::vector<std::string> made_units;   // [made]
+    std::vector<std::string> made_faults;  // [made] why a column holds no values; empty: it does
 };
 using view_file_ptr = std::shared_ptr<view_file>;
 

@@ -126,7 +126,7 @@ TEST(solve_dc, leaves_currents_output_parameters_and_no_switch) {
     EXPECT_EQ(run_and_listen([&] { t.r.flags.write_all_true(); }).text, "");
     const int u = t.unit_of("R1");
     const int slot = t.c.lib.ebes.list.rprm.find(t.c.ebeu.unit.i_lib[static_cast<std::size_t>(u)], "v_o");
-    EXPECT_DOUBLE_EQ(t.r.ebe[static_cast<std::size_t>(u)].rparm[slot], 5 - t.node("a"));
+    EXPECT_DOUBLE_EQ(t.r.ebe.call[static_cast<std::size_t>(u)].rparm[slot], 5 - t.node("a"));
     EXPECT_NEAR(t.c.ebeu.cur_nd[static_cast<std::size_t>(t.c.ebeu.nd.first[static_cast<std::size_t>(u)])],
                 (5 - t.node("a")) / 1e3, 1e-12);
 }
@@ -150,7 +150,6 @@ TEST(init_sol, a_guess_never_moves_the_reference) {
 }
 
 // ---- sweeps
-// ------------------------------------------------------------------------------------------------------------
 
 namespace {
 // A source of p volts, read by a made-up branch that Newton solves in one step, but never while `fails` says so.

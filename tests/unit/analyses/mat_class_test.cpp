@@ -8,7 +8,6 @@
 #include "dc_fixture.h"
 
 namespace {
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 using dense = std::vector<std::vector<double>>;
 
@@ -68,7 +67,7 @@ TEST(set_mat, numbers_rows_by_first_use_and_prints_the_size) {
     dc_run t(
         "eelement name=R1 type=r p=a n=b\neelement name=V1 type=vsrcdc p=b n=0\neelement name=R2 type=r p=c n=a\n");
     t.listen([&] { read_block(t.r, 0); });
-    t.listen([&] { set_mat(t.r.mat, t.c, t.r.ebes1, t.r.gbes1); });
+    t.listen([&] { set_mat(t.r.mat, t.c, t.r.ebe.jac, t.r.gbe.jac); });
     EXPECT_EQ(t.text, "mat::set_mat_2: system matrix size is 4 x 4\n");
     const std::vector<int>& row = t.r.mat.ebce_row_of_func;
     const std::vector<int>& first = t.c.ebeu.unit.first_func;
@@ -201,14 +200,14 @@ TEST(set_mat, an_empty_last_row_has_a_text_of_its_own) {
 TEST(set_mat, more_functions_than_unknowns_halts) {
     dc_run t("eelement name=X1 type=crooked p=a n=0\n", "", crooked("", "f_x v(p)\n"), crooked_ece);
     t.listen([&] { read_block(t.r, 0); });
-    EXPECT_HALT(set_mat(t.r.mat, t.c, t.r.ebes1, t.r.gbes1),
+    EXPECT_HALT(set_mat(t.r.mat, t.c, t.r.ebe.jac, t.r.gbe.jac),
                 "mat::set_mat_2: system matrix is not square!\n  nrow_m = 2\n  ncol_m = 1\n  Halting...\n");
 }
 
 TEST(set_mat, fewer_functions_than_unknowns_halts) {
     dc_run t("eelement name=X1 type=crooked p=a n=0\n", "", crooked("i", ""), crooked_ece);
     t.listen([&] { read_block(t.r, 0); });
-    EXPECT_HALT(set_mat(t.r.mat, t.c, t.r.ebes1, t.r.gbes1),
+    EXPECT_HALT(set_mat(t.r.mat, t.c, t.r.ebe.jac, t.r.gbe.jac),
                 "mat::set_mat_2: system matrix is not square!\n  nrow_m = 1\n  ncol_m = 2\n  Halting...\n");
 }
 

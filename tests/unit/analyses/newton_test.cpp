@@ -119,7 +119,6 @@ TEST(solve_newton_dc, counts_its_solves) {
 }
 
 // ---- damping
-// ---------------------------------------------------------------------------------------------------------
 
 TEST(damping, its_bound_counts_iterations_from_0_and_is_inclusive) {
     // Half steps towards 0 from 8: with a bound of 0 one of them, then the full step.
@@ -153,7 +152,6 @@ TEST(damping, a_start_from_a_solution_has_settings_of_its_own) {
 }
 
 // ---- line search
-// -----------------------------------------------------------------------------------------------------
 
 TEST(line_search, a_step_that_lowers_the_residual_stays_whole) {
     one_node t(only_rhs2 + "nr_line_search=yes itmax_newton_first=1", 8, line_through(3));
@@ -223,7 +221,6 @@ TEST(line_search, trials_ask_for_functions_only) {
 }
 
 // ---- leaving
-// -----------------------------------------------------------------------------------------------------------
 
 TEST(solve_newton_dc, tells_nan_and_leaves) {
     one_node t(only_rhs2 + "write_rhs2=yes", 1,
@@ -276,7 +273,6 @@ TEST(solve_newton_dc, a_blow_up_of_an_earlier_solve_is_forgotten) {
 }
 
 // ---- models that limit
-// ---------------------------------------------------------------------------------------------------
 
 namespace {
 // Lets each node of a unit move by no more than `most` an iteration.
@@ -368,7 +364,6 @@ TEST(solve_newton_dc, walks_at_the_pace_that_a_limiting_model_allows) {
 }
 
 // ---- a linear circuit
-// ------------------------------------------------------------------------------------------------
 
 TEST(solve_linear_dc, one_solve_is_exact) {
     // 1000 equal resistors: node k at 10 (1 - k/1000).

@@ -76,7 +76,6 @@ void expect_same_rows(const std::string& text, const std::string& what) {
         EXPECT_EQ(quick.rows, plain.rows) << what << " without " << without;
     }
 }
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 }  // namespace
 
 TEST(plan, rows_are_the_same_as_without_pure_units_in_linear_circuits) {
@@ -144,15 +143,15 @@ TEST(plan, entries_and_rows_are_summed_in_the_order_of_the_units) {
     const slot_table& slot = t.r.mat.ebe;
     t.r.flags.dc = t.r.flags.function = t.r.flags.jacobian = 1;
     for (int u = 0; u < t.c.ebeu.n(); ++u) {
-        get_ebe(t.r, u);
+        get_unit(t.r, t.r.ebe, u);
         for (int k = slot.first_jac[at(u)]; k < slot.first_jac[at(u) + 1]; ++k)
-            val[at(slot.to_val[at(k)])] += t.r.ebe[at(u)].jac->store[at(slot.from_jac[at(k)])];
+            val[at(slot.to_val[at(k)])] += t.r.ebe.call[at(u)].jac->store[at(slot.from_jac[at(k)])];
     }
     t.r.flags.init_flags();
     for (std::size_t k = 0; k < slot.to_row.size(); ++k) rhs[at(slot.to_row[k])] += t.c.ebeu.f[at(slot.from_f[k])];
     EXPECT_EQ(std::memcmp(val.data(), t.r.mat.val_m.data(), val.size() * sizeof(double)), 0);
     EXPECT_EQ(std::memcmp(rhs.data(), t.r.mat.rhs_m.data(), rhs.size() * sizeof(double)), 0);
-    EXPECT_GT(t.r.plan.e.left_out[0].n, 1);  // several units in one run
+    EXPECT_GT(t.r.ebe.runs.left_out[0].n, 1);  // several units in one run
 }
 
 TEST(plan, a_model_put_in_the_place_of_another_is_called_unit_by_unit) {
@@ -176,18 +175,18 @@ TEST(ebce_form_arrays, forms_kept_arguments_again_when_any_variable_has_changed)
         "eelement name=V1 type=vsrcdc p=a n=0 vdc=5\neelement name=F1 type=cccs p=b n=0 br=V1\n"
         "eelement name=R1 type=r p=a n=b r=1\n");
     t.start();
-    t.r.formed.kept = true;
+    t.r.formed.keep();
     ebeu_class& e = t.c.ebeu;
     ebce_form_arrays(t.r);
-    const long version = t.r.formed.version;
+    const long version = t.r.formed.version();
     ebce_form_arrays(t.r);
-    EXPECT_EQ(t.r.formed.version, version);
+    EXPECT_EQ(t.r.formed.version(), version);
     e.val_nd[at(e.nd.row(0)[0])] = 3.25;
     ebce_form_arrays(t.r);
-    EXPECT_EQ(t.r.formed.version, version + 1);
+    EXPECT_EQ(t.r.formed.version(), version + 1);
     EXPECT_EQ(e.nodev[at(e.nd.first[0])], 3.25);
     e.aux[at(e.ib_aux.data[0])] = -0.5;
     ebce_form_arrays(t.r);
-    EXPECT_EQ(t.r.formed.version, version + 2);
+    EXPECT_EQ(t.r.formed.version(), version + 2);
     EXPECT_EQ(e.curind[0], -0.5);
 }

@@ -245,7 +245,6 @@ TEST(trns_messages, no_step_is_taken_with_no_pass) {
 }
 
 // ---- gmin stepping takes over
-// ------------------------------------------------------------------------------------------
 
 TEST(trns_messages, gmin_stepping_takes_over_where_newton_fails_and_its_result_is_the_step) {
     const whole_run run(deck_text{charging,
@@ -305,7 +304,6 @@ TEST(trns_messages, gmin_stepping_behind_too_many_reductions_is_dropped) {
 }
 
 // ---- line search
-// ---------------------------------------------------------------------------------------------------------
 
 // Newton with halving on (x - 3, y - x x), worked out beside the run; each trial is a line.
 TEST(trns_messages, a_line_search_tells_every_trial) {
@@ -343,7 +341,6 @@ TEST(trns_messages, a_line_search_tells_every_trial) {
 }
 
 // ---- dumps
-// ---------------------------------------------------------------------------------------------------------------
 
 namespace {
 std::vector<double> numbers_behind_title(const std::string& file, const std::string& title) {
@@ -425,7 +422,6 @@ TEST(trns_dumps, are_of_newton_and_not_of_gmin_stepping) {
 }
 
 // ---- data files
-// ----------------------------------------------------------------------------------------------------------
 
 namespace {
 std::string file_deck(const std::string& file) {

@@ -102,7 +102,6 @@ void expect_close(const table& a, const table& b, double relative, double absolu
 }  // namespace
 
 // ---- step sizes
-// ------------------------------------------------------------------------------------------------------------
 
 TEST(trbdf2, steps_and_values_follow_its_error_estimate) {
     for (const first_order_circuit& c : first_order_circuits)
@@ -264,7 +263,6 @@ TEST(breaks, nearer_than_the_smallest_step_are_passed_over_in_a_run) {
 }
 
 // ---- one block behind another
-// --------------------------------------------------------------------------------------------------
 
 // At rest a capacitor carries no current, and the trapezoidal rule starts from that current, not from what the new
 // source voltage would drive.
@@ -464,7 +462,6 @@ TEST(sequences, a_step_that_fails_leaves_rows_and_its_last_iterate) {
 }
 
 // ---- what rows do not depend on
-// ----------------------------------------------------------------------------------------------------
 
 namespace {
 std::string many_deck() {

@@ -27,7 +27,6 @@ const std::string size_line = "mat::set_mat_2: system matrix size is 3 x 3\n";
 }  // namespace
 
 // ---- looking inside
-// --------------------------------------------------------------------------------------------------
 
 TEST(output_statement, all_words_at_once_write_their_files) {
     const temp_folder folder;
@@ -197,7 +196,6 @@ TEST(debug_gauss, the_lists_of_the_elimination_are_printed) {
 }
 
 // ---- the same circuit in other words
-// -----------------------------------------------------------------------------------
 
 namespace {
 struct element {
@@ -334,12 +332,7 @@ struct random_networks : testing::Test {
     std::vector<std::string> plain_names;
     std::vector<double> plain;
 
-    random_networks() {
-        make_working_folder("");
-        write_file(".tnlaux/eels.aux", installed_text("eels.aux") + wrappers());
-        write_file(".tnlaux/ece_all.lst",
-                   installed_text("ece_all.lst") + ".w_vsrcdc\n.w_r\n.w_diode\n.w_vccs\n.w_vcvs\n.w_cccs\n.w_isrcac\n");
-    }
+    random_networks() { fill_working_folder(".", "", more_entries("eels.aux", "ece_all.lst", wrappers())); }
     std::string statements(const std::string& prefix = "") const {
         std::string text;
         for (const element& e : net.elements) text += statement(e, prefix);

@@ -24,7 +24,6 @@ const std::string frame_3 =
 }  // namespace
 
 // ---- splitting
-// ----------------------------------------------------------------------------------------------------------
 
 TEST(parse_line_2, splits_at_blank_tab_and_equals_only) {
     EXPECT_EQ(list_of(parse_line_2("r=5")), (strings{"r", "5"}));
@@ -77,7 +76,6 @@ TEST(joined, puts_one_blank_between_words) {
 }
 
 // ---- searching
-// ----------------------------------------------------------------------------------------------------------
 
 TEST(find_word_1, gives_the_first_exact_match_or_minus_one) {
     const words w{"ab", "a", "b", "a"};
@@ -169,7 +167,6 @@ TEST(pick_word_1, halts_at_the_number_of_words) {
 }
 
 // ---- repeats
-// ------------------------------------------------------------------------------------------------------------
 
 TEST(check_word_repeat, names_the_string_and_both_places) {
     EXPECT_HALT(check_word_repeat_1({"r1", "c1", "r1"}, "cct_class (eelu)"),
@@ -210,7 +207,6 @@ TEST(check_word_repeat, finds_the_pair_of_two_nested_loops) {
 }
 
 // ---- single words
-// -------------------------------------------------------------------------------------------------------
 
 TEST(extract_l_r_2, cuts_at_the_first_occurrence) {
     const cut_word cut = extract_l_r_2("i_of_x_of_y", "_of_");

@@ -193,7 +193,7 @@ TEST(ground_words, are_looked_for_within_the_limits_of_a_circuit_line) {
 }
 
 TEST(first_unclaimed, looks_strictly_between_its_ends) {
-    const circuit_file cf = deck(whole_deck);
+    circuit_file cf = deck(whole_deck);
     EXPECT_EQ(cf.first_unclaimed(2, 6), 4);
     cf.mark(4);
     EXPECT_EQ(cf.first_unclaimed(2, 6), 5);

@@ -83,7 +83,6 @@ TEST(word_pair, takes_the_value_of_the_wanted_keyword_only) {
 }
 
 // ---- expressions
-// --------------------------------------------------------------------------------------------------------
 
 TEST(expressions, have_five_operations_and_three_functions) {
     const gprm_class g = globals(
@@ -182,7 +181,6 @@ TEST(expr_eval_1, leaves_other_words_alone) {
 }
 
 // ---- dependence
-// ---------------------------------------------------------------------------------------------------------
 
 TEST(dependents, list_a_parameter_first_and_then_all_that_hang_on_it) {
     const gprm_class g = globals("greal a=1 b=$((a)*(2)) c=5 d=$((b)+(c)) e=$(exp(1))");

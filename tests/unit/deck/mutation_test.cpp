@@ -83,7 +83,7 @@ TEST(damaged_decks, are_read_or_refused_with_a_text) {
     for (int trial = 0; trial < 4000; ++trial) {
         const std::string text = damaged(deck, rng);
         const console_run heard = run_and_listen([&] {
-            const circuit_file cf = circuit_file_of(file_chr_of(text));
+            circuit_file cf = circuit_file_of(file_chr_of(text));
             ASSERT_LE(cf.n_end_cf, cf.text.n_lines());
             const gprm_class gprm = read_gprm(cf);
             ASSERT_EQ(gprm.greal.size(), gprm.dependents.size());
@@ -107,7 +107,7 @@ TEST(damaged_files_beside_the_deck, are_read_or_refused_with_a_text) {
         write_file("f.lst", damaged(".r\n.c\nebe.l\n", rng));
         const console_run tmpdim = run_and_listen([] { read_tmpdim("tmpdim.in"); });
         EXPECT_EQ(tmpdim.stopped, !tmpdim.text.empty());
-        const console_run list = run_and_listen([] { make_chrarray_5("ebe", "f.lst", {"l", "r"}); });
+        const console_run list = run_and_listen([] { make_chrarray_5("f.lst", {"l", "r"}); });
         EXPECT_EQ(list.stopped, !list.text.empty());
     }
 }

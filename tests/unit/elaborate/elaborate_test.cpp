@@ -195,7 +195,6 @@ TEST(elaborate, exactly_the_allowed_number_of_names_passes) {
 }
 
 // ---- what a faulty circuit block says
-// -----------------------------------------------------------------------------------
 
 struct fault {
     const char* name;

@@ -147,7 +147,6 @@ TEST(ebes_messages, more_than_50000_lines_stop_the_count) {
 }
 
 // ---- capacities
-// -----------------------------------------------------------------------------------------------------------
 
 TEST(ebes_limits, the_150th_entry_is_one_too_many) {
     std::string text;
@@ -168,9 +167,9 @@ struct pool_limit {
     int max_words, max_chars;
 };
 
-void check_pools(const std::vector<pool_limit>& limits, const library_form& form) {
+void check_pools(const std::vector<pool_limit>& limits, const basic_form& form) {
     const bool ac = &form == &ebac_form;
-    const std::string prefix = std::string(form.class_name) + ": n_ttl";
+    const std::string prefix = std::string(form.lib.class_name) + ": n_ttl";
     const auto read = [&](const lines& replaced) { return read_basic(ac ? ebe_ac(replaced) : ebe(replaced), form); };
     for (const pool_limit& l : limits) {
         SCOPED_TRACE(l.keyword);

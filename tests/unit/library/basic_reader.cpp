@@ -72,7 +72,6 @@ TEST(ebes_class, the_first_of_two_entries_of_one_name_is_found) {
 }
 
 // ---- functions
-// ----------------------------------------------------------------------------------------------------------
 
 const std::string charge_entry =
     ebe({"ebe name=q", "Jacobian: variable", "nodes: p n", "local_var: qp qn", "aux_var: a", "main_var: g",
@@ -154,7 +153,6 @@ TEST(functions, startup_and_local_var_are_plain_words_in_the_terminal_block) {
 }
 
 // ---- the Jacobian map
-// ----------------------------------------------------------------------------------------------------
 
 TEST(map_jacobian, holds_the_later_number_of_a_variable_that_stands_twice_and_minus_1_elsewhere) {
     const ebes_class lib = read_basic(charge_entry);
@@ -234,7 +232,6 @@ TEST(ebac1_class, lays_five_complex_tables) {
 }
 
 // ---- small-signal forms
-// -------------------------------------------------------------------------------------------------
 
 TEST(ebac_class, has_its_own_lines_and_the_noise_flag) {
     const ebac_class lib =

@@ -234,7 +234,6 @@ TEST(eels_messages, faults_of_the_small_signal_half) {
 }
 
 // ---- capacities
-// -----------------------------------------------------------------------------------------------------------
 
 TEST(eels_limits, the_50th_entry_is_one_too_many) {
     std::string text;

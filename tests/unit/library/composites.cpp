@@ -266,7 +266,6 @@ TEST(eels_class, code_sections_are_skipped_in_both_forms) {
 }
 
 // ---- derived parameters
-// --------------------------------------------------------------------------------------------------
 
 TEST(eels_class, derived_parameters_stand_behind_the_plain_ones_and_use_earlier_ones) {
     const eels_class lib =

@@ -29,6 +29,18 @@ TEST(gbes_class, keeps_entries_lists_and_defaults_in_file_order) {
     EXPECT_EQ(lib.list.node.count(0), 0);
 }
 
+TEST(gbes_class, entries_of_a_form_without_code_end_behind_their_functions) {
+    basic_form form = gbes_form;
+    form.has_code = false;
+    const std::string one = edited(gbe_header, {"main_vars: x y", "no_functions 1"}) + "f_y y x\n";
+    const gbes_class lib = read_basic(one + "endgbe\n" + one + "endgbe\n", form);
+    ASSERT_EQ(lib.n(), 2);
+    EXPECT_EQ(lib.func.n_func(1), 1);
+    const console_run run = run_and_listen([&] { read_basic(one + "C: compiled\nendgbe\n", form); });
+    EXPECT_TRUE(run.stopped);
+    EXPECT_NE(run.text.find("expect endgbe here, check gbe library"), std::string::npos) << run.text;
+}
+
 TEST(gbes_class, has_the_flags_of_blocks) {
     const gbes_class lib = read_gbe_text(
         gbe({"gbe name=a limit_tstep=yes save_history=yes limit_newton=yes calc_acp=yes limit_modulo=yes "

@@ -27,6 +27,20 @@ const std::string chain =
         "gbe_ac type=filter name=fa x=x y=m a=k0 ac_parm_be=f\nacparm_map: 1 1\n"
         "gbe_ac type=gain x=m y=y\n");
 
+TEST(gels_class, entries_of_a_form_without_code_and_small_signal_lines_end_behind_their_dc_half) {
+    composite_form form = gels_form;
+    form.has_code = false;
+    form.ac_lines = {};
+    const std::string one = edited(gce_header, {"mainvars: x y"}) + "gbe type=gain x=x y=y\nend_dc\nendgce\n";
+    text_file file = text_file_of(one + one);
+    gels_class lib;
+    read_composites(file, form, read_basic(small_gbes, gbes_form), {}, lib);
+    ASSERT_EQ(lib.n(), 2);
+    EXPECT_EQ(lib.be.n_be(1), 1);
+    EXPECT_EQ(lib.beac.n_be(1), 0);
+    EXPECT_EQ(lib.ovac.count(1), 0);
+}
+
 TEST(gels_class, gives_every_block_its_variables_in_the_composites_numbers) {
     const gels_class lib = read_gce_text(chain);
     ASSERT_EQ(lib.n(), 1);

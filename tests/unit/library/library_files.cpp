@@ -97,7 +97,6 @@ TEST_F(library_files, a_full_library_loads_quickly) {
 }
 
 // ---- the generating mode
-// ---------------------------------------------------------------------------------------------------
 
 const std::string code =
     "C:\nprototypes:\nint helper(int);\n// not copied\n\nvariables:\n   double x;\nsource:\n   // neither\n"

@@ -52,7 +52,7 @@ inline std::string ece(const lines& replaced, const std::string& body = "", cons
     return edited(ece_header, replaced) + body + edited(ece_middle, replaced_ac) + body_ac + "end_ac\nendece\n";
 }
 
-inline basic_library read_basic(const std::string& text, const library_form& form = ebes_form) {
+inline basic_library read_basic(const std::string& text, const basic_form& form = ebes_form) {
     basic_library lib;
     text_file file = text_file_of(text);
     read_library_text(file, form, nullptr, lib);

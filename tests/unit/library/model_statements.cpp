@@ -26,7 +26,8 @@ deck deck_of(const std::string& statements) {
     d.lib = read_composite_text(composites);
     return d;
 }
-model_class models_of(const deck& d) { return read_models(d.cf, d.gprm, d.lib, ecem_form); }
+model_class models_of(deck& d) { return read_models(d.cf, d.gprm, d.lib, library_forms[lib_eels]); }
+model_class models_of(deck&& d) { return models_of(d); }
 
 TEST(ecem_class, starts_from_the_librarys_defaults_and_takes_the_statements_words) {
     const model_class m = models_of(deck_of("emodel name=m1 type=part r=5 s=label\nemodel name=m2 type=other\n"));
@@ -56,7 +57,7 @@ TEST(ecem_class, values_can_name_global_parameters_and_real_ones_keep_the_tie) {
 }
 
 TEST(ecem_class, marks_its_statements_and_no_others) {
-    const deck d = deck_of("emodel name=m type=part\ngmodel name=m type=part\n");
+    deck d = deck_of("emodel name=m type=part\ngmodel name=m type=part\n");
     models_of(d);
     EXPECT_EQ(d.cf.used[static_cast<std::size_t>(d.cf.n_begin_cct + 1)], 1);
     EXPECT_EQ(d.cf.used[static_cast<std::size_t>(d.cf.n_begin_cct + 2)], 0);
@@ -87,30 +88,29 @@ TEST(ecem_class, faults_of_a_statement) {
     };
     for (const fault& f : faults) {
         SCOPED_TRACE(f.statement);
-        const deck d = deck_of(f.statement);
+        deck d = deck_of(f.statement);
         EXPECT_HALT(models_of(d), f.console);
     }
 }
 
 TEST(model_statements, each_family_has_its_own_words) {
     struct family {
-        const model_form* form;
+        const library_form* form;
         std::string keyword, class_name, library;
     };
-    const family families[] = {{&ecem_form, "emodel", "ecem_class", "eels"},
-                               {&gcem_form, "gmodel", "gcem_class", "gels"},
-                               {&dcem_form, "dmodel", "dcem_class", "dels"},
-                               {&xcem_form, "xmodel", "xcem_class", "xels"},
-                               {&gmem_form, "gmmodel", "gmem_class", "gmes"}};
+    const family families[] = {{&library_forms[lib_eels], "emodel", "ecem_class", "eels"},
+                               {&library_forms[lib_gels], "gmodel", "gcem_class", "gels"},
+                               {&library_forms[lib_dels], "dmodel", "dcem_class", "dels"},
+                               {&library_forms[lib_xels], "xmodel", "xcem_class", "xels"},
+                               {&library_forms[lib_gmes], "gmmodel", "gmem_class", "gmes"}};
     for (const family& f : families) {
-        const deck d = deck_of(f.keyword + " name=m type=zz\n");
+        deck d = deck_of(f.keyword + " name=m type=zz\n");
         EXPECT_HALT(read_models(d.cf, d.gprm, d.lib, *f.form),
                     not_in_list("zz", f.class_name + ": " + f.library + "_name not found"));
     }
 }
 
 // ---- dumps
-// -----------------------------------------------------------------------------------------------------------------
 
 TEST(dumps, begin_with_the_class_and_its_totals) {
     std::ostringstream out;
@@ -129,7 +129,7 @@ TEST(dumps, begin_with_the_class_and_its_totals) {
 }
 
 TEST(dumps, of_composites_models_and_their_real_parameters) {
-    const deck d = deck_of("emodel name=m1 type=part r=5\n");
+    deck d = deck_of("emodel name=m1 type=part r=5\n");
     std::ostringstream eels, heels, hebes, ecem;
     write_composite_dump(eels, "eels", d.lib);
     write_heels_dump(heels, "heels", d.lib, read_basic(small_ebes));

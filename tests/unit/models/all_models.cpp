@@ -27,21 +27,22 @@ std::vector<std::string> names_of(const basic_library& lib) {
 TEST(registration, every_name_has_an_entry_and_every_entry_a_function) {
     ASSERT_EQ(n_ebe_registrations, installed_ebes().n());
     ASSERT_EQ(n_ebe_ac_registrations, installed_ebac().n());
-    for (const std::string& name : names_of(installed_ebes())) EXPECT_NE(find_ebe(name), nullptr) << name;
-    for (const std::string& name : names_of(installed_ebac())) EXPECT_NE(find_ebe_ac(name), nullptr) << name;
+    for (const std::string& name : names_of(installed_ebes())) EXPECT_NE(find_model<ebe_call>(name), nullptr) << name;
+    for (const std::string& name : names_of(installed_ebac()))
+        EXPECT_NE(find_model<ebe_ac_call>(name), nullptr) << name;
     for (int i = 0; i < n_ebe_registrations; ++i)
         EXPECT_GE(installed_ebes().list.find(ebe_registrations[i].name), 0) << ebe_registrations[i].name;
     for (int i = 0; i < n_ebe_ac_registrations; ++i)
         EXPECT_GE(installed_ebac().list.find(ebe_ac_registrations[i].name), 0) << ebe_ac_registrations[i].name;
-    EXPECT_EQ(find_ebe("no_such_model"), nullptr);
-    EXPECT_EQ(find_ebe_ac("no_such_model"), nullptr);
+    EXPECT_EQ(find_model<ebe_call>("no_such_model"), nullptr);
+    EXPECT_EQ(find_model<ebe_ac_call>("no_such_model"), nullptr);
 }
 
 TEST(registration, the_list_files_hold_every_entry) {
     const std::string share = TARNEL_SHARE;
-    EXPECT_EQ(make_chrarray_5("ebe", share + "/ebe_all.lst", installed_ebes().list.entry).size(),
+    EXPECT_EQ(make_chrarray_5(share + "/ebe_all.lst", installed_ebes().list.entry).size(),
               static_cast<std::size_t>(installed_ebes().n()));
-    EXPECT_EQ(make_chrarray_5("sse", share + "/sse_all.lst", installed_ebac().list.entry).size(),
+    EXPECT_EQ(make_chrarray_5(share + "/sse_all.lst", installed_ebac().list.entry).size(),
               static_cast<std::size_t>(installed_ebac().n()));
 }
 
@@ -219,7 +220,6 @@ TEST_P(every_element, counts_its_functions_as_its_unknowns_ask) {
 }
 
 // ---- generated dispatch
-// --------------------------------------------------------------------------------------------------
 
 void through_list(model_unit& u, int i_element) {
     model_numbers& x = u.x;

@@ -37,7 +37,7 @@ struct block_unit {
     const gbes_class& lib;
     std::string name;
     int e;
-    gbe_function function;
+    model_function<gbe_call> function;
     block_numbers x;
     std::vector<char*> sparm = {nullptr};
     gbes1_class jac;
@@ -46,7 +46,7 @@ struct block_unit {
     math_cnst_class math_cnst;
 
     explicit block_unit(const std::string& type)
-        : lib(installed_gbes()), name(type), e(lib.list.find(type)), function(find_gbe(type)) {
+        : lib(installed_gbes()), name(type), e(lib.list.find(type)), function(find_model<gbe_call>(type)) {
         if (e < 0) throw std::invalid_argument(type);
         const library_lists& l = lib.list;
         const auto with_spare = [](auto values) {
@@ -125,7 +125,7 @@ struct ac_block {
     using number = std::complex<double>;
     const gbac_class& lib;
     int e;
-    gbe_ac_function function;
+    model_function<gbe_ac_call> function;
     std::vector<int> iparm;
     std::vector<double> rparm;
     std::vector<char*> sparm = {nullptr};
@@ -136,7 +136,7 @@ struct ac_block {
     math_cnst_class math_cnst;
 
     explicit ac_block(const std::string& type)
-        : lib(installed_gbac()), e(lib.list.find(type)), function(find_gbe_ac(type)) {
+        : lib(installed_gbac()), e(lib.list.find(type)), function(find_model<gbe_ac_call>(type)) {
         if (e < 0) throw std::invalid_argument(type);
         const library_lists& l = lib.list;
         iparm = default_values(l.iprm, e);

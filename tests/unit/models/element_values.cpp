@@ -203,7 +203,6 @@ TEST(controlled_sources, follow_what_they_sense_in_dc_and_start_up) {
 }
 
 // ---- switches
-// ------------------------------------------------------------------------------------------------------------
 
 TEST(switch_e, keeps_its_state_through_a_transient_step_and_moves_it_at_accepted_points) {
     model_unit u("switch_e");
@@ -267,7 +266,6 @@ TEST(switch_e, refuses_impossible_values) {
 }
 
 // ---- diodes
-// --------------------------------------------------------------------------------------------------------------
 
 struct point {
     double v, i;
@@ -547,7 +545,6 @@ TEST(diode_spice_1, keeps_its_printed_breakdown_branches_by_default) {
 }
 
 // ---- numeric Jacobian
-// ------------------------------------------------------------------------------------------------------
 
 void linear_functions(int*, double*, double* v, double* vind, double* curind, double*, double*, double* f, flags_class*,
                       math_cnst_class*) {
@@ -585,7 +582,6 @@ TEST(dfdx_e, differs_over_every_group_and_writes_the_listed_rows_only) {
 }
 
 // ---- small signals
-// ---------------------------------------------------------------------------------------------------------
 
 TEST(small_signal_forms, have_the_admittances_of_their_elements) {
     using number = std::complex<double>;

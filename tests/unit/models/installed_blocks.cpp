@@ -5,12 +5,12 @@
 #include <set>
 
 #include "block_unit.h"
+#include "library/basic_form.h"
 #include "library/composite/composite_reader.h"
-#include "library/library_form.h"
 
 namespace {
 
-void expect_room(const basic_library& lib, const library_form& form) {
+void expect_room(const basic_library& lib, const basic_form& form) {
     EXPECT_LE(lib.n(), form.max_entries - 2);
     EXPECT_LE(lib.func.n_ttlf(), form.max_functions);
     for (const list_line& l : form.lines)

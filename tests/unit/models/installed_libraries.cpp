@@ -7,14 +7,14 @@
 #include <random>
 #include <set>
 
+#include "library/basic_form.h"
 #include "library/composite/composite_reader.h"
-#include "library/library_form.h"
 #include "model_unit.h"
 
 namespace {
 
 // Every pool of a library of basic elements with its sum and its limit, fullest pools visible in the test's output.
-void expect_room(const char* library, const basic_library& lib, const library_form& form) {
+void expect_room(const char* library, const basic_library& lib, const basic_form& form) {
     struct pool {
         std::string name;
         int sum, limit;
@@ -53,7 +53,6 @@ TEST(installed_libraries, have_first_guesses_only_where_they_are_planned) {
 }
 
 // ---- flag words
-// ----------------------------------------------------------------------------------------------------------
 
 // Entries whose line says `pure=yes`: evaluation reads parameters and unknowns, and derivatives hang on parameters
 // alone.
@@ -108,7 +107,6 @@ TEST(pure_elements, have_derivatives_that_hang_on_parameters_alone_and_keep_thei
 }
 
 // ---- composites
-// ----------------------------------------------------------------------------------------------------------
 
 std::string share(const char* file) { return std::string(TARNEL_SHARE) + '/' + file; }
 

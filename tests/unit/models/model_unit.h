@@ -46,7 +46,7 @@ struct model_numbers {
 struct model_unit {
     const ebes_class& lib;
     int e;
-    ebe_function function;
+    model_function<ebe_call> function;
     model_numbers x;
     std::vector<char*> sparm = {nullptr};
     ebes1_class jac;
@@ -55,7 +55,7 @@ struct model_unit {
     math_cnst_class math_cnst;
 
     explicit model_unit(const std::string& name)
-        : lib(installed_ebes()), e(lib.list.find(name)), function(find_ebe(name)) {
+        : lib(installed_ebes()), e(lib.list.find(name)), function(find_model<ebe_call>(name)) {
         const library_lists& l = lib.list;
         x.iparm = default_values(l.iprm, e);
         x.rparm = default_values(l.rprm, e);
@@ -106,7 +106,7 @@ struct ac_unit {
     using number = std::complex<double>;
     const ebac_class& lib;
     int e;
-    ebe_ac_function function;
+    model_function<ebe_ac_call> function;
     std::vector<int> iparm;
     std::vector<double> rparm;
     std::vector<char*> sparm = {nullptr};
@@ -118,7 +118,7 @@ struct ac_unit {
     math_cnst_class math_cnst;
 
     explicit ac_unit(const std::string& name)
-        : lib(installed_ebac()), e(lib.list.find(name)), function(find_ebe_ac(name)) {
+        : lib(installed_ebac()), e(lib.list.find(name)), function(find_model<ebe_ac_call>(name)) {
         const library_lists& l = lib.list;
         iparm = default_values(l.iprm, e);
         rparm = default_values(l.rprm, e);

@@ -13,7 +13,6 @@
 #include "block_unit.h"
 #include "halt_throws.h"
 #include "library/composite/composite_reader.h"
-#include "library/library_form.h"
 
 // The generated dispatch: by the number in the library, and through the list of names.
 #define DECLARE_EBE_AC(routine)                                                                                  \

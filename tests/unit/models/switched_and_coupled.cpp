@@ -199,7 +199,6 @@ TEST(voltmeter_fb, gives_its_voltage_to_a_variable_in_every_analysis) {
 }
 
 // ---- transformers
-// --------------------------------------------------------------------------------------------------------
 
 TEST(xfmr, has_current_slopes_that_give_back_the_voltages_through_its_inductances) {
     model_unit u("xfmr");
@@ -277,7 +276,6 @@ TEST(xfmr_2w_ideal, has_equal_volts_per_turn_and_no_power_of_its_own) {
 }
 
 // ---- what the older elements share with them
-// ------------------------------------------------------------------------------
 
 TEST(c1, has_its_voltage_as_state_and_its_current_as_first_unknown) {
     model_unit u("c1");
@@ -312,7 +310,6 @@ TEST(l, refuses_to_be_zero) {
 }
 
 // ---- small-signal forms
-// ---------------------------------------------------------------------------------------------------
 
 using number = std::complex<double>;
 

@@ -57,17 +57,9 @@ inline const std::string time_circuit =
 inline block_run with_blocks(const std::string& cards) {
     const std::string deck = "title: test\n" + std::string(block_globals) + "begin_circuit\n" + time_circuit +
                              "end_circuit\n" + solve_block(cards) + "end_cf\n";
-    block_run r{fixture_circuit(deck), {}, {}};
-    {
-        const temp_folder folder;
-        std::filesystem::create_directory(".tnlaux");
-        write_file(".tnlaux/gbes.aux", time_gbes);
-        write_file(".tnlaux/gels.aux", time_gels);
-        const constants_class constants;
-        r.c.lib.gbes = read_gbes(int_F, constants);
-        r.c.lib.gels = read_gels(r.c.lib.gbes, r.c.lib.gbac);
-    }
-    r.c.gcem = read_models(r.c.cf, r.c.gprm, r.c.lib.gels, gcem_form);
+    static const libraries lib =
+        libraries_of({.ebes = fixture_ebes, .gbes = time_gbes, .eels = fixture_eels(), .gels = time_gels});
+    block_run r{circuit_of(deck, lib), {}, {}};
     elaborate(r.c);
     classify(r.c);
     check_linear(r.c);

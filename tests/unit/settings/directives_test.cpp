@@ -178,7 +178,6 @@ TEST(vary_parm, leaves_its_last_value_for_the_next_block) {
 }
 
 // ---- starting values and guesses, by families
-// ----------------------------------------------------------------------------
 namespace {
 // Gives each family that the circuit lacks one instance of one composite with a start and a guess parameter.
 void add_instance(instance_core& inst, composite_library& lib, const char* name) {

@@ -38,7 +38,6 @@ const family families[] = {{real_names, "gauss_1a", "gauss_2", "", ""},
 }  // namespace
 
 // ---- solutions
-// ----------------------------------------------------------------------------------------------------------
 
 TEST(elimination, regular_system_with_a_zero_in_the_corner_meets_cramers_rule) {
     const double a[3][3] = {{0, 2, 1}, {1, -2, -3}, {-1, 1, 2}}, b[3] = {-8, 0, 3};
@@ -102,7 +101,6 @@ TEST(elimination, no_unknowns_are_no_trouble) {
 }
 
 // ---- pivots
-// -------------------------------------------------------------------------------------------------------------
 
 TEST(elimination, diagonal_matrix_needs_no_exchange_and_no_operation) {
     const elimination<double> e = ordered(system_of({{2, 0, 0}, {0, 3, 0}, {0, 0, 4}}));
@@ -189,7 +187,6 @@ TEST(elimination, tables_of_a_long_ladder_grow_with_its_length_only) {
 }
 
 // ---- stops of the elimination
-// -------------------------------------------------------------------------------------------
 
 TEST(gauss_1a, exceeded_limits_name_the_count_and_the_limit) {
     const char* error = "   Error in Gauss elimination routine\n   Insufficient storage\n";
@@ -285,7 +282,6 @@ TEST(gauss_1, last_row_without_a_pivot_stops_under_its_own_name) {
 }
 
 // ---- the replay and its retry
-// -------------------------------------------------------------------------------------------
 
 TEST(solve_jac, lost_pivot_reorders_with_all_its_lines_and_the_new_order_stands) {
     for (const family& f : families) {
@@ -399,7 +395,6 @@ TEST(solve_jac, several_solves_by_standing_factors) {
 }
 
 // ---- factors that stand
-// -------------------------------------------------------------------------------------------------
 
 TEST(solve_jac, unchanged_values_are_not_factored_again) {
     test_system<double> s = ring();
@@ -438,7 +433,6 @@ TEST(solve_jac, failed_factors_are_not_taken_for_standing_ones) {
 }
 
 // ---- printing the lists
-// -------------------------------------------------------------------------------------------------
 
 TEST(debug_gauss, printing_changes_no_result) {
     for (int trial = 0; trial < 60; ++trial) {

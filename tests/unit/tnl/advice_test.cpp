@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -190,4 +191,19 @@ TEST(similar_patterns, find_a_misspelt_piece_of_a_message) {
     EXPECT_EQ(first_id("the limit_lines was exceded"), "limit-lines");
     EXPECT_EQ(first_id("zebra crossing ahead"), "");
     EXPECT_EQ(first_id(""), "");
+}
+
+// The literals behind "error(", "warning_at(" ... and the codes of tables in the checks.
+TEST(advice_of_code, knows_every_code_of_the_check) {
+    int n = 0;
+    for (const char* folder : {"src/tnl/check", "src/tnl/deck"})
+        for (const auto& entry : fs::directory_iterator(fs::path(TARNEL_SOURCE) / folder)) {
+            const std::string text = ::read_file(entry.path().string());
+            for (const std::regex& form :
+                 {std::regex("(?:error|warning)(?:_at)?\\(\\s*\"([a-z-]+)\""), std::regex("\", \"([a-z]+-[a-z-]+)\",")})
+                for (std::sregex_iterator at(text.begin(), text.end(), form), end; at != end; ++at, ++n)
+                    EXPECT_NE(advice_of_code((*at)[1].str()), nullptr) << (*at)[1] << " in " << entry.path();
+        }
+    EXPECT_GT(n, 100);
+    EXPECT_EQ(advice_of_code("no-such-code"), nullptr);
 }

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "installed_share.h"
 #include "settings/solve_words.h"
 #include "temp_folder.h"
 #include "tnl/check/check_deck.h"
@@ -14,7 +15,7 @@ using namespace cli;
 namespace {
 
 const installed_libraries& installed() {
-    static const installed_libraries all = read_installed(TARNEL_SHARE);
+    static const installed_libraries all = read_installed(installed_share());
     return all;
 }
 
@@ -209,6 +210,11 @@ const change changes[] = {
     {"type=vsrcdc p=in n=0 vdc=10", "type=vpulse p=in n=0 pw=2m per=0", ""},
     {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=3 t1=0 t2=2 t3=1", "5:59 bad-value"},
     {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=2 t1=0 t2=2 t3=1", ""},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=pwl20 p=in n=0 n_pts=21", "5:44 bad-value"},
+    {"type=vsrcdc p=in n=0 vdc=10", "type=clock p=in n=0 dt1=1 t1=0.5", "5:42 bad-value"},
+    {"r=1k\ngele", "r=1k\neelement name=D1 type=diode_spice_1 p=out n=0 tnom=0\ngele", "9:52 bad-value"},
+    {"r=1k\ngele", "r=1n\ngele", "8:37 bad-value"},
+    {"r=1k\ngele", "r=1n k_scale=1M\ngele", "~8:37 doubtful-value"},
     {"vary_parm r_of_R2 from 1k to 2k type linear n_points 5", "vary_parm r_of_R2 type table 1k 0", "15:33 bad-value"},
     {"vary_parm r_of_R2 from 1k", "set_parm r_of_R2 0\nvary_parm r_of_R2 from 1k", "15:18 bad-value"},
     {"trapezoidal=yes", "gear2_fixed=yes", ""},
@@ -307,7 +313,7 @@ TEST(check_deck, says_nothing_about_nodes_of_an_unknown_type) {
 
 TEST(check_deck, doubts_values_by_the_unit_of_the_library_alone) {
     installed_libraries libraries;
-    const int eels = find_library(&library_form::file, "eels.aux");
+    const int eels = find_library(&cli::library_form::file, "eels.aux");
     const auto with_doc = [&](const std::string& doc) {
         libraries.library[eels].entries = {{"x", "ece name=x\nmainnodes: p n\n" + doc + "rparms: v=1\nendece\n"}};
         libraries.library[eels].position = {{"x", 0}};
@@ -377,26 +383,10 @@ TEST(report_json, holds_what_the_text_says) {
     EXPECT_EQ(nlohmann::json::parse(report_json(check("\xff\xfe = \x01\n"))).is_array(), true);
 }
 
-TEST(basic_branches, name_elements_and_terminals_that_are_installed) {
-    const installed_library& ebes = installed().library[find_library(&library_form::file, "ebes.aux")];
-    for (const basic_branch& b : basic_branches()) {
-        const auto at = ebes.position.find(b.element);
-        ASSERT_NE(at, ebes.position.end()) << b.element;
-        const library_entry& entry = ebes.entries[static_cast<std::size_t>(at->second)];
-        bool found = false;
-        for (const words& w : lines_of(entry, library_forms[find_library(&library_form::file, "ebes.aux")]))
-            if (w[0] == "nodes:") found = find_word_1(w, b.from) > 0 && find_word_1(w, b.to) > 0;
-        EXPECT_TRUE(found) << b.element;
-    }
-}
-
-// An element that fixes a voltage or a current, or that is open or short in dc, must have its rows in basic_branches().
-TEST(basic_branches, hold_every_installed_element_whose_terminal_current_does_not_follow_from_voltages) {
-    const int ebes = find_library(&library_form::file, "ebes.aux");
+// An element that fixes a voltage or a current, or that is open or short in dc, must say so in its file.
+TEST(model_rules, tell_the_branches_of_every_installed_element_whose_terminal_current_does_not_follow_from_voltages) {
+    const int ebes = find_library(&cli::library_form::file, "ebes.aux");
     for (const library_entry& entry : installed().library[ebes].entries) {
-        const auto& all = basic_branches();
-        const bool listed =
-            std::any_of(all.begin(), all.end(), [&](const basic_branch& b) { return b.element == entry.name; });
         std::vector<std::string> nodes;
         bool conducts = true;
         for (const words& w : lines_of(entry, library_forms[ebes])) {
@@ -408,14 +398,14 @@ TEST(basic_branches, hold_every_installed_element_whose_terminal_current_does_no
             conducts = conducts && of_voltage;
         }
         if (nodes.size() < 2) continue;
-        EXPECT_EQ(listed, !conducts) << entry.name;
+        EXPECT_EQ(rules_of(entry, library_forms[ebes]).branches.empty(), conducts) << entry.name;
     }
 }
 
 TEST(element_types, know_which_variables_an_element_writes) {
     element_types types(installed());
     const auto driven = [&](const char* word, const char* name) {
-        const element_type* t = types.find(find_library(&library_form::statement, word), name);
+        const element_type* t = types.find(find_library(&cli::library_form::statement, word), name);
         std::string all;
         if (t != nullptr)
             for (const std::string& v : t->driven) all += (all.empty() ? "" : " ") + v;
@@ -470,4 +460,17 @@ TEST(near_words, take_swapped_letters_and_capitals_first) {
     EXPECT_TRUE(near_words({"a", "b"}, "c").empty());
     EXPECT_EQ(edit_distance("kitten", "sitting"), 3);
     EXPECT_EQ(edit_distance("ab", "ba"), 1);
+}
+
+TEST(check_report, comes_back_whole_from_its_bytes) {
+    const check_report report = check(changed("c=1u", "C=1u q"));
+    const std::optional<check_report> same = unpacked(packed(report), report.deck);
+    ASSERT_TRUE(same.has_value());
+    EXPECT_FALSE(report.faults.empty());
+    EXPECT_EQ(report_text(*same), report_text(report));
+    EXPECT_EQ(same->count, report.count);
+    const std::string bytes = packed(report);
+    for (std::size_t n = 0; n + 3 < bytes.size(); n += 7) (void)unpacked(bytes.substr(0, n), report.deck);
+    EXPECT_FALSE(unpacked("", report.deck).has_value()) << "no answer is no report";
+    EXPECT_FALSE(unpacked(bytes.substr(0, bytes.size() - 1), report.deck).has_value());
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "installed_share.h"
 #include "temp_folder.h"
 
 namespace {
@@ -13,12 +14,12 @@ namespace fs = std::filesystem;
 using namespace cli;
 
 TEST(library_faults, are_none_in_what_the_build_installs) {
-    EXPECT_EQ(library_faults(TARNEL_SHARE), std::vector<std::string>{});
+    EXPECT_EQ(library_faults(installed_share()), std::vector<std::string>{});
 }
 
 TEST(library_faults, name_missing_files_cut_entries_and_calls_that_lead_nowhere) {
     const temp_folder here;
-    EXPECT_EQ(library_faults("nosuch").size(), static_cast<std::size_t>(n_libraries) + std::size(list_files));
+    EXPECT_EQ(library_faults("nosuch").size(), static_cast<std::size_t>(n_libraries) + std::size(listed_libraries));
     for (const fs::directory_entry& file : fs::directory_iterator(TARNEL_SHARE))
         if (file.is_regular_file()) fs::copy(file.path(), file.path().filename());
     EXPECT_EQ(library_faults("."), std::vector<std::string>{});

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "installed_share.h"
 #include "tnl/elements/element_pages.h"
 
 namespace {
@@ -96,7 +97,7 @@ TEST(element_pages, json_holds_the_words_of_every_part) {
 
 // The installed libraries: every word that a deck can write is described, once, and nothing else is.
 TEST(installed_elements, are_described_word_by_word) {
-    const installed_libraries libraries = read_installed(TARNEL_SHARE);
+    const installed_libraries libraries = read_installed(installed_share());
     int n = 0;
     for (int i = 0; i < n_libraries; ++i) {
         if (library_forms[i].statement.empty()) continue;

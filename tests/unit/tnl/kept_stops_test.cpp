@@ -26,7 +26,7 @@ std::vector<std::string> told(const kept_stops& kept) {
 }  // namespace
 
 TEST(kept_stops, are_all_that_the_readers_of_constants_and_outputs_refuse) {
-    const circuit_file cf =
+    circuit_file cf =
         deck("outvar: a=iR1 b=i_of_R1\noutvar: c=x\n", "greal a=1x q=2 c=3y\ngreal\nginteger n=1.5 m=4\n");
     kept_stops kept;
     const gprm_class gprm = read_gprm(cf);

@@ -4,6 +4,8 @@
 
 #include <ostream>
 
+#include "tnl/check/check_deck.h"
+
 using namespace cli;
 
 namespace {
@@ -37,15 +39,15 @@ constexpr const char* text =
     "end_solve\n"                                     // 26
     "end_cf\n";
 
-struct stop {
+struct stop_row {
     const char* name;        // of the case
     const char* said;        // the last lines of the simulator
     std::vector<int> lines;  // of the deck
 };
 
-void PrintTo(const stop& s, std::ostream* out) { *out << s.name; }
+void PrintTo(const stop_row& s, std::ostream* out) { *out << s.name; }
 
-const stop stops[] = {
+const stop_row stops[] = {
     {"whole_line",
      "set_values_1 (eelu): string <q> not found.\n   Check this line:\neelement name=R2 type=r p=out n=0\n",
      {10}},
@@ -85,7 +87,7 @@ std::vector<int> lines_found(const char* said, const deck_view& deck) {
 
 }  // namespace
 
-class stop_texts : public testing::TestWithParam<stop> {};
+class stop_texts : public testing::TestWithParam<stop_row> {};
 TEST_P(stop_texts, lead_to_the_statement) {
     EXPECT_EQ(lines_found(GetParam().said, view_deck("deck.in", text)), GetParam().lines);
 }
@@ -130,7 +132,7 @@ const installed_libraries& installed() {
 
 std::string explained(const std::string& said, const std::string& deck_text) {
     const deck_view deck = view_deck("my.in", deck_text);
-    return explain_stop(said, deck, needs_of(deck, installed()), installed());
+    return explain_stop(said, check_deck(deck, installed()), needs_of(deck, installed()));
 }
 
 std::string good_deck(const std::string& elements, const std::string& block) {
@@ -157,6 +159,20 @@ TEST(explain_stop, shows_the_word_that_the_text_names_where_the_check_finds_noth
               "                                      ^\n"
               "  meaning: A parameter of an element has a value that its model does not allow.\n"
               "  advice: tnl describe TYPE; look at scale letters: m is 1e-3, M is 1e6\n");
+}
+
+TEST(explain_stop, names_the_block_that_wrote_the_value_and_how_to_begin) {
+    const std::string writer =
+        "eelement name=R1 type=r p=a n=0 r=5\ngelement name=K type=const y=x k=1\n"
+        "gelement name=S type=set_rparm x=x element=R1 parm=r\n";
+    const std::string said = "r.ebe: r too small!\nr.ebe: r=0\nr.ebe: k_scale=1\n";
+    const std::string shown = explained(said, good_deck(writer, ""));
+    EXPECT_NE(shown.find("  meaning: A block set_rparm wrote a value"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("initial_sol previous"), std::string::npos) << shown;
+    const std::string of_another = explained(said, good_deck(writer + "eelement name=R2 type=r p=a n=0 r=5\n", ""));
+    EXPECT_NE(of_another.find("set_rparm"), std::string::npos) << of_another;
+    EXPECT_EQ(explained(said, good_deck("eelement name=R1 type=r p=a n=0 r=5\n", "")).find("set_rparm"),
+              std::string::npos);
 }
 
 TEST(explain_stop, shows_what_a_check_finds_where_the_text_names_nothing) {
@@ -186,7 +202,8 @@ TEST(explain_stop, finds_the_output_block_whose_file_is_full) {
 
 TEST(places_of_stop, have_the_column_of_the_word) {
     const deck_view deck = view_deck("my.in", good_deck("eelement name=R1 type=r p=a n=0 r=1kk\n", ""));
-    const std::vector<record_place> places = places_of_stop("check double string: <1kk>\n", deck, {}, installed());
+    const std::vector<record_place> places =
+        places_of_stop("check double string: <1kk>\n", check_deck(deck, installed()), {});
     ASSERT_EQ(places.size(), 1u);
     EXPECT_EQ(places[0].line, 5);
     EXPECT_EQ(places[0].column, 35);

@@ -108,7 +108,7 @@ TEST(own_composites, join_the_libraries_and_their_lists_in_the_order_of_calls) {
     EXPECT_TRUE(("\n" + all.list[0]).find("\n.four\n") != std::string::npos);
     const deck_needs needs = needs_of(deck, all);
     EXPECT_TRUE(needs.unknown.empty());
-    const int eels = find_library(&library_form::file, "eels.aux");
+    const int eels = find_library(&cli::library_form::file, "eels.aux");
     std::string names;
     for (const int e : needs.entries[eels]) names += all.library[eels].entries[static_cast<std::size_t>(e)].name + " ";
     EXPECT_EQ(names, "vsrcdc r divider four ");

@@ -25,9 +25,9 @@ TEST(warning_listener, hears_a_residual_with_its_advice_in_whatever_pieces_the_t
     for (const std::size_t piece : {1u, 7u, 64u, 10000u}) {
         const std::vector<record_warning> w = heard(text, piece);
         ASSERT_EQ(w.size(), 2u) << piece;
-        EXPECT_EQ(w[0].message, "the solution leaves a residual of 0.25 at node k");
-        EXPECT_EQ(w[1].message, "the solution leaves a residual of 0.25 at node a");
-        EXPECT_EQ(w[1].advice, "consider chk_rhs2=yes norm_2=1e-9");
+        EXPECT_EQ(w[0].message, "the solution leaves a residual of 0.25 A at node k");
+        EXPECT_EQ(w[1].message, "the solution leaves a residual of 0.25 A at node a");
+        EXPECT_EQ(w[1].advice, "consider chk_rhs2=yes norm_2=1e-9; later points of its block were not looked at");
     }
 }
 
@@ -54,11 +54,11 @@ TEST(warning_listener, places_a_node_inside_of_a_composite_at_its_instance) {
 TEST(warning_text, shows_place_line_caret_and_advice) {
     const deck_view deck = view_deck("deck.in", deck_of_a_diode);
     EXPECT_EQ(warning_text(deck, heard(residual + "in\n" + advice), "  "),
-              "  deck.in:3:26: warning: the solution leaves a residual of 0.25 at node in\n"
+              "  deck.in:3:26: warning: the solution leaves a residual of 0.25 A at node in\n"
               "    eelement name=k type=r p=in n=a r=1k\n"
               "                             ^\n"
-              "    advice: consider chk_rhs2=yes norm_2=1e-9\n");
+              "    advice: consider chk_rhs2=yes norm_2=1e-9; later points of its block were not looked at\n");
     EXPECT_EQ(warning_text(deck, heard(residual + "(internal node 3)\n" + advice), ""),
-              "deck.in:8:1: warning: the solution leaves a residual of 0.25 at node (internal node 3)\n"
-              "  advice: consider chk_rhs2=yes norm_2=1e-9\n");
+              "deck.in:8:1: warning: the solution leaves a residual of 0.25 A at node (internal node 3)\n"
+              "  advice: consider chk_rhs2=yes norm_2=1e-9; later points of its block were not looked at\n");
 }

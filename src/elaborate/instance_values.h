@@ -1,4 +1,4 @@
-// set_values.h -- binds element statements to composites: nodes, parameter values, outputs.
+// instance_values.h -- binds element statements to composites: nodes, parameter values, outputs.
 #pragma once
 #include <vector>
 

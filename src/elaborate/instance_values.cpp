@@ -1,4 +1,4 @@
-#include "elaborate/set_values.h"
+#include "elaborate/instance_values.h"
 
 #include <unordered_map>
 
@@ -48,8 +48,8 @@ void copy_model(const circuit& c, const family_form& form, int i_lib, std::strin
     const model_class& models = c.*(form.models);
     const int m = models.find(name, i_lib);
     if (m < 0)
-        halt(
-            {line("set_values_1 (", form.lu, "): model not found."), line("   model name is ", name), "   Halting..."});
+        halt({line("set_values_1 (", form.lib.instances, "): model not found."), line("   model name is ", name),
+              "   Halting..."});
     auto copy = [m](const auto& from, auto& to, int n) {
         for (int j = 0; j < n; ++j) to[static_cast<std::size_t>(j)] = from.row(m)[j];
     };
@@ -66,13 +66,13 @@ void copy_model(const circuit& c, const family_form& form, int i_lib, std::strin
 // Values of a model file, one logical line: <keyword> name X type T p v ...
 void read_model_file(const composite_library& lib, const family_form& form, int i_lib, const std::string& path,
                      int n_plain, parameter_rows& row) {
-    const std::string who = line("set_values_1 (", form.lu, " model)");
+    const std::string who = line("set_values_1 (", form.lib.instances, " model)");
     text_file file;
     if (!read_text_file(path, file)) halt({who + ":", line("  file name ", path, " is not found."), "  Halting... "});
     words w;
     const bool read = next_line(file, w);
-    if (!read || !check_word_1(w, 0, form.model_keyword))
-        halt({who + ":", line("  keyword ", form.model_keyword, " not found.")});
+    if (!read || !check_word_1(w, 0, form.lib.model))
+        halt({who + ":", line("  keyword ", form.lib.model, " not found.")});
     find_word_4(w, "type", 3, who + ": type not found");
     const std::string type = pick_word_1(w, 4);
     if (type != lib.list.entry[i_lib])
@@ -109,7 +109,7 @@ void read_model(const circuit& c, const family_form& form, int i_lib, int n_plai
         if (at >= 0) file = c.gprm.gprm_string_1(pick_word_1(t.w, at + 1));
     }
     if (at_model >= 0 && file != "none")
-        halt({line("set_values_1 (", form.lu, "):"), "  flag_model_sparm and flag_model_cct are both T",
+        halt({line("set_values_1 (", form.lib.instances, "):"), "  flag_model_sparm and flag_model_cct are both T",
               "  Halting..."});
     if (at_model >= 0) copy_model(c, form, i_lib, t.w[at_model], n_plain, row);
     if (file != "none") read_model_file(lib, form, i_lib, file, n_plain, row);
@@ -181,7 +181,7 @@ void match_outputs(circuit& c, const family_form& form, int i_lib, int i, const 
             ov.kind[o] = form.kind_rparm;
             ov.index[o] = jr;
         } else {
-            halt({line(form.lu, "_class: outvar not found"), line("   name is ", left), "   Halting..."});
+            halt({line(form.lib.instances, "_class: outvar not found"), line("   name is ", left), "   Halting..."});
         }
     };
     for (int k : outputs)
@@ -221,7 +221,7 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
     ticked_words t(s.w);
     t.take("type");
     const int at_name = t.take("name");
-    if (at_name < 0) halt({line(form.lu, "_class: name not found. Halting..")});
+    if (at_name < 0) halt({line(form.lib.instances, "_class: name not found. Halting..")});
     const std::string name = s.w.str(at_name);
     inst.i_lib.push_back(e);
     inst.statement.push_back(s.line);
@@ -286,7 +286,8 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
     for (int j = 0; j < s.w.size(); ++j)
         if (!t.used[static_cast<std::size_t>(j)]) {
             at_word(j);
-            halt({line(form.lu, ":set_values_1: some word has not been ticked."), line("   word: ", s.w[j])});
+            halt(
+                {line(form.lib.instances, ":set_values_1: some word has not been ticked."), line("   word: ", s.w[j])});
         }
     inst.name.push_back(name);
     ++inst.n;
@@ -322,7 +323,8 @@ void set_instance_values(circuit& c, const std::vector<element_statement>& state
 
 void check_instance_names(const circuit& c) {
     constexpr family order[] = {fam_d, fam_e, fam_g, fam_x, fam_gm};
-    for (family f : order) check_word_repeat_1(c.instances(f).name, line("cct_class (", family_forms[f].lu, ")"));
+    for (family f : order)
+        check_word_repeat_1(c.instances(f).name, line("cct_class (", family_forms[f].lib.instances, ")"));
     for (int a = 0; a < n_family; ++a)
         for (int b = a + 1; b < n_family; ++b)
             check_word_repeat_2(c.instances(order[a]).name, c.instances(order[b]).name, "cct_class");

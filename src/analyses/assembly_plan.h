@@ -1,0 +1,99 @@
+// assembly_plan.h -- which units are called where, where what they give is added, and what of it stands.
+#pragma once
+#include <cstring>
+#include <vector>
+
+#include "analyses/mat_class.h"
+#include "models/runs.h"
+
+// Rows of sums over one flat array of numbers, in the order of addition.
+struct sum_rows {
+    std::vector<int> first{0};  // [n + 1] terms of row i are first[i] .. first[i + 1] - 1
+    std::vector<int> term;      // place in the array
+    int n() const { return static_cast<int>(first.size()) - 1; }
+};
+
+// What is fetched of the functions of some electrical units behind their calls.
+struct function_moves {
+    value_moves locv, current;  // to local variables, to terminal currents
+    std::vector<int> ddt;       // KCL derivatives of these units
+};
+
+// Units of a family by what a transient must call where; other analyses call them all. The calls of pure units have no
+// side effect, and may stand in any order; the others are called in the order of the units.
+//   held      pure and timeless, and wanted at accepted points: for a derivative, or since an output shows a current.
+//             They stand while the variables do: an accepted point is the first iterate of the next step.
+//   accepted  other pure ones that are wanted at accepted points; of blocks all pure ones
+//   left_out  other pure ones; their currents are found at the end of the block
+//   changing  all others; they are called at accepted points, for their histories
+template <class Call>
+struct family_runs {
+    using run = unit_run<Call>;
+    std::vector<run> held, accepted, left_out, changing;
+    std::vector<run> with_ddt;           // again those that own a function with a derivative, less the held ones
+    std::vector<std::vector<int>> from;  // [templates] places in the jac store that some unit adds
+    std::vector<int> shown;              // units whose output slots are in some file
+};
+
+// How the present system is put together. Entries of the matrix that pure units alone add to stand as long as the
+// method's constant does; of another entry the sum up to the first unit that is not pure does.
+class assembly_plan {
+public:
+    int layout = -1;  // the mat.layout that it was made for
+    function_moves of_held, of_others, of_left_out, of_with_ddt;
+    // Derivatives as the models gave them last; behind them those that are scaled, and minus the method's constant.
+    std::vector<double> d;
+    value_moves scaled, scaled_changing;
+    sum_rows entries;              // [nnz] over d
+    std::vector<int> entry;        // entries that change
+    sum_rows changing;             // [entry] their terms behind the standing ones
+    std::vector<int> n_standing;   // [entry] terms in front
+    std::vector<double> standing;  // [entry] sum of these
+    // Sums of functions: the functions of electrical units with the totals of those with a derivative behind them.
+    std::vector<int> row;         // [rows of several units]
+    sum_rows rows;                // [row]
+    bool shows_currents = false;  // some file shows a terminal current
+
+    // Whether d has the derivatives of the pure units for this block, and val_m their sums for a constant of the
+    // method, 1/s.
+    bool derivatives_stand() const { return stand_; }
+    bool sums_stand(double constant) const { return stand_ && constant_ == constant; }
+    void keep_values(bool stand, double constant) {
+        stand_ = stand;
+        constant_ = constant;
+    }
+    void forget_values() { stand_ = false; }
+
+private:
+    bool stand_ = false;
+    double constant_ = 0.0;
+};
+
+// The variables that the arguments of electrical units were formed of last, and whether the held units were called for
+// them. Nothing is kept until somebody says that nobody else writes arguments.
+class formed_arguments {
+public:
+    void keep() { kept_ = true; }
+    void forget() { *this = formed_arguments{}; }
+    bool stand_for(const std::vector<double>& val_nd, const std::vector<double>& aux,
+                   const std::vector<double>& val_vr) const {
+        return valid_ && same(val_nd_, val_nd) && same(aux_, aux) && same(val_vr_, val_vr);
+    }
+    // Arguments are formed of these variables.
+    void form_for(const std::vector<double>& val_nd, const std::vector<double>& aux, const std::vector<double>& val_vr);
+    void forget_variables() { valid_ = false; }  // somebody has written arguments
+
+    bool held_stand() const { return of_held_ == version_; }
+    void keep_held() { of_held_ = version_; }
+    void forget_held() { of_held_ = -1; }
+    long version() const { return version_; }  // counts the changes
+
+private:
+    static bool same(const std::vector<double>& a, const std::vector<double>& b) {
+        return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
+    }
+    bool kept_ = false, valid_ = false;
+    long version_ = 0;
+    long of_held_ = -1;  // version that the held units were called for
+    std::vector<double> val_nd_, aux_, val_vr_;
+};

@@ -1,0 +1,109 @@
+// slices.h -- the families of units whose models the analyses call: where what a model is given stands, as rows.
+#pragma once
+#include <tuple>
+
+#include "analyses/mat_class.h"
+#include "library/basic_form.h"
+#include "models/calls.h"
+
+// An argument of a call: the member of the call, the values of all units, where a unit's begin. Without `first` the
+// values are rows of parameters.
+template <class Argument, class Values, class First>
+struct slice {
+    Argument argument;
+    Values values;
+    First first;
+};
+template <class Argument, class Row>
+struct parameter_slice {
+    Argument argument;
+    Row row;
+};
+
+// Values that units see of those that several units share: copy[k] = value[index[k]]. value may be of another family.
+template <class Copy, class Value, class Index>
+struct gathered {
+    Copy copy;
+    Value value;
+    Index index;
+};
+
+// The unknowns that units of a family share, in the present iterate and in the next one, and each unit's copies.
+template <class Units>
+struct shared_unknowns {
+    std::vector<double> Units::*value, Units::*value_new, Units::*copy, Units::*copy_new;
+    row_table<int> Units::*index;  // unknown of each copy
+    int Units::*ref;               // unknown that no unit writes; null: there is none
+    int ref_of(const Units& units) const { return ref ? units.*ref : -1; }
+};
+
+template <class Call>
+constexpr auto parameter_slices =
+    std::tuple{parameter_slice{&Call::iparm, &unit_core::iprm}, parameter_slice{&Call::sparm, &unit_core::sprm},
+               parameter_slice{&Call::rparm, &unit_core::rprm}, parameter_slice{&Call::stparm, &unit_core::sv},
+               parameter_slice{&Call::igparm, &unit_core::ig}};
+
+struct electrical_family {
+    using call = ebe_call;
+    using jac = ebes1_class;
+    using units = ebeu_class;
+    static constexpr const basic_form& form = ebes_form;
+    static constexpr int elements = fam_e;  // kind of element statement
+    static constexpr auto slices = std::tuple{slice{&call::v, &units::nodev, &units::nd},
+                                              slice{&call::v_new, &units::nodev_new, &units::nd},
+                                              slice{&call::vind, &units::vin, &units::in},
+                                              slice{&call::curind, &units::curind, &units::ib},
+                                              slice{&call::aux, &units::aux, &units::first_aux},
+                                              slice{&call::aux_new, &units::aux_new, &units::first_aux},
+                                              slice{&call::vr, &units::val_vr, &units::vr},
+                                              slice{&call::xvr, &units::val_xvr, &units::xvr},
+                                              slice{&call::auxs, &units::auxs, &units::first_auxs},
+                                              slice{&call::auxs_new, &units::auxs_new, &units::first_auxs},
+                                              slice{&call::locv, &units::locv, &units::first_locv},
+                                              slice{&call::dvar, &units::dvar, &units::dgtl},
+                                              slice{&call::f, &units::f, &unit_core::first_func}};
+    static constexpr auto copies = std::tuple{gathered{&units::nodev, &units::val_nd, &units::nd},
+                                              gathered{&units::vin, &units::val_nd, &units::in},
+                                              gathered{&units::val_vr, &gbeu_class::val_vr, &units::vr_gbeu}};
+    static constexpr shared_unknowns<units> shared = {&units::val_nd,    &units::val_nd_new, &units::nodev,
+                                                      &units::nodev_new, &units::nd,         &units::ref_nd};
+    static constexpr auto slots = &mat_class::ebe;
+    static constexpr auto column = column_of_term;
+};
+
+struct general_family {
+    using call = gbe_call;
+    using jac = gbes1_class;
+    using units = gbeu_class;
+    static constexpr const basic_form& form = gbes_form;
+    static constexpr int elements = fam_g;
+    static constexpr auto slices = std::tuple{slice{&call::vr, &units::vr_in, &units::vr},
+                                              slice{&call::vr_new, &units::vr_in_new, &units::vr},
+                                              slice{&call::xvr, &units::val_xvr, &units::xvr},
+                                              slice{&call::aux, &units::aux, &units::first_aux},
+                                              slice{&call::aux_new, &units::aux_new, &units::first_aux},
+                                              slice{&call::f, &units::f, &unit_core::first_func}};
+    static constexpr auto copies = std::tuple{gathered{&units::vr_in, &units::val_vr, &units::vr}};
+    static constexpr shared_unknowns<units> shared = {&units::val_vr,    &units::val_vr_new, &units::vr_in,
+                                                      &units::vr_in_new, &units::vr,         nullptr};
+    static constexpr auto slots = &mat_class::gbe;
+    static constexpr auto column = column_of_block_term;
+};
+
+// ---- how rows are walked ----
+
+inline const std::vector<int>& numbers_of(const std::vector<int>& v) { return v; }
+inline const std::vector<int>& numbers_of(const row_table<int>& t) { return t.data; }
+
+inline const std::vector<int>& begins_of(const std::vector<int>& first) { return first; }
+inline const std::vector<int>& begins_of(const row_table<int>& t) { return t.first; }
+
+// Where a member of a family's units stands.
+template <class T>
+auto& table_of(circuit& c, T ebeu_class::*member) {
+    return c.ebeu.*member;
+}
+template <class T>
+auto& table_of(circuit& c, T gbeu_class::*member) {
+    return c.gbeu.*member;
+}

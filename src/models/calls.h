@@ -1,0 +1,145 @@
+// calls.h -- the arguments of models: for each family one struct, and the order in which its models take them.
+#pragma once
+#include <array>
+#include <complex>
+#include <cstddef>
+#include <type_traits>
+
+struct flags_class;
+struct dp_class;
+struct math_cnst_class;
+struct ebes1_class;
+struct gbes1_class;
+struct ebac1_class;
+struct gbac1_class;
+
+template <class Member>
+struct member_type;
+template <class Call, class T>
+struct member_type<T Call::*> {
+    using type = T;
+};
+
+// The arguments of a model between the number of its unit and what all models are given. Those that point to numbers or
+// texts are slices of the tables of the units; others (the object for derivatives, a frequency) are the same for all
+// units of a template.
+template <auto... member>
+struct argument_list {
+    using function = void (*)(const int i_unit, typename member_type<decltype(member)>::type..., flags_class*,
+                              dp_class*, math_cnst_class*);
+    // From the slices of one unit to those of another, for each argument.
+    using steps = std::array<std::ptrdiff_t, sizeof...(member)>;
+
+    template <class T>
+    static constexpr bool is_slice = std::is_pointer_v<T> && !std::is_class_v<std::remove_pointer_t<T>>;
+
+    // Inlined, so that of a model's body in the place of the call only those slices are stepped through that it uses.
+    template <class Call>
+    [[gnu::always_inline]] static void call(function model, int unit, const Call& c, flags_class* flags, dp_class* dp,
+                                            math_cnst_class* math_cnst) {
+        model(unit, c.*member..., flags, dp, math_cnst);
+    }
+    template <class Call>
+    [[gnu::always_inline]] static void advance(Call& c, const steps& by) {
+        std::size_t k = 0;
+        (advance_one(c.*member, by[k++]), ...);
+    }
+    template <class Call>
+    static steps between(const Call& from, const Call& to) {
+        return {distance(from.*member, to.*member)...};
+    }
+
+private:
+    template <class T>
+    [[gnu::always_inline]] static void advance_one(T& argument, std::ptrdiff_t by) {
+        if constexpr (is_slice<T>) argument += by;
+    }
+    template <class T>
+    static std::ptrdiff_t distance(T from, T to) {
+        if constexpr (is_slice<T>)
+            return to - from;
+        else
+            return 0;
+    }
+};
+
+// One call with the pointers to its unit's slices resolved: parameters, present values, values of the next iterate
+// under limiting (_new), function values, and jac for the partial derivatives. function is null if there is no such
+// model; the call then does nothing. n_counts: numbers in a row of the family's registration.
+
+// A model of an electrical element.
+struct ebe_call {
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
+    double *v = nullptr, *vind = nullptr, *curind = nullptr, *aux = nullptr, *vr = nullptr, *xvr = nullptr,
+           *auxs = nullptr, *locv = nullptr;
+    double *v_new = nullptr, *aux_new = nullptr, *auxs_new = nullptr;
+    int* dvar = nullptr;
+    double* f = nullptr;
+    ebes1_class* jac = nullptr;
+
+    using number = double;
+    using arguments =
+        argument_list<&ebe_call::iparm, &ebe_call::sparm, &ebe_call::rparm, &ebe_call::stparm, &ebe_call::igparm,
+                      &ebe_call::v, &ebe_call::vind, &ebe_call::curind, &ebe_call::aux, &ebe_call::vr, &ebe_call::xvr,
+                      &ebe_call::auxs, &ebe_call::locv, &ebe_call::v_new, &ebe_call::aux_new, &ebe_call::auxs_new,
+                      &ebe_call::dvar, &ebe_call::f, &ebe_call::jac>;
+    static constexpr int n_counts = 15;
+    arguments::function function = nullptr;
+};
+
+// A model of a general block.
+struct gbe_call {
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double *rparm = nullptr, *stparm = nullptr, *igparm = nullptr;
+    double *vr = nullptr, *xvr = nullptr, *aux = nullptr, *vr_new = nullptr, *aux_new = nullptr;
+    double* f = nullptr;
+    gbes1_class* jac = nullptr;
+
+    using number = double;
+    using arguments = argument_list<&gbe_call::iparm, &gbe_call::sparm, &gbe_call::rparm, &gbe_call::stparm,
+                                    &gbe_call::igparm, &gbe_call::vr, &gbe_call::xvr, &gbe_call::aux, &gbe_call::vr_new,
+                                    &gbe_call::aux_new, &gbe_call::f, &gbe_call::jac>;
+    static constexpr int n_counts = 9;
+    arguments::function function = nullptr;
+};
+
+// A small-signal model of an electrical element; freq in rad/s. ebe_jac: derivatives of the element at the bias point,
+// or null.
+struct ebe_ac_call {
+    using number = std::complex<double>;
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double freq = 0.0;
+    double* rparm = nullptr;
+    number *v = nullptr, *vind = nullptr, *curind = nullptr, *aux = nullptr, *vr = nullptr, *f = nullptr;
+    ebac1_class* jac = nullptr;
+    ebes1_class* ebe_jac = nullptr;
+
+    using arguments = argument_list<&ebe_ac_call::iparm, &ebe_ac_call::sparm, &ebe_ac_call::freq, &ebe_ac_call::rparm,
+                                    &ebe_ac_call::v, &ebe_ac_call::vind, &ebe_ac_call::curind, &ebe_ac_call::aux,
+                                    &ebe_ac_call::vr, &ebe_ac_call::f, &ebe_ac_call::jac, &ebe_ac_call::ebe_jac>;
+    static constexpr int n_counts = 9;
+    arguments::function function = nullptr;
+};
+
+// A small-signal model of a general block.
+struct gbe_ac_call {
+    using number = std::complex<double>;
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double freq = 0.0;
+    double* rparm = nullptr;
+    number *vr = nullptr, *aux = nullptr, *f = nullptr;
+    gbac1_class* jac = nullptr;
+
+    using arguments = argument_list<&gbe_ac_call::iparm, &gbe_ac_call::sparm, &gbe_ac_call::freq, &gbe_ac_call::rparm,
+                                    &gbe_ac_call::vr, &gbe_ac_call::aux, &gbe_ac_call::f, &gbe_ac_call::jac>;
+    static constexpr int n_counts = 6;
+    arguments::function function = nullptr;
+};
+
+template <class Call>
+using model_function = typename Call::arguments::function;

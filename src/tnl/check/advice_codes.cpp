@@ -1,0 +1,100 @@
+// The codes of what `tnl check` finds, for `tnl explain`: where a message of the simulator means the same, its row.
+#include <span>
+#include <utility>
+
+#include "tnl/check/advice.h"
+
+namespace cli {
+
+namespace {
+
+constexpr std::pair<std::string_view, std::string_view> same_as[] = {
+    {"bad-initial-sol", "initial-sol"},
+    {"bad-option", "output-options"},
+    {"bad-setting", "settings-contradict"},
+    {"bad-step", "delt-limits"},
+    {"bad-value", "value-of-element"},
+    {"bad-variables", "reserved-output"},
+    {"continuation-at-top", "plus-at-top"},
+    {"current-cutset", "singular"},
+    {"floating", "singular"},
+    {"missing-method-word", "no-t-end"},
+    {"named-twice", "repeated"},
+    {"no-begin-solve", "no-end-solve"},
+    {"no-block", "variable-alone"},
+    {"no-dc", "not-in-dc"},
+    {"no-end", "no-end-cf"},
+    {"no-end-circuit", "no-circuit"},
+    {"no-file", "data-file"},
+    {"no-reference", "reference"},
+    {"no-value", "word-missing"},
+    {"not-written", "not-square"},
+    {"too-many-rows", "limit-lines"},
+    {"too-many-steps", "cut-off"},
+    {"unconnected", "sensed-only"},
+    {"unknown-branch", "sensed-branch"},
+    {"unknown-item", "bad-item"},
+    {"unknown-method-word", "unknown-method"},
+    {"unknown-model", "no-model"},
+    {"unknown-output", "unknown-quantity"},
+    {"unknown-statement", "illegal-statement"},
+    {"voltage-loop", "singular"},
+    {"written-twice", "not-square"},
+};
+
+constexpr advice_text texts[] = {
+    {"bad-output-place", "A file would be written outside the folder of the run, or over one of its own.", "",
+     "a name without a folder: filename out.dat; tnl run --force writes to a whole path"},
+    {"basic-element", "A deck brings a basic element, whose function is compiled with the program.", "",
+     "a composite (ece, gce) of elements that there are"},
+    {"code", "A composite of a deck has code, which nobody compiles.", "", "rparms_derived: computes parameters"},
+    {"composite", "A composite of the deck is not as it should be.", "", "ece name=NAME, its lines, endece"},
+    {"doubtful-value", "A value is far from what its unit leads to expect (a warning).", "M for m, a missing letter",
+     "m is 1e-3, u is 1e-6, M is 1e6"},
+    {"empty", "The deck is empty.", "", "tnl new NAME makes one to start from"},
+    {"event-restart", "A rule of second order goes on from currents that a jump has made untrue (a warning).",
+     "switches, comparators and samplers act at once", "method: event_restart=yes"},
+    {"few-harmonics", "A file of harmonics has no n_fourier, and so harmonics 0 and 1 alone (a warning).", "",
+     "control: n_fourier=20"},
+    {"given-twice", "A word or statement is given twice.", "", "leave one"},
+    {"hides-installed", "A composite of the deck takes the place of an installed one (a warning).", "", "another name"},
+    {"include", "An include statement cannot be followed.", "a file that is missing, or includes itself",
+     "include FILE, relative to the file that names it"},
+    {"misplaced", "A statement stands where it is not read or not allowed.", "", "docs/deck.md shows the order"},
+    {"no-rows", "A file would stay empty (a warning).", "out_tstart behind the end", "look at out_tstart and out_tend"},
+    {"no-solve", "The deck has no solve block: nothing is computed (a warning).", "", "begin_solve ... end_solve"},
+    {"not-read", "Nobody reads a block variable (a warning).", "a misspelt name",
+     "look at the variables of the blocks"},
+    {"not-yes-or-no", "A switch has another value than yes or no, which counts as no (a warning).", "", "yes or no"},
+    {"one-terminal", "A node has one connection only (a warning).", "a misspelt name", "look at the near names"},
+    {"refused", "The simulator's reader refuses this; its own text stands there.", "", "tnl explain with that text"},
+    {"ring", "A composite contains itself.", "", "look at the calls that the message names"},
+    {"same-file", "Two output blocks write the same file.", "", "another name, or append=yes in a later block"},
+    {"same-node", "Both ends of an element stand at one node (a warning).", "", "look at its terminals"},
+    {"stray-word", "A word at the end of method: is passed over (a warning).", "", "words and values alternate"},
+    {"too-long", "A text is longer than it may be.", "", "49 characters in a gstring, 50 in a parameter"},
+    {"too-many-blocks", "Solve blocks beyond the twentieth are not read (a warning).", "", "several decks"},
+    {"two-zeros", "Two nodes have a name for zero, and one of them is not at 0 V (a warning).", "",
+     "one name for both, or eelement name=... type=ground_dummy c=NODE"},
+    {"unknown-option", "A word of filename or control: is passed over (a warning).", "a misspelt word",
+     "docs/transient.md, \"Rows\""},
+    {"unknown-solve-type", "There is no such solve_type in this version; a run would pass over the block.", "",
+     "dc, startup or trns"},
+    {"unread-statement", "A statement is passed over (a warning).", "it is misspelt or stands at a wrong place",
+     "docs/deck.md shows the order"},
+    {"unreadable", "The simulator cannot read the text.", "", "a deck is a text of lines; tnl examples shows some"},
+    {"unused-rule", "A rule for explicit elements does nothing here (a warning).", "", "leave it out"},
+};
+
+}  // namespace
+
+const advice_text* advice_of_code(std::string_view code) {
+    for (const auto& [finding, id] : same_as)
+        if (finding == code) code = id;
+    for (const std::span<const advice_text> all : {std::span<const advice_text>(texts), advice_texts()})
+        for (const advice_text& t : all)
+            if (t.id == code) return &t;
+    return nullptr;
+}
+
+}  // namespace cli

@@ -1,0 +1,320 @@
+#include "tnl/check/check_stops.h"
+
+#include <algorithm>
+#include <span>
+#include <sstream>
+
+#include "settings/method_words.h"
+#include "settings/read_directives.h"
+#include "settings/solve_words.h"
+#include "tnl/check/advice.h"
+#include "tnl/check/locate.h"
+#include "tnl/common/near_words.h"
+
+namespace cli {
+
+namespace {
+
+// A stop, as far as its text and place tell.
+struct told_stop {
+    deck_word at;
+    std::string word;   // at that place
+    std::string value;  // what the first '*' of its kind's pattern stands for
+    const solve_section* block;
+};
+
+struct stop_kind {
+    std::string_view pattern;  // of the text, as in advice.h
+    const char* code;          // nullptr: another check tells it
+    // @ the word, % the value, ^ the statement's first word, $ the type of the block
+    const char* message = nullptr;
+    const char* advice = "";
+    std::string_view settings = {};  // words, the first of which that the block has is the place
+    void (*tell)(checked_deck&, const told_stop&, const stop_kind&) = nullptr;  // where there is more to say
+};
+
+std::vector<std::string> as_strings(const std::vector<std::string_view>& list) { return {list.begin(), list.end()}; }
+
+std::string message_of(const checked_deck& d, const told_stop& s, std::string_view form) {
+    std::string text;
+    for (const char c : form)
+        if (c == '@')
+            text += s.word;
+        else if (c == '%')
+            text += s.value;
+        else if (c == '^')
+            text += s.at.statement < 0 ? "" : d.word(s.at.statement, 0);
+        else if (c == '$')
+            text += s.block == nullptr ? "" : s.block->type;
+        else
+            text += c;
+    return text;
+}
+
+void tell_as(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    d.report.error(kind.code, s.at, message_of(d, s, kind.message), kind.advice);
+}
+
+void tell_near(checked_deck& d, const told_stop& s, const stop_kind& kind, const std::vector<std::string>& known) {
+    d.report.error(kind.code, s.at, message_of(d, s, kind.message) + near_text(known, s.word), kind.advice);
+}
+
+void tell_number(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    const std::set<std::string>& reals = d.globals.reals;
+    if (d.globals.ints.count(s.value) || reals.count(s.value)) {
+        // A name whose own value is at fault, or one of the other kind.
+        const bool is_there = d.c.gprm.find_greal(s.value) >= 0 || d.c.gprm.gint_index.count(s.value) > 0;
+        if (!is_there) return;
+    }
+    if (s.word.starts_with("$("))
+        d.report.error("bad-expression", s.at,
+                       "in an expression, " + s.value + " is neither a number nor an earlier greal" +
+                           near_text({reals.begin(), reals.end()}, s.value));
+    else
+        tell_as(d, s, kind);
+}
+
+void tell_method_word(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    const block_type* type = nullptr;
+    for (const block_type& t : block_types)
+        if (t.word == s.block->type) type = &t;
+    const method_word* m = nullptr;
+    std::vector<std::string> known;
+    for (const method_word& k : method_words()) {
+        if (k.word == s.word) m = &k;
+        if (type == nullptr || (k.blocks & type->bit)) known.emplace_back(k.word);
+    }
+    if (m == nullptr) {
+        const bool value_of_last = has(known, d.word(s.at.statement, s.at.word + 1));
+        d.report.error(kind.code, s.at, message_of(d, s, kind.message) + near_text(known, s.word),
+                       value_of_last ? "words and values alternate: is a value missing before it?" : "");
+    } else if (type != nullptr) {
+        std::string where;
+        for (const block_type& t : block_types)
+            if (m->blocks & t.bit) where += (where.empty() ? "" : ", ") + std::string(t.word);
+        d.report.error(kind.code, s.at,
+                       s.word + " means nothing in a " + s.block->type + " block; it belongs to: " + where);
+    }
+}
+
+void tell_item(checked_deck& d, const told_stop& s, const stop_kind&) {
+    const std::string statement = d.word(s.at.statement, 0);
+    for (const item_card& card : item_cards())
+        if (card.word == statement) check_item(d, s.at, card);
+}
+
+const char* const sweep_forms = "ITEM from A to B type linear n_points N; ITEM type table V1 V2 ...";
+
+// A key that is looked for in vain may stand where a value is due.
+void tell_sweep(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    const std::vector<std::string> keys = {"from", "to", "type", "n_points", "div"};
+    const int i = s.at.statement, first = d.text().begins(i, "vary_freq") ? 1 : 2;
+    if (s.value == "<from> or <type>") {
+        const std::string found = d.text().n_words(i) > first ? ", not " + d.word(i, first) : "";
+        d.report.error(kind.code, {i, std::min(first, d.text().n_words(i) - 1)},
+                       "behind the item stands from or type" + found, sweep_forms);
+        return;
+    }
+    for (const key_value& p : pairs_in(d, i, first, keys))
+        if (const std::string key = d.word(i, p.key); !has(keys, key)) {
+            d.report.error("unknown-word", {i, p.key},
+                           d.word(i, 0) + " knows no word " + key + " here" + near_text(keys, key), sweep_forms);
+            return;
+        }
+    d.report.error(kind.code, {i, 0}, message_of(d, s, kind.message), sweep_forms);
+}
+
+void tell_auto_word(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    tell_near(d, s, kind, as_strings(auto_sweep_words(false)));
+}
+void tell_initial_sol(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    tell_near(d, s, kind, {"initialize", "previous", "file"});
+}
+void tell_variable(checked_deck& d, const told_stop& s, const stop_kind&) { check_unknown_variable(d, *s.block, s.at); }
+
+constexpr const char* expressions =
+    "an expression is $((a)op(b)) with op one of + - * / **, or $(f(a)) with exp, sin, cos; no blanks";
+constexpr const char* scales = "a number may end in one letter of G M k m u n p f, without a unit: 4.7u, 1e-3";
+
+constexpr stop_kind kinds[] = {
+    // ---- numbers and constants
+    {"check double string: <*>", "bad-number", "this is no number: %", scales, {}, tell_number},
+    {"check integer string: <*>",
+     "bad-number",
+     "this is no whole number: %",
+     "digits alone, without a letter of scale: 1000",
+     {},
+     tell_number},
+    {"empty string. Halting", "bad-expression", "an operand is missing in @", expressions},
+    {"expr_eval_", "bad-expression", "the brackets of @ do not match", expressions},
+    {"gprm_class: unknown * in", "bad-expression", "unknown % in @", expressions},
+    {"gprm_class: check * statement", "no-value", "% needs a name and a value"},
+    {"strcpy_chk:", "too-long", "the text is too long: a gstring has at most 49 characters"},
+    {"word_index is too large", "no-value", "there is no value behind @"},
+    {"index_word is too large", "no-value", "there is no value behind @"},
+
+    // ---- what is told from what other checks know
+    {"solve_type not found", nullptr},
+    {"end_output not found", nullptr},
+    {"word_given is too large", nullptr},
+    {"t_end for transient simulation", nullptr},
+    {"delt_const for transient/SSW simulation has not", nullptr},
+    {"is less than delt_min", nullptr},
+    {"then one method specified for", nullptr},
+
+    // ---- statements of a solve block
+    {"An unknown keyword is found in the method card",
+     "unknown-method-word",
+     "method: knows no word @",
+     "",
+     {},
+     tell_method_word},
+    {"_of_ not found*Check this string:", "bad-item", "^ needs an item PARAMETER_of_ELEMENT, not @"},
+    {"a global parameter which does not exist", "unknown-item", "", "", {}, tell_item},
+    {"a global parameter which depends on others", "bad-item", "@ is computed from other constants",
+     "change those that stand in its expression"},
+    {"parameter not identified in", "unknown-item", "", "", {}, tell_item},
+    {"solve_class: * not found in*statement", "bad-sweep", "the sweep has no %", "", {}, tell_sweep},
+    {"type must be linear or log", "bad-sweep", "a sweep from A to B has the type linear or log, not @", sweep_forms},
+    {"type can only be table or auto", "bad-sweep", "@ needs from and to before it, or is no type of sweep",
+     sweep_forms},
+    {"type can be table only", "bad-sweep", "@ needs from and to before it, or is no type of sweep", sweep_forms},
+    {"n_points cannot be < 2", "bad-sweep", "a sweep has at least two points"},
+    {"too many points in the vary_parm grid", "bad-sweep", "the sweeps of this block span more than 2147483647 points",
+     "", "vary_parm"},
+    {"too many points in", "bad-sweep", "a sweep has at most 2147483647 points"},
+    {"check number of table points", "bad-sweep", "the table has no values"},
+    {"unknown keyword in in vary_parm (auto)",
+     "unknown-word",
+     "a sweep of type auto knows no word @",
+     "",
+     {},
+     tell_auto_word},
+    {"vary_parm (auto) statement: * not sepcified", "bad-sweep", "a sweep of type auto needs %"},
+    {"vary_parm (auto) is allowed only", "misplaced", "a sweep of type auto stands in dc blocks only"},
+    {"only one vary_parm (auto)", "bad-sweep", "a sweep of type auto stands alone in its block"},
+    {"Cannot have any other vary_parm", "bad-sweep", "a sweep of type auto stands alone in its block", "", "auto"},
+    {"n_points must be identical", "bad-sweep",
+     "all vary_parm_sync statements of a block need the same number of points", "", "vary_parm_sync"},
+    {"vary_parm*is not allowed in", "misplaced", "^ is not allowed in a $ block",
+     "give each value a block of its own, with set_parm"},
+    {"filename not found in the initial_sol card", "no-filename", "the name of the file is missing",
+     "initial_sol file filename PATH"},
+    {"something wrong with the initial_sol card",
+     "bad-initial-sol",
+     "initial_sol knows initialize, previous and file",
+     "",
+     {},
+     tell_initial_sol},
+    {"for init sol", "given-twice", "the block has two initial_sol statements", "", "initial_sol"},
+
+    // ---- output blocks
+    {"filename not found in an output block", "no-filename", "this output block names no file", "filename out.dat"},
+    {"Output block does not have any variables", "no-variables", "this output block has no variables",
+     "variables: NAME ... with names of outvar: statements"},
+    {"Check syntax of * output block", "bad-variables", "@ stands alone in its output block"},
+    {"Only one * file is allowed", "bad-variables", "a solve block has one output block of @"},
+    {"cannot write solution", "bad-variables", "a block with a sweep has no one solution to write", "", "solution"},
+    {"sweep_format option", "bad-option", "sweep_format is normal or reverse"},
+    {"n_fourier must be from", "bad-option", "n_fourier is from 0 to 2147483646"},
+    {"Fourier is allowed only", "bad-option", "fourier=yes stands in trns blocks only", "", "fourier"},
+    {"Nyquist is allowed only for AC", "bad-option", "nyquist=yes stands in ac blocks only", "", "nyquist"},
+    {"syntax problem in output variables", "unknown-variable", "", "", {}, tell_variable},
+    {"_of_ not found*Check this outvar:", "unknown-variable", "", "", {}, tell_variable},
+
+    // ---- settings against each other and the circuit
+    {"more than one chk_only_xxx", "bad-setting", "more than one chk_only_ word is on", "leave one",
+     "chk_only_rhs2 chk_only_delx_volt chk_only_spice"},
+    {"dmp_newt_max2 = * is not allowed", "bad-setting",
+     "dmp_newt_max2 is below dmp_newt_max (they are 50 if not given)", "", "dmp_newt_max2 dmp_newt_max"},
+    {"dmp_k2 = * is not allowed", "bad-setting", "dmp_k2 is above dmp_k (they are 0.2 if not given)", "",
+     "dmp_k2 dmp_k"},
+    {"constant_step is allowed only with", "bad-setting", "constant_step goes with back_euler or trapezoidal alone", "",
+     "constant_step"},
+    {"fctr_stepred must be below", "bad-setting", "fctr_stepred must be below 1", "", "fctr_stepred"},
+    {"trbdf2_tolr must be above", "bad-setting", "trbdf2_tolr must be above 0", "", "trbdf2_tolr"},
+    {"trbdf2_gamma must lie", "bad-setting", "trbdf2_gamma must lie between 0 and 1", "", "trbdf2_gamma"},
+    {"delta_x convergence criterion", "bad-setting", "chk_delx_sprt needs chk_delx_volt or chk_delx_kcl", "",
+     "chk_delx_sprt"},
+    {"No convergence criterion for Newton", "bad-setting", "no test tells when the iteration has converged",
+     "chk_spice=yes or chk_rhs2=yes", "chk_spice chk_rhs2"},
+    {"N-R line search is allowed only", "bad-setting", "nr_line_search goes with dc and trns alone", "",
+     "nr_line_search"},
+    {"gauss elim method", "bad-setting", "there is one way of elimination: matrix_sparse1=yes", "",
+     "matrix_superlu matrix_sparse1"},
+};
+
+// A stop that no row knows has its own text and the advice that `explain` would give.
+void tell_in_own_words(checked_deck& d, const told_stop& s, const std::string& text) {
+    const advice_text* advice = find_advice(text);
+    d.report.error("refused", s.at, stop_in_one_line(text), advice == nullptr ? "" : std::string(advice->mend));
+}
+
+void tell(checked_deck& d, const kept_stop& stop, const solve_section* block) {
+    const file_chr& f = d.text();
+    told_stop s{{stop.statement, stop.word}, {}, {}, block};
+    if (stop.statement >= 0) {
+        s.at.word = std::min(stop.word, f.n_words(stop.statement) - 1);
+        s.word = d.word(stop.statement, s.at.word);
+    }
+    for (const stop_kind& kind : kinds) {
+        if (!fits(stop.text, kind.pattern, &s.value)) continue;
+        if (kind.code == nullptr) return;
+        for (int j = s.at.word + 1; stop.statement >= 0 && s.word != s.value && j < f.n_words(stop.statement); ++j)
+            if (f.word(stop.statement, j) == s.value) {  // a value behind the key that was in hand
+                s.at.word = j;
+                s.word = s.value;
+            }
+        std::istringstream settings{std::string(kind.settings)};
+        for (std::string word; settings >> word;)
+            if (const deck_word at = find_in_block(d, stop.statement, word); at.statement >= 0) {
+                s.at = at;
+                break;
+            }
+        (kind.tell != nullptr ? kind.tell : tell_as)(d, s, kind);
+        return;
+    }
+    if (stop.statement < 0) {
+        const deck_needs needs = needs_of(d.report.deck, d.types.libraries());
+        const std::vector<int> found = find_statements(stop.text, d.report.deck, needs);
+        s.at.statement = found.empty() ? -1 : found.front();
+    }
+    tell_in_own_words(d, s, stop.text);
+}
+
+// The lines of a stop as one sentence.
+std::string in_one_line(const std::string& text) {
+    std::istringstream in(text);
+    std::string out;
+    for (std::string line; std::getline(in, line);) {
+        const std::size_t a = line.find_first_not_of(' ');
+        if (a == std::string::npos || line.find("Halting") == a) continue;
+        out += (out.empty() ? "" : " ") + line.substr(a);
+    }
+    for (const char* end : {" Halting...", " Halting..", " Halting ..."})
+        if (out.ends_with(end)) out.erase(out.size() - std::string_view(end).size());
+    return out;
+}
+
+}  // namespace
+
+std::string stop_in_one_line(const std::string& text) {
+    return "the simulator refuses this: " + (text.empty() ? std::string("(no text)") : in_one_line(text));
+}
+
+deck_word find_in_block(const checked_deck& d, int begin, std::string_view word) {
+    const file_chr& f = d.text();
+    const std::string_view end = f.begins(begin, "begin_output") ? "end_output" : "end_solve";
+    for (int i = std::max(begin, 0); i < d.sections.end && !f.begins(i, end); ++i)
+        for (int j = 0; j < f.n_words(i); ++j)
+            if (f.word(i, j) == word) return {i, j};
+    return {};
+}
+
+void tell_stops(checked_deck& d, const std::vector<kept_stop>& stops, const solve_section* block) {
+    std::set<std::pair<int, int>> told;
+    for (const kept_stop& s : stops)
+        if (told.emplace(s.statement, s.word).second || s.word == 0) tell(d, s, block);
+}
+
+}  // namespace cli

@@ -1,0 +1,59 @@
+// model_rules.h -- what a basic entry says of its model to those who check a deck before it runs.
+#pragma once
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tnl/deck/library_split.h"
+
+namespace cli {
+
+// How an element holds voltages and currents between two of its nodes.
+enum class branch_kind {
+    conducting,          // current follows voltage
+    voltage,             // an ideal voltage: sources, meters of current
+    winding,             // of an ideal transformer: a voltage as soon as the other winding has one
+    current,             // an independent current
+    controlled_current,  // may depend on the voltage across itself
+    capacitor,           // open in dc, a voltage in start-up
+    inductor,            // a short in dc, a current in start-up
+};
+struct branch_word {
+    std::string_view word, text;  // in entries; for people
+};
+const branch_word& words_of(branch_kind kind);
+
+struct type_branch {
+    std::string from, to;
+    branch_kind kind;
+};
+
+// Values that the model takes; it stops the run at others. Sums of products of parameters and numbers with < <= > >= !=
+// between them, all that hold at once, and a condition: "-1 < k < 1", "r*k_scale > 1e-9", "tr + pw <= per if per > 0".
+struct limit {
+    std::string text;
+    std::vector<std::string> words;
+    std::vector<std::string> names;  // of the parameters, in the order of the text, each once
+    // A number that every name but one of them only scales: "r*k_scale > 1e-9".
+    bool is_of_one = false;
+};
+limit limit_of(const std::string& text);
+// False where a value that counts is NaN. Within 1e-9 of each other the sides of <= and >= are equal.
+bool is_broken(const limit& l, const std::function<double(const std::string&)>& value_of);
+
+// Comment lines of a basic entry, behind its first line:
+//   #= limit r*k_scale > 1e-9     see above; with [k] and [k+1] it stands for k=1, 2 ... as far as there are parameters
+//   #= branch voltage p n         kind and nodes; entries without one conduct between all of their nodes
+//   #= refuses dc                 a dc block stops at it
+//   #= jumps                      its stored state, or its value, jumps in a run in time
+struct model_rules {
+    std::vector<std::string> limit_texts;  // as the file has them
+    std::vector<limit> limits;
+    std::vector<type_branch> branches;
+    bool refuses_dc = false, jumps = false;
+    std::vector<std::string> faults;  // lines that say nothing, or name what the entry lacks
+};
+model_rules rules_of(const library_entry& entry, const library_form& form);
+
+}  // namespace cli

@@ -1,0 +1,56 @@
+// circuit_from_text.h -- a circuit from the text of a deck, on libraries from texts or on those that the build
+// installs; for unit tests, fuzz targets and measurements.
+#pragma once
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/text_file.h"
+#include "elaborate/read_circuit.h"
+
+// Texts of libraries; those of an empty one are empty.
+struct library_texts {
+    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{};
+};
+
+inline libraries libraries_of(const library_texts& texts) {
+    const std::pair<std::string_view, const std::string*> named[] = {
+        {"ebes.aux", &texts.ebes}, {"ebac.aux", &texts.ebac}, {"gbes.aux", &texts.gbes},
+        {"gbac.aux", &texts.gbac}, {"eels.aux", &texts.eels}, {"gels.aux", &texts.gels},
+    };
+    libraries lib;
+    read_libraries(lib, [&](const std::string& path, const std::string&) {
+        for (const auto& [name, text] : named)
+            if (path.ends_with(name)) return text_file_of(*text);
+        return text_file_of("");
+    });
+    return lib;
+}
+
+#ifdef TARNEL_SHARE
+inline std::string installed_text(const std::string& file) {
+    std::ostringstream all;
+    all << std::ifstream(std::string(TARNEL_SHARE) + "/" + file, std::ios::binary).rdbuf();
+    return all.str();
+}
+inline library_texts installed_texts() {
+    return {installed_text("ebes.aux"), installed_text("ebac.aux"), installed_text("gbes.aux"),
+            installed_text("gbac.aux"), installed_text("eels.aux"), installed_text("gels.aux")};
+}
+inline const libraries& installed_libraries() {
+    static const libraries lib = libraries_of(installed_texts());
+    return lib;
+}
+#endif
+
+// Everything of a deck that is read before the elaboration. The sizes are generous.
+inline circuit circuit_of(std::string_view deck, libraries lib) {
+    circuit c;
+    c.cf = circuit_file_of(file_chr_of(deck));
+    c.lib = std::move(lib);
+    read_circuit(c);
+    c.tmpdim = generous_tmpdim();
+    return c;
+}
