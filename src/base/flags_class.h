@@ -11,7 +11,7 @@ struct flags_class {
     static constexpr int n_flags = 32;
     std::array<int, n_flags> saved{};
 
-    // first group
+    // first group; dc and ac together: the bias point of small signals, with the states that elements have stored
     int dc = 0, trns = 0, startup = 0, ac = 0, ssw = 0, ssw_init = 0, init_guess = 0, dc_first = 0, trns_first = 0,
         startup_first = 0, limit_newton = 0, newton_first = 0, one_time_parms = 0, save_history = 0, nexttime = 0,
         pwr_elec = 0, pwr_elec_ac = 0, function = 0, jacobian = 0, process = 0, schedule = 0, outvar_prm = 0,

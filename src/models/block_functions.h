@@ -1,8 +1,10 @@
 // block_functions.h -- functions that several general blocks share.
 #pragma once
+#include <complex>
 #include <initializer_list>
 
 struct flags_class;
+struct gbac1_class;
 struct gbes1_class;
 
 // ---- rows ----
@@ -94,3 +96,37 @@ void user_function(int n_given, double t, int n_x, const double* x, int n_y, dou
 // The rows of a block with n_x inputs and n_y outputs behind them.
 void user_rows(int n_given, int n_x, int n_y, const int* iparm, const double* rparm, const double* vr, double* f,
                gbes1_class* jac, const flags_class* flags);
+
+// ---- small-signal forms ----
+
+// One row of a small-signal form: a sum of terms, each with its derivative; function and Jacobian each only if asked.
+class ac_row {
+public:
+    ac_row(int row, const std::complex<double>* vr, const std::complex<double>* aux, std::complex<double>* f,
+           gbac1_class* jac, const flags_class* flags);
+    void variable(int k, std::complex<double> c) const;  // c times variable k
+    void unknown(int k, std::complex<double> c) const;   // c times auxiliary unknown k
+    // With the derivative of the same row of the large-signal form at the bias point; 0 if there is none.
+    void variable_at_bias(int k) const;
+    void unknown_at_bias(int k) const;
+
+private:
+    int row_;
+    const std::complex<double>*vr_, *aux_;
+    std::complex<double>* f_;  // null: not asked
+    gbac1_class* jac_;
+    bool fills_jac_;
+};
+
+// Function `row` of a linear block: the sum of coefficient[k] times variable k.
+void linear_row(int row, std::initializer_list<std::complex<double>> coefficient, const std::complex<double>* vr,
+                std::complex<double>* f, gbac1_class* jac, const flags_class* flags);
+// The row of a block with the variables x and y: den y = num x.
+void transfer_row(std::complex<double> num, std::complex<double> den, const std::complex<double>* vr,
+                  std::complex<double>* f, gbac1_class* jac, const flags_class* flags);
+// a[0] + a[1] s + ... + a[n] s^n at s = i freq; freq in rad/s.
+std::complex<double> polynomial_at(int n, const double* a, double freq);
+// The rows of a block with n_x inputs and n_y outputs behind them, which follow their inputs by the slopes of the
+// large- signal form at the bias point; without a bias they stand still.
+void bias_rows(int n_x, int n_y, const std::complex<double>* vr, std::complex<double>* f, gbac1_class* jac,
+               const flags_class* flags);

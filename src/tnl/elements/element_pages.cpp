@@ -97,6 +97,10 @@ json words_json(const std::vector<sheet_word>& words, const part& p) {
     return list;
 }
 
+std::string_view small_signal_line(const element_sheet& s) {
+    return s.small_signal ? "It has a small-signal form." : "It has no small-signal form: an ac block stops at it.";
+}
+
 // What a check holds decks to, in words.
 std::vector<std::string> rule_lines(const model_rules& rules, std::string_view quote) {
     std::vector<std::string> lines;
@@ -169,8 +173,9 @@ std::string list_json(const std::vector<element_sheet>& sheets) {
 std::string sheet_text(const element_sheet& s) {
     std::string text = s.family + ":" + s.name + " (" + s.group + ") -- " + s.summary() + "\n\n";
     for (const std::string& line : signature(s)) text += "  " + line + "\n";
-    if (s.description.size() > 1) text += "\n";
+    text += "\n";
     for (std::size_t i = 1; i < s.description.size(); ++i) text += "  " + s.description[i] + "\n";
+    text += "  " + std::string(small_signal_line(s)) + "\n";
     for (const part& p : parts) {
         const std::vector<sheet_word>& words = s.*p.member;
         if (words.empty()) continue;
@@ -208,8 +213,9 @@ std::string sheet_markdown(const element_sheet& s) {
     std::string text = "# `" + s.name + "`\n\n" + markdown_escaped(s.summary()) + "\n\n";
     text += "Family `" + s.family + "` (" + std::string(family_title(s.family)) + "), group " + s.group + ".\n\n";
     for (const std::string& line : signature(s)) text += "    " + line + "\n";
-    if (s.description.size() > 1) text += "\n";
+    text += "\n";
     for (std::size_t i = 1; i < s.description.size(); ++i) text += "- " + markdown_escaped(s.description[i]) + "\n";
+    text += "- " + std::string(small_signal_line(s)) + "\n";
     for (const part& p : parts) {
         const std::vector<sheet_word>& words = s.*p.member;
         if (words.empty()) continue;

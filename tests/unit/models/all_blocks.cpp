@@ -61,6 +61,11 @@ TEST(block_registration, every_name_has_an_entry_and_every_entry_a_function) {
     for (const std::string& name : block_names()) EXPECT_NE(find_model<gbe_call>(name), nullptr) << name;
     for (int i = 0; i < n_gbe_registrations; ++i)
         EXPECT_GE(installed_gbes().list.find(gbe_registrations[i].name), 0) << gbe_registrations[i].name;
+    ASSERT_EQ(n_gbe_ac_registrations, installed_gbac().n());
+    for (int e = 0; e < installed_gbac().n(); ++e)
+        EXPECT_NE(find_model<gbe_ac_call>(installed_gbac().list.entry[e]), nullptr) << installed_gbac().list.entry[e];
+    for (int i = 0; i < n_gbe_ac_registrations; ++i)
+        EXPECT_GE(installed_gbac().list.find(gbe_ac_registrations[i].name), 0) << gbe_ac_registrations[i].name;
     EXPECT_EQ(find_model<gbe_call>("no_such_block"), nullptr);
     EXPECT_EQ(find_model<gbe_ac_call>("no_such_block"), nullptr);
 }
@@ -69,6 +74,8 @@ TEST(block_registration, the_list_files_hold_every_entry) {
     const std::string share = TARNEL_SHARE;
     EXPECT_EQ(make_chrarray_5(share + "/gbe_all.lst", installed_gbes().list.entry).size(),
               static_cast<std::size_t>(installed_gbes().n()));
+    EXPECT_EQ(make_chrarray_5(share + "/ssg_all.lst", installed_gbac().list.entry).size(),
+              static_cast<std::size_t>(installed_gbac().n()));
 }
 
 class every_block : public ::testing::TestWithParam<std::string> {};

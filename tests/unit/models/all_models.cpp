@@ -219,61 +219,6 @@ TEST_P(every_element, counts_its_functions_as_its_unknowns_ask) {
     }
 }
 
-class every_small_signal_form : public ::testing::TestWithParam<std::string> {};
-INSTANTIATE_TEST_SUITE_P(, every_small_signal_form, ::testing::ValuesIn(names_of(installed_ebac())),
-                         [](const auto& element) { return element.param; });
-
-TEST_P(every_small_signal_form, changes_nothing_when_no_flag_is_on) {
-    ac_unit u(GetParam());
-    for (auto& x : u.v) x = 1;
-    for (auto& x : u.f) x = {2, 3};
-    for (auto& x : u.jac.store) x = 4;
-    const auto f = u.f, jac = u.jac.store;
-    const auto rparm = u.rparm;
-    u.call(100);
-    EXPECT_EQ(u.f, f);
-    EXPECT_EQ(u.jac.store, jac);
-    EXPECT_EQ(u.rparm, rparm);
-}
-
-// All forms are affine: f(x) - f(0) is the Jacobian times x.
-TEST_P(every_small_signal_form, has_functions_that_its_derivatives_describe_exactly) {
-    std::mt19937 rng(6);
-    std::uniform_real_distribution<double> number(-1, 1);
-    ac_unit u(GetParam());
-    for (double& r : u.rparm)
-        if (r == 0) r = 0.3;
-    ebes1_class bias;
-    model_unit dc(find_model<ebe_call>(GetParam()) && GetParam() != "switch" ? GetParam() : "diode_spice_1");
-    if (u.lib.list.iprm.find(u.e, "ac_parm_be") >= 0) {
-        dc.prepare();
-        dc.x.v[0] = 0.5;
-        dc.dc();
-        u.ebe_jac = &dc.jac;
-    }
-    u.ac(1000);
-    const auto f_zero = u.f;
-    struct group {
-        std::vector<std::complex<double>>* x;
-        std::complex<double>** table;
-        int n;
-    };
-    const group groups[] = {{&u.v, u.jac.dfdv, u.jac.n_nd},
-                            {&u.vind, u.jac.dfdvind, u.jac.n_in},
-                            {&u.curind, u.jac.dfdcurind, u.jac.n_ib},
-                            {&u.aux, u.jac.dfdaux, u.jac.n_aux},
-                            {&u.vr, u.jac.dfdvr, u.jac.n_vr}};
-    for (const group& g : groups)
-        for (auto& x : *g.x) x = {number(rng), number(rng)};
-    u.ac(1000);
-    for (int j = 0; j < u.jac.n_f; ++j) {
-        std::complex<double> sum = f_zero[static_cast<std::size_t>(j)];
-        for (const group& g : groups)
-            for (int k = 0; k < g.n; ++k) sum += g.table[j][k] * (*g.x)[static_cast<std::size_t>(k)];
-        EXPECT_NEAR(std::abs(sum - u.f[static_cast<std::size_t>(j)]), 0, 1e-12 * std::max(1.0, std::abs(sum)));
-    }
-}
-
 // ---- generated dispatch
 
 void through_list(model_unit& u, int i_element) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "library/basic/gbac1_class.h"
 #include "library/basic/gbes1_class.h"
 #include "model_unit.h"
 
@@ -11,6 +12,15 @@ inline const gbes_class& installed_gbes() {
     static const gbes_class lib = [] {
         gbes_class l;
         read_library(std::string(TARNEL_SHARE) + "/gbes.aux", gbes_form, int_F, {}, l);
+        return l;
+    }();
+    return lib;
+}
+
+inline const gbac_class& installed_gbac() {
+    static const gbac_class lib = [] {
+        gbac_class l;
+        read_library(std::string(TARNEL_SHARE) + "/gbac.aux", gbac_form, int_F, {}, l);
         return l;
     }();
     return lib;
@@ -107,5 +117,43 @@ struct block_unit {
         call(&flags_class::trns, &flags_class::function);
         x.vr = kept;
         return -x.f[0];
+    }
+};
+
+// The same for a small-signal form.
+struct ac_block {
+    using number = std::complex<double>;
+    const gbac_class& lib;
+    int e;
+    model_function<gbe_ac_call> function;
+    std::vector<int> iparm;
+    std::vector<double> rparm;
+    std::vector<char*> sparm = {nullptr};
+    std::vector<number> vr, aux, f;
+    gbac1_class jac;
+    flags_class flags;
+    dp_class dp;
+    math_cnst_class math_cnst;
+
+    explicit ac_block(const std::string& type)
+        : lib(installed_gbac()), e(lib.list.find(type)), function(find_model<gbe_ac_call>(type)) {
+        if (e < 0) throw std::invalid_argument(type);
+        const library_lists& l = lib.list;
+        iparm = default_values(l.iprm, e);
+        rparm = default_values(l.rprm, e);
+        const auto sized = [](std::vector<number>& a, int n) { a.assign(static_cast<std::size_t>(n) + 1, 0.0); };
+        sized(vr, l.vr.count(e));
+        sized(aux, l.aux.count(e));
+        sized(f, lib.func.n_func(e));
+        jac.initialise(lib, e);
+    }
+    void call(double freq) {
+        function(0, iparm.data(), sparm.data(), freq, rparm.data(), vr.data(), aux.data(), f.data(), &jac, &flags, &dp,
+                 &math_cnst);
+    }
+    void ac(double freq) {
+        flags.ac = flags.function = flags.jacobian = 1;
+        call(freq);
+        flags.init_flags();
     }
 };

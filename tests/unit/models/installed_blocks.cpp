@@ -10,11 +10,10 @@
 
 namespace {
 
-TEST(installed_blocks, leave_room_in_every_pool_of_their_library) {
-    const gbes_class& lib = installed_gbes();
-    EXPECT_LE(lib.n(), gbes_form.max_entries - 2);
-    EXPECT_LE(lib.func.n_ttlf(), gbes_form.max_functions);
-    for (const list_line& l : gbes_form.lines)
+void expect_room(const basic_library& lib, const basic_form& form) {
+    EXPECT_LE(lib.n(), form.max_entries - 2);
+    EXPECT_LE(lib.func.n_ttlf(), form.max_functions);
+    for (const list_line& l : form.lines)
         std::visit(
             [&](auto member) {
                 int n = 0;
@@ -22,6 +21,11 @@ TEST(installed_blocks, leave_room_in_every_pool_of_their_library) {
                 EXPECT_LE(n, l.max_words) << l.keyword;
             },
             l.member);
+}
+
+TEST(installed_blocks, leave_room_in_every_pool_of_their_library) {
+    expect_room(installed_gbes(), gbes_form);
+    expect_room(installed_gbac(), gbac_form);
 }
 
 TEST(installed_blocks, have_first_guesses_only_where_they_are_planned) {
@@ -34,7 +38,7 @@ TEST(installed_blocks, have_first_guesses_only_where_they_are_planned) {
 gels_class installed_gels() {
     gels_class lib;
     text_file file = open_text_file(std::string(TARNEL_SHARE) + "/gels.aux", "gels_class");
-    read_composites(file, gels_form, installed_gbes(), {}, lib);
+    read_composites(file, gels_form, installed_gbes(), installed_gbac(), lib);
     return lib;
 }
 
@@ -54,9 +58,17 @@ TEST(installed_blocks, have_composites_of_their_name_with_their_variables_parame
             EXPECT_EQ(gels.list.vr.word(c, j), basic.vr.word(e, j)) << name;
             EXPECT_EQ(gels.be.vr.row(c)[j], j) << name;
         }
+        // A word that the block does not have is one of its small-signal form, a_ac of a source.
+        const auto feeds_small_signals = [&](std::string_view word) {
+            const int j = gels.list.rprm.find(c, word), row = gels.beac.first_be[static_cast<std::size_t>(c)];
+            const int* flag = gels.beac.n_be(c) > 0 ? gels.beac.rprm_flag.row(row) : nullptr;
+            return flag && j >= 0 &&
+                   std::find(flag, flag + gels.beac.rprm_flag.size(row), j) != flag + gels.beac.rprm_flag.size(row);
+        };
         const auto same = [&](const auto& ours, const auto& theirs, const row_table<int>& flag) {
             for (int j = 0; j < ours.count(c); ++j) {
                 const int k = theirs.find(e, ours.word(c, j));
+                if (k < 0 && feeds_small_signals(ours.word(c, j))) continue;
                 ASSERT_GE(k, 0) << name << ' ' << ours.word(c, j);
                 EXPECT_EQ(ours.value(c, j), theirs.value(e, k)) << name << ' ' << ours.word(c, j);
                 EXPECT_EQ(flag.row(c)[k], j) << name << ' ' << ours.word(c, j);
