@@ -1,14 +1,9 @@
 #!/bin/sh
 # What is chosen by options: columns by number, ends of axes, words of method:. Arguments: the program, a folder to work in,
 # the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
+
 words_of() { # file: the words in the picture, one a line
     sed -n 's/.*<text[^>]*>\(.*\)<\/text>.*/\1/p' "$1"
 }

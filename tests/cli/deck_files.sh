@@ -1,14 +1,8 @@
 #!/bin/sh
 # Decks of several files, and of as many lines as there may be, from outside. Arguments: the program, a folder to work in,
 # the folder of the source tree.
-set -u
+arguments='tnl work source'
 . "$(dirname -- "$0")/expect.sh"
-tnl=$1
-work=$2
-source=$3
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
 
 # A divider of 10 V into 1 kOhm and a model of 3 kOhm, which stands in two files.
 echo 'emodel name=big type=r' >mm.lib

@@ -1,13 +1,9 @@
 #!/bin/sh
 # The trials find a command that takes more memory than it may, with a stand-in for tnl. Arguments: a folder to work in,
 # the folder of the source tree.
-set -u
+arguments='work source'
 . "$(dirname -- "$0")/expect.sh"
-work=$1
-source=$2
-rm -rf "$work"
-mkdir -p "$work"
-cd "$work" || exit 1
+
 stand_in() { # MB that it takes; what it cannot have it does without
     cat >tnl <<PYTHON
 #!/usr/bin/env python3
