@@ -96,6 +96,7 @@ bool event_control::cut(run_state& r, double from, double t, bool ends) {
 }
 
 bool event_control::take_as_event(run_state& r) {
+    ++n_crossed_;
     restore_histories(r);
     r.slv.now.delt = n_near_ < max_near ? smallest_ : std::max(smallest_, 0.1 * r.slv.method.delt_const);
     n_near_ += max_small;
@@ -115,6 +116,7 @@ void event_control::accept(const run_state& r) {
         near_end_ = r.slv.now.time_present + r.slv.method.delt_const;
         n_near_ = 0;
     }
+    if (!be_) n_crossed_ = 0;
     if (size_ == usual && !was_cut_) usual_ = r.slv.now.delt;
 }
 

@@ -34,6 +34,8 @@ public:
     // A step that the error test rejects at its smallest size spans a jump that no unit tells of, as where a diode
     // turns off: it is made by backward Euler. Gives true.
     bool take_as_event(run_state& r);
+    // Such steps since the last one that the error test has passed.
+    int n_crossed() const { return n_crossed_; }
     // Behind a try that failed.
     void restore_histories(run_state& r);
     // At the point just accepted.
@@ -62,6 +64,7 @@ private:
     int n_small_ = 0;        // steps of the smallest size in a row
     int n_rests_ = 0;        // steps by backward Euler that are due behind these
     int n_cuts_ = 0;         // of the present step
+    int n_crossed_ = 0;      // steps taken as events
     int n_near_ = 0;         // cuts and steps of the smallest size until near_end_
     double near_end_ = 0.0;  // s
     double usual_ = 0.0;     // s, the step that the rule goes on with

@@ -1,6 +1,9 @@
 #include "analyses/rparm_passes.h"
 
+#include <cmath>
+
 #include "analyses/evaluate.h"
+#include "analyses/step_control.h"
 #include "base/at.h"
 #include "base/halt.h"
 
@@ -24,7 +27,7 @@ void check_rparm_sources(const circuit& c) {
     }
 }
 
-void set_rparm_2(run_state& r) {
+bool set_rparm_2(run_state& r) {
     bool changed = false;
     for (const rparm_link& link : r.c.links.set) {
         instance_core& inst = r.c.instances(link.family);
@@ -32,16 +35,21 @@ void set_rparm_2(run_state& r) {
         const double factor = link.factor < 0 ? 1.0 : r.c.gbeu.unit.rprm.data[at(link.factor)];
         const double value = factor * r.c.gbeu.val_vr[at(link.variable)];
         if (parameter == value) continue;
+        if (!std::isfinite(value)) finite_number(value, line("set_rparm: parameter of ", inst.name[at(link.instance)]));
         parameter = value;
         changed = true;
         instance_changed(r.c, link.family, link.instance);
+        check_derived(r.c, link.family, link.instance);
         derive_constants(r, link.family, link.instance);
+        // The corners of a source hang on its parameters.
+        if (r.flags.event_restart) find_nextbreak_of(r, link.family, link.instance);
     }
     // What stands as long as parameters do: derivatives of pure units, their sums, functions of held units.
     if (changed) {
         r.plan.forget_values();
         r.formed.forget_held();
     }
+    return changed;
 }
 
 void get_rparm_2(run_state& r) {

@@ -38,6 +38,18 @@ void find_nextbreak(run_state& r) {
     for_limiting_units(r, [&r](auto& f, int u) { ask(r, f, u, r.flags.t_end); });
 }
 
+void find_nextbreak_of(run_state& r, int fam, int instance) {
+    const std::vector<int>& first = r.c.instances(fam).first_unit;
+    r.flags.time_given = r.slv.now.time_present;
+    form_arrays(r);
+    const raised on(r.flags.nexttime);
+    for_families(r, [&](auto& f) {
+        if (f.elements != fam) return;
+        for (int u = first[at(instance)]; u < first[at(instance) + 1]; ++u)
+            if (f.has(&entry_flags::limit_tstep, u)) ask(r, f, u, r.flags.t_end);
+    });
+}
+
 void check_tnext1(run_state& r, double passed) {
     const double t_lim = r.slv.now.time_present + r.slv.now.delt;
     r.flags.time_given = r.slv.now.time_present;
@@ -46,7 +58,14 @@ void check_tnext1(run_state& r, double passed) {
     for_limiting_units(r, [&](auto& f, int u) {
         const double t = f.units.time_nextbreak[at(u)];
         const bool stays = t - r.slv.now.time_present > passed || t_lim < t;
-        if (!stays || f.has(&entry_flags::save_history, u)) ask(r, f, u, r.flags.t_end);
+        if (stays && !f.has(&entry_flags::save_history, u)) return;
+        ask(r, f, u, r.flags.t_end);
+        // No step ends at a break as near as this, and the one behind it must not be passed over.
+        const double near = f.units.time_nextbreak[at(u)];
+        if (near - r.slv.now.time_present > std::min(passed, r.slv.method.delt_min - 1e-15)) return;
+        r.flags.time_given = near;
+        ask(r, f, u, r.flags.t_end);
+        r.flags.time_given = r.slv.now.time_present;
     });
 }
 

@@ -6,6 +6,8 @@
 
 // First query of all units that limit the step.
 void find_nextbreak(run_state& r);
+// Asks those of one instance again, which has changed.
+void find_nextbreak_of(run_state& r, int fam, int instance);
 // Asks again those whose break lies within the next step, and those that keep history.
 // A source loses sight of its next corner when that is near against its shortest line: an answer that lies more than
 // `passed`, s, ahead is kept.

@@ -114,10 +114,13 @@ bool trbdf2_step(run_state& r, event_control& events) {
             const bool accepted = trzbdf2_1(r);
             slv.now.delt = std::min(slv.method.delt_max, std::max(slv.method.delt_min, slv.now.delt_new));
             if (accepted) return true;
-            if (events.on() && h <= slv.method.delt_min)
+            if (events.on() && h <= slv.method.delt_min) {
+                // A tolerance that no step meets is no jump.
+                if (events.n_crossed() >= slv.method.itmax_trbdf2) no_smaller_step(slv, count, false);
                 is_cut = events.take_as_event(r);
-            else
+            } else {
                 count_rejected(slv, count, h);
+            }
         } else {
             if (slv.now.delt == slv.method.delt_min) no_smaller_step(slv, count, true);
             slv.now.delt = std::max(slv.method.delt_min, h * slv.method.fctr_stepred);

@@ -136,7 +136,7 @@ void solve_trns(run_state& r) {
     for (slv.now.iter_trns = 0; slv.now.iter_trns < slv.method.itmax_trns; ++slv.now.iter_trns) {
         heed_signals();
         r.flags.iter_trns = slv.now.iter_trns;
-        if (r.c.cct.flag_setrparm) set_rparm_2(r);
+        if (r.c.cct.flag_setrparm && set_rparm_2(r) && events.on()) events.take_break(r);
         if (r.c.cct.flag_getrparm) get_rparm_2(r);
         lines.tell();
         begin_analog_step(r);

@@ -62,7 +62,7 @@ bool plain_step(run_state& r, event_control& events) {
         }
         find_trns_constants(slv);
         if (slv.now.flag_nonlinear && slv.now.iter_trns_anlg == 0 && slv.method.gmin_step && slv.method.gmin_init &&
-            starts_from_nothing(slv))
+            !slv.method.trbdf2 && starts_from_nothing(slv))
             gmin_step_trns_1(r);
         solve_step(r);
         if (slv.now.l_converged && events.cut(r, slv.now.time_present, slv.now.time_next)) {
@@ -76,7 +76,8 @@ bool plain_step(run_state& r, event_control& events) {
                 slv.now.delt = std::min(slv.method.delt_max, slv.now.delt * slv.method.fctr_stepinc);
             return true;
         }
-        if (!slv.now.flag_auto) {
+        // A step about an event may be shortened under any rule that has the sizes; TR-BDF2 has them.
+        if (!slv.now.flag_auto && !slv.method.trbdf2) {
             write_solution_if_asked(r);
             say("solve_trns: N-R iterations did not converge.");
             say(line("  iter_trns_anlg=", slv.now.iter_trns_anlg));

@@ -78,3 +78,4 @@ void greal_changed(circuit& c, int k);
 // Behind all writes that belong together: halts when an expression of the deck, or a derived parameter of an instance,
 // has become infinite or not a number.
 void check_expressions(const circuit& c);
+void check_derived(const circuit& c, int fam, int i);  // the second half for one instance

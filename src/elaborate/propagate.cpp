@@ -35,19 +35,20 @@ void instance_changed(circuit& c, int fam, int i) {
         push_to_units(lib.*t.elements, inst, i, e, (inst.*t.first_unit)[at(i)], t.with_start_values, t.units(c));
 }
 
+void check_derived(const circuit& c, int fam, int i) {
+    const instance_core& inst = c.instances(fam);
+    const composite_library& lib = c.lib.composites(fam);
+    const int e = inst.i_lib[at(i)], n_plain = lib.n_rprm_plain(e);
+    for (int j = n_plain; j < n_plain + lib.n_rprm_derived(e); ++j)
+        if (const double x = inst.rprm.row(i)[j]; !std::isfinite(x))
+            finite_number(x, line(lib.list.rprm.word(e, j), "_of_", inst.name[at(i)]));
+}
+
 void check_expressions(const circuit& c) {
     c.gprm.check_finite();
-    for (int fam = 0; fam < n_family; ++fam) {
-        const instance_core& inst = c.instances(fam);
-        const composite_library& lib = c.lib.composites(fam);
-        if (lib.derived.row.data.empty()) continue;
-        for (int i = 0; i < inst.n; ++i) {
-            const int e = inst.i_lib[at(i)], n_plain = lib.n_rprm_plain(e);
-            for (int j = n_plain; j < n_plain + lib.n_rprm_derived(e); ++j)
-                if (const double x = inst.rprm.row(i)[j]; !std::isfinite(x))
-                    finite_number(x, line(lib.list.rprm.word(e, j), "_of_", inst.name[at(i)]));
-        }
-    }
+    for (int fam = 0; fam < n_family; ++fam)
+        if (!c.lib.composites(fam).derived.row.data.empty())
+            for (int i = 0; i < c.instances(fam).n; ++i) check_derived(c, fam, i);
 }
 
 void greal_changed(circuit& c, int k) {

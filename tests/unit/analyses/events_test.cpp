@@ -1,6 +1,7 @@
 // events_test.cpp -- event_restart: the order of a rule over jumps, against what the circuits do in closed form.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <complex>
@@ -392,4 +393,77 @@ TEST(event_restart, a_relay_that_slides_along_its_threshold_comes_to_its_end) {
         EXPECT_LT(rows.size(), 100u * 100u) << rule;
         EXPECT_NEAR(rows.back()[1], 0.0, 0.03) << rule;
     }
+}
+
+// A source in series with a diode and a resistor has no state: the bounds of its residuals are those of any step, so
+// that both carry the same current at the points about a jump too.
+TEST(event_restart, steps_about_an_event_are_as_right_as_others) {
+    const whole_run run(
+        deck_text{"eelement name=V1 type=vpulse p=in n=0 v1=0 v2=2 td=1m tr=0 tf=0 pw=1m per=4m\n"
+                  "eelement name=R1 type=r p=in n=d r=1k\neelement name=D1 type=diode_spice_1 p=d n=0\n"
+                  "outvar: ir=i_of_R1 id=i_of_D1\n",
+                  "ir id",
+                  {"solve_type startup\n",
+                   "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes event_restart=yes t_end=3m "
+                   "delt_const=100u chk_only_rhs2=yes norm_2=1e-6 gmin_step=no\n"}}
+            .str());
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("out2.dat");
+    EXPECT_GT(rows.size(), 30u);
+    // Two rows of the system: a root mean square of 1 uA lets one be off by 1.5 uA.
+    for (const std::vector<double>& row : rows) EXPECT_NEAR(row[1], row[2], 4e-6) << row[0];
+}
+
+TEST(event_restart, a_tolerance_that_no_step_meets_stops_trbdf2) {
+    const std::string start =
+        "solve_type trns\ninitial_sol previous\nmethod: trbdf2=yes t_end=0.3m delt_const=10u "
+        "itmax_trns=1000000 gmin_step=no trbdf2_tolr=1e-15";
+    for (const char* word : {"", " event_restart=yes"}) {
+        const whole_run run(
+            deck_text{"eelement name=V1 type=vsrcac p=in n=0 a=10 f_hz=1k\n"
+                      "eelement name=R1 type=r p=in n=a r=10\neelement name=L1 type=l p=a n=d l=1m\n"
+                      "eelement name=D1 type=diode_spice_1 p=d n=out cj0=100p tt=10n\n"
+                      "eelement name=C1 type=c p=out n=0 c=10u\neelement name=R2 type=r p=out n=0 r=100\n"
+                      "outvar: y=nodev_of_out\n",
+                      "y",
+                      {"solve_type startup\n", start + word + "\n"}}
+                .str());
+        EXPECT_TRUE(run.stopped) << word;
+        EXPECT_NE(run.text.find("solve_trns: no convergence even with"), std::string::npos) << word << run.text;
+    }
+}
+
+// A pulse of 100 us becomes one of 10.35 us while it lasts.
+TEST(event_restart, a_corner_that_set_rparm_moves_is_not_passed_over) {
+    const whole_run run(deck_text{
+        "eelement name=V1 type=vpulse p=in n=0 v1=0 v2=1 td=5u tr=0.1u tf=0.1u pw=100u per=0\n"
+        "eelement name=R1 type=r p=in n=0 r=1k\ngelement name=S1 type=step y=x y1=100 y2=10.35 t0=8u dt1=0.1u\n"
+        "gelement name=B1 type=set_rparm x=x element=V1 parm=pw k=1u\noutvar: y=nodev_of_in\n",
+        "y",
+        {"solve_type trns\nmethod: trapezoidal=yes event_restart=yes t_end=30u delt_const=4u\n"}}
+                            .str());
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("out1.dat");
+    for (const double corner : {15.45e-6, 15.55e-6})
+        EXPECT_TRUE(std::any_of(rows.begin(), rows.end(), [&](const auto& row) {
+            return std::fabs(row[0] - corner) < 2e-11;
+        })) << corner;
+}
+
+// Steps of 1 us end before or behind the jump by their rounding, and the pulse is shorter than one of them.
+TEST(breaks, a_pulse_whose_jump_is_nearer_than_any_step_is_not_passed_over) {
+    for (const std::string at : {"12m", "17m", "20m", "31m"})
+        for (const std::string rise : {"0", "1n"}) {
+            const std::string end = std::to_string(std::stoi(at)) + ".01m";
+            const whole_run run(deck_text{
+                "eelement name=V1 type=vpulse p=in n=0 v1=0 v2=1 td=" + at + " tr=" + rise +
+                    " tf=1n pw=0.4u per=0\neelement name=R1 type=r p=in n=0 r=1k\noutvar: y=nodev_of_in\n",
+                "y",
+                {"solve_type trns\nmethod: back_euler=yes itmax_trns=1000000 t_end=" + end + " delt_const=1u\n"}}
+                                    .str());
+            ASSERT_FALSE(run.stopped) << run.text;
+            double largest = 0.0;
+            for (const std::vector<double>& row : run.rows("out1.dat")) largest = std::max(largest, row[1]);
+            EXPECT_NEAR(largest, 1.0, 1e-6) << at << " " << rise;
+        }
 }

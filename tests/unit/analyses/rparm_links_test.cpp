@@ -45,6 +45,29 @@ TEST(set_rparm, changes_a_resistance_one_step_behind_its_variable_under_every_ru
         }
 }
 
+TEST(set_rparm, stops_at_a_value_that_makes_another_one_infinite) {
+    const std::string composite =
+        "ece name=of_g\nbegin_dc\nmainnodes: p n\nauxnodes:\noutvar:\nbias:\nstparms:\nigparms:\nind_nodes:\n"
+        "ind_branches:\ndigital_nodes:\nmain_var:\nxvar:\niparms:\nsparms:\nrparms: g=1m\n"
+        "rparms_derived: rr=$((1)/(g))\nebe type=r name=r1 p=p n=n r=rr\nend_dc\nC:\nendC\nbegin_ac\noutvar_ac:\n"
+        "ind_nodes_ac:\nind_branches_ac:\nend_ac\nendece\n";
+    const auto text = [&](const std::string& y2) {
+        return whole_run(
+            deck_text{"eelement name=V1 type=vsrcdc p=in n=0 vdc=10\neelement name=R0 type=r p=in n=a r=1k\n"
+                      "eelement name=X1 type=of_g p=a n=0\n"
+                      "gelement name=P type=pwl20 y=x n_pts=2 t1=0 y1=1m t2=0.5m y2=" +
+                          y2 + "\n" + writer("X1", "g") + "outvar: va=nodev_of_a\n",
+                      "va",
+                      {dc, trns("back_euler")}}
+                .str(),
+            "", composite);
+    };
+    const whole_run good = text("2m"), bad = text("0");
+    EXPECT_FALSE(good.stopped) << good.text;
+    EXPECT_TRUE(bad.stopped);
+    EXPECT_NE(bad.text.find("rr_of_X1"), std::string::npos) << bad.text;
+}
+
 TEST(set_rparm, reaches_blocks_and_start_values) {
     // y2 = k x2 with k one step behind x; the start value v0 of a capacitor is read back.
     const whole_run run(
