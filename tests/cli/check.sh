@@ -47,4 +47,33 @@ expect 'is explained too' 'meaning: Two nodes have a name for zero, and one of t
 echo 'cct_class: cct_ov_flag = IGL_CLEAR' | "$tnl" explain - >out.txt
 expect 'a message on standard input' 0 $?
 
+# ---- what check says, and a run ------------------------------------------------------------------------------------------
+
+# both NAME, STATUS of check, STATUS of run, PHRASE that check tells, or nothing: of deck.in.
+both() {
+    expect "$1: check" "$2" "$(status_of "$tnl" check deck.in)"
+    [ -z "$4" ] || expect "$1: is told" 1 "$(grep -cF -- "$4" out.txt)"
+    expect "$1: run" "$3" "$(status_of "$tnl" run -q deck.in)"
+    [ "$2" = 3 ] || expect "$1: nothing behind the run" 0 "$(grep -c ': error: ' err.txt)"
+    [ -z "$4" ] || expect "$1: run tells" 1 "$(cat out.txt err.txt | grep -cF -- "$4")"
+}
+title='title: t'
+circuit='begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=in n=0 vdc=10
+eelement name=R1 type=r p=in n=out r=1k
+eelement name=D1 type=diode p=out n=0
+outvar: v=nodev_of_out
+end_circuit'
+block() { # file, type and further statements
+    printf 'begin_solve\nsolve_type %s\nbegin_output\nfilename %s\nvariables: v\nend_output\nend_solve\n' "$2" "$1"
+}
+deck() { # text of the blocks
+    printf '%s\n%s\n%s\nend_cf\n' "$title" "$circuit" "$1" >deck.in
+}
+blocks=$(for i in $(seq 22); do block "$i.dat" dc; done)
+deck "$blocks"
+both 'two blocks too many' 3 3 'deck.in:149:1: error: this and later solve blocks are not read: a deck has at most 20'
+expect 'the rows of the others' 20 "$(ls deck.in.run/*.dat | wc -l)"
+
 no_faults

@@ -73,7 +73,7 @@ constexpr advice_text texts[] = {
     {"same-node", "Both ends of an element stand at one node (a warning).", "", "look at its terminals"},
     {"stray-word", "A word at the end of method: is passed over (a warning).", "", "words and values alternate"},
     {"too-long", "A text is longer than it may be.", "", "49 characters in a gstring, 50 in a parameter"},
-    {"too-many-blocks", "Solve blocks beyond the twentieth are not read (a warning).", "", "several decks"},
+    {"too-many-blocks", "Solve blocks beyond the twentieth are not read.", "", "several decks"},
     {"two-zeros", "Two nodes have a name for zero, and one of them is not at 0 V (a warning).", "",
      "one name for both, or eelement name=... type=ground_dummy c=NODE"},
     {"unknown-option", "A word of filename or control: is passed over (a warning).", "a misspelt word",

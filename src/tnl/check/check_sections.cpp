@@ -118,9 +118,10 @@ private:
             if (s_.begin_circuit < 0) unexpected(i, word, "before the circuit");
             open_solve(i, i + 1);
             if (s_.solves.size() == most_solves + 1)
-                d_.report.warning(
+                d_.report.error(
                     "too-many-blocks", {i, 0},
-                    "this and later solve blocks are not read: a deck has at most " + std::to_string(most_solves));
+                    "this and later solve blocks are not read: a deck has at most " + std::to_string(most_solves),
+                    "put them into a deck of their own");
         } else if (word == "end_solve") {
             if (now_ == section::solve || now_ == section::output)
                 close_solve(i, true);

@@ -188,7 +188,8 @@ void check_own_composites(const deck_view& deck) {
 
 // Errors of blocks that a run passes over without a word, so that rows are missing which the deck asks for.
 bool leaves_no_rows(const check_fault& fault) {
-    constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced"};
+    constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced",
+                                          "too-many-blocks"};
     return fault.is_error && std::find(std::begin(codes), std::end(codes), fault.code) != std::end(codes);
 }
 
