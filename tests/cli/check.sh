@@ -76,4 +76,21 @@ deck "$blocks"
 both 'two blocks too many' 3 3 'deck.in:149:1: error: this and later solve blocks are not read: a deck has at most 20'
 expect 'the rows of the others' 20 "$(ls deck.in.run/*.dat | wc -l)"
 
+# Devices and pipes: named in passing, and where a file is to be read.
+title='title: beside /dev/null'
+deck "$(block out.dat dc)"
+both 'a device in the title' 0 0 ''
+title='title: t'
+deck "$(block out.dat 'dc
+initial_sol file filename /dev/zero')"
+both 'a start from a device' 3 3 'cannot read /dev/zero: it is a device'
+mkfifo pipe
+deck "$(block out.dat dc | sed 's/^filename .*/filename pipe append=yes/')"
+both 'rows behind those of a pipe' 3 3 'cannot read pipe: it is a pipe'
+title='title: t
+gstring f=/dev/zero'
+deck "$(block out.dat dc)"
+both 'a device with a name' 3 3 'cannot read /dev/zero: it is a device'
+title='title: t'
+
 no_faults

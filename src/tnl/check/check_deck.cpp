@@ -6,6 +6,7 @@
 #include "base/words.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
+#include "tnl/deck/file_names.h"
 
 namespace cli {
 
@@ -141,6 +142,11 @@ bool begins_with_continuation(const std::string& text, std::size_t& at) {
     return false;
 }
 
+void check_input_names(checked_deck& d) {
+    for (const unreadable_input& u : unreadable_inputs(d.report.deck))
+        d.report.error("missing-file", {u.statement, u.word}, u.why);
+}
+
 // Stops of the readers of the circuit at statements of which nothing is told; one of no statement if nothing is told.
 void tell_rest(checked_deck& d) {
     std::set<int> told;
@@ -197,6 +203,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     check_outvars(d);
     check_solves(d);
+    check_input_names(d);
     tell_rest(d);
     sort_faults(d.report);
     return std::move(d.report);
