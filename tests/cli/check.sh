@@ -93,4 +93,24 @@ deck "$(block out.dat dc)"
 both 'a device with a name' 3 3 'cannot read /dev/zero: it is a device'
 title='title: t'
 
+# Statements outside of all blocks: rows are missing only where they ask for some.
+title='title: t
+gmodel name=mm type=pi kp=4'
+deck "$(block out.dat dc)"
+both 'a model before the circuit' 3 0 'deck.in:2:1: error: the statement gmodel ... stands outside of all blocks and is not read'
+expect 'has its one fault' 'deck.in: 1 error, 0 warnings' "$("$tnl" check deck.in | tail -n 1)"
+title='title: t'
+deck "end_circuit
+$(block out.dat dc)"
+both 'a second end of the circuit' 3 0 'deck.in:9:1: error: end_circuit without a begin_circuit before it'
+deck "$(block out.dat dc)
+end_solve"
+both 'a second end of a block' 3 0 'deck.in:16:1: error: end_solve without a begin_solve before it'
+deck "filename more.dat
+$(block out.dat dc)"
+both 'an output without its block' 3 3 'deck.in:9:1: error: the statement filename ... stands outside of all blocks'
+deck "$(block out.dat dc)
+$(block more.dat dc | sed s/begin_solve/begin_slove/)"
+both 'a misspelt begin of a block' 3 3 'deck.in:16:1: error: the statement begin_slove ... stands outside of all blocks'
+
 no_faults

@@ -122,6 +122,9 @@ bool has_lost_outvars(const checked_deck& d);
 std::filesystem::path path_of(const checked_deck& d, const std::string& name);  // of a file beside the deck
 bool file_exists(const checked_deck& d, const std::string& name);
 
+// Where a statement that begins so is passed over, the rows of the deck are there all the same.
+bool asks_for_no_rows(std::string_view word);
+
 // All checks over one deck; of a file of composites, which has no circuit, over these alone. What the deck brings along
 // is put into the libraries if it is not there.
 check_report check_deck(deck_view view, const installed_libraries& libraries);
