@@ -113,4 +113,18 @@ deck "$(block out.dat dc)
 $(block more.dat dc | sed s/begin_solve/begin_slove/)"
 both 'a misspelt begin of a block' 3 3 'deck.in:16:1: error: the statement begin_slove ... stands outside of all blocks'
 
+# Rows that go where they may, though not where a run without -o and --force would have them.
+mkdir elsewhere
+ln -s ../elsewhere deck.in.run/aside
+deck "$(block aside/out.dat dc)"
+expect 'a link in the folder' 3 "$(status_of "$tnl" check deck.in)"
+expect 'is told' 1 "$(grep -c 'deck.in:12:10: error: an output file outside the folder of the run$' out.txt)"
+expect 'in another folder there is none' 0 "$(status_of "$tnl" run -q deck.in -o other)"
+expect 'and nothing to tell' 'other/aside/out.dat: 1 row of v' "$(cat err.txt)"
+deck "$(block "$PWD/elsewhere/out.dat" dc)"
+expect 'a whole path' 3 "$(status_of "$tnl" check deck.in)"
+expect 'is told' 1 "$(grep -c 'deck.in:12:10: error: an output file outside the folder of the run, which only' out.txt)"
+expect 'with force' 0 "$(status_of "$tnl" run -q --force deck.in)"
+expect 'there is nothing to tell' 0 "$(grep -c ': error: ' err.txt)"
+
 no_faults

@@ -160,10 +160,10 @@ void tell_rest(checked_deck& d) {
 
 }  // namespace
 
-check_report check_deck(deck_view view, const installed_libraries& libraries) {
+check_report check_deck(deck_view view, const installed_libraries& libraries, check_place place) {
     if (!libraries.with_own && !view.own.entries.empty()) {
         const installed_libraries all = with_own(libraries, view.own);
-        return check_deck(std::move(view), all);
+        return check_deck(std::move(view), all, std::move(place));
     }
     check_report report{std::move(view), {}, {}};
     deck_view& deck = report.deck;
@@ -186,7 +186,9 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     const std::filesystem::path folder =
         deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
-    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}, {}, false, {}};
+    if (place.folder.empty()) place.folder = default_run_folder(deck.path);
+    checked_deck d{
+        std::move(report), element_types(libraries), folder, std::move(place), {}, {}, {}, {}, {}, {}, {}, false, {}};
     check_composites(d);
     const bool sound = d.report.n_errors() == 0;  // what faulty composites connect is not known
     if (is_library(d.report.deck)) {

@@ -68,10 +68,17 @@ struct named_values {
     std::set<std::string> reals, ints, texts;  // greal, ginteger, gstring
 };
 
+// Where the rows of a run go: DECK.run if no folder is named. With force, a whole path leads where it leads.
+struct check_place {
+    std::filesystem::path folder = {};
+    bool force = false;
+};
+
 struct checked_deck {
     check_report report;
     element_types types;
     std::filesystem::path folder;  // that file names are relative to
+    check_place place;             // with its folder
     deck_sections sections;
     named_values globals;
     std::vector<deck_element> elements;                  // placeholders too
@@ -127,6 +134,6 @@ bool asks_for_no_rows(std::string_view word);
 
 // All checks over one deck; of a file of composites, which has no circuit, over these alone. What the deck brings along
 // is put into the libraries if it is not there.
-check_report check_deck(deck_view view, const installed_libraries& libraries);
+check_report check_deck(deck_view view, const installed_libraries& libraries, check_place place = {});
 
 }  // namespace cli

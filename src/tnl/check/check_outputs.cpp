@@ -127,7 +127,7 @@ private:
             d_.report.error("missing-file", at, "append=yes, but there is no " + file.path + " to go on behind",
                             "the first block that writes the file has no append=yes");
         }
-        if (const std::string why = fault_of_output_name(file.path, default_run_folder(d_.report.deck.path), false);
+        if (const std::string why = fault_of_output_name(file.path, d_.place.folder, d_.place.force);
             !why.empty()) {
             d_.report.error("bad-output-place", at, why, "a name without a folder: filename out.dat");
             return;

@@ -197,9 +197,7 @@ bool leaves_no_rows(const check_fault& fault, const file_chr& deck) {
 }
 
 // What `tnl check` says of a deck that ran: it may have solved something else than what is written.
-std::string findings_of(check_report& report, const run_options& options) {
-    if (options.force)  // what was asked for is no finding
-        std::erase_if(report.faults, [](const check_fault& f) { return f.code == "bad-output-place"; });
+std::string findings_of(const check_report& report, const run_options& options) {
     std::string text;
     for (const check_fault& fault : report.faults)
         if (fault.is_error || !options.quiet) text += fault_text(report, fault, "  ");
@@ -254,7 +252,7 @@ run_result run_deck(const run_options& options, const installation& where) {
     }
     limit.reset();
 
-    side_work check([&] { return packed(check_deck(run.deck, libraries)); });
+    side_work check([&] { return packed(check_deck(run.deck, libraries, {run.folder, options.force})); });
     const clock::time_point start = clock::now();
     const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
     warning_listener listener;
