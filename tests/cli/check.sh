@@ -127,4 +127,30 @@ expect 'is told' 1 "$(grep -c 'deck.in:12:10: error: an output file outside the 
 expect 'with force' 0 "$(status_of "$tnl" run -q --force deck.in)"
 expect 'there is nothing to tell' 0 "$(grep -c ': error: ' err.txt)"
 
+# Settings with which a run stops, and others near them with which it does not.
+in_time() { # words of method:, file options
+    deck "$(block "out.dat${2-}" "trns
+method: t_end=40u delt_const=1u $1")"
+}
+in_time 'back_euler=yes gmin_step=yes gmin_start=0'
+both 'gmin stepping from zero' 3 1 'deck.in:11:62: error: gmin_start must be above zero: the run would stop'
+in_time 'back_euler=yes gmin_step=yes gmin_end=-1p'
+both 'gmin stepping beyond zero' 3 1 'deck.in:11:62: error: gmin_end must be above zero: the run would stop'
+in_time 'back_euler=yes gmin_step=yes gmin_init=no gmin_start=0'
+both 'gmin stepping where it is needed' 0 0 ''
+expect 'is told all the same' 1 "$("$tnl" check deck.in | grep -c 'warning: gmin_start must be above zero: a solve')"
+in_time 'back_euler=yes gmin_step=no gmin_start=0'
+both 'no gmin stepping' 0 0 ''
+expect 'nothing to tell' 'deck.in: no faults' "$("$tnl" check deck.in)"
+in_time 'back_euler_auto=yes fctr_stepinc=0.5 itmax_trns=1000000'
+both 'steps that become ever shorter' 3 1 'deck.in:13:10: error: the file gets more rows than limit_lines allows (100000)'
+in_time 'back_euler_auto=yes fctr_stepinc=0.5 itmax_trns=1000000' ' limit_lines=200000'
+both 'and may' 0 0 ''
+rows=$(wc -l <deck.in.run/out.dat)
+expect 'as many as (40 - 2) us/0.2 ns' yes "$([ "$rows" -ge 190000 ] && [ "$rows" -le 190100 ] && echo yes || echo "$rows")"
+for words in 'chk_spice=no chk_delx_volt=yes' 'chk_spice=no chk_delx_kcl=yes' 'constant_step=yes'; do
+    in_time "$words"
+    both "$words" 0 0 ''
+done
+
 no_faults

@@ -33,6 +33,7 @@ struct solve_section {
     bool is_known_type = false;
     double n_points = 1;                                  // of its sweeps; NaN: not known
     double t_start = 0, t_end = NAN, longest_step = NAN;  // s
+    double t_long = -HUGE_VAL;                            // s; the longest step holds from here on
 };
 struct deck_sections {
     int begin_circuit = -1;  // its line; -1: none
