@@ -95,6 +95,12 @@ wrong 'a basic element' 's/^ece name=section/ebe name=section/' 'parts.lib:14:1:
     'parts.lib:14:1:'
 wrong 'a ring' 's/^callece r p=b/callece ladder a=a b=b gnd=gnd\n&/' \
     'parts.lib:19:9: error: a composite cannot contain itself: ladder calls section calls ladder' 'parts.lib:19:9:'
+# The simulator takes these; the finding stands behind the rows.
+sed 's/rp=1k/& rp=2k/' good.lib >parts.lib
+expect 'a parameter twice: check' 3 "$(status_of "$tnl" check deck.in)"
+expect 'a parameter twice: check tells' yes "$(has 'parts.lib:16:21: error: rp stands twice in the list rparms:')"
+expect 'a parameter twice: run' 0 "$(status_of "$tnl" run -q -o twice.run deck.in)"
+expect 'a parameter twice: run tells' 1 "$(grep -c 'parts.lib:16:21: error: rp stands twice in the list rparms:' err.txt)"
 expect 'the record of a stop has the place' 1 "$(sed 's/b=m gnd/b=mm gnd/' good.lib >parts.lib
     "$tnl" run --json deck.in -o wrong.run 2>/dev/null | grep -c '"file": "parts.lib"')"
 

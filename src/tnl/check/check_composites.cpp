@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/words.h"
+#include "library/composite/composite_form.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
 
@@ -55,6 +56,8 @@ public:
             else if (const int library = find_library(&library_form::call, l.w[0]);
                      library >= 0 && &l != &own_.lines[0])
                 collect(l, library, dc);
+        check_flags();
+        check_names();
         for (const body_line& b : body_) check_body(b);
         check_outputs();
         if (n_errors_ == 0) check_nodes();
@@ -81,6 +84,51 @@ private:
         for (int j = first; j < l.w.size(); j += 2)
             if (l.w[j] == key) return j;
         return -1;
+    }
+
+    // Words behind the name of the entry.
+    void check_flags() {
+        const composite_form* form = composite_form_of(own_.library);
+        std::vector<std::string> known = {"allow_ac", "compute_acp", "compute_noisep", "compute_rparms"};
+        if (form != nullptr && form->may_postprocess) known.insert(known.end(), {"postprocessor", "postprocessor_ac"});
+        const own_line& l = own_.lines[0];
+        std::set<std::string> seen;
+        for (int j = 3; j < l.w.size(); j += 2) {
+            const std::string word = l.w.str(j);
+            if (!has(known, word))
+                error(place(l, j), "unknown-word",
+                      "no word " + word + " stands behind the name of a composite" + near_text(known, word));
+            else if (j + 1 >= l.w.size())
+                error(place(l, j), "no-value", "there is no value behind " + word, word + "=yes");
+            else if (!seen.insert(word).second)
+                error(place(l, j), "given-twice", word + " is given twice in this line");
+        }
+    }
+
+    // Names within each list of the head, and of the lines of the body: one is as good as two.
+    void check_names() {
+        const composite_form* form = composite_form_of(own_.library);
+        if (form == nullptr) return;
+        std::set<std::pair<std::string, std::string>> seen;  // list and name
+        bool in_ac = false;
+        const auto check = [&](const std::string& list, const own_line& l, int j, const std::string& where) {
+            if (!seen.emplace((in_ac ? "ac " : "") + list, l.w.str(j)).second)
+                error(place(l, j), "named-twice", l.w.str(j) + " stands twice " + where);
+        };
+        for (const own_line& l : own_.lines) {
+            if (l.w[0] == "begin_ac" || l.w[0] == "end_ac") in_ac = l.w[0] == "begin_ac";
+            for (const header_line& h : in_ac ? form->ac_lines : form->dc_lines) {
+                if (l.w[0] != h.keyword) continue;
+                const bool words = std::holds_alternative<word_list library_lists::*>(h.member) ||
+                                   std::holds_alternative<word_list composite_library::*>(h.member);
+                for (int j = 1; j < l.w.size(); j += words ? 1 : 2) check(h.keyword, l, j, "in the list " + l.w.str(0));
+            }
+        }
+        for (const body_line& b : body_) {
+            in_ac = !b.dc;
+            if (!b.name.empty())
+                check("name", *b.line, key_at(*b.line, b.first_key(), "name") + 1, "as the name of a line of the body");
+        }
     }
 
     // Finds the type of the line, which may also come from a model of the entry.
