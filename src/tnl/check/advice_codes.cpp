@@ -80,6 +80,8 @@ constexpr advice_text texts[] = {
      "docs/transient.md, \"Rows\""},
     {"unknown-solve-type", "There is no such solve_type in this version; a run would pass over the block.", "",
      "dc, startup or trns"},
+    {"unread-composites", "Composites were not looked into, as many others are refused (a warning).", "",
+     "mend those that are told"},
     {"unread-statement", "A statement is passed over (a warning).", "it is misspelt or stands at a wrong place",
      "docs/deck.md shows the order"},
     {"unreadable", "The simulator cannot read the text.", "", "a deck is a text of lines; tnl examples shows some"},

@@ -337,7 +337,8 @@ own_place place_in_entry(const own_entry& own, const std::string& text) {
     return own.lines[0].at[0];
 }
 
-// The simulator's reader over each composite, callees first; one that calls what is unsound is left out.
+// The simulator's reader over each composite, callees first; one that calls what is unsound is left out. It ends where
+// no more faults are kept, as each composite is a reading of its own.
 class library_check {
 public:
     library_check(checked_deck& d, std::set<entry_name>& unsound) : d_(d), unsound_(unsound) {
@@ -345,18 +346,28 @@ public:
     }
     void run() {
         for (const auto& [name, own] : own_) {
+            if (seen_.count(name) > 0) continue;
             const deck_needs needs = needs_of(name, d_.types.libraries());
             for (int i = 0; i < n_libraries; ++i)
                 for (const int e : needs.entries[i]) {
                     const auto& entries = d_.types.libraries().library[i].entries;
                     const auto callee = own_.find({i, entries[static_cast<std::size_t>(e)].name});
-                    if (callee != own_.end() && seen_.insert(callee->first).second)
-                        read(callee->first, *callee->second);
+                    if (callee == own_.end() || !seen_.insert(callee->first).second) continue;
+                    if (d_.report.is_full("refused")) {
+                        leave(*callee->second);
+                        return;
+                    }
+                    read(callee->first, *callee->second);
                 }
         }
     }
 
 private:
+    void leave(const own_entry& own) {
+        d_.report.warning_at("unread-composites", place_of(d_.report.deck.source, own.lines[0].at[0]),
+                             "so many composites are refused that this one and further ones were not looked into",
+                             "mend those that are told");
+    }
     void read(const entry_name& name, const own_entry& own) {
         const deck_needs needs = needs_of(name, d_.types.libraries());
         for (int i = 0; i < n_libraries; ++i)

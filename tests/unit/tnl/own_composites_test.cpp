@@ -216,6 +216,23 @@ TEST(check_composites, tells_what_only_the_reader_of_libraries_finds) {
     EXPECT_EQ(faults_of(deck_with(caller + bad, "")), "d.in:8:11 refused");
 }
 
+TEST(check_composites, reads_no_more_of_them_than_it_can_tell_of) {
+    const auto report_of = [](int n) {
+        std::string many;
+        for (int i = 0; i < n; ++i)
+            many +=
+                "ece name=e" + std::to_string(i) + "\nmainnodes: p n\nrparms: r=1kk\ncallece r p=p n=n r=r\nendece\n";
+        return check_deck(view_deck("d.in", many), installed());
+    };
+    const check_report few = report_of(50), many = report_of(300);
+    EXPECT_EQ(few.count.at("refused"), 50);
+    EXPECT_EQ(few.n_warnings(), 0);
+    EXPECT_EQ(many.count.at("refused"), 50) << "each is a reading of its own";
+    ASSERT_EQ(many.n_warnings(), 1);
+    EXPECT_NE(report_text(many).find("warning: so many composites are refused that this one and further ones"),
+              std::string::npos);
+}
+
 TEST(check_composites, knows_their_words_in_the_deck_and_the_loops_that_they_make) {
     EXPECT_EQ(faults_of(deck_with(divider, "eelement name=D1 type=divide a=in m=x b=0\n")), "d.in:11:23 unknown-type");
     EXPECT_EQ(faults_of(deck_with(divider, "eelement name=D1 type=divider a=in m=x b=0 q=1\n" + load)),
