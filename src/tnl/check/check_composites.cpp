@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/words.h"
+#include "library/composite/composite_form.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
 
@@ -55,6 +56,8 @@ public:
             else if (const int library = find_library(&library_form::call, l.w[0]);
                      library >= 0 && &l != &own_.lines[0])
                 collect(l, library, dc);
+        check_flags();
+        check_names();
         for (const body_line& b : body_) check_body(b);
         check_outputs();
         if (n_errors_ == 0) check_nodes();
@@ -81,6 +84,51 @@ private:
         for (int j = first; j < l.w.size(); j += 2)
             if (l.w[j] == key) return j;
         return -1;
+    }
+
+    // Words behind the name of the entry.
+    void check_flags() {
+        const composite_form* form = composite_form_of(own_.library);
+        std::vector<std::string> known = {"allow_ac", "compute_acp", "compute_noisep", "compute_rparms"};
+        if (form != nullptr && form->may_postprocess) known.insert(known.end(), {"postprocessor", "postprocessor_ac"});
+        const own_line& l = own_.lines[0];
+        std::set<std::string> seen;
+        for (int j = 3; j < l.w.size(); j += 2) {
+            const std::string word = l.w.str(j);
+            if (!has(known, word))
+                error(place(l, j), "unknown-word",
+                      "no word " + word + " stands behind the name of a composite" + near_text(known, word));
+            else if (j + 1 >= l.w.size())
+                error(place(l, j), "no-value", "there is no value behind " + word, word + "=yes");
+            else if (!seen.insert(word).second)
+                error(place(l, j), "given-twice", word + " is given twice in this line");
+        }
+    }
+
+    // Names within each list of the head, and of the lines of the body: one is as good as two.
+    void check_names() {
+        const composite_form* form = composite_form_of(own_.library);
+        if (form == nullptr) return;
+        std::set<std::pair<std::string, std::string>> seen;  // list and name
+        bool in_ac = false;
+        const auto check = [&](const std::string& list, const own_line& l, int j, const std::string& where) {
+            if (!seen.emplace((in_ac ? "ac " : "") + list, l.w.str(j)).second)
+                error(place(l, j), "named-twice", l.w.str(j) + " stands twice " + where);
+        };
+        for (const own_line& l : own_.lines) {
+            if (l.w[0] == "begin_ac" || l.w[0] == "end_ac") in_ac = l.w[0] == "begin_ac";
+            for (const header_line& h : in_ac ? form->ac_lines : form->dc_lines) {
+                if (l.w[0] != h.keyword) continue;
+                const bool words = std::holds_alternative<word_list library_lists::*>(h.member) ||
+                                   std::holds_alternative<word_list composite_library::*>(h.member);
+                for (int j = 1; j < l.w.size(); j += words ? 1 : 2) check(h.keyword, l, j, "in the list " + l.w.str(0));
+            }
+        }
+        for (const body_line& b : body_) {
+            in_ac = !b.dc;
+            if (!b.name.empty())
+                check("name", *b.line, key_at(*b.line, b.first_key(), "name") + 1, "as the name of a line of the body");
+        }
     }
 
     // Finds the type of the line, which may also come from a model of the entry.
@@ -289,7 +337,8 @@ own_place place_in_entry(const own_entry& own, const std::string& text) {
     return own.lines[0].at[0];
 }
 
-// The simulator's reader over each composite, callees first; one that calls what is unsound is left out.
+// The simulator's reader over each composite, callees first; one that calls what is unsound is left out. It ends where
+// no more faults are kept, as each composite is a reading of its own.
 class library_check {
 public:
     library_check(checked_deck& d, std::set<entry_name>& unsound) : d_(d), unsound_(unsound) {
@@ -297,18 +346,28 @@ public:
     }
     void run() {
         for (const auto& [name, own] : own_) {
+            if (seen_.count(name) > 0) continue;
             const deck_needs needs = needs_of(name, d_.types.libraries());
             for (int i = 0; i < n_libraries; ++i)
                 for (const int e : needs.entries[i]) {
                     const auto& entries = d_.types.libraries().library[i].entries;
                     const auto callee = own_.find({i, entries[static_cast<std::size_t>(e)].name});
-                    if (callee != own_.end() && seen_.insert(callee->first).second)
-                        read(callee->first, *callee->second);
+                    if (callee == own_.end() || !seen_.insert(callee->first).second) continue;
+                    if (d_.report.is_full("refused")) {
+                        leave(*callee->second);
+                        return;
+                    }
+                    read(callee->first, *callee->second);
                 }
         }
     }
 
 private:
+    void leave(const own_entry& own) {
+        d_.report.warning_at("unread-composites", place_of(d_.report.deck.source, own.lines[0].at[0]),
+                             "so many composites are refused that this one and further ones were not looked into",
+                             "mend those that are told");
+    }
     void read(const entry_name& name, const own_entry& own) {
         const deck_needs needs = needs_of(name, d_.types.libraries());
         for (int i = 0; i < n_libraries; ++i)

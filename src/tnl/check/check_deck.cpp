@@ -6,6 +6,7 @@
 #include "base/words.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
+#include "tnl/deck/file_names.h"
 
 namespace cli {
 
@@ -141,6 +142,11 @@ bool begins_with_continuation(const std::string& text, std::size_t& at) {
     return false;
 }
 
+void check_input_names(checked_deck& d) {
+    for (const unreadable_input& u : unreadable_inputs(d.report.deck))
+        d.report.error("missing-file", {u.statement, u.word}, u.why);
+}
+
 // Stops of the readers of the circuit at statements of which nothing is told; one of no statement if nothing is told.
 void tell_rest(checked_deck& d) {
     std::set<int> told;
@@ -154,10 +160,10 @@ void tell_rest(checked_deck& d) {
 
 }  // namespace
 
-check_report check_deck(deck_view view, const installed_libraries& libraries) {
+check_report check_deck(deck_view view, const installed_libraries& libraries, check_place place) {
     if (!libraries.with_own && !view.own.entries.empty()) {
         const installed_libraries all = with_own(libraries, view.own);
-        return check_deck(std::move(view), all);
+        return check_deck(std::move(view), all, std::move(place));
     }
     check_report report{std::move(view), {}, {}};
     deck_view& deck = report.deck;
@@ -180,7 +186,9 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     const std::filesystem::path folder =
         deck.path == "-" ? std::filesystem::path() : std::filesystem::path(deck.path).parent_path();
-    checked_deck d{std::move(report), element_types(libraries), folder, {}, {}, {}, {}, {}, {}, {}, false, {}};
+    if (place.folder.empty()) place.folder = default_run_folder(deck.path);
+    checked_deck d{
+        std::move(report), element_types(libraries), folder, std::move(place), {}, {}, {}, {}, {}, {}, {}, false, {}};
     check_composites(d);
     const bool sound = d.report.n_errors() == 0;  // what faulty composites connect is not known
     if (is_library(d.report.deck)) {
@@ -197,6 +205,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries) {
     }
     check_outvars(d);
     check_solves(d);
+    check_input_names(d);
     tell_rest(d);
     sort_faults(d.report);
     return std::move(d.report);

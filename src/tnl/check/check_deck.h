@@ -33,6 +33,7 @@ struct solve_section {
     bool is_known_type = false;
     double n_points = 1;                                  // of its sweeps; NaN: not known
     double t_start = 0, t_end = NAN, longest_step = NAN;  // s
+    double t_long = -HUGE_VAL;                            // s; the longest step holds from here on
 };
 struct deck_sections {
     int begin_circuit = -1;  // its line; -1: none
@@ -68,10 +69,17 @@ struct named_values {
     std::set<std::string> reals, ints, texts;  // greal, ginteger, gstring
 };
 
+// Where the rows of a run go: DECK.run if no folder is named. With force, a whole path leads where it leads.
+struct check_place {
+    std::filesystem::path folder = {};
+    bool force = false;
+};
+
 struct checked_deck {
     check_report report;
     element_types types;
     std::filesystem::path folder;  // that file names are relative to
+    check_place place;             // with its folder
     deck_sections sections;
     named_values globals;
     std::vector<deck_element> elements;                  // placeholders too
@@ -122,8 +130,11 @@ bool has_lost_outvars(const checked_deck& d);
 std::filesystem::path path_of(const checked_deck& d, const std::string& name);  // of a file beside the deck
 bool file_exists(const checked_deck& d, const std::string& name);
 
+// Where a statement that begins so is passed over, the rows of the deck are there all the same.
+bool asks_for_no_rows(std::string_view word);
+
 // All checks over one deck; of a file of composites, which has no circuit, over these alone. What the deck brings along
 // is put into the libraries if it is not there.
-check_report check_deck(deck_view view, const installed_libraries& libraries);
+check_report check_deck(deck_view view, const installed_libraries& libraries, check_place place = {});
 
 }  // namespace cli

@@ -5,7 +5,6 @@
 #include "elaborate/families.h"
 #include "tnl/check/check_deck.h"
 #include "tnl/check/check_values.h"
-#include "tnl/common/input_file.h"
 #include "tnl/common/near_words.h"
 
 namespace cli {
@@ -172,8 +171,8 @@ void check_data_files(checked_deck& d, const deck_element& e) {
         } else if (given && !file_exists(d, file)) {
             d.report.error("missing-file", {e.statement, at}, "the file " + file + " does not exist",
                            "paths are relative to the deck");
-        } else if (const std::string what = given ? other_than_file(path_of(d, file)) : ""; !what.empty()) {
-            d.report.error("missing-file", {e.statement, at}, file + " is " + what + ", not a file");
+        } else if (std::error_code error; given && std::filesystem::is_directory(path_of(d, file), error)) {
+            d.report.error("missing-file", {e.statement, at}, file + " is a folder, not a file");
         }
     }
 }

@@ -127,8 +127,7 @@ private:
             d_.report.error("missing-file", at, "append=yes, but there is no " + file.path + " to go on behind",
                             "the first block that writes the file has no append=yes");
         }
-        if (const std::string why = fault_of_output_name(file.path, default_run_folder(d_.report.deck.path), false);
-            !why.empty()) {
+        if (const std::string why = fault_of_output_name(file.path, d_.place.folder, d_.place.force); !why.empty()) {
             d_.report.error("bad-output-place", at, why, "a name without a folder: filename out.dat");
             return;
         }
@@ -144,7 +143,7 @@ private:
         if (!is_time() || file.fourier) return NAN;
         // Rows of a fixed interval come a step late at most, steps of a rule that chooses them may be ten times as
         // long.
-        const double from = std::max(s_.t_start, file.out_tstart), to = std::min(s_.t_end, file.out_tend);
+        const double from = std::max({s_.t_start, s_.t_long, file.out_tstart}), to = std::min(s_.t_end, file.out_tend);
         return (to - from) / (file.flag_fixed_interval ? file.fixed_interval + s_.longest_step : s_.longest_step);
     }
     void check_rows(const out_file& file, deck_word at) {

@@ -46,6 +46,8 @@ public:
         }
         if (!f.begins(0, "title:"))
             d_.report.error("no-title", {0, 0}, "the first statement must be title:", "add a line: title: any words");
+        for (int i = 0; i < s_.end; ++i)
+            if (f.begins(i, "begin_circuit")) last_circuit_ = i;
         for (int i = 0; i < s_.end; ++i) {
             if (f.n_words(i) == 0) continue;
             const std::string word = d_.word(i, 0);
@@ -118,9 +120,10 @@ private:
             if (s_.begin_circuit < 0) unexpected(i, word, "before the circuit");
             open_solve(i, i + 1);
             if (s_.solves.size() == most_solves + 1)
-                d_.report.warning(
+                d_.report.error(
                     "too-many-blocks", {i, 0},
-                    "this and later solve blocks are not read: a deck has at most " + std::to_string(most_solves));
+                    "this and later solve blocks are not read: a deck has at most " + std::to_string(most_solves),
+                    "put them into a deck of their own");
         } else if (word == "end_solve") {
             if (now_ == section::solve || now_ == section::output)
                 close_solve(i, true);
@@ -213,7 +216,7 @@ private:
         }
         std::vector<std::string> all = border_words;
         if (before) all.insert(all.end(), globals.begin(), globals.end());
-        if (before && has(circuit_words_, word)) {  // as if begin_circuit stood here
+        if (before && has(circuit_words_, word) && i > last_circuit_) {  // as if begin_circuit stood here
             d_.report.error("no-circuit", {i, 0}, "begin_circuit is missing before this statement",
                             "add a line: begin_circuit");
             s_.begin_circuit = i;
@@ -234,7 +237,8 @@ private:
         const std::string text =
             "the statement " + word + " ... stands outside of all blocks and is not read" + near_text(all, word);
         if (misplaced)
-            d_.report.error("misplaced", {i, 0}, text);
+            d_.report.error("misplaced", {i, 0}, text,
+                            has(circuit_words_, word) ? "it belongs between begin_circuit and end_circuit" : "");
         else
             d_.report.warning("unread-statement", {i, 0}, text);
     }
@@ -262,6 +266,7 @@ private:
     deck_sections& s_;
     section now_ = section::outside;
     int output_begin_ = -1;
+    int last_circuit_ = -1;  // statement begin_circuit
     bool has_end_ = false;
     const std::vector<std::string> circuit_words_ = circuit_words(), solve_words_ = solve_words();
 };
@@ -269,5 +274,12 @@ private:
 }  // namespace
 
 void check_sections(checked_deck& d) { walk(d).run(); }
+
+bool asks_for_no_rows(std::string_view word) {
+    for (const std::string_view w :
+         {"begin_circuit", "end_circuit", "end_solve", "end_output", "greal", "ginteger", "gstring"})
+        if (w == word) return true;
+    return has(circuit_words(), word);
+}
 
 }  // namespace cli

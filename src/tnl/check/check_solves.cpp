@@ -41,6 +41,7 @@ public:
                 d_.report.warning("misplaced", {i, 0}, word + " means nothing in a " + s_.type + " block");
         }
         if (s_.type == "trns") check_time();
+        if (s_.type == "trns" || s_.type == "dc") check_gmin();
         if (s_.type == "dc") check_dc();
         s_.n_points = slv_.task.flag_vary_auto ? NAN : double(slv_.task.n_sweep) * slv_.task.n_sync;
     }
@@ -150,15 +151,48 @@ private:
                 }
         // Rules that choose their steps may take ten times the first one.
         const bool chooses = on("back_euler_auto") || on("trapezoidal_auto") || on("trbdf2");
-        const double longest = chooses ? (std::isnan(most) ? 10 * step : most) : step;
+        double longest = chooses ? (std::isnan(most) ? 10 * step : most) : step;
+        if (shrinks(step, most)) {
+            const double least_step = std::isnan(least) ? m.delt_min : least;
+            s_.t_long = start + step / (1 - std::max(0.0, m.fctr_stepinc)) + least_step;
+            longest = least_step;
+            d_.report.warning("bad-setting", place_of("fctr_stepinc"),
+                              "each step that converges makes the next one shorter, down to delt_min",
+                              "fctr_stepinc is above 1");
+        }
         s_.longest_step = longest;
-        const double steps = (end - start) / longest;
+        const double steps = (end - std::max(start, s_.t_long)) / longest;
         if (steps > m.itmax_trns * 1.0001 && longest > 0)
             d_.report.warning("too-many-steps", place_of("t_end"),
                               "the run needs about " + rounded(steps) +
                                   " steps and is cut off after itmax_trns=" + rounded(m.itmax_trns),
                               "method: itmax_trns=" + rounded(std::ceil(steps * 2)));
     }
+    bool iterates() const { return d_.is_built && !d_.c.cct.flag_linear; }
+
+    // Whether the steps fall towards delt_min: these rules take fctr_stepinc of a step behind each but the longest.
+    // Behind an event there may be longer ones.
+    bool shrinks(double step, double most) const {
+        return iterates() && !on("event_restart") && (on("back_euler_auto") || on("trapezoidal_auto")) &&
+               slv_.method.fctr_stepinc < 1 && (std::isnan(most) || step < most);
+    }
+
+    // Conductances in equal ratios. A run in time that starts from nothing takes them, other solves where they fail.
+    void check_gmin() {
+        const method_settings& m = slv_.method;
+        if (!iterates() || !m.gmin_step) return;
+        const bool surely = s_.type == "trns" && m.gmin_init && !slv_.task.init_previous && !slv_.task.init_file;
+        for (const auto& [word, x] : {std::pair{"gmin_start", m.gmin_start}, {"gmin_end", m.gmin_end}}) {
+            if (!(x <= 0) || given(word) == nullptr) continue;
+            const std::string text = std::string(word) + " must be above zero";
+            if (surely)
+                d_.report.error("bad-setting", place_of(word), text + ": the run would stop");
+            else
+                d_.report.warning("bad-setting", place_of(word),
+                                  text + ": a solve that needs gmin stepping would stop");
+        }
+    }
+
     static std::string rounded(double x) {
         char text[32];
         std::snprintf(text, sizeof text, x < 1e9 ? "%.0f" : "%.2e", x);

@@ -29,6 +29,23 @@ void replace_word(std::string& text, const std::string& word, const std::string&
     }
 }
 
+// Whether the simulator may read a file of this name. What an element does with its words is not known here: those
+// count that stand behind a word that speaks of a file, or have a path.
+bool may_be_read(const file_chr& f, int i, int j) {
+    const std::string_view first = f.word(i, 0), word = f.word(i, j), key = f.word(i, j - 1);
+    if (first == "gstring") return j % 2 == 0;
+    if (first == "initial_sol") return j == 3;
+    if (first == "filename") {
+        bool appends = false;
+        for (int k = 2; k + 1 < f.n_words(i); k += 2)
+            appends = appends || (f.word(i, k) == "append" && f.word(i, k + 1) == "yes");
+        return j == 1 && appends && fs::path(word).is_relative();
+    }
+    if (j % 2 != 0 || key == "name" || key == "type" || key == "model") return false;
+    return (find_library(&library_form::statement, first) >= 0 || find_library(&library_form::model, first) >= 0) &&
+           (key.find("file") != std::string_view::npos || word.find('/') != std::string_view::npos);
+}
+
 }  // namespace
 
 bool stays_inside(const fs::path& name) {
@@ -71,22 +88,24 @@ void name_inside(deck_view& deck, const fs::path& folder) {
     if (any) deck.statements = file_chr_of(deck.source.text, any_number_of_lines);
 }
 
-// Any value of a statement may name a file; those count that stand behind a word that speaks of one, or have a path.
-void check_input_names(const deck_view& deck) {
+std::vector<unreadable_input> unreadable_inputs(const deck_view& deck) {
+    std::vector<unreadable_input> list;
     const file_chr& f = deck.statements;
     const fs::path home = deck.path == "-" ? fs::path() : fs::path(deck.path).parent_path();
     for (int i = 0; i < f.n_lines(); ++i)
         for (int j = 1; j < f.n_words(i); ++j) {
-            const std::string_view word = f.word(i, j), key = f.word(i, j - 1);
-            const bool named = key.find("file") != std::string_view::npos || f.begins(i, "gstring");
-            if (!named && word.find('/') == std::string_view::npos) continue;
-            if (f.begins(i, "filename") && j == 1) continue;  // written, not read
-            const fs::path path(word);
+            if (!may_be_read(f, i, j)) continue;
+            const fs::path path(f.word(i, j));
             const std::string what = other_than_file(path.is_absolute() ? path : home / path);
             if (!what.empty() && what != "a folder")
-                throw deck_error("cannot read " + path.string() + ": it is " + what + "\n" +
-                                 place_with_caret(deck, i, j));
+                list.push_back({i, j, "cannot read " + path.string() + ": it is " + what});
         }
+    return list;
+}
+
+void check_input_names(const deck_view& deck) {
+    for (const unreadable_input& u : unreadable_inputs(deck))
+        throw deck_error(u.why + "\n" + place_with_caret(deck, u.statement, u.word));
 }
 
 }  // namespace cli

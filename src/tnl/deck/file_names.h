@@ -2,6 +2,7 @@
 #pragma once
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tnl/common/exit_status.h"
 #include "tnl/common/input_file.h"
@@ -35,7 +36,15 @@ void check_output_names(const deck_view& deck, const std::filesystem::path& fold
 // run writes it aside as all others. Places of words stay.
 void name_inside(deck_view& deck, const std::filesystem::path& folder);
 
-// Throws deck_error, with the place of the word, for a device or a pipe where a file is to be read.
+// A word of the deck that names a device or a pipe where a file is to be read: the value of an element, a model or a
+// gstring, the file of an initial_sol, or one in the deck's folder that rows are to go on behind.
+struct unreadable_input {
+    int statement, word;
+    std::string why;
+};
+std::vector<unreadable_input> unreadable_inputs(const deck_view& deck);
+
+// Throws deck_error, with the place of the word, for the first of them.
 void check_input_names(const deck_view& deck);
 
 }  // namespace cli

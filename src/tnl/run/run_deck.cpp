@@ -187,15 +187,17 @@ void check_own_composites(const deck_view& deck) {
 }
 
 // Errors of blocks that a run passes over without a word, so that rows are missing which the deck asks for.
-bool leaves_no_rows(const check_fault& fault) {
-    constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced"};
+bool leaves_no_rows(const check_fault& fault, const file_chr& deck) {
+    constexpr std::string_view codes[] = {"unknown-solve-type", "no-solve-type", "no-begin-solve", "misplaced",
+                                          "too-many-blocks"};
+    if (fault.code == "misplaced" && fault.at.statement < deck.n_lines() && fault.at.statement >= 0 &&
+        asks_for_no_rows(deck.word(fault.at.statement, 0)))
+        return false;
     return fault.is_error && std::find(std::begin(codes), std::end(codes), fault.code) != std::end(codes);
 }
 
 // What `tnl check` says of a deck that ran: it may have solved something else than what is written.
-std::string findings_of(check_report& report, const run_options& options) {
-    if (options.force)  // what was asked for is no finding
-        std::erase_if(report.faults, [](const check_fault& f) { return f.code == "bad-output-place"; });
+std::string findings_of(const check_report& report, const run_options& options) {
     std::string text;
     for (const check_fault& fault : report.faults)
         if (fault.is_error || !options.quiet) text += fault_text(report, fault, "  ");
@@ -250,7 +252,7 @@ run_result run_deck(const run_options& options, const installation& where) {
     }
     limit.reset();
 
-    side_work check([&] { return packed(check_deck(run.deck, libraries)); });
+    side_work check([&] { return packed(check_deck(run.deck, libraries, {run.folder, options.force})); });
     const clock::time_point start = clock::now();
     const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
     warning_listener listener;
@@ -272,7 +274,8 @@ run_result run_deck(const run_options& options, const installation& where) {
     if (ended.status == 0 && ended.signal == 0) {
         run.findings =
             warning_text(run.deck, record.warnings, "  ") + findings_of(*report, options) + (checked ? "" : unchecked);
-        const bool lacks = std::any_of(report->faults.begin(), report->faults.end(), leaves_no_rows) ||
+        const auto leaves_none = [&](const check_fault& f) { return leaves_no_rows(f, run.deck.statements); };
+        const bool lacks = std::any_of(report->faults.begin(), report->faults.end(), leaves_none) ||
                            (report->n_errors() > 0 && lacks_rows(record, n_planned));
         if (lacks && record.status == good) record.status = deck_fault;
     } else if (ended.signal == 0) {

@@ -93,6 +93,7 @@ const change changes[] = {
     {"begin_solve\nsolve_type dc", "begin_slove\nsolve_type dc", "13:1 misplaced, 14:1 no-begin-solve"},
     {"greal", "+ greal", "6:38 bad-number"},
     {"end_cf", "end_solve\nend_cf", "31:1 misplaced"},
+    {"begin_circuit", "eelement name=R9 type=r p=in n=0\nbegin_circuit", "3:1 misplaced"},
     {"solve_type dc\n", "", "13:1 no-solve-type"},
     {"solve_type dc", "solve_type dcc", "14:12 unknown-solve-type"},
     {"solve_type dc", "solve_type ac", "14:12 unknown-solve-type"},

@@ -188,6 +188,24 @@ TEST(check_composites, names_line_and_column_of_what_is_wrong) {
     EXPECT_EQ(faults_with("callece r p=a", "outvar: v=vv_of_r1\ncallece r name=r1 p=a"), "d.in:5:11 unknown-output");
 }
 
+TEST(check_composites, names_what_stands_there_twice_and_what_nobody_reads) {
+    EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1k r=2k"), "d.in:4:14 named-twice");
+    EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1k\nrparms: r=2k"), "d.in:5:9 named-twice");
+    EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1k q=1k"), "") << "a value may be that of another parameter";
+    EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1k\noutvar: v=nodev_of_a v=nodev_of_b"), "d.in:5:22 named-twice");
+    EXPECT_EQ(faults_with("mainnodes: a m b", "mainnodes: a m b m"), "d.in:3:18 named-twice");
+    EXPECT_EQ(faults_with("callece r p=a n=m r=r\ncallece r", "callece r name=z p=a n=m r=r\ncallece r name=z"),
+              "d.in:6:16 named-twice");
+    EXPECT_EQ(faults_with("callece r p=a n=m r=r\ncallece r", "callece r name=y p=a n=m r=r\ncallece r name=z"), "");
+    EXPECT_EQ(faults_with("name=divider", "name=divider allow_ca=yes"), "d.in:2:18 unknown-word");
+    EXPECT_EQ(faults_with("name=divider", "name=divider allow_ac=no"), "");
+    EXPECT_EQ(faults_with("name=divider", "name=divider allow_ac"), "d.in:2:18 no-value");
+    EXPECT_EQ(faults_with("name=divider", "name=divider allow_ac=no allow_ac=no"), "d.in:2:30 given-twice");
+    EXPECT_EQ(faults_of("gce name=g foo=bar\nmainvars: x y\nrparms: kp=2 kp=3\n"
+                        "callgce multscl name=z x=x y=y k=kp\noutvar: i=var_of_x i=var_of_y\nendgce\n"),
+              "d.in:1:12 unknown-word, d.in:3:14 named-twice, d.in:5:20 named-twice");
+}
+
 TEST(check_composites, tells_what_only_the_reader_of_libraries_finds) {
     EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1k 2"), "d.in:2:1 refused");
     EXPECT_EQ(faults_with("rparms: r=1k", "rparms: r=1kk"), "d.in:4:11 refused");
@@ -196,6 +214,23 @@ TEST(check_composites, tells_what_only_the_reader_of_libraries_finds) {
     std::string bad = divider;
     bad.replace(bad.find("1k"), 2, "1kk");
     EXPECT_EQ(faults_of(deck_with(caller + bad, "")), "d.in:8:11 refused");
+}
+
+TEST(check_composites, reads_no_more_of_them_than_it_can_tell_of) {
+    const auto report_of = [](int n) {
+        std::string many;
+        for (int i = 0; i < n; ++i)
+            many +=
+                "ece name=e" + std::to_string(i) + "\nmainnodes: p n\nrparms: r=1kk\ncallece r p=p n=n r=r\nendece\n";
+        return check_deck(view_deck("d.in", many), installed());
+    };
+    const check_report few = report_of(50), many = report_of(300);
+    EXPECT_EQ(few.count.at("refused"), 50);
+    EXPECT_EQ(few.n_warnings(), 0);
+    EXPECT_EQ(many.count.at("refused"), 50) << "each is a reading of its own";
+    ASSERT_EQ(many.n_warnings(), 1);
+    EXPECT_NE(report_text(many).find("warning: so many composites are refused that this one and further ones"),
+              std::string::npos);
 }
 
 TEST(check_composites, knows_their_words_in_the_deck_and_the_loops_that_they_make) {
