@@ -103,7 +103,7 @@ void tell_item(checked_deck& d, const told_stop& s, const stop_kind&) {
         if (card.word == statement) check_item(d, s.at, card);
 }
 
-const char* const sweep_forms = "ITEM from A to B type linear n_points N; ITEM type table V1 V2 ...";
+constexpr const char* sweep_forms = "ITEM from A to B type linear n_points N; ITEM type table V1 V2 ...";
 
 // A key that is looked for in vain may stand where a value is due.
 void tell_sweep(checked_deck& d, const told_stop& s, const stop_kind& kind) {
