@@ -20,6 +20,12 @@ struct parameter_slice {
     Row row;
 };
 
+// clang 14 deduces no arguments of an aggregate by itself.
+template <class Argument, class Values, class First>
+slice(Argument, Values, First) -> slice<Argument, Values, First>;
+template <class Argument, class Row>
+parameter_slice(Argument, Row) -> parameter_slice<Argument, Row>;
+
 // Values that units see of those that several units share: copy[k] = value[index[k]]. value may be of another family.
 template <class Copy, class Value, class Index>
 struct gathered {
@@ -27,6 +33,8 @@ struct gathered {
     Value value;
     Index index;
 };
+template <class Copy, class Value, class Index>
+gathered(Copy, Value, Index) -> gathered<Copy, Value, Index>;
 
 // The unknowns that units of a family share, in the present iterate and in the next one, and each unit's copies.
 template <class Units>
