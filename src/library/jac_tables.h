@@ -17,7 +17,7 @@ struct jac_tables {
 
     jac_tables() = default;
     jac_tables(const jac_tables&) = delete;
-    jac_tables(jac_tables&&) = default;
+    jac_tables(jac_tables&&) noexcept = default;
 
     // Index in store of the derivative of function j by variable m of a kind (var_kind); -1 for a kind without table.
     int offset(int kind, int j, int m) const;
