@@ -30,7 +30,14 @@ void write_record(const fs::path& folder, const std::string& state, const std::v
 
 const std::vector<record_file> one_file{{"w.dat", "trns", {{"time", "s"}, {"v", "V"}}, 0, 0}};
 
-json first_file(view_store& store, std::size_t run = 0) { return json::parse(store.list())["runs"][run]["files"][0]; }
+// A list asks for a look at the folders, in the background: a test that goes on to change them waits for its end.
+json listed(view_store& store) {
+    json list = json::parse(store.list());
+    store.wait_until_read();
+    return list;
+}
+
+json first_file(view_store& store, std::size_t run = 0) { return listed(store)["runs"][run]["files"][0]; }
 
 TEST(view_store, adds_columns_that_are_made_row_by_row) {
     const temp_folder inside;
@@ -92,6 +99,19 @@ TEST(view_store, a_run_that_lacks_what_a_made_column_needs_keeps_its_others) {
     file = first_file(store);
     EXPECT_EQ(file["problem"], "");
     EXPECT_EQ(file["columns"][3]["size"], 14);
+}
+
+TEST(view_store, makes_columns_again_when_the_record_comes_after_its_file) {
+    const temp_folder inside;
+    write_record("r.run", "complete", {{"w.dat", "trns", {{"time", "s"}, {"i", "A"}, {"v", "V"}}, 0, 0}});
+    ::write_file("r.run/w.dat", "0 1 5\n");
+    view_store store({"r.run"});
+    store.add_column("d = 2*v");
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["columns"][3]["size"], 10);
+    write_record("r.run", "complete", {{"w.dat", "trns", {{"time", "s"}, {"v", "V"}, {"i", "A"}}, 0, 0}});
+    store.wait_until_read();
+    EXPECT_EQ(first_file(store)["columns"][3]["size"], 2);
 }
 
 TEST(view_store, leaves_out_a_guess_that_lies_apart) {
@@ -180,7 +200,7 @@ TEST(view_store, follows_a_run_from_its_partial_folder_to_its_end_and_to_the_nex
     store.want_file(0, "w.dat");
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 2);
-    EXPECT_EQ(json::parse(store.list())["runs"][0]["unfinished"], true);
+    EXPECT_EQ(listed(store)["runs"][0]["unfinished"], true);
 
     append_text("a.run/.partial/w.dat", "3\n3 4\n");
     write_record("a.run", "complete", one_file);
@@ -188,19 +208,19 @@ TEST(view_store, follows_a_run_from_its_partial_folder_to_its_end_and_to_the_nex
     fs::remove_all("a.run/.partial");
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 4);
-    EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "complete");
+    EXPECT_EQ(listed(store)["runs"][0]["state"], "complete");
     const view_file_ptr file = store.want_file(0, "w.dat");
     EXPECT_EQ(file->source.rows.curves.size(), 1u);
 
     fs::remove_all("a.run");
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 4);  // what was read stays
-    EXPECT_NE(json::parse(store.list())["runs"][0]["problem"], "");
+    EXPECT_NE(listed(store)["runs"][0]["problem"], "");
     write_record("a.run", "complete", one_file);
     ::write_file("a.run/w.dat", "0 9\n");
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 1);
-    EXPECT_EQ(json::parse(store.list())["runs"][0]["problem"], "");
+    EXPECT_EQ(listed(store)["runs"][0]["problem"], "");
 }
 
 TEST(view_store, a_new_run_comes_before_the_results_of_the_old_one) {
@@ -219,7 +239,7 @@ TEST(view_store, a_new_run_comes_before_the_results_of_the_old_one) {
     fs::remove_all("a.run/.partial");
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 1);
-    EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "complete");
+    EXPECT_EQ(listed(store)["runs"][0]["state"], "complete");
 }
 
 TEST(view_store, a_run_that_was_cut_does_not_give_way_to_the_results_that_it_has_left_in_place) {
@@ -233,7 +253,7 @@ TEST(view_store, a_run_that_was_cut_does_not_give_way_to_the_results_that_it_has
     write_record("a.run/.partial", "signal", one_file);
     store.wait_until_read();
     EXPECT_EQ(first_file(store)["rows"], 1);
-    EXPECT_EQ(json::parse(store.list())["runs"][0]["state"], "signal");
+    EXPECT_EQ(listed(store)["runs"][0]["state"], "signal");
 }
 
 TEST(view_store, files_outside_of_the_run_are_not_followed_whatever_the_record_says) {
@@ -251,7 +271,7 @@ TEST(view_store, files_outside_of_the_run_are_not_followed_whatever_the_record_s
     write_record("a.run", "complete", files);
     view_store store({"a.run"});
     store.wait_until_read();
-    const json list = json::parse(store.list())["runs"][0]["files"];
+    const json list = listed(store)["runs"][0]["files"];
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list[0]["path"], "sub/in.dat");
     EXPECT_EQ(store.want_file(0, "../secret.dat"), nullptr);
@@ -275,7 +295,7 @@ TEST(view_store, runs_of_the_same_name_are_told_apart_by_their_paths) {
     write_record("two/a.run", "complete", {});
     write_record("b.run", "complete", {});
     view_store store({"one/a.run", "two/a.run/", "b.run/"});
-    const json runs = json::parse(store.list())["runs"];
+    const json runs = listed(store)["runs"];
     EXPECT_EQ(runs[0]["name"], "one/a.run");
     EXPECT_EQ(runs[1]["name"], "two/a.run/");
     EXPECT_EQ(runs[2]["name"], "b");

@@ -62,6 +62,15 @@ bool is_row_file(const std::string& path) {
     return !fs::is_directory(path, error) && !fs::is_directory(path + ".run", error);
 }
 
+// A record may come after its file was read: what is made of the rows by the names of their columns is made again.
+bool reads_alike(const record_file& a, const record_file& b) {
+    const auto is_same = [](const record_column& x, const record_column& y) {
+        return x.name == y.name && x.unit == y.unit;
+    };
+    return a.begins_with_guess == b.begins_with_guess &&
+           std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(), is_same);
+}
+
 // Takes over what was read of the files that are still there.
 void set_files(view_run& run) {
     std::vector<view_file_ptr> files;
@@ -73,6 +82,7 @@ void set_files(view_run& run) {
             if (old->record.path == record.path) file = old;
         if (!file) file = std::make_shared<view_file>();
         const std::lock_guard<std::mutex> hold(file->lock);
+        if (!reads_alike(file->record, record)) begin_anew(file->source);
         file->record = record;
         file->path = run.opened.folder / record.path;
         files.push_back(file);
