@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "analyses/composite_parms.h"
 #include "analyses/run_state.h"
 #include "base/at.h"
 #include "base/halt.h"
@@ -75,4 +76,5 @@ void make_room_for_totals(run_state& r) {
 void bind_models(run_state& r) {
     make_room_for_totals(r);
     for_families(r, [](auto& f) { bind_family(f); });
+    bind_composites(r);
 }

@@ -10,6 +10,7 @@ void bind_composites(run_state& r);
 // Computed parameters of all instances, nested composites included, and on to their units of both halves. Behind every
 // write of parameters: one_time_parms begins with it. Halts for a value that is no finite number.
 void compute_rparms(run_state& r);
+void compute_rparms_of(run_state& r, int fam, int instance);  // of one instance
 
 // Small-signal parameters at the bias point that stands in the units: rprm_ac from rprm, then by the functions of
 // composites with compute_acp, then to the small-signal units (linked parameters and acparm_map). Returns at once when

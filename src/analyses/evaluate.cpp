@@ -1,5 +1,6 @@
 #include "analyses/evaluate.h"
 
+#include "analyses/composite_parms.h"
 #include "base/at.h"
 
 namespace {
@@ -57,6 +58,7 @@ void call_held(run_state& r, bool with_derivatives) {
 }
 
 void one_time_parms(run_state& r) {
+    compute_rparms(r);
     const raised on(r.flags.one_time_parms);
     call_all(r);
 }

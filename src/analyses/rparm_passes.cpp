@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "analyses/composite_parms.h"
 #include "analyses/evaluate.h"
 #include "analyses/step_control.h"
 #include "base/at.h"
@@ -16,6 +17,15 @@ void derive_constants(run_state& r, int fam, int instance) {
         if (f.elements != fam) return;
         for (int u = first[at(instance)]; u < first[at(instance) + 1]; ++u) get_unit(r, f, u);
     });
+}
+
+// What a block writes into such a parameter would never be seen.
+[[noreturn]] void refuse_computed(const circuit& c, const rparm_link& link) {
+    const instance_core& inst = c.instances(link.family);
+    const composite_library& lib = c.lib.composites(link.family);
+    const int e = inst.i_lib[at(link.instance)];
+    halt({line("set_rparm: parameter ", lib.list.rprm.word(e, link.index), "_of_", inst.name[at(link.instance)]),
+          line("   is computed by the composite ", lib.list.entry[e], ". Halting...")});
 }
 }  // namespace
 
@@ -40,6 +50,8 @@ bool set_rparm_2(run_state& r) {
         changed = true;
         instance_changed(r.c, link.family, link.instance);
         check_derived(r.c, link.family, link.instance);
+        compute_rparms_of(r, link.family, link.instance);
+        if (parameter != value) refuse_computed(r.c, link);
         derive_constants(r, link.family, link.instance);
         // The corners of a source hang on its parameters.
         if (r.flags.event_restart) find_nextbreak_of(r, link.family, link.instance);

@@ -5,6 +5,7 @@
 #include "deck/ov_class.h"
 #include "deck/tmpdim_class.h"
 #include "elaborate/cct_class.h"
+#include "elaborate/computed_parms.h"
 #include "elaborate/instances.h"
 #include "elaborate/rparm_links.h"
 #include "elaborate/units.h"
@@ -50,6 +51,7 @@ struct circuit {
     xbeu_class xbeu;
     xbau_class xbau;
     rparm_links links;
+    computed_parms computed;
 
     instance_core& instances(int fam);
     const instance_core& instances(int fam) const;

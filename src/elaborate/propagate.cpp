@@ -12,14 +12,10 @@ void copy_linked(const row_table<int>& flag, int b, const row_table<T>& from, in
         if (const int link = flag.row(b)[j]; link >= 0) to.row(u)[j] = from.row(i)[link];
 }
 
-// Linked parameters only: constants that models derived and output slots of the units stay as they are.
-void push_to_units(const element_table& be, const instance_core& inst, int i, int e, int first_unit,
-                   bool with_start_values, unit_core& unit) {
+void push_start_values(const element_table& be, const instance_core& inst, int i, int e, int first_unit,
+                       unit_core& unit) {
     for (int k = 0; k < be.n_be(e); ++k) {
         const int b = be.first_be[at(e)] + k, u = first_unit + k;
-        copy_linked(be.iprm_flag, b, inst.iprm, i, unit.iprm, u);
-        copy_linked(be.rprm_flag, b, inst.rprm, i, unit.rprm, u);
-        if (!with_start_values) continue;
         copy_linked(be.sv_flag, b, inst.sv, i, unit.sv, u);
         copy_linked(be.ig_flag, b, inst.ig, i, unit.ig, u);
     }
@@ -30,9 +26,16 @@ void instance_changed(circuit& c, int fam, int i) {
     instance_core& inst = c.instances(fam);
     const composite_library& lib = c.lib.composites(fam);
     const int e = inst.i_lib[at(i)];
-    eval_rprm_1(lib, e, inst.rprm.row(i));
-    for (const unit_table& t : family_forms[fam].units)
-        push_to_units(lib.*t.elements, inst, i, e, (inst.*t.first_unit)[at(i)], t.with_start_values, t.units(c));
+    const computed_instance* computed = c.computed.find(fam, i);
+    // A function may have rewritten derived parameters; what it computes stands until compute_rparms.
+    if (computed == nullptr || !lib.flag.compute_rparms[at(e)]) eval_rprm_1(lib, e, inst.rprm.row(i));
+    // Linked parameters only: constants that models derived and output slots of the units stay as they are.
+    for (const unit_table& t : family_forms[fam].units) {
+        const int first = (inst.*t.first_unit)[at(i)];
+        push_linked(lib.*t.elements, e, first, inst.iprm.row(i), inst.rprm.row(i), false, t.units(c));
+        if (t.with_start_values) push_start_values(lib.*t.elements, inst, i, e, first, t.units(c));
+    }
+    if (computed != nullptr) push_computed(c, *computed);
 }
 
 void check_derived(const circuit& c, int fam, int i) {

@@ -147,6 +147,13 @@ template <class T>
 struct set_parameters {
     std::vector<T> value;
     std::vector<int> flag;
+
+    void keep(row_table<T>& values, row_table<int>& flags) const {
+        for (const T& v : value) values.add(v);
+        values.close_row();
+        for (const int f : flag) flags.add(f);
+        flags.close_row();
+    }
 };
 template <class T>
 set_parameters<T> set_group(const entry_in_work& entry, const parameter_group<T>& g, const call_in_work& call,
@@ -223,12 +230,22 @@ void read_call(entry_in_work& entry, half_in_work& half, const words& w) {
         half.next.rprm += half.basic.list.rprm.count(i_basic);
         half.next.node += half.basic.list.node.count(i_basic);
     }
+    call_table& calls = half.call;
+    calls.i_lib.push_back(call.i_callee);
+    calls.name.push_back(call.name);
+    calls.first_be.push_back(call.first_be);
+    calls.first_be_dc.push_back(call.first_be_dc);
     set_parameters<double> rprm;
     for_each_group([&](const auto& g) {
         auto set = set_group(entry, g, call, keys);
         for (int row = first_row; row < first_row + n; ++row) copy_group(half, g, set, row);
+        if constexpr (std::is_same_v<decltype(set), set_parameters<int>>) set.keep(calls.iprm, calls.iprm_flag);
+        if constexpr (std::is_same_v<decltype(set), set_parameters<std::string>>) set.keep(calls.sprm, calls.sprm_flag);
         if constexpr (std::is_same_v<decltype(set), set_parameters<double>>)
-            if (g.list == &library_lists::rprm) rprm = std::move(set);
+            if (g.list == &library_lists::rprm) {
+                set.keep(calls.rprm, calls.rprm_flag);
+                rprm = std::move(set);
+            }
     });
     if (half.ac) {
         const int first_copy = be.iprm.n_rows() - n;

@@ -50,6 +50,7 @@ struct half_in_work {
     bool ac;
     const basic_library& basic;
     element_table& be;
+    call_table& call;
     output_table& ov;
     const output_kinds& kinds;
     const word_list& in;  // the composite's sensed nodes and branches in this half

@@ -58,6 +58,21 @@ struct composite_flags {
     std::vector<int> allow_ac, compute_acp, compute_noisep, compute_rparms, postprocessor, postprocessor_ac;  // [n]
 };
 
+// Calls of other composites by the statements of one half; those of entry e are first[e] up to first[e + 1] - 1. The rows
+// are the callee's parameters as the call sets them: flag -1: a fixed value, >= 0: position in the caller's list.
+struct call_table {
+    std::vector<int> first{0};      // [n entries + 1]
+    std::vector<int> i_lib;         // [calls] callee
+    std::vector<std::string> name;  // [calls] name= of the statement, "" if none
+    std::vector<int> first_be;      // [calls] position of its first element in the caller's flat list of this half
+    std::vector<int> first_be_dc;   // [calls] the same in the DC half
+    row_table<int> iprm, iprm_flag;
+    row_table<std::string> sprm;
+    row_table<int> sprm_flag;
+    row_table<double> rprm;
+    row_table<int> rprm_flag;
+};
+
 // Composites of one family. list.node holds the main nodes (blocks: list.vr the main variables); list.rprm holds plain
 // parameters, then derived ones.
 struct composite_library {
@@ -68,6 +83,8 @@ struct composite_library {
     output_table ov, bias, ovac;
     derived_table derived;
     element_table be, beac;
+    call_table call, callac;
+    std::vector<int> computes_rparms;  // [n] 1: the entry, or one that it calls at any depth, has compute_rparms
     bool any_compute_rparms = false;
 
     int n() const { return list.n(); }

@@ -185,6 +185,7 @@ void read_body(text_file& file, entry_in_work& entry, half_in_work& half) {
     }
     if (!more || w[0] != end) halt({line(form.lib.class_name, ": ", end, " not found. Halting...")});
     half.be.first_be.push_back(static_cast<int>(half.be.i_be.size()));
+    half.call.first.push_back(static_cast<int>(half.call.i_lib.size()));
 }
 
 // What the body must have found by its end: outputs, then bias variables, then an element at every node.
@@ -243,6 +244,7 @@ void read_ac_half(text_file& file, entry_in_work& entry, const basic_library& ba
     half_in_work ac{.ac = true,
                     .basic = basic,
                     .be = lib.beac,
+                    .call = lib.callac,
                     .ov = lib.ovac,
                     .kinds = form.ac_kinds,
                     .in = lib.inac,
@@ -257,6 +259,15 @@ void read_ac_half(text_file& file, entry_in_work& entry, const basic_library& ba
               line("  Check ", form.lib.begin, " library. Halting..")});
 }
 
+// A composite inherits the need from those that it calls, which have been read before it.
+void assign_compute_rparms(composite_library& lib, int e) {
+    const auto i = static_cast<std::size_t>(e);
+    int on = lib.flag.compute_rparms[i];
+    for (int k = lib.call.first[i]; k < lib.call.first[i + 1]; ++k)
+        on |= lib.computes_rparms[static_cast<std::size_t>(lib.call.i_lib[static_cast<std::size_t>(k)])];
+    lib.computes_rparms.push_back(on);
+}
+
 void read_entry(text_file& file, const words& first_line, const composite_form& form, const basic_library& basic,
                 const basic_library& basic_ac, composite_library& lib) {
     read_entry_line(first_line, form, lib);
@@ -264,6 +275,7 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
     half_in_work dc{.ac = false,
                     .basic = basic,
                     .be = lib.be,
+                    .call = lib.call,
                     .ov = lib.ov,
                     .kinds = form.dc_kinds,
                     .in = lib.list.ind_node,
@@ -275,6 +287,7 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
     lib.list.close_rows();
     read_body(file, entry, dc);
     check_dc_half(entry, dc);
+    assign_compute_rparms(lib, entry.e);
     entry.dc_elements = dc.elements;
 
     words w;
@@ -286,6 +299,7 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
     if (form.ac_lines.empty()) {
         lib.ovac.name.close_entry();
         lib.beac.first_be.push_back(0);
+        lib.callac.first.push_back(0);
     } else {
         read_ac_half(file, entry, basic_ac);
     }

@@ -16,6 +16,7 @@
 #include "library/basic/basic_reader.h"
 #include "library/code_section.h"
 #include "library/composite/composite_reader.h"
+#include "library/generate/composite_code.h"
 #include "library/generate/generate.h"
 
 namespace {
@@ -134,10 +135,43 @@ std::ofstream open_output(const fs::path& path) {
 
 void write_library(const fs::path& path, const library_form& f, const std::vector<element_file>& files, bool strip) {
     std::ofstream out = open_output(path);
-    const bool has_sources = f.kind != library_kind::composite;  // these have nothing to strip
+    const composite_form* composites = composite_form_of(number_of(f));
     for (const element_file& file : files)
-        write_text(out, file, std::string(f.end), strip && has_sources, has_sources ? "" : file.group);
+        if (f.kind != library_kind::composite) {
+            write_text(out, file, std::string(f.end), strip, "");
+        } else {
+            element_file shown = file;
+            if (strip && composites != nullptr)
+                shown.text = without_code(file.text, find_composite_code(file.text, *composites));
+            write_text(out, shown, std::string(f.end), false, file.group);
+        }
 }
+
+// The functions of the composites that compute parameters, and their table.
+class composite_sources {
+public:
+    composite_sources(const fs::path& path, const composite_form& form) : out_(open_output(path)), form_(form) {
+        out_ << "#include <math.h>\n#include <cstring>\n#include \"flags_class.h\"\n#include \"halt.h\"\n"
+                "#include \"models/composite_functions.h\"\n";
+    }
+    // The newest entry of lib, which was read from the file.
+    void add(const element_file& file, const composite_library& lib) {
+        const int e = lib.n() - 1;
+        const composite_code code = find_composite_code(file.text, form_);
+        check_composite_code(code, lib, e);
+        if (!code.has_code) return;
+        write_composite_function(out_, file.text, file.path, code, form_, lib, e);
+        rows_ += composite_registration_row(form_, lib, e);
+        ++n_;
+    }
+    void finish() { write_composite_registration(out_, form_, rows_, n_); }
+
+private:
+    std::ofstream out_;
+    const composite_form& form_;
+    std::string rows_;
+    int n_ = 0;
+};
 
 // A composite and all that it calls, callees first.
 text_file with_callees(const std::vector<element_file>& files, std::size_t i) {
@@ -207,15 +241,19 @@ int main(int n_arg, char** arg) {
             basic[library] = std::move(lib);
         }
         // A library of all composites would be larger than a working folder may hold: each is read by itself.
-        if (composites)
+        if (composites) {
+            composite_sources made(sources / line("reg", composites->lib.begin, ".cpp"), *composites);
             for (std::size_t i = 0; i < files.size(); ++i) {
                 now.path = files[i].path;
                 text_file text = with_callees(files, i);
                 composite_library lib;
                 read_composites(text, *composites, basic[find_library(&library_form::name, composites->basic.name)],
                                 basic[find_library(&library_form::name, composites->basic_ac.name)], lib);
+                made.add(files[i], lib);
                 now.path.clear();
             }
+            made.finish();
+        }
     }
     return 0;
 }
