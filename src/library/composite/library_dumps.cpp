@@ -248,18 +248,36 @@ void write_hebes_dump(std::ostream& out, const std::string& word, const basic_li
 
 void write_heels_dump(std::ostream& out, const std::string& word, const composite_library& lib,
                       const basic_library& basic) {
+    constexpr int is_element = 1, is_composite = 2;
+    struct child {
+        int kind, index;  // among those of its kind
+        std::string_view name;
+    };
     out.precision(10);
     out << word << "_class\n";
     write_total(out, "n", lib.n());
     for (int e = 0; e < lib.n(); ++e) {
-        out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_rprm = " << lib.list.rprm.count(e)
-            << ", flag_compute_rparms = " << lib.flag.compute_rparms[static_cast<std::size_t>(e)] << '\n';
-        write_pairs(out, "rprm", lib.list.rprm, e);
-        for (int k = 0; k < lib.be.n_be(e); ++k) {
-            const int row = lib.be.first_be[static_cast<std::size_t>(e)] + k;
-            out << "    be = " << k << ", name = " << basic.list.entry[lib.be.i_be[static_cast<std::size_t>(row)]]
-                << '\n';
+        const auto i = static_cast<std::size_t>(e);
+        // In the order of the body: what a call has brought stands behind one another in the flat list.
+        std::vector<child> children;
+        int n_be = 0, n_ce = 0, position = 0;
+        for (int k = lib.call.first[i]; position < lib.be.n_be(e) || k < lib.call.first[i + 1];) {
+            const auto c = static_cast<std::size_t>(k);
+            if (k < lib.call.first[i + 1] && lib.call.first_be[c] == position) {
+                children.push_back({is_composite, n_ce++, lib.list.entry[lib.call.i_lib[c]]});
+                position += lib.be.n_be(lib.call.i_lib[c]);
+                ++k;
+            } else {
+                const auto row = static_cast<std::size_t>(lib.be.first_be[i] + position++);
+                children.push_back({is_element, n_be++, basic.list.entry[lib.be.i_be[row]]});
+            }
         }
+        out << "  i = " << e << ", name = " << lib.list.entry[e] << ", n_rprm = " << lib.list.rprm.count(e)
+            << ", flag_compute_rparms = " << lib.computes_rparms[i] << ", n_be = " << n_be << ", n_ce = " << n_ce
+            << ", n_children = " << n_be + n_ce << '\n';
+        write_pairs(out, "rprm", lib.list.rprm, e);
+        for (const child& c : children)
+            out << "    child_kind = " << c.kind << ", child_index = " << c.index << ", name = " << c.name << '\n';
     }
 }
 

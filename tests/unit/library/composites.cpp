@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 
 #include "halt_throws.h"
+#include "library/composite/library_dumps.h"
 #include "library_texts.h"
 
 namespace {
@@ -319,6 +321,83 @@ TEST(eels_class, rows_of_all_tables_keep_step) {
     EXPECT_EQ(lib.beac.acprm_be.size(), 6u);
     EXPECT_EQ(lib.auxnode.first.size(), 3u);
     EXPECT_EQ(lib.inac.first.size(), 3u);
+}
+
+// A leaf with a function, a middle that calls it twice between elements of its own, a top that calls the middle.
+std::string nested_library() {
+    return ece({"ece name=leaf allow_ac=yes compute_rparms=yes", "mainnodes: a b", "iparms: m=2", "sparms: s=x",
+                "rparms: r=1 k=2"},
+               "ebe type=r name=r p=a n=b r=r k=k\n", {}, "ebe_ac type=r name=r p=a n=b r=r k=k\n") +
+           ece({"ece name=middle allow_ac=yes", "mainnodes: a b", "auxnodes: c d", "iparms: n=3", "sparms: t=y",
+                "rparms: q=5 z=6"},
+               "ecemodel name=big type=leaf r=70 m=9\nebe type=r p=a n=c\ncallece leaf name=one a=c b=d r=z m=n s=t\n"
+               "ebe type=r p=c n=d\ncallece leaf a=d b=b k=8 model=big\n",
+               {}, "callece leaf name=one a=c b=d k=q\ncallece leaf a=d b=b r=q\n") +
+           ece({"ece name=top allow_ac=yes", "mainnodes: a b", "rparms: w=4"}, "callece middle name=m a=a b=b z=w\n", {},
+               "callece middle name=m a=a b=b\n") +
+           ece({"ece name=plain", "mainnodes: a b"}, "ebe type=r p=a n=b\n");
+}
+
+TEST(call_table, keeps_what_every_call_gives_its_callee) {
+    const eels_class lib = read_composite_text(nested_library());
+    const call_table& t = lib.call;
+    EXPECT_EQ(t.first, (std::vector<int>{0, 0, 2, 3, 3}));
+    EXPECT_EQ(t.i_lib, (std::vector<int>{0, 0, 1}));
+    EXPECT_EQ(t.name, (std::vector<std::string>{"one", "", "m"}));
+    EXPECT_EQ(t.first_be, (std::vector<int>{1, 3, 0}));
+    EXPECT_EQ(t.first_be_dc, t.first_be);
+    EXPECT_EQ(row(t.rprm_flag, 0), (std::vector<int>{1, -1}));
+    EXPECT_EQ(row(t.rprm, 0), (std::vector<double>{6, 2}));
+    EXPECT_EQ(row(t.iprm_flag, 0), (std::vector<int>{0}));
+    EXPECT_EQ(row(t.sprm_flag, 0), (std::vector<int>{0}));
+    EXPECT_EQ(row(t.rprm_flag, 1), (std::vector<int>{-1, -1}));
+    EXPECT_EQ(row(t.rprm, 1), (std::vector<double>{70, 8}));  // the model's value, the call's own
+    EXPECT_EQ(row(t.iprm, 1), (std::vector<int>{9}));
+    EXPECT_EQ(row(t.rprm_flag, 2), (std::vector<int>{-1, 0}));
+    // The small-signal half says itself what it gives, and finds its callees' places in the other half.
+    EXPECT_EQ(lib.callac.first, (std::vector<int>{0, 0, 2, 3, 3}));
+    EXPECT_EQ(lib.callac.first_be, (std::vector<int>{0, 1, 0}));
+    EXPECT_EQ(lib.callac.first_be_dc, (std::vector<int>{1, 3, 0}));
+    EXPECT_EQ(row(lib.callac.rprm_flag, 0), (std::vector<int>{-1, 0}));
+    EXPECT_EQ(row(lib.callac.rprm_flag, 1), (std::vector<int>{0, -1}));
+}
+
+TEST(assign_compute_rparms, a_caller_inherits_the_need_at_any_depth) {
+    const eels_class lib = read_composite_text(nested_library());
+    EXPECT_EQ(lib.flag.compute_rparms, (std::vector<int>{1, 0, 0, 0}));
+    EXPECT_EQ(lib.computes_rparms, (std::vector<int>{1, 1, 1, 0}));
+}
+
+TEST(heels_dump, shows_the_tree_of_composites_with_what_they_inherit) {
+    std::ostringstream out;
+    write_heels_dump(out, "heels", read_composite_text(nested_library()), read_basic(small_ebes));
+    EXPECT_EQ(out.str(),
+              "heels_class\nn = 4\n"
+              "  i = 0, name = leaf, n_rprm = 2, flag_compute_rparms = 1, n_be = 1, n_ce = 0, n_children = 1\n"
+              "    rprm r = 1\n    rprm k = 2\n    child_kind = 1, child_index = 0, name = r\n"
+              "  i = 1, name = middle, n_rprm = 2, flag_compute_rparms = 1, n_be = 2, n_ce = 2, n_children = 4\n"
+              "    rprm q = 5\n    rprm z = 6\n    child_kind = 1, child_index = 0, name = r\n"
+              "    child_kind = 2, child_index = 0, name = leaf\n    child_kind = 1, child_index = 1, name = r\n"
+              "    child_kind = 2, child_index = 1, name = leaf\n"
+              "  i = 2, name = top, n_rprm = 1, flag_compute_rparms = 1, n_be = 0, n_ce = 1, n_children = 1\n"
+              "    rprm w = 4\n    child_kind = 2, child_index = 0, name = middle\n"
+              "  i = 3, name = plain, n_rprm = 0, flag_compute_rparms = 0, n_be = 1, n_ce = 0, n_children = 1\n"
+              "    child_kind = 1, child_index = 0, name = r\n");
+}
+
+TEST(eels_class, acparm_map_through_calls_ends_at_the_top_or_at_a_fixed_value) {
+    const std::string library =
+        ece({"ece name=leaf allow_ac=yes", "mainnodes: a b", "rparms: x=3 y=4"}, "ebe type=r name=d p=a n=b\n", {},
+            "ebe_ac type=bias p=a n=b ac_parm_be=d\nacparm_map: 0 2\nacparm_map: 1 1\n") +
+        ece({"ece name=middle allow_ac=yes", "mainnodes: a b", "rparms: u=5 v=6"}, "callece leaf a=a b=b x=u y=v\n", {},
+            "callece leaf a=a b=b x=u y=v\n") +
+        ece({"ece name=top allow_ac=yes", "mainnodes: a b", "rparms: o=7 w=8"}, "callece middle a=a b=b v=w\n", {},
+            "callece middle a=a b=b v=w u=9\n");
+    const eels_class lib = read_composite_text(library);
+    EXPECT_EQ(row(lib.beac.acparm_map, 0), (std::vector<int>{1, 0}));
+    EXPECT_EQ(row(lib.beac.acparm_map, 1), (std::vector<int>{1, 0}));   // y <- v, x <- u
+    EXPECT_EQ(row(lib.beac.acparm_map, 2), (std::vector<int>{1, -1}));  // y <- v <- w; x <- u, fixed by the call
+    EXPECT_EQ(lib.beac.rprm.row(2)[1], 9.0);
 }
 
 }  // namespace
