@@ -281,7 +281,8 @@ U random_unit(const one_composite& o, int trial, std::vector<double>& own, std::
             own[j] = random_parameter(std::string(lib.list.rprm.word(o.c, static_cast<int>(j))), own[j], rng);
         if (const int n = lib.list.iprm.find(o.c, "n_given"); n >= 0 && o.name().ends_with("_2_1"))
             own_i[static_cast<std::size_t>(n)] = 1 + trial % 2;
-        U u(o.name());
+        const basic_library& basic = std::is_same_v<U, model_unit> ? installed_ebes() : installed_gbes();
+        U u(basic.list.entry.str(lib.be.i_be[static_cast<std::size_t>(o.row())]));  // as a rule of the composite's name
         take_parameters(lib.be.rprm, lib.be.rprm_flag, o.row(), own, u.x.rparm);
         take_parameters(lib.be.iprm, lib.be.iprm_flag, o.row(), own_i, u.x.iparm);
         try {
