@@ -259,15 +259,16 @@ void push_instance(circuit& c, const computed_instance& x, const half& h, const 
 
 void push_linked(const element_table& be, int e, int first_unit, const int* iprm, const double* rprm, bool use_map,
                  unit_core& unit) {
-    const auto copy = [](const row_table<int>& flag, int b, const auto* from, auto* to) {
-        for (int j = 0; j < flag.size(b); ++j)
-            if (const int link = flag.row(b)[j]; link >= 0) to[j] = from[link];
-    };
     for (int k = 0; k < be.n_be(e); ++k) {
         const int b = be.first_be[at(e)] + k, u = first_unit + k;
-        copy(be.iprm_flag, b, iprm, unit.iprm.row(u));
-        copy(be.rprm_flag, b, rprm, unit.rprm.row(u));
-        if (use_map && b < be.acparm_map.n_rows()) copy(be.acparm_map, b, rprm, unit.rprm.row(u));
+        for (int j = 0; j < be.iprm_flag.size(b); ++j)
+            if (const int link = be.iprm_flag.row(b)[j]; link >= 0) unit.iprm.row(u)[j] = iprm[link];
+        const int* map = b < be.acparm_map.n_rows() ? be.acparm_map.row(b) : nullptr;
+        for (int j = 0; j < be.rprm_flag.size(b); ++j) {
+            const bool mapped = map != nullptr && map[j] >= 0;
+            const int from = mapped ? map[j] : be.rprm_flag.row(b)[j];
+            if (from >= 0 && (use_map || !mapped)) unit.rprm.row(u)[j] = rprm[from];
+        }
     }
 }
 

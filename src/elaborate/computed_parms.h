@@ -62,7 +62,7 @@ void compute_acp(circuit& c, computed_instance& x, flags_class& flags);
 // What called composites have computed goes to their units once more, on top of what came by the links alone.
 void push_computed(circuit& c, const computed_instance& x);
 
-// Integer and real parameters of a composite to the units of its elements, by the links. use_map: those that
-// acparm_map feeds, too.
+// Integer and real parameters of a composite to the units of its elements, by the links. use_map: by acparm_map, too;
+// else what that feeds keeps its last value.
 void push_linked(const element_table& be, int e, int first_unit, const int* iprm, const double* rprm, bool use_map,
                  unit_core& unit);
