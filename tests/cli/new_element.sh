@@ -18,7 +18,20 @@ expect 'compiles' 0 "$(status_of "$compiler" -std=c++20 -fsyntax-only -I"$source
     -I"$source/src/library/basic" -I"$source/src/models" generated/.tnlaux/regebe.cpp)"
 expect 'is registered by its name' yes "$(has generated/.tnlaux/regebe.cpp '{"mine", e_mine, ')"
 
-expect 'all elements and it' 0 "$(status_of "$generate" generated share $(find "$source/models" -name '*.???') models/e/mine/mine.*)"
+# Composites with functions of their own, one of blocks beside it.
+sed -e 's/^ece name=l_gap /ece name=my_l /' -e 's/type=l_gap /type=my_l /' -e 's/^#: Inductor.*/#: A gapped inductor/' \
+    "$source/models/e/magnetics/l_gap.ece" >models/e/mine/my_l.ece
+sed -e 's/^gce name=const /gce name=my_k compute_rparms=yes /' -e '/^#>/s/type=const /type=my_k /' -e 's/^#: .*/#: A constant that is 7/' \
+    -e 's/^C:.*/C:\nvariables:\nsource:\n   if (flags->rparms) rparm[nr_k] = 7.0;/' \
+    "$source/models/g/sources/const.gce" >models/e/mine/my_k.gce
+
+expect 'all elements and it' 0 "$(status_of "$generate" generated share $(find "$source/models" -name '*.???') models/e/mine/*.?[bc]e)"
+for file in regece reggce; do
+    expect "functions of composites compile: $file" 0 "$(status_of "$compiler" -std=c++20 -fsyntax-only -I"$source/src" \
+        -I"$source/src/base" generated/.tnlaux/$file.cpp)"
+done
+expect 'one of electrical elements is registered' yes "$(has generated/.tnlaux/regece.cpp '{"my_l", my_l_acpe, 0, 0, 6, 3}')"
+expect 'one of blocks has no output values' yes "$(has generated/.tnlaux/reggce.cpp '{"my_k", without_outvar<my_k_acpg>, 0, 0, 3, 0}')"
 expect 'the tests of installed elements hold' 0 "$(TARNEL_SHARE="$work/share" status_of "$unit_tests" \
     --gtest_filter='installed_elements.*:model_rules.*:library_faults.are_none_in_what_the_build_installs')"
 expect 'listed' '    mine  A source of mine' "$(bin/tnl list 'of mine' | tail -n 1)"

@@ -226,6 +226,11 @@ int main(int n_arg, char** arg) {
                 basic_library lib;
                 read_library_text(text, *form, &glue, lib);
             }
+        if (composites)
+            for (const element_file& file : files) {
+                now.path = file.path;
+                find_composite_code(file.text, *composites);
+            }
         now.path.clear();
         write_library(sources / f.file, f, files, false);
         write_library(libraries / f.file, f, files, true);
