@@ -49,6 +49,8 @@ constexpr advice_text texts[] = {
      "a composite (ece, gce) of elements that there are"},
     {"code", "A composite of a deck has code, which nobody compiles.", "", "rparms_derived: computes parameters"},
     {"composite", "A composite of the deck is not as it should be.", "", "ece name=NAME, its lines, endece"},
+    {"computed", "A value is given to a parameter that its element computes from others (a warning).", "",
+     "give those that it is computed from: tnl describe NAME"},
     {"doubtful-value", "A value is far from what its unit leads to expect (a warning).", "M for m, a missing letter",
      "m is 1e-3, u is 1e-6, M is 1e6"},
     {"empty", "The deck is empty.", "", "tnl new NAME makes one to start from"},

@@ -113,6 +113,7 @@ void check_value(checked_deck& d, const element_type& type, deck_word key, int v
     } else if (has(type.rprm, word) || has(type.start, word) || has(type.guess, word)) {
         double x = 0;
         if (check_real(d, at, &x)) check_unit(d, type, word, at, x);
+        check_computed(d, type, word, key);
     }
 }
 

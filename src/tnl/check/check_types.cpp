@@ -183,6 +183,10 @@ const element_type* element_types::find(int library, std::string_view name) {
     for (words_member list : {&element_type::node, &element_type::var})
         for (const std::string& w : type.*list) own[w] = w;
     reader(*this, type).read_body(*entry, library, own, 0);
+    const model_rules& told = rules(*entry, library);
+    type.has_own_limits = !told.limits.empty();
+    if (type.has_own_limits) type.limits = told.limits;
+    type.computed = told.computed;
     return &known_.emplace(key, std::move(type)).first->second;
 }
 

@@ -62,7 +62,9 @@ parameter parameter_of(const checked_deck& d, const deck_element& e, std::string
 }
 
 // Words of a composite that stands for one basic element are that element's; those of another may mean anything.
-bool stands_for_one(const element_type& type) { return type.basics.size() == 1 && type.basics[0] == type.name; }
+bool has_limits(const element_type& type) {
+    return type.has_own_limits || (type.basics.size() == 1 && type.basics[0] == type.name);
+}
 
 void refuse(checked_deck& d, const element_type& type, const limit& l, deck_word at, const std::string& text) {
     d.report.error("bad-value", at, type.name + " does not take " + text + ": the run would stop",
@@ -72,7 +74,7 @@ void refuse(checked_deck& d, const element_type& type, const limit& l, deck_word
 }  // namespace
 
 void check_model_limits(checked_deck& d, const deck_element& e) {
-    if (!stands_for_one(*e.type)) return;
+    if (!has_limits(*e.type)) return;
     for (const limit& l : e.type->limits) {
         std::vector<parameter> all;
         for (const std::string& name : l.names) all.push_back(parameter_of(d, e, name));
@@ -98,8 +100,10 @@ void check_item_value(checked_deck& d, deck_word item, deck_word value) {
     const auto found = d.element_of.find(word.substr(of + 4));
     if (found == d.element_of.end()) return;
     const deck_element& e = d.elements[static_cast<std::size_t>(found->second)];
-    if (e.type == nullptr || !stands_for_one(*e.type)) return;
+    if (e.type == nullptr) return;
     const std::string name = word.substr(0, of);
+    check_computed(d, *e.type, name, item);
+    if (!has_limits(*e.type)) return;
     for (const limit& l : e.type->limits) {
         if (!l.is_of_one || !has(l.names, name)) continue;
         // A factor beside the value may bring it back into the limits.
@@ -110,6 +114,12 @@ void check_item_value(checked_deck& d, deck_word item, deck_word value) {
         if (is_broken(l, [&](const std::string& n) { return n == name ? x : parameter_of(d, e, n).x; }))
             return refuse(d, *e.type, l, value, name + "=" + d.word(value.statement, value.word));
     }
+}
+
+void check_computed(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at) {
+    if (has(type.computed, parameter))
+        d.report.warning("computed", at, type.name + " computes " + parameter + " itself: this value is overwritten",
+                         "give what it is computed from; tnl describe " + type.name + " tells it");
 }
 
 void check_unit(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at, double value) {

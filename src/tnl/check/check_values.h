@@ -10,6 +10,9 @@ void check_model_limits(checked_deck& d, const deck_element& e);
 // left out: others may be set beside it.
 void check_item_value(checked_deck& d, deck_word item, deck_word value);
 
+// Warns of a value for a parameter that the element computes itself.
+void check_computed(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at);
+
 // Warns when the value of a parameter is far from what its unit leads to expect. Without a unit nothing is said.
 void check_unit(checked_deck& d, const element_type& type, const std::string& parameter, deck_word at, double value);
 

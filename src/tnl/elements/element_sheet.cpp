@@ -101,6 +101,13 @@ model_rules rules_of_basics(const library_entry& entry, int library, const insta
             all.refuses_dc = refuses_dc;
             all.jumps = jumps;
         }
+    const model_rules own = rules_of(entry, library_forms[library]);
+    if (!own.limits.empty()) {
+        all.limits = own.limits;
+        all.limit_texts = own.limit_texts;
+    }
+    all.computed = own.computed;
+    all.faults.insert(all.faults.end(), own.faults.begin(), own.faults.end());
     return all;
 }
 

@@ -146,6 +146,8 @@ model_rules rules_of(const library_entry& entry, const library_form& form) {
             rules.refuses_dc = true;
         else if (w.size() == 1 && w[0] == "jumps")
             rules.jumps = true;
+        else if (w.size() == 2 && w[0] == "computed" && parameters.contains(w[1]))
+            rules.computed.push_back(w[1]);
         else
             rules.faults.push_back("not understood: " + line);
     }

@@ -1,4 +1,4 @@
-// model_rules.h -- what a basic entry says of its model to those who check a deck before it runs.
+// model_rules.h -- what an entry says of its model, or of its function, to those who check a deck before it runs.
 #pragma once
 #include <functional>
 #include <string>
@@ -42,16 +42,18 @@ limit limit_of(const std::string& text);
 // False where a value that counts is NaN. Within 1e-9 of each other the sides of <= and >= are equal.
 bool is_broken(const limit& l, const std::function<double(const std::string&)>& value_of);
 
-// Comment lines of a basic entry, behind its first line:
+// Comment lines of a basic entry, behind its first line; those of limits also of a composite with a function:
 //   #= limit r*k_scale > 1e-9     see above; with [k] and [k+1] it stands for k=1, 2 ... as far as there are parameters
 //   #= branch voltage p n         kind and nodes; entries without one conduct between all of their nodes
 //   #= refuses dc                 a dc block stops at it
 //   #= jumps                      its stored state, or its value, jumps in a run in time
+//   #= computed l_o               of a composite: its function writes this parameter, whatever a deck gives
 struct model_rules {
     std::vector<std::string> limit_texts;  // as the file has them
     std::vector<limit> limits;
     std::vector<type_branch> branches;
     bool refuses_dc = false, jumps = false;
+    std::vector<std::string> computed;
     std::vector<std::string> faults;  // lines that say nothing, or name what the entry lacks
 };
 model_rules rules_of(const library_entry& entry, const library_form& form);

@@ -73,6 +73,11 @@ TEST(model_rules, are_read_from_the_comments_of_an_entry) {
     EXPECT_FALSE(rules("").refuses_dc || rules("").jumps);
 }
 
+TEST(model_rules, name_the_parameters_that_a_composite_computes) {
+    EXPECT_EQ(rules("#= computed r\n").computed, std::vector<std::string>{"r"});
+    EXPECT_EQ(rules("#= computed x\n").faults.size(), 1U);
+}
+
 TEST(model_rules, stand_for_all_numbered_parameters_that_there_are) {
     const model_rules all = rules("#= limit t[k+1] >= t[k] if [k] < n_pts\n");
     ASSERT_EQ(all.limits.size(), 2U);
@@ -93,8 +98,11 @@ TEST(model_rules, of_the_installed_elements_are_all_understood) {
         for (const library_entry& entry : libraries.library[i].entries) {
             const model_rules all = rules_of(entry, library_forms[i]);
             EXPECT_EQ(all.faults, std::vector<std::string>{}) << entry.name;
+            // Composites without a function have those of their basic elements.
+            const bool computes = entry.text.substr(0, entry.text.find('\n')).ends_with(" compute_rparms=yes");
             if (!library_forms[i].statement.empty()) {
-                EXPECT_TRUE(all.limits.empty()) << entry.name;  // composites have those of their basic elements
+                EXPECT_EQ(all.limits.empty(), !computes) << entry.name;
+                EXPECT_EQ(all.computed.empty(), !computes) << entry.name;
             }
             n_limits += all.limits.size();
         }
