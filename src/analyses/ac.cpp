@@ -4,6 +4,7 @@
 #include "analyses/evaluate.h"
 #include "base/at.h"
 #include "base/halt.h"
+#include "base/signals.h"
 #include "output/row_writers.h"
 #include "settings/directives.h"
 
@@ -31,6 +32,7 @@ void run_frequencies(run_state& r) {
     if (slv.method.compute_acp) compute_acp(r);
     take_bias(r);
     for (slv.now.i_freq = 0; slv.now.i_freq < slv.task.n_freq; ++slv.now.i_freq) {
+        heed_signals();
         slv.now.freq = slv.task.freq_array[at(slv.now.i_freq)];
         if (r.c.ebau.n() > 0 || r.c.gbau.n() > 0) solve_ac(r);
         write_ac(slv, r.c, r.flags);
