@@ -12,10 +12,9 @@ void check_counts(const composite_library& lib, int e, const composite_registrat
         const char* keyword;
         int has, uses;
     };
-    for (const count& k : {count{"iparms:", lib.list.iprm.count(e), row.n_iprm},
-                           count{"sparms:", lib.list.sprm.count(e), row.n_sprm},
-                           count{"rparms:", lib.list.rprm.count(e), row.n_rprm},
-                           count{"outvar:", lib.ov.count(e), row.n_ov}})
+    for (const count& k :
+         {count{"iparms:", lib.list.iprm.count(e), row.n_iprm}, count{"sparms:", lib.list.sprm.count(e), row.n_sprm},
+          count{"rparms:", lib.list.rprm.count(e), row.n_rprm}, count{"outvar:", lib.ov.count(e), row.n_ov}})
         if (k.has < k.uses)
             halt({line(form.class_name, ": entry ", row.name, " is smaller than its function."),
                   line("   ", k.keyword, " has ", k.has, ", the function uses ", k.uses, "."), "   Halting..."});

@@ -77,8 +77,8 @@ void scatter_unit(const unit_family<Rows>& f, int u, bool next_iterate = false) 
         if (index.data[at(k)] != ref) to[at(index.data[at(k)])] = from[at(k)];
 }
 
-// Every unit, with one switch on: for its once-only parameters, behind those that composites compute; for the parameters
-// that outputs read.
+// Every unit, with one switch on: for its once-only parameters, behind those that composites compute; for the
+// parameters that outputs read.
 void one_time_parms(run_state& r);
 void ov_prm(run_state& r);
 // Of units of the runs, for local variables and such.

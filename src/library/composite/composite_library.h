@@ -58,8 +58,8 @@ struct composite_flags {
     std::vector<int> allow_ac, compute_acp, compute_noisep, compute_rparms, postprocessor, postprocessor_ac;  // [n]
 };
 
-// Calls of other composites by the statements of one half; those of entry e are first[e] up to first[e + 1] - 1. The rows
-// are the callee's parameters as the call sets them: flag -1: a fixed value, >= 0: position in the caller's list.
+// Calls of other composites by the statements of one half; those of entry e are first[e] up to first[e + 1] - 1. The
+// rows are the callee's parameters as the call sets them: flag -1: a fixed value, >= 0: position in the caller's list.
 struct call_table {
     std::vector<int> first{0};      // [n entries + 1]
     std::vector<int> i_lib;         // [calls] callee

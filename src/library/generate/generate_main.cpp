@@ -15,8 +15,8 @@
 #include "base/halt.h"
 #include "library/basic/basic_reader.h"
 #include "library/code_section.h"
+#include "library/composite/composite_code.h"
 #include "library/composite/composite_reader.h"
-#include "library/generate/composite_code.h"
 #include "library/generate/generate.h"
 
 namespace {

@@ -24,8 +24,8 @@ struct element_type {
     std::vector<name_and_value> text_values;  // sprm with what stands in the library
     std::vector<std::string> outvar;          // dc and small signal
     std::vector<type_branch> branches;
-    std::vector<std::string> basics;     // the basic elements that it is made of
-    std::vector<limit> limits;           // of its parameters, where it is made of one or tells its own
+    std::vector<std::string> basics;  // the basic elements that it is made of
+    std::vector<limit> limits;        // of its parameters, where it is made of one or tells its own
     bool has_own_limits = false;
     std::vector<std::string> computed;   // of rprm: what a deck gives is overwritten
     std::vector<name_and_value> values;  // iprm, rprm with what stands in the library

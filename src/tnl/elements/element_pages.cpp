@@ -106,7 +106,8 @@ std::vector<std::string> rule_lines(const model_rules& rules, std::string_view q
     std::vector<std::string> lines;
     const auto quoted = [&](const std::string& text) { return std::string(quote) + text + std::string(quote); };
     for (const std::string& limit : rules.limit_texts) lines.push_back("a run stops unless " + quoted(limit));
-    for (const std::string& word : rules.computed) lines.push_back(quoted(word) + " is computed, whatever a deck gives");
+    for (const std::string& word : rules.computed)
+        lines.push_back(quoted(word) + " is computed, whatever a deck gives");
     if (rules.refuses_dc) lines.emplace_back("a dc block stops at it");
     if (rules.jumps) lines.emplace_back("acts at once: rules of second order need event_restart=yes");
     for (const type_branch& b : rules.branches)

@@ -13,7 +13,8 @@ const std::string inductor =
     "eelement name=L1 type=l_gap p=a n=0 path=0 turns=20\n";
 std::string own(const std::string& flags, const std::string& body, const std::string& body_ac) {
     return "ece name=own allow_ac=yes " + flags + "\nbegin_dc\nmainnodes: p n\nauxnodes:\noutvar:\nbias:\nstparms:\n" +
-           "igparms:\nind_nodes:\nind_branches:\ndigital_nodes:\nmain_var:\nxvar:\niparms:\nsparms:\nrparms: r=2 w=30\n" +
+           "igparms:\nind_nodes:\nind_branches:\ndigital_nodes:\nmain_var:\nxvar:\niparms:\nsparms:\nrparms: r=2 "
+           "w=30\n" +
            "rparms_derived:\n" + body + "end_dc\nC:\nvariables:\nsource:\n   rparm[0] = 5;\nendC\nbegin_ac\n" +
            "outvar_ac:\nind_nodes_ac:\nind_branches_ac:\n" + body_ac + "end_ac\nendece\n";
 }
@@ -53,12 +54,12 @@ TEST(compute_rparms, brings_the_same_rows_as_the_number_given_to_a_plain_inducto
     l.precision(17);
     l << gapped(20, 1e-3);
     const auto rows = [&](const std::string& element) {
-        const whole_run run(deck_text{"eelement name=V1 type=vsrcac p=in n=0 a=1 f_hz=3k\n"
-                                      "eelement name=R1 type=r p=in n=a r=1\n" +
-                                          element + "outvar: i=i_of_L1 va=nodev_of_a\n",
-                                      "i va",
-                                      {trns}}
-                                .str());
+        const whole_run run(deck_text{
+            "eelement name=V1 type=vsrcac p=in n=0 a=1 f_hz=3k\n"
+            "eelement name=R1 type=r p=in n=a r=1\n" +
+                element + "outvar: i=i_of_L1 va=nodev_of_a\n",
+            "i va",
+            {trns}}.str());
         EXPECT_FALSE(run.stopped) << run.text;
         return run.rows("out1.dat");
     };
@@ -67,11 +68,11 @@ TEST(compute_rparms, brings_the_same_rows_as_the_number_given_to_a_plain_inducto
 }
 
 TEST(compute_rparms, an_automatic_sweep_computes_at_every_point_and_what_it_leaves_stays) {
-    const whole_run run(
-        deck_text{inductor + "outvar: l=l_of_L1\n",
-                  "l",
-                  {dc + "vary_parm turns_of_L1 type auto p_begin=30 p_end=10 step=10 step_min=10 step_max=10\n", dc}}
-            .str());
+    const whole_run run(deck_text{
+        inductor + "outvar: l=l_of_L1\n",
+        "l",
+        {dc + "vary_parm turns_of_L1 type auto p_begin=30 p_end=10 step=10 step_min=10 step_max=10\n",
+         dc}}.str());
     ASSERT_FALSE(run.stopped) << run.text;
     const table swept = run.rows("out1.dat"), after = run.rows("out2.dat");
     ASSERT_EQ(swept.size(), 3u);
@@ -97,12 +98,11 @@ TEST(compute_acp, of_a_composite_whose_source_nobody_compiled_stops_an_ac_block_
 TEST(compute_acp, a_map_feeds_small_signals_alone_and_its_switch_keeps_the_last_values) {
     // r of the small-signal form comes from w = 30 by the map; the large-signal one has r = 2.
     const std::string library = own("", r_body, r_ac + "acparm_map: 0 2\n");
-    const whole_run run(
-        deck_text{with_own + "outvar: i=i_ac_of_V1\n",
-                  "mag_of_i",
-                  {ac, ac + "set_parm w_of_X1=50\nmethod: compute_acp=no\n", ac}}
-            .str(),
-        "", library);
+    const whole_run run(deck_text{with_own + "outvar: i=i_ac_of_V1\n",
+                                  "mag_of_i",
+                                  {ac, ac + "set_parm w_of_X1=50\nmethod: compute_acp=no\n", ac}}
+                            .str(),
+                        "", library);
     ASSERT_FALSE(run.stopped) << run.text;
     EXPECT_NEAR(run.rows("out1.dat")[0][1], 1.0 / 30, 1e-8);
     EXPECT_NEAR(run.rows("out2.dat")[0][1], 1.0 / 30, 1e-8);

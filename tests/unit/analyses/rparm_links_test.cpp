@@ -72,13 +72,15 @@ TEST(set_rparm, stops_at_a_value_that_makes_another_one_infinite) {
 
 TEST(set_rparm, what_a_composite_computes_from_a_written_parameter_follows_nested_ones_too) {
     // L = mu0 x^2 100u / 1m; x goes from 1k to 2k turns, one step behind. The choke has half the turns in its core.
-    const std::string head = "ece name=choke\nbegin_dc\nmainnodes: p n\nauxnodes:\noutvar: l=l_of_core\nbias:\nstparms:\n"
+    const std::string head =
+        "ece name=choke\nbegin_dc\nmainnodes: p n\nauxnodes:\noutvar: l=l_of_core\nbias:\nstparms:\n"
         "igparms:\nind_nodes:\nind_branches:\ndigital_nodes:\nmain_var:\nxvar:\niparms:\nsparms:\nrparms: w=5\n"
         "rparms_derived:\ncallece l_gap name=core p=p n=n turns=w path=0\nend_dc\nC:\nendC\nbegin_ac\noutvar_ac:\n"
         "ind_nodes_ac:\nind_branches_ac:\nend_ac\nendece\n";
     for (const std::string rule : rules) {
         const whole_run run(
-            deck_text{driven + "eelement name=L1 type=l_gap p=a n=0 path=0\neelement name=R2 type=r p=a n=b\n"
+            deck_text{driven +
+                          "eelement name=L1 type=l_gap p=a n=0 path=0\neelement name=R2 type=r p=a n=b\n"
                           "eelement name=X1 type=choke p=b n=0\n" +
                           writer("L1", "turns") + "gelement name=S2 type=set_rparm x=x element=X1 parm=w k=0.5\n" +
                           "outvar: l1=l_of_L1 lx=l_of_X1 i=i_of_L1 va=nodev_of_a\n",
@@ -95,17 +97,19 @@ TEST(set_rparm, what_a_composite_computes_from_a_written_parameter_follows_neste
             EXPECT_NEAR(rows[n][1], l, 1e-6 * l) << rule << n;
             EXPECT_NEAR(rows[n][2], l / 4, 1e-6 * l) << rule << n;
             const double change = rows[n][3] - rows[n - 1][3];  // of a step that was made with this inductance
-            if (rule == "back_euler") { EXPECT_NEAR(change, 0.25e-3 * rows[n][4] / l, 2e-6 * std::fabs(rows[n][3])); }
+            if (rule == "back_euler") {
+                EXPECT_NEAR(change, 0.25e-3 * rows[n][4] / l, 2e-6 * std::fabs(rows[n][3]));
+            }
         }
     }
 }
 
 TEST(set_rparm, refuses_to_write_what_a_composite_computes) {
-    const whole_run run(deck_text{driven + "eelement name=L1 type=l_gap p=a n=0\n" + writer("L1", "l_o") +
-                                      "outvar: va=nodev_of_a\n",
-                                  "va",
-                                  {dc, trns("back_euler")}}
-                            .str());
+    const whole_run run(
+        deck_text{driven + "eelement name=L1 type=l_gap p=a n=0\n" + writer("L1", "l_o") + "outvar: va=nodev_of_a\n",
+                  "va",
+                  {dc, trns("back_euler")}}
+            .str());
     EXPECT_TRUE(run.stopped);
     EXPECT_NE(run.text.find("set_rparm: parameter l_o_of_L1\n   is computed by the composite l_gap. Halting...\n"),
               std::string::npos)

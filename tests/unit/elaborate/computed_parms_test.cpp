@@ -41,30 +41,29 @@ std::string ece(const ece_text& t) {
 }
 
 // r = turns^2 * k, by an integer and a text too; the map feeds c of the small-signal form from x.
-const std::string core =
-    ece({"core", "compute_rparms=yes", "va=nodev_of_p i=cur(p)_of_r vr=v_o_of_r", "m=1", "s=plain",
-         "turns=2 k=3 r=0 x=0", "", "ebe type=r name=r p=p n=n r=r v0=v0\n",
-         "ebe_ac type=r name=r p=p n=n r=r ac_parm_be=r\nacparm_map: 2 4\n"});
+const std::string core = ece({"core", "compute_rparms=yes", "va=nodev_of_p i=cur(p)_of_r vr=v_o_of_r", "m=1", "s=plain",
+                              "turns=2 k=3 r=0 x=0", "", "ebe type=r name=r p=p n=n r=r v0=v0\n",
+                              "ebe_ac type=r name=r p=p n=n r=r ac_parm_be=r\nacparm_map: 2 4\n"});
 const std::string with_acp =
     ece({"acp", "compute_acp=yes", "va=nodev_of_p i=cur(p)_of_r vr=v_o_of_r", "", "", "r=5 x=7", "",
          "ebe type=r name=r p=p n=n r=r\n", "ebe_ac type=r name=r p=p n=n r=r ac_parm_be=r\nacparm_map: 2 2\n"});
-const std::string mapped =
-    ece({"mapped", "", "", "", "", "r=5 x=7", "", "ebe type=r name=r p=p n=n r=r\n",
-         "ebe_ac type=r name=r p=p n=n r=r\nacparm_map: 2 2 1 1\n"});
+const std::string mapped = ece({"mapped", "", "", "", "", "r=5 x=7", "", "ebe type=r name=r p=p n=n r=r\n",
+                                "ebe_ac type=r name=r p=p n=n r=r\nacparm_map: 2 2 1 1\n"});
 const std::string plain_r = "ebe type=r name=r p=p n=n r=1\n";
 // Calls core twice between elements of its own.
-const std::string twin =
-    ece({"twin", "", "", "m=4", "s=deep", "nn=10 k=1", "", plain_r + "callece core name=one p=p n=n turns=nn m=m s=s\n"
-         "callece core p=p n=n k=k turns=6\n", "callece core name=one p=p n=n turns=nn m=m s=s\n"
-         "callece core p=p n=n k=k turns=6\n"});
+const std::string twin = ece({"twin", "", "", "m=4", "s=deep", "nn=10 k=1", "",
+                              plain_r + "callece core name=one p=p n=n turns=nn m=m s=s\n"
+                                        "callece core p=p n=n k=k turns=6\n",
+                              "callece core name=one p=p n=n turns=nn m=m s=s\n"
+                              "callece core p=p n=n k=k turns=6\n"});
 const std::string outer = ece({"outer", "", "", "", "", "t=20", "", "callece twin name=inside p=p n=n nn=t\n" + plain_r,
                                "callece twin name=inside p=p n=n nn=t\n"});
 const std::string outer_acp =
     ece({"outer_acp", "", "", "", "", "rr=8", "", plain_r + "callece acp name=in p=p n=n r=rr\n",
          "callece acp name=in p=p n=n r=rr\n"});
-const std::string derived = ece({"with_derived", "compute_rparms=yes", "", "", "", "a=2 b=0",
-                                 "twice=$((b)*(2)) own=$((a)+(1))", "ebe type=r name=r p=p n=n r=twice\n",
-                                 "ebe_ac type=r name=r p=p n=n r=own\n"});
+const std::string derived =
+    ece({"with_derived", "compute_rparms=yes", "", "", "", "a=2 b=0", "twice=$((b)*(2)) own=$((a)+(1))",
+         "ebe type=r name=r p=p n=n r=twice\n", "ebe_ac type=r name=r p=p n=n r=own\n"});
 
 struct seen {
     int m = 0, calls = 0, rparms = 0, acparms = 0;
@@ -96,11 +95,11 @@ struct computed_circuit {
     flags_class flags;
 
     explicit computed_circuit(const std::string& statements, bool with_functions = true) {
-        c = circuit_of(fixture_deck("refnode 0\n" + statements),
-                       libraries_of({.ebes = fixture_ebes,
-                                     .ebac = small_signal,
-                                     .eels = fixture_eels() + core + with_acp + mapped + twin + outer + outer_acp +
-                                             derived}));
+        c = circuit_of(
+            fixture_deck("refnode 0\n" + statements),
+            libraries_of({.ebes = fixture_ebes,
+                          .ebac = small_signal,
+                          .eels = fixture_eels() + core + with_acp + mapped + twin + outer + outer_acp + derived}));
         c.tmpdim.m_ect_nd_tmp = 1000;
         elaborate(c);
         const eels_class& lib = c.lib.eels;

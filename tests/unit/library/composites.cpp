@@ -333,8 +333,8 @@ std::string nested_library() {
                "ecemodel name=big type=leaf r=70 m=9\nebe type=r p=a n=c\ncallece leaf name=one a=c b=d r=z m=n s=t\n"
                "ebe type=r p=c n=d\ncallece leaf a=d b=b k=8 model=big\n",
                {}, "callece leaf name=one a=c b=d k=q\ncallece leaf a=d b=b r=q\n") +
-           ece({"ece name=top allow_ac=yes", "mainnodes: a b", "rparms: w=4"}, "callece middle name=m a=a b=b z=w\n", {},
-               "callece middle name=m a=a b=b\n") +
+           ece({"ece name=top allow_ac=yes", "mainnodes: a b", "rparms: w=4"}, "callece middle name=m a=a b=b z=w\n",
+               {}, "callece middle name=m a=a b=b\n") +
            ece({"ece name=plain", "mainnodes: a b"}, "ebe type=r p=a n=b\n");
 }
 

@@ -1,4 +1,4 @@
-#include "library/generate/composite_code.h"
+#include "library/composite/composite_code.h"
 
 #include <utility>
 #include <vector>
@@ -78,8 +78,8 @@ void write_composite_function(std::ostream& out, const text_file& text, const st
     write_chr_array_2(out, line("void ", function_name(form, lib, e), "("), arguments, "   ", ") {");
     write_lines(out, text, path, code.variables + 1, code.source);
     out << marked_names;
-    for (const auto& [type, names] : {std::pair{"int", &list.iprm.name}, std::pair{"char*", &list.sprm.name},
-                                      std::pair{"double", &list.rprm.name}})
+    for (const auto& [type, names] :
+         {std::pair{"int", &list.iprm.name}, std::pair{"char*", &list.sprm.name}, std::pair{"double", &list.rprm.name}})
         write_chr_array_2(out, line("   ", type, " "), names_of(*names, e), "     ", ";");
     write_list_3(out, "ni_", names_of(list.iprm.name, e));
     write_list_3(out, "nstr_", names_of(list.sprm.name, e));
