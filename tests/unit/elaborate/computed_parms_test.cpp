@@ -262,3 +262,81 @@ TEST(computed_acp, serves_composites_in_composites_with_their_own_output_values)
     EXPECT_EQ(k.ac(1), 3 * 400.0);
     EXPECT_EQ(k.ac(1, 2), 0.0);
 }
+
+// ---- composites of blocks ----
+
+namespace {
+const char* const block = R"(
+gbe name=gain
+Jacobian: constant
+main_vars: x y
+iparms:
+sparms:
+rparms: k=1
+aux_vars:
+xvar:
+stparms:
+igparms:
+no_functions 1
+f_1 x y
+C: compiled
+endgbe
+)";
+const char* const block_ac = R"(
+gbe_ac name=gain
+main_vars: x y
+iparms: ac_parm_be=-1
+sparms:
+rparms: k=1 q=2
+aux_vars:
+no_functions 1
+f_1 x y
+C: compiled
+endgbe_ac
+)";
+std::string gce(const std::string& name, const std::string& flags, const std::string& rparms, const std::string& body,
+                const std::string& body_ac) {
+    return "gce name=" + name + " allow_ac=yes " + flags +
+           "\nbegin_dc\nmainvars: x y\nauxvars:\nxvars:\noutvar: vx=var_of_x k=k_of_g\nbias:\nstparms:\nigparms:\n"
+           "iparms:\nsparms:\nrparms: " +
+           rparms + "\nrparms_derived:\n" + body + "end_dc\nC: compiled\nbegin_ac\noutvar_ac:\n" + body_ac +
+           "end_ac\nendgce\n";
+}
+void block_function(int*, char**, double* rparm, double* rparm_ac, double* outvar, flags_class* flags, double) {
+    if (flags->rparms) rparm[1] = 2 * rparm[0];
+    if (flags->acparms) {
+        last.outvar = {outvar[0], outvar[1]};
+        rparm_ac[2] = rparm[1] + outvar[0];
+    }
+}
+}  // namespace
+
+TEST(computed_parms, of_blocks_go_the_same_way_alone_and_in_a_composite) {
+    const std::string inner =
+        gce("inner", "compute_rparms=yes compute_acp=yes", "a=3 k=0 q=0", "gbe type=gain name=g x=x y=y k=k\n",
+            "gbe_ac type=gain name=g x=x y=y k=k ac_parm_be=g\nacparm_map: 1 3\n");
+    const std::string outer_block =
+        gce("outer", "", "b=5", "gbe type=gain name=g x=x y=y k=b\ncallgce inner name=i x=x y=y a=b\n",
+            "callgce inner name=i x=x y=y a=b\n");
+    circuit c = circuit_of(fixture_deck("gelement name=A type=inner x=u y=w\ngelement name=B type=outer x=u y=w b=7\n"),
+                           libraries_of({.gbes = block, .gbac = block_ac, .gels = inner + outer_block}));
+    elaborate(c);
+    c.computed.function[fam_e].assign(at(c.lib.eels.n()), nullptr);
+    c.computed.function[fam_g] = {block_function, nullptr};
+    build_computed(c);
+    ASSERT_EQ(c.computed.list.size(), 2u);
+    flags_class flags;
+    c.gbeu.val_vr[at(c.cct.gct.to_eu[at(c.cct.gct.find("u"))])] = 0.5;
+    for (computed_instance& x : c.computed.list) compute_rparms(c, x, flags);
+    const auto k = [&](int u) { return c.gbeu.unit.rprm.row(u)[0]; };
+    EXPECT_EQ(k(0), 6.0);
+    EXPECT_EQ(k(1), 7.0);
+    EXPECT_EQ(k(2), 14.0);
+    EXPECT_EQ(c.gbau.unit.rprm.row(0)[0], 6.0);
+    EXPECT_EQ(c.gbau.unit.rprm.row(1)[0], 14.0);
+    for (computed_instance& x : c.computed.list) compute_acp(c, x, flags);
+    EXPECT_EQ(last.outvar, (std::vector<double>{0.5, 14}));  // of the inner one in B
+    EXPECT_EQ(c.gbau.unit.rprm.row(0)[1], 6.5);
+    EXPECT_EQ(c.gbau.unit.rprm.row(1)[1], 14.5);
+    EXPECT_EQ(c.gelu.rprm.row(0)[2], 0.0);
+}
