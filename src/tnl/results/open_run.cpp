@@ -1,5 +1,6 @@
 #include "tnl/results/open_run.h"
 
+#include <algorithm>
 #include <fstream>
 #include <utility>
 
@@ -111,6 +112,9 @@ result_table load_table(const opened_run& run, const record_file& file) {
     result_table table = read_result_table(read_file(path), path.string());
     table.kind = file.kind;
     table.begins_with_guess = file.begins_with_guess;
+    const auto is_cut = [&](const record_sweep& sweep) { return sweep.values.size() < table.n_curves(); };
+    if (table.n_curves() > 1 && std::none_of(file.sweeps.begin(), file.sweeps.end(), is_cut))
+        table.sweeps = file.sweeps;
     if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
     return table;
 }

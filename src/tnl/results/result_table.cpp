@@ -85,4 +85,25 @@ int find_column(const result_table& table, std::string_view name) {
     return is_number && number >= 1 && number <= static_cast<int>(table.n_columns()) ? number - 1 : -1;
 }
 
+response_columns find_response(const result_table& table, std::string_view name) {
+    response_columns found;
+    struct part {
+        std::string_view prefix;
+        int& column;
+    };
+    for (const part& p : {part{"mag_of_", found.mag}, part{"phase_of_", found.phase}, part{"real_of_", found.real},
+                          part{"imag_of_", found.imag}})
+        for (std::size_t j = 0; j < table.n_columns() && p.column < 0; ++j) {
+            const std::string_view column = table.columns[j].name;
+            if (column.starts_with(p.prefix) && column.substr(p.prefix.size()) == name) p.column = static_cast<int>(j);
+        }
+    return found;
+}
+
+bool has_quantity(const result_table& table, std::string_view name) {
+    return find_column(table, name) >= 0 || find_response(table, name).any();
+}
+
+bool is_over_frequency(const result_table& table) { return table.kind == "ac" || table.kind == "nyquist"; }
+
 }  // namespace cli

@@ -14,6 +14,7 @@ struct result_table {
     std::string path;                       // of the file, for messages
     std::string kind;                       // of its record_file; empty: unknown
     bool begins_with_guess = false;         // as in its record_file
+    std::vector<record_sweep> sweeps;       // as there; of runs whose curves are all here
     std::vector<record_column> columns;     // [n_columns]
     std::vector<double> values;             // [n_rows * n_columns]
     std::vector<std::size_t> first_row{0};  // [n_curves + 1] rows of curve k: first_row[k] .. first_row[k + 1] - 1
@@ -34,5 +35,18 @@ void add_column(result_table& table, const record_column& column, const std::vec
 
 // Number of a column by its name; an integer from 1 counts columns. -1 if there is none.
 int find_column(const result_table& table, std::string_view name);
+
+// The columns of a small signal X: mag_of_X and phase_of_X, or real_of_X and imag_of_X; -1 for what is missing.
+struct response_columns {
+    int mag = -1, phase = -1, real = -1, imag = -1;
+    bool is_cartesian() const { return real >= 0 && imag >= 0; }
+    bool any() const { return mag >= 0 || phase >= 0 || is_cartesian(); }
+};
+response_columns find_response(const result_table& table, std::string_view name);
+// Whether expressions may use the name: a column, or else a small signal.
+bool has_quantity(const result_table& table, std::string_view name);
+
+// Rows over frequency: between two of them, curves are straight over its logarithm.
+bool is_over_frequency(const result_table& table);
 
 }  // namespace cli
