@@ -175,18 +175,20 @@ plot_series lane_of(const plot_source& s, std::size_t i_column, std::size_t k, c
 }
 
 std::string curve_name(const result_table& table, int sweep, std::size_t k) {
-    if (sweep < 0 && !table.sweeps.empty()) {
-        std::string name;
-        for (const record_sweep& s : table.sweeps)
-            name += (name.empty() ? "" : ", ") + s.name + " = " + engineering_text(s.values[k]);
-        return name;
-    }
+    if (sweep < 0 && !table.sweeps.empty()) return text_of_sweeps(table.sweeps, k);
     if (sweep < 0) return "curve " + std::to_string(k + 1);
     return table.columns[static_cast<std::size_t>(sweep)].name + " = " +
            engineering_text(table.at(table.first_row[k], static_cast<std::size_t>(sweep)));
 }
 
 }  // namespace
+
+std::string text_of_sweeps(const std::vector<record_sweep>& sweeps, std::size_t k) {
+    std::string name;
+    for (const record_sweep& s : sweeps)
+        name += (name.empty() ? "" : ", ") + s.name + " = " + engineering_text(s.values[k]);
+    return name;
+}
 
 int sweep_column_of(const result_table& table) {
     if (table.n_curves() < 2) return -1;

@@ -38,6 +38,8 @@ struct plot_choice {
 int x_column_of(const result_table& table);
 // What is drawn when no column is named: all but x and the columns that are constant in every curve of several.
 std::vector<int> drawn_columns(const result_table& table, int x);
+// The values of a sweep in curve k: "r_of_R1 = 10, c_of_C1 = 1u".
+std::string text_of_sweeps(const std::vector<record_sweep>& sweeps, std::size_t k);
 // A column that is constant in each curve and not the same in all tells the curves apart; -1 if none.
 int sweep_column_of(const result_table& table);
 

@@ -8,6 +8,7 @@
 
 #include "tnl/common/exit_status.h"
 #include "tnl/plot/plot_panels.h"
+#include "tnl/plot/plot_rows.h"
 
 namespace cli {
 
@@ -147,10 +148,18 @@ nlohmann::json list_file(view_file& file) {
         columns[j]["size"] = std::isfinite(size) ? size : 1e308;
     }
     const bool all_read = source.at == source.size;
+    const std::string& kind = file.record.kind;
+    const int axis = kind == "startup" ? -1 : kind == "ac" || kind == "nyquist" ? 0 : axis_column(source.rows);
+    nlohmann::json labels = nlohmann::json::array();  // of the curves of a sweep
+    for (std::size_t k = 0; !file.record.sweeps.empty() && k < source.rows.curves.size(); ++k)
+        if (std::all_of(file.record.sweeps.begin(), file.record.sweeps.end(),
+                        [&](const record_sweep& s) { return k < s.values.size(); }))
+            labels.push_back(text_of_sweeps(file.record.sweeps, k));
     return {{"path", file.record.path},
             {"kind", file.record.kind},
             {"columns", columns},
-            {"axis", file.record.kind == "startup" ? -1 : axis_column(source.rows)},
+            {"labels", labels},
+            {"axis", axis},
             {"rows", all_read ? static_cast<long long>(source.rows.n)
                               : std::max(file.record.rows, static_cast<long long>(source.rows.n))},
             {"curves", std::max<std::size_t>(source.rows.curves.size(),
