@@ -156,7 +156,7 @@ constexpr advice_text texts[] = {
     {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup or trns"},
     {"no-post-processing", "Results of post-processing are not available in this version.", "",
      "tnl measure computes means, effective values and harmonics from the rows"},
-    {"not-available", "This solve_type is not available in this version.", "", "dc, startup and trns are"},
+    {"not-available", "This solve_type is not available in this version.", "", "dc, startup, trns and ac are"},
     {"unknown-method", "method: has a word that this kind of block does not know.",
      "a misspelt word; a word of another kind of block; a value that is missing before it",
      "tnl check DECK shows near words and where the word belongs"},

@@ -58,18 +58,18 @@ private:
         const std::vector<std::string> types = as_strings(solve_type_words());
         if (s_.type_line < 0) {
             d_.report.error("no-solve-type", {s_.begin_line, 0}, "this solve block has no solve_type",
-                            "add a line: solve_type dc, startup or trns");
+                            "add a line: solve_type dc, startup, trns or ac");
             return;
         }
         s_.is_known_type = has(types, s_.type);
         if (s_.type.empty())
-            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup or trns");
+            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup, trns or ac");
         else if (!s_.is_known_type)
             d_.report.error("unknown-solve-type", {s_.type_line, 1},
                             "there is no solve_type " + s_.type + "; the block would solve nothing, without a word" +
                                 near_text(types, s_.type),
-                            "known are dc, startup, trns");
-        else if (s_.type == "ac" || s_.type == "ssw")
+                            "known are dc, startup, trns, ac");
+        else if (s_.type == "ssw")
             d_.report.error("unknown-solve-type", {s_.type_line, 1},
                             "solve_type " + s_.type + " is not available in this version");
     }
