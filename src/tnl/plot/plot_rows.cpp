@@ -203,7 +203,7 @@ int sweep_column_of(const result_table& table) {
 
 int x_column_of(const result_table& table) {
     if (table.n_columns() < 2 || table.kind == "startup") return -1;
-    if (is_over_frequency(table)) return 0;
+    if (is_over_frequency(table)) return std::max(0, table.swept_column);
     if (table.kind != "dc" && table.n_curves() < 2) return 0;
     for (int j = 0; j < static_cast<int>(table.n_columns()); ++j)
         if (varies(table, j)) return j;
@@ -214,7 +214,8 @@ std::vector<int> drawn_columns(const result_table& table, int x) {
     std::vector<int> columns;
     const bool several = table.n_curves() > 1;
     for (int j = 0; j < static_cast<int>(table.n_columns()); ++j)
-        if (j != x && !(several && sweep_column_of(table) == j)) columns.push_back(j);
+        if (j != x && !(several && sweep_column_of(table) == j) && !(table.swept_column >= 0 && j == 0))
+            columns.push_back(j);
     return columns;
 }
 

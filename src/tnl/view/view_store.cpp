@@ -68,7 +68,7 @@ bool reads_alike(const record_file& a, const record_file& b) {
     const auto is_same = [](const record_column& x, const record_column& y) {
         return x.name == y.name && x.unit == y.unit;
     };
-    return a.begins_with_guess == b.begins_with_guess &&
+    return a.begins_with_guess == b.begins_with_guess && a.kind == b.kind &&
            std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(), is_same);
 }
 
@@ -320,10 +320,12 @@ bool view_store::read_on(view_file& file) {
         const std::string text = next_lines(source, n);
         const std::string path = file.path.string();
         const long long first_line = source.rows.n_lines + 1, version = source.version;
+        const bool is_sweep = file.record.kind == "ac" || file.record.kind == "nyquist";
         hold.unlock();  // only this thread changes the source: requests are answered from the rows that are there
         view_lines lines = parse_lines(text, path, first_line);
         hold.lock();
         if (version != source.version) return true;  // a column was added: all is read again
+        if (is_sweep) part_sweeps(lines, source.rows);
         complete(lines.table, file, source.rows.n == 0);
         append_lines(source.rows, lines);
     } catch (const file_error& e) {

@@ -107,6 +107,27 @@ TEST(bode, a_window_ends_on_the_straight_line_over_the_logarithm) {
     EXPECT_NEAR(p.panels[0].series[0].y[0], -22.5, 1e-9);
 }
 
+TEST(bode, a_sweep_without_blank_lines_has_its_curves_and_one_at_one_frequency_stands_over_its_values) {
+    const run_on_disk disk;
+    const std::string record = R"({"files": [{"path": "ac.dat", "kind": "ac", "columns": [{"name": "frequency",
+ "unit": "Hz"}, {"name": "mag_of_v", "unit": "V"}], "sweeps": [{"name": "r_of_R1", "unit": "ohm", "values": [10, 20]}]}]})";
+    std::filesystem::create_directories("b.run");
+    write_file("b.run/run.json", record);
+    write_file("b.run/ac.dat", "1 1\n10 1\n1 10\n10 0.1\n");
+    const auto drawn = [] {
+        const plotted_runs runs = open_plotted({"b.run"}, {});
+        return plot_of_rows(runs.sources, runs.choice);
+    };
+    EXPECT_EQ(panels_of(drawn()), "[mag_of_v|dB|r_of_R1 = 10|r_of_R1 = 20]");
+    write_file("b.run/ac.dat", "5 1\n5 10\n");
+    const plot p = drawn();
+    EXPECT_EQ(panels_of(p), "[mag_of_v|dB|mag_of_v]");
+    EXPECT_EQ(p.x_quantity, "r_of_R1");
+    EXPECT_FALSE(p.log_x);
+    EXPECT_EQ(p.panels[0].series[0].x, (std::vector<double>{10, 20}));
+    EXPECT_EQ(p.panels[0].series[0].y, (std::vector<double>{0, 20}));
+}
+
 TEST(nyquist, a_file_for_it_is_a_curve_with_equal_axes_and_the_point_of_stability) {
     const run_on_disk disk;
     plot_wish wish;
