@@ -170,6 +170,16 @@ void set_mat_ac(ac_system& s, const circuit& c, const std::vector<ebac1_class>& 
     say(line("set_mat_2_ac: system matrix size is ", n_row, " x ", s.n_svec));
     s.m = lay.finish();
     check_knuth(s.m, "set_mat_2_ac: something wrong?");
+    s.row_first = {0};
+    s.slot_of_row.clear();
+    s.column_of_row.clear();
+    for (int i = 0; i < n_row; ++i) {
+        for (int k = s.m.srow[at(i)]; k >= 0; k = s.m.prow[at(k)]) {
+            s.slot_of_row.push_back(k);
+            s.column_of_row.push_back(s.m.col[at(k)]);
+        }
+        s.row_first.push_back(static_cast<int>(s.slot_of_row.size()));
+    }
     s.val_m.assign(at(s.m.nnz()), 0.0);
     s.rhs_m.assign(at(n_row), 0.0);
     write_ac_layout_dumps(s, c);

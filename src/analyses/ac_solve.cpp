@@ -157,20 +157,24 @@ void write_system(const ac_system& s) {
 
 double size_of(const complex_value& z) { return std::fabs(z.real()) + std::fabs(z.imag()); }
 
-// The largest part of its terms by which a row of the solution is off; infinite or NaN where a value is.
+// The largest part of its terms by which a row of the solution is off, if above what is allowed, else 0; infinite where
+// a value is or is no number.
 double relative_residual(const ac_system& s) {
     double worst = 0.0;
-    const knuth<complex_value>& m = s.m;
     const complex_value *val = s.val_m.data(), *x = s.e.sol_w.data();
+    const int *slot = s.slot_of_row.data(), *col = s.column_of_row.data();
     for (int i = 0; i < s.n_svec; ++i) {
+        const int first = s.row_first[at(i)], end = s.row_first[at(i) + 1];
         complex_value off = -s.rhs_m[at(i)];
         double terms = size_of(off);
-        for (int k = m.srow[at(i)]; k >= 0; k = m.prow[at(k)]) {
-            const complex_value term = product(val[k], x[m.col[at(k)]]);
+        for (int k = first; k < end; ++k) {
+            const complex_value term = product(val[slot[k]], x[col[k]]);
+            if (k == first) terms += size_of(term);
             off += term;
-            terms += size_of(term);
         }
         const double part = size_of(off);
+        if (part <= allowed_residual * terms) continue;  // of two terms already
+        for (int k = first + 1; k < end; ++k) terms += size_of(product(val[slot[k]], x[col[k]]));
         if (!(part <= allowed_residual * terms)) worst = std::max(worst, std::isfinite(part) ? part / terms : INFINITY);
     }
     return worst;

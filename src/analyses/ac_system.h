@@ -14,6 +14,7 @@ struct ac_system {
     std::vector<complex_value> rhs_m;   // [n_svec]
     int nrow_ebce = 0;                  // rows of electrical units; those of blocks follow
     std::vector<int> ebce_row_of_func;  // [n_ttlf of electrical units] row; -1: of the reference node
+    std::vector<int> row_first{0}, slot_of_row, column_of_row;  // the pattern row by row
     slot_table ebe, gbe;
     elimination<complex_value> e;
 };

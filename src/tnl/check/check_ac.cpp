@@ -53,6 +53,23 @@ void check_source(checked_deck& d, const solve_section& s, const std::set<std::s
                      "no source is on in small signals: all magnitudes will be 0", advice);
 }
 
+// Every element needs a small-signal half; one that only processes results has none to give.
+void check_halves(checked_deck& d) {
+    for (const family f : {fam_e, fam_g, fam_x, fam_gm}) {
+        const composite_library& lib = d.c.lib.composites(f);
+        const instance_core& instances = d.c.instances(f);
+        for (std::size_t i = 0; i < instances.i_lib.size(); ++i) {
+            const int e = instances.i_lib[i];
+            const auto k = static_cast<std::size_t>(e);
+            if (f == fam_g && (lib.flag.postprocessor[k] || lib.flag.postprocessor_ac[k])) continue;
+            if (lib.flag.allow_ac[k] && (f == fam_gm || lib.beac.n_be(e) > 0)) continue;
+            d.report.error("no-ac-half", {instances.statement[i], 0},
+                           "an ac block cannot stand with " + instances.name[i] + " (" + std::string(lib.list.entry[e]) +
+                               "), which has no small-signal form");
+        }
+    }
+}
+
 // What of a small signal the files of the block hold.
 void check_parts(checked_deck& d, const solve_class& slv) {
     std::set<std::string> magnitudes;
@@ -76,7 +93,10 @@ void check_parts(checked_deck& d, const solve_class& slv) {
 
 void check_small_signals(checked_deck& d, const solve_section& s, const solve_class& slv,
                          const std::set<std::string>& written, bool after_solution) {
-    if (d.is_built && s.type_line >= 0) check_source(d, s, written);
+    if (d.is_built && s.type_line >= 0) {
+        check_halves(d);
+        check_source(d, s, written);
+    }
     if (d.is_built && !d.c.cct.flag_linear && !after_solution && !slv.task.init_file)
         d.report.warning("no-bias", {s.type_line, 1},
                          "no block before this one finds a bias: small signals are those around zero",

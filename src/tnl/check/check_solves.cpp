@@ -28,7 +28,7 @@ public:
     void run() {
         check_type();
         std::vector<kept_stop> stops = read_solve_of(d_, index_, slv_, flags_);
-        if (s_.type == "ssw")  // not to be had, whatever their settings
+        if (s_.type == "ssw")  // not to be had, whatever its settings
             std::erase_if(stops, [&](const kept_stop& stop) { return stop.statement == s_.range.begin - 1; });
         tell_stops(d_, stops, &s_);
         for (int i = s_.range.begin; i < s_.range.end; ++i) {
@@ -332,7 +332,7 @@ void check_solves(checked_deck& d) {
         for (const std::vector<vary_statement>* list : {&slv.task.vary, &slv.task.vary_sync})
             for (const vary_statement& v : *list) written.insert(v.item.word);
         if (s.type == "ac") check_small_signals(d, s, slv, written, has_solution);
-        has_solution = true;  // a type that is not known has its own fault
+        if (s.type != "ac") has_solution = true;  // a type that is not known has its own fault
     }
 }
 

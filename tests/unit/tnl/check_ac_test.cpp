@@ -84,8 +84,8 @@ TEST(check_ac, knows_the_statements_of_the_block) {
     EXPECT_EQ(faults_of({.frequencies = "vary_freq from 1k to 1k type linear n_points 10"}), "~bad-sweep 1k");
     EXPECT_EQ(faults_of({.frequencies = "vary_freq type table 1 -10 100"}), "~bad-sweep -10");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 0"}), "~bad-sweep 0");
-    EXPECT_EQ(faults_of({.frequencies = ""}), "no-frequency begin_solve");
-    EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nvary_freq type table 1 2"}), "no-frequency vary_freq");
+    EXPECT_EQ(faults_of({.frequencies = ""}), "no-frequency solve_type");
+    EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nvary_freq type table 1 2"}), "no-frequency set_freq");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nset_freq 2"}), "given-twice set_freq");
     EXPECT_EQ(faults_of({.file = "filename a.dat nyquist=yes\nvariables: mag_of_vb phase_of_vb"}), "bad-variables nyquist=yes");
     EXPECT_EQ(faults_of({.file = "filename a.dat\nvariables: mag_of_vb phase_of_vb\ncontrol: min_phase=0 max_phase=1"}),

@@ -96,7 +96,7 @@ const change changes[] = {
     {"begin_circuit", "eelement name=R9 type=r p=in n=0\nbegin_circuit", "3:1 misplaced"},
     {"solve_type dc\n", "", "13:1 no-solve-type"},
     {"solve_type dc", "solve_type dcc", "14:12 unknown-solve-type"},
-    {"solve_type dc", "solve_type ac", "13:1 no-frequency, ~14:12 no-ac-source"},
+    {"solve_type dc", "solve_type ac", "14:1 no-frequency, ~14:12 no-ac-source, 23:13 no-previous"},
     {"solve_type dc", "solve_type ssw", "14:12 unknown-solve-type, 15:1 misplaced"},
     {"initial_sol", "inital_sol", "23:1 unknown-statement"},
     {"eelement name=R2", "element name=R2", "8:1 unknown-statement"},
