@@ -17,7 +17,8 @@ bool may_change(const checked_deck& d, const std::string& name, const std::set<s
         return item.starts_with("glbl_of_") || item.ends_with("_of_" + name);
     };
     const auto at = d.element_of.find(name);
-    const element_type* type = at == d.element_of.end() ? nullptr : d.elements[static_cast<std::size_t>(at->second)].type;
+    const element_type* type =
+        at == d.element_of.end() ? nullptr : d.elements[static_cast<std::size_t>(at->second)].type;
     return type == nullptr || !type->derived.empty() || std::any_of(written.begin(), written.end(), is_of_it);
 }
 
@@ -26,8 +27,8 @@ struct sources {
     bool is_any_on = false;
 };
 
-void find_sources(const checked_deck& d, const unit_core& unit, const library_lists& forms, const instance_core& instances,
-                  const std::set<std::string>& written, sources& found) {
+void find_sources(const checked_deck& d, const unit_core& unit, const library_lists& forms,
+                  const instance_core& instances, const std::set<std::string>& written, sources& found) {
     for (int u = 0; u < unit.n && !found.is_any_on; ++u) {
         const auto i = static_cast<std::size_t>(u);
         const int j = forms.rprm.find(unit.i_lib[i], amplitude);
@@ -49,8 +50,8 @@ void check_source(checked_deck& d, const solve_section& s, const std::set<std::s
         advice = "a_ac=1 behind one of";
         for (std::size_t i = 0; i < std::min<std::size_t>(found.off.size(), 8); ++i) advice += " " + found.off[i];
     }
-    d.report.warning("no-ac-source", {s.type_line, 1},
-                     "no source is on in small signals: all magnitudes will be 0", advice);
+    d.report.warning("no-ac-source", {s.type_line, 1}, "no source is on in small signals: all magnitudes will be 0",
+                     advice);
 }
 
 // Every element needs a small-signal half; one that only processes results has none to give.
@@ -64,8 +65,8 @@ void check_halves(checked_deck& d) {
             if (f == fam_g && (lib.flag.postprocessor[k] || lib.flag.postprocessor_ac[k])) continue;
             if (lib.flag.allow_ac[k] && (f == fam_gm || lib.beac.n_be(e) > 0)) continue;
             d.report.error("no-ac-half", {instances.statement[i], 0},
-                           "an ac block cannot stand with " + instances.name[i] + " (" + std::string(lib.list.entry[e]) +
-                               "), which has no small-signal form");
+                           "an ac block cannot stand with " + instances.name[i] + " (" +
+                               std::string(lib.list.entry[e]) + "), which has no small-signal form");
         }
     }
 }
@@ -84,7 +85,8 @@ void check_parts(checked_deck& d, const solve_class& slv) {
     for (const out_file& file : slv.out.files)
         variables_of(file, [&](int i, int j, const std::string& word) {
             if (word.starts_with("phase_of_") && magnitudes.count(word.substr(9)) == 0)
-                d.report.warning("phase-alone", {i, j}, word + " stands in the block's files without mag_of_" + word.substr(9),
+                d.report.warning("phase-alone", {i, j},
+                                 word + " stands in the block's files without mag_of_" + word.substr(9),
                                  "variables: mag_of_" + word.substr(9) + " " + word);
         });
 }

@@ -99,7 +99,8 @@ private:
                     continue;
                 }
                 if (of_phase && file.nyquist)
-                    d_.report.warning("unknown-option", {i, j}, word + " means nothing in a nyquist file, which has no phase");
+                    d_.report.warning("unknown-option", {i, j},
+                                      word + " means nothing in a nyquist file, which has no phase");
                 if (word == "fixed_interval" && file.flag_fixed_interval && file.fixed_interval <= 0)
                     d_.report.warning("bad-step", {i, j + 1}, "fixed_interval is not above zero");
                 if (word == "out_tstart" && file.out_tstart >= s_.t_end)

@@ -70,8 +70,8 @@ int export_command(const export_options& options) {
     if (is_over_frequency(all)) {
         made = chosen_columns(all, names,
                               options.cartesian || format.write == write_raw ? small_signal_form::cartesian
-                              : options.polar                               ? small_signal_form::polar
-                                                                            : small_signal_form::as_it_is);
+                              : options.polar                                ? small_signal_form::polar
+                                                                             : small_signal_form::as_it_is);
         names.clear();
     }
     const result_table& table = made ? *made : all;
@@ -80,8 +80,7 @@ int export_command(const export_options& options) {
     export_choice choice{
         table,         {}, curves.first, curves.end, tables.record().title, tables.record().began, options.with_units,
         options.binary};
-    for (const std::string& name : names)
-        choice.columns.push_back(static_cast<std::size_t>(find_column(table, name)));
+    for (const std::string& name : names) choice.columns.push_back(static_cast<std::size_t>(find_column(table, name)));
     for (std::size_t j = 0; names.empty() && j < table.n_columns(); ++j) choice.columns.push_back(j);
 
     output_file out(options.output);
@@ -98,7 +97,8 @@ void add_export(CLI::App& app, command_list& commands) {
     CLI::App* sub = app.add_subcommand("export", "Write the rows of a run for other programs");
     sub->add_option("RUN", options->run, "Run folder, its deck, or a row file; - for rows on standard input")
         ->required();
-    sub->add_option("COLUMNS", options->columns, "Names or numbers of columns or small signals, in this order; otherwise all");
+    sub->add_option("COLUMNS", options->columns,
+                    "Names or numbers of columns or small signals, in this order; otherwise all");
     for (std::size_t i = 0; i < std::size(formats); ++i)
         sub->add_flag(formats[i].flag, options->wanted[i], formats[i].text);
     sub->add_option("-o,--output", options->output, "File to write; - for standard output")->capture_default_str();

@@ -109,8 +109,10 @@ int plot_command(plot_options options) {
     for (const std::string& text : options.panels) options.wish.panels.push_back(panel_of(text));
     if (!options.from.empty() && !options.to.empty() && !(options.wish.choice.from < options.wish.choice.to))
         throw usage_error("the window from " + options.from + " to " + options.to + " is empty");
-    if (options.wish.linear_x && options.wish.choice.log_x) throw usage_error("--linear-x and --log-x exclude each other");
-    if (options.wish.linear_y && options.wish.choice.log_y) throw usage_error("--linear-y and --log-y exclude each other");
+    if (options.wish.linear_x && options.wish.choice.log_x)
+        throw usage_error("--linear-x and --log-x exclude each other");
+    if (options.wish.linear_y && options.wish.choice.log_y)
+        throw usage_error("--linear-y and --log-y exclude each other");
     if (options.wish.nyquist && !options.wish.x.empty())
         throw usage_error("--nyquist has the real part for x; leave out --x");
     const plotted_runs runs = open_plotted(options.words, options.wish);

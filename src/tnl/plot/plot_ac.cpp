@@ -32,7 +32,8 @@ int added(result_table& table, const std::string& name, const std::string& unit,
 std::vector<std::string> small_signals_in(const result_table& table) {
     std::vector<std::string> names;
     for (const record_column& c : table.columns)
-        for (const std::string_view prefix : {mag_prefix, std::string_view("phase_of_"), std::string_view("real_of_")}) {
+        for (const std::string_view prefix :
+             {mag_prefix, std::string_view("phase_of_"), std::string_view("real_of_")}) {
             if (!c.name.starts_with(prefix)) continue;
             const std::string name = c.name.substr(prefix.size());
             const response_columns r = find_response(table, name);

@@ -26,9 +26,9 @@ struct plot_choice {
     bool stack = false;  // a panel for each column instead of one for each unit
     bool logic = false;  // columns with two values get lanes
     bool log_x = false, log_y = false;
-    bool locus = false;  // curves in the complex plane: axes of equal lengths, and the point -1
-    std::optional<double> from, to;                // of x
-    bool from_zero = false;                        // x counts from the begin of the window
+    bool locus = false;              // curves in the complex plane: axes of equal lengths, and the point -1
+    std::optional<double> from, to;  // of x
+    bool from_zero = false;          // x counts from the begin of the window
     std::vector<std::vector<std::string>> panels;  // names of columns that share a panel
     std::vector<plot_y_range> y;
 };

@@ -45,8 +45,7 @@ struct wanted_curve {
 };
 
 bool has_all(const result_table& table, const wanted_curve& c) {
-    return std::all_of(c.names.begin(), c.names.end(),
-                       [&](const std::string& n) { return has_quantity(table, n); });
+    return std::all_of(c.names.begin(), c.names.end(), [&](const std::string& n) { return has_quantity(table, n); });
 }
 
 int n_columns_of(named_run& r, const record_file& file, const std::vector<wanted_curve>& curves) {

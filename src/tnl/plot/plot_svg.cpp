@@ -204,7 +204,8 @@ private:
         const box& b = place.frame;
         for (const plot_mark& mark : p_.marks) {
             const double x = px(mark.x), y = b.top + (1 - place.y.place(mark.y)) * b.height;
-            add(out_, "<path d=\"M%.1f %.1fl10 10m0 -10l-10 10\" stroke=\"#b00020\" stroke-width=\"2\" fill=\"none\"/>\n",
+            add(out_,
+                "<path d=\"M%.1f %.1fl10 10m0 -10l-10 10\" stroke=\"#b00020\" stroke-width=\"2\" fill=\"none\"/>\n",
                 x - 5, y - 5);
             add_text(out_, x - 8, y - 8, "end", " fill=\"#b00020\"", mark.name);
         }

@@ -23,7 +23,13 @@ struct canvas {
     std::vector<char> letter;    // [rows * columns] that stands above the dots; 0: none
 
     canvas(int c, int r, bool braille)
-        : columns(c), rows(r), nx(braille ? 2 : 1), ny(braille ? 4 : 1), dots(size()), owner(size(), -1), letter(size(), 0) {}
+        : columns(c),
+          rows(r),
+          nx(braille ? 2 : 1),
+          ny(braille ? 4 : 1),
+          dots(size()),
+          owner(size(), -1),
+          letter(size(), 0) {}
     std::size_t size() const { return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows); }
     std::size_t at(int r, int c) const {
         return static_cast<std::size_t>(r) * static_cast<std::size_t>(columns) + static_cast<std::size_t>(c);

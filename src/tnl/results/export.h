@@ -35,8 +35,8 @@ void write_tsv(const export_choice& c, output_file& out);
 // a["vout"] is one. Names are made unique. Several curves: a field "curve" in front.
 void write_npy(const export_choice& c, output_file& out);
 // The rawfile of the simulators that descend from Berkeley's: one plot a curve; names without blanks. Numbers are real;
-// over frequency they are complex: real_of_X and imag_of_X behind one another are X, all else has no imaginary part, and
-// the frequency is in Hz.
+// over frequency they are complex: real_of_X and imag_of_X behind one another are X, all else has no imaginary part,
+// and the frequency is in Hz.
 void write_raw(const export_choice& c, output_file& out);
 // Value change dump, IEEE 1364-2001, section 18, of one curve over time in s. Columns of two values are wires of one
 // bit, their levels in a comment; the others are real. Throws file_error where time falls, is no number or below 0.

@@ -174,10 +174,10 @@ struct word_for {
     std::string_view key, word;
 };
 constexpr word_for variable_types[] = {{"V", "voltage"}, {"A", "current"}, {"s", "time"}, {"Hz", "frequency"}};
-constexpr word_for plot_names[] = {{"trns", "Transient Analysis"},       {"startup", "Operating Point"},
-                                   {"ssw", "Transient Analysis"},        {"ac", "AC Analysis"},
-                                   {"nyquist", "AC Analysis"},
-                                   {"dc", "DC transfer characteristic"}, {"fourier", "Spectrum"}};
+constexpr word_for plot_names[] = {{"trns", "Transient Analysis"}, {"startup", "Operating Point"},
+                                   {"ssw", "Transient Analysis"},  {"ac", "AC Analysis"},
+                                   {"nyquist", "AC Analysis"},     {"dc", "DC transfer characteristic"},
+                                   {"fourier", "Spectrum"}};
 
 template <std::size_t n>
 std::string_view find(const word_for (&words)[n], std::string_view key, std::string_view otherwise) {

@@ -240,8 +240,7 @@ std::string unit_of_result(const measure_function& f, const std::string& unit, c
     }
 }
 
-constexpr const char* what_is_small_signal =
-    " takes a small signal: X where the file has mag_of_X and phase_of_X";
+constexpr const char* what_is_small_signal = " takes a small signal: X where the file has mag_of_X and phase_of_X";
 
 // Values a row: those of a small signal are asked for by name.
 void check_waves(const measure_function& f, const operand& o) {
@@ -284,8 +283,8 @@ operand sampled(const measure_function& f, const operand& o, bool by_row, double
     }
     const owned_response x = response_of(f, o, curve);
     if (!by_row) {
-        r.number = f.of_sample(x.mag.x.empty() ? NAN : value_at(x.mag, at),
-                               x.phase.x.empty() ? NAN : value_at(x.phase, at));
+        r.number =
+            f.of_sample(x.mag.x.empty() ? NAN : value_at(x.mag, at), x.phase.x.empty() ? NAN : value_at(x.phase, at));
         return r;
     }
     std::vector<double> values;

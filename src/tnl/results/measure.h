@@ -52,9 +52,9 @@ struct measured {
     std::vector<quantity> sides;
     bool holds = true;  // every relation; none does with something that is not a number
 };
-// On one curve. The first column is what the others are functions of. A name X that no column has is the small signal of
-// mag_of_X and phase_of_X, or of real_of_X and imag_of_X. Throws usage_error when the table lacks a column or a wave is
-// left that nothing was measured on, measure_error when the rows do not allow the measurement.
+// On one curve. The first column is what the others are functions of. A name X that no column has is the small signal
+// of mag_of_X and phase_of_X, or of real_of_X and imag_of_X. Throws usage_error when the table lacks a column or a wave
+// is left that nothing was measured on, measure_error when the rows do not allow the measurement.
 measured evaluate(const expression& e, const result_table& table, std::size_t i_curve);
 
 // The first side of the expression as a value in each row of the curve, in their order; what was measured stands in all

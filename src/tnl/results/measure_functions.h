@@ -39,15 +39,15 @@ struct measure_function {
     double (*measure)(const call_arguments& a) = nullptr;
     double (*by_sample)(double) = nullptr;  // instead: a function of each sample, or of a number
     bool is_ratio = false;                  // shown in %
-    std::string_view words = {};  // that may be an argument, parted by blanks
-    bool needs_axis = true;  // false: rows in any order will do
+    std::string_view words = {};            // that may be an argument, parted by blanks
+    bool needs_axis = true;                 // false: rows in any order will do
     takes of = takes::waves;
     // Instead of measure: of a magnitude and a phase in degrees, in each row, or at the frequency behind it.
     double (*of_sample)(double magnitude, double phase) = nullptr;
 };
 std::span<const measure_function> measure_functions();
-int find_function(std::string_view name);           // -1 if none
-std::string near_functions(std::string_view name);  // "; near names: avg" or empty
+int find_function(std::string_view name);                            // -1 if none
+std::string near_functions(std::string_view name);                   // "; near names: avg" or empty
 int find_word_of(const measure_function& f, std::string_view word);  // among its words; -1: none
 bool has_form(const measure_function& f, std::string_view letters);
 bool has_window(const measure_function& f, std::string_view letters);  // the last two letters are one

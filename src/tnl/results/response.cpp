@@ -30,8 +30,7 @@ band band_of(const response& r, const response_peak& peak) {
         if (c.t < peak.t && c.rises) b.below = c.t;
         if (c.t > peak.t && !c.rises && b.above == 0) b.above = c.t;
     }
-    if (b.above == 0)
-        throw measure_error("the magnitude does not fall 3 dB below its peak behind it," + from_to(r));
+    if (b.above == 0) throw measure_error("the magnitude does not fall 3 dB below its peak behind it," + from_to(r));
     return b;
 }
 

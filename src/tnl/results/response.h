@@ -24,8 +24,8 @@ struct response_peak {
 response_peak peak_of(const response& r);
 
 // Magnitudes within half the power (1/sqrt(2), 3.01 dB) of a reference. of_peak false: from 0 to the first fall behind
-// the lowest frequency, whose magnitude is the reference; true: the distance of the two passages around the peak, from 0
-// where the magnitude stays above up to the lowest frequency.
+// the lowest frequency, whose magnitude is the reference; true: the distance of the two passages around the peak, from
+// 0 where the magnitude stays above up to the lowest frequency.
 double bandwidth(const response& r, bool of_peak);
 // Frequency of the peak over the distance of the two passages around it. That of a resonance (s/Q)/(1 + s/Q + s^2);
 // of a low pass 1/(1 + s/Q + s^2) a little less: 4.90 for 5, 9.95 for 10.

@@ -149,8 +149,7 @@ std::vector<crossing> crossings(const wave& w, double level) {
             const int now = x > level ? 1 : -1;
             if (side == -now) {
                 const double part = part_of(w.x[i - 1], x, level, w.scales.log_x);
-                all.push_back(
-                    {on_level ? reached : at_part(w.t[i - 1], w.t[i], part, w.scales.log_t), now > 0});
+                all.push_back({on_level ? reached : at_part(w.t[i - 1], w.t[i], part, w.scales.log_t), now > 0});
             }
             side = now;
             on_level = false;

@@ -23,8 +23,8 @@ std::string faults_of(const ac_deck& a) {
     const std::string text = "title: t\ngreal amp=0\nbegin_circuit\nrefnode 0\neelement name=V1 p=a n=0 " + a.source +
                              "\neelement name=R1 type=r p=a n=b r=1k\n" + a.load +
                              "\noutvar: vb=nodev_ac_of_b va=nodev_ac_of_a\nend_circuit\n" + a.before +
-                             "begin_solve\nsolve_type ac\n" + a.frequencies + "\n" + a.block + "begin_output\n" + a.file +
-                             "\nend_output\nend_solve\nend_cf\n";
+                             "begin_solve\nsolve_type ac\n" + a.frequencies + "\n" + a.block + "begin_output\n" +
+                             a.file + "\nend_output\nend_solve\nend_cf\n";
     const check_report report = check_deck(view_deck("d.in", text), installed());
     std::string out;
     for (const check_fault& f : report.faults) {
@@ -55,7 +55,8 @@ TEST(check_ac, doubts_a_block_without_a_source_that_is_on) {
     EXPECT_EQ(faults_of({.source = "type=vsrcac a=1 f_hz=50 a_ac=0"}), "~no-ac-source ac");
     EXPECT_EQ(faults_of({.source = "type=isrcac a_ac=1m"}), "");
     EXPECT_EQ(faults_of({.source = "type=r r=1"}), "~no-ac-source ac");
-    EXPECT_EQ(faults_of({.source = "type=vsrcdc", .load = "gelement name=K1 type=const y=x k=1 a_ac=1\n"}), "~not-read x");
+    EXPECT_EQ(faults_of({.source = "type=vsrcdc", .load = "gelement name=K1 type=const y=x k=1 a_ac=1\n"}),
+              "~not-read x");
     // Where a directive may turn it on.
     EXPECT_EQ(faults_of({.source = "type=vsrcdc", .block = "set_parm a_ac_of_V1 1\n"}), "");
     EXPECT_EQ(faults_of({.source = "type=vsrcdc", .block = "vary_parm a_ac_of_V1 type table 1 2\n"}), "");
@@ -87,11 +88,13 @@ TEST(check_ac, knows_the_statements_of_the_block) {
     EXPECT_EQ(faults_of({.frequencies = ""}), "no-frequency solve_type");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nvary_freq type table 1 2"}), "no-frequency set_freq");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nset_freq 2"}), "given-twice set_freq");
-    EXPECT_EQ(faults_of({.file = "filename a.dat nyquist=yes\nvariables: mag_of_vb phase_of_vb"}), "bad-variables nyquist=yes");
+    EXPECT_EQ(faults_of({.file = "filename a.dat nyquist=yes\nvariables: mag_of_vb phase_of_vb"}),
+              "bad-variables nyquist=yes");
     EXPECT_EQ(faults_of({.file = "filename a.dat\nvariables: mag_of_vb phase_of_vb\ncontrol: min_phase=0 max_phase=1"}),
               "bad-option max_phase=1");
     EXPECT_EQ(faults_of({.file = "filename a.dat limit_lines=9\nvariables: mag_of_vb"}), "too-many-rows limit_lines=9");
-    EXPECT_EQ(faults_of({.block = "vary_parm r_of_R1 type table 1 2\n", .file = "filename a.dat limit_lines=19\nvariables: mag_of_vb"}),
+    EXPECT_EQ(faults_of({.block = "vary_parm r_of_R1 type table 1 2\n",
+                         .file = "filename a.dat limit_lines=19\nvariables: mag_of_vb"}),
               "too-many-rows limit_lines=19");
     EXPECT_EQ(faults_of({.file = "filename a.dat\nvariables: mag_of_vb\ncontrol: fixed_interval=1"}),
               "~unknown-option fixed_interval=1");

@@ -199,7 +199,8 @@ TEST(export_rows, small_signals_go_out_in_either_form) {
     EXPECT_EQ(names_in(chosen_columns(t, {"v"}, small_signal_form::cartesian)), "real_of_v[V] imag_of_v[V] ");
     EXPECT_EQ(names_in(chosen_columns(t, {"p", "mag_of_v", "1"}, small_signal_form::cartesian)),
               "p[W] real_of_v[V] imag_of_v[V] frequency[Hz] ");
-    EXPECT_EQ(names_in(chosen_columns(t, {"p", "v"}, small_signal_form::as_it_is)), "p[W] mag_of_v[V] phase_of_v[deg] ");
+    EXPECT_EQ(names_in(chosen_columns(t, {"p", "v"}, small_signal_form::as_it_is)),
+              "p[W] mag_of_v[V] phase_of_v[deg] ");
 
     const result_table back = chosen_columns(parts, {}, small_signal_form::polar);
     EXPECT_EQ(names_in(back), "frequency[Hz] mag_of_v[V] phase_of_v[deg] p[W] ");

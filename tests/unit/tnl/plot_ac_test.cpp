@@ -19,8 +19,8 @@ struct run_on_disk {
     run_on_disk() {
         std::filesystem::create_directories("a.run");
         write_file("a.run/ac.dat",
-                        "1 0 1 2 30 0.5\n10 -45 0.1 2 30 0.5\n100 -90 0 2 30 0.5\n\n"
-                        "1 0 10 2 30 0.5\n10 -45 1 2 30 0.5\n100 -90 0.1 2 30 0.5\n");
+                   "1 0 1 2 30 0.5\n10 -45 0.1 2 30 0.5\n100 -90 0 2 30 0.5\n\n"
+                   "1 0 10 2 30 0.5\n10 -45 1 2 30 0.5\n100 -90 0.1 2 30 0.5\n");
         write_file("a.run/n.dat", "1 3 0\n10 0 -2\n100 -4 0\n1000 0 0\n");
         write_file("a.run/run.json", R"({"title": "t", "state": "complete", "files": [
  {"path": "ac.dat", "kind": "ac", "rows": 6, "curves": 2, "columns": [{"name": "frequency", "unit": "Hz"},
@@ -55,10 +55,11 @@ TEST(bode, magnitudes_in_decibel_stand_above_phases_over_a_logarithmic_frequency
     const plot p = picture({}, wish);
     EXPECT_TRUE(p.log_x);
     EXPECT_EQ(p.x_quantity, "frequency");
-    EXPECT_EQ(panels_of(p),
-              "[|dB|mag_of_v (r_of_R1 = 10)|mag_of_v (r_of_R1 = 2.2k)|mag_of_i (r_of_R1 = 10)|mag_of_i (r_of_R1 = 2.2k)]"
-              "[|deg|phase_of_v (r_of_R1 = 10)|phase_of_v (r_of_R1 = 2.2k)|phase_of_i (r_of_R1 = 10)|phase_of_i (r_of_R1 "
-              "= 2.2k)][p|W|r_of_R1 = 10|r_of_R1 = 2.2k]");
+    EXPECT_EQ(
+        panels_of(p),
+        "[|dB|mag_of_v (r_of_R1 = 10)|mag_of_v (r_of_R1 = 2.2k)|mag_of_i (r_of_R1 = 10)|mag_of_i (r_of_R1 = 2.2k)]"
+        "[|deg|phase_of_v (r_of_R1 = 10)|phase_of_v (r_of_R1 = 2.2k)|phase_of_i (r_of_R1 = 10)|phase_of_i (r_of_R1 "
+        "= 2.2k)][p|W|r_of_R1 = 10|r_of_R1 = 2.2k]");
     const plot_series& first = p.panels[0].series[0];
     ASSERT_EQ(first.y.size(), 2u);  // no magnitude, no place in dB
     EXPECT_DOUBLE_EQ(first.y[0], 0);
@@ -85,8 +86,7 @@ TEST(bode, axes_are_linear_when_asked) {
     wish.linear_x = wish.linear_y = true;
     const plot p = picture({"v"}, wish);
     EXPECT_FALSE(p.log_x);
-    EXPECT_EQ(panels_of(p),
-              "[mag_of_v|V|r_of_R1 = 10|r_of_R1 = 2.2k][phase_of_v|deg|r_of_R1 = 10|r_of_R1 = 2.2k]");
+    EXPECT_EQ(panels_of(p), "[mag_of_v|V|r_of_R1 = 10|r_of_R1 = 2.2k][phase_of_v|deg|r_of_R1 = 10|r_of_R1 = 2.2k]");
     EXPECT_DOUBLE_EQ(p.panels[0].series[1].y[0], 10);
     plot_wish log;
     log.choice.log_y = true;

@@ -155,8 +155,7 @@ TEST(response, a_crossing_that_does_not_exist_is_told) {
               "the phase does not pass 180 degrees from 10 to 100000: there is no gain margin");
     EXPECT_EQ(fault_of("phase_margin(x)", one),
               "the magnitude does not pass 1 (0 dB) from 10 to 100000: there is no phase margin");
-    EXPECT_EQ(fault_of("crossover(x)", one),
-              "crossing 1 of level 1 does not exist: there are 0 falling crossings");
+    EXPECT_EQ(fault_of("crossover(x)", one), "crossing 1 of level 1 does not exist: there are 0 falling crossings");
     EXPECT_FALSE(is_usage("crossover(x)", one));
 }
 
@@ -174,7 +173,8 @@ TEST(response, the_phase_is_unwrapped_whatever_turn_the_file_is_in) {
     for (std::size_t k = 2; k < turned.values.size(); k += 3) turned.values[k] -= 720;
     EXPECT_NEAR(value_of("phase(x, 1k)", turned), -360 - 720, 1e-2);
     // A margin is counted from the nearest odd number of half turns.
-    result_table late = table_of([](double f) { return loop(f, 4) * std::exp(-i * 2.0 * pi * f * 1e-3); }, 11, 1e5, 801);
+    result_table late =
+        table_of([](double f) { return loop(f, 4) * std::exp(-i * 2.0 * pi * f * 1e-3); }, 11, 1e5, 801);
     const double margin = value_of("phase_margin(x)", late);
     for (std::size_t k = 2; k < late.values.size(); k += 3) late.values[k] += 1080;
     EXPECT_NEAR(value_of("phase_margin(x)", late), margin, 1e-9);
@@ -193,9 +193,10 @@ TEST(response, arithmetic_is_that_of_complex_numbers) {
     t.values = wider;
     const std::complex<double> x = low_pass(1e3), j = std::polar(0.5, pi / 6);
     const std::pair<const char*, std::complex<double>> cases[] = {
-        {"x/j", x / j}, {"x*j", x * j}, {"x+j", x + j},         {"x-j", x - j},       {"-x", -x}, {"1-x", 1.0 - x},
-        {"x-3", x - 3.0}, {"2*x", 2.0 * x}, {"1/(1+x)", 1.0 / (1.0 + x)}, {"x^2", x * x}, {"x^-1", 1.0 / x},
-        {"-2*x", -2.0 * x}};
+        {"x/j", x / j},   {"x*j", x * j},    {"x+j", x + j},
+        {"x-j", x - j},   {"-x", -x},        {"1-x", 1.0 - x},
+        {"x-3", x - 3.0}, {"2*x", 2.0 * x},  {"1/(1+x)", 1.0 / (1.0 + x)},
+        {"x^2", x * x},   {"x^-1", 1.0 / x}, {"-2*x", -2.0 * x}};
     for (const auto& [text, wanted] : cases) {
         EXPECT_NEAR(value_of("real(" + std::string(text) + ", 1k)", t), wanted.real(), 1e-12) << text;
         EXPECT_NEAR(value_of("imag(" + std::string(text) + ", 1k)", t), wanted.imag(), 1e-12) << text;
