@@ -233,4 +233,35 @@ if there_is ngspice; then
     done
 fi
 
+# The same of a run: the corner of R and C is 1 / (2 pi R C), here 1591.55 Hz and a tenth of that.
+cat >low_pass.in <<'DECK'
+title: low pass
+begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=a n=0 vdc=1 a_ac=1
+eelement name=R1 type=r p=a n=b r=1k
+eelement name=C1 type=c p=b n=0 c=1u
+outvar: vb=nodev_ac_of_b i=i_ac_of_V1
+end_circuit
+begin_solve
+solve_type ac
+vary_freq from 1 to 100k type log n_points 251
+vary_parm r_of_R1 type table 100 1k
+begin_output
+filename a.dat
+variables: mag_of_vb phase_of_vb mag_of_i phase_of_i
+end_output
+begin_output
+filename n.dat nyquist=yes output_hz=no
+variables: phase_of_vb mag_of_vb
+end_output
+end_solve
+end_cf
+DECK
+expect 'a run over frequencies' 0 "$(status_of "$tnl" run low_pass.in)"
+expect 'has the curves of its sweep' 'low_pass.in.run/a.dat: 502 rows in 2 curves of frequency mag_of_vb phase_of_vb mag_of_i phase_of_i' "$(grep a.dat out.txt err.txt | sed 's/^[^:]*: *//' | head -n 1)"
+expect 'that are measured' 0 "$(status_of "$tnl" assert low_pass.in '1591 < bandwidth(vb) < 1592' --curve 1)"
+expect 'one by one' 0 "$(status_of "$tnl" assert low_pass.in '159.1 < bandwidth(vb) < 159.2' '99.9 < mag(vb / -i, 1) / 1.592k < 100.1' --curve 2)"
+expect 'as real and imaginary part, over rad/s' 0 "$(status_of "$tnl" assert low_pass.in --file n.dat '9.99k < bandwidth(vb) < 10.01k' '-46 < phase(vb, 10k) < -44' --curve 1)"
+
 no_faults
