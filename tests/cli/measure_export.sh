@@ -195,4 +195,73 @@ else
     echo 'vcd2fst is not there: change dumps were not converted'
 fi
 
+# Small signals: a low pass with its corner at 1 kHz and two gains, 10 rows a decade that do not hit the corner.
+mkdir ac.run
+for gain in 1 2; do
+    awk -v g=$gain 'BEGIN { if (g > 1) print ""; for (k = 0; k <= 40; k++) { f = 8 * 10 ^ (k / 10)
+        printf "%.6e %.6e %.6e\n", f, g / sqrt(1 + (f / 1000) ^ 2), -atan2(f, 1000) * 180 / atan2(0, -1) } }'
+done >ac.run/ac.dat
+cat >ac.run/run.json <<'JSON'
+{"title": "low pass", "state": "complete", "files": [{"path": "ac.dat", "kind": "ac", "rows": 82, "curves": 2,
+ "columns": [{"name": "frequency", "unit": "Hz"}, {"name": "mag_of_v", "unit": "V"}, {"name": "phase_of_v", "unit": "deg"}],
+ "sweeps": [{"name": "k_of_G1", "unit": "", "values": [1, 2]}]}]}
+JSON
+expect 'small signals' 0 "$(status_of "$tnl" measure ac.run 'bandwidth(v)' 'phase(v, 1k)')"
+expect 'are measured in each curve, which has the values of the sweep' 'bandwidth(v) [curve 1: k_of_G1 = 1]
+bandwidth(v) [curve 2: k_of_G1 = 2]
+phase(v, 1k) [curve 1: k_of_G1 = 1]
+phase(v, 1k) [curve 2: k_of_G1 = 2]' "$(sed 's/ = [^=]*$//' out.txt)"
+expect 'near the formula' 'good Hz' "$(awk 'NR == 1 { print ($(NF - 1) - 1000) ^ 2 < 36 ? "good" : "wrong", $NF }' out.txt)"
+expect 'a claim' 0 "$(status_of "$tnl" assert ac.run '990 < bandwidth(v) < 1010' '-46 < phase(v, 1k) < -44' --junit ac.xml)"
+expect 'is in the report' 2 "$(grep -c '<testcase' ac.xml)"
+expect 'one that cannot be measured fails' 4 "$(status_of "$tnl" assert ac.run 'gain_margin(v) > 6')"
+expect 'and says why' 1 "$(grep -c 'curve 1 (k_of_G1 = 1): the phase does not pass 180 degrees' out.txt)"
+expect 'real and imaginary part' "curve,frequency,real_of_v,imag_of_v$cr" "$("$tnl" export ac.run --csv --cartesian | head -n 1)"
+expect 'magnitude and phase' "mag_of_v,phase_of_v$cr" "$("$tnl" export ac.run v --csv --curve 1 | head -n 1)"
+expect 'not both' 2 "$(status_of "$tnl" export ac.run --csv --cartesian --polar)"
+expect 'nor for a rawfile' 2 "$(status_of "$tnl" export ac.run --raw --polar)"
+expect 'a complex rawfile' 0 "$(status_of "$tnl" export ac.run --raw --curve 2 -o ac.raw)"
+expect 'as bytes' 0 "$(status_of "$tnl" export ac.run v --raw --binary --curve 2 -o ac.bin)"
+if there_is ngspice; then
+    for file in ac.raw ac.bin; do # row 21 stands at 800 Hz: 2 / (1 + 0.8 i)
+        printf '* read\n.control\nload %s\nlet f = real(frequency[20])\nlet re = real(v[20])\nlet im = imag(v[20])\nprint f re im length(v)\n.endc\n.end\n' $file >read.cir
+        ngspice -b read.cir >seen.txt 2>&1
+        expect "ngspice reads $file" 'good good good good' "$(awk '
+            function is(x, y) { return (x - y) ^ 2 < 1e-10 * y ^ 2 ? "good" : "wrong " x }
+            $2 == "=" { v[$1] = $3 }
+            END { print is(v["f"], 800), is(v["re"], 2 / 1.64), is(v["im"], -1.6 / 1.64), is(v["length(v)"], 41) }' seen.txt)"
+    done
+fi
+
+# The same of a run: the corner of R and C is 1 / (2 pi R C), here 1591.55 Hz and a tenth of that.
+cat >low_pass.in <<'DECK'
+title: low pass
+begin_circuit
+refnode 0
+eelement name=V1 type=vsrcdc p=a n=0 vdc=1 a_ac=1
+eelement name=R1 type=r p=a n=b r=1k
+eelement name=C1 type=c p=b n=0 c=1u
+outvar: vb=nodev_ac_of_b i=i_ac_of_V1
+end_circuit
+begin_solve
+solve_type ac
+vary_freq from 1 to 100k type log n_points 251
+vary_parm r_of_R1 type table 100 1k
+begin_output
+filename a.dat
+variables: mag_of_vb phase_of_vb mag_of_i phase_of_i
+end_output
+begin_output
+filename n.dat nyquist=yes output_hz=no
+variables: phase_of_vb mag_of_vb
+end_output
+end_solve
+end_cf
+DECK
+expect 'a run over frequencies' 0 "$(status_of "$tnl" run low_pass.in)"
+expect 'has the curves of its sweep' 'low_pass.in.run/a.dat: 502 rows in 2 curves of frequency mag_of_vb phase_of_vb mag_of_i phase_of_i' "$(grep a.dat out.txt err.txt | sed 's/^[^:]*: *//' | head -n 1)"
+expect 'that are measured' 0 "$(status_of "$tnl" assert low_pass.in '1591 < bandwidth(vb) < 1592' --curve 1)"
+expect 'one by one' 0 "$(status_of "$tnl" assert low_pass.in '159.1 < bandwidth(vb) < 159.2' '99.9 < mag(vb / -i, 1) / 1.592k < 100.1' --curve 2)"
+expect 'as real and imaginary part, over rad/s' 0 "$(status_of "$tnl" assert low_pass.in --file n.dat '9.99k < bandwidth(vb) < 10.01k' '-46 < phase(vb, 10k) < -44' --curve 1)"
+
 no_faults

@@ -148,4 +148,23 @@ expect 'and drawn' 1 "$(grep -c '⣿' out.txt)"
 expect 'a picture of it' 0 "$(status_of "$tnl" plot one.dat -o one.svg)"
 expect 'has the point' 1 "$(grep -c 'stroke-width="5" stroke-linecap="round"' one.svg)"
 
+# Small signals: a Bode plot unless told otherwise.
+mkdir ac.run
+awk 'BEGIN { for (k = 0; k <= 40; k++) { f = 10 ^ (k / 10); printf "%.6e %.6e %.6e\n", f, 1 / sqrt(1 + (f / 100) ^ 2), -atan2(f, 100) * 57.29577951 } }' >ac.run/ac.dat
+cat >ac.run/run.json <<'JSON'
+{"title": "low pass", "state": "complete", "files": [{"path": "ac.dat", "kind": "ac", "rows": 41, "curves": 1,
+ "columns": [{"name": "frequency", "unit": "Hz"}, {"name": "mag_of_v", "unit": "V"}, {"name": "phase_of_v", "unit": "deg"}]}]}
+JSON
+expect 'small signals' 0 "$(status_of "$tnl" plot ac.run v -o bode.svg)"
+words_of bode.svg >words.txt
+for word in 'mag_of_v, dB' 'phase_of_v, deg' 'frequency, Hz' 10k -90; do expect "it says $word" yes "$(has "$word" <words.txt)"; done
+expect 'as they are' 0 "$(status_of "$tnl" plot ac.run v --linear-x --linear-y -o linear.svg)"
+words_of linear.svg >words.txt
+for word in 'mag_of_v, V' 'frequency, kHz'; do expect "it says $word" yes "$(has "$word" <words.txt)"; done
+expect 'in the complex plane' 0 "$(status_of "$tnl" plot ac.run v --nyquist -o nyquist.svg)"
+words_of nyquist.svg >words.txt
+for word in -1 'real part of v, V' 'imaginary part of v, V'; do expect "it says $word" yes "$(has "$word" <words.txt)"; done
+expect 'not of one column' 2 "$(status_of "$tnl" plot ac.run mag_of_v --nyquist)"
+expect 'nor both ways' 2 "$(status_of "$tnl" plot ac.run --log-y --linear-y)"
+
 no_faults

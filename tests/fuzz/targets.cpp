@@ -171,7 +171,8 @@ std::string text_words() {
 std::string measure_words() {
     word_set all(numbers.begin(), numbers.end());
     for (const cli::measure_function& f : cli::measure_functions()) all.insert(std::string(f.name) + "(");
-    all.insert({"c1", "c2", "$3", "--\\x0a", "2%", "1m", "rise", "fall", "any", "<=", "==", "!=", "\\x0a\\x0a"});
+    all.insert({"c1", "c2", "$3", "x", "y", "mag_of_x", "--\\x0a", "2%", "1m", "rise", "fall", "any", "low", "peak",
+                "<=", "==", "!=", "\\x0a\\x0a"});
     return as_dictionary(all);
 }
 

@@ -88,6 +88,28 @@ TEST(view_rows, text_in_pieces_gives_the_same_rows_and_curves_as_the_whole) {
     }
 }
 
+TEST(view_rows, a_sweep_over_frequencies_has_the_same_curves_in_any_pieces) {
+    std::string text;
+    for (int sweep = 0; sweep < 7; ++sweep)
+        for (const char* f : {"1", "3", "10", "30"}) text += std::string(f) + " " + std::to_string(sweep) + "\n";
+    std::mt19937 rng(3);
+    for (int trial = 0; trial < 50; ++trial) {
+        view_rows rows;
+        for (std::size_t at = 0; at < text.size();) {
+            std::size_t end = text.find('\n', std::min(at + rng() % 40, text.size() - 1)) + 1;
+            view_lines lines = parse_lines(std::string_view(text).substr(at, end - at), "f", rows.n_lines + 1);
+            part_sweeps(lines, rows);
+            append_lines(rows, lines);
+            at = end;
+        }
+        ASSERT_EQ(rows.curves.size(), 7u);
+        for (std::size_t k = 0; k < 7; ++k) {
+            EXPECT_EQ(rows.curves[k].first, 4 * k);
+            EXPECT_EQ(rows.curves[k].n, 4u);
+        }
+    }
+}
+
 TEST(view_rows, each_curve_knows_whether_its_columns_rise_or_fall) {
     const view_rows rows = rows_of("1 5\n1 4\n2 4\n\n3 0\n1 0\n\n1 1\n2 nan\n1 2\n\nnan 1\n\n4 1\n");
     ASSERT_EQ(rows.curves.size(), 5u);

@@ -37,6 +37,20 @@ const growing = [{ path: "live.dat", kind: "trns", columns: [time, volts], rows:
 record("three.run/.partial", "running", growing);
 writeFileSync("three.run/.partial/live.dat", "0 0\n1 1\n2 ");
 
+// A first-order low pass with its corner at 1 kHz, two gains, and the loop 4 / (1 + i f/1000)^3.
+const hertz = { name: "frequency", unit: "Hz" };
+record("ac.run", "complete", [
+  { path: "ac.dat", kind: "ac", columns: [hertz, { name: "mag_of_x", unit: "V" }, { name: "phase_of_x", unit: "deg" }], rows: 0, curves: 2,
+    sweeps: [{ name: "k_of_G1", unit: "", values: [1, 100] }] },
+  { path: "n.dat", kind: "nyquist", columns: [hertz, { name: "real_of_l", unit: "" }, { name: "imag_of_l", unit: "" }], rows: 0, curves: 0 }]);
+const decades = Array.from({ length: 81 }, (_, k) => 10 ** (1 + k / 20));
+writeFileSync("ac.run/ac.dat", [1, 100].map((gain) => decades.map((f) =>
+  `${f} ${gain / Math.hypot(1, f / 1e3)} ${-Math.atan(f / 1e3) * 180 / Math.PI}\n`).join("")).join("\n"));
+writeFileSync("ac.run/n.dat", decades.map((f) => {
+  const m = 4 / Math.hypot(1, f / 1e3) ** 3, a = -3 * Math.atan(f / 1e3);
+  return `${f} ${m * Math.cos(a)} ${m * Math.sin(a)}\n`;
+}).join(""));
+
 // ---- server and browser ----
 
 const servers = [];
@@ -282,6 +296,53 @@ step("the dark page is dark", async () => {
   assert.ok(r + g + b < 150, `background ${r} ${g} ${b}`);
   await dark.screenshot({ path: "dark.png" });
   await dark.close();
+});
+
+step("small signals are a Bode plot: dB above degrees over the logarithm of frequency", async () => {
+  const { address } = await serve("ac.run");
+  const bode = await open(address);
+  await waitForDrawn(bode, 0, "--s1");
+  const texts = await bode.locator(".legend .item").allTextContents();
+  assert.deepEqual(texts.map((t) => t.replace(/ ?[−\d.]+ (dB|deg)$/, "").trim()),
+    ["mag_of_x · k_of_G1 = 1", "mag_of_x · k_of_G1 = 100", "phase_of_x · k_of_G1 = 1", "phase_of_x · k_of_G1 = 100"]);
+  assert.equal(await bode.locator(".plot").count(), 2);
+  await bode.mouse.move(...await place(bode, 0.5));
+  await until(bode, () => [...document.querySelectorAll(".legend .value")].every((v) => v.textContent !== ""));
+  const [low, high, phase] = (await bode.locator(".legend .value").allTextContents()).map((t) => Number(t.replace("−", "-").split(" ")[0]));
+  near(low, -3.01, 0.2, "the corner, in dB"); // the middle of 10 Hz .. 100 kHz
+  near(high - low, 40, 1e-3, "a gain of 100");
+  near(phase, -45, 1.5, "its phase");
+  await bode.screenshot({ path: "bode.png" });
+  await bode.locator(".bar input").first().uncheck();
+  await until(bode, () => document.querySelector(".legend .value") && !document.querySelector(".legend").textContent.includes("dB"));
+  assert.equal(await bode.locator(".legend .logy").count(), 1);
+
+  // Both parts of a nyquist file make a curve in the complex plane.
+  const file = bode.locator("#tree details").nth(1);
+  await file.locator("summary").click();
+  await file.locator("button", { hasText: "all" }).click();
+  await bode.waitForSelector("canvas.locus");
+  await until(bode, (colour) => {
+    const canvas = document.querySelector("canvas.locus");
+    const probe = document.createElement("canvas").getContext("2d");
+    probe.fillStyle = getComputedStyle(document.documentElement).getPropertyValue(colour).trim();
+    probe.fillRect(0, 0, 1, 1);
+    const [r, g, b] = probe.getImageData(0, 0, 1, 1).data;
+    const { data } = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
+    for (let i = 0; i < data.length; i += 4)
+      if (Math.abs(data[i] - r) + Math.abs(data[i + 1] - g) + Math.abs(data[i + 2] - b) < 12) return true;
+    return false;
+  }, "--warn"); // the mark at -1
+  const box = await bode.locator("canvas.locus").boundingBox();
+  let said = "";
+  for (let part = 0.2; part < 0.95 && !said.startsWith("l: frequency"); part += 0.05) {
+    await bode.mouse.move(box.x + box.width * part, box.y + box.height * 0.5);
+    said = (await bode.locator(".group .x").allTextContents()).find((t) => t.startsWith("l: frequency")) ?? "";
+  }
+  assert.match(said, /^l: frequency [\d.]+ k?Hz, −?[\d.]+(e−?\d+)? [−+] j [\d.]+/);
+  await bode.screenshot({ path: "nyquist.png" });
+  assert.deepEqual(bode.faults, []);
+  await bode.close();
 });
 
 step("a run that goes on is followed to its end", async () => {

@@ -2,7 +2,7 @@
 import assert from "node:assert/strict";
 import { pathToFileURL } from "node:url";
 
-const { decimalsFor, engineering, merge, tickText, tipsOf, valuesAt } =
+const { between, decibels, decimalsFor, engineering, merge, tickText, tipsOf, valuesAt } =
   await import(pathToFileURL(`${process.argv[2]}/src/tnl/view/rows.js`));
 
 // Numbers with units, in steps of a thousand.
@@ -34,6 +34,22 @@ assert.deepEqual(await valuesAt(one, 0.5, false), [10.5]);
 assert.deepEqual(await valuesAt(one, 1, false), [12]);
 assert.deepEqual(await valuesAt(one, 4, false), [NaN]);
 assert.deepEqual(await valuesAt(two, 1.9, true), [21]);
+
+// Small signals: straight over the logarithm of frequency, magnitudes in dB; one small signal has no place in dB.
+assert.ok(Math.abs(between(1, 100, 0, -90, 10, true, false) + 45) < 1e-9);
+assert.ok(Math.abs(between(1, 100, 10, 0.1, 10, true, true) - 1) < 1e-9);
+assert.equal(between(0, 2, 10, 20, 1, true, false), 15);
+assert.equal(decibels(0.1), -20);
+assert.ok(Number.isNaN(decibels(0)));
+const bode = { ...table([1, 100], [10, 0.1], [0, -90]), overFrequency: true, magnitudes: [true, false] };
+assert.deepEqual((await valuesAt(bode, 10, false)).map((v) => Math.round(1e9 * v)), [1e9, -45e9]);
+
+// A curve in the complex plane: all points are inside, with the same unit along both axes.
+const { fit, roundStep } = await import(pathToFileURL(`${process.argv[2]}/src/tnl/view/locus.js`));
+const view = fit([[3, 0], [0, -2], [NaN, 7], [-4, 0]], 600, 300);
+assert.ok(view.x - 300 * view.unit < -4 && view.x + 300 * view.unit > 3 && view.y - 150 * view.unit < -2 && view.y + 150 * view.unit > 0);
+assert.ok(view.unit < 1.2 * 7 / 600);
+assert.deepEqual([0.07, 0.3, 12, 60].map(roundStep).map((v) => Number(v.toPrecision(3))), [0.1, 0.5, 20, 100]);
 
 // The tips of sticks.
 const sticks = tipsOf(table([-0.1, 0, 0.1, 0.9, 1, 1.1], [0, 5, 0, 0, 7, 0]));

@@ -91,11 +91,16 @@ private:
                     d_.report.warning("no-value", {i, j}, word + " has no value and is passed over");
                     continue;
                 }
-                const bool of_time = word == "fixed_interval" || word.starts_with("out_t");
-                if (s_.is_known_type && word != "n_fourier" && of_time != is_time()) {
+                const bool of_time = word == "fixed_interval" || word.starts_with("out_t"),
+                           of_phase = word.ends_with("_phase");
+                const bool is_read = of_time ? is_time() : of_phase ? s_.type == "ac" : true;
+                if (s_.is_known_type && !is_read) {
                     d_.report.warning("unknown-option", {i, j}, word + " means nothing in a " + s_.type + " block");
                     continue;
                 }
+                if (of_phase && file.nyquist)
+                    d_.report.warning("unknown-option", {i, j},
+                                      word + " means nothing in a nyquist file, which has no phase");
                 if (word == "fixed_interval" && file.flag_fixed_interval && file.fixed_interval <= 0)
                     d_.report.warning("bad-step", {i, j + 1}, "fixed_interval is not above zero");
                 if (word == "out_tstart" && file.out_tstart >= s_.t_end)
@@ -140,6 +145,7 @@ private:
     // At least so many; NaN if that cannot be told.
     double rows_of(const out_file& file) const {
         if (s_.type == "dc" || s_.type == "startup") return s_.n_points;
+        if (s_.type == "ac") return s_.n_points * slv_.task.n_freq;
         if (!is_time() || file.fourier) return NAN;
         // Rows of a fixed interval come a step late at most, steps of a rule that chooses them may be ten times as
         // long.

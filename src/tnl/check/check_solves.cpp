@@ -6,6 +6,7 @@
 #include "settings/read_directives.h"
 #include "settings/solve_class.h"
 #include "settings/solve_words.h"
+#include "tnl/check/check_solves.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/check/check_values.h"
 #include "tnl/common/near_words.h"
@@ -36,6 +37,7 @@ public:
             if (word == "method:") doubt_method(i);
             if (word == "initial_sol") check_initial_sol(i);
             if (word == "vary_parm" || word == "vary_parm_sync") doubt_sweep(i);
+            if (s_.type == "ac" && (word == "set_freq" || word == "vary_freq")) doubt_frequencies(i);
             if (word.starts_with("set_") && word.ends_with("parm")) doubt_items(i);
             if ((word == "set_freq" || word == "vary_freq") && s_.is_known_type && s_.type != "ac")
                 d_.report.warning("misplaced", {i, 0}, word + " means nothing in a " + s_.type + " block");
@@ -280,6 +282,28 @@ private:
                                       "the sweep ends where it begins");
             }
     }
+    void doubt_frequencies(int i) {
+        const file_chr& f = d_.text();
+        const sweep_range& r = slv_.task.ac_range;
+        if (f.begins(i, "set_freq")) {
+            if (slv_.task.ac_single && slv_.task.ac_freq <= 0)
+                d_.report.warning("bad-sweep", {i, 1}, "a frequency is above zero");
+            return;
+        }
+        if (!slv_.task.ac_sweep || r.n == 0) return;
+        const int from = file_find_string_1(f, i, "from", odd_words), to = file_find_string_1(f, i, "to", odd_words);
+        if (r.type == sweep_range::log && (r.from <= 0 || r.to <= 0))
+            d_.report.error("bad-sweep", {i, std::max(0, (r.from <= 0 ? from : to) + 1)},
+                            "a sweep of type log runs between numbers above zero");
+        else if (r.type != sweep_range::table && (r.from <= 0 || r.to <= 0))
+            d_.report.warning("bad-sweep", {i, std::max(0, (r.from <= 0 ? from : to) + 1)},
+                              "a frequency is above zero");
+        if (r.type != sweep_range::table && r.from == r.to)
+            d_.report.warning("bad-sweep", {i, std::max(0, to + 1)}, "the sweep ends where it begins");
+        for (std::size_t k = 0; r.type == sweep_range::table && k < r.values.size(); ++k)
+            if (r.values[k] <= 0)
+                d_.report.warning("bad-sweep", {i, static_cast<int>(k) + 3}, "a frequency is above zero");
+    }
     static int find_word(const file_chr& f, int i, std::string_view word) {
         return file_find_string_1(f, i, word, even_words);
     }
@@ -297,6 +321,7 @@ private:
 
 void check_solves(checked_deck& d) {
     bool has_solution = false;
+    std::set<std::string> written;  // items that blocks have set or swept
     if (d.sections.solves.empty() && d.sections.begin_circuit >= 0)
         d.report.warning("no-solve", {d.sections.begin_circuit, 0}, "the deck has no solve block: nothing is computed");
     for (std::size_t i = 0; i < d.sections.solves.size(); ++i) {
@@ -304,6 +329,10 @@ void check_solves(checked_deck& d) {
         solve_class slv;
         block_checks(d, s, static_cast<int>(i), slv, has_solution).run();
         check_outputs(d, s, slv);
+        for (const parm_item& item : slv.task.set_parm) written.insert(item.word);
+        for (const std::vector<vary_statement>* list : {&slv.task.vary, &slv.task.vary_sync})
+            for (const vary_statement& v : *list) written.insert(v.item.word);
+        if (s.type == "ac") check_small_signals(d, s, slv, written, has_solution);
         if (s.type != "ac") has_solution = true;  // a type that is not known has its own fault
     }
 }

@@ -161,6 +161,7 @@ constexpr stop_kind kinds[] = {
     {"delt_const for transient/SSW simulation has not", nullptr},
     {"is less than delt_min", nullptr},
     {"then one method specified for", nullptr},
+    {"interp_log: check x_start", nullptr},
 
     // ---- statements of a solve block
     {"An unknown keyword is found in the method card",
@@ -221,6 +222,10 @@ constexpr stop_kind kinds[] = {
     {"sweep_format option", "bad-option", "sweep_format is normal or reverse"},
     {"n_fourier must be from", "bad-option", "n_fourier is from 0 to 2147483646"},
     {"Fourier is allowed only", "bad-option", "fourier=yes stands in trns blocks only", "", "fourier"},
+    {"solve_class (Nyquist):", "bad-variables",
+     "a nyquist file has two variables, phase_of_X and mag_of_X of one X, in this order", "", "nyquist"},
+    {"cannot specify both min-phase", "bad-option", "min_phase and max_phase exclude each other", "leave one",
+     "max_phase"},
     {"Nyquist is allowed only for AC", "bad-option", "nyquist=yes stands in ac blocks only", "", "nyquist"},
     {"syntax problem in output variables", "unknown-variable", "", "", {}, tell_variable},
     {"_of_ not found*Check this outvar:", "unknown-variable", "", "", {}, tell_variable},

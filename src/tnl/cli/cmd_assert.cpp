@@ -8,6 +8,7 @@
 #include "tnl/cli/commands.h"
 #include "tnl/common/exit_status.h"
 #include "tnl/common/output_file.h"
+#include "tnl/plot/plot_rows.h"
 #include "tnl/results/junit.h"
 #include "tnl/results/measure.h"
 #include "tnl/results/run_tables.h"
@@ -47,7 +48,8 @@ test_result judge(const expression& e, run_tables& tables, int curve) {
             message = fault.what();
             result.is = test_result::error;
         }
-        if (table.n_curves() > 1) message = "curve " + std::to_string(k + 1) + ": " + message;
+        const std::string swept = table.sweeps.empty() ? "" : " (" + text_of_sweeps(table.sweeps, k) + ")";
+        if (table.n_curves() > 1) message = "curve " + std::to_string(k + 1) + swept + ": " + message;
         result.message += (result.message.empty() ? "" : "; ") + message;
     }
     return result;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "tnl/cli/commands.h"
 #include "tnl/common/exit_status.h"
@@ -32,7 +33,7 @@ struct export_options {
     std::vector<std::string> columns;
     int curve = 0;
     bool wanted[std::size(formats)] = {};
-    bool with_units = false, binary = false;
+    bool with_units = false, binary = false, cartesian = false, polar = false;
 };
 
 void check_time_table(const result_table& table, const curve_range& curves) {
@@ -54,22 +55,33 @@ int export_command(const export_options& options) {
     if (options.binary && format.write != write_raw) throw usage_error("--binary belongs to --raw");
     if (options.with_units && format.write != write_csv && format.write != write_tsv)
         throw usage_error("--units belongs to --csv and --tsv");
+    if (options.cartesian && options.polar) throw usage_error("--cartesian and --polar exclude each other");
+    if ((options.cartesian || options.polar) && format.write == write_raw)
+        throw usage_error("a rawfile has small signals as complex numbers, without --cartesian or --polar");
     if ((format.is_binary || options.binary) && options.output == "-" && ::isatty(STDOUT_FILENO) == 1)
         throw usage_error("this format is not for a terminal; name a file with -o");
 
     run_tables tables(options.run, options.file);
-    const result_table& table = tables.with_columns(options.columns);
+    const result_table& all = tables.with_columns(options.columns);
+    std::vector<std::string> names = options.columns;
+    if (format.has_axis && !names.empty() && find_column(all, names[0]) != 0) names.insert(names.begin(), "1");
+    // Small signals have two columns, which may be computed; all other rows are taken as they stand.
+    std::optional<result_table> made;
+    if (is_over_frequency(all)) {
+        made = chosen_columns(all, names,
+                              options.cartesian || format.write == write_raw ? small_signal_form::cartesian
+                              : options.polar                                ? small_signal_form::polar
+                                                                             : small_signal_form::as_it_is);
+        names.clear();
+    }
+    const result_table& table = made ? *made : all;
     const curve_range curves = curves_of(table, options.curve);
     if (format.write == write_vcd) check_time_table(table, curves);
     export_choice choice{
         table,         {}, curves.first, curves.end, tables.record().title, tables.record().began, options.with_units,
         options.binary};
-    for (const std::string& name : options.columns)
-        choice.columns.push_back(static_cast<std::size_t>(find_column(table, name)));
-    if (options.columns.empty())
-        for (std::size_t j = 0; j < table.n_columns(); ++j) choice.columns.push_back(j);
-    else if (format.has_axis && choice.columns[0] != 0)
-        choice.columns.insert(choice.columns.begin(), 0);
+    for (const std::string& name : names) choice.columns.push_back(static_cast<std::size_t>(find_column(table, name)));
+    for (std::size_t j = 0; names.empty() && j < table.n_columns(); ++j) choice.columns.push_back(j);
 
     output_file out(options.output);
     format.write(choice, out);
@@ -85,13 +97,16 @@ void add_export(CLI::App& app, command_list& commands) {
     CLI::App* sub = app.add_subcommand("export", "Write the rows of a run for other programs");
     sub->add_option("RUN", options->run, "Run folder, its deck, or a row file; - for rows on standard input")
         ->required();
-    sub->add_option("COLUMNS", options->columns, "Names or numbers of columns, in this order; otherwise all");
+    sub->add_option("COLUMNS", options->columns,
+                    "Names or numbers of columns or small signals, in this order; otherwise all");
     for (std::size_t i = 0; i < std::size(formats); ++i)
         sub->add_flag(formats[i].flag, options->wanted[i], formats[i].text);
     sub->add_option("-o,--output", options->output, "File to write; - for standard output")->capture_default_str();
     sub->add_option("--file", options->file, "Row file of the run, when it has several");
     sub->add_option("--curve", options->curve, "Only this curve, counted from 1")->check(CLI::PositiveNumber);
     sub->add_flag("--units", options->with_units, "csv, tsv: names with their units, vout [V]");
+    sub->add_flag("--cartesian", options->cartesian, "csv, tsv, npy: small signals as real_of_X and imag_of_X");
+    sub->add_flag("--polar", options->polar, "csv, tsv, npy: small signals as mag_of_X and phase_of_X");
     sub->add_flag("--binary", options->binary, "raw: numbers as bytes");
     sub->footer(
         "Numbers are the shortest that read back as the same. Several curves get a first column curve (csv, tsv, npy)\n"

@@ -6,6 +6,7 @@
 #include "tnl/cli/commands.h"
 #include "tnl/common/exit_status.h"
 #include "tnl/common/output_file.h"
+#include "tnl/plot/plot_rows.h"
 #include "tnl/results/measure.h"
 #include "tnl/results/run_tables.h"
 
@@ -35,9 +36,11 @@ int measure_command(const measure_options& options) {
         const result_table& table = tables.with_columns(e.names);
         const curve_range curves = curves_of(table, options.curve);
         for (std::size_t k = curves.first; k < curves.end; ++k) {
-            const std::string which = table.n_curves() > 1 ? " [curve " + std::to_string(k + 1) + "]" : "";
+            const std::string swept = table.sweeps.empty() ? "" : ": " + text_of_sweeps(table.sweeps, k);
+            const std::string which = table.n_curves() > 1 ? " [curve " + std::to_string(k + 1) + swept + "]" : "";
             nlohmann::ordered_json one = {{"name", e.label}, {"expression", e.text}};
             if (table.n_curves() > 1) one["curve"] = k + 1;
+            for (const record_sweep& sweep : table.sweeps) one["sweep"][sweep.name] = sweep.values[k];
             try {
                 const quantity q = evaluate(e, table, k).sides[0];
                 text += e.label + which + " = " + text_of(q) + "\n";

@@ -109,6 +109,12 @@ int plot_command(plot_options options) {
     for (const std::string& text : options.panels) options.wish.panels.push_back(panel_of(text));
     if (!options.from.empty() && !options.to.empty() && !(options.wish.choice.from < options.wish.choice.to))
         throw usage_error("the window from " + options.from + " to " + options.to + " is empty");
+    if (options.wish.linear_x && options.wish.choice.log_x)
+        throw usage_error("--linear-x and --log-x exclude each other");
+    if (options.wish.linear_y && options.wish.choice.log_y)
+        throw usage_error("--linear-y and --log-y exclude each other");
+    if (options.wish.nyquist && !options.wish.x.empty())
+        throw usage_error("--nyquist has the real part for x; leave out --x");
     const plotted_runs runs = open_plotted(options.words, options.wish);
     for (const std::string& note : runs.notes) std::fprintf(stderr, "tnl: %s\n", note.c_str());
     const plot p = plot_of_rows(runs.sources, runs.choice, std::max(1500, size.width));
@@ -133,13 +139,16 @@ void add_plot(CLI::App& app, command_list& commands) {
     plot->add_option(
             "RUN", o->words,
             "Runs (a folder, the deck that was run, or a row file), then names or numbers of columns, or expressions "
-            "of them as 'vin - vout'; no column: all")
+            "of them as 'vin - vout'; no column: all. A small signal X is mag_of_X and phase_of_X")
         ->required();
     plot->add_option("-o,--output", o->output, "Picture file: .svg, .png or .pdf; - for SVG on standard output");
     plot->add_option("--file", o->wish.file, "Row file of the run, instead of the first that has the columns");
     plot->add_option("--x", o->wish.x, "Column for the x axis, instead of the first");
     plot->add_flag("--log-x", o->wish.choice.log_x, "Logarithmic x axis");
     plot->add_flag("--log-y", o->wish.choice.log_y, "Logarithmic y axes");
+    plot->add_flag("--linear-x", o->wish.linear_x, "Small signals: the frequency on a linear axis");
+    plot->add_flag("--linear-y", o->wish.linear_y, "Small signals: magnitudes as they are, not in dB");
+    plot->add_flag("--nyquist", o->wish.nyquist, "Small signals: in the complex plane, with the point -1");
     plot->add_flag("--stack", o->wish.choice.stack, "A panel for each column, instead of one for each unit");
     plot->add_flag("--logic", o->wish.choice.logic, "Columns with two values as logic traces under one another");
     plot->add_option("--panel", o->panels, "Columns or expressions that share a panel: A,B; once for each panel")

@@ -11,7 +11,9 @@ namespace cli {
 
 // NOLINTBEGIN: the library looks for these names
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_column, name, unit)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_file, path, kind, columns, rows, curves, begins_with_guess)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_sweep, name, unit, values)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_file, path, kind, columns, rows, curves, begins_with_guess,
+                                                sweeps)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_place, file, line, column, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_warning, message, advice, places)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(run_record, version, deck, deck_hash, library_hash, title, options,

@@ -14,15 +14,22 @@ struct record_column {
     std::string name;  // "time", "frequency", "harmonic", or the deck's word: "vout", "r_of_R2"
     std::string unit;  // "s", "V", "ohm"; empty when unknown or none
 };
+struct record_sweep {
+    std::string name, unit;      // the deck's word: "r_of_R1"
+    std::vector<double> values;  // [curves]
+};
 struct record_file {
     std::string path;  // relative to the folder of the record
-    std::string kind;  // "dc", "startup", "trns", "ssw", "ac", "fourier"; "solution", "parms": no table
+    // "dc", "startup", "trns", "ssw", "ac", "nyquist", "fourier"; "solution", "parms": no table
+    std::string kind;
     std::vector<record_column> columns;
     long long rows = 0;
     int curves = 0;  // parts with blank lines between them
     // A run in time from initial_sol initialize: its first row holds the elements' first guesses, before anything is
     // solved.
     bool begins_with_guess = false;
+    // What tells the curves of a sweep apart where no column does: the values that each was made with.
+    std::vector<record_sweep> sweeps = {};
     bool is_table() const { return kind != "solution" && kind != "parms"; }
 };
 struct record_place {  // of a statement in the user's files

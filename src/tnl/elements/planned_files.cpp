@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/words.h"
+#include "tnl/deck/sweep_points.h"
 #include "tnl/elements/element_doc.h"
 
 namespace cli {
@@ -133,6 +134,31 @@ bool begins_with_guess(const deck_view& deck, const written_file& file) {
     return false;
 }
 
+statement_range block_of(const deck_view& deck, int i_statement) {
+    for (const statement_range& block : solve_ranges(deck))
+        if (i_statement >= block.begin && i_statement < block.end) return block;
+    return {};
+}
+
+// A file of small signals: its frequency in Hz, or in rad/s where the file asks for that; of one for a Nyquist plot the
+// two columns are what they hold, not what their words say.
+void complete_ac(const deck_names& names, const installed_libraries& libraries, const written_file& file,
+                 record_file& planned) {
+    const auto option = [&](std::string_view word) { return value_of(names.deck, file.i_statement, word, 2); };
+    if (option("nyquist") == "yes") planned.kind = "nyquist";
+    for (record_column& c : planned.columns) {
+        if (c.name == "frequency" && option("output_hz") == "no") c.unit = "rad/s";
+        if (planned.kind != "nyquist") continue;
+        const cut_item item = cut(c.name);
+        const bool is_real = item.quantity == "phase";
+        if (!is_real && item.quantity != "mag") continue;
+        const std::string variable(item.owner);
+        c = {(is_real ? "real_of_" : "imag_of_") + variable, unit_of_word(names, libraries, variable)};
+    }
+    for (const swept_item& item : swept_items(names.deck, block_of(names.deck, file.i_statement)))
+        planned.sweeps.push_back({item.word, unit_of_word(names, libraries, item.word), item.values});
+}
+
 bool has_column(const written_file& file, std::string_view word) {
     return std::find(file.columns.begin(), file.columns.end(), word) != file.columns.end();
 }
@@ -163,6 +189,7 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
                     if (!cut(value).quantity.ends_with("_ac"))
                         planned.columns.push_back({std::string(name), unit_of_word(names, libraries, name)});
             }
+        if (planned.kind == "ac") complete_ac(names, libraries, file, planned);
         files.push_back(std::move(planned));
     }
     return files;

@@ -77,6 +77,34 @@ axis y_axis(const plot_panel& panel, int n_ticks) {
     return make_axis(rests ? 0 : r.lo - 0.1 * half, r.hi + 0.1 * half, n_ticks, panel.unit);
 }
 
+equal_axes equal_axes_in(const plot& p, double width, double height, int n_x_ticks, int n_y_ticks) {
+    range x, y;
+    const plot_panel& panel = p.panels.front();
+    for (const plot_series& s : panel.series) {
+        x.take(s.x, s.y, false);
+        y.take(s.y, s.x, false);
+    }
+    for (const plot_mark& mark : p.marks) {
+        x.take({mark.x}, {mark.y}, false);
+        y.take({mark.y}, {mark.x}, false);
+    }
+    const auto padded = [](range& r, double lo, double hi) {
+        if (!(r.lo <= r.hi)) r.lo = 0, r.hi = 1;
+        const double room = 0.06 * (r.hi - r.lo);
+        r.lo = std::isfinite(lo) ? lo : r.lo - room;
+        r.hi = std::isfinite(hi) ? hi : r.hi + room;
+        if (!(r.lo < r.hi)) r.lo -= 0.5, r.hi = r.lo + 1;
+    };
+    padded(x, p.x_from, p.x_to);
+    padded(y, panel.y_lo, panel.y_hi);
+    const double of_x = (x.hi - x.lo) / width, of_y = (y.hi - y.lo) / height;
+    range& narrow = of_x < of_y ? x : y;
+    const double more = of_x < of_y ? of_y * width - (x.hi - x.lo) : of_x * height - (y.hi - y.lo);
+    narrow.lo -= more / 2;
+    narrow.hi += more / 2;
+    return {make_axis(x.lo, x.hi, n_x_ticks, p.x_unit), make_axis(y.lo, y.hi, n_y_ticks, panel.unit)};
+}
+
 bool is_dense(const plot_series& series, const axis& y) {
     double way = 0;  // up and down, in heights of the panel
     for (std::size_t i = 1; i < series.y.size(); ++i)

@@ -25,16 +25,29 @@ struct plot_panel {
     std::vector<plot_series> series;
     double y_lo = NAN, y_hi = NAN;  // ends of its axis that are given; series keep within them
 };
+struct plot_mark {
+    double x = 0, y = 0;
+    std::string name;
+};
 struct plot {
     std::string title, x_quantity, x_unit;
     bool log_x = false;
+    bool equal_axes = false;       // of the only panel: a length is the same number along both
+    std::vector<plot_mark> marks;  // points in such a panel, which its axes show unless their ends are given
     std::vector<plot_panel> panels;
-    double x_lo = NAN, x_hi = NAN;  // that the x axis shows whatever of the series is left; NaN: as these need it
+    double x_from = NAN, x_to = NAN;  // with equal_axes: ends of x that are given
+    double x_lo = NAN, x_hi = NAN;    // that the x axis shows whatever of the series is left; NaN: as these need it
 };
 
 // Axes that hold all finite points (on a log axis: those above 0); n_ticks is an aim.
 axis x_axis(const plot& p, int n_ticks);
 axis y_axis(const plot_panel& panel, int n_ticks);
+
+// Both axes of a picture with equal_axes, in a frame of this width and height in one measure.
+struct equal_axes {
+    axis x, y;
+};
+equal_axes equal_axes_in(const plot& p, double width, double height, int n_x_ticks, int n_y_ticks);
 
 // Whether a curve goes up and down so often that it fills an area: it is drawn thin, without dashes, below the others.
 bool is_dense(const plot_series& series, const axis& y);

@@ -78,6 +78,22 @@ std::string axis::tick_text(double tick) const {
     return fixed(shown, std::clamp(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 0, 12));
 }
 
+namespace {
+
+// The nearest round number, by ratio. Angles go by parts of a turn, decibels by decades.
+double step_for(double raw, std::string_view unit) {
+    const double least = raw / 1.4, power = std::pow(10, std::floor(std::log10(raw)));
+    if (unit == "deg" && least > 10 && least <= 360)
+        for (const double step : {15.0, 45.0, 90.0, 180.0, 360.0})
+            if (step >= least) return step;
+    if (unit == "dB" && least > 20 && least <= 80) return 20 * std::ceil(least / 20);
+    for (const double m : {1.0, 2.0, 5.0})
+        if (m * power >= least) return m * power;
+    return 10 * power;
+}
+
+}  // namespace
+
 axis make_axis(double lo, double hi, int n_ticks, std::string_view unit) {
     if (!(std::isfinite(lo) && std::isfinite(hi)) || lo > hi) lo = 0, hi = 1;
     lo = std::max(lo, -1e308);
@@ -94,13 +110,8 @@ axis make_axis(double lo, double hi, int n_ticks, std::string_view unit) {
     a.prefixes = takes_prefixes(unit);
     a.scale = scale_for(std::max(std::abs(lo), std::abs(hi)), unit);
     const double from = lo / a.scale.factor, to = hi / a.scale.factor;
-    const double raw = (to - from) / std::max(1, n_ticks), power = std::pow(10, std::floor(std::log10(raw)));
-    a.step = 10 * power;
-    for (const double m : {1.0, 2.0, 5.0})
-        if (m * power >= raw / 1.4) {  // the nearest of them, by ratio
-            a.step = m * power;
-            break;
-        }
+    const double raw = (to - from) / std::max(1, n_ticks);
+    a.step = step_for(raw, a.scale.unit);
     for (double k = std::ceil(from / a.step - 1e-9); k * a.step <= to + 1e-9 * a.step; ++k)
         a.ticks.push_back(k * a.step * a.scale.factor);
     return a;

@@ -22,7 +22,7 @@ struct axis {
     unit_scale scale;           // a log axis is not scaled; its ticks carry the prefix: "10k"
     bool prefixes = false;      // the unit takes prefixes
     double step = 1;            // between ticks, as shown; linear axes
-    std::vector<double> ticks;  // inside the limits; 1, 2 or 5 times a power of ten, as shown
+    std::vector<double> ticks;  // inside the limits; 1, 2 or 5 times a power of ten, as shown; degrees: parts of a turn
     std::vector<double> minor;  // of a log axis: 2, 3 ... 9 times the powers of ten
 
     double place(double v) const;  // 0 at lo, 1 at hi; not finite for what the axis cannot show

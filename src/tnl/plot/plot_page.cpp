@@ -35,8 +35,13 @@ axis spaced_x_axis(const plot& p, double width) {
     return a;
 }
 
-axis spaced_y_axis(const plot_panel& panel, double height) {
-    return y_axis(panel, std::clamp(static_cast<int>(height / (panel.log ? 26 : 48)), 2, 10));
+int y_tick_aim(double height, bool log) { return std::clamp(static_cast<int>(height / (log ? 26 : 48)), 2, 10); }
+
+axis spaced_y_axis(const plot_panel& panel, double height) { return y_axis(panel, y_tick_aim(height, panel.log)); }
+
+// Both axes of a picture with equal axes in its frame.
+equal_axes spaced_axes(const plot& p, double width, double height) {
+    return equal_axes_in(p, width, height, std::max(2, static_cast<int>(width / 80)), y_tick_aim(height, false));
 }
 
 double wanted_height(const plot_panel& panel, std::size_t n_panels) {
@@ -70,8 +75,8 @@ page layout_of(const plot& p, picture_size size) {
     const std::size_t n = p.panels.size();
     for (const plot_panel& panel : p.panels) {
         panel_place place;
-        double height = wanted_height(panel, n);
-        place.y = spaced_y_axis(panel, height);
+        double height = p.equal_axes ? 560 : wanted_height(panel, n);
+        place.y = p.equal_axes ? spaced_axes(p, out.width - 100, height).y : spaced_y_axis(panel, height);
         place.frame.height = height;
         if (panel.form == panel_form::logic) {
             for (const plot_series& s : panel.series)
@@ -131,7 +136,12 @@ page layout_of(const plot& p, picture_size size) {
                 std::to_string(static_cast<int>(fixed_height + 1.5 * least_height * static_cast<double>(n))) +
                 " would do");
         place.frame = {left, y, width, height};
-        if (size.height > 0) place.y = spaced_y_axis(panel, height);
+        if (size.height > 0 && !p.equal_axes) place.y = spaced_y_axis(panel, height);
+        if (p.equal_axes) {
+            const equal_axes both = spaced_axes(p, width, height);
+            out.x = both.x;
+            place.y = both.y;
+        }
         y += height;
     }
     return out;

@@ -152,7 +152,8 @@ panel_plan plan_panels(const std::vector<plot_source>& sources, const plot_choic
                 plot_panel panel;
                 panel.unit = key.form == panel_form::logic ? "" : column.unit;
                 panel.form = key.form;
-                panel.log = choice.log_y && key.form == panel_form::lines;
+                panel.log =
+                    choice.log_y && key.form == panel_form::lines && column.unit != "deg" && column.unit != "dB";
                 plan.panels.push_back(std::move(panel));
                 plan.columns.emplace_back();
             }

@@ -64,13 +64,20 @@ plot_series series_of(const plot_source& s, std::size_t i_column, std::size_t k,
     for (std::size_t i = s.table->first_row[k] + (starts_apart(*s.table, j) ? 1 : 0); i < s.table->first_row[k + 1];
          ++i) {
         const double px = x_at(s, i), py = factor * s.table->at(i, j);
-        const auto at = [&](double edge) { return old_y + (py - old_y) * ((edge - old_x) / (px - old_x)); };
+        const auto at = [&](double edge) {
+            const bool log = x.log && old_x > 0 && px > 0;
+            const double part = log ? std::log(edge / old_x) / std::log(px / old_x) : (edge - old_x) / (px - old_x);
+            return old_y + (py - old_y) * part;
+        };
         const auto between = [&](double edge) { return (old_x < edge && edge < px) || (old_x > edge && edge > px); };
         const bool rising = px > old_x;
         for (const double edge : {rising ? w.from : w.to, rising ? w.to : w.from})
             if (std::isfinite(old_y) && std::isfinite(py) && between(edge) && std::isfinite(edge))
                 thin.add(edge, at(edge));
-        if (w.holds(px) || std::isnan(px)) thin.add(px, py);
+        if (w.holds(px) || std::isnan(px))
+            thin.add(px, py);
+        else
+            thin.break_line();
         old_x = px;
         old_y = py;
     }
@@ -168,12 +175,20 @@ plot_series lane_of(const plot_source& s, std::size_t i_column, std::size_t k, c
 }
 
 std::string curve_name(const result_table& table, int sweep, std::size_t k) {
+    if (sweep < 0 && !table.sweeps.empty()) return text_of_sweeps(table.sweeps, k);
     if (sweep < 0) return "curve " + std::to_string(k + 1);
     return table.columns[static_cast<std::size_t>(sweep)].name + " = " +
            engineering_text(table.at(table.first_row[k], static_cast<std::size_t>(sweep)));
 }
 
 }  // namespace
+
+std::string text_of_sweeps(const std::vector<record_sweep>& sweeps, std::size_t k) {
+    std::string name;
+    for (const record_sweep& s : sweeps)
+        name += (name.empty() ? "" : ", ") + s.name + " = " + engineering_text(s.values[k]);
+    return name;
+}
 
 int sweep_column_of(const result_table& table) {
     if (table.n_curves() < 2) return -1;
@@ -188,6 +203,7 @@ int sweep_column_of(const result_table& table) {
 
 int x_column_of(const result_table& table) {
     if (table.n_columns() < 2 || table.kind == "startup") return -1;
+    if (is_over_frequency(table)) return std::max(0, table.swept_column);
     if (table.kind != "dc" && table.n_curves() < 2) return 0;
     for (int j = 0; j < static_cast<int>(table.n_columns()); ++j)
         if (varies(table, j)) return j;
@@ -198,7 +214,8 @@ std::vector<int> drawn_columns(const result_table& table, int x) {
     std::vector<int> columns;
     const bool several = table.n_curves() > 1;
     for (int j = 0; j < static_cast<int>(table.n_columns()); ++j)
-        if (j != x && !(several && sweep_column_of(table) == j)) columns.push_back(j);
+        if (j != x && !(several && sweep_column_of(table) == j) && !(table.swept_column >= 0 && j == 0))
+            columns.push_back(j);
     return columns;
 }
 
@@ -246,10 +263,26 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
                 series.name = table.columns[static_cast<std::size_t>(s.columns[c])].name;
                 std::string detail = table.n_curves() > 1 ? curve_name(table, sweep, k) : "";
                 if (!s.run.empty()) detail += (detail.empty() ? "" : ", ") + s.run;
-                if (!detail.empty()) series.name += " (" + detail + ")";
+                // Beside one quantity of small signals, the values of a sweep say all.
+                const bool is_one = !panel.quantity.empty() && is_over_frequency(table);
+                if (!detail.empty()) series.name = is_one ? detail : series.name + " (" + detail + ")";
                 panel.series.push_back(std::move(series));
             }
         }
+    }
+    if (choice.locus) {
+        p.equal_axes = true;
+        p.x_from = choice.from.value_or(NAN);
+        p.x_to = choice.to.value_or(NAN);
+        const plot_panel& panel = p.panels.front();
+        p.x_unit = panel.unit;
+        const std::string of = panel.quantity.empty() ? "" : " of " + panel.quantity;
+        p.x_quantity = "real part" + of;
+        p.panels.front().quantity = "imaginary part" + of;
+        const bool is_free = !choice.from && !choice.to && choice.y.empty();
+        const auto between = [](double v, double lo, double hi) { return !(v < lo) && !(v > hi); };
+        if (is_free || (between(-1, p.x_from, p.x_to) && between(0, panel.y_lo, panel.y_hi)))
+            p.marks.push_back({-1, 0, "-1"});
     }
     for (plot_panel& panel : p.panels) {  // phases beside magnitudes stay linear
         const auto shows = [](const plot_series& one) {

@@ -26,8 +26,9 @@ struct plot_choice {
     bool stack = false;  // a panel for each column instead of one for each unit
     bool logic = false;  // columns with two values get lanes
     bool log_x = false, log_y = false;
-    std::optional<double> from, to;                // of x
-    bool from_zero = false;                        // x counts from the begin of the window
+    bool locus = false;              // curves in the complex plane: axes of equal lengths, and the point -1
+    std::optional<double> from, to;  // of x
+    bool from_zero = false;          // x counts from the begin of the window
     std::vector<std::vector<std::string>> panels;  // names of columns that share a panel
     std::vector<plot_y_range> y;
 };
@@ -37,6 +38,8 @@ struct plot_choice {
 int x_column_of(const result_table& table);
 // What is drawn when no column is named: all but x and the columns that are constant in every curve of several.
 std::vector<int> drawn_columns(const result_table& table, int x);
+// The values of a sweep in curve k: "r_of_R1 = 10, c_of_C1 = 1u".
+std::string text_of_sweeps(const std::vector<record_sweep>& sweeps, std::size_t k);
 // A column that is constant in each curve and not the same in all tells the curves apart; -1 if none.
 int sweep_column_of(const result_table& table);
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "tnl/common/exit_status.h"
+#include "tnl/plot/plot_ac.h"
 #include "tnl/results/measure.h"
 #include "tnl/results/open_run.h"
 
@@ -44,8 +45,7 @@ struct wanted_curve {
 };
 
 bool has_all(const result_table& table, const wanted_curve& c) {
-    return std::all_of(c.names.begin(), c.names.end(),
-                       [&](const std::string& n) { return find_column(table, n) >= 0; });
+    return std::all_of(c.names.begin(), c.names.end(), [&](const std::string& n) { return has_quantity(table, n); });
 }
 
 int n_columns_of(named_run& r, const record_file& file, const std::vector<wanted_curve>& curves) {
@@ -77,7 +77,7 @@ std::string listed(const std::vector<std::string>& words) {
 bool is_column(std::list<named_run>& runs, const plot_wish& wish, const std::string& word) {
     for (named_run& r : runs)
         for (const record_file* file : tables_of(r, wish))
-            if (find_column(columns_of(r, *file), word) >= 0) return true;
+            if (has_quantity(columns_of(r, *file), word)) return true;
     return false;
 }
 
@@ -108,23 +108,62 @@ wanted_curve curve_of(std::list<named_run>& runs, const plot_wish& wish, const s
     return c;
 }
 
-// Position of the curve among the columns of the table, where an expression becomes a new one; -1: the table lacks one.
-int place_of(const wanted_curve& c, result_table& table) {
-    if (!c.made) return find_column(table, c.word);
-    if (!has_all(table, c)) return -1;
-    std::vector<double> values;
-    std::string unit;
+// Columns that the curve is drawn from, where an expression becomes a new one; none: the table lacks one.
+std::vector<int> places_of(const wanted_curve& c, result_table& table) {
+    if (!has_all(table, c)) return {};
+    if (!c.made) {
+        const int j = find_column(table, c.word);
+        if (j >= 0) return {j};
+        const response_columns r = find_response(table, c.word);
+        std::vector<int> places;
+        for (const int part : {r.mag, r.phase, r.real, r.imag})
+            if (part >= 0) places.push_back(part);
+        return places;
+    }
     try {
-        for (std::size_t k = 0; k < table.n_curves(); ++k) {
-            const row_values part = evaluate_rows(*c.made, table, k);
-            values.insert(values.end(), part.value.begin(), part.value.end());
-            unit = part.unit == "%" ? "" : part.unit;
-        }
+        return add_columns_of(*c.made, table);
     } catch (const measure_error& fault) {
         throw file_error(c.word + ": " + fault.what() + " (" + table.path + ")");
     }
-    add_column(table, {c.name(), unit}, values);
-    return static_cast<int>(table.n_columns()) - 1;
+}
+
+// A name as an expression, however odd it is.
+expression expression_of(const std::string& name) {
+    expression e;
+    e.text = e.label = name;
+    e.names = {name};
+    e.sides.push_back({name, {{measure_op::column, 0, false, 0, 0}}, false});
+    return e;
+}
+
+// Curves in the complex plane, each a source of its own as each has an x of its own; of all small signals if none is
+// wanted.
+std::vector<plot_source> loci_of(const std::vector<wanted_curve>& wanted, result_table& table) {
+    std::vector<expression> curves;
+    for (const wanted_curve& c : wanted)
+        if (has_all(table, c)) curves.push_back(c.made ? *c.made : expression_of(c.word));
+    if (wanted.empty())
+        for (const std::string& name : small_signals_in(table)) curves.push_back(expression_of(name));
+    if (curves.empty()) throw usage_error(table.path + " has no small signal, mag_of_X and phase_of_X");
+    std::vector<plot_source> sources;
+    for (const expression& e : curves) {
+        try {
+            sources.push_back(locus_of(e, table));
+        } catch (const measure_error& fault) {
+            throw file_error(e.text + ": " + fault.what() + " (" + table.path + ")");
+        }
+        sources.back().table = &table;
+    }
+    return sources;
+}
+
+// A nyquist file is drawn in the complex plane as long as no column of it is asked for.
+bool is_locus(const plot_wish& wish, const std::vector<wanted_curve>& curves, const result_table& table) {
+    if (wish.nyquist) return true;
+    return table.kind == "nyquist" && wish.x.empty() &&
+           std::all_of(curves.begin(), curves.end(), [&](const wanted_curve& c) {
+               return !c.made && find_column(table, c.word) < 0 && find_response(table, c.word).any();
+           });
 }
 
 // The file with most of the columns, and among equals the finest.
@@ -230,22 +269,43 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
         if (loaded.n_rows() == 0) throw file_error(fs::path(loaded.path).lexically_normal().string() + " has no rows");
         out.tables.push_back(std::move(loaded));
         result_table& table = out.tables.back();
+        if (&r == &runs.front()) title = r.run.record.title;
+        if (r.run.record.title != title) title.clear();
+        const std::string run = runs.size() > 1 ? name_of(r, runs) : "";
+        if (is_locus(wish, columns, table)) {
+            if (&r != &runs.front() && !out.choice.locus)
+                throw usage_error("curves over frequency and in the complex plane do not go into one picture: " +
+                                  table.path);
+            out.choice.locus = true;
+            out.choice.panels.resize(1);
+            for (plot_source& source : loci_of(columns, table)) {
+                source.run = run;
+                out.choice.panels[0].push_back(table.columns[static_cast<std::size_t>(source.columns[0])].name);
+                out.sources.push_back(std::move(source));
+            }
+            continue;
+        }
+        if (out.choice.locus)
+            throw usage_error("curves over frequency and in the complex plane do not go into one picture: " +
+                              table.path);
         plot_source source;
         source.table = &table;
-        source.run = runs.size() > 1 ? name_of(r, runs) : "";
+        source.run = run;
         source.x = wish.x.empty() ? x_column_of(table) : find_column(table, wish.x);
         if (columns.empty()) source.columns = drawn_columns(table, source.x);
         for (const wanted_curve& c : columns)
-            if (const int j = place_of(c, table); j >= 0 && !(c.once && is_drawn(source, j)))
-                source.columns.push_back(j);
+            for (const int j : places_of(c, table))
+                if (!(c.once && is_drawn(source, j))) source.columns.push_back(j);
         if (!wish.x.empty() && source.x < 0) throw usage_error(table.path + " has no column " + wish.x);
         if (source.columns.empty())
             throw usage_error(columns.empty() ? table.path + " has no column besides that of the x axis"
                                               : table.path + " has none of the columns " + listed(words_of(columns)));
-        if (table.kind == "ac") out.choice.log_x = true;
+        if (is_over_frequency(table)) {
+            if (source.x == 0 && !wish.linear_x) out.choice.log_x = true;
+            if (!wish.linear_y && !wish.choice.log_y) take_decibels(table, source.columns);
+            if (!wish.choice.stack) order_by_panels(table, source.columns);
+        }
         out.sources.push_back(std::move(source));
-        if (&r == &runs.front()) title = r.run.record.title;
-        if (r.run.record.title != title) title.clear();
     }
     const auto x_of = [](const plot_source& s) {
         return s.x < 0 ? record_column{"row", ""} : s.table->columns[static_cast<std::size_t>(s.x)];
@@ -253,7 +313,7 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
     const record_column first = x_of(out.sources.front());
     for (const plot_source& s : out.sources) {
         const record_column x = x_of(s);
-        if (x.unit != first.unit && !x.unit.empty() && !first.unit.empty())
+        if (!out.choice.locus && x.unit != first.unit && !x.unit.empty() && !first.unit.empty())
             throw usage_error("the x axes differ: " + first.name + ", " + first.unit + " in " +
                               out.sources.front().table->path + " and " + x.name + ", " + x.unit + " in " +
                               s.table->path);

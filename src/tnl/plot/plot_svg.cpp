@@ -77,6 +77,7 @@ public:
                 else
                     curve(panel.series[k], page_.panels[i].frame, y, style_of(k));
             }
+            marks(page_.panels[i]);
             if (!any) {
                 const box& b = page_.panels[i].frame;
                 add_text(out_, b.left + b.width / 2, b.top + b.height / 2 + 4, "middle", " fill=\"#666666\"",
@@ -135,6 +136,11 @@ private:
             level(zero, 0);
             grid(zero.text(), "#a0a0a0");
         }
+        if (p_.equal_axes && page_.x.lo < 0 && page_.x.hi > 0) {
+            svg_path zero;
+            upright(zero, 0);
+            grid(zero.text(), "#a0a0a0");
+        }
         if (!is_logic)
             for (const double v : place.y.ticks)
                 add_text(out_, b.left - 8, b.top + (1 - place.y.place(v)) * b.height + 4.5, "end", "",
@@ -191,6 +197,18 @@ private:
         out_ += "<path d=\"" + d.text();
         add(out_, "\" fill=\"none\" stroke=\"%s\" stroke-width=\"%.3g\" stroke-linecap=\"round\"/>\n",
             style.colour.data(), size);
+    }
+
+    // Points with a name, as crosses.
+    void marks(const panel_place& place) {
+        const box& b = place.frame;
+        for (const plot_mark& mark : p_.marks) {
+            const double x = px(mark.x), y = b.top + (1 - place.y.place(mark.y)) * b.height;
+            add(out_,
+                "<path d=\"M%.1f %.1fl10 10m0 -10l-10 10\" stroke=\"#b00020\" stroke-width=\"2\" fill=\"none\"/>\n",
+                x - 5, y - 5);
+            add_text(out_, x - 8, y - 8, "end", " fill=\"#b00020\"", mark.name);
+        }
     }
 
     // Every second series has hollow heads.

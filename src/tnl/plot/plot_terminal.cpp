@@ -20,9 +20,16 @@ struct canvas {
     int nx, ny;                  // dots of a cell
     std::vector<unsigned> dots;  // [rows * columns] bit 4 * column + row of the cell's dots
     std::vector<int> owner;      // [rows * columns] the series that drew here last, -1 none
+    std::vector<char> letter;    // [rows * columns] that stands above the dots; 0: none
 
     canvas(int c, int r, bool braille)
-        : columns(c), rows(r), nx(braille ? 2 : 1), ny(braille ? 4 : 1), dots(size()), owner(size(), -1) {}
+        : columns(c),
+          rows(r),
+          nx(braille ? 2 : 1),
+          ny(braille ? 4 : 1),
+          dots(size()),
+          owner(size(), -1),
+          letter(size(), 0) {}
     std::size_t size() const { return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows); }
     std::size_t at(int r, int c) const {
         return static_cast<std::size_t>(r) * static_cast<std::size_t>(columns) + static_cast<std::size_t>(c);
@@ -108,6 +115,7 @@ struct frame {
     const terminal& t;
     axis x;
     int left = 0, right = 0, columns = 20;  // characters
+    axis y_equal = {};                      // of a picture with equal axes
 
     std::string coloured(const std::string& text, int series) const {
         if (!t.colour || series < 0 || text.empty()) return text;
@@ -182,7 +190,7 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
             side.left[static_cast<std::size_t>(lane_rows * n)] = shortened_to(name_of(panel.series[k].name, t), f.left);
         }
     } else {
-        const axis y = y_axis(panel, tick_aim(rows));
+        const axis y = f.p.equal_axes ? f.y_equal : y_axis(panel, tick_aim(rows));
         std::string label = name_of(axis_label(panel.quantity, y), t);
         const auto shows = [&](const plot_series& one) {
             return std::any_of(one.y.begin(), one.y.end(), [&](double v) { return std::isfinite(y.place(v)); });
@@ -210,6 +218,17 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
         if (shown > 0 && shown < n)
             head += blanks(f.left + 2) + std::to_string(shown) + " of " + std::to_string(n) + " curves are named\n";
     }
+    for (const plot_mark& mark : f.p.marks) {
+        const double at_x = f.x.place(mark.x), at_y = f.y_equal.place(mark.y);
+        if (!(at_x >= 0 && at_x <= 1 && at_y >= 0 && at_y <= 1)) continue;
+        const int column = static_cast<int>(std::lround(at_x * (f.columns - 1)));
+        const int row = static_cast<int>(std::lround((1 - at_y) * (rows - 1)));
+        // Over the dots, with its name in front.
+        std::string text = mark.name + "X";
+        for (int k = 0; k < static_cast<int>(text.size()); ++k)
+            if (const int at = column + 1 - static_cast<int>(text.size()) + k; at >= 0)
+                c.letter[c.at(row, at)] = text[static_cast<std::size_t>(k)];
+    }
     const std::string upright = t.utf8 ? "│" : "|", cross = t.utf8 ? "┤" : "+";
     std::string out = head;
     for (int r = 0; r < rows; ++r) {
@@ -219,8 +238,8 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
         int colour = -1;
         for (int k = 0; k < f.columns; ++k) {
             const std::size_t cell = c.at(r, k);
-            const int owner = c.owner[cell];
-            if (owner < 0) {
+            const int owner = c.letter[cell] != 0 ? -1 : c.owner[cell];
+            if (owner < 0 && c.letter[cell] == 0) {
                 rest += ' ';
                 continue;
             }
@@ -233,7 +252,9 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
             }
             rest.clear();
             colour = owner;
-            same += t.utf8 ? utf8_braille(c.dots[cell]) : std::string(1, f.mark(owner));
+            same += c.letter[cell] != 0 ? std::string(1, c.letter[cell])
+                    : t.utf8            ? utf8_braille(c.dots[cell])
+                                        : std::string(1, f.mark(owner));
         }
         out += f.coloured(same, colour);
         if (!side.right[at_row].empty()) {
@@ -305,15 +326,24 @@ std::string draw_in_terminal(const plot& p, const terminal& t) {
                 f.left = std::max(f.left, std::min(t.columns / 4, n_characters(s.name)));
             continue;
         }
-        const axis y = y_axis(panel, tick_aim(rows_of(panel, p, t)));
+        const int rows = rows_of(panel, p, t);
+        const axis y = p.equal_axes ? equal_axes_in(p, t.columns - 14, 2 * rows, 2, tick_aim(rows)).y
+                                    : y_axis(panel, tick_aim(rows));
         for (const double tick : y.ticks) f.left = std::max(f.left, static_cast<int>(y.tick_text(tick).size()));
         if (!needs_names(panel)) continue;
         for (const plot_series& s : panel.series)
             f.right = std::max(f.right, std::min(std::max(10, t.columns * 3 / 10), n_characters(s.name)));
     }
     f.columns = std::max(20, t.columns - f.left - f.right - (t.utf8 ? 4 : 6));
+    const auto set_x = [&](int n) {
+        if (!p.equal_axes) return static_cast<void>(f.x = x_axis(p, n));
+        const int rows = rows_of(p.panels.front(), p, t);  // a character is twice as high as wide
+        const equal_axes both = equal_axes_in(p, f.columns, 2 * rows, n, tick_aim(rows));
+        f.x = both.x;
+        f.y_equal = both.y;
+    };
     for (int n = std::max(2, f.columns / 9); n >= 1; --n) {  // as many ticks as their numbers leave room for
-        f.x = x_axis(p, n);
+        set_x(n);
         bool fits = true;
         for (std::size_t i = 1; i < f.x.ticks.size(); ++i)
             fits = fits && (f.x.place(f.x.ticks[i]) - f.x.place(f.x.ticks[i - 1])) * f.columns >

@@ -53,6 +53,11 @@ void thinner::gap() {
     y.push_back(NAN);
 }
 
+void thinner::break_line() {
+    flush();
+    gap();
+}
+
 void thinner::finish() {
     flush();
     if (!y.empty() && std::isnan(y.back())) x.pop_back(), y.pop_back();

@@ -15,6 +15,7 @@ class thinner {
 public:
     thinner(const axis& x_axis, int n_bins) : x_(x_axis), n_bins_(n_bins) {}
     void add(double x, double y);
+    void break_line();  // between the points before and behind
     void finish();
     std::vector<double> x, y;  // the result, complete behind finish()
 

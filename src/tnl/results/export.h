@@ -9,6 +9,13 @@
 
 namespace cli {
 
+// What small signals become on the way out.
+enum class small_signal_form { as_it_is, cartesian, polar };  // real_of_X and imag_of_X; mag_of_X and phase_of_X
+
+// A table of these columns of the table, in order, all if none is named. A small signal's name stands for its two
+// columns; where the form is another, both its columns are converted together. Throws usage_error.
+result_table chosen_columns(const result_table& table, const std::vector<std::string>& names, small_signal_form form);
+
 // What goes out: these columns of these curves. The first column is the axis where the format has one.
 struct export_choice {
     const result_table& table;
@@ -27,7 +34,9 @@ void write_tsv(const export_choice& c, output_file& out);
 // NumPy's file of one array, version 1.0 (2.0 when the names need it): little-endian doubles, a field a column, so that
 // a["vout"] is one. Names are made unique. Several curves: a field "curve" in front.
 void write_npy(const export_choice& c, output_file& out);
-// The rawfile of the simulators that descend from Berkeley's: real numbers, one plot a curve; names without blanks.
+// The rawfile of the simulators that descend from Berkeley's: one plot a curve; names without blanks. Numbers are real;
+// over frequency they are complex: real_of_X and imag_of_X behind one another are X, all else has no imaginary part,
+// and the frequency is in Hz.
 void write_raw(const export_choice& c, output_file& out);
 // Value change dump, IEEE 1364-2001, section 18, of one curve over time in s. Columns of two values are wires of one
 // bit, their levels in a comment; the others are real. Throws file_error where time falls, is no number or below 0.

@@ -174,9 +174,10 @@ struct word_for {
     std::string_view key, word;
 };
 constexpr word_for variable_types[] = {{"V", "voltage"}, {"A", "current"}, {"s", "time"}, {"Hz", "frequency"}};
-constexpr word_for plot_names[] = {{"trns", "Transient Analysis"},       {"startup", "Operating Point"},
-                                   {"ssw", "Transient Analysis"},        {"ac", "AC Analysis"},
-                                   {"dc", "DC transfer characteristic"}, {"fourier", "Spectrum"}};
+constexpr word_for plot_names[] = {{"trns", "Transient Analysis"}, {"startup", "Operating Point"},
+                                   {"ssw", "Transient Analysis"},  {"ac", "AC Analysis"},
+                                   {"nyquist", "AC Analysis"},     {"dc", "DC transfer characteristic"},
+                                   {"fourier", "Spectrum"}};
 
 template <std::size_t n>
 std::string_view find(const word_for (&words)[n], std::string_view key, std::string_view otherwise) {
@@ -199,10 +200,47 @@ std::string without_blanks(std::string name) {
 
 }  // namespace
 
-void write_raw(const export_choice& c, output_file& out) {
-    std::vector<std::string> names = names_of(c);
-    std::transform(names.begin(), names.end(), names.begin(), without_blanks);
+namespace {
+
+// A variable of the file: a column, and that of its imaginary part or -1.
+struct raw_variable {
+    std::string name;
+    std::size_t column;
+    int imaginary;
+    double times;
+};
+
+std::vector<raw_variable> raw_variables(const export_choice& c, bool is_complex) {
+    std::vector<raw_variable> all;
+    for (std::size_t i = 0; i < c.columns.size(); ++i) {
+        const record_column& column = c.table.columns[c.columns[i]];
+        raw_variable v{column.name, c.columns[i], -1, 1};
+        if (is_complex && i == 0 && column.unit == "rad/s") v.times = 0.5 / 3.14159265358979323846;
+        if (is_complex && column.name.starts_with("real_of_") && i + 1 < c.columns.size())
+            if (const std::string name = column.name.substr(8);
+                c.table.columns[c.columns[i + 1]].name == "imag_of_" + name) {
+                v.name = name;
+                v.imaginary = static_cast<int>(c.columns[++i]);
+            }
+        all.push_back(std::move(v));
+    }
+    std::vector<std::string> names;
+    for (const raw_variable& v : all) names.push_back(without_blanks(v.name));
     names = unique_names(names);
+    for (std::size_t i = 0; i < all.size(); ++i) all[i].name = names[i];
+    return all;
+}
+
+std::string type_of(const export_choice& c, const raw_variable& v) {
+    if (v.times != 1) return "frequency";
+    return std::string(find(variable_types, c.table.columns[v.column].unit, "notype"));
+}
+
+}  // namespace
+
+void write_raw(const export_choice& c, output_file& out) {
+    const bool is_complex = is_over_frequency(c.table);
+    const std::vector<raw_variable> variables = raw_variables(c, is_complex);
     std::string text;
     char number[32];
     for (std::size_t k = c.first_curve; k < c.end_curve; ++k) {
@@ -210,23 +248,27 @@ void write_raw(const export_choice& c, output_file& out) {
         text = "Title: " + one_line(c.title.empty() ? c.table.path : c.title) + "\nDate: " + one_line(c.date) +
                "\nPlotname: " + std::string(find(plot_names, c.table.kind, "Rows"));
         if (has_curve_column(c)) text += ", curve " + std::to_string(k + 1);
-        text += "\nFlags: real\nNo. Variables: " + std::to_string(names.size()) +
+        text += std::string("\nFlags: ") + (is_complex ? "complex" : "real") +
+                "\nNo. Variables: " + std::to_string(variables.size()) +
                 "\nNo. Points: " + std::to_string(end - begin) + "\nVariables:\n";
-        for (std::size_t i = 0; i < names.size(); ++i)
-            text += "\t" + std::to_string(i) + "\t" + names[i] + "\t" +
-                    std::string(find(variable_types, c.table.columns[c.columns[i]].unit, "notype")) + "\n";
+        for (std::size_t i = 0; i < variables.size(); ++i)
+            text += "\t" + std::to_string(i) + "\t" + variables[i].name + "\t" + type_of(c, variables[i]) + "\n";
         text += c.binary ? "Binary:\n" : "Values:\n";
         out.write(text);
         for (std::size_t row = begin; row < end; ++row) {
             text.clear();
             if (!c.binary) text = std::to_string(row - begin);
-            for (const std::size_t j : c.columns) {
-                const double x = c.table.at(row, j);
+            for (const raw_variable& v : variables) {
+                const double x = v.times * c.table.at(row, v.column),
+                             y = v.imaginary < 0 ? 0 : c.table.at(row, static_cast<std::size_t>(v.imaginary));
                 if (c.binary) {
                     append_little_endian(text, x);
+                    if (is_complex) append_little_endian(text, y);
                 } else {
                     text += '\t';
                     text.append(number, put_number(number, x));
+                    if (is_complex) text += ',';
+                    if (is_complex) text.append(number, put_number(number, y));
                     text += '\n';
                 }
             }

@@ -3,113 +3,14 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <memory>
 
 #include "tnl/common/exit_status.h"
 #include "tnl/results/measure_functions.h"
+#include "tnl/results/measure_operand.h"
 
 namespace cli {
 
 namespace {
-
-// The samples of one curve, by rising first column.
-struct curve_view {
-    const result_table& table;
-    std::size_t begin, end;  // rows
-    bool backwards = false;  // the first column falls
-    bool ordered = true;     // it rises or falls
-    std::vector<double> axis;
-
-    curve_view(const result_table& table_, std::size_t i_curve)
-        : table(table_), begin(table_.first_row[i_curve]), end(table_.first_row[i_curve + 1]) {
-        axis = column(0);
-        backwards = axis.back() < axis.front();
-        if (backwards) std::reverse(axis.begin(), axis.end());
-        for (std::size_t i = 0; i < axis.size(); ++i)
-            ordered = ordered && std::isfinite(axis[i]) && (i == 0 || axis[i] >= axis[i - 1]);
-    }
-    std::vector<double> column(std::size_t j) const {
-        std::vector<double> x(end - begin);
-        for (std::size_t i = 0; i < x.size(); ++i) x[i] = table.at(begin + i, j);
-        if (backwards) std::reverse(x.begin(), x.end());
-        return x;
-    }
-};
-
-// What stands on the stack: a number, or a wave with one value a row.
-struct operand {
-    double number = 0;
-    std::shared_ptr<std::vector<double>> x;  // not for numbers
-    std::string unit;
-    bool literal = false;  // made of numbers alone: takes any unit
-    bool is_edge = false;  // number is an edge
-
-    bool is_wave() const { return x != nullptr; }
-};
-
-std::string unit_of_sum(const operand& a, const operand& b) {
-    if (a.unit == b.unit) return a.unit;
-    if (a.literal) return b.unit;
-    return b.literal ? a.unit : "";
-}
-
-std::string unit_of_product(const operand& a, const operand& b) {
-    if (a.literal && b.literal) return a.unit.empty() ? b.unit : a.unit;
-    if (a.literal || a.unit == "%") return b.unit;
-    if (b.literal || b.unit == "%") return a.unit;
-    if ((a.unit == "V" && b.unit == "A") || (a.unit == "A" && b.unit == "V")) return "W";
-    return "";
-}
-
-std::string unit_of_quotient(const operand& a, const operand& b) {
-    if (b.literal) return a.unit;
-    if (a.unit == "V" && b.unit == "A") return "ohm";
-    if (a.unit == "W" && b.unit == "V") return "A";
-    if (a.unit == "W" && b.unit == "A") return "V";
-    return "";
-}
-
-template <class F>
-operand by_sample(operand a, const operand& b, F f) {
-    operand r;
-    r.literal = a.literal && b.literal;
-    if (!a.is_wave() && !b.is_wave()) {
-        r.number = f(a.number, b.number);
-        return r;
-    }
-    const std::vector<double>*p = a.x.get(), *q = b.x.get();
-    r.x = p != nullptr && a.x.use_count() == 1 ? a.x : std::make_shared<std::vector<double>>((p ? p : q)->size());
-    std::vector<double>& out = *r.x;
-    for (std::size_t i = 0; i < out.size(); ++i) out[i] = f(p ? (*p)[i] : a.number, q ? (*q)[i] : b.number);
-    return r;
-}
-
-operand arithmetic(measure_op::code what, operand a, const operand& b) {
-    std::string unit;
-    operand r;
-    switch (what) {
-        case measure_op::add:
-            unit = unit_of_sum(a, b);
-            r = by_sample(std::move(a), b, [](double p, double q) { return p + q; });
-            break;
-        case measure_op::subtract:
-            unit = unit_of_sum(a, b);
-            r = by_sample(std::move(a), b, [](double p, double q) { return p - q; });
-            break;
-        case measure_op::multiply:
-            unit = unit_of_product(a, b);
-            r = by_sample(std::move(a), b, [](double p, double q) { return p * q; });
-            break;
-        case measure_op::divide:
-            unit = unit_of_quotient(a, b);
-            r = by_sample(std::move(a), b, [](double p, double q) { return p / q; });
-            break;
-        default:
-            r = by_sample(std::move(a), b, [](double p, double q) { return std::pow(p, q); });
-    }
-    r.unit = unit == "%" && !r.literal ? "" : unit;  // sums and multiples of ratios are numbers again
-    return r;
-}
 
 std::string unit_of_result(const measure_function& f, const std::string& unit, const std::string& axis) {
     if (f.is_ratio) return "%";
@@ -124,35 +25,113 @@ std::string unit_of_result(const measure_function& f, const std::string& unit, c
             return unit == "W" && axis == "s" ? "J" : unit.empty() || axis.empty() ? "" : unit + " " + axis;
         case unit_of::wave_per_axis:
             return unit.empty() || axis.empty() ? "" : unit + "/" + axis;
+        case unit_of::decibel:
+            return "dB";
+        case unit_of::degrees:
+            return "deg";
         default:
             return "";
     }
 }
 
+constexpr const char* what_is_small_signal = " takes a small signal: X where the file has mag_of_X and phase_of_X";
+
+// Values a row: those of a small signal are asked for by name.
+void check_waves(const measure_function& f, const operand& o) {
+    if (o.is_response)
+        throw usage_error(std::string(f.name) +
+                          " takes values a row; those of a small signal x are mag(x), db(x) and phase(x)");
+}
+
+wave wave_of(const operand& o, const curve_view& curve) {
+    return {curve.axis, *o.x, {curve.log, curve.log && o.is_magnitude}};
+}
+
+// A small signal as functions see it, with what it points to.
+struct owned_response {
+    samples mag, phase;
+    response view() const { return {mag, phase}; }
+};
+
+owned_response response_of(const measure_function& f, const operand& o, const curve_view& curve) {
+    if (!o.is_response && !(o.is_magnitude && f.of == takes::magnitude))
+        throw usage_error(std::string(f.name) + what_is_small_signal);
+    if (!curve.ordered || !(curve.axis.front() > 0))
+        throw measure_error("the first column, " + curve.table.columns[0].name +
+                            ", is no frequency: it does not rise or fall throughout above 0");
+    owned_response r;
+    if (f.unit != unit_of::degrees || f.measure != nullptr) r.mag = {curve.axis, magnitude_of(o, curve), {true, true}};
+    if (f.of == takes::phase) r.phase = {curve.axis, unwrapped(phase_of(o, curve)), {true, false}};
+    return r;
+}
+
+// mag, db, phase ...: of each row, or between rows at a frequency.
+operand sampled(const measure_function& f, const operand& o, bool by_row, double at, const curve_view& curve) {
+    const bool is_wave = !o.is_response && f.of == takes::both;
+    operand r;
+    r.unit = unit_of_result(f, o.unit, "");
+    if (is_wave) {  // at a frequency
+        if (!curve.ordered) throw measure_error("the first column neither rises nor falls throughout");
+        r.number = f.by_sample(value_at(wave_of(o, curve), at));
+        return r;
+    }
+    const owned_response x = response_of(f, o, curve);
+    if (!by_row) {
+        r.number =
+            f.of_sample(x.mag.x.empty() ? NAN : value_at(x.mag, at), x.phase.x.empty() ? NAN : value_at(x.phase, at));
+        return r;
+    }
+    std::vector<double> values;
+    for (std::size_t i = 0; i < curve.axis.size(); ++i)
+        values.push_back(f.of_sample(x.mag.x.empty() ? NAN : x.mag.x[i], x.phase.x.empty() ? NAN : x.phase.x[i]));
+    r.x = rows_of(std::move(values));
+    return r;
+}
+
+operand call_by_sample(const measure_function& f, operand a, const curve_view& curve) {
+    std::string unit = f.unit == unit_of::wave ? a.unit : "";
+    if (f.unit == unit_of::decibel && !a.literal) unit = "dB";
+    if (a.is_response) {
+        if (f.of != takes::both) check_waves(f, a);
+        magnitude_of(a, curve);
+    }
+    const operand zero{.literal = true};
+    operand r = by_sample(std::move(a), zero, [&](double p, double) { return f.by_sample(p); });
+    r.unit = unit;
+    r.is_magnitude = f.of_sample != nullptr && f.unit == unit_of::wave;
+    return r;
+}
+
 operand call(const measure_op& op, std::vector<operand>& stack, const curve_view& curve) {
     const measure_function& f = measure_functions()[static_cast<std::size_t>(op.index)];
     const std::size_t first = stack.size() - static_cast<std::size_t>(op.n_args);
-    if (f.by_sample != nullptr) {
+    if (f.by_sample != nullptr && op.n_args == 1) {
         operand a = std::move(stack[first]);
         stack.pop_back();
-        const std::string unit = f.unit == unit_of::wave ? a.unit : "";
-        const operand zero{0, nullptr, "", true};
-        operand r = by_sample(std::move(a), zero, [&](double p, double) { return f.by_sample(p); });
-        r.unit = unit;
+        return call_by_sample(f, std::move(a), curve);
+    }
+    if (f.of_sample != nullptr) {
+        operand r = sampled(f, stack[first], op.n_args == 1, stack.back().number, curve);
+        stack.resize(first);
         return r;
     }
     call_arguments a;
+    std::vector<owned_response> owned;
     std::string letters;
     for (std::size_t i = first; i < stack.size(); ++i) {
         const operand& o = stack[i];
-        if (o.is_wave()) {
-            a.waves.push_back({curve.axis, *o.x});
-        } else if (o.is_edge) {
-            a.which = static_cast<edge>(static_cast<int>(o.number));
+        if (!o.is_wave()) {
+            if (o.is_word)
+                a.word = static_cast<int>(o.number);
+            else
+                a.numbers.push_back(o.number);
+        } else if (f.of == takes::waves) {
+            check_waves(f, o);
+            a.waves.push_back(wave_of(o, curve));
         } else {
-            a.numbers.push_back(o.number);
+            owned.push_back(response_of(f, o, curve));
         }
-        letters += o.is_wave() ? 'w' : o.is_edge ? 'e' : 'n';
+        letters += o.is_wave() ? 'w' : o.is_word ? 'e' : 'n';
     }
     const bool windowed = has_window(f, letters);
     if ((f.needs_axis || windowed) && !curve.ordered)
@@ -166,7 +145,12 @@ operand call(const measure_op& op, std::vector<operand>& stack, const curve_view
             parts[i] = clip(a.waves[i], from, to);
             a.waves[i] = parts[i];
         }
+        for (owned_response& o : owned) {
+            o.mag = clip(o.mag, from, to);
+            if (!o.phase.x.empty()) o.phase = clip(o.phase, from, to);
+        }
     }
+    for (const owned_response& o : owned) a.responses.push_back(o.view());
     operand r;
     r.number = f.measure(a);
     r.unit = unit_of_result(f, stack[first].unit, curve.table.columns[0].unit);
@@ -174,29 +158,66 @@ operand call(const measure_op& op, std::vector<operand>& stack, const curve_view
     return r;
 }
 
-operand run(const measure_side& side, const std::vector<std::size_t>& columns, const curve_view& curve) {
+// Where the values of a name of the expression stand.
+struct name_source {
+    std::string name;
+    int column = -1;         // or
+    response_columns parts;  // of a small signal
+};
+
+operand operand_of(const name_source& from, const curve_view& curve) {
+    const auto rows = [&](int column) { return rows_of(curve.column(static_cast<std::size_t>(column))); };
+    const auto unit = [&](int column) { return curve.table.columns[static_cast<std::size_t>(column)].unit; };
+    operand o;
+    if (from.column >= 0) {
+        o.x = rows(from.column);
+        o.unit = unit(from.column);
+        o.is_magnitude = curve.table.columns[static_cast<std::size_t>(from.column)].name.starts_with("mag_of_");
+        return o;
+    }
+    o.is_response = true;
+    const response_columns& c = from.parts;
+    if (c.mag < 0 && c.phase < 0) {
+        o.x = rows(c.real);
+        o.phase = rows(c.imag);
+        o.unit = unit(c.real);
+        for (std::size_t i = 0; i < o.x->size(); ++i) {
+            const double re = (*o.x)[i], im = (*o.phase)[i];
+            (*o.x)[i] = std::hypot(re, im);
+            (*o.phase)[i] = degrees * std::atan2(im, re);
+        }
+        return o;
+    }
+    if (c.mag < 0) {
+        o.no_magnitude = "mag_of_" + from.name;
+        o.x = rows_of(std::vector<double>(curve.end - curve.begin, NAN));
+    } else {
+        o.x = rows(c.mag);
+        o.unit = unit(c.mag);
+    }
+    if (c.phase < 0)
+        o.no_phase = "phase_of_" + from.name;
+    else
+        o.phase = rows(c.phase);
+    return o;
+}
+
+operand run(const measure_side& side, const std::vector<name_source>& names, const curve_view& curve) {
     std::vector<operand> stack;
     for (const measure_op& op : side.ops) {
         switch (op.what) {
             case measure_op::number:
-                stack.push_back({op.value, nullptr, op.percent ? "%" : "", true});
+                stack.push_back({.number = op.value, .unit = op.percent ? "%" : "", .literal = true});
                 break;
-            case measure_op::edge_word:
-                stack.push_back({static_cast<double>(op.index), nullptr, "", true, true});
+            case measure_op::own_word:
+                stack.push_back({.number = static_cast<double>(op.index), .literal = true, .is_word = true});
                 break;
-            case measure_op::column: {
-                const std::size_t j = columns[static_cast<std::size_t>(op.index)];
-                stack.push_back(
-                    {0, std::make_shared<std::vector<double>>(curve.column(j)), curve.table.columns[j].unit, false});
+            case measure_op::column:
+                stack.push_back(operand_of(names[static_cast<std::size_t>(op.index)], curve));
                 break;
-            }
-            case measure_op::negate: {
-                const std::string unit = stack.back().unit;
-                const operand zero{0, nullptr, "", true};
-                stack.back() = by_sample(std::move(stack.back()), zero, [](double p, double) { return -p; });
-                stack.back().unit = unit;
+            case measure_op::negate:
+                stack.back() = negated(std::move(stack.back()));
                 break;
-            }
             case measure_op::call: {
                 operand r = call(op, stack, curve);
                 stack.push_back(std::move(r));
@@ -205,16 +226,19 @@ operand run(const measure_side& side, const std::vector<std::size_t>& columns, c
             default: {
                 const operand b = std::move(stack.back());
                 stack.pop_back();
-                stack.back() = arithmetic(op.what, std::move(stack.back()), b);
+                stack.back() = arithmetic(op.what, std::move(stack.back()), b, curve);
             }
         }
     }
     return std::move(stack.back());
 }
 
-quantity measured_side(const measure_side& side, const std::vector<std::size_t>& columns, const curve_view& curve) {
-    const operand o = run(side, columns, curve);
+quantity measured_side(const measure_side& side, const std::vector<name_source>& names, const curve_view& curve) {
+    const operand o = run(side, names, curve);
     if (!o.is_wave()) return {o.number, o.unit};
+    if (o.is_response)
+        throw usage_error(side.text + " is a small signal, with magnitude and phase; measure it: db(" + side.text +
+                          ", 1k), phase(" + side.text + ", 1k), bandwidth(" + side.text + ")");
     if (o.x->size() > 1)
         throw usage_error(side.text + " has a value in each of " + std::to_string(o.x->size()) +
                           " rows; measure it: avg(" + side.text + "), max(" + side.text + "), at(" + side.text +
@@ -240,25 +264,23 @@ bool holds(double a, relation r, double b) {
     }
 }
 
-}  // namespace
-
-namespace {
-
-std::vector<std::size_t> columns_of(const expression& e, const result_table& table) {
-    std::vector<std::size_t> columns;
+std::vector<name_source> sources_of(const expression& e, const result_table& table) {
+    std::vector<name_source> sources;
     for (const std::string& name : e.names) {
-        const int j = find_column(table, name);
-        if (j < 0) throw usage_error("no column " + name + " in " + table.path);
-        columns.push_back(static_cast<std::size_t>(j));
+        sources.push_back({name, find_column(table, name), {}});
+        if (sources.back().column < 0) sources.back().parts = find_response(table, name);
+        if (sources.back().column < 0 && !sources.back().parts.any())
+            throw usage_error("no column " + name + " in " + table.path);
     }
-    return columns;
+    return sources;
 }
 
 }  // namespace
 
 bool is_by_row(const expression& e) {
     for (const measure_op& op : e.sides[0].ops)
-        if (op.what == measure_op::call && measure_functions()[static_cast<std::size_t>(op.index)].by_sample == nullptr)
+        if (op.what == measure_op::call &&
+            (measure_functions()[static_cast<std::size_t>(op.index)].by_sample == nullptr || op.n_args > 1))
             return false;
     return e.relations.empty() && !e.names.empty();
 }
@@ -266,18 +288,23 @@ bool is_by_row(const expression& e) {
 row_values evaluate_rows(const expression& e, const result_table& table, std::size_t i_curve) {
     if (i_curve >= table.n_curves()) throw measure_error("there are no rows");
     const curve_view curve(table, i_curve);
-    const operand o = run(e.sides[0], columns_of(e, table), curve);
-    row_values r{o.is_wave() ? *o.x : std::vector<double>(curve.end - curve.begin, o.number), o.unit};
-    if (curve.backwards) std::reverse(r.value.begin(), r.value.end());
+    const operand o = run(e.sides[0], sources_of(e, table), curve);
+    row_values r{o.is_wave() ? *o.x : std::vector<double>(curve.end - curve.begin, o.number), o.unit, {}};
+    if (o.is_response) {
+        magnitude_of(o, curve);
+        r.phase = phase_of(o, curve);
+    }
+    if (curve.backwards)
+        for (std::vector<double>* values : {&r.value, &r.phase}) std::reverse(values->begin(), values->end());
     return r;
 }
 
 measured evaluate(const expression& e, const result_table& table, std::size_t i_curve) {
     if (i_curve >= table.n_curves()) throw measure_error("there are no rows");
-    const std::vector<std::size_t> columns = columns_of(e, table);
+    const std::vector<name_source> names = sources_of(e, table);
     const curve_view curve(table, i_curve);
     measured m;
-    for (const measure_side& side : e.sides) m.sides.push_back(measured_side(side, columns, curve));
+    for (const measure_side& side : e.sides) m.sides.push_back(measured_side(side, names, curve));
     for (std::size_t i = 0; i < e.relations.size(); ++i)
         m.holds = m.holds && holds(m.sides[i].value, e.relations[i], m.sides[i + 1].value);
     return m;

@@ -12,11 +12,11 @@ namespace cli {
 
 // An expression is a word for a stack machine: no text, however deep, costs more than its length.
 struct measure_op {
-    enum code { number, column, edge_word, negate, add, subtract, multiply, divide, power, call };
+    enum code { number, column, own_word, negate, add, subtract, multiply, divide, power, call };
     code what;
     double value = 0;      // number
     bool percent = false;  // number: written with %
-    int index = 0;         // column: in names; call: in the table of functions; edge_word: the edge
+    int index = 0;         // column: in names; call: in the table of functions; own_word: in those of the function
     int n_args = 0;        // call
 };
 enum class relation { less, less_equal, greater, greater_equal, equal, not_equal };
@@ -29,7 +29,7 @@ struct measure_side {
 // label = side relation side relation side ...: all relations between neighbours must hold.
 struct expression {
     std::string text, label;         // label: the text where the user gives none
-    std::vector<std::string> names;  // of its columns, each once, in order; "3" for $3
+    std::vector<std::string> names;  // of its columns and small signals, each once, in order; "3" for $3
     std::vector<measure_side> sides;
     std::vector<relation> relations;  // one fewer than sides
 };
@@ -52,8 +52,9 @@ struct measured {
     std::vector<quantity> sides;
     bool holds = true;  // every relation; none does with something that is not a number
 };
-// On one curve. The first column is what the others are functions of. Throws usage_error when the table lacks a column
-// or a wave is left that nothing was measured on, measure_error when the rows do not allow the measurement.
+// On one curve. The first column is what the others are functions of. A name X that no column has is the small signal
+// of mag_of_X and phase_of_X, or of real_of_X and imag_of_X. Throws usage_error when the table lacks a column or a wave
+// is left that nothing was measured on, measure_error when the rows do not allow the measurement.
 measured evaluate(const expression& e, const result_table& table, std::size_t i_curve);
 
 // The first side of the expression as a value in each row of the curve, in their order; what was measured stands in all
@@ -62,6 +63,7 @@ bool is_by_row(const expression& e);  // no function in it needs more than one r
 struct row_values {
     std::vector<double> value;
     std::string unit;
+    std::vector<double> phase;  // degrees, of a small signal, whose magnitude the value is; else empty
 };
 row_values evaluate_rows(const expression& e, const result_table& table, std::size_t i_curve);
 

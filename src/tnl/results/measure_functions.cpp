@@ -39,7 +39,8 @@ double settling(args a) {
 }
 
 double crossing_time(args a) {
-    return nth_crossing(w(a), a.numbers[0], whole(number(a, 1, 1), -1000000000, 1000000000, "n"), a.which);
+    return nth_crossing(w(a), a.numbers[0], whole(number(a, 1, 1), -1000000000, 1000000000, "n"),
+                        static_cast<edge>(a.word));
 }
 
 double delay(args a) {
@@ -57,21 +58,25 @@ double thd(args a) {
                       a.numbers.size() > 1 ? static_cast<int>(whole(a.numbers[1], 2, 10000, "n")) : 0);
 }
 
+const response& r(args a) { return a.responses[0]; }
+double radians(double degrees) { return degrees * 3.14159265358979323846 / 180; }
+double db_of(double x) { return 20 * std::log10(std::fabs(x)); }
+
 constexpr unit_of as_is = unit_of::wave, time_like = unit_of::axis, none = unit_of::none;
 
 // clang-format off
 const measure_function functions[] = {
     {"avg", "avg(v[, from, to])", "average", "w", "wnn", as_is, [](args a) { return average(w(a)); }},
     {"rms", "rms(v[, from, to])", "effective value", "w", "wnn", as_is, [](args a) { return rms(w(a)); }},
-    {"min", "min(v[, from, to])", "least value", "w", "wnn", as_is, [](args a) { return least(w(a)); }, nullptr, false, false, false},
-    {"max", "max(v[, from, to])", "greatest value", "w", "wnn", as_is, [](args a) { return greatest(w(a)); }, nullptr, false, false, false},
-    {"pp", "pp(v[, from, to])", "from peak to peak; also ripple(...)", "w", "wnn", as_is, pp, nullptr, false, false, false},
-    {"ripple", "ripple(v[, from, to])", "", "w", "wnn", as_is, pp, nullptr, false, false, false},
+    {"min", "min(v[, from, to])", "least value", "w", "wnn", as_is, [](args a) { return least(w(a)); }, nullptr, false, {}, false},
+    {"max", "max(v[, from, to])", "greatest value", "w", "wnn", as_is, [](args a) { return greatest(w(a)); }, nullptr, false, {}, false},
+    {"pp", "pp(v[, from, to])", "from peak to peak; also ripple(...)", "w", "wnn", as_is, pp, nullptr, false, {}, false},
+    {"ripple", "ripple(v[, from, to])", "", "w", "wnn", as_is, pp, nullptr, false, {}, false},
     {"ripple_pct", "ripple_pct(v[, from, to])", "the same in % of the average", "w", "wnn", none, ripple_ratio, nullptr, true},
     {"integ", "integ(v[, from, to])", "integral", "w", "wnn", unit_of::wave_times_axis, [](args a) { return integral(w(a)); }},
     {"slope", "slope(v[, from, to])", "change from first to last value over the time between", "w", "wnn", unit_of::wave_per_axis, [](args a) { return slope(w(a)); }},
     {"at", "at(v, t)", "value at t; of a jump there, the later one", "wn", "", as_is, [](args a) { return value_at(w(a), a.numbers[0]); }},
-    {"cross", "cross(v, level[, n][, rise|fall|any][, from, to])", "time of the n-th crossing; -1: the last", "wn wnn wne wnne", "wnnn wnnnn wnenn wnnenn", time_like, crossing_time, nullptr, false, true},
+    {"cross", "cross(v, level[, n][, rise|fall|any][, from, to])", "time of the n-th crossing; -1: the last", "wn wnn wne wnne", "wnnn wnnnn wnenn wnnenn", time_like, crossing_time, nullptr, false, "any rise fall"},
     {"delay", "delay(a, level_a, b, level_b[, from, to])", "from a's first crossing to b's next", "wnwn", "wnwnnn", time_like, delay},
     {"freq", "freq(v[, level][, from, to])", "of whole periods between rising crossings; level: the middle", "w wn", "wnn wnnn", unit_of::per_axis, [](args a) { return 1 / period(w(a), level(a)); }},
     {"period", "period(v[, level][, from, to])", "its inverse", "w wn", "wnn wnnn", time_like, [](args a) { return period(w(a), level(a)); }},
@@ -82,25 +87,38 @@ const measure_function functions[] = {
     {"settling", "settling(v, 2%[, last][, from, to])", "until it stays near the last value; % of the farthest from that", "wn wnn", "wnnn wnnnn", time_like, settling},
     {"thd", "thd(v, f0[, n][, from, to])", "all but mean and first harmonic, in % of that; n: harmonics 2..n", "wn wnn", "wnnn wnnnn", none, thd, nullptr, true},
     {"harm", "harm(v, f0, k[, from, to])", "amplitude of harmonic k, over the last whole periods", "wnn", "wnnnn", as_is, harm},
-    {"abs", "abs(v)", "of each sample or number; also sqrt exp ln log10 db sin cos", "w n", "", as_is, nullptr, [](double x) { return std::fabs(x); }},
+    {"mag", "mag(x[, f])", "magnitude of a small signal, throughout or at f", "w n wn", "", as_is, nullptr, [](double x) { return std::fabs(x); }, false, {}, true, takes::both, [](double m, double) { return m; }},
+    {"db", "db(x[, f])", "the same in dB; also of columns and numbers", "w n wn", "", unit_of::decibel, nullptr, db_of, false, {}, true, takes::both, [](double m, double) { return db_of(m); }},
+    {"phase", "phase(x[, f])", "its phase in degrees, unwrapped", "w wn", "", unit_of::degrees, nullptr, nullptr, false, {}, true, takes::phase, [](double, double p) { return p; }},
+    {"real", "real(x[, f])", "real part; also imag", "w wn", "", as_is, nullptr, nullptr, false, {}, true, takes::phase, [](double m, double p) { return m * std::cos(radians(p)); }},
+    {"imag", "imag(x[, f])", "", "w wn", "", as_is, nullptr, nullptr, false, {}, true, takes::phase, [](double m, double p) { return m * std::sin(radians(p)); }},
+    {"bandwidth", "bandwidth(x[, low|peak][, from, to])", "where it falls 3 dB below the lowest frequency, or around the peak", "w we", "wnn wenn", time_like, [](args a) { return bandwidth(r(a), a.word == 1); }, nullptr, false, "low peak", true, takes::magnitude},
+    {"crossover", "crossover(x[, n][, from, to])", "where the magnitude falls through 1, the n-th time; -1: the last", "w wn", "wnn wnnn", time_like, [](args a) { return crossover(r(a), whole(number(a, 0, 1), -1000000000, 1000000000, "n")); }, nullptr, false, {}, true, takes::magnitude},
+    {"gain_margin", "gain_margin(x[, from, to])", "of a loop gain, in dB, where the phase passes 180 degrees", "w", "wnn", unit_of::decibel, [](args a) { return gain_margin(r(a)); }, nullptr, false, {}, true, takes::phase},
+    {"phase_margin", "phase_margin(x[, from, to])", "in degrees, where the magnitude passes 1", "w", "wnn", unit_of::degrees, [](args a) { return phase_margin(r(a)); }, nullptr, false, {}, true, takes::phase},
+    {"peak", "peak(x[, from, to])", "greatest magnitude, of the parabola through three rows", "w", "wnn", as_is, [](args a) { return peak_of(r(a)).mag; }, nullptr, false, {}, true, takes::magnitude},
+    {"peak_freq", "peak_freq(x[, from, to])", "its frequency", "w", "wnn", time_like, [](args a) { return peak_of(r(a)).t; }, nullptr, false, {}, true, takes::magnitude},
+    {"q", "q(x[, from, to])", "that over the width of the peak, 3 dB below", "w", "wnn", none, [](args a) { return quality(r(a)); }, nullptr, false, {}, true, takes::magnitude},
+    {"abs", "abs(v)", "of each sample or number; also sqrt exp ln log10 sin cos", "w n", "", as_is, nullptr, [](double x) { return std::fabs(x); }, false, {}, true, takes::both},
     {"sqrt", "sqrt(v)", "", "w n", "", none, nullptr, [](double x) { return std::sqrt(x); }},
     {"exp", "exp(v)", "", "w n", "", none, nullptr, [](double x) { return std::exp(x); }},
     {"ln", "ln(v)", "", "w n", "", none, nullptr, [](double x) { return std::log(x); }},
     {"log10", "log10(v)", "", "w n", "", none, nullptr, [](double x) { return std::log10(x); }},
-    {"db", "db(v)", "", "w n", "", none, nullptr, [](double x) { return 20 * std::log10(std::fabs(x)); }},
     {"sin", "sin(v)", "", "w n", "", none, nullptr, [](double x) { return std::sin(x); }},
     {"cos", "cos(v)", "", "w n", "", none, nullptr, [](double x) { return std::cos(x); }},
 };
 // clang-format on
 
-bool among(std::string_view list, std::string_view letters) {
-    while (!list.empty()) {
+// Position in a list parted by blanks; -1: none.
+int place_in(std::string_view list, std::string_view word) {
+    for (int i = 0; !list.empty(); ++i) {
         const std::size_t end = std::min(list.find(' '), list.size());
-        if (list.substr(0, end) == letters) return true;
+        if (list.substr(0, end) == word) return i;
         list.remove_prefix(std::min(end + 1, list.size()));
     }
-    return false;
+    return -1;
 }
+bool among(std::string_view list, std::string_view letters) { return place_in(list, letters) >= 0; }
 
 }  // namespace
 
@@ -120,6 +138,8 @@ std::string near_functions(std::string_view name) {
         for (const std::string& near : near_names(known, name)) text += (text.empty() ? "; near names: " : " ") + near;
     return text;
 }
+
+int find_word_of(const measure_function& f, std::string_view word) { return place_in(f.words, word); }
 
 bool has_window(const measure_function& f, std::string_view letters) { return among(f.windows, letters); }
 bool has_form(const measure_function& f, std::string_view letters) {

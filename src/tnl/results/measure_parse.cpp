@@ -199,16 +199,13 @@ kind parser::column(std::string_view word) {
     return {true, false, false, false};
 }
 
-// Letter of what stands there: w a wave, n a number, e the name of an edge.
+// Letter of what stands there: w a wave, n a number, e a word of the function's own.
 char parser::argument(const measure_function& f, int i, kind& k) {
     next();
     const std::size_t begin = at;
-    if (f.takes_edge && i >= 2) {
-        const std::string_view word = name();
-        constexpr std::string_view words[] = {"any", "rise", "fall"};
-        const auto found = std::find(std::begin(words), std::end(words), word);
-        if (found != std::end(words) && next() != '(') {
-            emit(measure_op{measure_op::edge_word, 0, false, static_cast<int>(found - std::begin(words)), 0});
+    if (!f.words.empty() && i >= 1) {
+        if (const int found = find_word_of(f, name()); found >= 0 && next() != '(') {
+            emit(measure_op{measure_op::own_word, 0, false, found, 0});
             return 'e';
         }
         at = begin;
@@ -240,7 +237,8 @@ kind parser::call(std::string_view word, std::size_t word_at) {
         fail("this is written " + std::string(f.usage));
     }
     emit(measure_op{measure_op::call, 0, false, index, static_cast<int>(letters.size())});
-    if (f.by_sample)
+    if (f.of_sample && f.by_sample == nullptr && letters == "w") return {true, false, false, false};
+    if (f.by_sample && letters.size() == 1)
         return {first.is_wave, first.constant, first.percent && f.unit == unit_of::wave, first.constant && first.zero};
     return {false, false, f.is_ratio, false};
 }

@@ -1,5 +1,6 @@
 #include "tnl/results/open_run.h"
 
+#include <algorithm>
 #include <fstream>
 #include <utility>
 
@@ -106,12 +107,33 @@ std::string why_none(const opened_run& run) {
     return "; the run " + text_of_state(run.record);
 }
 
+namespace {
+
+// The curves of a sweep, with its values; rows of one frequency stand over these, as columns of their own.
+void name_sweeps(result_table& table, const record_file& file) {
+    split_at_restarts(table);
+    const auto has_all = [&](std::size_t n) {
+        return std::all_of(file.sweeps.begin(), file.sweeps.end(),
+                           [&](const record_sweep& sweep) { return sweep.values.size() >= n; });
+    };
+    const bool is_one_frequency = table.n_rows() > table.n_curves() && table.at(0, 0) == table.at(1, 0);
+    if (is_one_frequency && has_all(table.n_rows())) {
+        for (const record_sweep& sweep : file.sweeps) add_column(table, {sweep.name, sweep.unit}, sweep.values);
+        if (!file.sweeps.empty()) table.swept_column = static_cast<int>(table.n_columns()) - 1;
+    } else if (table.n_curves() > 1 && has_all(table.n_curves())) {
+        table.sweeps = file.sweeps;
+    }
+}
+
+}  // namespace
+
 result_table load_table(const opened_run& run, const record_file& file) {
     const fs::path path = run.folder / file.path;
     result_table table = read_result_table(read_file(path), path.string());
     table.kind = file.kind;
     table.begins_with_guess = file.begins_with_guess;
     if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
+    if (is_over_frequency(table)) name_sweeps(table, file);
     return table;
 }
 

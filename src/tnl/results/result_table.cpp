@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdlib>
+#include <utility>
 
 #include "tnl/common/exit_status.h"
 
@@ -84,5 +85,46 @@ int find_column(const result_table& table, std::string_view name) {
     const bool is_number = r.ec == std::errc() && r.ptr == name.data() + name.size();
     return is_number && number >= 1 && number <= static_cast<int>(table.n_columns()) ? number - 1 : -1;
 }
+
+response_columns find_response(const result_table& table, std::string_view name) {
+    response_columns found;
+    struct part {
+        std::string_view prefix;
+        int& column;
+    };
+    for (const part& p : {part{"mag_of_", found.mag}, part{"phase_of_", found.phase}, part{"real_of_", found.real},
+                          part{"imag_of_", found.imag}})
+        for (std::size_t j = 0; j < table.n_columns() && p.column < 0; ++j) {
+            const std::string_view column = table.columns[j].name;
+            if (column.starts_with(p.prefix) && column.substr(p.prefix.size()) == name) p.column = static_cast<int>(j);
+        }
+    return found;
+}
+
+bool has_quantity(const result_table& table, std::string_view name) {
+    return find_column(table, name) >= 0 || find_response(table, name).any();
+}
+
+bool split_at_restarts(result_table& table, open_curve open) {
+    const std::vector<std::size_t> parts = std::exchange(table.first_row, {0});
+    bool at_first_row = false;
+    for (std::size_t k = 0; k + 1 < parts.size(); ++k) {
+        open_curve curve = k == 0 ? open : open_curve{};
+        for (std::size_t i = parts[k]; i < parts[k + 1]; ++i) {
+            const double v = table.at(i, 0);
+            const bool begins = curve.varied && v == curve.first;
+            if (begins && i == 0) at_first_row = true;
+            if (begins && i > 0) table.first_row.push_back(i);
+            if (begins || std::isnan(curve.first))
+                curve = {v, false};
+            else if (v != curve.first)
+                curve.varied = true;
+        }
+        table.first_row.push_back(parts[k + 1]);
+    }
+    return at_first_row;
+}
+
+bool is_over_frequency(const result_table& table) { return table.kind == "ac" || table.kind == "nyquist"; }
 
 }  // namespace cli

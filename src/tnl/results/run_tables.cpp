@@ -16,10 +16,20 @@ std::string list_of(const std::vector<std::string>& names) {
     return text;
 }
 
-bool holds(const std::vector<std::string>& known, std::string_view name) {
+result_table table_of(const std::vector<std::string>& known) {
     result_table columns;
     for (const std::string& k : known) columns.columns.push_back({k, ""});
-    return find_column(columns, name) >= 0;
+    return columns;
+}
+bool holds(const std::vector<std::string>& known, std::string_view name) { return has_quantity(table_of(known), name); }
+
+// Small signals of which only the magnitude, or only the phase, is there.
+long long n_halves(const std::vector<std::string>& known, const std::vector<std::string>& names) {
+    const result_table table = table_of(known);
+    return std::count_if(names.begin(), names.end(), [&](const std::string& name) {
+        const response_columns r = find_response(table, name);
+        return find_column(table, name) < 0 && (r.mag < 0) != (r.phase < 0);
+    });
 }
 
 }  // namespace
@@ -75,8 +85,10 @@ const result_table& run_tables::with_columns(const std::vector<std::string>& nam
     }
     if (fitting.size() > 1) {
         const auto finest =
-            std::max_element(fitting.begin(), fitting.end(),
-                             [](const record_file* a, const record_file* b) { return is_finer(*b, *a); });
+            std::max_element(fitting.begin(), fitting.end(), [&](const record_file* a, const record_file* b) {
+                const long long of_a = n_halves(names_of(*a), names), of_b = n_halves(names_of(*b), names);
+                return of_a != of_b ? of_a > of_b : is_finer(*b, *a);
+            });
         const std::string taken = (*finest)->path;
         std::erase(paths, taken);
         choices_.insert("tnl: " + (names.empty() ? "" : list_of(names) + ": ") + "taken is " + taken +
@@ -97,7 +109,7 @@ const result_table& run_tables::with_columns(const std::vector<std::string>& nam
     }
     const result_table& table = load(*fitting[0]);
     for (const std::string& n : names)  // the record may be of other rows
-        if (find_column(table, n) < 0) fail_no_column(n, names_of({"", "", table.columns, 0, 0}), table.path);
+        if (!has_quantity(table, n)) fail_no_column(n, names_of({"", "", table.columns, 0, 0}), table.path);
     if (table.n_rows() == 0) throw file_error(table.path + " has no rows");
     return table;
 }

@@ -18,10 +18,18 @@ std::string text_of(double x) {
     return {text, std::to_chars(text, text + sizeof text, x, std::chars_format::general, 7).ptr};
 }
 
+// Where v stands between a and b, 0 to 1, and what stands there.
+double part_of(double a, double b, double v, bool log) {
+    return log && a > 0 && b > 0 ? std::log(v / a) / std::log(b / a) : (v - a) / (b - a);
+}
+double at_part(double a, double b, double part, bool log) {
+    return log && a > 0 && b > 0 ? a * std::pow(b / a, part) : a + (b - a) * part;
+}
+
 // Value at t of the line between samples i and i + 1.
 double between(const wave& w, std::size_t i, double t) {
-    const double h = w.t[i + 1] - w.t[i];
-    return h > 0 ? w.x[i] + (w.x[i + 1] - w.x[i]) * ((t - w.t[i]) / h) : w.x[i + 1];
+    if (!(w.t[i + 1] > w.t[i])) return w.x[i + 1];
+    return at_part(w.x[i], w.x[i + 1], part_of(w.t[i], w.t[i + 1], t, w.scales.log_t), w.scales.log_x);
 }
 
 double span_of(const wave& w) { return w.t.back() - w.t.front(); }
@@ -36,7 +44,9 @@ double slack(const wave& w, double last_interval) {
 double inside(const wave& w, double t) {
     const std::size_t n = w.t.size();
     const double first = n > 1 ? w.t[1] - w.t[0] : 0, last = n > 1 ? w.t[n - 1] - w.t[n - 2] : 0;
-    if (!(t >= w.t.front() - slack(w, first) && t <= w.t.back() + slack(w, last)))
+    const double before = w.scales.log_t ? beyond * w.t.front() : slack(w, first);
+    const double behind = w.scales.log_t ? beyond * w.t.back() : slack(w, last);
+    if (!(t >= w.t.front() - before && t <= w.t.back() + behind))
         throw measure_error(text_of(t) + " lies outside the rows, which go from " + text_of(w.t.front()) + " to " +
                             text_of(w.t.back()));
     return std::clamp(t, w.t.front(), w.t.back());
@@ -54,6 +64,7 @@ samples clip(const wave& w, double a, double b) {
     a = inside(w, a);
     b = inside(w, b);
     samples part;
+    part.scales = w.scales;
     if (a == b) {
         part.t = {a};
         part.x = {value_at(w, a)};
@@ -137,8 +148,8 @@ std::vector<crossing> crossings(const wave& w, double level) {
         } else {
             const int now = x > level ? 1 : -1;
             if (side == -now) {
-                const double part = (level - w.x[i - 1]) / (x - w.x[i - 1]);
-                all.push_back({on_level ? reached : w.t[i - 1] + (w.t[i] - w.t[i - 1]) * part, now > 0});
+                const double part = part_of(w.x[i - 1], x, level, w.scales.log_x);
+                all.push_back({on_level ? reached : at_part(w.t[i - 1], w.t[i], part, w.scales.log_t), now > 0});
             }
             side = now;
             on_level = false;

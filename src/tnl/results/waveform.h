@@ -8,14 +8,21 @@
 
 namespace cli {
 
-// Straight lines between samples. t does not decrease; two samples at one t are a jump.
+// How a wave runs between two samples: straight over t and x, or over their logarithms where both ends are above 0.
+// Areas (integral, average, rms, harmonics) are always those of straight lines over t and x.
+struct wave_scales {
+    bool log_t = false, log_x = false;
+};
+// t does not decrease; two samples at one t are a jump.
 struct wave {
     std::span<const double> t, x;  // equal lengths, at least 1
+    wave_scales scales = {};
 };
 // A wave that owns its samples.
 struct samples {
     std::vector<double> t, x;
-    operator wave() const { return {t, x}; }
+    wave_scales scales = {};
+    operator wave() const { return {t, x, scales}; }
 };
 
 // The rows do not allow the measurement: an empty window, too few crossings. The text says which.
@@ -24,7 +31,8 @@ struct measure_error : std::runtime_error {
 };
 
 // The part from a to b with interpolated borders. Ends that lie beyond the samples by less than the distance of two and
-// a hundredth of the span are taken for the first or last sample. Throws measure_error.
+// a hundredth of the span are taken for the first or last sample; over a logarithmic t by less than a millionth. Throws
+// measure_error.
 samples clip(const wave& w, double a, double b);
 double value_at(const wave& w, double t);  // behind a jump at t; throws measure_error
 

@@ -102,6 +102,10 @@ double count_files(const fs::path& folder, run_record& record) {
             const row_count count = count_rows(path);
             file.rows = count.rows;
             file.curves = count.curves;
+            // A sweep around the frequencies writes no blank line between all of its curves.
+            const long long points = file.sweeps.empty() ? 0 : static_cast<long long>(file.sweeps[0].values.size());
+            if (points > count.curves && count.rows > points && count.rows % points == 0)
+                file.curves = static_cast<int>(points);
             if (file.kind == "trns" && count.rows > 0) t_last = std::max(t_last, count.last);
             if (count.columns > 0 && static_cast<std::size_t>(count.columns) != file.columns.size())
                 file.columns.clear();

@@ -38,6 +38,14 @@ export function endsInput(value, changed) {
   return input;
 }
 
+// Distances of ticks that suit a unit: parts of a turn, decades of decibels; else what uPlot takes.
+export function stepsFor(unit) {
+  if (unit !== "deg" && unit !== "dB") return null;
+  const small = [-6, -5, -4, -3, -2, -1, 0].flatMap((e) => [1, 2, 5].map((m) => m * 10 ** e));
+  const large = [3, 4, 5, 6, 7, 8, 9].flatMap((e) => [1, 2, 5].map((m) => m * 10 ** e));
+  return unit === "deg" ? [...small, 15, 45, 90, 180, 360, 720, ...large] : [...small, 10, 20, 40, 60, 80, 100, 200, 500, ...large];
+}
+
 const superscript = (n) => String(n).replace(/./g, (c) => "⁻⁰¹²³⁴⁵⁶⁷⁸⁹"["-0123456789".indexOf(c)]);
 // Powers of ten have a text; their parts too, when there are few.
 export function logTexts(splits) {

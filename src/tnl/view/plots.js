@@ -1,7 +1,7 @@
 // A group of plots over one axis: one plot a unit or as names were dragged, one view of the axis, two cursors.
 
-import { colourOf, css, dashes, el, endsInput, lineSample, logTexts, sticks, texts } from "./parts.js";
-import { engineering, exponentFor, fetchTable, merge, tickText, tipsOf, unitText, valuesAt } from "./rows.js";
+import { colourOf, css, dashes, el, endsInput, lineSample, logTexts, stepsFor, sticks, texts } from "./parts.js";
+import { decibels, engineering, exponentFor, fetchTable, merge, tickText, tipsOf, unitText, valuesAt } from "./rows.js";
 
 const gutter = 76; // CSS pixels left of a plot, so that all stand in line
 export class Group {
@@ -9,7 +9,8 @@ export class Group {
   constructor(key, axis, at, readouts, touched) {
     Object.assign(this, { key, axis, touched });
     this.view = null; // [from, to] of the axis; null: all
-    this.logX = axis.kind === "ac";
+    this.overFrequency = axis.kind === "ac";
+    this.logX = this.decibel = this.overFrequency;
     this.logY = new Map(); // plot -> bool
     this.endsY = new Map(); // plot -> {lo, hi} of its y axis
     this.movedTo = new Map(); // series -> the plot that it was dragged to
@@ -26,9 +27,12 @@ export class Group {
     this.busy = el("span", { className: "busy" });
     const logX = el("input", { type: "checkbox", checked: this.logX });
     logX.onchange = () => { this.logX = logX.checked; this.view = null; this.build(); this.load(); };
+    const decibel = el("input", { type: "checkbox", checked: this.decibel });
+    decibel.onchange = () => { this.decibel = decibel.checked; this.choose(this.chosen, this.height); };
     const all = el("button", { type: "button", textContent: "Show all", onclick: () => this.zoom(null) });
     this.bar = el("div", { className: "bar" }, this.xText, this.busy,
-      el("label", { className: "end" }, logX, "log axis"), all);
+      this.overFrequency ? el("label", { className: "end" }, decibel, "dB") : null,
+      el("label", { className: this.overFrequency ? "" : "end" }, logX, "log axis"), all);
     this.rows = el("div");
     this.readout = el("div", { className: "readout", hidden: true });
     this.root.append(this.bar, this.rows);
@@ -44,10 +48,15 @@ export class Group {
     this.readout.remove();
   }
 
-  // series: [{run, file, curve, column, axis, name, unit, colour}]
+  // series: [{run, file, curve, column, axis, name, unit, colour, plot}]; of magnitudes of small signals also isMagnitude, linear: their plot when not in dB
   choose(series, height) {
     this.height = height;
-    this.series = series;
+    this.chosen = series;
+    // Magnitudes of small signals in dB above phases, above all else.
+    const rank = (s) => (s.unit === "dB" || s.isMagnitude ? 0 : s.unit === "deg" ? 1 : 2);
+    this.series = !this.overFrequency ? series : series
+      .map((s) => (!s.isMagnitude ? s : this.decibel ? { ...s, unit: "dB", show: decibels } : { ...s, plot: s.linear }))
+      .sort((a, b) => rank(a) - rank(b));
     this.build();
     this.load(true);
   }
@@ -80,6 +89,8 @@ export class Group {
         if (old?.whole && !this.grown && String(old.of.columns) === String(of.columns)) return old;
         let table = await fetchTable(of, window, this.stop.signal);
         if (this.sticks) table = tipsOf({ ...table, whole: true });
+        table.overFrequency = this.overFrequency;
+        table.magnitudes = of.columns.map((column) => this.series.some((s) => s.isMagnitude && s.column === column && s.file === of.file));
         return { ...table, key };
       }));
       if (turn !== this.turn) return;
@@ -165,7 +176,7 @@ export class Group {
     const values = series.map(() => el("span", { className: "value", textContent: "" }));
     const legend = el("div", { className: "legend" },
       ...series.map((s, i) => this.legendItem(s, values[i])), ends,
-      el("label", { className: "logy" }, toggle, "log"));
+      stepsFor(unit) ? null : el("label", { className: "logy" }, toggle, "log"));
     const box = el("div", { className: "plot" });
     this.rows.append(legend, box);
     this.takesNames(legend, () => key);
@@ -187,6 +198,7 @@ export class Group {
           space: (u, k, lo, hi) => 30 + 8 * this.ticksX(lo, hi),
           values: isLast ? (u, splits, k, space, step) => this.textsX(splits, step) : () => [] },
         { ...axisStyle, size: gutter - 22, gap: 4, labelSize: 22, labelGap: 0, scale: "y",
+          ...(stepsFor(unit) && !logY ? { incrs: stepsFor(unit) } : {}),
           label: (u) => this.unitLabel(unit, u.scales.y, logY),
           values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY) },
       ],
@@ -259,6 +271,9 @@ export class Group {
       const merged = merge(here, keepX, keepY);
       let k = 1;
       const data = [merged[0], ...found.map(([, j]) => (j >= 0 ? merged[k++] : merged[0].map(() => null)))];
+      p.series.forEach((s, i) => {
+        if (s.show) data[i + 1] = data[i + 1].map((y) => (y === undefined || y === null ? y : y > 0 ? s.show(y) : null));
+      });
       p.u.batch(() => {
         p.u.setData(data, false);
         this.setView(p.u);
@@ -361,7 +376,8 @@ export class Group {
     await Promise.all(this.tables.map(async (t) => { found.set(t.key, await valuesAt(t, x, this.sticks)); }));
     return (s) => {
       const table = this.tableOf(s), values = found.get(table?.key);
-      return values ? values[this.columnOf(s, table)] : NaN;
+      const value = values ? values[this.columnOf(s, table)] : NaN;
+      return s.show ? s.show(value) : value;
     };
   }
 

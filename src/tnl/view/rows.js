@@ -91,6 +91,8 @@ export async function fetchTable(of, window, signal) {
   };
 }
 
+export const decibels = (y) => (y > 0 ? 20 * Math.log10(y) : NaN);
+
 // Of a Fourier file, three rows a harmonic, the tips of the sticks.
 export function tipsOf(table) {
   const tips = (values) => values.filter((_, i) => i % 3 === 1);
@@ -98,7 +100,14 @@ export function tipsOf(table) {
   return { ...table, x: tips(table.x), y: table.y.map(tips) };
 }
 
-// Values of a table's columns at x: between rows on a straight line, or at the nearest row.
+// The value on the line between two rows, straight over x and y, or over their logarithms where both are above 0.
+export function between(x0, x1, y0, y1, x, logX, logY) {
+  const part = logX && x0 > 0 ? Math.log(x / x0) / Math.log(x1 / x0) : (x - x0) / (x1 - x0);
+  return logY && y0 > 0 && y1 > 0 ? y0 * (y1 / y0) ** part : y0 + (y1 - y0) * part;
+}
+
+// Values of a table's columns at x: between rows on a straight line, or at the nearest row. A table of small signals
+// tells so, and which of its columns are magnitudes.
 export async function valuesAt(table, x, nearest) {
   const none = () => table.y.map(() => NaN);
   const n = table.x.length;
@@ -116,7 +125,8 @@ export async function valuesAt(table, x, nearest) {
     if (table.x[mid] <= x) lo = mid; else hi = mid;
   }
   const x0 = table.x[lo], x1 = table.x[Math.min(lo + 1, n - 1)];
-  return table.y.map((y) => (x > x0 && x1 > x0 ? y[lo] + (y[lo + 1] - y[lo]) * (x - x0) / (x1 - x0) : y[lo]));
+  return table.y.map((y, j) => (x > x0 && x1 > x0
+    ? between(x0, x1, y[lo], y[lo + 1], x, table.overFrequency, table.magnitudes?.[j]) : y[lo]));
 }
 
 // One axis for several tables, as the plots want it: rows in order of x, equal ones of different tables together, those

@@ -1,6 +1,7 @@
 // The page of tnl view: what can be seen, what is chosen, and whether the files have grown.
 
 import { css, el } from "./parts.js";
+import { Locus } from "./locus.js";
 import { Group } from "./plots.js";
 import { addColumn, fetchRuns, sizeGroups } from "./rows.js";
 
@@ -22,7 +23,7 @@ const drawable = (run, file) => file.columns.map((_, j) => j).filter((j) => j !=
 // ---- choice ----
 
 function mainFile(run) {
-  const rank = (f) => ({ trns: 4, ssw: 4, ac: 3, dc: 2, "": 2, fourier: 1, startup: 0 })[f.kind] ?? 1;
+  const rank = (f) => ({ trns: 4, ssw: 4, ac: 3, nyquist: 2, dc: 2, "": 2, fourier: 1, startup: 0 })[f.kind] ?? 1;
   return [...run.files].sort((a, b) => rank(b) - rank(a) || b.columns.length - a.columns.length)[0];
 }
 // What a newcomer wants to see: the same columns of all runs, of the file that tells most.
@@ -74,17 +75,32 @@ function chosenSeries() {
     if (!columns?.size) return;
     const axis = axisOf(r, file), key = JSON.stringify(axis), numbers = curveNumbers(r, file);
     if (!found.has(key)) found.set(key, { axis, series: [] });
+    // What tells a series from the others of its name.
+    const named = (name, curve) => [name, runs.length > 1 ? run.name : "", manyFiles.has(key) ? file.path : "",
+      numbers.length > 1 || file.curves > 1 ? file.labels[curve] ?? `#${curve + 1}` : ""].filter((part) => part).join(" · ");
+    // Magnitude and phase of one small signal have one colour.
+    const colourFor = (name, curve) => {
+      const of = axis.kind === "ac" ? JSON.stringify([key, r, file.path, curve, name.replace(/^(mag|phase)_of_/, "")]) : "";
+      if (of && colours.has(of)) return colours.get(of);
+      const colour = colours.get(key) ?? 0;
+      colours.set(key, colour + 1);
+      if (of) colours.set(of, colour);
+      return colour;
+    };
+    // Magnitudes of small signals in dB have a plot of their own.
+    const plotFor = (name, plot) => (axis.kind === "ac" && name.startsWith("mag_of_") ? { isMagnitude: true, plot: "dB", linear: plot } : { plot });
+    if (axis.kind === "nyquist") {
+      for (const curve of numbers)
+        found.get(key).series.push({ run: r, file: file.path, curve, columns: [1, 2], unit: file.columns[1].unit, plot: "locus",
+          name: named(file.columns[1].name.replace(/^real_of_/, ""), curve), colour: colourFor("", curve), axis: 0 });
+      return;
+    }
     for (const column of [...columns].sort((a, b) => a - b)) {
       if (column >= file.columns.length || column === axisColumn(r, file)) continue;
       const { name, unit } = file.columns[column];
       for (const curve of numbers) {
-        const colour = colours.get(key) ?? 0;
-        colours.set(key, colour + 1);
-        const parts = [name];
-        if (runs.length > 1) parts.push(run.name);
-        if (manyFiles.has(key)) parts.push(file.path);
-        if (numbers.length > 1 || file.curves > 1) parts.push(`#${curve + 1}`);
-        found.get(key).series.push({ run: r, file: file.path, curve, column, unit, colour, name: parts.join(" · "), plot: plotOf(file.columns[column]),
+        const colour = colourFor(name, curve);
+        found.get(key).series.push({ run: r, file: file.path, curve, column, unit, colour, name: named(name, curve), ...plotFor(name, plotOf(file.columns[column])),
           axis: axisColumn(r, file) < 0 ? "rows" : axisColumn(r, file) });
       }
     }
@@ -92,7 +108,10 @@ function chosenSeries() {
   return found;
 }
 function axisOf(run, file) {
-  const kind = ["fourier", "ac"].includes(file.kind) ? file.kind : "";
+  // A nyquist file stands in the complex plane as long as both its parts are chosen.
+  const columns = chosen.get(keyOf(run, file)), isOverFrequency = ["ac", "nyquist"].includes(file.kind) && axisColumn(run, file) === 0;
+  const isLocus = file.kind === "nyquist" && isOverFrequency && columns?.has(1) && columns.has(2);
+  const kind = isLocus ? "nyquist" : isOverFrequency ? "ac" : file.kind === "fourier" ? "fourier" : "";
   const { name, unit } = file.columns[axisColumn(run, file)] ?? { name: "row number", unit: "" };
   return { name, unit, kind };
 }
@@ -121,7 +140,8 @@ function show() {
   if (found.size === 0)
     page.groups.append(el("p", { className: "hint", textContent: runs.some((r) => r.files.length) ? "Choose columns on the left." : "There are no rows yet." }));
   for (const [key, { axis, series }] of found) {
-    if (!groups.has(key)) groups.set(key, new Group(key, axis, page.groups, page.readouts, (g) => { active = g; }));
+    const Kind = axis.kind === "nyquist" ? Locus : Group;
+    if (!groups.has(key)) groups.set(key, new Kind(key, axis, page.groups, page.readouts, (g) => { active = g; }));
     groups.get(key).choose(series, height);
   }
   active ??= groups.values().next().value ?? null;
@@ -221,7 +241,7 @@ const versionsOf = (list) => new Map(list.flatMap((run, r) => run.files.map((f) 
 // Version alone says that rows came; the rest, that there are other series.
 const shapeOf = (list) => {
   const plotOf = plotKeys();
-  return JSON.stringify(list.map((run) => run.files.map((f) => [f.path, f.kind, f.columns.map((c) => [c.name, c.unit, plotOf(c)]), f.curves])));
+  return JSON.stringify(list.map((run) => run.files.map((f) => [f.path, f.kind, f.columns.map((c) => [c.name, c.unit, plotOf(c)]), f.curves, f.labels])));
 };
 
 async function look() {

@@ -103,6 +103,16 @@ void append_lines(view_rows& rows, const view_lines& lines) {
     if (lines.blank_end) rows.curve_is_open = false;
 }
 
+void part_sweeps(view_lines& lines, const view_rows& rows) {
+    open_curve open;
+    if (rows.curve_is_open && !lines.blank_begin && !rows.curves.empty() && !rows.columns.empty()) {
+        const view_curve& last = rows.curves.back();
+        open.first = rows.columns[0].values[last.first];
+        open.varied = !(last.columns[0].ascending && last.columns[0].descending);
+    }
+    if (split_at_restarts(lines.table, open)) lines.blank_begin = true;
+}
+
 int axis_column(const view_rows& rows) {
     if (rows.columns.size() == 1) return -1;
     if (rows.curves.size() < 2) return 0;

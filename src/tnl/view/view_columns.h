@@ -60,6 +60,9 @@ struct view_lines {
 };
 // The text is empty or ends with a line end. Throws file_error as read_result_table does.
 view_lines parse_lines(std::string_view text, const std::string& path, long long first_line);
+// Of a sweep over frequencies, which begins anew without a blank line: parts its curves, as split_at_restarts() does.
+// rows: those before.
+void part_sweeps(view_lines& lines, const view_rows& rows);
 // Throws file_error, and changes nothing, when the number of columns is another.
 void append_lines(view_rows& rows, const view_lines& lines);
 

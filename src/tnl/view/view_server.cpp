@@ -26,6 +26,7 @@ constexpr page_file page_files[] = {
     {"/", "index.html", "text/html; charset=utf-8"},
     {"/view.js", "view.js", "text/javascript; charset=utf-8"},
     {"/plots.js", "plots.js", "text/javascript; charset=utf-8"},
+    {"/locus.js", "locus.js", "text/javascript; charset=utf-8"},
     {"/parts.js", "parts.js", "text/javascript; charset=utf-8"},
     {"/rows.js", "rows.js", "text/javascript; charset=utf-8"},
     {"/view.css", "view.css", "text/css; charset=utf-8"},

@@ -8,6 +8,7 @@
 
 #include "tnl/common/exit_status.h"
 #include "tnl/plot/plot_panels.h"
+#include "tnl/plot/plot_rows.h"
 
 namespace cli {
 
@@ -67,7 +68,7 @@ bool reads_alike(const record_file& a, const record_file& b) {
     const auto is_same = [](const record_column& x, const record_column& y) {
         return x.name == y.name && x.unit == y.unit;
     };
-    return a.begins_with_guess == b.begins_with_guess &&
+    return a.begins_with_guess == b.begins_with_guess && a.kind == b.kind &&
            std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(), is_same);
 }
 
@@ -147,10 +148,18 @@ nlohmann::json list_file(view_file& file) {
         columns[j]["size"] = std::isfinite(size) ? size : 1e308;
     }
     const bool all_read = source.at == source.size;
+    const std::string& kind = file.record.kind;
+    const int axis = kind == "startup" ? -1 : kind == "ac" || kind == "nyquist" ? 0 : axis_column(source.rows);
+    nlohmann::json labels = nlohmann::json::array();  // of the curves of a sweep
+    for (std::size_t k = 0; !file.record.sweeps.empty() && k < source.rows.curves.size(); ++k)
+        if (std::all_of(file.record.sweeps.begin(), file.record.sweeps.end(),
+                        [&](const record_sweep& s) { return k < s.values.size(); }))
+            labels.push_back(text_of_sweeps(file.record.sweeps, k));
     return {{"path", file.record.path},
             {"kind", file.record.kind},
             {"columns", columns},
-            {"axis", file.record.kind == "startup" ? -1 : axis_column(source.rows)},
+            {"labels", labels},
+            {"axis", axis},
             {"rows", all_read ? static_cast<long long>(source.rows.n)
                               : std::max(file.record.rows, static_cast<long long>(source.rows.n))},
             {"curves", std::max<std::size_t>(source.rows.curves.size(),
@@ -311,10 +320,12 @@ bool view_store::read_on(view_file& file) {
         const std::string text = next_lines(source, n);
         const std::string path = file.path.string();
         const long long first_line = source.rows.n_lines + 1, version = source.version;
+        const bool is_sweep = file.record.kind == "ac" || file.record.kind == "nyquist";
         hold.unlock();  // only this thread changes the source: requests are answered from the rows that are there
         view_lines lines = parse_lines(text, path, first_line);
         hold.lock();
         if (version != source.version) return true;  // a column was added: all is read again
+        if (is_sweep) part_sweeps(lines, source.rows);
         complete(lines.table, file, source.rows.n == 0);
         append_lines(source.rows, lines);
     } catch (const file_error& e) {

@@ -175,6 +175,71 @@ TEST(export_rows, a_rawfile_names_types_and_lists_values) {
     EXPECT_EQ(x, 1.5);
 }
 
+// Rows of small signals: v = 1 V at 0, 60 and 180 degrees, p without parts.
+result_table bode_table() {
+    result_table t = table_of("1 1 0 5\n10 1 60 6\n\n1 2 180 7\n",
+                              {{"frequency", "Hz"}, {"mag_of_v", "V"}, {"phase_of_v", "deg"}, {"p", "W"}});
+    t.kind = "ac";
+    return t;
+}
+std::string names_in(const result_table& t) {
+    std::string text;
+    for (const record_column& c : t.columns) text += c.name + "[" + c.unit + "] ";
+    return text;
+}
+
+TEST(export_rows, small_signals_go_out_in_either_form) {
+    const result_table t = bode_table();
+    const result_table parts = chosen_columns(t, {}, small_signal_form::cartesian);
+    EXPECT_EQ(names_in(parts), "frequency[Hz] real_of_v[V] imag_of_v[V] p[W] ");
+    EXPECT_NEAR(parts.at(1, 1), 0.5, 1e-15);
+    EXPECT_NEAR(parts.at(1, 2), std::sqrt(0.75), 1e-15);
+    EXPECT_NEAR(parts.at(2, 1), -2, 1e-15);
+    EXPECT_EQ(parts.first_row, t.first_row);
+    EXPECT_EQ(names_in(chosen_columns(t, {"v"}, small_signal_form::cartesian)), "real_of_v[V] imag_of_v[V] ");
+    EXPECT_EQ(names_in(chosen_columns(t, {"p", "mag_of_v", "1"}, small_signal_form::cartesian)),
+              "p[W] real_of_v[V] imag_of_v[V] frequency[Hz] ");
+    EXPECT_EQ(names_in(chosen_columns(t, {"p", "v"}, small_signal_form::as_it_is)),
+              "p[W] mag_of_v[V] phase_of_v[deg] ");
+
+    const result_table back = chosen_columns(parts, {}, small_signal_form::polar);
+    EXPECT_EQ(names_in(back), "frequency[Hz] mag_of_v[V] phase_of_v[deg] p[W] ");
+    for (std::size_t i = 0; i < t.values.size(); ++i) EXPECT_NEAR(back.values[i], t.values[i], 1e-12) << i;
+
+    result_table half = t;
+    half.columns[2].name = "phase_of_w";  // nothing to convert
+    EXPECT_EQ(names_in(chosen_columns(half, {}, small_signal_form::cartesian)), names_in(half));
+}
+
+TEST(export_rows, a_rawfile_of_small_signals_is_complex) {
+    result_table t = chosen_columns(bode_table(), {}, small_signal_form::cartesian);
+    t.values = {1, 1, 0, 5, 10, 0.5, -0.25, 6, 1, -2, 0, 7};
+    export_choice c = all_of(t);
+    c.title = "t";
+    c.date = "d";
+    const auto head = [](const std::string& curve, int n) {
+        return "Title: t\nDate: d\nPlotname: AC Analysis, curve " + curve +
+               "\nFlags: complex\nNo. Variables: 3\nNo. Points: " + std::to_string(n) +
+               "\nVariables:\n\t0\tfrequency\tfrequency\n\t1\tv\tvoltage\n\t2\tp\tnotype\n";
+    };
+    EXPECT_EQ(written(write_raw, c), head("1", 2) + "Values:\n0\t1,0\n\t1,0\n\t5,0\n1\t10,0\n\t0.5,-0.25\n\t6,0\n\n" +
+                                         head("2", 1) + "Values:\n0\t1,0\n\t-2,0\n\t7,0\n");
+    c.end_curve = 1;
+    c.binary = true;
+    const std::string bytes = written(write_raw, c);
+    const std::size_t first = bytes.find("Binary:\n") + 8;
+    ASSERT_EQ(bytes.size(), first + 2 * 3 * 16);
+    double v[2] = {0, 0};
+    std::memcpy(v, bytes.data() + first + 48 + 16, 16);
+    EXPECT_EQ(v[0], 0.5);
+    EXPECT_EQ(v[1], -0.25);
+
+    t.columns[0].unit = "rad/s";  // the scale is in Hz
+    const export_choice angular = all_of(t);
+    EXPECT_NE(written(write_raw, angular).find("\t0\tfrequency\tfrequency\n"), std::string::npos);
+    EXPECT_NE(written(write_raw, angular).find("\n1\t1.591549430918953"), std::string::npos);
+}
+
 TEST(export_vcd, columns_of_two_values_are_wires_and_others_real) {
     const result_table t = table_of("0 0 1.5 7\n1e-6 5 1.5 7\n2e-6 5 1.6 7\n3e-6 0 1.5 7\n4e-6 0 1.7 7\n",
                                     {{"time", "s"}, {"gate", "V"}, {"i", "A"}, {"rest", "V"}});

@@ -119,3 +119,59 @@ TEST(planned_files, all_outvars_stands_for_the_variables_of_the_deck_that_a_row_
     for (const record_column& c : files[0].columns) names += c.name + " ";
     EXPECT_EQ(names, "va i1 v1 pw ib vb pb mb y ");
 }
+
+namespace {
+
+std::string columns_text(const record_file& file) {
+    std::string text = file.kind + ":";
+    for (const record_column& c : file.columns) text += " " + c.name + (c.unit.empty() ? "" : "[" + c.unit + "]");
+    return text;
+}
+
+record_file ac_file(const std::string& options, const std::string& variables, const std::string& sweep = "") {
+    const deck_view deck = deck_of("solve_type ac\nset_freq 1k\n" + sweep + "begin_output\nfilename a.dat " + options +
+                                   "\nvariables: " + variables + "\nend_output\n");
+    return planned_files(deck, libraries()).front();
+}
+
+}  // namespace
+
+TEST(planned_files, of_small_signals_have_frequency_magnitude_and_phase_with_units) {
+    EXPECT_EQ(columns_text(ac_file("", "mag_of_vac phase_of_vac")),
+              "ac: frequency[Hz] mag_of_vac[V] phase_of_vac[deg]");
+    EXPECT_EQ(columns_text(ac_file("limit_lines=20 output_hz=no", "mag_of_ib pw")),
+              "ac: frequency[rad/s] mag_of_ib[A] pw[W]");
+}
+
+TEST(planned_files, for_a_nyquist_plot_have_real_and_imaginary_part) {
+    EXPECT_EQ(columns_text(ac_file("nyquist=yes", "phase_of_vac mag_of_vac")),
+              "nyquist: frequency[Hz] real_of_vac[V] imag_of_vac[V]");
+    EXPECT_EQ(columns_text(ac_file("nyquist=no", "phase_of_vac mag_of_vac")),
+              "ac: frequency[Hz] phase_of_vac[deg] mag_of_vac[V]");
+}
+
+TEST(planned_files, of_swept_small_signals_tell_the_values_of_each_curve) {
+    const record_file grid = ac_file("", "mag_of_vac",
+                                     "vary_parm r_of_R1 type table 1k 2k\nvary_parm tau_of_G1 from 1 to 100 type log "
+                                     "n_points 3\n");
+    ASSERT_EQ(grid.sweeps.size(), 2u);
+    EXPECT_EQ(grid.sweeps[0].name, "r_of_R1");
+    EXPECT_EQ(grid.sweeps[0].unit, "ohm");
+    EXPECT_EQ(grid.sweeps[0].values, (std::vector<double>{1e3, 1e3, 1e3, 2e3, 2e3, 2e3}));
+    EXPECT_EQ(grid.sweeps[1].unit, "s");
+    ASSERT_EQ(grid.sweeps[1].values.size(), 6u);
+    EXPECT_DOUBLE_EQ(grid.sweeps[1].values[1], 10);
+    EXPECT_DOUBLE_EQ(grid.sweeps[1].values[5], 100);
+
+    const record_file sync = ac_file("", "mag_of_vac",
+                                     "vary_parm_sync r_of_R1 type table 1 2\nvary_parm_sync tau_of_G1 type table 3 4\n"
+                                     "vary_parm k_scale_of_R1 from 0 to 1 type linear div 0.5\n");
+    ASSERT_EQ(sync.sweeps.size(), 3u);
+    EXPECT_EQ(sync.sweeps[0].values, (std::vector<double>{1, 1, 1, 2, 2, 2}));
+    EXPECT_EQ(sync.sweeps[1].values, (std::vector<double>{3, 3, 3, 4, 4, 4}));
+    EXPECT_EQ(sync.sweeps[2].values, (std::vector<double>{0, 0.5, 1, 0, 0.5, 1}));
+
+    EXPECT_TRUE(ac_file("", "mag_of_vac", "vary_parm r_of_R1 type table 1k nobody\n").sweeps.empty());
+    EXPECT_TRUE(ac_file("", "mag_of_vac", "vary_parm r_of_R1 from 0 to 1 type log n_points 3\n").sweeps.empty());
+    EXPECT_TRUE(ac_file("", "mag_of_vac").sweeps.empty());
+}

@@ -66,4 +66,23 @@ TEST(result_table, columns_are_found_by_name_and_by_number) {
     EXPECT_EQ(find_column(t, "2x"), -1);
 }
 
+// A sweep around all frequencies writes its curves without a line between them.
+TEST(result_table, rows_part_where_the_first_column_begins_anew) {
+    const auto parts = [](const std::string& text, open_curve open = {}) {
+        result_table t = read_result_table(text, "f");
+        const bool at_first = split_at_restarts(t, open);
+        std::string all = at_first ? "anew" : "";
+        for (const std::size_t row : t.first_row) all += " " + std::to_string(row);
+        return all;
+    };
+    EXPECT_EQ(parts("1 0\n10 0\n100 0\n1 0\n10 0\n100 0\n"), " 0 3 6");
+    EXPECT_EQ(parts("9 0\n1 0\n9 0\n1 0\n\n9 0\n1 0\n9 0\n"), " 0 2 4 6 7");
+    EXPECT_EQ(parts("5 0\n5 1\n5 2\n\n5 3\n"), " 0 3 4");  // one frequency
+    EXPECT_EQ(parts("5 0\n"), " 0 1");
+    EXPECT_EQ(parts(""), " 0");
+    EXPECT_EQ(parts("1 0\n2 0\n", {1, true}), "anew 0 2");
+    EXPECT_EQ(parts("1 0\n2 0\n1 0\n", {1, false}), " 0 2 3");
+    EXPECT_EQ(parts("3 0\n1 0\n2 0\n", {1, false}), " 0 1 3");
+}
+
 }  // namespace

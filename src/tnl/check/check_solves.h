@@ -1,0 +1,15 @@
+// check_solves.h -- what the check of solve blocks asks of files of their own.
+#pragma once
+#include <set>
+#include <string>
+
+#include "tnl/check/check_deck.h"
+
+namespace cli {
+
+// An ac block. written: the items that it and the blocks before it set or sweep; after_solution: some block before it
+// solved the circuit.
+void check_small_signals(checked_deck& d, const solve_section& s, const solve_class& slv,
+                         const std::set<std::string>& written, bool after_solution);
+
+}  // namespace cli
