@@ -16,7 +16,8 @@ struct record_column {
 };
 struct record_file {
     std::string path;  // relative to the folder of the record
-    std::string kind;  // "dc", "startup", "trns", "ssw", "ac", "fourier"; "solution", "parms": no table
+    std::string kind;  // "dc", "startup", "trns", "ssw", "ac", "fourier"; "postproc": one row of results; "solution",
+                       // "parms": no table
     std::vector<record_column> columns;
     long long rows = 0;
     int curves = 0;  // parts with blank lines between them

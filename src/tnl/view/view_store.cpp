@@ -150,7 +150,7 @@ nlohmann::json list_file(view_file& file) {
     return {{"path", file.record.path},
             {"kind", file.record.kind},
             {"columns", columns},
-            {"axis", file.record.kind == "startup" ? -1 : axis_column(source.rows)},
+            {"axis", file.record.kind == "startup" || file.record.kind == "postproc" ? -1 : axis_column(source.rows)},
             {"rows", all_read ? static_cast<long long>(source.rows.n)
                               : std::max(file.record.rows, static_cast<long long>(source.rows.n))},
             {"curves", std::max<std::size_t>(source.rows.curves.size(),
