@@ -173,6 +173,11 @@ private:
         if (!plan) return;  // told already
         if (const deck_word end = find_in_block(d_, file.statement, "out_tend"); end.statement >= 0) at = end;
         if (const deck_word begin = find_in_block(d_, file.statement, "out_tstart"); begin.statement >= 0) at = begin;
+        if (file.postproc && file.out_tstart > file.out_tend) {
+            d_.report.error("bad-span", at,
+                            "the result has no rows to be computed from: out_tend is before out_tstart");
+            return;
+        }
         for (const auto& [instance, columns] : plan->columns)
             for (const file_column& column : columns) {
                 const out_file& measured = slv_.out.files[static_cast<std::size_t>(column.i_file)];

@@ -76,7 +76,10 @@ std::vector<kept_stop> stops_of(F f) {
 void plan_results(const circuit& c, const solve_class& slv) {
     for (int i = 0; i < static_cast<int>(slv.out.files.size()); ++i) {
         const out_file& file = slv.out.files[static_cast<std::size_t>(i)];
+        const int kind = file.postproc ? ov_postproc : ov_postproc_ac;
+        const auto fits = [&](const out_var& v) { return v.kind == kind; };
         if (!file.postproc && !file.postproc_ac) continue;
+        if (!std::all_of(file.vars.begin(), file.vars.end(), fits)) continue;  // refused by the reader
         reading(file.statement, [&] {
             for (const postproc_plan::result& r : plan_postproc(slv, c, i).results)
                 type_of_result(c, r, file.postproc_ac);
