@@ -17,37 +17,21 @@ int& analysis_flag(run_state& r) {
     }
 }
 
-double add_terms(double sum, const double* from, const int* term, const int* end) {
-    for (; term != end; ++term) sum += from[*term];
-    return sum;
-}
-
 void scale(const value_moves& m, double constant, double* d) {
     const std::size_t n = m.from.size();
     for (std::size_t k = 0; k < n; ++k) d[m.to[k]] = constant * d[m.from[k]];
 }
 
-// The whole matrix, and what stands of the entries that will change.
-void sum_matrix(assembly_plan& p, double constant, double* val_m) {
+// The whole matrix, or the entries that change.
+void sum_matrix(assembly_plan& p, double constant, double* val_m, bool only_changing) {
     double* d = p.d.data();
-    scale(p.scaled, constant, d);
-    p.d.back() = -constant;
-    const int *term = p.entries.term.data(), *first = p.entries.first.data();
-    const int n = p.entries.n();
-    for (int i = 0; i < n; ++i) val_m[i] = add_terms(0.0, d, term + first[i], term + first[i + 1]);
-    for (std::size_t k = 0; k < p.entry.size(); ++k) {
-        const int* begin = term + first[p.entry[k]];
-        p.standing[k] = add_terms(0.0, d, begin, begin + p.n_standing[k]);
+    scale(only_changing ? p.scaled_changing : p.scaled, constant, d);
+    if (only_changing) {
+        p.entries.sum_changing(d, val_m);
+        return;
     }
-}
-// The entries that change.
-void sum_changing(assembly_plan& p, double constant, double* val_m) {
-    double* d = p.d.data();
-    scale(p.scaled_changing, constant, d);
-    const int *term = p.changing.term.data(), *first = p.changing.first.data();
-    const std::size_t n = p.entry.size();
-    for (std::size_t k = 0; k < n; ++k)
-        val_m[p.entry[k]] = add_terms(p.standing[k], d, term + first[k], term + first[k + 1]);
+    p.d.back() = -constant;
+    p.entries.sum_all(d, val_m);
 }
 
 // Rows of nodes are sums of functions f, rows of a unit's own are assigned.
@@ -110,10 +94,7 @@ void form_jac_rhs(run_state& r, bool only_function) {
         evaluate_blocks(r, whole, changing);
     }
     if (changing) {
-        if (!whole && plan.sums_stand(constant))
-            sum_changing(plan, constant, r.mat.val_m.data());
-        else
-            sum_matrix(plan, constant, r.mat.val_m.data());
+        sum_matrix(plan, constant, r.mat.val_m.data(), !whole && plan.sums_stand(constant));
         plan.keep_values(in_time, constant);
     }
     keep_state_functions(r, true);

@@ -4,35 +4,12 @@
 #include <vector>
 
 #include "analyses/mat_class.h"
-#include "models/runs.h"
-
-// Rows of sums over one flat array of numbers, in the order of addition.
-struct sum_rows {
-    std::vector<int> first{0};  // [n + 1] terms of row i are first[i] .. first[i + 1] - 1
-    std::vector<int> term;      // place in the array
-    int n() const { return static_cast<int>(first.size()) - 1; }
-};
+#include "analyses/sums.h"
 
 // What is fetched of the functions of some electrical units behind their calls.
 struct function_moves {
     value_moves locv, current;  // to local variables, to terminal currents
     std::vector<int> ddt;       // KCL derivatives of these units
-};
-
-// Units of a family by what a transient must call where; other analyses call them all. The calls of pure units have no
-// side effect, and may stand in any order; the others are called in the order of the units.
-//   held      pure and timeless, and wanted at accepted points: for a derivative, or since an output shows a current.
-//             They stand while the variables do: an accepted point is the first iterate of the next step.
-//   accepted  other pure ones that are wanted at accepted points; of blocks all pure ones
-//   left_out  other pure ones; their currents are found at the end of the block
-//   changing  all others; they are called at accepted points, for their histories
-template <class Call>
-struct family_runs {
-    using run = unit_run<Call>;
-    std::vector<run> held, accepted, left_out, changing;
-    std::vector<run> with_ddt;           // again those that own a function with a derivative, less the held ones
-    std::vector<std::vector<int>> from;  // [templates] places in the jac store that some unit adds
-    std::vector<int> shown;              // units whose output slots are in some file
 };
 
 // How the present system is put together. Entries of the matrix that pure units alone add to stand as long as the
@@ -44,11 +21,7 @@ public:
     // Derivatives as the models gave them last; behind them those that are scaled, and minus the method's constant.
     std::vector<double> d;
     value_moves scaled, scaled_changing;
-    sum_rows entries;              // [nnz] over d
-    std::vector<int> entry;        // entries that change
-    sum_rows changing;             // [entry] their terms behind the standing ones
-    std::vector<int> n_standing;   // [entry] terms in front
-    std::vector<double> standing;  // [entry] sum of these
+    standing_sums<double> entries;  // [nnz] over d
     // Sums of functions: the functions of electrical units with the totals of those with a derivative behind them.
     std::vector<int> row;         // [rows of several units]
     sum_rows rows;                // [row]

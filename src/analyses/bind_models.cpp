@@ -55,7 +55,7 @@ void bind_family(unit_family<Rows>& f) {
     for (int u = 0; u < f.n(); ++u) {
         call_type& call = f.call[at(u)];
         const auto bind_all = [&](const auto&... s) { (bind(call, f.units, u, s), ...); };
-        std::apply(bind_all, parameter_slices<call_type>);
+        std::apply(bind_all, Rows::parameters);
         std::apply(bind_all, Rows::slices);
         call.jac = &f.jac[at(f.entry(u))];
         call.function = model[at(f.entry(u))];
@@ -75,4 +75,9 @@ void make_room_for_totals(run_state& r) {
 void bind_models(run_state& r) {
     make_room_for_totals(r);
     for_families(r, [](auto& f) { bind_family(f); });
+}
+
+void bind_ac_models(run_state& r) {
+    bind_family(r.ac.ebe);
+    bind_family(r.ac.gbe);
 }

@@ -3,18 +3,6 @@
 #include "base/at.h"
 
 namespace {
-template <class Rows>
-void gather(run_state& r, const unit_family<Rows>& f) {
-    const auto copy = [&](const auto& row) {
-        std::vector<double>& to = f.units.*row.copy;
-        const double* value = table_of(r.c, row.value).data();
-        const int* index = numbers_of(f.units.*row.index).data();
-        const std::size_t n = to.size();
-        for (std::size_t k = 0; k < n; ++k) to[k] = value[index[k]];
-    };
-    std::apply([&](const auto&... row) { (copy(row), ...); }, Rows::copies);
-}
-
 void call_all(run_state& r) {
     for_families(r, [&](auto& f) {
         for (int u = 0; u < f.n(); ++u) get_unit(r, f, u);

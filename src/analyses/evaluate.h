@@ -11,6 +11,19 @@ void ebce_form_arrays(run_state& r);
 void gbce_form_arrays(run_state& r);
 void form_arrays(run_state& r);  // both
 
+// What units of a family see of unknowns: each copy from where it stands.
+template <class Rows>
+void gather(run_state& r, const unit_family<Rows>& f) {
+    const auto copy = [&](const auto& row) {
+        auto& to = f.units.*row.copy;
+        const auto* value = table_of(r.c, row.value).data();
+        const int* index = numbers_of(f.units.*row.index).data();
+        const std::size_t n = to.size();
+        for (std::size_t k = 0; k < n; ++k) to[k] = value[index[k]];
+    };
+    std::apply([&](const auto&... row) { (copy(row), ...); }, Rows::copies);
+}
+
 // Raises switches of flags_class while it lives.
 template <class... Switch>
 class raised {

@@ -7,13 +7,6 @@
 #include "sparse/pattern.h"
 
 namespace {
-// The first word of its (function, variable) cell. A variable that stands twice on a line is added once.
-bool first_of_cell(const function_table& t, int k, int term) {
-    for (int d = t.first_fvar[at(k)]; d < term; ++d)
-        if (t.var_flag[at(d)] == t.var_flag[at(term)] && t.var_number[at(d)] == t.var_number[at(term)]) return false;
-    return true;
-}
-
 bool has_own_row(const function_table& t, int k, analysis kind) {
     return (kind == analysis::startup ? t.startup_gnrl : t.flag_gnrl)[at(k)] != 0;
 }
@@ -177,6 +170,12 @@ int limited_product(int a, int b) {
     return p > INT_MAX ? INT_MAX : p < 0 ? 0 : static_cast<int>(p);
 }
 }  // namespace
+
+bool first_of_cell(const function_table& t, int k, int term) {
+    for (int d = t.first_fvar[at(k)]; d < term; ++d)
+        if (t.var_flag[at(d)] == t.var_flag[at(term)] && t.var_number[at(d)] == t.var_number[at(term)]) return false;
+    return true;
+}
 
 void allocate_system(mat_class& mat, const circuit& c) {
     mat.mnz_ebce = c.tmpdim.mnz_ebce;

@@ -18,46 +18,63 @@ void write_terms(std::ostream& out, const function_table& t, int s, const Row& r
 }
 
 // The rows [from, to) of the system as a matrix of their own.
-knuth<double> rows_of(const knuth<double>& m, int from, int to) {
-    knuth<double> part;
+template <class T>
+knuth<T> rows_of(const knuth<T>& m, int from, int to) {
+    knuth<T> part;
     knuth_zero(part, to - from, m.n_col);
     for (int i = from; i < to; ++i)
-        for (int k = m.srow[at(i)]; k >= 0; k = m.prow[at(k)]) knuth_addentry(part, i - from, m.col[at(k)], 0.0);
+        for (int k = m.srow[at(i)]; k >= 0; k = m.prow[at(k)]) knuth_addentry(part, i - from, m.col[at(k)], T(0));
     return part;
 }
 
 const char* electrical_pattern(analysis kind) {
     return kind == analysis::dc ? "ebce1_dc.dat" : kind == analysis::startup ? "ebce1_strt.dat" : "ebce1_trns.dat";
 }
+
+// The terms of all units of a family: row of flat function f, column of a term of unit u.
+template <class Row, class Col>
+void write_units(const char* file, const char* units, const char* templates, const unit_core& unit,
+                 const basic_library& lib, const Row& row, const Col& col) {
+    std::ofstream out(file);
+    out << "mat_class\n";
+    for (int u = 0; u < unit.n; ++u) {
+        const int s = unit.i_lib[at(u)];
+        out << "i_" << units << " = " << u << ", i_" << templates << " = " << s << '\n';
+        write_terms(
+            out, lib.func, s, [&](int j) { return row(unit.first_func[at(u)] + j); },
+            [&](int kind, int index) { return col(u, kind, index); });
+    }
+}
 }  // namespace
 
 void write_layout_dumps(const mat_class& mat, const circuit& c) {
     if (c.cf.output.ebce) {
-        std::ofstream out("ebce.dat");
-        out << "mat_class\n";
-        for (int u = 0; u < c.ebeu.n(); ++u) {
-            const int s = c.ebeu.unit.i_lib[at(u)];
-            out << "i_ebeu = " << u << ", i_ebes = " << s << '\n';
-            write_terms(
-                out, c.lib.ebes.func, s,
-                [&](int j) { return mat.ebce_row_of_func[at(c.ebeu.unit.first_func[at(u)] + j)]; },
-                [&](int kind, int index) { return column_of_term(mat, c, u, kind, index); });
-        }
+        write_units(
+            "ebce.dat", "ebeu", "ebes", c.ebeu.unit, c.lib.ebes, [&](int f) { return mat.ebce_row_of_func[at(f)]; },
+            [&](int u, int kind, int index) { return column_of_term(mat, c, u, kind, index); });
         mat_write_knuthij1(rows_of(mat.m, 0, mat.nrow_ebce), electrical_pattern(mat.kind));
     }
     if (c.cf.output.gbce) {
-        std::ofstream out("gbce.dat");
-        out << "mat_class\n";
-        int first_row = mat.nrow_ebce;
-        for (int u = 0; u < c.gbeu.n(); ++u) {
-            const int s = c.gbeu.unit.i_lib[at(u)];
-            out << "i_gbeu = " << u << ", i_gbes = " << s << '\n';
-            write_terms(
-                out, c.lib.gbes.func, s, [&](int j) { return first_row + j; },
-                [&](int kind, int index) { return column_of_block_term(mat, c, u, kind, index); });
-            first_row += c.lib.gbes.func.n_func(s);
-        }
+        write_units(
+            "gbce.dat", "gbeu", "gbes", c.gbeu.unit, c.lib.gbes, [&](int f) { return mat.nrow_ebce + f; },
+            [&](int u, int kind, int index) { return column_of_block_term(mat, c, u, kind, index); });
         mat_write_knuthij1(rows_of(mat.m, mat.nrow_ebce, mat.m.n_row), "gbce1.dat");
     }
     if (c.cf.output.smat) mat_write_knuthij1(mat.m, "smat.dat");
+}
+
+void write_ac_layout_dumps(const ac_system& s, const circuit& c) {
+    if (c.cf.output.ebce) {
+        write_units(
+            "ebce_c.dat", "ebau", "ebac", c.ebau.unit, c.lib.ebac, [&](int f) { return s.ebce_row_of_func[at(f)]; },
+            [&](int u, int kind, int index) { return column_of_ac_term(s, c, u, kind, index); });
+        mat_write_knuthij1(rows_of(s.m, 0, s.nrow_ebce), "ebce1_c.dat");
+    }
+    if (c.cf.output.gbce) {
+        write_units(
+            "gbce_c.dat", "gbau", "gbac", c.gbau.unit, c.lib.gbac, [&](int f) { return s.nrow_ebce + f; },
+            [&](int u, int kind, int index) { return column_of_ac_block_term(s, c, u, kind, index); });
+        mat_write_knuthij1(rows_of(s.m, s.nrow_ebce, s.m.n_row), "gbce1_c.dat");
+    }
+    if (c.cf.output.smat) mat_write_knuthij1(s.m, "smat_c.dat");
 }

@@ -100,6 +100,10 @@ void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& e
 // row of its own, or none.
 int terminal_of_function(const function_table& t, int k, int j, analysis kind);
 
+// Whether a dependency is the first word of its (function, variable) cell: a variable that stands twice on a line is
+// added once. k: function, term: dependency, in the table.
+bool first_of_cell(const function_table& t, int k, int term);
+
 // Column of a term of electrical unit u: kind and index within the unit's list. -1: the reference node, or a kind that
 // is no unknown of this analysis.
 int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int index);

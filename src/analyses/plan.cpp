@@ -2,42 +2,7 @@
 
 #include <algorithm>
 
-#include "models/registration.h"
-
 namespace {
-// ---- runs ----
-
-// Whether a unit goes on with a run: then its steps are those from the last unit to this one.
-template <class Rows>
-bool joins(const unit_family<Rows>& f, unit_run<typename Rows::call>& run, int u) {
-    const auto& call = f.call[at(u)];
-    if (!run.function || call.function != run.first.function || f.entry(u) != f.entry(run.unit)) return false;
-    const int last = run.unit_at(run.n - 1);
-    const run_steps<typename Rows::call> step{u - last, Rows::call::arguments::between(f.call[at(last)], call)};
-    if (run.n > 1 && step != run.step) return false;
-    run.step = step;
-    ++run.n;
-    return true;
-}
-
-// Units as runs, in the given order. Without the template's own function of runs, as for a model that was put in its
-// place, units are called singly.
-template <class Rows>
-std::vector<unit_run<typename Rows::call>> make_runs(const unit_family<Rows>& f, const std::vector<int>& units) {
-    std::vector<unit_run<typename Rows::call>> runs;
-    for (const int u : units) {
-        if (!runs.empty() && joins(f, runs.back(), u)) continue;
-        unit_run<typename Rows::call> run;
-        run.first = f.call[at(u)];
-        const auto* model = find_registration<typename Rows::call>(f.lib.list.entry[f.entry(u)]);
-        if (run.first.function && model && model->function == run.first.function) run.function = model->run;
-        run.unit = u;
-        run.n = 1;
-        runs.push_back(run);
-    }
-    return runs;
-}
-
 // Units by the part of a transient that calls them.
 enum call_part { held, accepted, left_out, changing, n_parts };
 
@@ -67,11 +32,12 @@ void plan_runs(unit_family<Rows>& f, const std::vector<char>& wanted) {
     // Units of one template share a run, where the order of calls is of no matter.
     for (const call_part part : {held, accepted, left_out})
         std::stable_sort(units[part].begin(), units[part].end(), [&](int a, int b) { return f.entry(a) < f.entry(b); });
-    f.runs.held = make_runs(f, units[held]);
-    f.runs.accepted = make_runs(f, units[accepted]);
-    f.runs.left_out = make_runs(f, units[left_out]);
-    f.runs.changing = make_runs(f, units[changing]);
-    f.runs.with_ddt = make_runs(f, with_ddt);
+    const auto never = [](int) { return false; };
+    f.runs.held = make_runs(f, units[held], never);
+    f.runs.accepted = make_runs(f, units[accepted], never);
+    f.runs.left_out = make_runs(f, units[left_out], never);
+    f.runs.changing = make_runs(f, units[changing], never);
+    f.runs.with_ddt = make_runs(f, with_ddt, never);
 }
 
 // ---- what is fetched ----
@@ -139,55 +105,14 @@ void plan_electrical(run_state& r, const shown_units& shown) {
 
 // ---- derivatives ----
 
-// For each template the places of its jac store that some unit adds, ascending.
-std::vector<std::vector<int>> used_places(const slot_table& slot, const unit_core& unit, int n_template) {
-    std::vector<std::vector<int>> from(at(std::max(n_template, 1)));
-    for (int u = 0; u < unit.n; ++u)
-        for (int k = slot.first_jac[at(u)]; k < slot.first_jac[at(u) + 1]; ++k)
-            from[at(unit.i_lib[at(u)])].push_back(slot.from_jac[at(k)]);
-    for (std::vector<int>& f : from) {
-        std::sort(f.begin(), f.end());
-        f.erase(std::unique(f.begin(), f.end()), f.end());
-    }
-    return from;
-}
-
-// The runs whose derivatives are fetched, in the order of the calls.
-template <class Rows, class F>
-void for_fetched_runs(unit_family<Rows>& f, F each) {
-    for (auto* runs : {&f.runs.held, &f.runs.accepted, &f.runs.left_out, &f.runs.changing})
-        for (auto& run : *runs) each(run);
-}
-
-// One addition to an entry of the matrix.
-struct addition {
-    int entry, place;
-    bool changes;
-};
-
-// Gives the units of runs their places in d behind the n_d that are given away.
-template <class Rows>
-std::vector<int> place_derivatives(unit_family<Rows>& f, int& n_d) {
-    std::vector<int> first_d(at(f.n()), 0);
-    for_fetched_runs(f, [&](const auto& run) {
-        for (int i = 0; i < run.n; ++i) {
-            first_d[at(run.unit_at(i))] = n_d;
-            n_d += static_cast<int>(f.runs.from[at(f.entry(run.unit))].size());
-        }
-    });
-    return first_d;
-}
-
 // The additions of a family in their order. Scaled derivatives get places of their own behind the n_d fetched ones.
 template <class Rows>
 void list_additions(const unit_family<Rows>& f, const slot_table& slot, const std::vector<int>& first_d, int n_d,
                     assembly_plan& plan, std::vector<addition>& all) {
     for (int u = 0; u < f.n(); ++u) {
-        const std::vector<int>& from = f.runs.from[at(f.entry(u))];
         const bool changes = !f.has(&entry_flags::pure, u);
         for (int k = slot.first_jac[at(u)]; k < slot.first_jac[at(u) + 1]; ++k) {
-            const auto found = std::lower_bound(from.begin(), from.end(), slot.from_jac[at(k)]);
-            int place = first_d[at(u)] + static_cast<int>(found - from.begin());
+            int place = place_of_derivative(f, first_d, u, slot.from_jac[at(k)]);
             if (slot.scale[at(k)]) {
                 const int scaled = n_d + static_cast<int>(plan.scaled.to.size());
                 add_move(plan.scaled, place, scaled);
@@ -197,50 +122,6 @@ void list_additions(const unit_family<Rows>& f, const slot_table& slot, const st
             all.push_back({slot.to_val[at(k)], place, changes});
         }
     }
-}
-
-template <class Rows>
-void bind_derivatives(unit_family<Rows>& f, const std::vector<int>& first_d, double* d) {
-    for_fetched_runs(f, [&](auto& run) {
-        const int s = f.entry(run.unit);
-        const std::vector<int>& from = f.runs.from[at(s)];
-        run.jac = {f.jac[at(s)].store.data(), from.data(), static_cast<int>(from.size()), d + first_d[at(run.unit)]};
-    });
-}
-
-// Terms by row, each row in the order of the list.
-sum_rows rows_of(int n_row, const std::vector<int>& row, const std::vector<int>& term) {
-    sum_rows sums;
-    sums.first.assign(at(n_row) + 1, 0);
-    for (const int i : row) ++sums.first[at(i) + 1];
-    for (int i = 0; i < n_row; ++i) sums.first[at(i) + 1] += sums.first[at(i)];
-    sums.term.resize(term.size());
-    std::vector<int> next(sums.first.begin(), sums.first.end() - 1);
-    for (std::size_t k = 0; k < row.size(); ++k) sums.term[at(next[at(row[k])]++)] = term[k];
-    return sums;
-}
-
-void plan_entries(assembly_plan& plan, const std::vector<addition>& all, int nnz) {
-    std::vector<int> entry, place;
-    std::vector<char> changes(plan.d.size(), 0);
-    for (const addition& a : all) {
-        entry.push_back(a.entry);
-        place.push_back(a.place);
-        if (a.changes) changes[at(a.place)] = 1;
-    }
-    plan.entries = rows_of(nnz, entry, place);
-    for (int i = 0; i < nnz; ++i) {
-        const int first = plan.entries.first[at(i)], end = plan.entries.first[at(i) + 1];
-        int k = first;
-        while (k < end && !changes[at(plan.entries.term[at(k)])]) ++k;
-        if (k == end) continue;
-        plan.entry.push_back(i);
-        plan.n_standing.push_back(k - first);
-        plan.changing.term.insert(plan.changing.term.end(), plan.entries.term.begin() + k,
-                                  plan.entries.term.begin() + end);
-        plan.changing.first.push_back(static_cast<int>(plan.changing.term.size()));
-    }
-    plan.standing.assign(plan.entry.size(), 0.0);
 }
 
 void plan_matrix(run_state& r) {
@@ -262,7 +143,7 @@ void plan_matrix(run_state& r) {
     plan.d.assign(at(n_all), 0.0);
     i_family = 0;
     for_families(r, [&](auto& f) { bind_derivatives(f, first_d[i_family++], plan.d.data()); });
-    plan_entries(plan, all, static_cast<int>(mat.val_m.size()));
+    plan.entries = make_sums<double>(all, static_cast<int>(mat.val_m.size()), n_all);
 }
 
 void plan_rows(run_state& r) {

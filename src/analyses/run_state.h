@@ -2,32 +2,16 @@
 #pragma once
 #include <vector>
 
+#include "analyses/ac_class.h"
 #include "analyses/assembly_plan.h"
 #include "analyses/mat_class.h"
-#include "analyses/slices.h"
+#include "analyses/unit_family.h"
 #include "base/at.h"
 #include "base/flags_class.h"
 #include "base/math_cnst_class.h"
 #include "elaborate/circuit.h"
 #include "models/dp_class.h"
 #include "settings/solve_class.h"
-
-// A family of units as it is solved: its tables, and what the analyses have beside them.
-template <class Rows>
-struct unit_family {
-    static constexpr int elements = Rows::elements;
-    static constexpr auto slots = Rows::slots;
-    using call_type = typename Rows::call;
-    typename Rows::units& units;
-    const basic_library& lib;
-    std::vector<typename Rows::jac> jac{};  // [templates, at least 1]
-    std::vector<call_type> call{};          // [units]
-    family_runs<call_type> runs{};          // of the present plan
-
-    int n() const { return units.unit.n; }
-    int entry(int u) const { return units.unit.i_lib[at(u)]; }  // template of a unit
-    bool has(std::vector<int> entry_flags::*word, int u) const { return (lib.flag.*word)[at(entry(u))] != 0; }
-};
 
 // Where the present point leaves a residual, of which a block tells once.
 struct residual_watch {
@@ -46,6 +30,7 @@ struct run_state {
     math_cnst_class math_cnst;
     unit_family<electrical_family> ebe{c.ebeu, c.lib.ebes};
     unit_family<general_family> gbe{c.gbeu, c.lib.gbes};
+    ac_class ac{c};
     assembly_plan plan;
     formed_arguments formed;
     residual_watch residual;
@@ -70,3 +55,5 @@ void get_unit(run_state& r, const unit_family<Rows>& f, int u) {
 // Looks up the model of every template in use by its name and resolves the units' slices. A template with functions but
 // without a model is told once; its units then give zeros.
 void bind_models(run_state& r);
+// The same for small-signal units.
+void bind_ac_models(run_state& r);

@@ -2,7 +2,9 @@
 #pragma once
 #include <tuple>
 
-#include "analyses/mat_class.h"
+#include "analyses/ac_system.h"
+#include "library/basic/ebac1_class.h"
+#include "library/basic/gbac1_class.h"
 #include "library/basic_form.h"
 #include "models/calls.h"
 
@@ -51,12 +53,19 @@ constexpr auto parameter_slices =
                parameter_slice{&Call::rparm, &unit_core::rprm}, parameter_slice{&Call::stparm, &unit_core::sv},
                parameter_slice{&Call::igparm, &unit_core::ig}};
 
+// A small-signal form has no start values.
+template <class Call>
+constexpr auto ac_parameter_slices =
+    std::tuple{parameter_slice{&Call::iparm, &unit_core::iprm}, parameter_slice{&Call::sparm, &unit_core::sprm},
+               parameter_slice{&Call::rparm, &unit_core::rprm}};
+
 struct electrical_family {
     using call = ebe_call;
     using jac = ebes1_class;
     using units = ebeu_class;
     static constexpr const basic_form& form = ebes_form;
     static constexpr int elements = fam_e;  // kind of element statement
+    static constexpr auto parameters = parameter_slices<call>;
     static constexpr auto slices = std::tuple{slice{&call::v, &units::nodev, &units::nd},
                                               slice{&call::v_new, &units::nodev_new, &units::nd},
                                               slice{&call::vind, &units::vin, &units::in},
@@ -85,6 +94,7 @@ struct general_family {
     using units = gbeu_class;
     static constexpr const basic_form& form = gbes_form;
     static constexpr int elements = fam_g;
+    static constexpr auto parameters = parameter_slices<call>;
     static constexpr auto slices = std::tuple{slice{&call::vr, &units::vr_in, &units::vr},
                                               slice{&call::vr_new, &units::vr_in_new, &units::vr},
                                               slice{&call::xvr, &units::val_xvr, &units::xvr},
@@ -96,6 +106,37 @@ struct general_family {
                                                       &units::vr_in_new, &units::vr,         nullptr};
     static constexpr auto slots = &mat_class::gbe;
     static constexpr auto column = column_of_block_term;
+};
+
+struct electrical_ac_family {
+    using call = ebe_ac_call;
+    using jac = ebac1_class;
+    using units = ebau_class;
+    static constexpr const basic_form& form = ebac_form;
+    static constexpr int elements = fam_e;
+    static constexpr auto parameters = ac_parameter_slices<call>;
+    static constexpr auto slices = std::tuple{
+        slice{&call::v, &units::nodev, &units::nd},       slice{&call::vind, &units::vin, &units::in},
+        slice{&call::curind, &units::curind, &units::ib}, slice{&call::aux, &units::aux, &units::first_aux},
+        slice{&call::vr, &units::val_vr, &units::vr},     slice{&call::f, &units::f, &unit_core::first_func}};
+    static constexpr auto copies = std::tuple{gathered{&units::nodev, &units::val_nd, &units::nd},
+                                              gathered{&units::vin, &units::val_nd, &units::in},
+                                              gathered{&units::val_vr, &gbau_class::val_vr, &units::vr_gbau}};
+    static constexpr auto slots = &ac_system::ebe;
+};
+
+struct general_ac_family {
+    using call = gbe_ac_call;
+    using jac = gbac1_class;
+    using units = gbau_class;
+    static constexpr const basic_form& form = gbac_form;
+    static constexpr int elements = fam_g;
+    static constexpr auto parameters = ac_parameter_slices<call>;
+    static constexpr auto slices =
+        std::tuple{slice{&call::vr, &units::vr_in, &units::vr}, slice{&call::aux, &units::aux, &units::first_aux},
+                   slice{&call::f, &units::f, &unit_core::first_func}};
+    static constexpr auto copies = std::tuple{gathered{&units::vr_in, &units::val_vr, &units::vr}};
+    static constexpr auto slots = &ac_system::gbe;
 };
 
 // ---- how rows are walked ----
@@ -114,4 +155,12 @@ auto& table_of(circuit& c, T ebeu_class::*member) {
 template <class T>
 auto& table_of(circuit& c, T gbeu_class::*member) {
     return c.gbeu.*member;
+}
+template <class T>
+auto& table_of(circuit& c, T ebau_class::*member) {
+    return c.ebau.*member;
+}
+template <class T>
+auto& table_of(circuit& c, T gbau_class::*member) {
+    return c.gbau.*member;
 }

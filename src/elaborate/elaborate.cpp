@@ -89,6 +89,7 @@ void build_units(circuit& c) {
     flatten_ebeu(c);
     flatten_ebau(c);
     flatten_gbeu(c);
+    flatten_gbau(c);
     map_names(c.cct.ect, "cct_class: problem in assigning ect_to_ebeu");
     map_names(c.cct.gct, "cct_class: problem in assigning gct_to_gbeu");
     link_general_variables(c);
@@ -103,6 +104,7 @@ void build_units(circuit& c) {
     if (c.cct.ect.n() > 0 && c.cct.ect.ref < 0) halt({"cct_class: reference node not found."});
     if (c.ebeu.n() > 0 && c.cct.ect.eu_ref < 0) halt({"cct_class: reference node not found."});
     c.ebeu.ref_nd = c.cct.ect.eu_ref;
+    c.ebau.ref_nd = c.cct.ect.au_ref;
     check_reference(c, "x_refnode", c.cct.xct);
     if (c.xelu.n > 0 && c.delu.n > 0)
         halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.", "  Halting..."});

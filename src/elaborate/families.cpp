@@ -38,12 +38,14 @@ constexpr bound_list bound_gm[] = {
 unit_core& ebe_units(circuit& c) { return c.ebeu.unit; }
 unit_core& ebac_units(circuit& c) { return c.ebau.unit; }
 unit_core& gbe_units(circuit& c) { return c.gbeu.unit; }
+unit_core& gbac_units(circuit& c) { return c.gbau.unit; }
 constexpr unit_table units_e[] = {
     {&composite_library::be, &libraries::ebes, &instance_core::first_unit, ebe_units, true},
     {&composite_library::beac, &libraries::ebac, &instance_core::first_unit_ac, ebac_units, false},
 };
 constexpr unit_table units_g[] = {
     {&composite_library::be, &libraries::gbes, &instance_core::first_unit, gbe_units, true},
+    {&composite_library::beac, &libraries::gbac, &instance_core::first_unit_ac, gbac_units, false},
 };
 std::span<const std::string_view> none() { return std::span(no_words, 0); }
 }  // namespace

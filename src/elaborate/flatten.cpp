@@ -202,6 +202,16 @@ void link_sensed(const flattening& f, ebau_class& u) {
     }
 }
 
+// For small-signal units: that of the element whose bias each takes.
+std::vector<int> units_of_bias(const flattening& f) {
+    std::vector<int> units;
+    for (int u = 0; u < f.unit.n; ++u) {
+        const int element = f.be.acprm_be[at(f.element(u))];
+        units.push_back(element < 0 ? -1 : f.inst.first_unit[at(f.unit.i_inst[at(u)])] + element);
+    }
+    return units;
+}
+
 // ---- values ----
 
 template <class... T>
@@ -260,6 +270,8 @@ void flatten_gbeu(circuit& c) {
 void link_general_variables(circuit& c) {
     c.ebeu.vr_gbeu.clear();
     for (int number : c.ebeu.vr.data) c.ebeu.vr_gbeu.push_back(c.cct.gct.to_eu[at(number)]);
+    c.ebau.vr_gbau.clear();
+    for (int number : c.ebau.vr.data) c.ebau.vr_gbau.push_back(c.cct.gct.to_au[at(number)]);
 }
 
 void flatten_ebau(circuit& c) {
@@ -269,11 +281,29 @@ void flatten_ebau(circuit& c) {
                        {{&B::vr, &I::vr, &u.vr}}, {{&L::aux, &u.first_aux}});
     flatten(f);
     ect.n_au = u.n_nd;
-    for (int k = 0; k < u.n(); ++k) {
-        const int bias = f.be.acprm_be[at(f.element(k))];
-        u.index_ebeu.push_back(bias < 0 ? -1 : c.eelu.first_unit[at(u.unit.i_inst[at(k)])] + bias);
-    }
+    u.index_ebeu = units_of_bias(f);
     link_sensed(f, u);
+    zeros(at(u.n_nd), u.val_nd);
+    zeros(u.nd.data.size(), u.nodev, u.cur_nd);
+    zeros(u.in.data.size(), u.vin);
+    zeros(u.ib.data.size(), u.curind);
+    zeros(u.vr.data.size(), u.val_vr);
+    zeros(at(u.n_ttlaux()), u.aux);
+    zeros(at(u.unit.n_ttlf()), u.f);
+}
+
+void flatten_gbau(circuit& c) {
+    gbau_class& u = c.gbau;
+    name_table& gct = c.cct.gct;
+    const flattening f(c, fam_g, family_forms[fam_g].units[1], {&B::vr, &I::vr, gct, gct.lu_to_au, u.n_vr, u.vr}, {},
+                       {{&L::aux, &u.first_aux}});
+    flatten(f);
+    gct.n_au = u.n_vr;
+    u.index_gbeu = units_of_bias(f);
+    zeros(at(u.n_vr), u.val_vr);
+    zeros(u.vr.data.size(), u.vr_in);
+    zeros(at(u.n_ttlaux()), u.aux);
+    zeros(at(u.unit.n_ttlf()), u.f);
 }
 
 void check_ebeu(const circuit& c, const char* message) {

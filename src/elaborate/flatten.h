@@ -8,7 +8,8 @@ void flatten_ebeu(circuit& c);
 void flatten_ebau(circuit& c);
 // The same for general blocks and their variables.
 void flatten_gbeu(circuit& c);
-// Where the general variables that electrical units read or define stand at unit level. Needs the maps of gct.
+void flatten_gbau(circuit& c);
+// Where the general variables that electrical units read or define stand at the two unit levels. Needs the maps of gct.
 void link_general_variables(circuit& c);
 
 // Every node number of the unit tables occurs among the terminals; the first-index arrays agree with the templates.

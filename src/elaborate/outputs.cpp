@@ -64,6 +64,8 @@ int general_index(const circuit& c, int kind, int i, int index) {
     switch (kind) {
         case ov_var:
             return c.cct.gct.lu_to_eu[at(c.gelu.vr.row(i)[index])];
+        case ov_var_ac:
+            return c.cct.gct.lu_to_au[at(c.gelu.vr.row(i)[index])];
         case ov_gaux:
             return c.gbeu.first_aux[at(u)] + index;
         case ov_iparm_gbe:

@@ -1,6 +1,7 @@
 // units.h -- the flat tables that the solvers see: one unit per basic element of the running circuit.
 #pragma once
 #include <array>
+#include <complex>
 #include <memory>
 #include <string>
 #include <vector>
@@ -61,16 +62,23 @@ struct ebeu_class {
     int n_ttllocv() const { return first_locv.empty() ? 0 : first_locv.back(); }
 };
 
-// Small-signal units: what later analyses need of them is laid out here, nothing runs on them yet.
+// Small-signal units of electrical elements. An instance need not have any, so names may be without a number here.
 struct ebau_class {
     unit_core unit;
-    int n_nd = 0;
-    row_table<int> nd, in, vr;
-    row_table<int> ib;            // small-signal unit of the branch; -1
-    std::vector<int> index_ebeu;  // [n] DC unit of the same element; -1
+    int n_nd = 0;                 // nodes, numbered by first use of a terminal
+    int ref_nd = -1;              // the reference among them; -1: no terminal reaches it
+    row_table<int> nd, in, vr;    // node of terminal j, of sensed node j (-1: none); gct number
+    row_table<int> ib;            // unit of the sensed branch; -1
+    std::vector<int> index_ebeu;  // [n] unit of the element whose bias it takes; -1
     std::vector<int> first_aux;   // [n + 1]
+    std::vector<int> vr_gbau;     // [vr.data] variable at small-signal unit level; -1
+
+    // values: amplitudes; one per node, per terminal, sensed node, sensed branch, variable of units, auxiliary unknown
+    std::vector<std::complex<double>> val_nd, nodev, cur_nd, vin, curind, val_vr, aux;
+    std::vector<std::complex<double>> f;  // [n_ttlf] what the models write
 
     int n() const { return unit.n; }
+    int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }
 };
 
 // Units of general blocks. Variables are numbered by first use over the connections.
@@ -93,12 +101,26 @@ struct gbeu_class {
     int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }
 };
 
+// Small-signal units of general blocks.
+struct gbau_class {
+    unit_core unit;
+    int n_vr = 0;                 // variables, numbered by first use
+    row_table<int> vr;            // variable of connection j
+    std::vector<int> index_gbeu;  // [n] unit of the block whose bias it takes; -1
+    std::vector<int> first_aux;   // [n + 1]
+
+    std::vector<std::complex<double>> val_vr, vr_in, aux;  // [n_vr], [vr.data], [n_ttlaux] amplitudes
+    std::vector<std::complex<double>> f;                   // [n_ttlf]
+
+    int n() const { return unit.n; }
+    int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }
+};
+
 // Units of the families whose libraries are not read yet: there are none.
 struct no_units {
     unit_core unit;
     int n() const { return unit.n; }
 };
-using gbau_class = no_units;
 using dbeu_class = no_units;
 using xbeu_class = no_units;
 using xbau_class = no_units;

@@ -25,7 +25,9 @@ struct basic_library {
     entry_flags flag;
     function_table func;
     jacobian_map map;
-    int n_written = 0;  // entries whose source was written in generating mode
+    // generating mode
+    int n_written = 0;                 // entries whose source was written
+    std::vector<char> asks_frequency;  // [n entries] whether its source names the frequency
 
     int n() const { return list.n(); }
 };

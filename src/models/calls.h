@@ -31,7 +31,8 @@ struct argument_list {
     using steps = std::array<std::ptrdiff_t, sizeof...(member)>;
 
     template <class T>
-    static constexpr bool is_slice = std::is_pointer_v<T> && !std::is_class_v<std::remove_pointer_t<T>>;
+    static constexpr bool is_slice = std::is_pointer_v<T> && (!std::is_class_v<std::remove_pointer_t<T>> ||
+                                                              std::is_same_v<T, std::complex<double>*>);
 
     // Inlined, so that of a model's body in the place of the call only those slices are stepped through that it uses.
     template <class Call>

@@ -3,9 +3,10 @@
 #include <cmath>
 #include <complex>
 
-struct ebac1_class;
+#include "base/flags_class.h"
+#include "library/basic/ebac1_class.h"
+
 struct ebes1_class;
-struct flags_class;
 struct math_cnst_class;
 
 // ---- resistive curves
@@ -79,8 +80,19 @@ void dfdx_e(function_only funcs, int* iparm, double* rparm, const double* v, con
 // ---- small-signal forms
 
 // An admittance y, S, from terminal 0 to terminal 1.
-void two_terminal_admittance(std::complex<double> y, const std::complex<double>* v, std::complex<double>* f,
-                             ebac1_class* jac, const flags_class* flags);
+inline void two_terminal_admittance(std::complex<double> y, const std::complex<double>* v, std::complex<double>* f,
+                                    ebac1_class* jac, const flags_class* flags) {
+    if (flags->function) {
+        f[0] = y * (v[0] - v[1]);
+        f[1] = -f[0];
+    }
+    if (flags->jacobian) {
+        jac->dfdv[0][0] = y;
+        jac->dfdv[0][1] = -y;
+        jac->dfdv[1][0] = -y;
+        jac->dfdv[1][1] = y;
+    }
+}
 // A branch of the voltage u, V, with its current into terminal 0 as aux 0: rows 0 and 1 of the terminals, row 2.
 void branch_voltage(std::complex<double> u, const std::complex<double>* v, const std::complex<double>* aux,
                     std::complex<double>* f, ebac1_class* jac, const flags_class* flags);

@@ -13,6 +13,7 @@ struct registration {
     model_function<Call> function = nullptr;
     int counts[Call::n_counts] = {};
     typename unit_run<Call>::run_function run = nullptr;  // the same for rows of units; null: there is none
+    bool asks_frequency = true;  // a small-signal model: false where what it gives is the same at all frequencies
 };
 
 // All elements of this build, family by family; written by the build from the element files.

@@ -59,3 +59,7 @@ template <model_function<ebe_call> model>
 constexpr auto run_ebe = call_run<ebe_call, model>;
 template <model_function<gbe_call> model>
 constexpr auto run_gbe = call_run<gbe_call, model>;
+template <model_function<ebe_ac_call> model>
+constexpr auto run_ebe_ac = call_run<ebe_ac_call, model>;
+template <model_function<gbe_ac_call> model>
+constexpr auto run_gbe_ac = call_run<gbe_ac_call, model>;

@@ -3,20 +3,6 @@
 #include "library/basic/ebes1_class.h"
 #include "models/model_functions.h"
 
-void two_terminal_admittance(std::complex<double> y, const std::complex<double>* v, std::complex<double>* f,
-                             ebac1_class* jac, const flags_class* flags) {
-    if (flags->function) {
-        f[0] = y * (v[0] - v[1]);
-        f[1] = -f[0];
-    }
-    if (flags->jacobian) {
-        jac->dfdv[0][0] = y;
-        jac->dfdv[0][1] = -y;
-        jac->dfdv[1][0] = -y;
-        jac->dfdv[1][1] = y;
-    }
-}
-
 void branch_voltage(std::complex<double> u, const std::complex<double>* v, const std::complex<double>* aux,
                     std::complex<double>* f, ebac1_class* jac, const flags_class* flags) {
     if (flags->function) {

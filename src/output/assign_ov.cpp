@@ -14,49 +14,43 @@ double absorbed_power(const circuit& c, int i_eelu) {
     return power;
 }
 
+// The mean power that flows into all units of an instance; amplitudes are peak values.
+double absorbed_power_ac(const circuit& c, int i_eelu) {
+    const row_table<int>& nd = c.ebau.nd;
+    double power = 0.0;
+    for (int u = c.eelu.first_unit_ac[at(i_eelu)]; u < c.eelu.first_unit_ac[at(i_eelu + 1)]; ++u)
+        for (int e = nd.first[at(u)]; e < nd.first[at(u) + 1]; ++e) {
+            const std::complex<double>&v = c.ebau.val_nd[at(nd.data[at(e)])], &i = c.ebau.cur_nd[at(e)];
+            power += 0.5 * (v.real() * i.real() + v.imag() * i.imag());
+        }
+    return power;
+}
+
 // Kinds whose index is a place in a table of all units.
-template <class T>
-struct unit_values {
-    int kind;
-    const std::vector<T>& (*all)(const circuit&);
-};
-constexpr unit_values<double> real_values[] = {{ov_nodev, [](const circuit& c) -> auto& {return c.ebeu.val_nd;
-}  // namespace
+const double* real_value(const circuit& c, const out_var& v) {
+    const auto place = [&](const std::vector<double>& all) { return all.data() + v.index; };
+    switch (v.kind) {
+        case ov_nodev:
+            return place(c.ebeu.val_nd);
+        case ov_aux:
+            return place(c.ebeu.aux);
+        case ov_cur:
+            return place(c.ebeu.cur_nd);
+        case ov_var:
+            return place(c.gbeu.val_vr);
+        case ov_gaux:
+            return place(c.gbeu.aux);
+        case ov_rparm_ebe:
+            return place(c.ebeu.unit.rprm.data);
+        case ov_rparm_gbe:
+            return place(c.gbeu.unit.rprm.data);
+        default:
+            return nullptr;
+    }
 }
-, {ov_aux, [](const circuit& c) -> auto& {return c.ebeu.aux;
-}
-}
-, {ov_cur, [](const circuit& c) -> auto& {return c.ebeu.cur_nd;
-}
-}
-, {ov_var, [](const circuit& c) -> auto& {return c.gbeu.val_vr;
-}
-}
-, {ov_gaux, [](const circuit& c) -> auto& {return c.gbeu.aux;
-}
-}
-, {ov_rparm_ebe, [](const circuit& c) -> auto& {return c.ebeu.unit.rprm.data;
-}
-}
-, {ov_rparm_gbe, [](const circuit& c) -> auto& {return c.gbeu.unit.rprm.data;
-}
-}
-,
-}
-;
-constexpr unit_values<int> int_values[] = {{ov_iparm_ebe, [](const circuit& c) -> auto& {return c.ebeu.unit.iprm.data;
-}
-}
-, {ov_iparm_gbe, [](const circuit& c) -> auto& {return c.gbeu.unit.iprm.data;
-}
-}
-,
-}
-;
-template <class T, std::size_t N>
-const T* find_value(const unit_values<T> (&values)[N], const circuit& c, const out_var& v) {
-    for (const unit_values<T>& x : values)
-        if (x.kind == v.kind) return x.all(c).data() + v.index;
+const int* int_value(const circuit& c, const out_var& v) {
+    if (v.kind == ov_iparm_ebe) return c.ebeu.unit.iprm.data.data() + v.index;
+    if (v.kind == ov_iparm_gbe) return c.gbeu.unit.iprm.data.data() + v.index;
     return nullptr;
 }
 
@@ -78,7 +72,23 @@ const double* place_of(const solve_class& slv, const circuit& c, const out_var& 
     if (v.prefix != prefix_none) return nullptr;
     for (const family_form& f : family_forms)
         if (f.kind_rparm == v.kind && v.kind != ov_none) return c.instances(f.number).rprm.row(v.instance) + v.index;
-    return find_value(real_values, c, v);
+    return real_value(c, v);
+}
+
+const std::complex<double>* phasor_of(const circuit& c, const out_var& v) {
+    if ((v.prefix != prefix_phase && v.prefix != prefix_mag) || v.index < 0) return nullptr;
+    switch (v.kind) {
+        case ov_nodev_ac:
+            return c.ebau.val_nd.data() + v.index;
+        case ov_aux_ac:
+            return c.ebau.aux.data() + v.index;
+        case ov_cur_ac:
+            return c.ebau.cur_nd.data() + v.index;
+        case ov_var_ac:
+            return c.gbau.val_vr.data() + v.index;
+        default:
+            return nullptr;
+    }
 }
 
 bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, double& value) {
@@ -97,11 +107,11 @@ bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, doubl
         return false;
     }
     if (needs_word) halt({"assign_ov: check output variables.", "   perhaps missing phase or mag?"});
-    if (v.kind == ov_pwr_elec) {
-        value = absorbed_power(c, v.instance);
+    if (v.kind == ov_pwr_elec || (v.kind == ov_pwr_elec_ac && slv.ac)) {
+        value = v.kind == ov_pwr_elec ? absorbed_power(c, v.instance) : absorbed_power_ac(c, v.instance);
         return true;
     }
-    const int* parameter = find_value(int_values, c, v);
+    const int* parameter = int_value(c, v);
     if (parameter != nullptr) value = *parameter;
     return parameter != nullptr;
 }

@@ -6,6 +6,9 @@
 // integer), and for a variable that cannot be read.
 const double* place_of(const solve_class& slv, const circuit& c, const out_var& v);
 
+// The amplitude that a column of a small-signal file shows the phase or magnitude of; null: it is no such column.
+const std::complex<double>* phasor_of(const circuit& c, const out_var& v);
+
 // Value of one column. False when the variable cannot be read in an analog row: digital kinds, kinds of families that
 // the circuit does not have, results of post-processing. Halts when a small-signal variable has no phase or magnitude
 // word, or another variable has one.

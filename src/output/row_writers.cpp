@@ -5,9 +5,9 @@
 #include "output/assign_ov.h"
 #include "output/fourier.h"
 
-namespace {
 bool gets_rows(const out_file& file) { return file.content == out_rows && !file.postproc && !file.postproc_ac; }
 
+namespace {
 // The present values of an analog file's columns. Variables that cannot be read show at the first row.
 void read_values(const solve_class& slv, const circuit& c, out_file& file, const char* writer) {
     for (const std::size_t j : file.computed) {
@@ -53,11 +53,14 @@ void start_file(const solve_class& slv, const circuit& c, out_file& file) {
     file.level.assign(file.data_type == out_digital ? file.vars.size() : 0, 0);
     file.column.clear();
     file.computed.clear();
+    file.phasor.clear();
     for (std::size_t j = 0; j < file.value.size(); ++j) {
         const double* place = place_of(slv, c, file.vars[j]);
         if (place == nullptr) file.computed.push_back(j);
         file.column.push_back(place != nullptr ? place : &file.value[j]);
     }
+    for (std::size_t j = 0; j < file.value.size(); ++j) file.phasor.push_back(phasor_of(c, file.vars[j]));
+    file.phase_before.assign(file.value.size(), 0.0);
     if (file.fourier) start_fourier(file);
 }
 }  // namespace

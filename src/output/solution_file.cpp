@@ -81,3 +81,19 @@ void read_solution(const solve_class& slv, circuit& c, const flags_class&) {
             for (double& x : *list) x = chr_to_double_4(in.next());
     }
 }
+
+void write_solution_ac(solve_class& slv, const circuit& c, const flags_class&) {
+    count_line(slv, slv.out.i_file_solution_ac, "write_solution_ac");
+    row_file& out = *slv.out.files[at(slv.out.i_file_solution_ac)].stream;
+    using section_ac = std::pair<std::string_view, const std::vector<std::complex<double>>&>;
+    for (const auto& [title, list] :
+         {section_ac{"ebau->val_nd:", c.ebau.val_nd}, section_ac{"ebau->aux1d:", c.ebau.aux},
+          section_ac{"gbau->val_vr:", c.gbau.val_vr}, section_ac{"gbau->aux1d:", c.gbau.aux}}) {
+        out.put_text(title);
+        out.end_row();
+        for (const std::complex<double>& z : list) {
+            out.put(z.real());
+            out.put(z.imag(), '\n');
+        }
+    }
+}

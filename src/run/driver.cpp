@@ -1,7 +1,9 @@
 #include "run/driver.h"
 
+#include <numeric>
 #include <vector>
 
+#include "analyses/ac.h"
 #include "analyses/accepted_point.h"
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
@@ -73,8 +75,7 @@ void check_solve_leftovers(const circuit_file& cf, int index) {
 }
 
 void check_available(const solve_class& slv) {
-    for (const auto& [on, word] : {std::pair{slv.ssw, "ssw"}, std::pair{slv.ac, "ac"}})
-        if (on) halt({line("main: solve_type ", word, " is not available in this version."), "  Halting..."});
+    if (slv.ssw) halt({"main: solve_type ssw is not available in this version.", "  Halting..."});
 }
 
 bool solves(const solve_class& slv) { return slv.dc || slv.startup || slv.trns; }
@@ -98,6 +99,15 @@ void solve_points(run_state& r) {
     if (r.slv.dc) find_ebe_cur_dc(r);
     if (r.slv.startup) find_ebe_cur_startup(r);
     if (r.slv.trns) find_ebe_cur_trns(r, false);
+}
+// All frequencies of a block. Its start is what the last block left.
+void solve_frequencies(run_state& r) {
+    run_ac(r);
+    if (r.slv.out.i_file_solution_ac < 0) return;
+    std::vector<int> all(static_cast<std::size_t>(r.c.ebau.n()));
+    std::iota(all.begin(), all.end(), 0);
+    find_ebe_cur_ac(r, all);
+    write_solution_ac(r.slv, r.c, r.flags);
 }
 }  // namespace
 
@@ -137,6 +147,11 @@ void read_block(run_state& r, int index) {
     r.mat.e.gauss_epsln = slv.method.gauss_epsln;
     r.mat.e.debug_gauss_1 = slv.method.debug_gauss_1;
     r.mat.e.debug_gauss_2 = slv.method.debug_gauss_2;
+    elimination<complex_value>& e_ac = r.ac.s.e;
+    e_ac.zero_piv = slv.method.zero_piv;
+    e_ac.gauss_epsln = slv.method.gauss_epsln;
+    e_ac.debug_gauss_1 = slv.method.debug_gauss_1;
+    e_ac.debug_gauss_2 = slv.method.debug_gauss_2;
     check_solve_leftovers(c.cf, index);
     check_available(slv);
 }
@@ -155,6 +170,7 @@ void run_block(run_state& r) {
     r.flags.set_parm = 0;
     if (c.cf.output.debug) say("main: one_time_parms done");
     if (solves(slv)) solve_points(r);
+    if (slv.ac) solve_frequencies(r);
     if (slv.out.i_file_solution >= 0) write_solution(slv, c, r.flags);
     if (slv.out.i_file_parms >= 0) write_parms(slv, c);
     write_fourier(slv);

@@ -1,5 +1,6 @@
 // out_file.h -- the output blocks of a solve block: files, their columns and options, and what has been written.
 #pragma once
+#include <complex>
 #include <memory>
 #include <string>
 #include <vector>
@@ -71,10 +72,12 @@ struct out_file {
     std::vector<const double*> column;  // [vars] of an analog file: where each value stands; in `value` if computed
     std::vector<std::size_t> computed;  // columns whose value stands nowhere
     std::vector<int> level;             // [vars] of a digital file
-    double period_fourier = 0.0;        // s, out_tend - out_tstart
-    std::vector<double> omega_fourier;  // [n_fourier] rad/s; empty unless fourier is on
-    fourier_sums sums;                  // of a file with fourier on
-    std::unique_ptr<row_file> stream;   // open between open_out_files and close_out_files
+    std::vector<const std::complex<double>*> phasor;  // [vars] of a small-signal file: amplitude of each column; null
+    std::vector<double> phase_before;                 // [vars] degrees, as in the row before
+    double period_fourier = 0.0;                      // s, out_tend - out_tstart
+    std::vector<double> omega_fourier;                // [n_fourier] rad/s; empty unless fourier is on
+    fourier_sums sums;                                // of a file with fourier on
+    std::unique_ptr<row_file> stream;                 // open between open_out_files and close_out_files
 };
 inline constexpr double not_given_time = -1000.0;
 

@@ -1,5 +1,6 @@
 #include "library/generate/generate.h"
 
+#include <cctype>
 #include <fstream>
 
 #include "base/halt.h"
@@ -87,6 +88,23 @@ std::string joined_counts(const std::vector<int>& counts) {
     return all;
 }
 
+bool is_word_char(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+
+// Whether a name stands in a text of code, comments included.
+bool has_word(const std::string& text, const std::string& name) {
+    for (std::size_t i = text.find(name); i != std::string::npos; i = text.find(name, i + 1)) {
+        const std::size_t end = i + name.size();
+        if ((i == 0 || !is_word_char(text[i - 1])) && (end == text.size() || !is_word_char(text[end]))) return true;
+    }
+    return false;
+}
+
+// An entry whose source is not there may ask for anything.
+bool asks_frequency(const basic_library& lib, int e) {
+    const auto i = static_cast<std::size_t>(e);
+    return i >= lib.asks_frequency.size() || lib.asks_frequency[i];
+}
+
 void open_for_writing(std::ofstream& out, const std::string& path) {
     out.open(path);
     if (!out) halt({line("generate: cannot write ", path, ". Halting...")});
@@ -163,6 +181,8 @@ void copy_code(text_file& file, const basic_form& form, glue_text& glue, basic_l
         halt({line(form.lib.class_name, ": (source:) not found. Halting...")});
     if (!pass_lines(file, "endC", "endfortran", &source))
         halt({line(form.lib.class_name, ": endfortran/endC not found. Halting...")});
+    lib.asks_frequency.resize(static_cast<std::size_t>(e) + 1, true);
+    lib.asks_frequency.back() = has_word(variables + source, "freq");
     write_ebes_c(glue.out, form, lib, e, 0);
     if (!is_small_signal(form)) glue.out << prototypes;
     write_ebes_c(glue.out, form, lib, e, 1);
@@ -203,15 +223,15 @@ void write_registration(std::ostream& out, const basic_form& form, const basic_l
     const std::string row = line(form.lib.begin, "_registration");
     out << "#include \"models/registration.h\"\n";
     // Where rows of units are called, a function's body stands in the loop over them.
-    const bool run = !is_small_signal(form);
-    write_prototypes(out, form, lib, run ? "inline __attribute__((always_inline)) " : "");
-    if (run) out << "#include \"sub" << file_word(form) << ".cpp\"\n";
+    write_prototypes(out, form, lib, "inline __attribute__((always_inline)) ");
+    out << "#include \"sub" << file_word(form) << ".cpp\"\n";
     out << "const " << row << ' ' << row << "s[] = {\n";
     for (int e = 0; e < lib.n(); ++e) {
         const std::string function = function_name(form, lib, e);
         out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {" << joined_counts(entry_counts(form, lib, e))
             << '}';
-        if (run) out << ", run_" << form.lib.begin << '<' << function << '>';
+        out << ", run_" << form.lib.begin << '<' << function << '>';
+        if (is_small_signal(form)) out << ", " << (asks_frequency(lib, e) ? "true" : "false");
         out << "},\n";
     }
     if (lib.n() == 0) out << "   {\"\", nullptr, {}},\n";

@@ -81,7 +81,7 @@ constexpr advice_text texts[] = {
     {"unknown-option", "A word of filename or control: is passed over (a warning).", "a misspelt word",
      "docs/transient.md, \"Rows\""},
     {"unknown-solve-type", "There is no such solve_type in this version; a run would pass over the block.", "",
-     "dc, startup or trns"},
+     "dc, startup, trns or ac"},
     {"unread-composites", "Composites were not looked into, as many others are refused (a warning).", "",
      "mend those that are told"},
     {"unread-statement", "A statement is passed over (a warning).", "it is misspelt or stands at a wrong place",

@@ -153,10 +153,10 @@ constexpr advice_text texts[] = {
      "look at n_given in the element's file"},
 
     // ---- solve blocks
-    {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup or trns"},
+    {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup, trns or ac"},
     {"no-post-processing", "Results of post-processing are not available in this version.", "",
      "tnl measure computes means, effective values and harmonics from the rows"},
-    {"not-available", "This solve_type is not available in this version.", "", "dc, startup and trns are"},
+    {"not-available", "This solve_type is not available in this version.", "", "dc, startup, trns and ac are"},
     {"unknown-method", "method: has a word that this kind of block does not know.",
      "a misspelt word; a word of another kind of block; a value that is missing before it",
      "tnl check DECK shows near words and where the word belongs"},
@@ -185,6 +185,10 @@ constexpr advice_text texts[] = {
     {"sweep-not-here", "A sweep stands in a kind of block that has none.", "",
      "sweeps stand in dc blocks (vary_parm also in startup); in time give each value a block with set_parm"},
     {"ac-settings", "Settings of small-signal blocks contradict each other.", "", ""},
+    {"no-frequency", "A small-signal block has no frequencies, or two statements of them.", "",
+     "vary_freq from 1 to 1M type log n_points 61"},
+    {"no-ac-half", "An element of the circuit has no small-signal form.", "",
+     "tnl describe TYPE tells whether it has one; exchange the element or leave the ac block out"},
     {"ssw-settings", "Settings of periodic blocks contradict each other.", "", ""},
     {"explicit-circuit", "The circuit of explicit elements does not allow these settings.", "", ""},
     {"digital-circuit", "The circuit of digital elements does not allow these settings.", "", ""},
@@ -310,7 +314,7 @@ constexpr pattern_row rows[] = {
     {"sensed-only", "ect_to_ebeu_nd:"},
     {"variable-alone", "problem in assigning gct_to_gbeu"},
     {"sensed-only", "problem in assigning ect_to_ebeu|An independent node not assigned"},
-    {"sensed-branch", "ind. branch|flag_ib0|ebeu_class:set_values_1"},
+    {"sensed-branch", "ind. branch|flag_ib0|ebeu_class:set_values_1|ebau_class:set_values_1"},
     {"ground-type", "ground_dummy_1.ece cannot be called"},
     {"kinds-together",
      "cannot have xelements and delements|"
@@ -351,6 +355,8 @@ constexpr pattern_row rows[] = {
      "n_points|vary_parm (auto)|too many points|type must be linear or log|"
      "type can only be table or auto|type can be table only|check number of table points|divide_l|interp_l"},
     {"reserved-output", "vary_parm solve block|vary_parm_sync solve block"},
+    {"no-frequency", "check frequency definition cards"},
+    {"no-ac-half", "There are no AC statements in this"},
     {"ac-settings", "set_freq|vary_freq"},
     {"bad-sweep", "> not found in"},
     {"ac-settings", "AC solve"},

@@ -27,7 +27,7 @@ public:
     void run() {
         check_type();
         std::vector<kept_stop> stops = read_solve_of(d_, index_, slv_, flags_);
-        if (s_.type == "ac" || s_.type == "ssw")  // not to be had, whatever their settings
+        if (s_.type == "ssw")  // not to be had, whatever its settings
             std::erase_if(stops, [&](const kept_stop& stop) { return stop.statement == s_.range.begin - 1; });
         tell_stops(d_, stops, &s_);
         for (int i = s_.range.begin; i < s_.range.end; ++i) {
@@ -58,18 +58,18 @@ private:
         const std::vector<std::string> types = as_strings(solve_type_words());
         if (s_.type_line < 0) {
             d_.report.error("no-solve-type", {s_.begin_line, 0}, "this solve block has no solve_type",
-                            "add a line: solve_type dc, startup or trns");
+                            "add a line: solve_type dc, startup, trns or ac");
             return;
         }
         s_.is_known_type = has(types, s_.type);
         if (s_.type.empty())
-            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup or trns");
+            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup, trns or ac");
         else if (!s_.is_known_type)
             d_.report.error("unknown-solve-type", {s_.type_line, 1},
                             "there is no solve_type " + s_.type + "; the block would solve nothing, without a word" +
                                 near_text(types, s_.type),
-                            "known are dc, startup, trns");
-        else if (s_.type == "ac" || s_.type == "ssw")
+                            "known are dc, startup, trns, ac");
+        else if (s_.type == "ssw")
             d_.report.error("unknown-solve-type", {s_.type_line, 1},
                             "solve_type " + s_.type + " is not available in this version");
     }
@@ -304,7 +304,7 @@ void check_solves(checked_deck& d) {
         solve_class slv;
         block_checks(d, s, static_cast<int>(i), slv, has_solution).run();
         check_outputs(d, s, slv);
-        has_solution = true;  // a type that is not known has its own fault
+        if (s.type != "ac") has_solution = true;  // a type that is not known has its own fault
     }
 }
 

@@ -75,12 +75,13 @@ TEST(output_statement, circuit_tables_have_every_level_and_the_totals_of_the_uni
               "ebau_class\nn = 5\nn_ttlaux = 1\nn_ttliprm = 1\nn_ttlsprm = 0\nn_ttlrprm = 23\nn_ttlvr = 0\n"
               "n_ttlnd = 10\nn_ttlin = 0\nn_ttlib = 0\nn_nd = 3\n");
     EXPECT_EQ(read_file("gct.dat"),
-              "cct_class\nn_gct_vr = 2\nn_gelu_vr = 2\nn_gbeu_vr = 2\nn_gbau_vr = 0\n"
-              "  i = 0, name = x, gct_to_gelu_vr = 0, gct_to_gbeu_vr = 0, gct_to_gbau_vr = -1\n"
-              "  i = 1, name = y, gct_to_gelu_vr = 1, gct_to_gbeu_vr = 1, gct_to_gbau_vr = -1\n"
-              "  i = 0, gelu_to_gct_vr = 0, gelu_to_gbeu_vr = 0, gelu_to_gbau_vr = -1\n"
-              "  i = 1, gelu_to_gct_vr = 1, gelu_to_gbeu_vr = 1, gelu_to_gbau_vr = -1\n"
+              "cct_class\nn_gct_vr = 2\nn_gelu_vr = 2\nn_gbeu_vr = 2\nn_gbau_vr = 2\n"
+              "  i = 0, name = x, gct_to_gelu_vr = 0, gct_to_gbeu_vr = 0, gct_to_gbau_vr = 0\n"
+              "  i = 1, name = y, gct_to_gelu_vr = 1, gct_to_gbeu_vr = 1, gct_to_gbau_vr = 1\n"
+              "  i = 0, gelu_to_gct_vr = 0, gelu_to_gbeu_vr = 0, gelu_to_gbau_vr = 0\n"
+              "  i = 1, gelu_to_gct_vr = 1, gelu_to_gbeu_vr = 1, gelu_to_gbau_vr = 1\n"
               "  i = 0, gbeu_to_gct_vr = 0\n  i = 1, gbeu_to_gct_vr = 1\n"
+              "  i = 0, gbau_to_gct_vr = 0\n  i = 1, gbau_to_gct_vr = 1\n"
               "gbeu_class\nn = 2\nn_ttlaux = 0\nn_ttliprm = 0\nn_ttlsprm = 0\nn_ttlrprm = 2\nn_ttlvr = 3\n"
               "n_ttlxvr = 0\nn_ttlsv = 0\nn_ttlig = 0\nn_vr = 2\n");
     EXPECT_EQ(read_file("dct.dat"), "cct_class\nn_dct_nd = 0\nn_delu_nd = 0\nn_dbeu_nd = 0\n");

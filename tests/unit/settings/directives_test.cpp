@@ -206,7 +206,9 @@ void add_instance(instance_core& inst, composite_library& lib, const char* name)
 block_run with_all_families(const std::string& cards) {
     block_run r = prepared(solve_block("solve_type startup\n" + cards));
     add_instance(r.c.gelu, r.c.lib.gels, "G1");
-    r.c.lib.gels.be.first_be = r.c.gelu.first_unit = {0, 0};  // a composite without elements
+    // A composite without elements.
+    r.c.lib.gels.be.first_be = r.c.gelu.first_unit = {0, 0};
+    r.c.lib.gels.beac.first_be = r.c.gelu.first_unit_ac = {0, 0};
     add_instance(r.c.delu, r.c.lib.dels, "D1");
     add_instance(r.c.xelu, r.c.lib.xels, "X1");
     r.c.cct.dct.name = {"q"};

@@ -96,7 +96,7 @@ const change changes[] = {
     {"begin_circuit", "eelement name=R9 type=r p=in n=0\nbegin_circuit", "3:1 misplaced"},
     {"solve_type dc\n", "", "13:1 no-solve-type"},
     {"solve_type dc", "solve_type dcc", "14:12 unknown-solve-type"},
-    {"solve_type dc", "solve_type ac", "14:12 unknown-solve-type"},
+    {"solve_type dc", "solve_type ac", "14:1 no-frequency, 23:13 no-previous"},
     {"initial_sol", "inital_sol", "23:1 unknown-statement"},
     {"eelement name=R2", "element name=R2", "8:1 unknown-statement"},
     {"variables: vout", "variable: vout", "25:1 no-variables, ~27:1 unread-statement"},
