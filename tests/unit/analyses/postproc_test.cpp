@@ -249,10 +249,10 @@ const std::string ac_circuit =
     "refnode 0\neelement name=V1 type=vsrcac p=a n=0 a_ac=10\neelement name=A1 type=ammeter_fb p=a n=b y=i\n"
     "eelement name=R1 type=r p=b n=0 r=2\neelement name=M1 type=voltmeter_fb p=a n=0 y=v\n"
     "gelement name=P1 type=calcac_pf x1=v x2=i\ngelement name=P2 type=calc_avg x=v\n";
-const std::string ac_outvars = "outvar: v=var_of_v i=var_of_i pf=pf_of_P1 p=p_of_P1 s=s_of_P1\n";
+const std::string ac_outvars = "outvar: v=var_ac_of_v i=var_ac_of_i pf=pf_of_P1 p=p_of_P1 s=s_of_P1\n";
 
-// The block of these outputs, read, with the outvars var_of_v and var_of_i as those of small signals; its files are
-// those of the folder.
+// The block of these outputs, read; its files are those of
+// the folder.
 struct ac_block {
     temp_folder folder;
     circuit c;
@@ -268,16 +268,10 @@ struct ac_block {
             elaborate(c);
             classify(c);
             check_linear(c);
-            for (int k = 0; k < c.ov.n_ov(); ++k) take_for_small_signals(k);
             method_default(slv, c, flags);
             set_values(slv, 0, c, flags);
         });
         EXPECT_FALSE(heard.stopped) << heard.text;
-    }
-    void take_for_small_signals(int k) {
-        c.cct.gct.to_au = c.cct.gct.to_eu;
-        if (c.ov.name[static_cast<std::size_t>(k)] == "v" || c.ov.name[static_cast<std::size_t>(k)] == "i")
-            c.ov.kind[static_cast<std::size_t>(k)] = ov_var_ac;
     }
 };
 const std::string both = output("vi.dat", "mag_of_v phase_of_v mag_of_i phase_of_i");
@@ -319,7 +313,7 @@ TEST(postproc_1_ac, needs_magnitude_and_phase_of_both_in_files_that_are_no_nyqui
 
 TEST(postproc_1_ac, needs_output_variables_of_both_in_small_signals) {
     ac_block b(output("a.dat", "mag_of_v phase_of_v") + output("pf.dat", "pf"), "set_freq 50\n",
-               ac_circuit + "outvar: v=var_of_v ii=var_of_i pf=pf_of_P1\n");
+               ac_circuit + "outvar: v=var_ac_of_v pf=pf_of_P1\n");
     EXPECT_HALT(postproc_1_ac(b.slv, b.c, 1),
                 "postproc_1_ac: could not find var_ac_of_i in the outvar statement. Halting...\n");
 }
