@@ -10,16 +10,7 @@
 #include "base/line_stream.h"
 
 namespace {
-constexpr std::string_view blanks = " \t\r";
-
-// Cuts the next word off the line; empty behind the last one.
-std::string_view next_word(std::string_view& rest) {
-    const std::size_t begin = std::min(rest.find_first_not_of(blanks), rest.size());
-    const std::size_t end = std::min(rest.find_first_of(blanks, begin), rest.size());
-    const std::string_view word = rest.substr(begin, end - begin);
-    rest.remove_prefix(end);
-    return word;
-}
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
 // The rows of a file, for the routine whose name its stops carry.
 class row_reader {
@@ -30,11 +21,11 @@ public:
     bool next(double& first) {
         for (std::string_view text; lines_.next(text);) {
             ++n_lines_;
-            rest_ = text;
-            if (const std::string_view word = next_word(rest_); !word.empty()) {
-                first = number(word);
-                return true;
-            }
+            at_ = text.data();
+            end_ = at_ + text.size();
+            if (!to_word()) continue;
+            first = number();
+            return true;
         }
         return false;
     }
@@ -42,18 +33,27 @@ public:
     template <class F>
     void read(const std::vector<int>& place, F to) {
         for (std::size_t k = 1; k < place.size(); ++k) {
-            const std::string_view word = next_word(rest_);
-            if (word.empty()) halt({line(who_, ": file ", path_, " has < ", place.size(), " columns. Halting...")});
-            if (place[k] >= 0) to(at(place[k]), number(word));
+            if (!to_word()) halt({line(who_, ": file ", path_, " has < ", place.size(), " columns. Halting...")});
+            if (place[k] >= 0)
+                to(at(place[k]), number());
+            else
+                at_ = word_end();
         }
     }
 
 private:
-    double number(std::string_view word) const {
+    bool to_word() {
+        while (at_ < end_ && is_blank(*at_)) ++at_;
+        return at_ < end_;
+    }
+    const char* word_end() const { return std::find_if(at_, end_, is_blank); }
+    double number() {
         double value = 0.0;
-        const std::from_chars_result end = std::from_chars(word.data(), word.data() + word.size(), value);
-        if (end.ec != std::errc() || end.ptr != word.data() + word.size())
-            halt({line(who_, ": file ", path_, ", line ", n_lines_, ": ", word, " is no number. Halting...")});
+        const std::from_chars_result got = std::from_chars(at_, end_, value);
+        if (got.ec != std::errc() || (got.ptr < end_ && !is_blank(*got.ptr)))
+            halt({line(who_, ": file ", path_, ", line ", n_lines_, ": ", std::string_view(at_, word_end()),
+                       " is no number. Halting...")});
+        at_ = got.ptr;
         return value;
     }
 
@@ -61,7 +61,7 @@ private:
     std::string path_;
     const char* who_;
     long long n_lines_ = 0;
-    std::string_view rest_;
+    const char *at_ = nullptr, *end_ = nullptr;  // what is left of the row
 };
 
 // [column] which of the columns asked for it is; -1: none. Each is asked for once.
