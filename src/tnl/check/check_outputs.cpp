@@ -178,6 +178,11 @@ private:
                             "the result has no rows to be computed from: out_tend is before out_tstart");
             return;
         }
+        // A run from nothing begins with a row of first guesses.
+        if (s_.type == "trns" && !slv_.task.init_previous && !slv_.task.init_file && file.out_tstart <= s_.t_start)
+            d_.report.warning("guessed-row", at,
+                              "the span of the result begins with the elements' first guesses, which are no solution",
+                              "out_tstart behind t_start, or initial_sol previous behind a startup block");
         for (const auto& [instance, columns] : plan->columns)
             for (const file_column& column : columns) {
                 const out_file& measured = slv_.out.files[static_cast<std::size_t>(column.i_file)];

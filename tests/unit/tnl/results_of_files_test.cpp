@@ -91,6 +91,7 @@ const change changes[] = {
     {"ends_too_late", "out_tend=40m", "out_tend=50m", "26:10 bad-span"},
     {"turned_round", "out_tend=40m", "out_tend=10m", "26:10 bad-span, ~26:34 no-rows"},
     {"within_a_step", "out_tend=40m", "out_tend=40.01m", ""},
+    {"from_the_first_row", "out_tstart=20m ", "", "~26:10 guessed-row"},
     {"harmonics", "limit_lines=1", "fourier=yes", "23:1 refused, ~24:10 few-harmonics"},
 };
 
