@@ -3,6 +3,7 @@
 #include "analyses/evaluate.h"
 #include "base/at.h"
 #include "base/halt.h"
+#include "base/signals.h"
 #include "output/row_writers.h"
 #include "settings/directives.h"
 
@@ -29,6 +30,7 @@ void run_frequencies(run_state& r) {
     take_bias(r);
     solve_class& slv = r.slv;
     for (slv.now.i_freq = 0; slv.now.i_freq < slv.task.n_freq; ++slv.now.i_freq) {
+        heed_signals();
         slv.now.freq = slv.task.freq_array[at(slv.now.i_freq)];
         if (r.c.ebau.n() > 0 || r.c.gbau.n() > 0) solve_ac(r);
         write_ac(slv, r.c, r.flags);

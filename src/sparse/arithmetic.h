@@ -32,3 +32,10 @@ inline double magnitude(const complex_value& a) {
     const double r = small / big;
     return big * std::sqrt(1 + r * r);
 }
+
+// magnitude(a) < limit; where a part alone reaches the limit the modulus, which is not below it, is not computed.
+inline bool is_below(double a, double limit) { return std::fabs(a) < limit; }
+inline bool is_below(const complex_value& a, double limit) {
+    if (std::fabs(a.real()) >= limit || std::fabs(a.imag()) >= limit) return false;
+    return magnitude(a) < limit;
+}

@@ -84,7 +84,7 @@ int compact_gauss_2(elimination<T>& e, const T* val_m, int mode) {
     } else {
         if (run_matrix_stage(e, val_m, mode)) return 1;
         if (mode == 1) return 0;
-        if (magnitude(last_pivot(e.compact)) < e.zero_piv) failed = e.n - 1;
+        if (is_below(last_pivot(e.compact), e.zero_piv)) failed = e.n - 1;
     }
     if (failed != -1) return tell_rhs_stage(e, failed);
     backward(e.compact, e.col_perm.data(), e.x_w.data(), e.sol_w.data());

@@ -40,7 +40,7 @@ bool run_chain(factors<T>& f, const segment& s, double zero_piv) {
     bool failed = false;
     T piv = w[diag[s.first]], y = x[s.first];
     for (int p = s.first; p < s.end; ++p) {
-        failed |= magnitude(piv) < zero_piv;
+        failed |= is_below(piv, zero_piv);
         const int up = diag[p] + 1, next = diag[p + 1];
         const T l = w[next - 1], u = product(w[up], quotient(T(1), piv));
         w[up] = u;
@@ -101,7 +101,7 @@ bool run_steps(factors<T>& f, const segment& part, double zero_piv) {
         T *diag = w + s[0], *rhs = w + s[1];
         const int form = s[2], n_low = s[3];
         const T piv = *diag;
-        failed |= magnitude(piv) < zero_piv;
+        failed |= is_below(piv, zero_piv);
         T y = *rhs;
         const T pivinv = invert(piv, y);
         *rhs = y;
@@ -146,7 +146,7 @@ bool run_panel(factors<double>& f, const segment& s, double zero_piv) {
         const panel_pivots pivots{q, u - q, upper + (p - s.first - q)};
         subtract_lower(pivots, p - q, x + p - q, x[p]);
         subtract_panel(pivots, p, s.end - p + n_up, u);
-        failed |= magnitude(*u) < zero_piv;
+        failed |= is_below(*u, zero_piv);
         const double pivinv = invert(*u, x[p]);
         for (int j = 1; j < s.end - p + n_up; ++j) u[j] = u[j] * pivinv;
         upper[p - s.first] = u - p;
@@ -207,7 +207,7 @@ int refactor_and_forward(factors<T>& f, const T* val_m, double zero_piv, const i
     bool failed = false;
     for (const segment& s : f.segments) failed |= run_segment(f, s, zero_piv);
     for (int p = 0; failed && p < f.n - 1; ++p)
-        if (magnitude(at(f.w, at(f.diag, p))) < zero_piv) return p;
+        if (is_below(at(f.w, at(f.diag, p)), zero_piv)) return p;
     return -1;
 }
 
@@ -225,7 +225,7 @@ int forward(factors<T>& f, double zero_piv, const int* row_perm, const T* rhs) {
         for (; k < d - 1; ++k) y = y - product(w[k], x[col[k]]);
         if (k < d) y = y - product(w[k], col[k] == p - 1 ? before : x[col[k]]);
         const T piv = w[d];
-        if (magnitude(piv) < zero_piv) return p;
+        if (is_below(piv, zero_piv)) return p;
         x[p] = y = quotient(y, piv);
     }
     return -1;
@@ -268,7 +268,7 @@ int solve_columns(factors<T>& f, double zero_piv, const int* row_perm, const int
                 for (int c = 0; c < width; ++c) y[c] = y[c] - product(w[k], xi[c]);
             }
             const T piv = w[diag[p]];
-            if (magnitude(piv) < zero_piv) return p;
+            if (is_below(piv, zero_piv)) return p;
             for (int c = 0; c < width; ++c) x[static_cast<std::ptrdiff_t>(p) * width + c] = quotient(y[c], piv);
         }
         for (int p = f.n - 1; p >= 0; --p) {

@@ -87,6 +87,7 @@ void use_each_one(const libraries& lib) {
     treat_reset(r);
     ov_prm(r);
     runs_through([&] { assemble_once(r, analysis::dc); });
+    runs_through([&] { solve_one_frequency(r); });
 }
 
 void read_all(std::string_view text, libraries& lib) {

@@ -59,6 +59,7 @@ void use_each_one(const libraries& lib) {
     form_jac_rhs(r, false);
     find_ebe_cur_dc(r);
     ov_prm(r);
+    solve_one_frequency(r);
 }
 
 void read_all(std::string_view text, libraries& lib) {

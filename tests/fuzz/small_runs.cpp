@@ -1,6 +1,9 @@
 #include "small_runs.h"
 
 #include <algorithm>
+#include <numeric>
+
+#include "analyses/ac.h"
 
 bool keep_short(run_state& r) {
     constexpr int max_unknowns = 300, max_points = 60;
@@ -13,6 +16,20 @@ bool keep_short(run_state& r) {
     at_most(slv.method.gmin_itmax_newton, 20);
     at_most(slv.task.automatic.itmax_sweep, 20);
     at_most(slv.method.itmax_trns, 200);
+    at_most(slv.task.n_freq, 20);
     return r.c.ebeu.n() <= max_unknowns && r.c.gbeu.n() <= max_unknowns && r.mat.n_svec <= max_unknowns &&
            slv.task.n_sweep <= max_points && slv.task.n_sync <= max_points;
+}
+
+void solve_one_frequency(run_state& r) {
+    r.slv.task.freq_array = {1e3};
+    r.slv.now.i_sweep = r.slv.now.i_freq = 0;
+    r.slv.now.freq = r.slv.task.freq_array[0];
+    set_mat_1_ac(r);
+    calc_acparms(r);
+    take_bias(r);
+    solve_ac(r);
+    std::vector<int> all(static_cast<std::size_t>(r.c.ebau.n()));
+    std::iota(all.begin(), all.end(), 0);
+    find_ebe_cur_ac(r, all);
 }
