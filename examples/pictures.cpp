@@ -69,6 +69,14 @@ const picture pictures[] = {
      {{"wave.dat", 1, "DC voltage", "V"},
       {"wave.dat", 2, "phase a", "V"},
       {"wave.dat", 4, "current of phase a", "A", -1}}},
+    {"rectifier_power",
+     "Two rectifiers: an inductor or a capacitor before the load",
+     "time behind 160 ms",
+     160e-3,
+     200e-3,
+     {{"wave.dat", 1, "mains", "V"},
+      {"wave.dat", 2, "current with inductor", "A"},
+      {"wave.dat", 3, "current with capacitor", "A"}}},
     {"inverter_spwm",
      "Sine-triangle modulation, RL load",
      "time behind 40 ms",
@@ -100,11 +108,11 @@ const picture pictures[] = {
 };
 
 cli::plot drawn(const picture& p, const std::string& runs) {
-    std::list<cli::row_table> tables;
+    std::list<cli::result_table> tables;
     std::vector<cli::plot_source> sources;
     for (const shown_column& c : p.columns) {
         const std::string path = runs + "/" + p.name + "/" + c.file;
-        tables.push_back(cli::read_row_table(cli::read_file(path), path));
+        tables.push_back(cli::read_result_table(cli::read_file(path), path));
         tables.back().columns.at(0) = {p.time_name, "s"};
         tables.back().columns.at(static_cast<std::size_t>(c.column)) = {c.name, c.unit};
         sources.push_back({&tables.back(), "", 0, {c.column}, {c.times}});

@@ -134,8 +134,46 @@ def pll(t_end):
     return follow(rate, [math.pi / 3, 0.0, 0.0], t_end, 10e-6)
 
 
+def rectifier_power(path):
+    """Power, effective current, power factor and distortion over one period of 20 ms at rest."""
+    w, top, drop, n = 100 * math.pi, 325.27, 1.4, 20000
+    if "inductor" in path:  # a half wave of the current, that begins where it ends
+        r, l = 20.02, 0.2
+        z, phi, tau = math.hypot(r, w * l), math.atan2(w * l, r), l / r
+        begin = 2 * math.sin(phi) / (1 - math.exp(-0.01 / tau))
+
+        def half(t):
+            return top / z * (math.sin(w * t - phi) + begin * math.exp(-t / tau)) - drop / r
+    else:
+        def rate(t, x):
+            i, v = x
+            u = abs(top * math.sin(w * t)) - drop - 0.02 * i - v
+            return [u / 1e-3 if i > 0 or u > 0 else 0.0, (i - v / 44) / 470e-6], [i]
+        points, h = follow(rate, [0.0, 0.0], 0.2, 0.25e-6, current_not_below_0)
+        first = round(0.18 / h)
+
+        def half(t):
+            return points[first + round(t / h)][1][0]
+    p = c = 0.0
+    a, b = [0.0] * 41, [0.0] * 41
+    for k in range(n // 2):  # the other half wave is the same with the other sign
+        t = (k + 0.5) * 0.02 / n
+        i = half(t)
+        p += 2 * top * math.sin(w * t) * i / n
+        c += 2 * i * i / n
+        for m in range(1, 41, 2):
+            a[m] += i * math.cos(m * w * t)
+            b[m] += i * math.sin(m * w * t)
+    h = [math.hypot(x, y) for x, y in zip(a, b)]
+    rms = math.sqrt(c)
+    return p, rms, p / (top / math.sqrt(2) * rms), math.sqrt(sum(x * x for x in h[2:])) / h[1]
+
+
 def main():
     name, path = sys.argv[1:]
+    if name == "rectifier_power":
+        print("".join(f"{x:13.6e} " for x in rectifier_power(path)))
+        return
     times = [float(line.split()[0]) for line in open(path)]
     if name == "thyristor_phase":
         value = thyristor_phase(float(path.split("_")[-1].split(".")[0]))

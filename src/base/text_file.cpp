@@ -20,12 +20,6 @@ struct closer {
     void operator()(std::FILE* f) const { std::fclose(f); }
 };
 
-// A device may have no end, and a pipe nobody who writes into it.
-bool is_endless(const std::string& path) {
-    struct stat there {};
-    return stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
-}
-
 // Hands the file to f block by block; false if it cannot be opened or read. A directory opens, but cannot be read.
 template <class F>
 bool for_each_block(const std::string& path, F f) {
@@ -57,6 +51,11 @@ bool is_skipped(std::string_view s, line_rule rule) {
 }
 
 }  // namespace
+
+bool is_endless(const std::string& path) {
+    struct stat there {};
+    return stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
+}
 
 text_file text_file_of(std::string_view text) {
     text_file file;

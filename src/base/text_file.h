@@ -15,6 +15,9 @@ struct text_file {
     bool at_end() const { return at >= lines.size(); }
 };
 
+// A device may have no end, and a pipe nobody who writes into it.
+bool is_endless(const std::string& path);
+
 // Reads the whole file; false if it cannot be opened or is a directory.
 bool read_text_file(const std::string& path, text_file& file);
 // The same, halting with "<who>: file <path> does not exist. Halting...".

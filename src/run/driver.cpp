@@ -20,6 +20,7 @@
 #include "models/data_files.h"
 #include "output/fourier.h"
 #include "output/parms_file.h"
+#include "output/postproc.h"
 #include "output/row_writers.h"
 #include "output/solution_file.h"
 #include "settings/directives.h"
@@ -75,22 +76,6 @@ void check_solve_leftovers(const circuit_file& cf, int index) {
 
 void check_available(const solve_class& slv) {
     if (slv.ssw) halt({"main: solve_type ssw is not available in this version.", "  Halting..."});
-}
-
-// Nobody makes the results of post-processing yet: a file that asks for one would stay empty.
-void check_results_available(const circuit& c) {
-    for (int index = 0; index < c.cf.n_solve; ++index)
-        for (int i = c.cf.n_begin_solve[static_cast<std::size_t>(index)];
-             i < c.cf.n_end_solve[static_cast<std::size_t>(index)]; ++i) {
-            if (!c.cf.text.begins(i, "variables:")) continue;
-            for (int j = 1; j < c.cf.text.n_words(i); ++j) {
-                const int k = c.ov.find(c.cf.text.word(i, j));
-                const int kind = k < 0 ? ov_none : c.ov.kind[static_cast<std::size_t>(k)];
-                if (kind == ov_postproc || kind == ov_postproc_ac)
-                    halt({"main: post-processing is not available in this version.",
-                          line("   Check this outvar: ", c.cf.text.word(i, j)), "  Halting..."});
-            }
-        }
 }
 
 bool solves(const solve_class& slv) { return slv.dc || slv.startup || slv.trns; }
@@ -190,6 +175,10 @@ void run_block(run_state& r) {
     if (slv.out.i_file_parms >= 0) write_parms(slv, c);
     write_fourier(slv);
     close_out_files(slv);
+    for (int i = 0; i < static_cast<int>(slv.out.files.size()); ++i) {
+        if (slv.out.files[static_cast<std::size_t>(i)].postproc) postproc_1(slv, c, i);
+        if (slv.out.files[static_cast<std::size_t>(i)].postproc_ac) postproc_1_ac(slv, c, i);
+    }
     slv.previous_solve_type = slv.solve_type;
     if (solves(slv)) slv.flag_prev_solution_exists = int_T;
     if (slv.method.gmin_step && slv.now.n_gmin_total != 0) say(line("main: n_gmin_total=", slv.now.n_gmin_total));
@@ -215,7 +204,6 @@ void run_tarnel() {
     c.tmpdim = read_tmpdim("tmpdim.in");
     // Instances and units, bound to their models; whatever depends on the circuit alone is found and tested.
     prepare_circuit(r);
-    check_results_available(c);
     // One block after another: its settings against the circuit, then its points, rows and files.
     for (int index = 0; index < c.cf.n_solve; ++index) {
         read_block(r, index);

@@ -255,7 +255,7 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
 namespace {
 void check_fourier(out_file& file, const solve_class& slv) {
     if (!slv.trns && !slv.ssw) halt({"solve_class: Fourier is allowed only", "   for trns and SSW. Halting..."});
-    if (file.data_type != out_analog)
+    if (file.data_type != out_analog || file.postproc)
         halt({"solve_class: wrong data type for Fourier", "   variable. Check output blocks. Halting..."});
     file.period_fourier = file.out_tend - file.out_tstart;
     if (file.period_fourier == 0.0)

@@ -23,6 +23,12 @@ expect 'the last line of its text' 'TARNEL: Program completed.' "$(tail -n 1 out
 expect 'its rows are named' 'decks/divider.in.run/out.dat: 3 rows of r_of_R2 vout' "$(tail -n 1 err.txt)"
 printf ' 1.000000e+03  5.000000e+00 \n 2.000000e+03  6.666667e+00 \n 5.000000e+03  8.333333e+00 \n' >wanted.dat
 expect 'its rows' "$(cat wanted.dat)" "$(cat decks/divider.in.run/out.dat)"
+sed "s/delt_const=10u/delt_const=2u/" "$source/tests/decks/power_factor_of_r_l/deck.in" >decks/power.in
+expect 'a deck with results of its rows runs' 0 "$(status_of "$tnl" run decks/power.in)"
+expect 'and they are told with their units' 'decks/power.in.run/power.dat: p=6 W, r1=7.07107 V, r2=1.41421 A, pf=0.6' \
+    "$(grep power.dat err.txt)"
+expect 'their file is drawn as points' 0 "$(status_of "$tnl" plot decks/power.in --file power.dat)"
+expect 'and measured' 'pf = 0.6' "$("$tnl" measure decks/power.in 'pf')"
 expect 'the same again' 0 "$(status_of "$tnl" run decks/divider.in)"
 expect 'and into a folder of choice' 0 "$(status_of "$tnl" run decks/divider.in -o there)"
 expect 'with the same rows' "$(cat wanted.dat)" "$(cat there/out.dat)"

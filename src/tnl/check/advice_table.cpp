@@ -208,6 +208,19 @@ constexpr advice_text texts[] = {
      "small-signal quantities belong to ac blocks, time quantities to the others"},
     {"limit-lines", "A row file reached the number of rows that it may have.", "limit_lines is 100000 if not given",
      "filename NAME limit_lines=N, or fewer rows: control: fixed_interval=T"},
+    {"postproc-file", "A file of results that are computed from other files asks for what it cannot have.",
+     "append=yes, other variables beside the results, out_tstart and out_tend alike, another kind of solve block",
+     "a file of results alone, in a trns or ssw block, for calcac_pf in an ac block of one frequency"},
+    {"postproc-measured", "What a result is computed from stands in no file of its block.",
+     "no outvar of the measured variable, or no file with that outvar among its variables",
+     "outvar: N=var_of_X for x=X, and N in another file of the block; for calcac_pf N=var_ac_of_X, with mag_of_N and "
+     "phase_of_N in one file"},
+    {"postproc-rows", "The rows that a result is to be computed from do not fit it.",
+     "the measured file begins later or ends earlier than the span of the result, goes on behind rows of an earlier "
+     "block, or two files have rows at different times",
+     "out_tstart and out_tend of the result within those of the measured file; variables of one result in one file"},
+    {"postproc-type", "A composite flagged as postprocessor is none of those that results are computed for.", "",
+     "calc_avg, calc_rms, calc_avg_rms, calc_thd, calc_pf, calcac_pf, with their own variables and outputs"},
     {"no-memory", "The run needs more memory than it can have.",
      "a circuit, sweep or table beyond all measure, by a slip of a number; a limit of the shell (ulimit -v)",
      "fewer points or elements; tnl check tells what is far from usual"},
@@ -366,8 +379,15 @@ constexpr pattern_row rows[] = {
     {"no-variables", "Output block does not have any variables"},
     {"unknown-variable", "syntax problem in output variables|Check this outvar:|glbl_of_xxx is not allowed"},
     {"reserved-output", "Check syntax of*output block|file is allowed as output"},
+    {"postproc-file",
+     "append not allowed|t_start = t_end?|cct_ov_flag !=|postproc variables cannot stand beside|"
+     "postproc is allowed only|postproc_ac is allowed"},
+    {"postproc-measured", "could not find*in any output file|could not find*in the outvar statement|: could not find"},
+    {"postproc-rows",
+     "check_trns_1|n_new =|stand at different times|to have a single row|columns. Halting|is no number. Halting"},
+    {"postproc-type", "gels name ="},
     {"output-options",
-     "sweep_format|n_fourier|ourier|postproc|yquist|for AC. Halting|in the output file|"
+     "sweep_format|n_fourier|ourier|yquist|for AC. Halting|in the output file|"
      "when data type is ANLG|min-phase"},
     {"output-kind", "assign_ov|Some output variables has not been mapped"},
     {"limit-lines", "limit_lines is exceeded"},
@@ -394,7 +414,7 @@ constexpr pattern_row rows[] = {
     {"capacity", "Insufficient storage|nnz_|mnz_w|is too large!|is too large|too large."},
     {"statement-too-long", "strcpy_chk"},
     {"memory", "text_file: file*is too large"},
-    {"missing-file", "text_file: file*is a device or a pipe"},
+    {"missing-file", "file*is a device or a pipe|line_stream: file*cannot be read"},
     {"value-of-element", "v_on < 0"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"

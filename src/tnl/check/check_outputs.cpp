@@ -1,10 +1,14 @@
 // Output blocks: names and sizes of files, and what is read in another way than it looks.
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
+#include <optional>
 
-#include "settings/solve_class.h"
+#include "base/halt.h"
+#include "settings/postproc_plan.h"
 #include "settings/solve_words.h"
 #include "tnl/check/check_stops.h"
+#include "tnl/common/halt.h"
 #include "tnl/common/near_words.h"
 #include "tnl/deck/file_names.h"
 
@@ -35,6 +39,7 @@ public:
                     "control: n_fourier=20 for the harmonics 0 to 19");
             check_name(file, at, files_of_block);
             check_rows(file, at);
+            if (d_.is_built && (file.postproc || file.postproc_ac)) check_measured_rows(file, {i_name, 0});
         }
     }
 
@@ -155,7 +160,7 @@ private:
     void check_rows(const out_file& file, deck_word at) {
         const auto earlier = d_.written.find(normal(file.path));
         const double before = file.append && earlier != d_.written.end() ? earlier->second : 0,
-                     rows = file.content == out_rows ? rows_of(file) : 0;
+                     rows = file.content == out_rows && !file.postproc && !file.postproc_ac ? rows_of(file) : 0;
         if (rows + before > file.limit_lines) {
             for (int j = 2; j < d_.text().n_words(at.statement); j += 2)
                 if (d_.text().word(at.statement, j) == "limit_lines") at.word = j;
@@ -166,6 +171,64 @@ private:
                                       : "limit_lines=N behind the name");
         }
         d_.written[normal(file.path)] = rows + before;
+    }
+
+    // ---- files of results: whether the rows of the measured files will do
+    void check_measured_rows(const out_file& file, deck_word at) {
+        const std::optional<postproc_plan> plan = plan_of(file);
+        if (!plan) return;  // told already
+        if (const deck_word end = find_in_block(d_, file.statement, "out_tend"); end.statement >= 0) at = end;
+        if (const deck_word begin = find_in_block(d_, file.statement, "out_tstart"); begin.statement >= 0) at = begin;
+        if (file.postproc && file.out_tstart > file.out_tend) {
+            d_.report.error("bad-span", at,
+                            "the result has no rows to be computed from: out_tend is before out_tstart");
+            return;
+        }
+        // A run from nothing begins with a row of first guesses.
+        if (s_.type == "trns" && !slv_.task.init_previous && !slv_.task.init_file && file.out_tstart <= s_.t_start)
+            d_.report.warning("guessed-row", at,
+                              "the span of the result begins with the elements' first guesses, which are no solution",
+                              "out_tstart behind t_start, or initial_sol previous behind a startup block");
+        for (const auto& [instance, columns] : plan->columns)
+            for (const file_column& column : columns) {
+                const out_file& measured = slv_.out.files[static_cast<std::size_t>(column.i_file)];
+                const bool fits = file.postproc ? covers(measured, file, at) : has_one_row(measured, at);
+                if (!fits) return;
+                const out_file& first = slv_.out.files[static_cast<std::size_t>(columns[0].i_file)];
+                if (file.postproc && (measured.flag_fixed_interval != first.flag_fixed_interval ||
+                                      measured.fixed_interval != first.fixed_interval))
+                    d_.report.warning("not-measured", at,
+                                      "the variables of a result come from " + first.path + " and " + measured.path +
+                                          ", which have rows at different times",
+                                      "both variables in one file");
+            }
+    }
+    std::optional<postproc_plan> plan_of(const out_file& file) const {
+        try {
+            return plan_postproc(slv_, d_.c, static_cast<int>(&file - slv_.out.files.data()));
+        } catch (const stop&) {
+            return {};
+        }
+    }
+    // Rows of a file that goes on behind others may have come before this block.
+    bool covers(const out_file& measured, const out_file& file, deck_word at) {
+        const double step = measured.flag_fixed_interval ? measured.fixed_interval + s_.longest_step : s_.longest_step;
+        const double from = std::max(measured.out_tstart, s_.t_start), to = std::min(measured.out_tend, s_.t_end);
+        if (measured.append || (from - file.out_tstart <= 1.01 * step && file.out_tend - to <= 1.01 * step))
+            return true;
+        if (std::isnan(from) || std::isnan(to) || std::isnan(step)) return true;
+        d_.report.error("bad-span", at,
+                        line("the result spans ", file.out_tstart, " s to ", file.out_tend, " s, and the rows of ",
+                             measured.path, " reach from ", from, " s to ", to, " s"),
+                        "out_tstart and out_tend within the rows of the measured file");
+        return false;
+    }
+    bool has_one_row(const out_file& measured, deck_word at) {
+        if (!(s_.n_points > 1)) return true;
+        d_.report.error("bad-span", at,
+                        "the sweep gives " + measured.path + " more than the one row that a result needs",
+                        "a block without vary_parm");
+        return false;
     }
 
     checked_deck& d_;

@@ -5,7 +5,7 @@
 
 #include "base/halt.h"
 #include "elaborate/read_circuit.h"
-#include "settings/solve_class.h"
+#include "settings/postproc_plan.h"
 #include "tnl/check/check_deck.h"
 #include "tnl/check/check_stops.h"
 
@@ -72,6 +72,21 @@ std::vector<kept_stop> stops_of(F f) {
     return std::move(kept.list);
 }
 
+// What the simulator finds of files of results when it has solved the block, but without the rows.
+void plan_results(const circuit& c, const solve_class& slv) {
+    for (int i = 0; i < static_cast<int>(slv.out.files.size()); ++i) {
+        const out_file& file = slv.out.files[static_cast<std::size_t>(i)];
+        const int kind = file.postproc ? ov_postproc : ov_postproc_ac;
+        const auto fits = [&](const out_var& v) { return v.kind == kind; };
+        if (!file.postproc && !file.postproc_ac) continue;
+        if (!std::all_of(file.vars.begin(), file.vars.end(), fits)) continue;  // refused by the reader
+        reading(file.statement, [&] {
+            for (const postproc_plan::result& r : plan_postproc(slv, c, i).results)
+                type_of_result(c, r, file.postproc_ac);
+        });
+    }
+}
+
 }  // namespace
 
 std::optional<std::string> stop_of_libraries(const installed_libraries& libraries, const deck_needs& needs) {
@@ -113,6 +128,7 @@ std::vector<kept_stop> read_solve_of(checked_deck& d, int block, solve_class& sl
         set_values(slv, block, d.c, flags);
         if (d.is_built && (slv.dc || slv.startup || slv.trns))
             reading(d.c.cf.n_begin_solve[static_cast<std::size_t>(block)], [&] { define_method_type(slv, d.c.cct); });
+        if (d.is_built) plan_results(d.c, slv);
     });
 }
 

@@ -55,6 +55,10 @@ void tell_as(checked_deck& d, const told_stop& s, const stop_kind& kind) {
     d.report.error(kind.code, s.at, message_of(d, s, kind.message), kind.advice);
 }
 
+void tell_with_advice(checked_deck& d, const told_stop& s, const stop_kind& kind) {  // which names the value too
+    d.report.error(kind.code, s.at, message_of(d, s, kind.message), message_of(d, s, kind.advice));
+}
+
 void tell_near(checked_deck& d, const told_stop& s, const stop_kind& kind, const std::vector<std::string>& known) {
     d.report.error(kind.code, s.at, message_of(d, s, kind.message) + near_text(known, s.word), kind.advice);
 }
@@ -229,6 +233,38 @@ constexpr stop_kind kinds[] = {
     {"Nyquist is allowed only for AC", "bad-option", "nyquist=yes stands in ac blocks only", "", "nyquist"},
     {"syntax problem in output variables", "unknown-variable", "", "", {}, tell_variable},
     {"_of_ not found*Check this outvar:", "unknown-variable", "", "", {}, tell_variable},
+
+    // ---- files of results
+    {"postproc variables cannot stand beside", "bad-variables",
+     "results computed from other files stand in a file of their own", "", "variables:"},
+    {"postproc is allowed only", "bad-variables", "results over time stand in trns blocks only, not in $", "",
+     "variables:"},
+    {"postproc_ac is allowed only", "bad-variables", "results of small signals stand in ac blocks only, not in $", "",
+     "variables:"},
+    {"append not allowed", "bad-option", "a file of results cannot go on behind others: append=yes", "leave append out",
+     "append"},
+    {"t_start = t_end?", "bad-option", "out_tstart and out_tend are the same: the result has no span", "",
+     "out_tend out_tstart variables:"},
+    {"cct_ov_flag !=", "bad-variables", "a result stands alone, without mag_of_ or phase_of_", "", "variables:"},
+    {"could not find var_of_* in any output file", "not-measured",
+     "no file of this block shows var_of_%, which the result is computed from",
+     "name an outvar of % in the variables: of another file of this block, without fourier",
+     "variables:", tell_with_advice},
+    {"could not find var_of_* in the outvar", "not-measured",
+     "no outvar shows var_of_%, which the result is computed from",
+     "outvar: %=var_of_%, and % in another file of this block", "variables:", tell_with_advice},
+    {"could not find var_ac_of_* in the outvar", "not-measured",
+     "no outvar shows var_ac_of_%, which the result is computed from",
+     "outvar: %_ac=var_ac_of_%, with mag_of_%_ac and phase_of_%_ac in another file of this block",
+     "variables:", tell_with_advice},
+    {"could not find mag_of_* in any", "not-measured",
+     "no file of this block shows mag_of_%, which the result is computed from", "mag_of_% and phase_of_% in one file",
+     "variables:", tell_with_advice},
+    {"could not find phase_of_* in any", "not-measured",
+     "no file of this block shows phase_of_% beside mag_of_%, which the result is computed from",
+     "mag_of_% and phase_of_% in one file", "variables:", tell_with_advice},
+    {"single frequency only", "bad-variables", "results of small signals need a block of one frequency", "set_freq F",
+     "variables:"},
 
     // ---- settings against each other and the circuit
     {"more than one chk_only_xxx", "bad-setting", "more than one chk_only_ word is on", "leave one",

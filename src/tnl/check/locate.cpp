@@ -104,6 +104,17 @@ int names_file(const deck_view& deck, int i, std::string_view value) {
     return may ? find_word(deck, i, value) : -1;
 }
 
+// The element that measures this variable of the deck.
+int measures(const deck_view& deck, int i, std::string_view value) {
+    if (!is_result_type(value_of(deck, i, "type"))) return -1;
+    for (int j = 1; j + 1 < deck.statements.n_words(i); j += 2)
+        if (deck.statements.word(i, j)[0] == 'x' && deck.statements.word(i, j + 1) == value) return j + 1;
+    return -1;
+}
+int is_of_type(const deck_view& deck, int i, std::string_view value) {
+    return is_element(deck, i) && value_of(deck, i, "type") == value ? find_word(deck, i, "type", 1, 2) + 1 : -1;
+}
+
 struct clue {
     std::string_view before;  // the value stands behind this text, up to after or the end of the line
     std::string_view after;
@@ -138,6 +149,15 @@ constexpr clue clues[] = {
     {"file name ", " is not found", false, names_file},
     {"output file ", " could not be", false, names_file},
     {"file ", " does not exist", false, names_file},
+    {"file ", " has < ", false, names_file},
+    {"file ", ", line ", false, names_file},
+    {": expect ", " to have a single row", false, names_file},
+    {"could not find var_of_", " in ", false, measures},
+    {"could not find var_ac_of_", " in ", false, measures},
+    {"could not find mag_of_", " in ", false, holds},
+    {"could not find phase_of_", " in ", false, holds},
+    {"gels name = ", "?", false, is_of_type},
+    {"gels name = ", " ", false, is_of_type},
     {": file ", " ends early", false, names_file},
     {"Check file: ", "", false, names_file},
     {"string is ", "", false, holds},
@@ -208,6 +228,11 @@ int lacks_of(const deck_view& deck, int i) {
         if (instance_of(deck.statements.word(i, j)).empty()) return j;
     return -1;
 }
+// variables: of a file of results.
+int asks_for_results(const deck_view& deck, int i) {
+    if (!deck.statements.begins(i, "variables:") || deck.statements.n_words(i) < 2) return -1;
+    return results_of(deck).contains(deck.statements.word(i, 1)) ? 1 : -1;
+}
 int is_refnode(const deck_view& deck, int i) {
     if (!deck.statements.begins(i, "refnode")) return -1;
     return deck.statements.n_words(i) > 1 ? 1 : 0;
@@ -238,6 +263,13 @@ constexpr silent_stop silent_stops[] = {
     {"_of_ not found, check circuit file", lacks_of},
     {"Check outvars of type ", asks_for_no_node},
     {"cct_class: reference node not found", is_refnode},
+    {"check_trns_1: ", asks_for_results},
+    {"postproc_1: n_new = ", asks_for_results},
+    {"stand at different times", asks_for_results},
+    {"append not allowed", asks_for_results},
+    {"t_start = t_end?", asks_for_results},
+    {"cct_ov_flag != ", asks_for_results},
+    {"for a single frequency only", asks_for_results},
     {"title: not found", is_first},
     {"main: sweep end not reached", sweeps_by_itself},
     {"solve_dc: N-R did not", solves_dc},

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <fstream>
 #include <memory>
 
 #include "tnl/cli/commands.h"
@@ -15,10 +16,26 @@ void tell(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str());
 
 std::string counted(long long n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); }
 
-// "out.dat: 1001 rows of time vout"
+// " pf=0.6 p=6 W" of a file of results; nothing where the row is not there.
+std::string results_in(const std::filesystem::path& path, const record_file& file) {
+    std::ifstream in(path);
+    std::string text;
+    double value = 0;
+    for (const record_column& c : file.columns) {
+        if (!(in >> value)) return {};
+        char number[32];
+        std::snprintf(number, sizeof number, "%.6g", value);
+        text += (text.empty() ? " " : ", ") + c.name + "=" + number + (c.unit.empty() ? "" : " " + c.unit);
+    }
+    return text;
+}
+
+// "out.dat: 1001 rows of time vout", or results themselves: "power.dat: pf=0.6, p=6 W"
 std::string told(const std::filesystem::path& folder, const record_file& file) {
     std::string text = (folder / file.path).string() + ":";
     if (!file.is_table()) return text + (file.kind == "parms" ? " parameters" : " a solution");
+    if (file.kind == "postproc" && file.rows == 1)
+        if (const std::string results = results_in(folder / file.path, file); !results.empty()) return text + results;
     text += " " + counted(file.rows, "row");
     if (file.curves > 1) text += " in " + counted(file.curves, "curve");
     if (!file.columns.empty()) text += " of";

@@ -20,7 +20,8 @@ struct record_sweep {
 };
 struct record_file {
     std::string path;  // relative to the folder of the record
-    // "dc", "startup", "trns", "ssw", "ac", "nyquist", "fourier"; "solution", "parms": no table
+    // "dc", "startup", "trns", "ssw", "ac", "nyquist", "fourier"; "postproc": one row of results; "solution", "parms":
+    // no table
     std::string kind;
     std::vector<record_column> columns;
     long long rows = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/words.h"
+#include "settings/postproc_plan.h"
 #include "tnl/deck/library_split.h"
 
 namespace cli {
@@ -80,9 +81,35 @@ std::string value_of(const deck_view& deck, int i_statement, std::string_view ke
     return {};
 }
 
+bool is_result_type(std::string_view type) {
+    return std::any_of(std::begin(postproc_types), std::end(postproc_types),
+                       [&](const postproc_type& t) { return t.name == type; });
+}
+
+std::map<std::string, deck_result, std::less<>> results_of(const deck_view& deck) {
+    const file_chr& f = deck.statements;
+    const statement_range circuit = circuit_range(deck);
+    std::map<std::string, int, std::less<>> element;  // those that compute results
+    for (int i = circuit.begin; i < circuit.end; ++i)
+        if (is_element_word(f.word(i, 0)) && is_result_type(value_of(deck, i, "type")))
+            element.try_emplace(value_of(deck, i, "name"), i);
+    std::map<std::string, deck_result, std::less<>> results;
+    for (int i = circuit.begin; i < circuit.end && !element.empty(); ++i)
+        for (int j = 1; f.begins(i, "outvar:") && j + 1 < f.n_words(i); j += 2) {
+            const std::string_view value = f.word(i, j + 1);
+            const std::size_t of = value.find("_of_");
+            if (of == std::string_view::npos) continue;
+            if (const auto at = element.find(value.substr(of + 4)); at != element.end())
+                results.try_emplace(std::string(f.word(i, j)),
+                                    deck_result{at->second, std::string(value.substr(0, of))});
+        }
+    return results;
+}
+
 std::vector<written_file> written_files(const deck_view& deck) {
     std::vector<written_file> files;
     const file_chr& f = deck.statements;
+    const auto results = results_of(deck);
     for (const statement_range& block : solve_ranges(deck)) {
         const int type = find_from(deck, block.begin, block.end, "solve_type");
         const std::string_view kind = type >= 0 && f.n_words(type) > 1 ? f.word(type, 1) : std::string_view();
@@ -95,6 +122,7 @@ std::vector<written_file> written_files(const deck_view& deck) {
             if (kind == "trns" || kind == "ssw") file.columns.push_back(harmonics ? "harmonic" : "time");
             if (kind == "ac") file.columns.push_back("frequency");
             const int end = find_from(deck, i, block.end, "end_output");
+            const std::size_t n_axes = file.columns.size();
             for (int v = i; v < (end < 0 ? block.end : end); ++v) {
                 if (!f.begins(v, "variables:")) continue;
                 for (int j = 1; j < f.n_words(v); ++j) {
@@ -103,6 +131,8 @@ std::vector<written_file> written_files(const deck_view& deck) {
                     file.columns.push_back(word);
                 }
             }
+            file.results = file.columns.size() > n_axes && results.contains(file.columns[n_axes]);
+            if (file.results) file.columns.erase(file.columns.begin(), file.columns.begin() + int(n_axes));
             const auto same = [&](const written_file& other) { return other.path == file.path; };
             if (std::none_of(files.begin(), files.end(), same)) files.push_back(std::move(file));
         }

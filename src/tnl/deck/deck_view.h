@@ -1,6 +1,7 @@
 // deck_view.h -- what the front end must know of a deck: its statements with their places, and what it asks for.
 #pragma once
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,6 +46,14 @@ bool is_placeholder(std::string_view type);   // connector_e, ground_dummy and t
 // The value behind a key of a statement; keys stand at every second position from first on.
 std::string value_of(const deck_view& deck, int i_statement, std::string_view key, int first = 1);
 
+// Output variables that are results computed from other files, and the element and its word that each comes from.
+struct deck_result {
+    int statement;
+    std::string word;  // "rms", "pf"
+};
+std::map<std::string, deck_result, std::less<>> results_of(const deck_view& deck);
+bool is_result_type(std::string_view type);  // calc_rms and its kin
+
 // Row files that the solve blocks write, in deck order, each once: path and column names (the time or frequency first
 // where the analysis writes it).
 struct written_file {
@@ -52,6 +61,7 @@ struct written_file {
     std::vector<std::string> columns;
     int i_statement = -1;  // of the filename statement
     bool rows = true;      // false: a solution or parameter file, which is no table
+    bool results = false;  // one row of results, without time or frequency
 };
 std::vector<written_file> written_files(const deck_view& deck);
 

@@ -58,8 +58,9 @@ struct deck_names {
     std::vector<std::pair<std::string_view, std::string_view>> outvars;  // name and definition, in deck order
     std::unordered_map<std::string_view, std::string_view> definition;
     std::unordered_map<std::string, int> statement;  // of an instance or model of this name
+    std::map<std::string, deck_result, std::less<>> results;
 
-    explicit deck_names(const deck_view& deck_) : deck(deck_) {
+    explicit deck_names(const deck_view& deck_) : deck(deck_), results(results_of(deck_)) {
         const file_chr& s = deck.statements;
         const statement_range circuit = circuit_range(deck);
         for (int i = circuit.begin; i < circuit.end; ++i) {
@@ -89,7 +90,41 @@ std::string unit_of_item(const deck_names& names, const installed_libraries& lib
     return unit_in_entry(all.entries[static_cast<std::size_t>(at->second)], library_forms[library], item.quantity);
 }
 
+// Unit of a variable of the deck that a meter gives it: voltmeter_fb has a reading k per "1/V", so V where that is 1.
+std::string unit_of_reading(const deck_names& names, const installed_libraries& libraries, std::string_view variable) {
+    const file_chr& s = names.deck.statements;
+    const statement_range circuit = circuit_range(names.deck);
+    for (int i = circuit.begin; i < circuit.end; ++i) {
+        if (!s.begins(i, "eelement") || value_of(names.deck, i, "y") != variable) continue;
+        double k = 1;
+        if (const std::string given = value_of(names.deck, i, "k"); !given.empty() && !is_double(given, k)) k = NAN;
+        const installed_library& all = libraries.library[names.library_of(i)];
+        const auto at = all.position.find(value_of(names.deck, i, "type"));
+        if (k != 1 || at == all.position.end()) return {};
+        const element_doc doc = doc_of(all.entries[static_cast<std::size_t>(at->second)]);
+        const word_doc* word = find_word(doc, "k");
+        return word != nullptr && word->unit.starts_with("1/") ? word->unit.substr(2) : "";
+    }
+    return {};
+}
+
+// Averages and effective values have the unit of what they measure, powers those of the product; ratios have none.
+std::string unit_of_result(const deck_names& names, const installed_libraries& libraries, const deck_result& result) {
+    const auto unit_of = [&](const char* x) {
+        return unit_of_reading(names, libraries, value_of(names.deck, result.statement, x));
+    };
+    if (result.word == "avg" || result.word == "rms") return unit_of("x");
+    if (result.word == "rms1") return unit_of("x1");
+    if (result.word == "rms2") return unit_of("x2");
+    const std::string a = unit_of("x1"), b = unit_of("x2");
+    if ((a == "V" && b == "A") || (a == "A" && b == "V"))
+        return result.word == "pavg" || result.word == "p" ? "W" : result.word == "s" ? "VA" : "";
+    return {};
+}
+
 std::string unit_of_word(const deck_names& names, const installed_libraries& libraries, std::string_view word) {
+    if (const auto result = names.results.find(word); result != names.results.end())
+        return unit_of_result(names, libraries, result->second);
     cut_item item = cut(word);
     auto meant = names.definition.find(word);
     if (meant == names.definition.end() && item.quantity == "mag") meant = names.definition.find(item.owner);
@@ -178,6 +213,10 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
         planned.kind = block_kind(deck, file.i_statement);
         planned.begins_with_guess = planned.kind == "trns" && begins_with_guess(deck, file);
         if (has_column(file, "harmonic")) planned.kind = "fourier";
+        if (file.results) {
+            planned.kind = "postproc";
+            planned.begins_with_guess = false;
+        }
         if (!file.rows) planned.kind = has_column(file, "parms") ? "parms" : "solution";
         if (planned.is_table() && !has_column(file, "all_nodes"))
             for (const std::string& word : file.columns) {
@@ -186,7 +225,7 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
                     continue;
                 }
                 for (const auto& [name, value] : names.outvars)
-                    if (!cut(value).quantity.ends_with("_ac"))
+                    if (!cut(value).quantity.ends_with("_ac") && !names.results.contains(name))
                         planned.columns.push_back({std::string(name), unit_of_word(names, libraries, name)});
             }
         if (planned.kind == "ac") complete_ac(names, libraries, file, planned);

@@ -202,7 +202,7 @@ int sweep_column_of(const result_table& table) {
 }
 
 int x_column_of(const result_table& table) {
-    if (table.n_columns() < 2 || table.kind == "startup") return -1;
+    if (table.n_columns() < 2 || table.kind == "startup" || table.kind == "postproc") return -1;
     if (is_over_frequency(table)) return std::max(0, table.swept_column);
     if (table.kind != "dc" && table.n_curves() < 2) return 0;
     for (int j = 0; j < static_cast<int>(table.n_columns()); ++j)

@@ -149,7 +149,9 @@ nlohmann::json list_file(view_file& file) {
     }
     const bool all_read = source.at == source.size;
     const std::string& kind = file.record.kind;
-    const int axis = kind == "startup" ? -1 : kind == "ac" || kind == "nyquist" ? 0 : axis_column(source.rows);
+    const int axis = kind == "startup" || kind == "postproc" ? -1
+                     : kind == "ac" || kind == "nyquist"     ? 0
+                                                             : axis_column(source.rows);
     nlohmann::json labels = nlohmann::json::array();  // of the curves of a sweep
     for (std::size_t k = 0; !file.record.sweeps.empty() && k < source.rows.curves.size(); ++k)
         if (std::all_of(file.record.sweeps.begin(), file.record.sweeps.end(),

@@ -84,6 +84,55 @@ TEST(examples, rectifier_ripple_is_the_charge_taken_between_two_peaks) {
     EXPECT_WITHIN(2e-3, charge, current / f);
 }
 
+// A half wave of the current ends where it began: V/Z sin(wt - phi) + K exp(-t R/L) - 1.4 V/R, with the other sign in
+// the next one.
+TEST(examples, rectifier_power_of_the_inductor_is_that_of_its_closed_form) {
+    const whole_run run = example("rectifier_power");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const double r = 20.02, l = 0.2, w = 100 * pi, top = 325.27, drop = 1.4;
+    const double z = std::hypot(r, w * l), phi = std::atan2(w * l, r),
+                 begin = 2 * std::sin(phi) / (1 - std::exp(-0.01 * r / l));
+    const int n = 20000;
+    double power = 0, square = 0, fundamental_c = 0, fundamental_s = 0;
+    for (int k = 0; k < n; ++k) {
+        const double t = (k + 0.5) * 0.01 / n;
+        const double i = top / z * (std::sin(w * t - phi) + begin * std::exp(-t * r / l)) - drop / r;
+        power += top * std::sin(w * t) * i / n;
+        square += i * i / n;
+        fundamental_c += 2 * i * std::cos(w * t) / n;
+        fundamental_s += 2 * i * std::sin(w * t) / n;
+    }
+    const std::vector<double> with = run.rows("with_inductor.dat").at(0);  // power, effective current, pf, thd
+    EXPECT_WITHIN(3e-4, with[0], power);
+    EXPECT_WITHIN(3e-4, with[1], std::sqrt(square));
+    EXPECT_WITHIN(3e-4, with[2], power / (top / std::sqrt(2.0) * std::sqrt(square)));
+    // Harmonics beyond 40 are not in the distortion: 3e-3 of it.
+    const double first = (fundamental_c * fundamental_c + fundamental_s * fundamental_s) / 2;
+    EXPECT_NEAR(with[3], std::sqrt(square / first - 1), 0.015);
+    EXPECT_LT(with[3], std::sqrt(square / first - 1));
+}
+
+// The load has the power that the diodes leave of it; pulses of current make the factor.
+TEST(examples, rectifier_power_of_the_capacitor_is_less_of_more_current) {
+    const whole_run run = example("rectifier_power");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const std::vector<double> with = run.rows("with_capacitor.dat").at(0);
+    const table rows = between(run.rows("wave.dat"), 0.18, 0.2);
+    double power = 0, square = 0;
+    for (std::size_t k = 1; k < rows.size(); ++k) {
+        const double h = (rows[k][0] - rows[k - 1][0]) / 0.02;
+        power += h * (rows[k][1] * rows[k][3] + rows[k - 1][1] * rows[k - 1][3]) / 2;
+        square += h * (rows[k][3] * rows[k][3] + rows[k - 1][3] * rows[k - 1][3]) / 2;
+    }
+    EXPECT_WITHIN(1e-6, with[0], power);
+    EXPECT_WITHIN(1e-6, with[1], std::sqrt(square));
+    EXPECT_WITHIN(1e-5, with[2], power / std::sqrt(square) / (325.27 / std::sqrt(2.0)));
+    // pf = cos(phi_1)/sqrt(1 + thd^2), where the shift of the fundamental takes little.
+    const double shift = with[2] * std::sqrt(1 + with[3] * with[3]);
+    EXPECT_GT(shift, 0.95);
+    EXPECT_LT(shift, 1.0);
+}
+
 TEST(examples, buck_open_gives_the_duty_ratio_and_the_ripple_of_theory) {
     const whole_run run = example("buck_open");
     ASSERT_FALSE(run.stopped) << run.text;

@@ -98,33 +98,6 @@ TEST(element_names, are_unique_over_all_kinds_of_element) {
     EXPECT_NE(heard.text.find("   cct_class\n"), std::string::npos) << heard.text;
 }
 
-TEST(post_processing, stops_before_the_first_block_runs) {
-    // A composite of post-processing as a text; its file would stay empty.
-    const std::string calc =
-        "gce name=calc postprocessor=yes\nbegin_dc\nmainvars: x\nauxvars:\nxvars:\noutvar: m=postproc_of_pp\nbias:\n"
-        "stparms:\nigparms:\niparms:\nsparms:\nrparms:\nrparms_derived:\ngbe type=pp_in_1 name=pp x=x\nend_dc\nC:\n"
-        "endC\nbegin_ac\noutvar_ac:\nend_ac\nendgce\n";
-    const temp_folder folder;
-    const std::string trns = "begin_solve\nsolve_type trns\nmethod: back_euler=yes t_end=1m delt_const=0.1m\n";
-    const std::string circuit = "begin_circuit\nrefnode 0\n" + divider +
-                                "gelement name=K type=const y=x k=2\ngelement name=P type=calc x=x\n"
-                                "outvar: m=m_of_P x=var_of_x\nend_circuit\n";
-    const std::string first = "begin_solve\nsolve_type dc\n" + output("first.dat", "v") + "end_solve\n";
-    const auto run = [&](const std::string& block) {
-        return run_here("title: test\n" + circuit + first + block + "end_solve\nend_cf\n", calc);
-    };
-    const console_run heard = run(trns + output("x.dat", "x") + output("m.dat", "m"));
-    EXPECT_TRUE(heard.stopped);
-    EXPECT_EQ(heard.text,
-              "main: post-processing is not available in this version.\n   Check this outvar: m\n"
-              "  Halting...\n");
-    EXPECT_FALSE(fs::exists("first.dat"));
-    EXPECT_FALSE(fs::exists("m.dat"));
-    // Such an element alone is no fault.
-    EXPECT_FALSE(run(trns + output("x.dat", "x")).stopped);
-    EXPECT_TRUE(fs::exists("first.dat"));
-}
-
 TEST(output_statement, tables_are_written_without_a_solve_block_and_before_a_stray_line_is_seen) {
     for (const std::string stray : {"", "resistor R9\n"}) {
         const temp_folder folder;

@@ -387,8 +387,15 @@ const std::vector<composite_library>& electrical() {
     static const auto all = composites_of("eels.aux", eels_form, installed_ebes(), installed_ebac());
     return all;
 }
+// Without the composites of post-processing: their names are those of no block.
 const std::vector<composite_library>& general() {
-    static const auto all = composites_of("gels.aux", gels_form, installed_gbes(), installed_gbac());
+    static const auto all = [] {
+        auto list = composites_of("gels.aux", gels_form, installed_gbes(), installed_gbac());
+        std::erase_if(list, [](const composite_library& lib) {
+            return lib.flag.postprocessor[0] || lib.flag.postprocessor_ac[0];
+        });
+        return list;
+    }();
     return all;
 }
 
