@@ -1,6 +1,6 @@
-// pictures.cpp -- draws examples/NAME/picture.svg from the rows of finished runs.
+// pictures.cpp -- draws examples/NAME/*.svg from the rows of finished runs.
 //
-//   pictures EXAMPLES RUNS    EXAMPLES/NAME/picture.svg from RUNS/NAME/FILE
+//   pictures EXAMPLES RUNS    EXAMPLES/NAME/picture.svg from RUNS/NAME/FILE; of small signals as `tnl plot` does
 #include <fstream>
 #include <iostream>
 #include <list>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tnl/plot/plot_rows.h"
+#include "tnl/plot/plot_runs.h"
 #include "tnl/run/run_folder.h"
 
 namespace {
@@ -107,6 +108,43 @@ const picture pictures[] = {
      {{"wave.dat", 1, "frequency of the loop", "Hz"}, {"wave.dat", 2, "phase error", "rad"}}},
 };
 
+// Of a file over frequency. A window is one in the complex plane: of the real part, and of the imaginary one.
+struct response_picture {
+    std::string name, file, picture, title;
+    double from = 0, to = 0, y_from = 0, y_to = 0;  // all that the file has if to is not above from
+};
+
+const response_picture response_pictures[] = {
+    {"lc_filter", "bode.dat", "picture.svg", "LC filter with loads of 1 to 20 ohm"},
+    {"loop_gain", "bode.dat", "picture.svg", "Loop gain of a buck converter"},
+    {"loop_gain", "nyquist.dat", "nyquist.svg", "The same loop around -1", -3, 1, -2, 1},
+    {"transformer_impedance", "bode.dat", "picture.svg", "Impedance of a transformer, dB of an ohm"},
+    {"locked_loop", "bode.dat", "picture.svg", "Phase-locked loop at three gains"},
+    {"state_variable", "bode.dat", "picture.svg", "State-variable filter with the quality 5"},
+};
+
+// A sweep of a named constant is told by the name.
+void shorten(std::string& name) {
+    const std::string before = "glbl_of_";
+    for (std::size_t k = name.find(before); k != std::string::npos; k = name.find(before)) name.erase(k, before.size());
+}
+
+cli::plot drawn(const response_picture& p, const std::string& runs) {
+    cli::plot_wish wish;
+    wish.file = p.file;
+    wish.choice.title = p.title;
+    if (p.to > p.from) {
+        wish.choice.from = p.from;
+        wish.choice.to = p.to;
+        wish.choice.y.push_back(cli::plot_y_range{"", p.y_from, p.y_to});
+    }
+    const cli::plotted_runs plotted = cli::open_plotted({runs + "/" + p.name}, wish);
+    cli::plot out = cli::plot_of_rows(plotted.sources, plotted.choice);
+    for (cli::plot_panel& panel : out.panels)
+        for (cli::plot_series& series : panel.series) shorten(series.name);
+    return out;
+}
+
 cli::plot drawn(const picture& p, const std::string& runs) {
     std::list<cli::result_table> tables;
     std::vector<cli::plot_source> sources;
@@ -137,6 +175,11 @@ int main(int argc, char** argv) {
     try {
         for (const picture& p : pictures) {
             std::ofstream out(examples + "/" + p.name + "/picture.svg");
+            out << cli::draw_svg(drawn(p, runs));
+            if (!out) return 5;
+        }
+        for (const response_picture& p : response_pictures) {
+            std::ofstream out(examples + "/" + p.name + "/" + p.picture);
             out << cli::draw_svg(drawn(p, runs));
             if (!out) return 5;
         }

@@ -2,11 +2,13 @@
 """Expected rows of the examples, found without the simulator.
 
     reference.py EXAMPLE ROWS > expect/...
+    reference.py EXAMPLE > expect/out.dat       of small signals
 
 ROWS is a row file of a run; its times alone are read. The other columns come from here: closed forms where there are
 some, else the state equations of the circuit, written down by hand for each state of its switches, and followed by the
-midpoint rule in steps finer than those of the run.
+midpoint rule in steps finer than those of the run. Rows over frequency are transfer functions, written down by hand.
 """
+import cmath
 import math
 import sys
 
@@ -169,10 +171,81 @@ def rectifier_power(path):
     return p, rms, p / (top / math.sqrt(2) * rms), math.sqrt(sum(x * x for x in h[2:])) / h[1]
 
 
+def parallel(*z):
+    return 1 / sum(1 / x for x in z)
+
+
+def lc_filter(s, r):
+    """Of 100 uH into 25 uF and r in parallel."""
+    return [1 / (1 + s * 100e-6 / r + s * s * 100e-6 * 25e-6)]
+
+
+def loop_gain(s, _):
+    """The averaged buck: D v1 = 12 V + rl il, v1 = 24 V - rg D il; its answer to d, times the controller and the delay."""
+    il, rl, rg = 12 / 3, 20e-3, 0.1
+    duty = (24 - math.sqrt(24 ** 2 - 4 * rg * il * (12 + rl * il))) / (2 * rg * il)
+    v1 = 24 - rg * duty * il
+    load = parallel(3, 10e-3 + 1 / (s * 100e-6))
+    power = (v1 - duty * rg * il) * load / (rl + duty ** 2 * rg + s * 47e-6 + load)
+    controller = 4000 / s * (1 + 70e-6 * s) ** 2 / ((1 + 1e-6 * s) * (1 + 2e-6 * s))
+    return [power * controller * (1 - 1.25e-6 * s) / (1 + 1.25e-6 * s)]
+
+
+def transformer_impedance(s, _):
+    """Open, shorted; voltage of the open second winding, current of the shorted one, each for 1 A into the first."""
+    ratio = 20 / 5
+    series, magnetising, far = 0.5 + s * 20e-6, parallel(s * 5e-3, 10e3), 30e-3 + s * 1.25e-6
+    shorted = parallel(magnetising, ratio ** 2 * far)
+    return [series + magnetising, series + shorted, magnetising / ratio, shorted / ratio / far]
+
+
+def locked_loop(s, k):
+    down = s * s + k * s + 5000
+    return [(k * s + 5000) / down, s * s / down]
+
+
+def state_variable(s, q):
+    x = s / (2 * math.pi * 1000)
+    down = x * x + x / q + 1
+    return [1 / down, x / down, x * x / down]
+
+
+# Of each example over frequency: from, to, points; the values of its sweep; the phase that no column reaches, if any.
+small_signals = {
+    "lc_filter": ((100, 100e3, 31), [1, 2, 4, 10, 20], None),
+    "loop_gain": ((100, 1e6, 41), [None], 0),
+    "transformer_impedance": ((1, 10e6, 36), [None], None),
+    "locked_loop": ((1, 1000, 31), [50, 100, 200], None),
+    "state_variable": ((10, 100e3, 21), [0.5, 1, 5], None),
+}
+
+
+def rows_over_frequency(name):
+    """Magnitude and phase of each column; phases go on from row to row unless they stay below a limit."""
+    (low, high, n), swept, below = small_signals[name]
+    for value in swept:
+        before = None
+        for k in range(n):
+            f = low * (high / low) ** (k / (n - 1))
+            z = globals()[name](2j * math.pi * f, value)
+            phases = [math.degrees(cmath.phase(x)) for x in z]
+            if below is not None:
+                phases = [p - 360 if p >= below else p for p in phases]
+            elif before:
+                phases = [p + 360 * round((b - p) / 360) for p, b in zip(phases, before)]
+            before = phases
+            columns = [x for x, p in zip(z, phases) for x in (abs(x), p)]
+            yield (f, *([] if value is None else [value]), *columns)
+
+
 def main():
-    name, path = sys.argv[1:]
+    name, path = (sys.argv[1:] + [None])[:2]
     if name == "rectifier_power":
         print("".join(f"{x:13.6e} " for x in rectifier_power(path)))
+        return
+    if name in small_signals:
+        for row in rows_over_frequency(name):
+            print("".join(f"{x:13.6e} " for x in row))
         return
     times = [float(line.split()[0]) for line in open(path)]
     if name == "thyristor_phase":
