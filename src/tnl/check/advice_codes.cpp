@@ -90,7 +90,7 @@ constexpr advice_text texts[] = {
     {"two-zeros", "Two nodes have a name for zero, and one of them is not at 0 V (a warning).", "",
      "one name for both, or eelement name=... type=ground_dummy c=NODE"},
     {"unknown-option", "A word of filename or control: is passed over (a warning).", "a misspelt word",
-     "docs/transient.md, \"Rows\""},
+     "docs/transient.md, \"Rows\"; docs/small_signals.md, \"Columns\""},
     {"unknown-solve-type", "There is no such solve_type in this version; a run would pass over the block.", "",
      "dc, startup, trns or ac"},
     {"unread-composites", "Composites were not looked into, as many others are refused (a warning).", "",

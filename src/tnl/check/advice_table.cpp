@@ -203,7 +203,7 @@ constexpr advice_text texts[] = {
      "solution, parms, all_nodes and all_outvars stand alone in their output block, once in a solve block.", "",
      "give it an output block of its own"},
     {"output-options", "Options of an output block contradict each other or the kind of block.", "",
-     "docs/transient.md, \"Rows\""},
+     "docs/transient.md, \"Rows\"; docs/small_signals.md, \"Columns\""},
     {"output-kind", "A column of an output file does not exist in this kind of block.", "",
      "small-signal quantities belong to ac blocks, time quantities to the others"},
     {"limit-lines", "A row file reached the number of rows that it may have.", "limit_lines is 100000 if not given",
