@@ -44,7 +44,7 @@ void bind_composites(run_state& r) {
     for (const family fam : {fam_e, fam_g}) {
         const composite_library& lib = c.lib.composites(fam);
         const library_form& form = family_forms[fam].lib;
-        std::vector<composite_function>& function = c.computed.function[fam];
+        std::vector<composite_function>& function = c.computed.function[at(fam)];
         function.assign(at(lib.n()), nullptr);
         for (int e = 0; e < lib.n(); ++e) {
             if (!lib.flag.compute_rparms[at(e)] && !lib.flag.compute_acp[at(e)]) continue;

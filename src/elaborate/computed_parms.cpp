@@ -279,7 +279,7 @@ void build_computed(circuit& c) {
         const composite_library& lib = c.lib.composites(fam);
         const instance_core& inst = c.instances(fam);
         const std::vector<char> acp = with_compute_acp(lib);
-        std::vector<int>& of = computed.of_instance[fam];
+        std::vector<int>& of = computed.of_instance[at(fam)];
         of.assign(at(inst.n), -1);
         for (int i = 0; i < inst.n; ++i) {
             const int e = inst.i_lib[at(i)];

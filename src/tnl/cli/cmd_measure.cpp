@@ -76,7 +76,9 @@ void add_measure(CLI::App& app, command_list& commands) {
     measure->add_option("--curve", options->curve, "Only this curve, counted from 1")->check(CLI::PositiveNumber);
     measure->add_flag("--json", options->json, "Results as JSON");
     measure->footer(
-        "Functions of a column or of an expression of columns, v:\n" + function_list() +
+        "Functions of a column or of an expression of columns, v, and of a small signal, x, which is X where\n"
+        "the file has mag_of_X and phase_of_X:\n" +
+        function_list() +
         "Numbers are written as in decks (4m, 10k, 1M) or with %. Columns with odd names stand in `...`; $2 is"
         "\nthe second. Between rows waves are straight lines; windows have interpolated borders.");
     commands.push_back({measure, [options] { return measure_command(*options); }});

@@ -57,7 +57,7 @@ struct taken_columns {
 std::string signal_of(const result_table& table, const std::string& column) {
     for (const char* prefix : {"mag_of_", "phase_of_", "real_of_", "imag_of_"}) {
         if (!column.starts_with(prefix)) continue;
-        const std::string name = column.substr(std::string_view(prefix).size());
+        std::string name = column.substr(std::string_view(prefix).size());
         const response_columns r = find_response(table, name);
         if (find_column(table, name) < 0 && ((r.mag >= 0 && r.phase >= 0) || (r.mag < 0 && r.is_cartesian())))
             return name;
