@@ -57,6 +57,7 @@ response_peak peak_of(const response& r) {
         return row;
     // The parabola through the three, from the middle one: a u + b u^2.
     const double u = std::log(t[i - 1] / t[i]), v = std::log(t[i + 1] / t[i]);
+    if (std::max(-u, v) > 2 * std::min(-u, v)) return row;  // it would rise far above rows at unequal distances
     const double p = std::log(x[i - 1] / x[i]), q = std::log(x[i + 1] / x[i]);
     const double b = (p / u - q / v) / (u - v), a = p / u - b * u;
     if (!(b < 0)) return row;

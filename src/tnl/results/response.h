@@ -17,7 +17,8 @@ struct response {
 // The same phase without jumps of more than half a turn from one value to the next; what is no number is passed over.
 std::vector<double> unwrapped(std::vector<double> degrees);
 
-// The greatest row and its two neighbours give a parabola, dB over the logarithm of frequency: its top.
+// The greatest row and its two neighbours give a parabola, dB over the logarithm of frequency: its top. Where one of
+// them is more than twice as far as the other, the row itself.
 struct response_peak {
     double t, mag;
 };

@@ -127,6 +127,17 @@ TEST(response, the_peak_of_a_second_order_low_pass) {
               "the magnitude does not fall 3 dB below its peak behind it, from 10 to 10000");
 }
 
+// A parabola through rows at 100, 1000 and 1200 Hz would have its top at 2700.
+TEST(response, a_peak_between_rows_at_unequal_distances_is_its_row) {
+    result_table t = table_of([](double) { return 1.0; }, 10, 1000, 3);
+    t.values.insert(t.values.end(), {1200, 0.6, 0, 5000, 0.2, 0});
+    t.first_row = {0, 5};
+    t.values[4] = 0.54;
+    t.values[7] = 5.8;
+    EXPECT_DOUBLE_EQ(value_of("peak(x)", t), 5.8);
+    EXPECT_DOUBLE_EQ(value_of("peak_freq(x)", t), 1000);
+}
+
 TEST(response, the_margins_of_a_loop_of_three_poles) {
     const double gain = 4;
     const double crossover = 1e3 * std::sqrt(std::cbrt(gain * gain) - 1);
