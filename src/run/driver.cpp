@@ -1,6 +1,5 @@
 #include "run/driver.h"
 
-#include <numeric>
 #include <vector>
 
 #include "analyses/ac.h"
@@ -100,15 +99,6 @@ void solve_points(run_state& r) {
     if (r.slv.startup) find_ebe_cur_startup(r);
     if (r.slv.trns) find_ebe_cur_trns(r, false);
 }
-// All frequencies of a block. Its start is what the last block left.
-void solve_frequencies(run_state& r) {
-    run_ac(r);
-    if (r.slv.out.i_file_solution_ac < 0) return;
-    std::vector<int> all(static_cast<std::size_t>(r.c.ebau.n()));
-    std::iota(all.begin(), all.end(), 0);
-    find_ebe_cur_ac(r, all);
-    write_solution_ac(r.slv, r.c, r.flags);
-}
 }  // namespace
 
 void prepare_circuit(run_state& r) {
@@ -170,8 +160,9 @@ void run_block(run_state& r) {
     r.flags.set_parm = 0;
     if (c.cf.output.debug) say("main: one_time_parms done");
     if (solves(slv)) solve_points(r);
-    if (slv.ac) solve_frequencies(r);
+    if (slv.ac) run_ac(r);
     if (slv.out.i_file_solution >= 0) write_solution(slv, c, r.flags);
+    if (slv.out.i_file_solution_ac >= 0) write_solution_ac(slv, c, r.flags);  // of the last ac block, else zeros
     if (slv.out.i_file_parms >= 0) write_parms(slv, c);
     write_fourier(slv);
     close_out_files(slv);

@@ -291,6 +291,15 @@ TEST(ac, solution_file_holds_the_amplitudes_of_the_last_frequency) {
               "ebau->aux1d:\n-5.000000e-04 -5.000000e-04\ngbau->val_vr:\ngbau->aux1d:\n");
 }
 
+TEST(ac, solution_file_of_another_block_holds_the_amplitudes_that_stand) {
+    const whole_run run(deck(rc, block("solve_type dc\n" + output("before.dat", "solution_ac")) +
+                                     ac("set_freq 159.154943", output("o.dat", rc_columns)) +
+                                     block("solve_type dc\n" + output("behind.dat", "solution_ac"))));
+    EXPECT_NE(run.file("before.dat").find("ebau->val_nd:\n 0.000000e+00  0.000000e+00\n"), std::string::npos)
+        << run.text;
+    EXPECT_NE(run.file("behind.dat").find("\n 5.000000e-01 -5.000000e-01\n"), std::string::npos);
+}
+
 TEST(ac, without_a_source_all_is_zero) {
     const std::string quiet = rc.substr(0, rc.find(" a_ac=1")) + rc.substr(rc.find(" a_ac=1") + 7);
     const whole_run run(deck(quiet, ac("set_freq 1k", output("o.dat", rc_columns))));
