@@ -204,8 +204,10 @@ constexpr advice_text texts[] = {
      "give it an output block of its own"},
     {"output-options", "Options of an output block contradict each other or the kind of block.", "",
      "docs/transient.md, \"Rows\"; docs/small_signals.md, \"Columns\""},
-    {"output-kind", "A column of an output file does not exist in this kind of block.", "",
-     "small-signal quantities belong to ac blocks, time quantities to the others"},
+    {"output-kind", "A column of an output file does not exist in this kind of block.",
+     "in an ac block an amplitude without mag_of_ or phase_of_, a value of dc or time, a parameter, a swept item, "
+     "all_nodes, all_outvars; a small signal in another block",
+     "mag_of_X and phase_of_X with X=nodev_ac_of_NODE in ac blocks, and there alone; tnl check DECK tells each column"},
     {"limit-lines", "A row file reached the number of rows that it may have.", "limit_lines is 100000 if not given",
      "filename NAME limit_lines=N, or fewer rows: control: fixed_interval=T"},
     {"postproc-file", "A file of results that are computed from other files asks for what it cannot have.",

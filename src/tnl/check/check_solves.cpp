@@ -329,6 +329,7 @@ void check_solves(checked_deck& d) {
         solve_class slv;
         block_checks(d, s, static_cast<int>(i), slv, has_solution).run();
         check_outputs(d, s, slv);
+        check_columns(d, s, slv);
         for (const parm_item& item : slv.task.set_parm) written.insert(item.word);
         for (const std::vector<vary_statement>* list : {&slv.task.vary, &slv.task.vary_sync})
             for (const vary_statement& v : *list) written.insert(v.item.word);
