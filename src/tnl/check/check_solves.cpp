@@ -6,6 +6,7 @@
 #include "settings/read_directives.h"
 #include "settings/solve_class.h"
 #include "settings/solve_words.h"
+#include "tnl/check/advice.h"
 #include "tnl/check/check_solves.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/check/check_values.h"
@@ -30,6 +31,9 @@ public:
         std::vector<kept_stop> stops = read_solve_of(d_, index_, slv_, flags_);
         if (s_.type == "ssw")  // not to be had, whatever its settings
             std::erase_if(stops, [&](const kept_stop& stop) { return stop.statement == s_.range.begin - 1; });
+        if (has_refused_frequencies(stops))
+            std::erase_if(stops,
+                          [](const kept_stop& stop) { return fits(stop.text, "check frequency definition cards"); });
         tell_stops(d_, stops, &s_);
         for (int i = s_.range.begin; i < s_.range.end; ++i) {
             if (s_.in_output[static_cast<std::size_t>(i - s_.range.begin)] || d_.text().n_words(i) == 0) continue;
@@ -49,6 +53,14 @@ public:
     }
 
 private:
+    // Whether a statement of frequencies is there, and at fault: then none is missing.
+    bool has_refused_frequencies(const std::vector<kept_stop>& stops) const {
+        return std::any_of(stops.begin(), stops.end(), [&](const kept_stop& stop) {
+            return stop.statement >= s_.range.begin &&
+                   (d_.text().begins(stop.statement, "set_freq") || d_.text().begins(stop.statement, "vary_freq"));
+        });
+    }
+
     // Where a word of method: is missing.
     deck_word block_place() const {
         for (int i = s_.range.begin; i < s_.range.end; ++i)

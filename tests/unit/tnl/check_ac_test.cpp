@@ -98,6 +98,8 @@ TEST(check_ac, knows_the_statements_of_the_block) {
     EXPECT_EQ(faults_of({.frequencies = "set_freq 0"}), "~bad-sweep 0");
     EXPECT_EQ(faults_of({.frequencies = ""}), "no-frequency solve_type");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nvary_freq type table 1 2"}), "no-frequency set_freq");
+    EXPECT_EQ(faults_of({.frequencies = "vary_freq from 1 to 1k type log n_points 1"}), "bad-sweep 1");
+    EXPECT_EQ(faults_of({.frequencies = "set_freq 1x"}), "bad-number 1x");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 1\nset_freq 2"}), "given-twice set_freq");
     EXPECT_EQ(faults_of({.file = "filename a.dat nyquist=yes\nvariables: mag_of_vb phase_of_vb"}),
               "bad-variables nyquist=yes");
