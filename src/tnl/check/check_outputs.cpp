@@ -100,7 +100,7 @@ private:
                            of_phase = word.ends_with("_phase");
                 const bool is_read = of_time ? is_time() : of_phase ? s_.type == "ac" : true;
                 if (s_.is_known_type && !is_read) {
-                    d_.report.warning("unknown-option", {i, j}, word + " means nothing in a " + s_.type + " block");
+                    d_.report.warning("unknown-option", {i, j}, word + " means nothing in " + block_named(s_.type));
                     continue;
                 }
                 if (of_phase && file.nyquist)

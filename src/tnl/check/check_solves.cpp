@@ -44,7 +44,7 @@ public:
             if (s_.type == "ac" && (word == "set_freq" || word == "vary_freq")) doubt_frequencies(i);
             if (word.starts_with("set_") && word.ends_with("parm")) doubt_items(i);
             if ((word == "set_freq" || word == "vary_freq") && s_.is_known_type && s_.type != "ac")
-                d_.report.warning("misplaced", {i, 0}, word + " means nothing in a " + s_.type + " block");
+                d_.report.warning("misplaced", {i, 0}, word + " means nothing in " + block_named(s_.type));
         }
         if (s_.type == "trns") check_time();
         if (s_.type == "trns" || s_.type == "dc") check_gmin();

@@ -179,3 +179,13 @@ TEST(check_ac, refuses_small_signals_in_other_blocks) {
               "vb (nodev_ac_of_b) is a small signal, which a dc block does not have; "
               "outvar: NAME=nodev_of_b and NAME here, or an output block of an ac block\n");
 }
+
+TEST(check_ac, speaks_of_an_ac_block) {
+    EXPECT_EQ(words_of({.block = "method: t_end=1\n"}),
+              "t_end means nothing in an ac block; it belongs to: trns, ssw; \n");
+    EXPECT_EQ(words_of({.file = "filename a.dat\nvariables: mag_of_vb\ncontrol: out_tend=1"}),
+              "out_tend means nothing in an ac block; \n");
+    EXPECT_EQ(
+        words_of({.file = "filename a.dat\nvariables: v", .outputs = "outvar: v=nodev_of_b\n", .solve_type = "dc"}),
+        "vary_freq means nothing in a dc block; \n");
+}
