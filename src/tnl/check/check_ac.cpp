@@ -208,7 +208,7 @@ void check_small_signals(checked_deck& d, const solve_section& s, const solve_cl
         check_halves(d);
         check_source(d, s, written);
     }
-    if (d.is_built && !d.c.cct.flag_linear && !after_solution && !slv.task.init_file)
+    if (d.is_built && !d.c.cct.flag_linear && !after_solution)
         d.report.warning("no-bias", {s.type_line, 1},
                          "no block before this one finds a bias: small signals are those around zero",
                          "put a block with solve_type dc before it");

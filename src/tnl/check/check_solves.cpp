@@ -258,6 +258,14 @@ private:
     void check_initial_sol(int i) {
         if (d_.text().n_words(i) < 2) return;
         const std::string how = d_.word(i, 1);
+        if (s_.type == "ac") {
+            if (how == "previous" ? !after_solution_ : how == "initialize" || how == "file")
+                d_.report.warning(
+                    "misplaced", {i, 1},
+                    "initial_sol has no effect in an ac block, whose bias is what the block before it left",
+                    "leave the statement out; a block with solve_type dc before it finds a bias");
+            return;
+        }
         if (how == "previous" && !after_solution_)
             d_.report.error("no-previous", {i, 1}, "no block before this one has a solution to start from",
                             "leave the statement out, or put a dc or startup block before it");

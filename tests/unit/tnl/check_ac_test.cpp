@@ -87,7 +87,7 @@ TEST(check_ac, doubts_a_phase_without_its_magnitude) {
 
 TEST(check_ac, doubts_a_nonlinear_circuit_without_a_bias) {
     EXPECT_EQ(faults_of({.load = diode}), "~no-bias ac");
-    EXPECT_EQ(faults_of({.load = diode, .block = "initial_sol file filename b.sol\n"}), "missing-file b.sol");
+    EXPECT_EQ(faults_of({.load = diode, .block = "initial_sol file filename b.sol\n"}), "~no-bias ac, ~misplaced file");
 }
 
 TEST(check_ac, knows_the_statements_of_the_block) {
@@ -188,4 +188,11 @@ TEST(check_ac, speaks_of_an_ac_block) {
     EXPECT_EQ(
         words_of({.file = "filename a.dat\nvariables: v", .outputs = "outvar: v=nodev_of_b\n", .solve_type = "dc"}),
         "vary_freq means nothing in a dc block; \n");
+}
+
+TEST(check_ac, doubts_an_initial_sol_which_has_no_effect) {
+    EXPECT_EQ(faults_of({.block = "initial_sol previous\n"}), "~misplaced previous");
+    EXPECT_EQ(faults_of({.before = dc_block, .block = "initial_sol previous\n"}), "");
+    EXPECT_EQ(faults_of({.before = dc_block, .block = "initial_sol file filename b.sol\n"}), "~misplaced file");
+    EXPECT_EQ(faults_of({.before = dc_block, .block = "initial_sol initialize\n"}), "~misplaced initialize");
 }
