@@ -315,9 +315,8 @@ private:
         if (r.type == sweep_range::log && (r.from <= 0 || r.to <= 0))
             d_.report.error("bad-sweep", {i, std::max(0, (r.from <= 0 ? from : to) + 1)},
                             "a sweep of type log runs between numbers above zero");
-        else if (r.type != sweep_range::table && (r.from <= 0 || r.to <= 0))
-            d_.report.warning("bad-sweep", {i, std::max(0, (r.from <= 0 ? from : to) + 1)},
-                              "a frequency is above zero");
+        else if (r.type != sweep_range::table && (r.from < 0 || r.to <= 0))  // 0 is a usual begin of linear ones
+            d_.report.warning("bad-sweep", {i, std::max(0, (r.from < 0 ? from : to) + 1)}, "a frequency is above zero");
         if (r.type != sweep_range::table && r.from == r.to)
             d_.report.warning("bad-sweep", {i, std::max(0, to + 1)}, "the sweep ends where it begins");
         for (std::size_t k = 0; r.type == sweep_range::table && k < r.values.size(); ++k)

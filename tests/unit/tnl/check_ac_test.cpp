@@ -92,7 +92,9 @@ TEST(check_ac, doubts_a_nonlinear_circuit_without_a_bias) {
 
 TEST(check_ac, knows_the_statements_of_the_block) {
     EXPECT_EQ(faults_of({.frequencies = "vary_freq from 0 to 1k type log n_points 10"}), "bad-sweep 0");
-    EXPECT_EQ(faults_of({.frequencies = "vary_freq from 0 to 1k type linear n_points 10"}), "~bad-sweep 0");
+    EXPECT_EQ(faults_of({.frequencies = "vary_freq from 0 to 1k type linear n_points 10"}), "");
+    EXPECT_EQ(faults_of({.frequencies = "vary_freq from -1 to 1k type linear n_points 10"}), "~bad-sweep -1");
+    EXPECT_EQ(faults_of({.frequencies = "vary_freq from 1k to 0 type linear n_points 10"}), "~bad-sweep 0");
     EXPECT_EQ(faults_of({.frequencies = "vary_freq from 1k to 1k type linear n_points 10"}), "~bad-sweep 1k");
     EXPECT_EQ(faults_of({.frequencies = "vary_freq type table 1 -10 100"}), "~bad-sweep -10");
     EXPECT_EQ(faults_of({.frequencies = "set_freq 0"}), "~bad-sweep 0");
