@@ -18,6 +18,8 @@ namespace {
 
 std::vector<std::string> as_strings(const std::vector<std::string_view>& list) { return {list.begin(), list.end()}; }
 
+constexpr double half_turn = 180;  // degrees
+
 class output_checks {
 public:
     output_checks(checked_deck& d, const solve_section& s, const solve_class& slv) : d_(d), s_(s), slv_(slv) {}
@@ -110,6 +112,13 @@ private:
                 if (of_phase && file.nyquist)
                     d_.report.warning("unknown-option", {i, j},
                                       word + " means nothing in a nyquist file, which has no phase");
+                else if (word == "delta_phase" && !file.flag_min_phase && !file.flag_max_phase &&
+                         file.delta_phase < half_turn)
+                    d_.report.warning(
+                        "bad-option", {i, j},
+                        "with delta_phase below 180 a phase that moves by more between two rows climbs by "
+                        "whole turns",
+                        "leave it out for 200 degrees, or more points of frequency");
                 if (word == "fixed_interval" && file.flag_fixed_interval && file.fixed_interval <= 0)
                     d_.report.warning("bad-step", {i, j + 1}, "fixed_interval is not above zero");
                 if (word == "out_tstart" && file.out_tstart >= s_.t_end)

@@ -206,3 +206,12 @@ TEST(check_ac, doubts_amplitudes_of_a_block_that_has_none) {
     EXPECT_EQ(faults_of({.frequencies = "method: t_end=1m delt_const=1u", .file = file, .solve_type = "trns"}),
               "~no-rows solution_ac");
 }
+
+TEST(check_ac, doubts_a_delta_phase_by_which_phases_climb) {
+    const auto faults = [](const std::string& control) {
+        return faults_of({.file = "filename a.dat\nvariables: mag_of_vb phase_of_vb\ncontrol: " + control});
+    };
+    EXPECT_EQ(faults("delta_phase=180"), "");
+    EXPECT_EQ(faults("delta_phase=90"), "~bad-option delta_phase=90");
+    EXPECT_EQ(faults("delta_phase=90 max_phase=0"), "") << "has no effect there";
+}
