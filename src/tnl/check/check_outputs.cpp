@@ -116,8 +116,8 @@ private:
                          file.delta_phase < half_turn)
                     d_.report.warning(
                         "bad-option", {i, j},
-                        "with delta_phase below 180 a phase that moves by more between two rows climbs by "
-                        "whole turns",
+                        "with delta_phase below 180 a phase that falls by more between two rows climbs by a "
+                        "turn instead",
                         "leave it out for 200 degrees, or more points of frequency");
                 if (word == "fixed_interval" && file.flag_fixed_interval && file.fixed_interval <= 0)
                     d_.report.warning("bad-step", {i, j + 1}, "fixed_interval is not above zero");
