@@ -1,8 +1,10 @@
-// Small-signal blocks: what the simulator solves without a word although it is seldom meant.
+// Small-signal blocks: what the simulator solves without a word although it is seldom meant. Columns of small signals
+// in blocks of all kinds.
 #include <algorithm>
 
 #include "settings/solve_class.h"
 #include "tnl/check/check_solves.h"
+#include "tnl/check/check_stops.h"
 
 namespace cli {
 
@@ -71,25 +73,132 @@ void check_halves(checked_deck& d) {
     }
 }
 
-// What of a small signal the files of the block hold.
+// The words of variables: that name a column, with the column.
+template <class F>
+void for_columns(const checked_deck& d, const out_file& file, F f) {
+    if (file.content != out_rows || file.all_nodes || file.all_outvars) return;
+    int i = file.statement;
+    while (i >= 0 && i < d.text().n_lines() && !d.text().begins(i, "end_output") && !d.text().begins(i, "variables:"))
+        ++i;
+    if (i < 0 || i >= d.text().n_lines() || !d.text().begins(i, "variables:")) return;
+    for (int j = 1; j < d.text().n_words(i); ++j)
+        for (const out_var& v : file.vars)
+            if (v.name == d.text().word(i, j)) {
+                f(deck_word{i, j}, v);
+                break;
+            }
+}
+
+bool is_amplitude(int kind) { return is_small_signal(kind) && kind != ov_pwr_elec_ac; }
+
+// Which magnitudes and phases the files of the block hold.
 void check_parts(checked_deck& d, const solve_class& slv) {
     std::set<std::string> magnitudes;
-    const auto variables_of = [&](const out_file& file, auto take) {
-        for (int i = file.statement; i >= 0 && i < d.text().n_lines() && !d.text().begins(i, "end_output"); ++i)
-            for (int j = 1; d.text().begins(i, "variables:") && j < d.text().n_words(i); ++j) take(i, j, d.word(i, j));
-    };
     for (const out_file& file : slv.out.files)
-        variables_of(file, [&](int, int, const std::string& word) {
-            if (word.starts_with("mag_of_")) magnitudes.insert(word.substr(7));
+        for_columns(d, file, [&](deck_word, const out_var& v) {
+            if (v.prefix == prefix_mag) magnitudes.insert(v.name.substr(7));
         });
     for (const out_file& file : slv.out.files)
-        variables_of(file, [&](int i, int j, const std::string& word) {
-            if (word.starts_with("phase_of_") && magnitudes.count(word.substr(9)) == 0)
-                d.report.warning("phase-alone", {i, j},
-                                 word + " stands in the block's files without mag_of_" + word.substr(9),
-                                 "variables: mag_of_" + word.substr(9) + " " + word);
+        for_columns(d, file, [&](deck_word at, const out_var& v) {
+            if (v.prefix != prefix_phase || (d.is_built && !is_amplitude(v.kind))) return;
+            const std::string of = v.name.substr(9);
+            if (magnitudes.count(of) == 0)
+                d.report.warning("phase-alone", at, v.name + " stands in the block's files without mag_of_" + of,
+                                 "variables: mag_of_" + of + " " + v.name);
         });
 }
+
+// ---- columns that stop the run at its first row
+
+class column_checks {
+public:
+    column_checks(checked_deck& d, const solve_section& s, const out_file& file)
+        : d_(d), block_(block_named(s.type)), is_ac_(s.type == "ac"), file_(file) {}
+
+    void run() {
+        for_columns(d_, file_, [&](deck_word at, const out_var& v) { is_ac_ ? in_ac(at, v) : elsewhere(at, v); });
+        if (is_ac_ && d_.is_built && (file_.all_nodes || file_.all_outvars)) all_of_ac();
+    }
+
+private:
+    void tell(deck_word at, const std::string& message, const std::string& advice) {
+        d_.report.error("output-kind", at, message, advice);
+    }
+    std::string outvar(const out_var& v) const { return d_.c.ov.name[place(v)]; }
+    std::string quantity(const out_var& v) const { return d_.c.ov.left[place(v)] + "_of_" + d_.c.ov.right[place(v)]; }
+    static std::size_t place(const out_var& v) { return static_cast<std::size_t>(v.i_ov); }
+
+    // The same quantity in small signals, or in time; empty if there is none.
+    std::string counterpart(const out_var& v) const {
+        const std::string left = d_.c.ov.left[place(v)], right = d_.c.ov.right[place(v)];
+        const bool is_ac = left.ends_with("_ac");
+        const std::string other = is_ac ? left.substr(0, left.size() - 3) : left + "_ac",
+                          in_time = is_ac ? other : left;
+        bool is_there = in_time == "nodev" || in_time == "var" || in_time == "pwr_elec";
+        if (const auto at = d_.element_of.find(right); !is_there && at != d_.element_of.end()) {
+            const element_type* type = d_.elements[static_cast<std::size_t>(at->second)].type;
+            is_there = type != nullptr && has(type->outvar, other);
+        }
+        return is_there ? other + "_of_" + right : "";
+    }
+
+    void in_ac(deck_word at, const out_var& v) {
+        if (v.prefix == prefix_vary || v.prefix == prefix_vary_sync)
+            tell(at, "files of an ac block do not show the items of sweeps: " + v.name,
+                 v.name.starts_with("glbl_of_") ? "the name of the constant alone: " + v.name.substr(8)
+                                                : "sweep a constant instead, greal NAME=..., with vary_parm "
+                                                  "glbl_of_NAME, and name it: variables: NAME ...");
+        if (!d_.is_built || v.i_ov < 0 || v.prefix > prefix_mag) return;
+        const std::string name = outvar(v), parts = "mag_of_" + name + " phase_of_" + name;
+        if (v.kind == ov_pwr_elec_ac) {
+            if (v.prefix != prefix_none) tell(at, "a power has no magnitude and no phase", "variables: " + name);
+        } else if (is_amplitude(v.kind)) {
+            if (v.prefix == prefix_none && !file_.nyquist)
+                tell(at, name + " (" + quantity(v) + ") is an amplitude: it needs mag_of_ or phase_of_ before it",
+                     "variables: " + parts);
+        } else if (const std::string other = counterpart(v); !other.empty()) {
+            const std::string new_name = name + "_ac", alone = other.starts_with("pwr_elec_ac_of_") ? new_name : "";
+            tell(at, name + " (" + quantity(v) + ") is no amplitude, and an ac block shows these alone",
+                 "outvar: " + new_name + "=" + other + ", and here " +
+                     (alone.empty() ? "mag_of_" + new_name + " phase_of_" + new_name : alone));
+        } else {
+            tell(at, name + " (" + quantity(v) + ") is no amplitude, and an ac block shows these alone",
+                 "leave it out; of parameters, a greal can stand here by its name");
+        }
+    }
+
+    void elsewhere(deck_word at, const out_var& v) {
+        const bool has_prefix = v.prefix == prefix_mag || v.prefix == prefix_phase;
+        if (!d_.is_built || v.i_ov < 0 || v.prefix > prefix_mag || (has_prefix && file_.fourier)) return;
+        const std::string name = outvar(v);
+        if (is_small_signal(v.kind)) {
+            const std::string other = counterpart(v);
+            tell(at, name + " (" + quantity(v) + ") is a small signal, which " + block_ + " does not have",
+                 (other.empty() ? "" : "outvar: NAME=" + other + " and NAME here, or ") +
+                     "an output block of an ac block");
+        } else if (has_prefix) {
+            tell(
+                at,
+                v.name.substr(0, v.name.find("_of_")) + "_of_ is for small signals, which " + block_ + " does not have",
+                "variables: " + name);
+        }
+    }
+
+    void all_of_ac() {
+        const std::string word = file_.all_nodes ? "all_nodes" : "all_outvars";
+        const deck_word at = find_in_block(d_, file_.statement, word);
+        const std::string advice = "outvar: NAME=nodev_ac_of_NODE, and variables: mag_of_NAME phase_of_NAME";
+        if (file_.vars.empty())
+            d_.report.warning("no-rows", at, word + " finds nothing to show in an ac block but the frequency", advice);
+        else
+            tell(at, word + " shows values that are no amplitudes, and an ac block shows these alone", advice);
+    }
+
+    checked_deck& d_;
+    const std::string block_;
+    const bool is_ac_;
+    const out_file& file_;
+};
 
 }  // namespace
 
@@ -99,11 +208,17 @@ void check_small_signals(checked_deck& d, const solve_section& s, const solve_cl
         check_halves(d);
         check_source(d, s, written);
     }
-    if (d.is_built && !d.c.cct.flag_linear && !after_solution && !slv.task.init_file)
+    if (d.is_built && !d.c.cct.flag_linear && !after_solution)
         d.report.warning("no-bias", {s.type_line, 1},
                          "no block before this one finds a bias: small signals are those around zero",
                          "put a block with solve_type dc before it");
     check_parts(d, slv);
+}
+
+void check_columns(checked_deck& d, const solve_section& s, const solve_class& slv) {
+    if (!s.is_known_type || s.type == "ssw") return;
+    for (const out_file& file : slv.out.files)
+        if (!file.postproc && !file.postproc_ac) column_checks(d, s, file).run();
 }
 
 }  // namespace cli

@@ -65,6 +65,11 @@ struct block_type {
 inline constexpr block_type block_types[] = {
     {"dc", b_dc}, {"ac", b_ac}, {"trns", b_trns}, {"startup", b_startup}, {"ssw", b_ssw}};
 
+// "an ac block", "a dc block".
+inline std::string block_named(std::string_view type) {
+    return (type == "ac" || type == "ssw" ? "an " : "a ") + std::string(type) + " block";
+}
+
 struct named_values {
     std::set<std::string> reals, ints, texts;  // greal, ginteger, gstring
 };

@@ -18,6 +18,8 @@ namespace {
 
 std::vector<std::string> as_strings(const std::vector<std::string_view>& list) { return {list.begin(), list.end()}; }
 
+constexpr double half_turn = 180;  // degrees
+
 class output_checks {
 public:
     output_checks(checked_deck& d, const solve_section& s, const solve_class& slv) : d_(d), s_(s), slv_(slv) {}
@@ -37,6 +39,10 @@ public:
                     "few-harmonics", at,
                     "without n_fourier there are harmonics 0 and 1 alone, and the distortion is told as 0",
                     "control: n_fourier=20 for the harmonics 0 to 19");
+            if (file.content == out_solution_ac && s_.is_known_type && s_.type != "ac")
+                d_.report.warning("no-rows", find_in_block(d_, file.statement, "solution_ac"),
+                                  "solution_ac is written by ac blocks alone: the file stays empty",
+                                  "variables: solution");
             check_name(file, at, files_of_block);
             check_rows(file, at);
             if (d_.is_built && (file.postproc || file.postproc_ac)) check_measured_rows(file, {i_name, 0});
@@ -100,12 +106,19 @@ private:
                            of_phase = word.ends_with("_phase");
                 const bool is_read = of_time ? is_time() : of_phase ? s_.type == "ac" : true;
                 if (s_.is_known_type && !is_read) {
-                    d_.report.warning("unknown-option", {i, j}, word + " means nothing in a " + s_.type + " block");
+                    d_.report.warning("unknown-option", {i, j}, word + " means nothing in " + block_named(s_.type));
                     continue;
                 }
                 if (of_phase && file.nyquist)
                     d_.report.warning("unknown-option", {i, j},
                                       word + " means nothing in a nyquist file, which has no phase");
+                else if (word == "delta_phase" && !file.flag_min_phase && !file.flag_max_phase &&
+                         file.delta_phase < half_turn)
+                    d_.report.warning(
+                        "bad-option", {i, j},
+                        "with delta_phase below 180 a phase that falls by more between two rows climbs by a "
+                        "turn instead",
+                        "leave it out for 200 degrees, or more points of frequency");
                 if (word == "fixed_interval" && file.flag_fixed_interval && file.fixed_interval <= 0)
                     d_.report.warning("bad-step", {i, j + 1}, "fixed_interval is not above zero");
                 if (word == "out_tstart" && file.out_tstart >= s_.t_end)

@@ -6,6 +6,7 @@
 #include "settings/read_directives.h"
 #include "settings/solve_class.h"
 #include "settings/solve_words.h"
+#include "tnl/check/advice.h"
 #include "tnl/check/check_solves.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/check/check_values.h"
@@ -30,6 +31,9 @@ public:
         std::vector<kept_stop> stops = read_solve_of(d_, index_, slv_, flags_);
         if (s_.type == "ssw")  // not to be had, whatever its settings
             std::erase_if(stops, [&](const kept_stop& stop) { return stop.statement == s_.range.begin - 1; });
+        if (has_refused_frequencies(stops))
+            std::erase_if(stops,
+                          [](const kept_stop& stop) { return fits(stop.text, "check frequency definition cards"); });
         tell_stops(d_, stops, &s_);
         for (int i = s_.range.begin; i < s_.range.end; ++i) {
             if (s_.in_output[static_cast<std::size_t>(i - s_.range.begin)] || d_.text().n_words(i) == 0) continue;
@@ -40,7 +44,7 @@ public:
             if (s_.type == "ac" && (word == "set_freq" || word == "vary_freq")) doubt_frequencies(i);
             if (word.starts_with("set_") && word.ends_with("parm")) doubt_items(i);
             if ((word == "set_freq" || word == "vary_freq") && s_.is_known_type && s_.type != "ac")
-                d_.report.warning("misplaced", {i, 0}, word + " means nothing in a " + s_.type + " block");
+                d_.report.warning("misplaced", {i, 0}, word + " means nothing in " + block_named(s_.type));
         }
         if (s_.type == "trns") check_time();
         if (s_.type == "trns" || s_.type == "dc") check_gmin();
@@ -49,6 +53,14 @@ public:
     }
 
 private:
+    // Whether a statement of frequencies is there, and at fault: then none is missing.
+    bool has_refused_frequencies(const std::vector<kept_stop>& stops) const {
+        return std::any_of(stops.begin(), stops.end(), [&](const kept_stop& stop) {
+            return stop.statement >= s_.range.begin &&
+                   (d_.text().begins(stop.statement, "set_freq") || d_.text().begins(stop.statement, "vary_freq"));
+        });
+    }
+
     // Where a word of method: is missing.
     deck_word block_place() const {
         for (int i = s_.range.begin; i < s_.range.end; ++i)
@@ -246,6 +258,14 @@ private:
     void check_initial_sol(int i) {
         if (d_.text().n_words(i) < 2) return;
         const std::string how = d_.word(i, 1);
+        if (s_.type == "ac") {
+            if (how == "previous" ? !after_solution_ : how == "initialize" || how == "file")
+                d_.report.warning(
+                    "misplaced", {i, 1},
+                    "initial_sol has no effect in an ac block, whose bias is what the block before it left",
+                    "leave the statement out; a block with solve_type dc before it finds a bias");
+            return;
+        }
         if (how == "previous" && !after_solution_)
             d_.report.error("no-previous", {i, 1}, "no block before this one has a solution to start from",
                             "leave the statement out, or put a dc or startup block before it");
@@ -295,9 +315,8 @@ private:
         if (r.type == sweep_range::log && (r.from <= 0 || r.to <= 0))
             d_.report.error("bad-sweep", {i, std::max(0, (r.from <= 0 ? from : to) + 1)},
                             "a sweep of type log runs between numbers above zero");
-        else if (r.type != sweep_range::table && (r.from <= 0 || r.to <= 0))
-            d_.report.warning("bad-sweep", {i, std::max(0, (r.from <= 0 ? from : to) + 1)},
-                              "a frequency is above zero");
+        else if (r.type != sweep_range::table && (r.from < 0 || r.to <= 0))  // 0 is a usual begin of linear ones
+            d_.report.warning("bad-sweep", {i, std::max(0, (r.from < 0 ? from : to) + 1)}, "a frequency is above zero");
         if (r.type != sweep_range::table && r.from == r.to)
             d_.report.warning("bad-sweep", {i, std::max(0, to + 1)}, "the sweep ends where it begins");
         for (std::size_t k = 0; r.type == sweep_range::table && k < r.values.size(); ++k)
@@ -329,6 +348,7 @@ void check_solves(checked_deck& d) {
         solve_class slv;
         block_checks(d, s, static_cast<int>(i), slv, has_solution).run();
         check_outputs(d, s, slv);
+        check_columns(d, s, slv);
         for (const parm_item& item : slv.task.set_parm) written.insert(item.word);
         for (const std::vector<vary_statement>* list : {&slv.task.vary, &slv.task.vary_sync})
             for (const vary_statement& v : *list) written.insert(v.item.word);

@@ -11,5 +11,8 @@ namespace cli {
 // solved the circuit.
 void check_small_signals(checked_deck& d, const solve_section& s, const solve_class& slv,
                          const std::set<std::string>& written, bool after_solution);
+// Columns of the block's files that its kind of block cannot show: small signals are for ac blocks alone, and these
+// show nothing else but constants.
+void check_columns(checked_deck& d, const solve_section& s, const solve_class& slv);
 
 }  // namespace cli

@@ -26,7 +26,7 @@ struct told_stop {
 struct stop_kind {
     std::string_view pattern;  // of the text, as in advice.h
     const char* code;          // nullptr: another check tells it
-    // @ the word, % the value, ^ the statement's first word, $ the type of the block
+    // @ the word, % the value, ^ the statement's first word, $ the block's kind, "an ac block"
     const char* message = nullptr;
     const char* advice = "";
     std::string_view settings = {};  // words, the first of which that the block has is the place
@@ -45,7 +45,7 @@ std::string message_of(const checked_deck& d, const told_stop& s, std::string_vi
         else if (c == '^')
             text += s.at.statement < 0 ? "" : d.word(s.at.statement, 0);
         else if (c == '$')
-            text += s.block == nullptr ? "" : s.block->type;
+            text += s.block == nullptr ? "" : block_named(s.block->type);
         else
             text += c;
     return text;
@@ -97,7 +97,7 @@ void tell_method_word(checked_deck& d, const told_stop& s, const stop_kind& kind
         for (const block_type& t : block_types)
             if (m->blocks & t.bit) where += (where.empty() ? "" : ", ") + std::string(t.word);
         d.report.error(kind.code, s.at,
-                       s.word + " means nothing in a " + s.block->type + " block; it belongs to: " + where);
+                       s.word + " means nothing in " + block_named(s.block->type) + "; it belongs to: " + where);
     }
 }
 
@@ -204,7 +204,7 @@ constexpr stop_kind kinds[] = {
     {"only one *_freq is allowed", "given-twice", "the block has @ twice"},
     {"n_points must be identical", "bad-sweep",
      "all vary_parm_sync statements of a block need the same number of points", "", "vary_parm_sync"},
-    {"vary_parm*is not allowed in", "misplaced", "^ is not allowed in a $ block",
+    {"vary_parm*is not allowed in", "misplaced", "^ is not allowed in $",
      "give each value a block of its own, with set_parm"},
     {"filename not found in the initial_sol card", "no-filename", "the name of the file is missing",
      "initial_sol file filename PATH"},

@@ -137,6 +137,8 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
     EXPECT_EQ(id_of("check double string: <1x>\n  (brackets are not part of the string)\n  Halting...\n"),
               "bad-number");
     EXPECT_EQ(id_of("write_trns: limit_lines is exceeded.\n  index_solve = 1, i_file = 0\n"), "limit-lines");
+    EXPECT_EQ(id_of("write_ac: limit_lines is exceeded.\n  index_solve = 1, i_file = 0\n"), "limit-lines-of-sweep");
+    EXPECT_EQ(id_of("write_dc: limit_lines is exceeded.\n  index_solve = 1, i_file = 0\n"), "limit-lines-of-sweep");
     EXPECT_EQ(id_of("row_file: output file a/b.dat could not be opened.\n  Halting...\n"), "cannot-write");
     EXPECT_EQ(id_of("dp_class::gbe_pwl_file:\n  file x.txt does not exist.\n  Halting...\n"), "missing-file");
     EXPECT_EQ(id_of("thyristor_g: DC not allowed.\n   Halting...\n"), "not-in-dc");
