@@ -40,8 +40,8 @@ public:
                     "without n_fourier there are harmonics 0 and 1 alone, and the distortion is told as 0",
                     "control: n_fourier=20 for the harmonics 0 to 19");
             if (file.content == out_solution_ac && s_.is_known_type && s_.type != "ac")
-                d_.report.warning("no-rows", find_in_block(d_, file.statement, "solution_ac"),
-                                  "solution_ac is written by ac blocks alone: the file stays empty",
+                d_.report.warning("misplaced", find_in_block(d_, file.statement, "solution_ac"),
+                                  "solution_ac holds what the last ac block has found, or zeros",
                                   "variables: solution");
             check_name(file, at, files_of_block);
             check_rows(file, at);

@@ -202,9 +202,9 @@ TEST(check_ac, doubts_an_initial_sol_which_has_no_effect) {
 TEST(check_ac, doubts_amplitudes_of_a_block_that_has_none) {
     const std::string file = "filename a.dat\nvariables: solution_ac";
     EXPECT_EQ(faults_of({.file = file}), "");
-    EXPECT_EQ(faults_of({.frequencies = "", .file = file, .solve_type = "dc"}), "~no-rows solution_ac");
+    EXPECT_EQ(faults_of({.frequencies = "", .file = file, .solve_type = "dc"}), "~misplaced solution_ac");
     EXPECT_EQ(faults_of({.frequencies = "method: t_end=1m delt_const=1u", .file = file, .solve_type = "trns"}),
-              "~no-rows solution_ac");
+              "~misplaced solution_ac");
 }
 
 TEST(check_ac, doubts_a_delta_phase_by_which_phases_climb) {
