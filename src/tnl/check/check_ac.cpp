@@ -124,6 +124,10 @@ private:
     void tell(deck_word at, const std::string& message, const std::string& advice) {
         d_.report.error("output-kind", at, message, advice);
     }
+    // An outvar whose kind is known: what it names is there.
+    bool is_known(const out_var& v) const {
+        return d_.is_built && v.i_ov >= 0 && v.prefix <= prefix_mag && v.kind != ov_none;
+    }
     std::string outvar(const out_var& v) const { return d_.c.ov.name[place(v)]; }
     std::string quantity(const out_var& v) const { return d_.c.ov.left[place(v)] + "_of_" + d_.c.ov.right[place(v)]; }
     static std::size_t place(const out_var& v) { return static_cast<std::size_t>(v.i_ov); }
@@ -148,7 +152,7 @@ private:
                  v.name.starts_with("glbl_of_") ? "the name of the constant alone: " + v.name.substr(8)
                                                 : "sweep a constant instead, greal NAME=..., with vary_parm "
                                                   "glbl_of_NAME, and name it: variables: NAME ...");
-        if (!d_.is_built || v.i_ov < 0 || v.prefix > prefix_mag) return;
+        if (!is_known(v)) return;
         const std::string name = outvar(v), parts = "mag_of_" + name + " phase_of_" + name;
         if (v.kind == ov_pwr_elec_ac) {
             if (v.prefix != prefix_none) tell(at, "a power has no magnitude and no phase", "variables: " + name);
@@ -169,7 +173,7 @@ private:
 
     void elsewhere(deck_word at, const out_var& v) {
         const bool has_prefix = v.prefix == prefix_mag || v.prefix == prefix_phase;
-        if (!d_.is_built || v.i_ov < 0 || v.prefix > prefix_mag || (has_prefix && file_.fourier)) return;
+        if (!is_known(v) || (has_prefix && file_.fourier)) return;
         const std::string name = outvar(v);
         if (is_small_signal(v.kind)) {
             const std::string other = counterpart(v);

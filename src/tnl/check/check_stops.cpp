@@ -136,6 +136,26 @@ void tell_initial_sol(checked_deck& d, const told_stop& s, const stop_kind& kind
 }
 void tell_variable(checked_deck& d, const told_stop& s, const stop_kind&) { check_unknown_variable(d, *s.block, s.at); }
 
+// Names of the circuit to which no element gives a small signal, all at once.
+void tell_no_small_signal(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    const name_table& names = s.value == "nodev" ? d.c.cct.ect : s.value == "var" ? d.c.cct.gct : d.c.cct.xct;
+    const std::string left = s.value + "_ac_of_";
+    for (int j = 2; j < d.text().n_words(s.at.statement); j += 2) {
+        const std::string word = d.word(s.at.statement, j);
+        if (!word.starts_with(left)) continue;
+        const int i = names.find(word.substr(left.size()));
+        const bool has_form =
+            i >= 0 && static_cast<std::size_t>(i) < names.to_au.size() && names.to_au[static_cast<std::size_t>(i)] >= 0;
+        const deck_word at{s.at.statement, j};
+        const auto is_told = [&](const check_fault& f) {
+            return f.code == kind.code && f.at.statement == at.statement && f.at.word == at.word;
+        };
+        if (!has_form && std::none_of(d.report.faults.begin(), d.report.faults.end(), is_told))
+            d.report.error(kind.code, at, "no element at " + word.substr(left.size()) + " has a small-signal form",
+                           kind.advice);
+    }
+}
+
 constexpr const char* expressions =
     "an expression is $((a)op(b)) with op one of + - * / **, or $(f(a)) with exp, sin, cos; no blanks";
 constexpr const char* scales = "a number may end in one letter of G M k m u n p f, without a unit: 4.7u, 1e-3";
@@ -215,6 +235,14 @@ constexpr stop_kind kinds[] = {
      {},
      tell_initial_sol},
     {"for init sol", "given-twice", "the block has two initial_sol statements", "", "initial_sol"},
+
+    // ---- outputs of the circuit
+    {"Check outvars of type *_ac_of_xxx",
+     "no-ac-half",
+     "",
+     "tnl describe TYPE tells whether an element has one; a composite needs allow_ac=yes and begin_ac ... end_ac",
+     {},
+     tell_no_small_signal},
 
     // ---- output blocks
     {"filename not found in an output block", "no-filename", "this output block names no file", "filename out.dat"},

@@ -215,3 +215,26 @@ TEST(check_ac, doubts_a_delta_phase_by_which_phases_climb) {
     EXPECT_EQ(faults("delta_phase=90"), "~bad-option delta_phase=90");
     EXPECT_EQ(faults("delta_phase=90 max_phase=0"), "") << "has no effect there";
 }
+
+TEST(check_ac, tells_of_a_node_without_small_signals_that_its_elements_have_none) {
+    const std::string composite = "ece name=mute\nmainnodes: p n\nrparms: v=1k\ncallece r p=p n=n r=v\nendece\n",
+                      element = "eelement name=F1 type=mute p=c n=0\n",
+                      outputs = "outvar: vc=nodev_ac_of_c w=nodev_ac_of_b\n";
+    const auto faults = [&](const std::string& text) {
+        std::string out;
+        for (const check_fault& f : check_deck(view_deck("d.in", text), installed()).faults) {
+            if (!f.is_error) continue;
+            out += f.code + ": " + f.message + "\n";
+        }
+        return out;
+    };
+    std::string text = text_of({.file = "filename a.dat\nvariables: mag_of_vc mag_of_w", .outputs = element + outputs});
+    const std::string lost = "no-ac-half: no element at c has a small-signal form\n";
+    EXPECT_EQ(faults(composite + text),
+              "no-ac-half: an ac block cannot stand with F1 (mute), which has no small-signal form\n" + lost);
+    text = text_of({.frequencies = "",
+                    .file = "filename a.dat\nvariables: x",
+                    .outputs = element + outputs + "outvar: x=nodev_of_b\n",
+                    .solve_type = "dc"});
+    EXPECT_EQ(faults(composite + text), lost);
+}
