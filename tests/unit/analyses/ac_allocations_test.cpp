@@ -1,0 +1,56 @@
+// Counts what the loop over frequencies takes from the heap. The counting operators serve the whole test program.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "analyses/ac.h"
+#include "dc_fixture.h"
+#include "output/row_writers.h"
+
+namespace {
+long n_allocations = 0;
+}
+
+[[gnu::noinline]] void* operator new(std::size_t n) {
+    ++n_allocations;
+    if (void* p = std::malloc(n > 0 ? n : 1)) return p;
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+TEST(solve_ac, allocates_nothing_from_the_second_frequency_on) {
+    const temp_folder folder;
+    circuit c = circuit_of(
+        "title: test\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcac p=a n=0 a_ac=1\n"
+        "eelement name=R1 type=r p=a n=b\neelement name=C1 type=c p=b n=0\neelement name=D1 type=diode p=b n=0\n"
+        "eelement name=L1 type=l p=b n=0\neelement name=M type=voltmeter_fb p=b n=0 y=x\n"
+        "gelement name=F type=lag_1 x=x y=y\ngelement name=P type=mult_2a x1=x x2=y y=z\n"
+        "outvar: v=nodev_ac_of_b i=i_ac_of_D1 p=pwr_elec_ac_of_R1 z=var_ac_of_z\nend_circuit\nbegin_solve\nsolve_type "
+        "ac\n"
+        "vary_freq from 1 to 1M type log n_points 500\nbegin_output\nfilename o.dat\n"
+        "variables: mag_of_v phase_of_v mag_of_i phase_of_i p mag_of_z phase_of_z\nend_output\nend_solve\nend_cf\n",
+        installed_libraries());
+    run_state r(c);
+    long before = 0;
+    run_and_listen([&] {
+        prepare_circuit(r);
+        read_block(r, 0);
+        open_out_files(r.slv, c);
+        set_mat_1_ac(r);
+        calc_acparms(r);
+        r.slv.now.i_sweep = 0;
+        take_bias(r);
+        for (int k = 0; k < 500; ++k) {
+            r.slv.now.i_freq = k;
+            r.slv.now.freq = r.slv.task.freq_array[at(k)];
+            solve_ac(r);
+            write_ac(r.slv, c, r.flags);
+            if (k == 0) before = n_allocations;
+        }
+        before = n_allocations - before;
+    });
+    EXPECT_EQ(before, 0);
+    EXPECT_GT(n_allocations, 0);
+}
