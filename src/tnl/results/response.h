@@ -17,10 +17,11 @@ struct response {
 // The same phase without jumps of more than half a turn from one value to the next; what is no number is passed over.
 std::vector<double> unwrapped(std::vector<double> degrees);
 
-// The greatest row and its two neighbours give a parabola, dB over the logarithm of frequency: its top. Where one of
-// them is more than twice as far as the other, the row itself.
+// Between rows 1/|x|^2 is a cubic over the logarithm of frequency, through the greatest row and its three nearest: its
+// least. Throws where a neighbour lies 3 dB below: the rows do not tell the peak of such a resonance.
 struct response_peak {
     double t, mag;
+    std::size_t row = 0;  // the greatest
 };
 response_peak peak_of(const response& r);
 
