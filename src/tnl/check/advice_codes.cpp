@@ -72,6 +72,8 @@ constexpr advice_text texts[] = {
      "sources are off in small signals unless a_ac says otherwise", "a_ac=1 behind the source that drives the circuit"},
     {"no-bias", "An ac block has no solution before it to be small around (a warning).", "",
      "a block with solve_type dc before it"},
+    {"no-effect", "A sweep changes nothing of what the block solves (a warning).",
+     "an ac block takes the bias of the block before it", "a dc block and an ac block for each value"},
     {"no-rows", "A file would stay empty (a warning).", "out_tstart behind the end", "look at out_tstart and out_tend"},
     {"no-solve", "The deck has no solve block: nothing is computed (a warning).", "", "begin_solve ... end_solve"},
     {"not-read", "Nobody reads a block variable (a warning).", "a misspelt name",

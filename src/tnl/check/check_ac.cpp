@@ -89,6 +89,38 @@ void for_columns(const checked_deck& d, const out_file& file, F f) {
             }
 }
 
+// Whether a parameter of an instance goes to its small-signal half, or to an element that a form takes its slopes from.
+bool acts_in_ac(const circuit& c, const parm_item& item) {
+    const composite_library& lib = c.lib.composites(item.family);
+    const int e = c.instances(item.family).i_lib[static_cast<std::size_t>(item.instance)];
+    const auto k = static_cast<std::size_t>(e);
+    if (lib.n_rprm_derived(e) > 0 || lib.flag.compute_acp[k] || lib.computes_rparms[k] ||
+        lib.call.first[k + 1] > lib.call.first[k])
+        return true;
+    const auto reads = [&](const element_table& be, int b) {
+        const int* link = be.rprm_flag.row(b);
+        return std::find(link, link + be.rprm_flag.size(b), item.index) != link + be.rprm_flag.size(b);
+    };
+    for (int b = lib.beac.first_be[k]; b < lib.beac.first_be[k + 1]; ++b) {
+        const int bias = lib.beac.acprm_be[static_cast<std::size_t>(b)];
+        if (reads(lib.beac, b) || (bias >= 0 && reads(lib.be, lib.be.first_be[k] + bias))) return true;
+    }
+    return false;
+}
+
+// A sweep does not solve the bias again.
+void check_swept(checked_deck& d, const solve_section& s, const solve_class& slv) {
+    for (const std::vector<vary_statement>* list : {&slv.task.vary, &slv.task.vary_sync})
+        for (const vary_statement& v : *list) {
+            const parm_item& item = v.item;
+            if (item.where != parm_item::real_value || (item.family != fam_e && item.family != fam_g)) continue;
+            if (item.instance < 0 || acts_in_ac(d.c, item)) continue;
+            d.report.warning("no-effect", find_in_block(d, s.range.begin, item.word),
+                             item.word + " changes nothing in small signals: the bias stays that of the block before",
+                             "a dc block and an ac block for each value, with set_parm in the dc block");
+        }
+}
+
 bool is_amplitude(int kind) { return is_small_signal(kind) && kind != ov_pwr_elec_ac; }
 
 // Which magnitudes and phases the files of the block hold.
@@ -211,6 +243,7 @@ void check_small_signals(checked_deck& d, const solve_section& s, const solve_cl
     if (d.is_built && s.type_line >= 0) {
         check_halves(d);
         check_source(d, s, written);
+        check_swept(d, s, slv);
     }
     if (d.is_built && !d.c.cct.flag_linear && !after_solution)
         d.report.warning("no-bias", {s.type_line, 1},

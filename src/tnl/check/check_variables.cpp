@@ -37,7 +37,9 @@ void check_variables(checked_deck& d) {
     for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i)
         if (is_outvar(f, i))
             for (int j = 2; j < f.n_words(i); j += 2)
-                if (f.word(i, j).starts_with("var_of_")) asked_for.insert(std::string(f.word(i, j).substr(7)));
+                for (const std::string_view quantity : {"var_of_", "var_ac_of_"})
+                    if (f.word(i, j).starts_with(quantity))
+                        asked_for.insert(std::string(f.word(i, j).substr(quantity.size())));
 
     const auto element = [&](const use& u) -> const deck_element& {
         return d.elements[static_cast<std::size_t>(u.element)];

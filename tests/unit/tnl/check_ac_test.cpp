@@ -238,3 +238,19 @@ TEST(check_ac, tells_of_a_node_without_small_signals_that_its_elements_have_none
                     .solve_type = "dc"});
     EXPECT_EQ(faults(composite + text), lost);
 }
+
+TEST(check_ac, doubts_a_sweep_of_what_acts_on_the_bias_alone) {
+    const std::string points = " type table 1 2\n";
+    EXPECT_EQ(faults_of({.load = diode, .before = dc_block, .block = "vary_parm vdc_of_V1" + points}),
+              "~no-effect vdc_of_V1");
+    EXPECT_EQ(faults_of({.block = "vary_parm_sync vdc_of_V1" + points}), "~no-effect vdc_of_V1");
+    for (const char* item : {"a_ac_of_V1", "r_of_R1", "is_of_D1", "temp_of_D1"})
+        EXPECT_EQ(faults_of({.load = diode, .before = dc_block, .block = "vary_parm " + (item + points)}), "") << item;
+    EXPECT_EQ(faults_of({.block = "vary_parm c_of_C1" + points}), "");
+}
+
+TEST(check_ac, an_outvar_of_small_signals_reads_a_variable) {
+    const std::string blocks = "gelement name=K1 type=const y=x k=1 a_ac=1\ngelement name=F1 type=lag_1 x=x y=y\n";
+    EXPECT_EQ(faults_of({.load = blocks}), "~not-read y");
+    EXPECT_EQ(faults_of({.load = blocks + "outvar: w=var_ac_of_y"}), "");
+}
