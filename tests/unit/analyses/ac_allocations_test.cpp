@@ -17,7 +17,12 @@ long n_allocations = 0;
     if (void* p = std::malloc(n > 0 ? n : 1)) return p;
     throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t n, const std::nothrow_t&) noexcept {
+    ++n_allocations;
+    return std::malloc(n > 0 ? n : 1);
+}
 [[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
 [[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 TEST(solve_ac, allocates_nothing_from_the_second_frequency_on) {
