@@ -6,6 +6,7 @@
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "models/block_functions.h"
+#include "models/digital_links.h"
 #include "models/edges.h"
 #include "models/model_functions.h"
 
