@@ -106,6 +106,8 @@ void read_items(solve_class& slv, const circuit& c, const words& w) {
         at_word(i + 1);
         if (item.where == parm_item::int_value)
             item.value_int = c.gprm.gprm_int_1(w[i + 1]);
+        else if (card.families.data() == digital_families)
+            item.value = c.gprm.gprm_int_1(w[i + 1]);  // start-up values of digital elements are whole numbers
         else
             item.value = c.gprm.gprm_double_1(w[i + 1]);
         (slv.task.*list_of(w[0])).push_back(item);
@@ -118,7 +120,11 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
         if (node < 0)
             halt({"solve_class: digital node name not found", "   in set_sgtl statement.",
                   line("   Check this string: ", w[i])});
-        slv.task.set_dgtl.push_back({node, c.gprm.gprm_int_1(w[i + 1])});
+        const int level = c.gprm.gprm_int_1(w[i + 1]);
+        if (level < 0 || level > 2)
+            halt({"solve_class: a digital level is 0, 1, or 2 (unknown)", "   in set_dgtl statement.",
+                  line("   Check this string: ", w[i + 1]), "   Halting..."});
+        slv.task.set_dgtl.push_back({node, level});
     }
 }
 
