@@ -52,6 +52,7 @@ void init_sol(run_state& r) {
         clear_solvec(r);
         if (r.slv.task.init_file) {
             read_solution(r.slv, r.c, r.flags);
+            take_levels_as_outputs(r.c.dbeu);
         } else {
             set_ig(r.slv, r.c);
             set_dig(r.slv, r.c);

@@ -89,6 +89,15 @@ void call_digital_models(run_state& r) {
             dbe_call::arguments::call(call[at(u)].function, u, call[at(u)], &r.flags, &r.dp, &r.math_cnst);
 }
 
+void take_levels_as_outputs(dbeu_class& u) {
+    for (int k = 0; k < u.n(); ++k)
+        for (int i = u.nd.first[at(k)] + u.n_input[at(k)]; i < u.nd.first[at(k) + 1]; ++i) {
+            const int level = u.dvar[at(u.nd.data[at(i)])];
+            u.stbl_out[at(i)] = level != unknown;
+            u.val_out[at(i)] = level == 1;
+        }
+}
+
 void set_dgtl(run_state& r) {
     for (const dgtl_item& item : r.slv.task.set_dgtl) r.c.dbeu.dvar[at(r.c.cct.dct.to_eu[at(item.node)])] = item.level;
 }

@@ -8,6 +8,7 @@
 #include "models/calls.h"
 
 struct run_state;
+struct dbeu_class;
 
 // What a run keeps of the digital side beside the tables of dbeu_class. Levels are 0, 1, or 2 for unknown.
 struct digital_class {
@@ -39,6 +40,8 @@ void call_digital_models(run_state& r);
 void call_all_digital(run_state& r);
 // First guesses: all levels unknown, nothing kept, then every model under init_guess.
 void dbe_init_guess(run_state& r);
+// Behind a solution file, which has levels of nodes alone: what units have put out is what stands there.
+void take_levels_as_outputs(dbeu_class& units);
 // The levels that the block sets.
 void set_dgtl(run_state& r);
 // Passes over all units under startup until no level changes; the first from nothing begins with unknown levels, and
