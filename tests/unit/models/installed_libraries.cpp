@@ -26,7 +26,8 @@ void expect_room(const char* library, const basic_library& lib, const basic_form
         const int sum = std::visit(
             [&](auto member) {
                 int n = 0;
-                for (int e = 0; e < lib.n(); ++e) n += (lib.list.*member).count(e);
+                if constexpr (requires { (lib.list.*member).count(0); })
+                    for (int e = 0; e < lib.n(); ++e) n += (lib.list.*member).count(e);
                 return n;
             },
             l.member);
