@@ -65,9 +65,9 @@ struct digital_one {
     void call(F... switches) {
         flags.init_flags();
         ((flags.*switches = 1), ...);
-        function(i_unit, x.iparm.data(), sparm.data(), x.rparm.data(), x.stparm.data(), x.igparm.data(),
-                 x.lparm.data(), x.stbl_in.data(), x.stbl_out.data(), x.val_in.data(), x.val_out.data(),
-                 x.val_in_old.data(), x.val_anlg.data(), x.dstate, x.stbl, x.t_next, &flags, &dp, &math_cnst);
+        function(i_unit, x.iparm.data(), sparm.data(), x.rparm.data(), x.stparm.data(), x.igparm.data(), x.lparm.data(),
+                 x.stbl_in.data(), x.stbl_out.data(), x.val_in.data(), x.val_out.data(), x.val_in_old.data(),
+                 x.val_anlg.data(), x.dstate, x.stbl, x.t_next, &flags, &dp, &math_cnst);
         flags.init_flags();
     }
     void prepare() { call(&flags_class::one_time_parms); }
