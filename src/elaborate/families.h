@@ -10,8 +10,8 @@ struct bound_list {
     word_list library_lists::*list;
     name_table cct_class::*names;
     row_table<int> instance_core::*row;
-    std::string_view what;       // "node name", "var name": of a missing key
-    std::string_view assigning;  // routine of an unknown value
+    std::string_view what;                             // "node name", "var name": of a missing key
+    std::string_view assigning;                        // routine of an unknown value
     word_list composite_library::*internal = nullptr;  // names inside the composite, numbered behind those
 };
 

@@ -29,9 +29,9 @@ struct instance_core {
     row_table<int> rprm_tie, sv_tie, ig_tie;  // greal that the value named; -1
     row_table<double> rprm_ac;                // small-signal copy of rprm
     row_table<double> outvar, bias;           // values of the composite's output and bias words at run time
-    row_table<int> part;  // of mixed instances: number, in its own family, of the instance that call k became
-    std::vector<int> first_unit;              // [n + 1] units of instance i
-    std::vector<int> first_unit_ac;           // [n + 1] small-signal units
+    row_table<int> part;          // of mixed instances: number, in its own family, of the instance that call k became
+    std::vector<int> first_unit;  // [n + 1] units of instance i
+    std::vector<int> first_unit_ac;  // [n + 1] small-signal units
 
     int find(std::string_view w) const {  // -1 if none
         const auto it = index.find(std::string(w));
