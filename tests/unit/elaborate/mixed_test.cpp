@@ -151,6 +151,10 @@ TEST(mixed, all_three_domains_are_connected_and_numbered) {
     EXPECT_EQ(row(c.gelu.vr, 0), (ints{0, 0, 2}));
     EXPECT_EQ(row(c.gelu.vr, 1), (ints{0, 1, 3}));
     EXPECT_EQ(row(c.eelu.vr, 1), ints{1});
+    // Numbers of one domain in units of another go by the unit level, internal ones too.
+    EXPECT_EQ(c.ebeu.vr_gbeu, ints{c.cct.gct.lu_to_eu[1]});
+    EXPECT_EQ(c.dbeu.anlg_ebeu[2], c.cct.ect.lu_to_eu[1]);
+    EXPECT_EQ(c.dbeu.anlg_ebeu[4], c.cct.ect.lu_to_eu[2]);
     EXPECT_EQ(row(c.delu.sv, 1), doubles{1});
     EXPECT_EQ(row(c.delu.rprm, 1), doubles{5e-9});
     EXPECT_EQ(row(c.delu.rprm, 2), doubles{1e-9});
@@ -321,7 +325,8 @@ TEST(mixed, faults_of_statements) {
           "gmeu:set_values_1: some word has not been ticked.\n   word: compute_acp\n");
     fault("gmelement name=X type=divider a=in b=0 model=m\n",
           "set_values_1 (gmeu): model not found.\n   model name is m\n   Halting...\n");
-    fault("gmelement name=X type=divider a=in b=0\neelement name=X.ra type=r p=in n=0\n", "check_word_repeat_1: \n   The string <X.ra> is repeated.\n   i = 1\n  j = 2\n"
+    fault("gmelement name=X type=divider a=in b=0\neelement name=X.ra type=r p=in n=0\n",
+          "check_word_repeat_1: \n   The string <X.ra> is repeated.\n   i = 1\n  j = 2\n"
           "   Message from the calling routine:\n   cct_class (eelu)\n");
     const std::string other = gme("other", {{"mainnodes_dgtl:", "d"}, {"main_var:", "u"}}, "");
     EXPECT_HALT(
@@ -340,5 +345,16 @@ TEST(mixed, names_that_no_call_touches_stop) {
     EXPECT_NO_THROW(built(idle, source + "gmelement name=X type=idle a=in b=0\n"));
     const std::string alone = gme("alone", {{"mainnodes_anlg:", "a"}}, "");
     EXPECT_HALT(built(alone, source + "gmelement name=X type=alone a=nowhere\n"),
+                "ect_to_ebeu_nd: i_eelu_nd = -1\n   for i_ect_nd = 2\ncct_class: problem in assigning ect_to_ebeu\n");
+}
+
+TEST(mixed, an_internal_name_that_another_domain_alone_touches_stops) {
+    const std::string unread =
+        gme("unread", {{"mainnodes_anlg:", "a b"}, {"aux_var:", "w"}}, "callece reads_x p=a n=b x=w\n");
+    EXPECT_HALT(built(unread, source + "gmelement name=X type=unread a=in b=0\n"),
+                "ect_to_ebeu_nd: i_eelu_nd = -1\n   for i_ect_nd = 0\ncct_class: problem in assigning gct_to_gbeu\n");
+    const std::string sensed =
+        gme("sensed", {{"auxnodes_anlg:", "m"}, {"mainnodes_dgtl:", "d"}}, "calldce gates a=d y=d x=m\n");
+    EXPECT_HALT(built(sensed, source + "gmelement name=X type=sensed d=d\n"),
                 "ect_to_ebeu_nd: i_eelu_nd = -1\n   for i_ect_nd = 2\ncct_class: problem in assigning ect_to_ebeu\n");
 }
