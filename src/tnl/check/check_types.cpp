@@ -11,10 +11,24 @@ using words_member = std::vector<std::string> element_type::*;
 struct word_line {
     std::string_view keyword;
     words_member list;
-    int step;  // 1: words; 2: pairs, whose first words count
+    int step;          // 1: words; 2: pairs, whose first words count
+    int library = -1;  // of this one alone
 };
 constexpr word_line word_lines[] = {
-    {"mainnodes:", &element_type::node, 1},
+    {"mainnodes:", &element_type::digital, 1, lib_dels},
+    {"analog_nodes:", &element_type::ind_node, 1, lib_dels},
+    {"mainnodes:", &element_type::node, 1, lib_eels},
+    {"mainnodes_anlg:", &element_type::node, 1},
+    {"auxnodes_anlg:", &element_type::inner, 1},
+    {"mainnodes_dgtl:", &element_type::digital, 1},
+    {"auxnodes_dgtl:", &element_type::inner_digital, 1},
+    {"aux_var:", &element_type::inner_var, 1, lib_gmes},
+    {"stparms_anlg:", &element_type::start, 2},
+    {"igparms_anlg:", &element_type::guess, 2},
+    {"stparms_dgtl:", &element_type::start, 2},
+    {"igparms_dgtl:", &element_type::guess, 2},
+    {"outvar_anlg:", &element_type::outvar, 2},
+    {"outvar_dgtl:", &element_type::outvar, 2},
     {"ind_nodes:", &element_type::ind_node, 1},
     {"ind_branches:", &element_type::ind_branch, 1},
     {"digital_nodes:", &element_type::digital, 1},
@@ -24,7 +38,8 @@ constexpr word_line word_lines[] = {
     {"auxvars:", &element_type::inner, 1},
     {"nodes:", &element_type::node, 1},  // of basic elements
     {"main_vars:", &element_type::var, 1},
-    {"aux_var:", &element_type::inner, 1},
+    {"aux_var:", &element_type::inner, 1, lib_ebes},
+    {"aux_var:", &element_type::inner, 1, lib_ebac},
     {"aux_vars:", &element_type::inner, 1},
     {"xvar:", &element_type::xvar, 1},
     {"xvars:", &element_type::xvar, 1},
@@ -37,6 +52,10 @@ constexpr word_line word_lines[] = {
     {"outvar:", &element_type::outvar, 2},
     {"outvar_ac:", &element_type::outvar, 2},
 };
+
+bool is_line(const word_line& l, const words& w, int library) {
+    return w[0] == l.keyword && (l.library < 0 || l.library == library);
+}
 
 constexpr int deepest_call = 20, most_bodies = 2000;  // calls that double at each level are no elements for a run
 
@@ -109,7 +128,7 @@ public:
                 std::map<std::string, std::string> inner;
                 for (const words& l : types_.lines(*used, callee))
                     for (const word_line& k : word_lines)
-                        if (l[0] == k.keyword && k.step == 1)
+                        if (is_line(k, l, callee) && k.step == 1)
                             for (int j = 1; j < l.size(); ++j) inner[l.str(j)] = outside(l.str(j));
                 read_body(*used, callee, inner, depth + 1);
             }
@@ -142,6 +161,22 @@ private:
     bool has_current_ = false;
 };
 
+// The calls of a mixed composite, without those that a nested one brings.
+std::vector<element_type::part> parts_of(const entry_lines& lines) {
+    std::vector<element_type::part> parts;
+    int position = 0;
+    for (const words& w : lines) {
+        const int library = library_of(w[0]);
+        if (library < 0 || library_forms[library].statement.empty() || w.size() < 2) continue;
+        std::string name = pair_value(w, 2, "name");
+        // A call without a name has its position in the list, which a nested one behind it would shift.
+        if (name.empty() && position >= 0) name = w.str(1) + "." + std::to_string(position);
+        position = library == lib_gmes || position < 0 ? -1 : position + 1;
+        if (library != lib_gmes && !name.empty()) parts.push_back({name, w.str(1), library});
+    }
+    return parts;
+}
+
 }  // namespace
 
 bool has(const std::vector<std::string>& list, std::string_view word) {
@@ -172,13 +207,14 @@ const element_type* element_types::find(int library, std::string_view name) {
     const entry_lines& of_entry = lines(*entry, library);
     for (const words& w : of_entry)
         for (const word_line& l : word_lines)
-            if (w[0] == l.keyword)
+            if (is_line(l, w, library))
                 for (int j = 1; j < w.size(); j += l.step)
                     if (!has(type.*l.list, w[j])) (type.*l.list).push_back(w.str(j));
     type.text_values = pairs_of(of_entry, "sparms:");
     for (const char* keyword : {"iparms:", "rparms:"})
         for (name_and_value& p : pairs_of(of_entry, keyword)) type.values.push_back(std::move(p));
     type.doc = doc_of(*entry);
+    if (library == lib_gmes) type.parts = parts_of(of_entry);
     std::map<std::string, std::string> own;
     for (words_member list : {&element_type::node, &element_type::var})
         for (const std::string& w : type.*list) own[w] = w;
