@@ -65,11 +65,8 @@ bool is_row_file(const std::string& path) {
 
 // A record may come after its file was read: what is made of the rows by the names of their columns is made again.
 bool reads_alike(const record_file& a, const record_file& b) {
-    const auto is_same = [](const record_column& x, const record_column& y) {
-        return x.name == y.name && x.unit == y.unit;
-    };
-    return a.begins_with_guess == b.begins_with_guess && a.kind == b.kind &&
-           std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(), is_same);
+    return a.begins_with_guess == b.begins_with_guess && a.kind == b.kind && a.digital == b.digital &&
+           a.offset == b.offset && a.columns == b.columns;
 }
 
 // Takes over what was read of the files that are still there.
@@ -123,6 +120,7 @@ void complete(result_table& table, view_file& file, bool is_begin) {
     if (table.n_rows() == 0) return;
     if (file.record.columns.size() == table.n_columns()) table.columns = file.record.columns;
     table.begins_with_guess = is_begin && file.record.begins_with_guess;
+    take_off_offset(table, file.record);
     for (std::size_t j = 1; j < table.n_columns(); ++j)
         if (starts_apart(table, j)) table.values[j] = NAN;
     for (std::size_t i = 0; i < file.made.size(); ++i) make_column(table, file, i);
