@@ -19,7 +19,8 @@ struct libraries {
     ebac_class ebac;
     gbes_class gbes;
     gbac_class gbac;
-    basic_library dbes, xbes, xbac;
+    dbes_class dbes;
+    basic_library xbes, xbac;
     eels_class eels;
     gels_class gels;
     dels_class dels;

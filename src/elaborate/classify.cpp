@@ -21,6 +21,9 @@ void find_n_dac(circuit& c) {
     t.n_dac = 0;
     for (int k = 0; k < c.ebeu.n(); ++k) t.n_dac += c.ebeu.dgtl.size(k) > 0;
     t.flag_dac = t.n_dac > 0;
+    t.n_adc = 0;
+    for (int k = 0; k < c.dbeu.n(); ++k) t.n_adc += c.dbeu.anlg.size(k) > 0;
+    t.flag_adc = t.n_adc > 0;
     const bool e = c.ebeu.n() > 0, d = c.dbeu.n() > 0;
     t.flag_mixed = e && d;
     t.flag_purely_digital = !e && d;

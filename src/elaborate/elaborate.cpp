@@ -90,14 +90,17 @@ void build_units(circuit& c) {
     flatten_ebau(c);
     flatten_gbeu(c);
     flatten_gbau(c);
+    flatten_dbeu(c);
     map_names(c.cct.ect, "cct_class: problem in assigning ect_to_ebeu");
     map_names(c.cct.gct, "cct_class: problem in assigning gct_to_gbeu");
     link_general_variables(c);
     map_names(c.cct.dct, "cct_class: problem in assigning dct_to_dbeu");
     map_names(c.cct.xct, "cct_class: problem in assigning xct_to_xbeu");
+    link_domains(c);
     resolve_outputs(c);
     check_ebeu(c, "cct_class: check ebeu nodes.");
     check_nodes_1(c.gbeu.n_vr, c.gbeu.vr.data, "cct_class: check gbeu vars.");
+    check_nodes_1(c.dbeu.n_nd, c.dbeu.nd.data, "cct_class: check dbeu nodes.");
     resolve_parameter_outputs(c);
 
     check_reference(c, "refnode", c.cct.ect);
@@ -108,7 +111,7 @@ void build_units(circuit& c) {
     check_reference(c, "x_refnode", c.cct.xct);
     if (c.xelu.n > 0 && c.delu.n > 0)
         halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.", "  Halting..."});
-    for (family fam : {fam_e, fam_g}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
+    for (family fam : {fam_e, fam_g, fam_d}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
     check_expressions(c);
 }
 

@@ -43,6 +43,10 @@ constexpr unit_table units_e[] = {
     {&composite_library::be, &libraries::ebes, &instance_core::first_unit, ebe_units, true},
     {&composite_library::beac, &libraries::ebac, &instance_core::first_unit_ac, ebac_units, false},
 };
+unit_core& dbe_units(circuit& c) { return c.dbeu.unit; }
+constexpr unit_table units_d[] = {
+    {&composite_library::be, &libraries::dbes, &instance_core::first_unit, dbe_units, true},
+};
 constexpr unit_table units_g[] = {
     {&composite_library::be, &libraries::gbes, &instance_core::first_unit, gbe_units, true},
     {&composite_library::beac, &libraries::gbac, &instance_core::first_unit_ac, gbac_units, false},
@@ -54,7 +58,7 @@ const family_form family_forms[n_family] = {
     {fam_e, library_forms[lib_eels], &libraries::eels, &circuit::eelu, &circuit::ecem, placeholders_e, flags_eg,
      bound_e, ov_rparm_eelu, units_e},
     {fam_d, library_forms[lib_dels], &libraries::dels, &circuit::delu, &circuit::dcem, placeholders_d, none(), bound_d,
-     ov_rparm_delu},
+     ov_rparm_delu, units_d},
     {fam_g, library_forms[lib_gels], &libraries::gels, &circuit::gelu, &circuit::gcem, placeholders_g, flags_eg,
      bound_g, ov_rparm_gelu, units_g},
     {fam_x, library_forms[lib_xels], &libraries::xels, &circuit::xelu, &circuit::xcem, placeholders_x, flags_x, bound_x,

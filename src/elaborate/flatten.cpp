@@ -212,6 +212,22 @@ std::vector<int> units_of_bias(const flattening& f) {
     return units;
 }
 
+// For each digital node the units that read it, in their order.
+row_table<int> readers_of_nodes(const dbeu_class& u) {
+    std::vector<std::vector<int>> readers(at(u.n_nd));
+    for (int k = 0; k < u.n(); ++k)
+        for (int j = 0; j < u.n_input[at(k)]; ++j) {
+            std::vector<int>& list = readers[at(u.nd.row(k)[j])];
+            if (list.empty() || list.back() != k) list.push_back(k);
+        }
+    row_table<int> table;
+    for (const std::vector<int>& list : readers) {
+        for (const int k : list) table.add(k);
+        table.close_row();
+    }
+    return table;
+}
+
 // ---- values ----
 
 template <class... T>
@@ -265,6 +281,41 @@ void flatten_gbeu(circuit& c) {
     zeros(at(u.n_ttlaux()), u.aux, u.aux_new);
     zeros(at(u.unit.n_ttlf()), u.f);
     zeros(at(u.n()), u.time_nextbreak, u.break_jumps);
+}
+
+void flatten_dbeu(circuit& c) {
+    dbeu_class& u = c.dbeu;
+    name_table& dct = c.cct.dct;
+    flatten({c,
+             fam_d,
+             family_forms[fam_d].units[0],
+             {&B::dgtl, &I::dgtl, dct, dct.lu_to_eu, u.n_nd, u.nd},
+             {{&B::in, &I::in, &u.anlg}},
+             {}});
+    dct.n_eu = u.n_nd;
+    u.n_input.clear();
+    u.first_lprm = {0};
+    for (int s : u.unit.i_lib) {
+        u.n_input.push_back(c.lib.dbes.list.n_input[at(s)]);
+        u.first_lprm.push_back(u.first_lprm.back() + c.lib.dbes.list.n_logical[at(s)]);
+    }
+    u.reader = readers_of_nodes(u);
+    u.dvar.assign(at(u.n_nd), 2);
+    zeros(u.unit.sv.data.size(), u.stparm);
+    zeros(u.unit.ig.data.size(), u.igparm);
+    zeros(at(u.n_ttllprm()), u.lparm);
+    zeros(u.nd.data.size(), u.stbl_out, u.val_out);
+    zeros(u.anlg.data.size(), u.val_anlg);
+    zeros(at(u.n()), u.dstate);
+    zeros(at(u.n()), u.t_next);
+    u.stbl.assign(at(u.n()), 1);
+}
+
+void link_domains(circuit& c) {
+    c.ebeu.dgtl_dbeu.clear();
+    for (int number : c.ebeu.dgtl.data) c.ebeu.dgtl_dbeu.push_back(c.cct.dct.to_eu[at(number)]);
+    c.dbeu.anlg_ebeu.clear();
+    for (int number : c.dbeu.anlg.data) c.dbeu.anlg_ebeu.push_back(c.cct.ect.to_eu[at(number)]);
 }
 
 void link_general_variables(circuit& c) {

@@ -9,8 +9,12 @@ void flatten_ebau(circuit& c);
 // The same for general blocks and their variables.
 void flatten_gbeu(circuit& c);
 void flatten_gbau(circuit& c);
+// And for digital elements and their nodes.
+void flatten_dbeu(circuit& c);
 // Where the general variables that electrical units read or define stand at the two unit levels. Needs the maps of gct.
 void link_general_variables(circuit& c);
+// Digital nodes of electrical units, and analog nodes of digital ones, at unit level. Needs the maps of dct and ect.
+void link_domains(circuit& c);
 
 // Every node number of the unit tables occurs among the terminals; the first-index arrays agree with the templates.
 void check_ebeu(const circuit& c, const char* message);

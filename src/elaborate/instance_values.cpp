@@ -4,6 +4,7 @@
 
 #include "base/halt.h"
 #include "base/text_file.h"
+#include "library/composite/composite_form.h"
 
 namespace {
 // The statement being read, with the words that somebody used.
@@ -91,8 +92,10 @@ void read_model_file(const composite_library& lib, const family_form& form, int 
         store(lib.list.iprm, row.iprm, size(row.iprm), [](const std::string& v) { return chr_to_int(v); });
         store(lib.list.sprm, row.sprm, size(row.sprm), [](const std::string& v) { return strcpy_chk(v, 50); });
         store(lib.list.rprm, row.rprm, n_plain, [](const std::string& v) { return chr_to_double(v); });
-        store(lib.list.sv, row.sv, size(row.sv), [](const std::string& v) { return chr_to_double(v); });
-        store(lib.list.ig, row.ig, size(row.ig), [](const std::string& v) { return chr_to_double(v); });
+        const bool whole = has_whole_start_values(form.lib);
+        const auto start = [&](const std::string& v) { return whole ? chr_to_int(v) : chr_to_double(v); };
+        store(lib.list.sv, row.sv, size(row.sv), start);
+        store(lib.list.ig, row.ig, size(row.ig), start);
         if (!known) check_this_line(who, name, w);
     }
 }
@@ -116,8 +119,8 @@ void read_model(const circuit& c, const family_form& form, int i_lib, int n_plai
 }
 
 // Words of the statement itself; they beat the model, which beats the library.
-void read_parameters(const circuit& c, const composite_library& lib, int i_lib, int n_plain, ticked_words& t,
-                     parameter_rows& row) {
+void read_parameters(const circuit& c, const composite_library& lib, bool whole_start_values, int i_lib, int n_plain,
+                     ticked_words& t, parameter_rows& row) {
     const library_lists& list = lib.list;
     auto each = [&](const auto& names, int n, auto store) {
         for (int j = 0; j < n; ++j)
@@ -134,6 +137,14 @@ void read_parameters(const circuit& c, const composite_library& lib, int i_lib, 
     each(list.sprm, list.sprm.count(i_lib),
          [&](std::size_t j, std::string_view word) { row.sprm[j] = strcpy_chk(c.gprm.gprm_string_1(word), 51); });
     each(list.rprm, n_plain, tied(row.rprm, row.rprm_tie));
+    if (whole_start_values) {
+        const auto whole = [&](std::vector<double>& values) {
+            return [&](std::size_t j, std::string_view word) { values[j] = c.gprm.gprm_int_1(word); };
+        };
+        each(list.sv, list.sv.count(i_lib), whole(row.sv));
+        each(list.ig, list.ig.count(i_lib), whole(row.ig));
+        return;
+    }
     each(list.sv, list.sv.count(i_lib), tied(row.sv, row.sv_tie));
     each(list.ig, list.ig.count(i_lib), tied(row.ig, row.ig_tie));
 }
@@ -273,7 +284,7 @@ void set_values_1(circuit& c, const element_statement& s, const output_index& ou
     row.ig_tie.assign(row.ig.size(), -1);
     const int n_plain = lib.n_rprm_plain(e);
     read_model(c, form, e, n_plain, t, row);
-    read_parameters(c, lib, e, n_plain, t, row);
+    read_parameters(c, lib, has_whole_start_values(form.lib), e, n_plain, t, row);
     eval_rprm_1(lib, e, row.rprm.data());
     append_row(inst.iprm, row.iprm);
     append_row(inst.sprm, row.sprm);

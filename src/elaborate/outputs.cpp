@@ -77,6 +77,17 @@ int general_index(const circuit& c, int kind, int i, int index) {
     }
 }
 
+int digital_index(const circuit& c, int kind, int i, int index) {
+    switch (kind) {
+        case ov_dvar:
+            return c.cct.dct.lu_to_eu[at(c.delu.dgtl.row(i)[index])];
+        case ov_dstate:
+            return c.delu.first_unit[at(i)] + index;
+        default:
+            return index;
+    }
+}
+
 int unit_of(const std::vector<int>& first, int index) {
     const auto it = std::upper_bound(first.begin(), first.end(), index);
     if (it == first.begin() || it == first.end()) return -1;
@@ -90,6 +101,7 @@ void resolve_outputs(circuit& c) {
         if (ov.instance[k] >= 0) {
             if (ov.family[k] == fam_e) ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             if (ov.family[k] == fam_g) ov.index[k] = general_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+            if (ov.family[k] == fam_d) ov.index[k] = digital_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             return;
         }
         for (const global_word& g : global_words) {

@@ -52,6 +52,7 @@ struct ebeu_class {
     std::vector<double> time_nextbreak;  // [n] s, the unit's last answer
     std::vector<char> break_jumps;       // [n] 1: its wave jumps there
     std::vector<int> vr_gbeu;            // [vr.data] general variable at unit level, of each connection
+    std::vector<int> dgtl_dbeu;          // [dgtl.data] digital node at unit level, of each connection
 
     std::vector<int> ground_units;  // units of ground_dummy_1
 
@@ -116,11 +117,35 @@ struct gbau_class {
     int n_ttlaux() const { return first_aux.empty() ? 0 : first_aux.back(); }
 };
 
+// Units of digital elements. Nodes are numbered by first use over the units: inputs, then outputs.
+struct dbeu_class {
+    unit_core unit;
+    int n_nd = 0;                 // digital nodes
+    row_table<int> nd;            // node of input j, behind the inputs that of output j
+    std::vector<int> n_input;     // [n] how many of them are inputs
+    row_table<int> anlg;          // ect number of analog node j
+    std::vector<int> anlg_ebeu;   // [anlg.data] its unit-level number
+    std::vector<int> first_lprm;  // [n + 1]
+    row_table<int> reader;        // for each node the units that have it as an input, each once
+
+    // values; levels are 0, 1, or 2 for unknown
+    std::vector<int> dvar;               // [n_nd] level of each node
+    std::vector<int> stparm, igparm;     // as unit.sv, unit.ig
+    std::vector<int> lparm;              // [n_ttllprm] what units keep between calls
+    std::vector<int> stbl_out, val_out;  // [nd.data] what each unit has put out, at the places of its outputs
+    std::vector<double> val_anlg;        // [anlg.data] V
+    std::vector<int> dstate;             // [n] pending action
+    std::vector<int> stbl;               // [n] 0: an event is pending
+    std::vector<double> t_next;          // [n] s, its time
+
+    int n() const { return unit.n; }
+    int n_ttllprm() const { return first_lprm.empty() ? 0 : first_lprm.back(); }
+};
+
 // Units of the families whose libraries are not read yet: there are none.
 struct no_units {
     unit_core unit;
     int n() const { return unit.n; }
 };
-using dbeu_class = no_units;
 using xbeu_class = no_units;
 using xbau_class = no_units;

@@ -10,13 +10,17 @@
 
 // One mandatory line of an entry, in file order. The member's type says how the line is read: names, or pairs of a name
 // and a default.
-using list_member = std::variant<word_list library_lists::*, pair_list<int> library_lists::*,
-                                 pair_list<double> library_lists::*, pair_list<std::string> library_lists::*>;
+using list_member =
+    std::variant<word_list library_lists::*, pair_list<int> library_lists::*, pair_list<double> library_lists::*,
+                 pair_list<std::string> library_lists::*, std::vector<int> library_lists::*>;
 struct list_line {
-    const char* keyword;  // first word of the line
-    const char* tag;      // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
-    list_member member;
+    const char* keyword;       // first word of the line
+    const char* tag;           // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
+    list_member member;        // a vector: the line has one number
     int max_words, max_chars;  // of the whole library
+    std::vector<int> library_lists::*goes_on_behind =
+        nullptr;                    // words follow those of the line before; how many it had
+    const char* told_as = nullptr;  // the entry's word in the message of a missing line, where it is not the form's
 };
 
 // A flag word behind the name of an entry; only the value "yes" sets it.
@@ -77,11 +81,13 @@ struct basic_form {
     int max_dependencies = 5000;
     const char* jacobian_entry =
         nullptr;  // before the entry's name when its Jacobian line is wrong; null: there is no such line
-    std::span<const flag_word> flags;
-    std::span<const list_line> lines;          // between the Jacobian line and the count of functions
-    std::span<const function_form> functions;  // in the order of their lines
-    std::span<const variable_list> map_kinds;  // tables of the Jacobian map, in their order
-    bool has_code = true;                      // entries end with the text of their function
+    std::span<const flag_word> flags = {};
+    std::span<const list_line> lines;               // between the Jacobian line and the count of functions
+    std::span<const function_form> functions = {};  // in the order of their lines
+    std::span<const variable_list> map_kinds = {};  // tables of the Jacobian map, in their order
+    bool has_code = true;                           // entries end with the text of their function
+    bool has_prototypes = true;                     // such a text begins with them
+    bool whole_start_values = false;                // start-up values and first guesses are integers
     std::span<const argument> arguments;
 };
 // Null: the library has no reader, and must be empty.

@@ -37,10 +37,11 @@ using ebes_class = basic_library;
 using ebac_class = basic_library;
 using gbes_class = basic_library;
 using gbac_class = basic_library;
+using dbes_class = basic_library;
 
 // All that makes one family's library different from the others (see basic_forms.cpp).
 struct basic_form;
-extern const basic_form ebes_form, ebac_form, gbes_form, gbac_form;
+extern const basic_form ebes_form, ebac_form, gbes_form, gbac_form, dbes_form;
 
 // Reads a whole library file ("<class>: file <path> does not exist. Halting..." if it cannot be opened). With
 // write_glue and the second word of constants 1 or 2 it also writes the family's sources into the folder of the file.

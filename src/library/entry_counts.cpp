@@ -4,8 +4,20 @@
 
 std::vector<int> entry_counts(const basic_form& form, const basic_library& lib, int e) {
     std::vector<int> counts;
-    for (const list_line& l : form.lines)
-        counts.push_back(std::visit([&](auto list) { return (lib.list.*list).count(e); }, l.member));
+    for (const list_line& l : form.lines) {
+        counts.push_back(std::visit(
+            [&](auto list) {
+                if constexpr (requires { (lib.list.*list).count(e); })
+                    return (lib.list.*list).count(e);
+                else
+                    return (lib.list.*list)[static_cast<std::size_t>(e)];
+            },
+            l.member));
+        if (!l.goes_on_behind) continue;
+        const int n_before = (lib.list.*l.goes_on_behind)[static_cast<std::size_t>(e)];
+        counts.back() -= n_before;
+        counts[counts.size() - 2] = n_before;
+    }
     counts.push_back(lib.func.n_func(e));
     return counts;
 }

@@ -3,9 +3,11 @@
 #include "base/halt.h"
 #include "library/check_limit.h"
 
-void read_literal(std::string_view word, std::string_view, int& value) { value = chr_to_int(word); }
-void read_literal(std::string_view word, std::string_view, double& value) { value = chr_to_double(word); }
-void read_literal(std::string_view word, std::string_view class_name, std::string& value) {
+void read_literal(std::string_view word, std::string_view, int& value, bool) { value = chr_to_int(word); }
+void read_literal(std::string_view word, std::string_view, double& value, bool whole) {
+    value = whole ? chr_to_int(word) : chr_to_double(word);
+}
+void read_literal(std::string_view word, std::string_view class_name, std::string& value, bool) {
     check_string(word, class_name);
     value = word;
 }
@@ -22,17 +24,17 @@ void add_names(const words& w, word_list& list) {
 }
 
 template <class T>
-void add_pairs(const words& w, std::string_view class_name, const char* tag, pair_list<T>& list) {
+void add_pairs(const words& w, std::string_view class_name, const char* tag, pair_list<T>& list, bool whole) {
     if (w.size() % 2 == 0) halt({line(class_name, ": k_rem is not zero (", tag, "). Halting...")});
     for (int i = 1; i < w.size(); i += 2) {
         list.name.pool.add(w[i]);
-        read_literal(w[i + 1], class_name, list.dflt.emplace_back());
+        read_literal(w[i + 1], class_name, list.dflt.emplace_back(), whole);
     }
     list.name.close_entry();
 }
-template void add_pairs(const words&, std::string_view, const char*, pair_list<int>&);
-template void add_pairs(const words&, std::string_view, const char*, pair_list<double>&);
-template void add_pairs(const words&, std::string_view, const char*, pair_list<std::string>&);
+template void add_pairs(const words&, std::string_view, const char*, pair_list<int>&, bool);
+template void add_pairs(const words&, std::string_view, const char*, pair_list<double>&, bool);
+template void add_pairs(const words&, std::string_view, const char*, pair_list<std::string>&, bool);
 
 void check_pool(const words& pool, std::string_view class_name, const char* tag, int max_words, int max_chars) {
     check_limit(pool.size(), max_words, class_name, ": n_ttl", tag, " is too large!");

@@ -44,14 +44,17 @@ struct library_lists {
     word_list locv;        // local variables
     word_list aux;         // auxiliary unknowns
     word_list auxs;        // auxiliary unknowns of the start-up system
-    word_list dgtl;        // digital nodes
+    word_list dgtl;        // digital nodes; of a digital element its inputs, then its outputs
     word_list vr;          // general variables
     word_list xvr;         // explicit variables
     pair_list<int> iprm;
     pair_list<std::string> sprm;
     pair_list<double> rprm;
-    pair_list<double> sv;  // start-up values, "stparms:"
-    pair_list<double> ig;  // first guesses, "igparms:"
+    pair_list<double> sv;  // start-up values, "stparms:"; of digital elements whole numbers
+    pair_list<double> ig;  // first guesses, "igparms:"; as start-up values
+    // of digital elements alone
+    std::vector<int> n_input;    // [n] the first words of dgtl that are inputs
+    std::vector<int> n_logical;  // [n] numbers that an element keeps between its calls
 
     int n() const { return entry.size(); }
     int find(std::string_view name) const { return find_word_1(entry, name); }

@@ -20,19 +20,42 @@ struct member_type<T Call::*> {
     using type = T;
 };
 
+// An argument that models take by reference: one number for each unit.
+template <class T>
+struct referred {
+    T* at = nullptr;
+
+    operator T&() const { return *at; }
+    referred& operator+=(std::ptrdiff_t by) {
+        at += by;
+        return *this;
+    }
+    friend std::ptrdiff_t operator-(referred a, referred b) { return a.at - b.at; }
+};
+template <class T>
+struct parameter_of {
+    using type = T;
+};
+template <class T>
+struct parameter_of<referred<T>> {
+    using type = T&;
+};
+
 // The arguments of a model between the number of its unit and what all models are given. Those that point to numbers or
 // texts are slices of the tables of the units; others (the object for derivatives, a frequency) are the same for all
 // units of a template.
 template <auto... member>
 struct argument_list {
-    using function = void (*)(const int i_unit, typename member_type<decltype(member)>::type..., flags_class*,
-                              dp_class*, math_cnst_class*);
+    using function = void (*)(const int i_unit,
+                              typename parameter_of<typename member_type<decltype(member)>::type>::type...,
+                              flags_class*, dp_class*, math_cnst_class*);
     // From the slices of one unit to those of another, for each argument.
     using steps = std::array<std::ptrdiff_t, sizeof...(member)>;
 
     template <class T>
-    static constexpr bool is_slice = std::is_pointer_v<T> && (!std::is_class_v<std::remove_pointer_t<T>> ||
-                                                              std::is_same_v<T, std::complex<double>*>);
+    static constexpr bool is_slice = !std::is_same_v<typename parameter_of<T>::type, T> ||
+                                     (std::is_pointer_v<T> && (!std::is_class_v<std::remove_pointer_t<T>> ||
+                                                               std::is_same_v<T, std::complex<double>*>));
 
     // Inlined, so that of a model's body in the place of the call only those slices are stepped through that it uses.
     template <class Call>
@@ -139,6 +162,27 @@ struct gbe_ac_call {
     using arguments = argument_list<&gbe_ac_call::iparm, &gbe_ac_call::sparm, &gbe_ac_call::freq, &gbe_ac_call::rparm,
                                     &gbe_ac_call::vr, &gbe_ac_call::aux, &gbe_ac_call::f, &gbe_ac_call::jac>;
     static constexpr int n_counts = 6;
+    arguments::function function = nullptr;
+};
+
+// A model of a digital element. stbl_in, stbl_out: 1 where val_in, val_out is a known level; lparm: what the element
+// keeps between calls; dstate: its pending action; stbl: 0 while an event is pending at t_next, s.
+struct dbe_call {
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double* rparm = nullptr;
+    int *stparm = nullptr, *igparm = nullptr, *lparm = nullptr;
+    int *stbl_in = nullptr, *stbl_out = nullptr, *val_in = nullptr, *val_out = nullptr, *val_in_old = nullptr;
+    double* val_anlg = nullptr;
+    referred<int> dstate, stbl;
+    referred<double> t_next;
+
+    using number = double;
+    using arguments = argument_list<&dbe_call::iparm, &dbe_call::sparm, &dbe_call::rparm, &dbe_call::stparm,
+                                    &dbe_call::igparm, &dbe_call::lparm, &dbe_call::stbl_in, &dbe_call::stbl_out,
+                                    &dbe_call::val_in, &dbe_call::val_out, &dbe_call::val_in_old, &dbe_call::val_anlg,
+                                    &dbe_call::dstate, &dbe_call::stbl, &dbe_call::t_next>;
+    static constexpr int n_counts = 11;
     arguments::function function = nullptr;
 };
 

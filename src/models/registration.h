@@ -21,11 +21,14 @@ using ebe_registration = registration<ebe_call>;
 using gbe_registration = registration<gbe_call>;
 using ebe_ac_registration = registration<ebe_ac_call>;
 using gbe_ac_registration = registration<gbe_ac_call>;
+using dbe_registration = registration<dbe_call>;
 extern const ebe_registration ebe_registrations[];
 extern const gbe_registration gbe_registrations[];
 extern const ebe_ac_registration ebe_ac_registrations[];
 extern const gbe_ac_registration gbe_ac_registrations[];
-extern const int n_ebe_registrations, n_gbe_registrations, n_ebe_ac_registrations, n_gbe_ac_registrations;
+extern const dbe_registration dbe_registrations[];
+extern const int n_ebe_registrations, n_gbe_registrations, n_ebe_ac_registrations, n_gbe_ac_registrations,
+    n_dbe_registrations;
 
 template <class Call>
 std::span<const registration<Call>> registered();
@@ -44,6 +47,10 @@ inline std::span<const ebe_ac_registration> registered<ebe_ac_call>() {
 template <>
 inline std::span<const gbe_ac_registration> registered<gbe_ac_call>() {
     return {gbe_ac_registrations, static_cast<std::size_t>(n_gbe_ac_registrations)};
+}
+template <>
+inline std::span<const dbe_registration> registered<dbe_call>() {
+    return {dbe_registrations, static_cast<std::size_t>(n_dbe_registrations)};
 }
 
 template <class Call>

@@ -106,6 +106,8 @@ void read_items(solve_class& slv, const circuit& c, const words& w) {
         at_word(i + 1);
         if (item.where == parm_item::int_value)
             item.value_int = c.gprm.gprm_int_1(w[i + 1]);
+        else if (card.families.data() == digital_families)
+            item.value = c.gprm.gprm_int_1(w[i + 1]);  // start-up values of digital elements are whole numbers
         else
             item.value = c.gprm.gprm_double_1(w[i + 1]);
         (slv.task.*list_of(w[0])).push_back(item);

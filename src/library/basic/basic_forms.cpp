@@ -142,6 +142,7 @@ constexpr basic_form ebac_form = {
     .lines = ebac_lines,
     .functions = ebac_functions,
     .map_kinds = ebac_kinds,
+    .has_prototypes = false,
     .arguments = ebe_ac_arguments,
 };
 
@@ -225,11 +226,62 @@ constexpr basic_form gbac_form = {
     .lines = gbac_lines,
     .functions = gbac_functions,
     .map_kinds = block_variables,
+    .has_prototypes = false,
     .arguments = gbe_ac_arguments,
 };
 
+// ---- digital elements: no functions and no derivatives, outputs from inputs ----
+
+namespace {
+constexpr list_line dbes_lines[] = {
+    {"input_nodes:", "nd", &L::dgtl, 200, 4000},
+    {"output_nodes:", "nd", &L::dgtl, 200, 4000, &L::n_input},
+    {"analog_nodes:", "anlg", &L::ind_node, 50, 1000, nullptr, "ebe"},
+    {"iparms:", "iprm", &L::iprm, 500, 10000},
+    {"sparms:", "sprm", &L::sprm, 100, 2000},
+    {"rparms:", "rprm", &L::rprm, 1000, 20000},
+    {"n_logical", "lprm", &L::n_logical, 10000, 0},
+    {"stparms:", "sv", &L::sv, 100, 2000},
+    {"igparms:", "ig", &L::ig, 40, 800},
+    {"aux_var:", "aux", &L::aux, 100, 2000},
+};
+constexpr argument dbe_arguments[] = {
+    {"const int", "i_dbeu"},
+    {"int*", "iparm"},
+    {"char**", "sparm"},
+    {"double*", "rparm"},
+    {"int*", "stparm"},
+    {"int*", "igparm"},
+    {"int*", "lparm"},
+    {"int*", "stbl_in"},
+    {"int*", "stbl_out"},
+    {"int*", "val_in"},
+    {"int*", "val_out"},
+    {"int*", "val_in_old"},
+    {"double*", "val_anlg"},
+    {"int&", "dstate"},
+    {"int&", "stbl"},
+    {"double&", "t_next"},
+    {"flags_class*", "flags"},
+    {"dp_class*", "dp"},
+    {"math_cnst_class*", "math_cnst"},
+};
+}  // namespace
+
+constexpr basic_form dbes_form = {
+    .lib = library_forms[lib_dbes],
+    .function_word = "dbe",
+    .no_end = "enddbe",
+    .too_many_functions = "",
+    .max_entries = 100,
+    .lines = dbes_lines,
+    .has_prototypes = false,
+    .whole_start_values = true,
+    .arguments = dbe_arguments,
+};
+
 const basic_form* basic_form_of(int library) {
-    for (const basic_form* form : {&ebes_form, &gbes_form, &ebac_form, &gbac_form})
+    for (const basic_form* form : {&ebes_form, &gbes_form, &ebac_form, &gbac_form, &dbes_form})
         if (&form->lib == &library_forms[library]) return form;
     return nullptr;
 }

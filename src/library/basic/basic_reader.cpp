@@ -1,5 +1,7 @@
 #include "library/basic/basic_reader.h"
 
+#include <algorithm>
+
 #include "base/halt.h"
 #include "library/basic/function_lines.h"
 #include "library/basic/jacobian_map.h"
@@ -10,10 +12,10 @@
 namespace {
 
 // The next line of an entry; its first word must be the keyword.
-words expect_line(text_file& file, const basic_form& form, std::string_view keyword) {
+words expect_line(text_file& file, const basic_form& form, std::string_view keyword, const char* entry = nullptr) {
     words w;
     next_line(file, w, form.rule);
-    expect_word(w, 0, keyword, "expect ", keyword, " here, check ", form.lib.begin, " library");
+    expect_word(w, 0, keyword, "expect ", keyword, " here, check ", entry ? entry : form.lib.begin, " library");
     return w;
 }
 
@@ -50,23 +52,41 @@ void read_jacobian_line(text_file& file, const basic_form& form, basic_library& 
     lib.flag.jac_const.back() = word == "constant";
 }
 
-void read_list_line(text_file& file, const basic_form& form, const list_line& l, basic_library& lib) {
-    const words w = expect_line(file, form, l.keyword);
-    const words* pool = nullptr;
-    if (const auto* names = std::get_if<word_list library_lists::*>(&l.member)) {
-        add_names(w, lib.list.**names);
-        pool = &(lib.list.**names).pool;
-    } else {
-        std::visit(
-            [&](auto member) {
-                if constexpr (requires { (lib.list.*member).dflt; }) {
-                    add_pairs(w, form.lib.class_name, l.tag, lib.list.*member);
-                    pool = &(lib.list.*member).name.pool;
-                }
-            },
-            l.member);
+// Visits the member of a list line; gives the words that count against the limits of the library, if there are any.
+struct list_reader {
+    const basic_form& form;
+    const list_line& l;
+    const words& w;
+    basic_library& lib;
+
+    const words* operator()(word_list library_lists::*m) const {
+        word_list& list = lib.list.*m;
+        if (l.goes_on_behind) {
+            (lib.list.*l.goes_on_behind).push_back(list.count(lib.n() - 1));
+            list.first.pop_back();
+        }
+        add_names(w, list);
+        return &list.pool;
     }
-    check_pool(*pool, form.lib.class_name, l.tag, l.max_words, l.max_chars);
+    template <class T>
+    const words* operator()(pair_list<T> library_lists::*m) const {
+        bool whole = false;
+        if constexpr (std::is_same_v<T, double>) whole = form.whole_start_values && holds_start_values(m);
+        add_pairs(w, form.lib.class_name, l.tag, lib.list.*m, whole);
+        return &(lib.list.*m).name.pool;
+    }
+    const words* operator()(std::vector<int> library_lists::*m) const {
+        const int n = chr_to_int(w.size() > 1 ? w[1] : std::string_view());
+        check_limit(n, l.max_words, form.lib.class_name, ": ", l.keyword, " is too large!");
+        (lib.list.*m).push_back(std::max(n, 0));
+        return nullptr;
+    }
+};
+
+void read_list_line(text_file& file, const basic_form& form, const list_line& l, basic_library& lib) {
+    const words w = expect_line(file, form, l.keyword, l.told_as);
+    if (const words* pool = std::visit(list_reader{form, l, w, lib}, l.member))
+        check_pool(*pool, form.lib.class_name, l.tag, l.max_words, l.max_chars);
 }
 
 // The count of functions. Each terminal of an entry has one, but for the ground dummy, which only holds a node.
@@ -101,6 +121,7 @@ void read_entry(text_file& file, const words& first_line, const basic_form& form
     lib.list.close_rows();
     for (const function_form& f : form.functions)
         read_functions(file, form, f, read_function_count(file, form, f, lib), lib);
+    if (form.functions.empty()) lib.func.first_f.push_back(0);
     if (form.has_code)
         read_code(file, form, glue, lib);
     else

@@ -113,10 +113,13 @@ void find_outputs_at_call(half_in_work& half, output_table& table, std::vector<o
 template <class T>
 void link_or_literal(const entry_in_work& entry, const pair_list<T>& own, std::string_view word, T& value, int& flag) {
     flag = own.find(entry.e, word);
+    bool whole = false;
+    if constexpr (std::is_same_v<T, double>)
+        whole = entry.form.whole_start_values && (&own == &entry.lib.list.sv || &own == &entry.lib.list.ig);
     if (flag >= 0)
         value = own.value(entry.e, flag);
     else
-        read_literal(word, entry.form.lib.class_name, value);
+        read_literal(word, entry.form.lib.class_name, value, whole);
 }
 
 // The integer parameter by which a small-signal form names the element of the DC half whose operating point it uses.

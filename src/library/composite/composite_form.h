@@ -58,12 +58,13 @@ struct composite_limits {
 // Kinds that the output words of a half can have; -1: the half has no such word.
 struct output_kinds {
     int node, aux, current, iparm, rparm;
+    int state = -1;  // the pending action of an element
 };
 
 struct composite_form {
     const library_form& lib;       // the words of the library,
     const library_form& basic;     // of the elements that its entries are made of,
-    const library_form& basic_ac;  // and of those of the AC half
+    const library_form& basic_ac;  // and of those of the AC half, if there is one
     const char* model_tag;         // "em": emebe, emece in messages of model lines
     bool has_power;                // pwr_elec is an output word
     bool may_postprocess;          // entries may be postprocessors; elsewhere those are flag words like any unknown one
@@ -72,10 +73,13 @@ struct composite_form {
     const char* node_name;         // "node": what the composite's connections are called in messages
     word_list library_lists::*main_list;              // the connections visible from outside
     bool has_code = true;                             // a section for text stands behind the DC half
+    bool has_halves = true;                           // else the DC half stands alone, without words of its own
+    bool whole_start_values = false;                  // start-up values and first guesses are integers
     std::span<const header_line> dc_lines, ac_lines;  // no ac_lines: entries have no AC half
     std::span<const bound_line> bound;
     composite_limits limit;
     output_kinds dc_kinds, ac_kinds;
 };
-extern const composite_form eels_form, gels_form;
+extern const composite_form eels_form, gels_form, dels_form;
 const composite_form* composite_form_of(int library);  // null: the library has no reader, and must be empty
+bool has_whole_start_values(const library_form& composites);

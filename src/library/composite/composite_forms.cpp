@@ -144,8 +144,58 @@ constexpr composite_form gels_form = {
     .ac_kinds = {ov_var_ac, -1, -1, -1, -1},
 };
 
+// Composites of digital elements: no halves, no limits but those of model lines.
+namespace {
+constexpr header_line dels_lines[] = {
+    {"mainnodes:", "mainnodes", &L::dgtl, "nd", "", 0, 0, 0},
+    {"auxnodes:", "auxnodes", &C::auxnode, "nd", "", 0, 0, 0},
+    {"analog_nodes:", "analog_nodes", &L::ind_node, "anlg", "", 0, 0, 0},
+    {"outvar:", "outvar", &C::ov, "ov", "", 0, 0, 0},
+    {"iparms:", "iparms", &L::iprm, "iprm", "", 0, 0, 0},
+    {"sparms:", "sparms", &L::sprm, "sprm", "", 0, 0, 0},
+    {"rparms:", "rparms", &L::rprm, "rprm", "", 0, 0, 0},
+    {"rparms_derived:", "rparms_derived", special_line::derived, "rprm", "", 0, 0, 0},
+    {"stparms:", "stparms", &L::sv, "sv", "", 0, 0, 0},
+    {"igparms:", "igparms", &L::ig, "ig", "", 0, 0, 0},
+};
+constexpr bound_line dels_bound[] = {
+    {binding::plain, &L::dgtl, true, false, &E::dgtl, nullptr, "n_be_ttlnd", no_limit, "dbes_node_name not found.",
+     "dels_class: aux node not found, check dce library", "dels2 node name not found.",
+     "dels_class: aux node not found, check dce library"},
+    {binding::plain, &L::ind_node, false, false, &E::in, nullptr, "n_be_ttlanlg", no_limit, "dbes_anlg_name not found.",
+     "dels_anlg_name not found.", "dels2 anlg name not found.", "anlg name not found."},
+};
+}  // namespace
+
+constexpr composite_form dels_form = {
+    .lib = library_forms[lib_dels],
+    .basic = library_forms[lib_dbes],
+    .basic_ac = library_forms[lib_dbes],
+    .model_tag = "dm",
+    .has_power = false,
+    .may_postprocess = false,
+    .tells_operands = false,
+    .node_word = "dvar",
+    .node_name = "node",
+    .main_list = &L::dgtl,
+    .has_code = false,
+    .has_halves = false,
+    .whole_start_values = true,
+    .dc_lines = dels_lines,
+    .ac_lines = {},
+    .bound = dels_bound,
+    .limit = gels_form.limit,
+    .dc_kinds = {ov_dvar, -1, -1, -1, -1, ov_dstate},
+    .ac_kinds = {-1, -1, -1, -1, -1},
+};
+
 const composite_form* composite_form_of(int library) {
-    for (const composite_form* form : {&eels_form, &gels_form})
+    for (const composite_form* form : {&eels_form, &gels_form, &dels_form})
         if (&form->lib == &library_forms[library]) return form;
     return nullptr;
+}
+
+bool has_whole_start_values(const library_form& composites) {
+    const composite_form* form = composite_form_of(number_of(composites));
+    return form != nullptr && form->whole_start_values;
 }

@@ -109,5 +109,8 @@ void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_
 // The same from .tnlaux/gels.aux.
 gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac);
 
+// The same from .tnlaux/dels.aux.
+dels_class read_dels(const dbes_class& dbes);
+
 // Evaluates the derived parameters of entry e on one row of its rparms, in order.
 void eval_rprm_1(const composite_library& lib, int e, double* rprm);

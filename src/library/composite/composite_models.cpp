@@ -14,8 +14,10 @@ void read_model_line(const entry_in_work& entry, half_in_work& half, const words
     const char* half_word = half.half_word;
     const std::string keyword = line(of_element ? form.basic.begin : form.lib.begin, "model");
     const std::string tag = line(form.model_tag, of_element ? form.basic.begin : form.lib.begin);
-    const std::string check = of_element ? line("  Check ", keyword, " (", half_word, ") statement. Halting...")
-                                         : line("  Check ", keyword, " statement (", half_word, "). Halting...");
+    std::string check = of_element ? line("  Check ", keyword, " (", half_word, ") statement. Halting...")
+                                   : line("  Check ", keyword, " statement (", half_word, "). Halting...");
+    if (!form.has_halves)
+        check = line("  Check ", keyword, of_element ? " statement. Halting..." : " statement  Halting...");
     if (w.size() <= 6) halt({line(form.lib.class_name, ": nw_s1=", w.size(), " is too small."), check});
     expect_word(w, 1, "name", "expect name here, ", entry.library_words());
     expect_word(w, 3, "type", "expect type here, ", entry.library_words());

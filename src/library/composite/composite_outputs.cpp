@@ -82,6 +82,7 @@ void find_outputs_at_element(half_in_work& half, output_table& table, std::vecto
             return assign(table, o.at, half.kinds.iparm, be, half.next.iprm + j);
         if (const int j = list.rprm.find(i_basic, o.left); j >= 0 && half.kinds.rparm >= 0)
             return assign(table, o.at, half.kinds.rparm, be, half.next.rprm + j);
+        if (half.kinds.state >= 0 && o.left == "dstate") return assign(table, o.at, half.kinds.state, be, be);
         const int j = list.aux.find(i_basic, o.left);
         if (j < 0 || half.kinds.aux < 0)
             word_not_found("find_word_3", o.left, line(routine, ": expect auxvar name here."));
@@ -100,6 +101,7 @@ void find_outputs_at_call(half_in_work& half, output_table& table, std::vector<o
         if (kind == half.kinds.node) return assign(table, o.at, kind, -1, node_map[static_cast<std::size_t>(index)]);
         if (be < 0) return assign(table, o.at, kind, -1, index);
         int offset = half.next.aux;
+        if (kind == half.kinds.state) offset = first_be;
         if (kind == half.kinds.current) offset = half.next.node;
         if (kind == half.kinds.iparm) offset = half.next.iprm;
         if (kind == half.kinds.rparm) offset = half.next.rprm;

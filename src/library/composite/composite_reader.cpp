@@ -117,7 +117,9 @@ struct header_reader {
     }
     template <class T>
     const word_list* operator()(pair_list<T> library_lists::*m) const {
-        add_pairs(w, entry.form.lib.class_name, l.tag, entry.lib.list.*m);
+        bool whole = false;
+        if constexpr (std::is_same_v<T, double>) whole = entry.form.whole_start_values && holds_start_values(m);
+        add_pairs(w, entry.form.lib.class_name, l.tag, entry.lib.list.*m, whole);
         return &(entry.lib.list.*m).name;
     }
     const word_list* operator()(output_table composite_library::*m) const {
@@ -168,7 +170,7 @@ void read_body(text_file& file, entry_in_work& entry, half_in_work& half) {
     const composite_form& form = entry.form;
     const std::string_view element = half.ac ? form.basic_ac.begin : form.basic.begin, call = form.lib.call;
     const std::string_view element_model = form.basic.submodel, call_model = form.lib.submodel;
-    const std::string end = half.ac ? "end_ac" : "end_dc";
+    const std::string end(!form.has_halves ? form.lib.end : half.ac ? "end_ac" : "end_dc");
     words w;
     bool more = next_line(file, w);
     for (; more && (w[0] == element_model || w[0] == call_model); more = next_line(file, w))
@@ -303,6 +305,10 @@ void read_entry(text_file& file, const words& first_line, const composite_form& 
     } else {
         read_ac_half(file, entry, basic_ac);
     }
+    if (!form.has_halves) {
+        lib.bias.name.close_entry();
+        return;
+    }
     next_line(file, w);
     expect_word(w, 0, form.lib.end, form.lib.class_name, ": expect end", form.lib.begin, " here.");
 }
@@ -336,6 +342,7 @@ void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_
 
 eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac) { return read_from_form(eels_form, ebes, ebac); }
 gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac) { return read_from_form(gels_form, gbes, gbac); }
+dels_class read_dels(const dbes_class& dbes) { return read_from_form(dels_form, dbes, dbes); }
 
 void eval_rprm_1(const composite_library& lib, int e, double* rprm) {
     double* to = rprm + lib.n_rprm_plain(e);

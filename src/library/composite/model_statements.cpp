@@ -1,6 +1,7 @@
 #include "library/composite/model_statements.h"
 
 #include "base/halt.h"
+#include "library/composite/composite_form.h"
 #include "library/statement_keys.h"
 
 namespace {
@@ -37,8 +38,15 @@ void read_statement(const words& w, const gprm_class& gprm, const composite_libr
     add_row(list.iprm, i_lib, list.iprm.count(i_lib), keys, models.iprm, nullptr, gprm, int_of);
     add_row(list.sprm, i_lib, list.sprm.count(i_lib), keys, models.sprm, nullptr, gprm, string_of);
     add_row(list.rprm, i_lib, lib.n_rprm_plain(i_lib), keys, models.rprm, &models.rprm_tie, gprm, double_of);
-    add_row(list.sv, i_lib, list.sv.count(i_lib), keys, models.sv, &models.sv_tie, gprm, double_of);
-    add_row(list.ig, i_lib, list.ig.count(i_lib), keys, models.ig, &models.ig_tie, gprm, double_of);
+    if (has_whole_start_values(form)) {
+        const auto whole_of = [&](std::string_view word) -> double { return gprm.gprm_int_1(word); };
+        const gprm_class no_tie;
+        add_row(list.sv, i_lib, list.sv.count(i_lib), keys, models.sv, &models.sv_tie, no_tie, whole_of);
+        add_row(list.ig, i_lib, list.ig.count(i_lib), keys, models.ig, &models.ig_tie, no_tie, whole_of);
+    } else {
+        add_row(list.sv, i_lib, list.sv.count(i_lib), keys, models.sv, &models.sv_tie, gprm, double_of);
+        add_row(list.ig, i_lib, list.ig.count(i_lib), keys, models.ig, &models.ig_tie, gprm, double_of);
+    }
     if (const int i = keys.first_unticked(); i >= 0)
         halt({prefix + "some word has not been ticked.", line("   word: ", w[i]), "   Halting..."});
 }

@@ -34,15 +34,33 @@ constexpr declared_list numbered_lists[] = {
     {nullptr, "nas_", &L::auxs}, {nullptr, "nlv_", &L::locv},
 };
 
-std::vector<std::string> words_of(const basic_library& lib, const declared_list& d, int e) {
+// Digital elements name their nodes by two lists, and their start-up values are integers.
+bool is_digital(const basic_form& form) { return &form == &dbes_form; }
+const char* type_of(const basic_form& form, const declared_list& d) {
+    return is_digital(form) && (d.member == list_member(&L::sv) || d.member == list_member(&L::ig)) ? "int" : d.type;
+}
+
+std::vector<std::string> words_of(const basic_form& form, const basic_library& lib, const declared_list& d, int e) {
     std::vector<std::string> items;
+    if (is_digital(form) && d.member == list_member(&L::dgtl)) return items;
     std::visit(
         [&](auto member) {
             const auto& list = lib.list.*member;
-            for (int j = 0; j < list.count(e); ++j) items.emplace_back(list.word(e, j));
+            if constexpr (requires { list.count(e); })
+                for (int j = 0; j < list.count(e); ++j) items.emplace_back(list.word(e, j));
         },
         d.member);
     return items;
+}
+
+// Inputs and outputs are numbered from 0 on, each by themselves.
+void write_digital_nodes(std::ostream& out, const basic_library& lib, int e) {
+    const int n_input = lib.list.n_input[static_cast<std::size_t>(e)];
+    std::vector<std::string> inputs, outputs;
+    for (int j = 0; j < lib.list.dgtl.count(e); ++j)
+        (j < n_input ? inputs : outputs).emplace_back(lib.list.dgtl.word(e, j));
+    write_list_3(out, "nip_", inputs);
+    write_list_3(out, "nop_", outputs);
 }
 
 bool is_small_signal(const basic_form& form) { return form.lib.kind == library_kind::small_signal; }
@@ -70,7 +88,7 @@ void write_jac_includes(std::ostream& out, const basic_form& form) {
     bool bias = false;
     for (const argument& a : form.arguments) bias |= std::string_view(a.type) == "ebes1_class*";
     if (bias) out << "#include \"ebes1_class.h\"\n";
-    if (form.lib.name != "ebes") out << "#include \"" << form.lib.name << "1_class.h\"\n";
+    if (form.lib.name != "ebes" && !is_digital(form)) out << "#include \"" << form.lib.name << "1_class.h\"\n";
 }
 
 void write_includes(std::ostream& out, const basic_form& form) {
@@ -155,8 +173,9 @@ void write_ebes_c(std::ostream& out, const basic_form& form, const basic_library
             return;
         case 2:
             for (const declared_list& d : declared_lists)
-                write_chr_array_2(out, line("   ", d.type, " "), words_of(lib, d, e), "     ", ";");
-            for (const declared_list& d : numbered_lists) write_list_3(out, d.prefix, words_of(lib, d, e));
+                write_chr_array_2(out, line("   ", type_of(form, d), " "), words_of(form, lib, d, e), "     ", ";");
+            for (const declared_list& d : numbered_lists) write_list_3(out, d.prefix, words_of(form, lib, d, e));
+            if (is_digital(form)) write_digital_nodes(out, lib, e);
             write_list_4(out, "ne_", lib, e);
             return;
         case 3:
@@ -170,7 +189,7 @@ void write_ebes_c(std::ostream& out, const basic_form& form, const basic_library
 void copy_code(text_file& file, const basic_form& form, glue_text& glue, basic_library& lib) {
     const int e = lib.n() - 1;
     std::string prototypes, variables, source;
-    if (!is_small_signal(form)) {
+    if (form.has_prototypes) {
         words w;
         next_line(file, w, form.rule);
         expect_word(w, 0, "prototypes:", "expect prototypes: here, check ", form.lib.begin, " library");
@@ -184,7 +203,7 @@ void copy_code(text_file& file, const basic_form& form, glue_text& glue, basic_l
     lib.asks_frequency.resize(static_cast<std::size_t>(e) + 1, true);
     lib.asks_frequency.back() = has_word(variables + source, "freq");
     write_ebes_c(glue.out, form, lib, e, 0);
-    if (!is_small_signal(form)) glue.out << prototypes;
+    if (form.has_prototypes) glue.out << prototypes;
     write_ebes_c(glue.out, form, lib, e, 1);
     glue.out << variables;
     write_ebes_c(glue.out, form, lib, e, 2);
@@ -230,7 +249,7 @@ void write_registration(std::ostream& out, const basic_form& form, const basic_l
         const std::string function = function_name(form, lib, e);
         out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {" << joined_counts(entry_counts(form, lib, e))
             << '}';
-        out << ", run_" << form.lib.begin << '<' << function << '>';
+        if (!is_digital(form)) out << ", run_" << form.lib.begin << '<' << function << '>';
         if (is_small_signal(form)) out << ", " << (asks_frequency(lib, e) ? "true" : "false");
         out << "},\n";
     }

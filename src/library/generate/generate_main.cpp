@@ -246,7 +246,16 @@ int main(int n_arg, char** arg) {
             basic[library] = std::move(lib);
         }
         // A library of all composites would be larger than a working folder may hold: each is read by itself.
-        if (composites) {
+        if (composites && !composites->has_code)
+            for (std::size_t i = 0; i < files.size(); ++i) {
+                now.path = files[i].path;
+                text_file text = with_callees(files, i);
+                composite_library lib;
+                const basic_library& elements = basic[find_library(&library_form::name, composites->basic.name)];
+                read_composites(text, *composites, elements, elements, lib);
+                now.path.clear();
+            }
+        if (composites && composites->has_code) {
             composite_sources made(sources / line("reg", composites->lib.begin, ".cpp"), *composites);
             for (std::size_t i = 0; i < files.size(); ++i) {
                 now.path = files[i].path;
