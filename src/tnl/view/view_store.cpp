@@ -137,7 +137,12 @@ nlohmann::json list_file(view_file& file) {
     const std::lock_guard<std::mutex> hold(file.lock);
     const row_source& source = file.source;
     nlohmann::json columns = nlohmann::json::array();
-    for (const record_column& c : columns_of(file)) columns.push_back({{"name", c.name}, {"unit", c.unit}});
+    std::size_t n_known = 0;
+    for (const record_column& c : columns_of(file)) {
+        columns.push_back({{"name", c.name}, {"unit", c.unit}});
+        const bool is_node = file.record.columns.empty() && file.record.digital && n_known++ > 0;  // of all_nodes
+        if (c.level || is_node) columns.back()["level"] = true;
+    }
     for (std::size_t j = 0; j < file.made.size(); ++j)
         columns.push_back({{"name", file.made[j].label}, {"unit", file.made_units[j]}});
     for (std::size_t j = 0; j < source.rows.columns.size() && j < columns.size(); ++j) {  // greatest distance from zero
@@ -157,6 +162,7 @@ nlohmann::json list_file(view_file& file) {
             labels.push_back(text_of_sweeps(file.record.sweeps, k));
     return {{"path", file.record.path},
             {"kind", file.record.kind},
+            {"digital", file.record.digital},
             {"columns", columns},
             {"labels", labels},
             {"axis", axis},
