@@ -12,13 +12,14 @@
 
 // Texts of libraries; those of an empty one are empty.
 struct library_texts {
-    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{};
+    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{}, dbes{}, dels{};
 };
 
 inline libraries libraries_of(const library_texts& texts) {
     const std::pair<std::string_view, const std::string*> named[] = {
         {"ebes.aux", &texts.ebes}, {"ebac.aux", &texts.ebac}, {"gbes.aux", &texts.gbes},
         {"gbac.aux", &texts.gbac}, {"eels.aux", &texts.eels}, {"gels.aux", &texts.gels},
+        {"dbes.aux", &texts.dbes}, {"dels.aux", &texts.dels},
     };
     libraries lib;
     read_libraries(lib, [&](const std::string& path, const std::string&) {
@@ -37,7 +38,8 @@ inline std::string installed_text(const std::string& file) {
 }
 inline library_texts installed_texts() {
     return {installed_text("ebes.aux"), installed_text("ebac.aux"), installed_text("gbes.aux"),
-            installed_text("gbac.aux"), installed_text("eels.aux"), installed_text("gels.aux")};
+            installed_text("gbac.aux"), installed_text("eels.aux"), installed_text("gels.aux"),
+            installed_text("dbes.aux"), installed_text("dels.aux")};
 }
 inline const libraries& installed_libraries() {
     static const libraries lib = libraries_of(installed_texts());

@@ -114,7 +114,10 @@ void find_ebe_cur_trns(run_state& r, bool with_ddt) {
     keep_state_functions(r, false);
 }
 
-bool keeps_all_currents(const run_state& r) { return r.slv.out.i_file_solution >= 0 || r.c.cct.flag_reset; }
+bool keeps_all_currents(const run_state& r) {
+    const bool read_behind = r.slv.index_solve + 1 < r.c.cf.n_solve;
+    return r.slv.out.i_file_solution >= 0 || r.c.cct.flag_reset || (r.c.cct.flag_mixed && read_behind);
+}
 
 void find_left_out_currents(run_state& r) {
     ebce_form_arrays(r);
@@ -136,6 +139,7 @@ void find_waiting_currents(run_state& r) {
 }
 
 void ov_prm_of_files(run_state& r) {
+    show_digital_parameters(r);
     if (r.ebe.runs.shown.empty() && r.gbe.runs.shown.empty()) return;
     const raised on(r.flags.outvar_prm);
     form_arrays(r);

@@ -10,16 +10,16 @@
 namespace {
 // Looks once at every template in use: one without a model is told, one that is smaller than its model halts.
 template <class Rows>
-void check_templates(const unit_family<Rows>& f) {
-    std::vector<char> seen(at(f.lib.n()), 0);
-    for (int s : f.units.unit.i_lib) {
+void check_templates(const basic_library& lib, const unit_core& unit) {
+    std::vector<char> seen(at(lib.n()), 0);
+    for (int s : unit.i_lib) {
         if (seen[at(s)]) continue;
         seen[at(s)] = 1;
-        const auto* model = find_registration<typename Rows::call>(f.lib.list.entry[s]);
+        const auto* model = find_registration<typename Rows::call>(lib.list.entry[s]);
         if (model)
-            check_entry_counts(Rows::form, f.lib, s, model->counts);
-        else if (f.lib.func.n_func(s) > 0)
-            say(line("warning: no model function is registered for the element type ", f.lib.list.entry[s]));
+            check_entry_counts(Rows::form, lib, s, model->counts);
+        else if (lib.func.n_func(s) > 0 || Rows::form.functions.empty())
+            say(line("warning: no model function is registered for the element type ", lib.list.entry[s]));
     }
 }
 
@@ -44,7 +44,7 @@ void bind(Call& call, Units& units, int u, const parameter_slice<S...>& s) {
 template <class Rows>
 void bind_family(unit_family<Rows>& f) {
     using call_type = typename Rows::call;
-    check_templates(f);
+    check_templates<Rows>(f.lib, f.units.unit);
     f.jac.clear();
     f.jac.resize(at(std::max(f.lib.n(), 1)));
     std::vector<model_function<call_type>> model;  // by name: an edited or re-ordered list never calls a wrong one
@@ -63,6 +63,39 @@ void bind_family(unit_family<Rows>& f) {
     }
 }
 
+void bind_digital(run_state& r) {
+    using rows = digital_family;
+    digital_class& d = r.digital;
+    dbeu_class& units = r.c.dbeu;
+    check_templates<rows>(r.c.lib.dbes, units.unit);
+    std::vector<model_function<dbe_call>> model;
+    for (int s = 0; s < r.c.lib.dbes.n(); ++s) model.push_back(find_model<dbe_call>(r.c.lib.dbes.list.entry[s]));
+    const int n_in = units.n() == 0 ? 0 : *std::max_element(units.n_input.begin(), units.n_input.end());
+    for (std::vector<int>* inputs : {&d.stbl_in, &d.val_in, &d.val_in_old}) inputs->assign(at(n_in), 0);
+    d.call.assign(at(units.n()), {});
+    d.with_analog.clear();
+    for (int u = 0; u < units.n(); ++u) {
+        dbe_call& call = d.call[at(u)];
+        const auto bind_all = [&](const auto&... s) { (bind(call, units, u, s), ...); };
+        std::apply(bind_all, rows::parameters);
+        std::apply(bind_all, rows::slices);
+        call.stbl_out += units.n_input[at(u)];
+        call.val_out += units.n_input[at(u)];
+        call.stbl_in = d.stbl_in.data();
+        call.val_in = d.val_in.data();
+        call.val_in_old = d.val_in_old.data();
+        call.dstate.at = &units.dstate[at(u)];
+        call.stbl.at = &units.stbl[at(u)];
+        call.t_next.at = &units.t_next[at(u)];
+        call.function = model[at(units.unit.i_lib[at(u)])];
+        if (units.anlg.size(u) > 0) d.with_analog.push_back(u);
+    }
+    d.node.assign(at(units.n_nd), {});
+    for (int n : r.c.ebeu.dgtl_dbeu) d.node[at(n)].feeds_analog = 1;
+    d.moved.reserve(at(units.n_nd));
+    d.changed.reserve(at(units.n_nd));
+}
+
 // Behind the functions of electrical units there is room for the totals of those with a derivative.
 void make_room_for_totals(run_state& r) {
     int n_ddt = 0;
@@ -76,6 +109,7 @@ void make_room_for_totals(run_state& r) {
 void bind_models(run_state& r) {
     make_room_for_totals(r);
     for_families(r, [](auto& f) { bind_family(f); });
+    bind_digital(r);
     bind_composites(r);
 }
 

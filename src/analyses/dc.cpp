@@ -35,11 +35,12 @@ void init_guess(run_state& r) {
     r.flags.init_flags();
     r.flags.init_guess = 1;
     clear_solvec(r);
-    std::fill(r.c.ebeu.dvar.begin(), r.c.ebeu.dvar.end(), 2);
+    std::fill(r.c.dbeu.dvar.begin(), r.c.dbeu.dvar.end(), 2);
     r.flags.time_given = start_time(r);
     guess(r, r.gbe);
     ebce_form_arrays(r);
     guess(r, r.ebe);
+    dbe_init_guess(r);
     r.flags.init_flags();
 }
 
@@ -51,6 +52,7 @@ void init_sol(run_state& r) {
         clear_solvec(r);
         if (r.slv.task.init_file) {
             read_solution(r.slv, r.c, r.flags);
+            take_levels_as_outputs(r.c.dbeu);
         } else {
             set_ig(r.slv, r.c);
             set_dig(r.slv, r.c);
@@ -112,18 +114,53 @@ void solve_dc(run_state& r) {
     r.flags.init_flags();
 }
 
+namespace {
+void solve_analog_startup(run_state& r) {
+    solve_class& slv = r.slv;
+    if (!has_equations(r)) return;
+    if (slv.now.flag_linear) {
+        solve_linear_dc(r);
+    } else {
+        solve_newton_dc(r);
+        if (!slv.now.l_converged) halt({"solve_startup: N-R did not converge.", "   Halting..."});
+    }
+}
+
+[[noreturn]] void sides_did_not_converge(const run_state& r, const char* side) {
+    halt({line("solve_startup: did not converger after ", r.slv.method.n_pass_mixed, " mixed passes."),
+          line("solve_startup: ", side, " passes did not converge."), "  Halting..."});
+}
+
+// The digital and the analog side in turn, until neither moves the other.
+void solve_mixed_startup(run_state& r, bool from_nothing) {
+    std::vector<double> svec;
+    std::vector<int> dvar;
+    const char* moving = "analog";
+    for (int pass = 0; pass < r.slv.method.n_pass_mixed; ++pass) {
+        svec = r.mat.svec;
+        dvar = r.c.dbeu.dvar;
+        digital_passes(r, from_nothing && pass == 0);
+        solve_analog_startup(r);
+        const double moved = norm_abs_diff_double(r.mat.n_svec, r.mat.svec.data(), svec.data());
+        const bool analog = moved >= r.slv.method.delxmax_all;
+        if (!analog && r.c.dbeu.dvar == dvar) return;
+        moving = analog ? "analog" : "digital";
+    }
+    sides_did_not_converge(r, moving);
+}
+}  // namespace
+
 void solve_startup(run_state& r) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     r.flags.time_given = slv.method.t_startup;
     slv.now.l_converged = 1;
-    if (has_equations(r)) {
-        if (slv.now.flag_linear) {
-            solve_linear_dc(r);
-        } else {
-            solve_newton_dc(r);
-            if (!slv.now.l_converged) halt({"solve_startup: N-R did not converge.", "   Halting..."});
-        }
+    const bool from_nothing = !slv.task.init_file && !slv.task.init_previous;
+    if (r.c.cct.flag_mixed) {
+        solve_mixed_startup(r, from_nothing);
+    } else {
+        if (r.c.cct.flag_solve_digital) digital_passes(r, from_nothing);
+        solve_analog_startup(r);
     }
     ebce_form_arrays(r);
     find_ebe_cur_startup(r);

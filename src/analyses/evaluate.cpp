@@ -49,12 +49,14 @@ void one_time_parms(run_state& r) {
     compute_rparms(r);
     const raised on(r.flags.one_time_parms);
     call_all(r);
+    call_digital_models(r);
 }
 
 void ov_prm(run_state& r) {
     const raised on(r.flags.outvar_prm);
     form_arrays(r);
     call_all(r);
+    show_digital_parameters(r);
 }
 
 void move_values(const value_moves& m, const double* from, double* to) {

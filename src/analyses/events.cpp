@@ -144,6 +144,13 @@ bool event_control::choose_step(run_state& r) {
     return true;
 }
 
+void event_control::jump() {
+    if (!on_) return;
+    be_ = true;
+    n_rests_ = std::max(n_rests_, rests());
+    if (sizes_) size_ = smallest;
+}
+
 void event_control::take_break(run_state& r) {
     if (!sizes_) return;
     const double chosen = r.slv.now.delt;

@@ -44,6 +44,8 @@ public:
     bool choose_step(run_state& r);
     // The same behind the breaks.
     void take_break(run_state& r);
+    // A digital level that electrical units see has changed: the coming step, which begins before it, crosses a jump.
+    void jump();
 
 private:
     struct values {

@@ -10,7 +10,9 @@ template <class Rows>
 call_part part_of(const unit_family<Rows>& f, int u, bool wanted) {
     if (!f.has(&entry_flags::pure, u)) return changing;
     if (!wanted) return left_out;
-    return f.has(&entry_flags::timeless, u) ? held : accepted;
+    // A digital level may change while the variables stand.
+    const bool stands = f.has(&entry_flags::timeless, u) && f.lib.list.dgtl.count(f.entry(u)) == 0;
+    return stands ? held : accepted;
 }
 
 template <class Rows>

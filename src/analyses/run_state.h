@@ -4,6 +4,7 @@
 
 #include "analyses/ac_class.h"
 #include "analyses/assembly_plan.h"
+#include "analyses/digital.h"
 #include "analyses/mat_class.h"
 #include "analyses/unit_family.h"
 #include "base/at.h"
@@ -30,6 +31,7 @@ struct run_state {
     math_cnst_class math_cnst;
     unit_family<electrical_family> ebe{c.ebeu, c.lib.ebes};
     unit_family<general_family> gbe{c.gbeu, c.lib.gbes};
+    digital_class digital;
     ac_class ac{c};
     assembly_plan plan;
     formed_arguments formed;

@@ -53,7 +53,7 @@ constexpr auto parameter_slices =
                parameter_slice{&Call::rparm, &unit_core::rprm}, parameter_slice{&Call::stparm, &unit_core::sv},
                parameter_slice{&Call::igparm, &unit_core::ig}};
 
-// A small-signal form has no start values.
+// A small-signal form has no start values, those of a digital element are integers.
 template <class Call>
 constexpr auto ac_parameter_slices =
     std::tuple{parameter_slice{&Call::iparm, &unit_core::iprm}, parameter_slice{&Call::sparm, &unit_core::sprm},
@@ -81,7 +81,8 @@ struct electrical_family {
                                               slice{&call::f, &units::f, &unit_core::first_func}};
     static constexpr auto copies = std::tuple{gathered{&units::nodev, &units::val_nd, &units::nd},
                                               gathered{&units::vin, &units::val_nd, &units::in},
-                                              gathered{&units::val_vr, &gbeu_class::val_vr, &units::vr_gbeu}};
+                                              gathered{&units::val_vr, &gbeu_class::val_vr, &units::vr_gbeu},
+                                              gathered{&units::dvar, &dbeu_class::dvar, &units::dgtl_dbeu}};
     static constexpr shared_unknowns<units> shared = {&units::val_nd,    &units::val_nd_new, &units::nodev,
                                                       &units::nodev_new, &units::nd,         &units::ref_nd};
     static constexpr auto slots = &mat_class::ebe;
@@ -139,13 +140,29 @@ struct general_ac_family {
     static constexpr auto slots = &ac_system::gbe;
 };
 
+// Digital units are called one by one, and have no derivatives. Their inputs stand in a place that they share; outputs
+// stand behind the inputs.
+struct digital_family {
+    using call = dbe_call;
+    using units = dbeu_class;
+    static constexpr const basic_form& form = dbes_form;
+    static constexpr auto parameters = ac_parameter_slices<call>;
+    static constexpr auto slices = std::tuple{
+        slice{&call::stparm, &units::stparm, &unit_core::sv},   slice{&call::igparm, &units::igparm, &unit_core::ig},
+        slice{&call::lparm, &units::lparm, &units::first_lprm}, slice{&call::stbl_out, &units::stbl_out, &units::nd},
+        slice{&call::val_out, &units::val_out, &units::nd},     slice{&call::val_anlg, &units::val_anlg, &units::anlg}};
+};
+
 // ---- how rows are walked ----
 
 inline const std::vector<int>& numbers_of(const std::vector<int>& v) { return v; }
 inline const std::vector<int>& numbers_of(const row_table<int>& t) { return t.data; }
 
 inline const std::vector<int>& begins_of(const std::vector<int>& first) { return first; }
-inline const std::vector<int>& begins_of(const row_table<int>& t) { return t.first; }
+template <class T>
+const std::vector<int>& begins_of(const row_table<T>& t) {
+    return t.first;
+}
 
 // Where a member of a family's units stands.
 template <class T>
@@ -155,6 +172,10 @@ auto& table_of(circuit& c, T ebeu_class::*member) {
 template <class T>
 auto& table_of(circuit& c, T gbeu_class::*member) {
     return c.gbeu.*member;
+}
+template <class T>
+auto& table_of(circuit& c, T dbeu_class::*member) {
+    return c.dbeu.*member;
 }
 template <class T>
 auto& table_of(circuit& c, T ebau_class::*member) {

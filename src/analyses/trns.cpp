@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "analyses/accepted_point.h"
+#include "analyses/event_passes.h"
 #include "analyses/events.h"
 #include "analyses/integration.h"
 #include "analyses/levels.h"
@@ -18,8 +19,6 @@
 #include "output/row_writers.h"
 
 namespace {
-constexpr int mode_analog = 5;
-
 void define_method_flags(run_state& r) {
     solve_class& slv = r.slv;
     slv.now.flag_trz = slv.method.trapezoidal || slv.method.trapezoidal_auto || slv.method.trbdf2;
@@ -111,26 +110,67 @@ void next_step_size(run_state& r, event_control& events) {
 
 void write_row(run_state& r) {
     ov_prm_of_files(r);
-    write_trns(r.slv, r.c, mode_analog, r.slv.now.time_present);
+    write_trns(r.slv, r.c, rows_analog, r.slv.now.time_present);
+}
+
+// Currents that accepted points leave out, where something may read those of this one.
+void find_all_currents(run_state& r) {
+    if (!keeps_all_currents(r)) find_left_out_currents(r);
+    find_waiting_currents(r);
+}
+
+void end_run(run_state& r) {
+    r.formed.forget();
+    r.flags.event_restart = 0;
+    r.flags.init_flags();
+}
+
+void prepare_analog(run_state& r) {
+    make_plan(r);
+    r.formed.keep();
+    define_method_flags(r);
+}
+
+// An analog step, from its first try to its row. Gives whether it has reached the end.
+bool analog_step(run_state& r, event_control& events) {
+    solve_class& slv = r.slv;
+    begin_analog_step(r);
+    r.flags.iter_trns_1 = slv.now.iter_trns_1;
+    if (events.on()) events.begin_step(r);
+    take_step(r, events);
+    slv.now.time_present = slv.now.time_next;
+    if (events.on()) events.accept(r);
+    r.flags.time_present = slv.now.time_present;
+    if (slv.now.iter_trns_anlg == 0) tell_residual(r);
+    write_row(r);
+    const bool ends = r.flags.t_end <= slv.now.time_present + slv.method.time_epsilon;
+    // Digital passes may be the last ones of a run that is cut, so that any step may be the last one of the analog
+    // side.
+    const bool may_be_last = r.c.cct.flag_mixed && keeps_all_currents(r);
+    if (ends || may_be_last || slv.now.iter_trns == slv.method.itmax_trns - 1) find_all_currents(r);
+    return ends;
 }
 }  // namespace
 
 void solve_trns(run_state& r) {
     solve_class& slv = r.slv;
+    const bool analog = r.c.cct.flag_solve_analog;
     r.flags.init_flags();
-    make_plan(r);
-    r.formed.keep();
-    define_method_flags(r);
-    slv.now.time_present = r.flags.t_start;
     r.flags.time_epsilon = slv.method.time_epsilon;
+    slv.now.time_present = r.flags.t_start;
     set_time_next(r, slv.now.time_present);
-    write_row(r);
+    if (analog) {
+        prepare_analog(r);
+        write_row(r);
+    }
+    event_passes digital(r);
     event_control events(r);
     r.flags.event_restart = events.on() ? 1 : 0;
-    prepare_first_step(r, events);
+    if (analog) prepare_first_step(r, events);
     slv.now.iter_trns_anlg = slv.now.iter_trns_dgtl = slv.now.iter_trns_1 = slv.now.iter_trns_x = -1;
     r.flags.iter_trns_1 = -1;
     slv.now.delt_old_1 = slv.now.delt;
+    digital.start(r);
     if (slv.method.itmax_trns > 0) check_rparm_sources(r.c);
     progress lines(slv);
     for (slv.now.iter_trns = 0; slv.now.iter_trns < slv.method.itmax_trns; ++slv.now.iter_trns) {
@@ -139,34 +179,18 @@ void solve_trns(run_state& r) {
         if (r.c.cct.flag_setrparm && set_rparm_2(r) && events.on()) events.take_break(r);
         if (r.c.cct.flag_getrparm) get_rparm_2(r);
         lines.tell();
-        begin_analog_step(r);
-        r.flags.iter_trns_1 = slv.now.iter_trns_1;
-        if (events.on()) events.begin_step(r);
-        take_step(r, events);
-        slv.now.time_present = slv.now.time_next;
-        if (events.on()) events.accept(r);
-        r.flags.time_present = slv.now.time_present;
-        if (slv.now.iter_trns_anlg == 0) tell_residual(r);
-        write_row(r);
-        const bool ends = r.flags.t_end <= slv.now.time_present + slv.method.time_epsilon;
-        if (ends || slv.now.iter_trns == slv.method.itmax_trns - 1) {
-            if (!keeps_all_currents(r)) find_left_out_currents(r);
-            find_waiting_currents(r);
-        }
-        if (ends) {
-            r.formed.forget();
-            r.flags.event_restart = 0;
-            r.flags.init_flags();
-            return;
-        }
+        const event_passes::pass now = digital.on() ? digital.choose(r, events) : event_passes::pass::analog_step;
+        if (now == event_passes::pass::end) return end_run(r);
+        if (now == event_passes::pass::digital_event) continue;
+        const bool ends = analog_step(r, events);
+        if (ends && !digital.on()) return end_run(r);
         if (slv.method.gear2_fixed || slv.method.gear2) keep_point_2(r.mat);
         keep_point_1(r);
         next_step_size(r, events);
+        if (digital.on()) digital.accept(r);
     }
-    r.formed.forget();
-    r.flags.event_restart = 0;
     say("warning: time_end not reached");
     say("  in transient simulation.");
     say("  Increase itmax_trns in the method card.");
-    r.flags.init_flags();
+    end_run(r);
 }

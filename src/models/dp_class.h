@@ -6,6 +6,12 @@
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "models/block_functions.h"
+#include "models/digital_clocks.h"
+#include "models/digital_counters.h"
+#include "models/digital_flipflops.h"
+#include "models/digital_gates.h"
+#include "models/digital_links.h"
+#include "models/digital_outputs.h"
 #include "models/edges.h"
 #include "models/model_functions.h"
 

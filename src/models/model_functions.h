@@ -23,6 +23,23 @@ void switch_current(const switch_curve& s, bool on, double v, double& i, double&
 // Function and Jacobian of a branch from terminal 0 to terminal 1 whose current i has the slope g; each only if asked.
 void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const flags_class* flags);
 
+// A change-over switch from terminal 0 to terminals 1 and 2, g_1 and g_2 in S; real, and of small signals.
+template <class T, class Jac>
+void change_over(double g_1, double g_2, const T* v, T* f, Jac* jac, const flags_class* flags) {
+    if (flags->function) {
+        f[1] = g_1 * (v[1] - v[0]);
+        f[2] = g_2 * (v[2] - v[0]);
+        f[0] = -(f[1] + f[2]);
+    }
+    if (flags->jacobian) {
+        jac->dfdv[0][0] = g_1 + g_2;
+        jac->dfdv[0][1] = jac->dfdv[1][0] = -g_1;
+        jac->dfdv[0][2] = jac->dfdv[2][0] = -g_2;
+        jac->dfdv[1][1] = g_1;
+        jac->dfdv[2][2] = g_2;
+    }
+}
+
 // ---- branches with their current as unknown
 
 // A branch from terminal 0 to terminal 1 of the voltage u, V. Its current into terminal 0 is aux 0, in start-up auxs 0.

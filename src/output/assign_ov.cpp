@@ -116,6 +116,8 @@ bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, doubl
     return parameter != nullptr;
 }
 
-int assign_ov_dgtl(const circuit&, const out_var&) {
+int assign_ov_dgtl(const circuit& c, const out_var& v) {
+    if (v.prefix == prefix_none && v.kind == ov_dvar) return c.dbeu.dvar[at(v.index)];
+    if (v.prefix == prefix_none && v.kind == ov_dstate) return c.dbeu.dstate[at(v.index)];
     halt({"assign_ov_dgtl: check output variables (digital)", "   Halting..."});
 }

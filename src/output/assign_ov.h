@@ -14,6 +14,5 @@ const std::complex<double>* phasor_of(const circuit& c, const out_var& v);
 // word, or another variable has one.
 bool assign_ov(const solve_class& slv, const circuit& c, const out_var& v, double& value);
 
-// Level of a digital node, or state of a digital unit. Circuits have no digital units yet, so nothing can be read:
-// halts for every variable.
+// Level of a digital node, or state of a digital unit; halts for every other variable.
 int assign_ov_dgtl(const circuit& c, const out_var& v);

@@ -9,11 +9,14 @@
 namespace {
 using ebeu_list = std::vector<double> ebeu_class::*;
 using gbeu_list = std::vector<double> gbeu_class::*;
+using dbeu_list = std::vector<int> dbeu_class::*;
+// Times of events stand relative to the end of the run, so that another run can begin with them.
+struct event_times {};
 
 // One section: a title, and the values under it. A family without units of its own kind yet has none.
 struct section {
     std::string_view title;
-    std::variant<std::monostate, ebeu_list, gbeu_list> member;
+    std::variant<std::monostate, ebeu_list, gbeu_list, dbeu_list, event_times> member;
 };
 constexpr section sections[] = {
     {"ebeu->val_nd:", &ebeu_class::val_nd},
@@ -27,10 +30,10 @@ constexpr section sections[] = {
     {"xbeu->val_aux1d:", {}},
     {"xbeu->val_bev1d:", {}},
     {"xbeu->val_cur1d:", {}},
-    {"dbeu->val_nd:", {}},
-    {"dbeu->state:", {}},
-    {"dbeu->stable:", {}},
-    {"dbeu->tschdl_rel:", {}},
+    {"dbeu->val_nd:", &dbeu_class::dvar},
+    {"dbeu->state:", &dbeu_class::dstate},
+    {"dbeu->stable:", &dbeu_class::stbl},
+    {"dbeu->tschdl_rel:", event_times{}},
 };
 
 // The values of a section; null: none.
@@ -62,7 +65,7 @@ struct word_stream {
 
 }  // namespace
 
-void write_solution(solve_class& slv, const circuit& c, const flags_class&) {
+void write_solution(solve_class& slv, const circuit& c, const flags_class& flags) {
     count_line(slv, slv.out.i_file_solution, "write_solution");
     row_file& out = *slv.out.files[at(slv.out.i_file_solution)].stream;
     for (const section& s : sections) {
@@ -70,15 +73,26 @@ void write_solution(solve_class& slv, const circuit& c, const flags_class&) {
         out.end_row();
         if (const auto* list = values(c, s))
             for (double x : *list) out.put(x, '\n');
+        if (const auto* d = std::get_if<dbeu_list>(&s.member))
+            for (int x : c.dbeu.**d) {
+                out.put_text(std::to_string(x));
+                out.end_row();
+            }
+        if (std::holds_alternative<event_times>(s.member))
+            for (double t : c.dbeu.t_next) out.put(t - flags.t_end, '\n');
     }
 }
 
-void read_solution(const solve_class& slv, circuit& c, const flags_class&) {
+void read_solution(const solve_class& slv, circuit& c, const flags_class& flags) {
     word_stream in{open_text_file(slv.task.init_sol_path, "cct_class::read_solution"), {}, 0};
     for (const section& s : sections) {
         in.next();
         if (auto* list = values(c, s))
             for (double& x : *list) x = chr_to_double_4(in.next());
+        if (const auto* d = std::get_if<dbeu_list>(&s.member))
+            for (int& x : c.dbeu.**d) x = chr_to_int(in.next());
+        if (std::holds_alternative<event_times>(s.member))
+            for (double& t : c.dbeu.t_next) t = chr_to_double_4(in.next()) + flags.t_start;
     }
 }
 

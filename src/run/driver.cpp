@@ -85,9 +85,14 @@ analysis analysis_of(const solve_class& slv) {
 
 // All points of a block, and the currents that the file of its last solution shows.
 void solve_points(run_state& r) {
-    if (r.slv.startup) set_sv(r.slv, r.c);
+    if (r.slv.startup) {
+        set_sv(r.slv, r.c);
+        set_dsv(r.slv, r.c);
+    }
     r.residual = {};
     init_sol(r);
+    if (r.slv.trns && !r.slv.task.init_file && !r.slv.task.init_previous) set_dgtl(r);
+    plan_digital_outputs(r);
     set_mat(r.mat, r.c, r.ebe.jac, r.gbe.jac);
     if (r.slv.trns)
         solve_trns(r);
@@ -151,7 +156,7 @@ void run_block(run_state& r) {
     circuit& c = r.c;
     if (solves(slv)) {
         define_offs_solvec(r.mat, c, analysis_of(slv));
-        define_method_type(slv, c.cct);
+        if (!c.cct.flag_purely_digital) define_method_type(slv, c.cct);
     }
     open_out_files(slv, c);
     if (!slv.task.set_parm.empty()) r.flags.set_parm = 1;

@@ -120,7 +120,11 @@ void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
         if (node < 0)
             halt({"solve_class: digital node name not found", "   in set_sgtl statement.",
                   line("   Check this string: ", w[i])});
-        slv.task.set_dgtl.push_back({node, c.gprm.gprm_int_1(w[i + 1])});
+        const int level = c.gprm.gprm_int_1(w[i + 1]);
+        if (level < 0 || level > 2)
+            halt({"solve_class: a digital level is 0, 1, or 2 (unknown)", "   in set_dgtl statement.",
+                  line("   Check this string: ", w[i + 1]), "   Halting..."});
+        slv.task.set_dgtl.push_back({node, level});
     }
 }
 

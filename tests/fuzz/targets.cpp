@@ -132,6 +132,8 @@ std::string words_of_family(const basic_form& form, const basic_form& form_ac, c
 std::string library_words() { return words_of_family(ebes_form, ebac_form, eels_form); }
 std::string block_words() { return words_of_family(gbes_form, gbac_form, gels_form); }
 
+std::string digital_words() { return words_of_family(dbes_form, dbes_form, dels_form); }
+
 std::string composite_words() {
     const std::string blocks = block_words();
     std::string all = library_words();
@@ -180,6 +182,7 @@ constexpr fuzz_target targets[] = {
     {"deck", fuzz_deck, deck_words},
     {"library", fuzz_library, library_words},
     {"blocks", fuzz_blocks, block_words},
+    {"digital", fuzz_digital, digital_words},
     {"data", fuzz_data, data_words},
     {"expression", fuzz_expression, expression_words},
     {"solution", fuzz_solution, solution_words},

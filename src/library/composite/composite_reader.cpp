@@ -44,9 +44,12 @@ void count_elements(text_file& file, const composite_form& form) {
             const std::string callee = pick_word_1(w, 1);
             const int i = find_word_1(names, callee);
             if (i < 0 || i + 1 >= names.size())
-                word_not_found(
-                    "find_word_3", callee,
-                    line(form.lib.name, "_", form.lib.name, ac ? "_ac: " : ": ", form.lib.name, "_name not found"));
+                word_not_found("find_word_3", callee,
+                               line(form.lib.name, "_", form.lib.name,
+                                    ac                ? "_ac: "
+                                    : form.has_halves ? ": "
+                                                      : "_1: ",
+                                    form.lib.name, "_name not found"));
             (ac ? more.ac : more.dc) =
                 ac ? count[static_cast<std::size_t>(i)].ac : count[static_cast<std::size_t>(i)].dc;
         }

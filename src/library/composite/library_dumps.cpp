@@ -203,11 +203,17 @@ void write_composite_dump(std::ostream& out, const std::string& word, const comp
     write_total(out, "n_be_ttliprm", count(lib.be.iprm));
     write_total(out, "n_be_ttlsprm", count(lib.be.sprm));
     write_total(out, "n_be_ttlrprm", count(lib.be.rprm));
-    write_total(out, "n_be_ttlnd", count(lib.be.node));
+    const bool digital = word == "dels";
+    write_total(out, "n_be_ttlnd", count(digital ? lib.be.dgtl : lib.be.node));
     write_total(out, "n_be_ttlvr", count(lib.be.vr));
     write_total(out, "n_be_ttlxvr", count(lib.be.xvr));
-    write_total(out, "n_be_ttlin", count(lib.be.in));
+    write_total(out, digital ? "n_be_ttlanlg" : "n_be_ttlin", count(lib.be.in));
     write_total(out, "n_be_ttlib", count(lib.be.ib));
+    if (digital) {
+        write_total(out, "n_ttlanlg", lib.list.ind_node.pool.size());
+        write_total(out, "n_be_ttlsv", count(lib.be.sv));
+        write_total(out, "n_be_ttlig", count(lib.be.ig));
+    }
     // Blocks are connected by variables, all others by nodes.
     const bool blocks = word == "gels" || word == "xels";
     const std::string tag = blocks ? "vr" : "nd";

@@ -302,6 +302,8 @@ void bring_to_bias(U& u, const one_composite& o, std::mt19937& rng) {
     for (int i = 0; i < 2; ++i) {
         for (const moving<double>& m : moving_of(u, o))
             for (double& x : *m.x) x = anywhere(rng);
+        if constexpr (std::is_same_v<U, model_unit>)
+            for (int& x : u.x.dvar) x = static_cast<int>(rng() % 3);
         u.flags.time_given = 1e-3 * i;
         if (i == 0) u.call(&flags_class::save_history);
     }

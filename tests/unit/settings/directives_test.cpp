@@ -210,6 +210,7 @@ block_run with_all_families(const std::string& cards) {
     r.c.lib.gels.be.first_be = r.c.gelu.first_unit = {0, 0};
     r.c.lib.gels.beac.first_be = r.c.gelu.first_unit_ac = {0, 0};
     add_instance(r.c.delu, r.c.lib.dels, "D1");
+    r.c.lib.dels.be.first_be = r.c.delu.first_unit = {0, 0};
     add_instance(r.c.xelu, r.c.lib.xels, "X1");
     r.c.cct.dct.name = {"q"};
     r.c.cct.dct.index["q"] = 0;
