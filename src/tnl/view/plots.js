@@ -1,6 +1,6 @@
 // A group of plots over one axis: one plot a unit or as names were dragged, one view of the axis, two cursors.
 
-import {drawLanes, lanesHeight, lanesOf, laneText} from './lanes.js';
+import { drawLanes, lanesHeight, lanesOf, laneText } from "./lanes.js";
 import { colourOf, css, dashes, el, endsInput, lineSample, logTexts, stepsFor, sticks, texts } from "./parts.js";
 import { decibels, engineering, exponentFor, fetchTable, merge, tickText, tipsOf, unitText, valuesAt } from "./rows.js";
 
@@ -157,23 +157,18 @@ export class Group {
       this.build();
     });
   }
-  legendItem(s, value, name = s.name) {
-      const item = el('span', {className: 'item', draggable: true}, lineSample(s), name, value);
-      item.ondragstart = (e) => {
-          this.dragged = this.nameOf(s);
-          e.dataTransfer.setData("text/plain", s.name);
-      };
-      item.ondragend = () => {
-          this.dragged = null;
-      };
-      return item;
+  legendItem(s, value, name, draggable) {
+    const item = el("span", { className: "item", draggable }, lineSample(s), name, value);
+    item.ondragstart = (e) => { this.dragged = this.nameOf(s); e.dataTransfer.setData("text/plain", s.name); };
+    item.ondragend = () => { this.dragged = null; };
+    return item;
   }
 
   makePlot(key, isLast) {
     const series = this.series.filter((s) => this.plotOf(s) === key);
-    const lanes = key === 'levels' ? lanesOf(series) : null;
+    const lanes = key === "levels" ? lanesOf(series) : null;
     // What has a name and a value: a lane, or else a series.
-    const shown = lanes ?? series.map((s, i) => ({bits: [i], first: s, name: s.name}));
+    const shown = lanes ?? series.map((s, i) => ({ bits: [i], first: s, name: s.name }));
     const unit = series.every((s) => s.unit === series[0].unit) ? series[0].unit : "";
     const logY = this.logY.get(key) ?? false;
     const toggle = el("input", { type: "checkbox", checked: logY });
@@ -182,133 +177,69 @@ export class Group {
       if (range === null) this.endsY.delete(key); else this.endsY.set(key, range);
       for (const p of this.plots) if (p.key === key) { p.u.redraw(true, true); this.setView(p.u); }
     });
-    const values = shown.map(() => el('span', {className: 'value', textContent: ''}));
-    const legend =
-        el('div', {className: 'legend'}, ...shown.map((lane, i) => this.legendItem(lane.first, values[i], lane.name)),
-           lanes ? null : ends, stepsFor(unit) || lanes ? null : el('label', {className: 'logy'}, toggle, 'log'));
+    const values = shown.map(() => el("span", { className: "value", textContent: "" }));
+    const legend = el("div", { className: "legend" },
+      ...shown.map((lane, i) => this.legendItem(lane.first, values[i], lane.name, !lanes)), lanes ? null : ends,
+      stepsFor(unit) || lanes ? null : el("label", { className: "logy" }, toggle, "log"));
     const box = el("div", { className: "plot" });
     this.rows.append(legend, box);
     this.takesNames(legend, () => key);
     this.takesNames(box, () => key);
-    const plot = {key, unit, series, values, legend, box, logY, lanes, shown};
+    const plot = { key, unit, series, values, legend, box, logY, lanes, shown };
     const sync = window.uPlot.sync(this.key);
     const axisStyle = { stroke: css("--ink"), font: "12px system-ui, sans-serif", labelFont: "12px system-ui, sans-serif",
       grid: { stroke: css("--grid"), width: 1 }, ticks: { stroke: css("--edge"), width: 1, size: 5 } };
-    plot.u = new window
-                 .uPlot(
-                     {
-                         width: this.width(),
-                         height: this.plotHeight(isLast, lanes),
-                         ms: 1e-3,
-                         legend: {show: false},
-                         pxAlign: 0,
-                         padding: [8, 14, isLast ? 0 : 6, 0],
-                         scales: {
-                             x: {time: false, auto: false, distr: this.logX ? 3 : 1, range: () => this.shown()},
-                             y: {
-                                 distr: logY ? 3 : 1,
-                                 range: (u, lo, hi) => (lanes ? [0, 1] : this.rangeY(lo, hi, logY, this.endsY.get(key)))
-                             },
-                         },
-                         axes: [
-                             {
-                                 ...axisStyle,
-                                 size: isLast ? 28 : 6,
-                                 gap: 4,
-                                 labelSize: 20,
-                                 labelGap: -2,
-                                 label: isLast ? () => this.axisLabel() : null,
-                                 space: (u, k, lo, hi) => 30 + 8 * this.ticksX(lo, hi),
-                                 values: isLast ? (u, splits, k, space, step) => this.textsX(splits, step) : () => []
-                             },
-                             {
-                                 ...axisStyle,
-                                 size: gutter - 22,
-                                 gap: 4,
-                                 labelSize: 22,
-                                 labelGap: 0,
-                                 scale: 'y',
-                                 ...(stepsFor(unit) && !logY ? {incrs: stepsFor(unit)} : {}),
-                                 ...(lanes ? this.laneAxis(lanes) : {
-                                     label: (u) => this.unitLabel(unit, u.scales.y, logY),
-                                     values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY)
-                                 })
-                             },
-                         ],
-                         series: [
-                             {}, ...series.map((s) => ({
-                                                   label: s.name,
-                                                   stroke: colourOf(s),
-                                                   width: this.sticks ? 2.5 : 1.5,
-                                                   dash: this.sticks ? [] : dashes[s.run % dashes.length],
-                                                   paths: lanes    ? () => null :
-                                                       this.sticks ? sticks(series.indexOf(s), series.length) :
-                                                                     undefined,
-                                                   points: lanes ? {show: false} :
-                                                       this.sticks ?
-                                                                   {
-                                                                       show: true,
-                                                                       size: 6,
-                                                                       fill: colourOf(s),
-                                                                       stroke: colourOf(s),
-                                                                       filter: () => null
-                                                                   } :
-                                                                   {size: 5, fill: colourOf(s), stroke: colourOf(s)},
-                                               }))
-                         ],
-                         cursor: {
-                             y: false,
-                             drag: {x: true, y: false, dist: 4, setScale: false},
-                             points: {show: !this.sticks && !lanes, size: 7},
-                             sync: {
-                                 key: this.key,
-                                 setSeries: false,
-                                 scales: ['x', null],
-                                 filters: {pub: (type) => type === 'mousemove' || type === 'mouseleave'}
-                             },
-                             bind: {
-                                 mousedown: (u, at, go) => (e) => {
-                                     if (e.shiftKey || e.button === 1)
-                                         this.pan(u, e);
-                                     else
-                                         go(e);
-                                 },
-                                 dblclick: () => () => {
-                                     clearTimeout(this.click);
-                                     this.zoom(null);
-                                     return null;
-                                 },
-                             },
-                         },
-                         hooks: {
-                             setSelect: [(u) => this.selected(u)],
-                             setCursor: [(u) => this.moved(u)],
-                             draw: [
-                                 (u) => {
-                                     if (lanes) drawLanes(u, lanes);
-                                 },
-                                 (u) => this.drawMarks(u)
-                             ],
-                         },
-                     },
-                     [[], ...series.map(() => [])], box);
+    plot.u = new window.uPlot({
+      width: this.width(), height: this.plotHeight(isLast, lanes), ms: 1e-3, legend: { show: false }, pxAlign: 0,
+      padding: [8, 14, isLast ? 0 : 6, 0],
+      scales: {
+        x: { time: false, auto: false, distr: this.logX ? 3 : 1, range: () => this.shown() },
+        y: { distr: logY ? 3 : 1, range: (u, lo, hi) => (lanes ? [0, 1] : this.rangeY(lo, hi, logY, this.endsY.get(key))) },
+      },
+      axes: [
+        { ...axisStyle, size: isLast ? 28 : 6, gap: 4, labelSize: 20, labelGap: -2,
+          label: isLast ? () => this.axisLabel() : null,
+          space: (u, k, lo, hi) => 30 + 8 * this.ticksX(lo, hi),
+          values: isLast ? (u, splits, k, space, step) => this.textsX(splits, step) : () => [] },
+        { ...axisStyle, size: gutter - 22, gap: 4, labelSize: 22, labelGap: 0, scale: "y",
+          ...(stepsFor(unit) && !logY ? { incrs: stepsFor(unit) } : {}),
+          label: (u) => this.unitLabel(unit, u.scales.y, logY),
+          values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY),
+          ...(lanes ? this.laneAxis(lanes) : {}) },
+      ],
+      series: [{}, ...series.map((s) => ({
+        label: s.name, stroke: colourOf(s), width: this.sticks ? 2.5 : 1.5, dash: this.sticks ? [] : dashes[s.run % dashes.length],
+        paths: lanes ? () => null : this.sticks ? sticks(series.indexOf(s), series.length) : undefined,
+        points: lanes ? { show: false } : this.sticks ? { show: true, size: 6, fill: colourOf(s), stroke: colourOf(s), filter: () => null } : { size: 5, fill: colourOf(s), stroke: colourOf(s) },
+      }))],
+      cursor: {
+        y: false,
+        drag: { x: true, y: false, dist: 4, setScale: false },
+        points: { show: !this.sticks && !lanes, size: 7 },
+        sync: { key: this.key, setSeries: false, scales: ["x", null],
+          filters: { pub: (type) => type === "mousemove" || type === "mouseleave" } },
+        bind: {
+          mousedown: (u, at, go) => (e) => { if (e.shiftKey || e.button === 1) this.pan(u, e); else go(e); },
+          dblclick: () => () => { clearTimeout(this.click); this.zoom(null); return null; },
+        },
+      },
+      hooks: {
+        setSelect: [(u) => this.selected(u)],
+        setCursor: [(u) => this.moved(u)],
+        draw: [(u) => { if (lanes) drawLanes(u, lanes); }, (u) => this.drawMarks(u)],
+      },
+    }, [[], ...series.map(() => [])], box);
     sync.sub(plot.u);
     this.listen(plot.u);
     return plot;
   }
 
   plotHeight(isLast, lanes) { return (lanes ? lanesHeight(lanes.length) : this.height) + (isLast ? 40 : 0); }
-  laneAxis(lanes) {  // names in the middle of their lanes, in place of numbers
-      const middle = (n) => 1 - (n + 0.5) / lanes.length;
-      const short = (name) => (name.length > 9 ? `${name.slice(0, 8)}…` : name);
-      return {
-          label: null,
-          size: gutter,
-          grid: {show: false},
-          ticks: {show: false},
-          splits: () => lanes.map((_, n) => middle(n)).reverse(),
-          values: () => lanes.map((lane) => short(lane.name)).reverse()
-      };
+  laneAxis(lanes) { // names in the middle of their lanes, in place of numbers
+    const middle = (n) => 1 - (n + 0.5) / lanes.length;
+    const short = (name) => (name.length > 9 ? `${name.slice(0, 8)}…` : name);
+    return { label: null, size: gutter, grid: { show: false }, ticks: { show: false },
+      splits: () => lanes.map((_, n) => middle(n)).reverse(), values: () => lanes.map((lane) => short(lane.name)).reverse() };
   }
 
   rangeY(lo, hi, log, ends) {
@@ -368,8 +299,7 @@ export class Group {
 
   resize(height) {
     this.height = height;
-    this.plots.forEach(
-        (p, i) => p.u.setSize({width: this.width(), height: this.plotHeight(i === this.plots.length - 1, p.lanes)}));
+    this.plots.forEach((p, i) => p.u.setSize({ width: this.width(), height: this.plotHeight(i === this.plots.length - 1, p.lanes) }));
   }
 
   // ---- zoom ----
@@ -472,16 +402,13 @@ export class Group {
         const x = this.hover;
         const value = x === null ? null : await this.valuesOf(x);
         for (const p of this.plots)
-            p.shown.forEach((lane, i) => {
-                p.values[i].textContent = value ? this.textOf(p, lane, value) : '';
-            });
+          p.shown.forEach((lane, i) => { p.values[i].textContent = value ? this.textOf(p, lane, value) : ""; });
       } while (this.again);
     } catch { /* the server is gone; the page tells so */ } finally { this.reading = false; }
   }
 
-  textOf(p, lane, value, digits) {
-      return p.lanes ? laneText(lane, p.series.map((s) => value(s))) :
-                       engineering(value(lane.first), lane.first.unit, digits);
+  textOf(p, lane, value) {
+    return p.lanes ? laneText(lane, p.series.map((s) => value(s))) : engineering(value(lane.first), lane.first.unit);
   }
 
   mark(name, x) {
@@ -549,17 +476,12 @@ export class Group {
     const body = [row(el("th", { textContent: this.xAxis().name }), a, b, this.xAxis().unit, 8,
       d === null ? "" : engineering(d, inverse ?? "") + (inverse === undefined && this.xAxis().unit ? ` 1/${this.xAxis().unit}` : ""))];
     for (const p of this.plots) {
-        for (const lane of p.lanes ?? []) {
-            const cell = (className, value) =>
-                el('td', {className, textContent: value === none ? '' : this.textOf(p, lane, value)});
-            body.push(
-                el('tr', {}, el('th', {}, lineSample(lane.first), lane.name), cell('a', atA), cell('b', atB), el('td'),
-                   el('td')));
-        }
-        for (const s of p.lanes ? [] : p.series)
-            body.push(
-                row(el("th", {}, lineSample(s), s.name), atA === none ? null : atA(s), atB === none ? null : atB(s),
-                    s.unit, 5, ""));
+      for (const lane of p.lanes ?? []) {
+        const cell = (className, value) => el("td", { className, textContent: value === none ? "" : this.textOf(p, lane, value) });
+        body.push(el("tr", {}, el("th", {}, lineSample(lane.first), lane.name), cell("a", atA), cell("b", atB), el("td"), el("td")));
+      }
+      for (const s of p.lanes ? [] : p.series)
+        body.push(row(el("th", {}, lineSample(s), s.name), atA === none ? null : atA(s), atB === none ? null : atB(s), s.unit, 5, ""));
     }
     this.readout.replaceChildren(el("table", {}, el("thead", {}, head), el("tbody", {}, ...body)));
   }
