@@ -149,6 +149,11 @@ constexpr advice_text texts[] = {
      "x and k of set_rparm"},
     {"not-in-dc", "An element cannot stand in a dc block.", "it lives in time: thyristor_g, sampler1, pll_1a",
      "find the state to start from with solve_type startup"},
+    {"set-and-reset", "The set and the reset input of a flip-flop were 1 at the same time.",
+     "a logic that asks for both; an input that begins at 1; a pulse that is longer than it seems",
+     "tnl plot the levels in front of it, in a run that ends before; let one of the two exclude the other"},
+    {"digital-start", "A digital element is to begin in a state that it does not have.",
+     "st of a gate is 0, 1 or 3, of a flip-flop 0, 1 or 2, of a selector 0 or 1", "tnl describe TYPE; st=0 is at rest"},
     {"user-function", "A user function is not there, or has the wrong number of inputs.", "",
      "look at n_given in the element's file"},
 
@@ -191,7 +196,12 @@ constexpr advice_text texts[] = {
      "tnl describe TYPE tells whether it has one; exchange the element or leave the ac block out"},
     {"ssw-settings", "Settings of periodic blocks contradict each other.", "", ""},
     {"explicit-circuit", "The circuit of explicit elements does not allow these settings.", "", ""},
-    {"digital-circuit", "The circuit of digital elements does not allow these settings.", "", ""},
+    {"digital-circuit", "The circuit of digital elements does not allow these settings.", "",
+     "runs in time and start-ups alone, without constant_step"},
+    {"digital-unstable", "Digital elements do not come to rest before the run in time begins.",
+     "a loop of gates that has no rest, as an odd number of inverters; a circuit and its gates that change each other",
+     "leave the startup block out and give first levels with set_dgtl; a start value (st=...) for a gate of the loop; "
+     "n_pass_dgtl=100 n_pass_mixed=100 for long chains"},
 
     // ---- output
     {"no-filename", "An output block names no file.", "", "filename out.dat behind begin_output"},
@@ -328,10 +338,12 @@ constexpr pattern_row rows[] = {
     {"unknown-instance", "cct_ov_flag = IGL_CLEAR"},
     {"unknown-node", "Check outvars of type|var name is:"},
     {"no-of", "_of_ not found"},
-    {"not-in-dc", "DC not allowed|dc not implemented"},
+    {"not-in-dc", "DC not allowed|dc not implemented|dc not allowed"},
     {"value-of-element",
-     "too small!|a is too large!|?!|xfmr.ebe:|> t_ramp_2|.ebe: check|.gbe: check|"
-     "times must ascend|g_low <= g_high?|vd="},
+     "too small!|a is too large!|?!|xfmr.ebe:|> t_ramp_2|.ebe: check|.gbe: check|.dbe: check|"
+     "times must ascend|g_low <= g_high?|vd=|must be gt|must be lt|first number does not fit"},
+    {"set-and-reset", "cannot have set and reset|r = s = 1 is not allowed"},
+    {"digital-start", "wrong condition in start-up|wrong condition 1"},
     {"user-function", "user_function:"},
 
     // ---- solve blocks
@@ -352,7 +364,7 @@ constexpr pattern_row rows[] = {
     {"solution-file", "read_solution: file*ends early"},
     {"rparm-link", "type gbe.|element not identified in|two string parameters and a variable"},
     {"rparm-source", "get_rparm_2"},
-    {"bad-item", "parameter not identified in|which does not exist?|digital node name not found"},
+    {"bad-item", "parameter not identified in|which does not exist?|digital node name not found|a digital level is 0"},
     {"sweep-not-here",
      "is not allowed in trns or ssw|is not allowed in startup|trns or ssw. Halting|startup. Halting|"
      "is allowed only in a DC solve section"},
@@ -372,6 +384,8 @@ constexpr pattern_row rows[] = {
      "x-mixed circuit|for x-circuit|(x-circuit)|with xelements|only F.Euler is allowed|"
      "(xelements)|x_eval_serial|without xelements"},
     {"digital-circuit", "circuit contains digital elements|without digital elements"},
+    {"digital-unstable",
+     "all digital elements must be|did not converger after|passes did not converge|did not converge after*passes"},
     {"gear2-steps", "reset type elements are not allowed with Gear"},
     {"settings-contradict",
      "only for transient simulation. Halting|constant_step is allowed|dmp_newt_max =|dmp_k =|"
@@ -428,7 +442,7 @@ constexpr pattern_row rows[] = {
      "line_given is too large|i_line is too large|message from calling routine|Message from calling routine|flag_eo|"
      "position not in valid range|extract_|strings do not match|tf=|int_to_tf|power_int|indx_to_ijk|ijk_to_indx|"
      "mat_mult|.ne.|knuth|pattern_builder|No diaginal entry"},
-    {"library-file", "not found. Halting"},
+    {"library-file", "not found. Halting|cannot be scheduled"},
     {"value-of-block", "set_rparm"},
 
     // ---- what is no stop

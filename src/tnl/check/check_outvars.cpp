@@ -41,6 +41,21 @@ std::vector<std::string> names_of(const checked_deck& d, const deck_quantity& q,
     return names;
 }
 
+// The type behind the path of a mixed instance and a call of its composite, "X1.r2"; null if it is none. unsure: the
+// instance's own type is unknown.
+const element_type* type_of_part(checked_deck& d, const std::string& path, bool& unsure) {
+    for (std::size_t dot = path.find('.'); dot != std::string::npos; dot = path.find('.', dot + 1)) {
+        const auto owner = d.element_of.find(path.substr(0, dot));
+        if (owner == d.element_of.end()) continue;
+        const deck_element& e = d.elements[static_cast<std::size_t>(owner->second)];
+        if (e.type == nullptr) unsure = unsure || e.library == lib_gmes;
+        if (e.type == nullptr) continue;
+        for (const element_type::part& p : e.type->parts)
+            if (p.name == path.substr(dot + 1)) return d.types.find(p.library, p.type);
+    }
+    return nullptr;
+}
+
 void check_quantity(checked_deck& d, deck_word at, const std::string& left, const std::string& right) {
     for (const deck_quantity& q : deck_quantities()) {
         if (q.word != left) continue;
@@ -52,9 +67,17 @@ void check_quantity(checked_deck& d, deck_word at, const std::string& left, cons
         return;
     }
     const auto found = d.element_of.find(right);
-    if (found == d.element_of.end()) {
+    bool unsure_part = false;
+    const element_type* type = found == d.element_of.end() ? type_of_part(d, right, unsure_part)
+                                                           : d.elements[static_cast<std::size_t>(found->second)].type;
+    if (found == d.element_of.end() && type == nullptr) {
+        if (unsure_part) return;
         std::vector<std::string> names;
-        for (const auto& [name, i] : d.element_of) names.push_back(name);
+        for (const auto& [name, i] : d.element_of) {
+            names.push_back(name);
+            if (const element_type* t = d.elements[static_cast<std::size_t>(i)].type; t != nullptr)
+                for (const element_type::part& p : t->parts) names.push_back(name + "." + p.name);
+        }
         std::string advice;
         bool unsure = false;
         for (const deck_quantity& q : deck_quantities())
@@ -63,7 +86,6 @@ void check_quantity(checked_deck& d, deck_word at, const std::string& left, cons
         d.report.error("unknown-output", at, "there is no element named " + right + near_text(names, right), advice);
         return;
     }
-    const element_type* type = d.elements[static_cast<std::size_t>(found->second)].type;
     if (type == nullptr) return;
     const bool has_power = library_forms[type->library].statement == "eelement";
     if (has_power && (left == "pwr_elec" || left == "pwr_elec_ac")) return;

@@ -11,10 +11,24 @@ using words_member = std::vector<std::string> element_type::*;
 struct word_line {
     std::string_view keyword;
     words_member list;
-    int step;  // 1: words; 2: pairs, whose first words count
+    int step;          // 1: words; 2: pairs, whose first words count
+    int library = -1;  // of this one alone
 };
 constexpr word_line word_lines[] = {
-    {"mainnodes:", &element_type::node, 1},
+    {"mainnodes:", &element_type::digital, 1, lib_dels},
+    {"analog_nodes:", &element_type::ind_node, 1, lib_dels},
+    {"mainnodes:", &element_type::node, 1, lib_eels},
+    {"mainnodes_anlg:", &element_type::node, 1},
+    {"auxnodes_anlg:", &element_type::inner, 1},
+    {"mainnodes_dgtl:", &element_type::digital, 1},
+    {"auxnodes_dgtl:", &element_type::inner_digital, 1},
+    {"aux_var:", &element_type::inner_var, 1, lib_gmes},
+    {"stparms_anlg:", &element_type::start, 2},
+    {"igparms_anlg:", &element_type::guess, 2},
+    {"stparms_dgtl:", &element_type::start, 2},
+    {"igparms_dgtl:", &element_type::guess, 2},
+    {"outvar_anlg:", &element_type::outvar, 2},
+    {"outvar_dgtl:", &element_type::outvar, 2},
     {"ind_nodes:", &element_type::ind_node, 1},
     {"ind_branches:", &element_type::ind_branch, 1},
     {"digital_nodes:", &element_type::digital, 1},
@@ -24,7 +38,8 @@ constexpr word_line word_lines[] = {
     {"auxvars:", &element_type::inner, 1},
     {"nodes:", &element_type::node, 1},  // of basic elements
     {"main_vars:", &element_type::var, 1},
-    {"aux_var:", &element_type::inner, 1},
+    {"aux_var:", &element_type::inner, 1, lib_ebes},
+    {"aux_var:", &element_type::inner, 1, lib_ebac},
     {"aux_vars:", &element_type::inner, 1},
     {"xvar:", &element_type::xvar, 1},
     {"xvars:", &element_type::xvar, 1},
@@ -37,6 +52,10 @@ constexpr word_line word_lines[] = {
     {"outvar:", &element_type::outvar, 2},
     {"outvar_ac:", &element_type::outvar, 2},
 };
+
+bool is_line(const word_line& l, const words& w, int library) {
+    return w[0] == l.keyword && (l.library < 0 || l.library == library);
+}
 
 constexpr int deepest_call = 20, most_bodies = 2000;  // calls that double at each level are no elements for a run
 
@@ -56,7 +75,7 @@ std::string pair_value(const words& w, int first, std::string_view key) {
 
 // What a basic element does with its variables and currents.
 struct basic_sheet {
-    std::vector<std::string> node, var, driven;
+    std::vector<std::string> node, var, driven, reads;
     bool has_current = false, limits_step = false, nonlinear = false;
 };
 
@@ -70,6 +89,8 @@ basic_sheet read_basic(const entry_lines& lines, int library) {
         if (w[0] == "Jacobian:") sheet.nonlinear = w.size() > 1 && w[1] != "constant";
         if (w[0] == "nodes:") take(sheet.node);
         if (w[0] == "main_var:" || w[0] == "main_vars:") take(sheet.var);
+        if (w[0] == "output_nodes:") take(sheet.driven);
+        if (w[0] == "input_nodes:" || w[0] == "digital_nodes:") take(sheet.reads);
         if (w[0] == "aux_var:") sheet.has_current = w.size() > 1;
         if (!w[0].starts_with("f_") || w.size() < 2 || has(sheet.node, w[0].substr(2))) continue;
         // An equation that begins with a variable, or its rate of change, determines it.
@@ -109,7 +130,7 @@ public:
                 std::map<std::string, std::string> inner;
                 for (const words& l : types_.lines(*used, callee))
                     for (const word_line& k : word_lines)
-                        if (l[0] == k.keyword && k.step == 1)
+                        if (is_line(k, l, callee) && k.step == 1)
                             for (int j = 1; j < l.size(); ++j) inner[l.str(j)] = outside(l.str(j));
                 read_body(*used, callee, inner, depth + 1);
             }
@@ -134,6 +155,7 @@ private:
         for (std::size_t j = 1; j < sheet.node.size() && rules.branches.empty(); ++j)
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
         for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));
+        for (const std::string& v : sheet.reads) type_.reads.push_back(outside(v));
     }
 
     element_types& types_;
@@ -141,6 +163,22 @@ private:
     int n_basic_ = 0, n_bodies_ = 0;
     bool has_current_ = false;
 };
+
+// The calls of a mixed composite, without those that a nested one brings.
+std::vector<element_type::part> parts_of(const entry_lines& lines) {
+    std::vector<element_type::part> parts;
+    int position = 0;
+    for (const words& w : lines) {
+        const int library = library_of(w[0]);
+        if (library < 0 || library_forms[library].statement.empty() || w.size() < 2) continue;
+        std::string name = pair_value(w, 2, "name");
+        // A call without a name has its position in the list, which a nested one behind it would shift.
+        if (name.empty() && position >= 0) name = w.str(1) + "." + std::to_string(position);
+        position = library == lib_gmes || position < 0 ? -1 : position + 1;
+        if (library != lib_gmes && !name.empty()) parts.push_back({name, w.str(1), library});
+    }
+    return parts;
+}
 
 }  // namespace
 
@@ -172,15 +210,16 @@ const element_type* element_types::find(int library, std::string_view name) {
     const entry_lines& of_entry = lines(*entry, library);
     for (const words& w : of_entry)
         for (const word_line& l : word_lines)
-            if (w[0] == l.keyword)
+            if (is_line(l, w, library))
                 for (int j = 1; j < w.size(); j += l.step)
                     if (!has(type.*l.list, w[j])) (type.*l.list).push_back(w.str(j));
     type.text_values = pairs_of(of_entry, "sparms:");
     for (const char* keyword : {"iparms:", "rparms:"})
         for (name_and_value& p : pairs_of(of_entry, keyword)) type.values.push_back(std::move(p));
     type.doc = doc_of(*entry);
+    if (library == lib_gmes) type.parts = parts_of(of_entry);
     std::map<std::string, std::string> own;
-    for (words_member list : {&element_type::node, &element_type::var})
+    for (words_member list : {&element_type::node, &element_type::var, &element_type::digital})
         for (const std::string& w : type.*list) own[w] = w;
     reader(*this, type).read_body(*entry, library, own, 0);
     const model_rules& told = rules(*entry, library);

@@ -17,8 +17,10 @@ struct element_type {
     // What a statement must give: nodes that carry current, nodes and branches that are sensed, digital nodes, block
     // variables, explicit variables.
     std::vector<std::string> node, ind_node, ind_branch, digital, var, xvar;
-    std::vector<std::string> inner;   // its own nodes or variables, or those of a basic element
-    std::vector<std::string> driven;  // those of var that the element itself determines
+    std::vector<std::string> inner;                     // its own nodes or variables, or those of a basic element
+    std::vector<std::string> inner_var, inner_digital;  // of a mixed composite, whose inner ones are analog nodes
+    // Those of var, and of digital, that the element itself determines; of digital those that it reads.
+    std::vector<std::string> driven, reads;
     // What it may give; `derived` are computed, and only read.
     std::vector<std::string> iprm, sprm, rprm, start, guess, derived;
     std::vector<name_and_value> text_values;  // sprm with what stands in the library
@@ -33,6 +35,12 @@ struct element_type {
     bool limits_step = false;            // has corners or events that steps must meet
     bool nonlinear = false;
     bool refuses_dc = false, jumps = false;  // as one of them says in its model_rules
+    // Of a mixed composite: what it calls itself. Instances of these go by the path INSTANCE.NAME.
+    struct part {
+        std::string name, type;
+        int library;
+    };
+    std::vector<part> parts;
     element_doc doc;
 };
 

@@ -19,10 +19,13 @@ struct word_line {
 };
 const word_line word_lines[] = {
     {"mainnodes:", &element_sheet::terminals, "node", false},
+    {"mainnodes_anlg:", &element_sheet::terminals, "node", false},
+    {"mainnodes_dgtl:", &element_sheet::terminals, "digital node", false},
     {"mainvars:", &element_sheet::terminals, "variable", false},
     {"ind_nodes:", &element_sheet::terminals, "sensed node", false},
     {"ind_branches:", &element_sheet::terminals, "sensed element", false},
     {"digital_nodes:", &element_sheet::terminals, "digital node", false},
+    {"analog_nodes:", &element_sheet::terminals, "sensed node", false},
     {"main_var:", &element_sheet::terminals, "variable", false},
     {"xvar:", &element_sheet::terminals, "explicit variable", false},
     {"xvars:", &element_sheet::terminals, "explicit variable", false},
@@ -31,7 +34,13 @@ const word_line word_lines[] = {
     {"rparms:", &element_sheet::parameters, "real", true},
     {"stparms:", &element_sheet::start_values, "real", true},
     {"igparms:", &element_sheet::first_guesses, "real", true},
+    {"stparms_anlg:", &element_sheet::start_values, "real", true},
+    {"stparms_dgtl:", &element_sheet::start_values, "integer", true},
+    {"igparms_anlg:", &element_sheet::first_guesses, "real", true},
+    {"igparms_dgtl:", &element_sheet::first_guesses, "integer", true},
     {"outvar:", &element_sheet::outputs, "", true},
+    {"outvar_anlg:", &element_sheet::outputs, "", true},
+    {"outvar_dgtl:", &element_sheet::outputs, "", true},
     {"outvar_ac:", &element_sheet::outputs_ac, "", true},
 };
 
@@ -43,8 +52,8 @@ const family_row families[] = {
     {"xce", "x", "explicit blocks"},     {"gme", "gm", "joint elements"},
 };
 
-// Words of the entry for the deck, in the order of word_lines; an output that only repeats a variable of the same name
-// (y=var_of_y) shares that one's line.
+// Words of the entry for the deck, in the order of word_lines; an output that only repeats a variable or a digital node
+// of the same name (y=var_of_y) shares that one's line.
 struct listed_word {
     std::vector<sheet_word> element_sheet::*member;
     sheet_word word;
@@ -54,6 +63,7 @@ std::vector<listed_word> listed(const entry_lines& lines) {
     std::vector<listed_word> all;
     for (const word_line& l : word_lines) {
         std::vector<name_and_value> found;
+        const bool digital = !lines.empty() && lines[0][0] == "dce" && l.keyword == "mainnodes:";
         if (l.pairs)
             found = pairs_of(lines, l.keyword);
         else
@@ -62,8 +72,9 @@ std::vector<listed_word> listed(const entry_lines& lines) {
                     for (int i = 1; i < w.size(); ++i) found.push_back({w.str(i), ""});
         const bool output = l.kind.empty();
         for (name_and_value& f : found) {
-            const bool shared = output && f.value == "var_of_" + f.name;
-            all.push_back({l.member, {f.name, std::string(l.kind), output ? "" : f.value, "", ""}, shared});
+            const bool shared = output && (f.value == "var_of_" + f.name || f.value == "dvar_of_" + f.name);
+            const std::string kind(digital ? "digital node" : l.kind);
+            all.push_back({l.member, {f.name, kind, output ? "" : f.value, "", ""}, shared});
         }
     }
     return all;

@@ -97,6 +97,24 @@ TEST(advice, has_a_text_for_each_pattern_and_a_pattern_for_each_text) {
 }
 
 TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
+    for (const char* text :
+         {"dff: cannot have set and reset = 1. Halting...\n", "rsff2.dbe: r = s = 1 is not allowed\n",
+          "jkff: cannot have set and reset=1. Halting...\n"})
+        EXPECT_EQ(id_of(text), "set-and-reset");
+    for (const char* text : {"and_2: wrong condition in start-up\n", "mux_4_to_1: wrong condition 1. Halting...\n"})
+        EXPECT_EQ(id_of(text), "digital-start");
+    for (const char* text : {"and_2.dbe: dc not allowed.\n  Halting...\n", "counter_4: dc not allowed\n"})
+        EXPECT_EQ(id_of(text), "not-in-dc");
+    EXPECT_EQ(id_of("clock.dbe: check t1, t2. Halting...\n"), "value-of-element");
+    for (const char* text :
+         {"solve_startup: did not converge after\n   20 passes. Halting...\n",
+          "solve_startup: did not converger after 20\n    mixed passes.\n", "solve_dc: digital passes did not converge.\n",
+          "solve_dc: all digital elements must be\n  in the stable state in DC (1). Halting...\n"})
+        EXPECT_EQ(id_of(text), "digital-unstable");
+    EXPECT_EQ(id_of("solve_class: digital node name not found\n   in set_sgtl statement.\n   Check this string: x\n"),
+              "bad-item");
+    EXPECT_EQ(id_of("counter_8_gnrl: q_sv must be gt state_begin. Halting...\n"), "value-of-element");
+    EXPECT_EQ(id_of("clock.dbe: cannot be scheduled! Halting...\n"), "library-file");
     EXPECT_EQ(id_of("solve_dc: N-R did not converge.\n   Halting...\n"), "dc-no-convergence");
     EXPECT_EQ(id_of("gmin_step_dc_1:\n   N-R iterations did not converge.\n   Halting...\n"), "gmin-failed");
     EXPECT_EQ(id_of("solve_trns: no convergence even with\n  the smallest time step.\n"), "time-no-convergence");
