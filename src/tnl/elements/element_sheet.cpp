@@ -19,6 +19,8 @@ struct word_line {
 };
 const word_line word_lines[] = {
     {"mainnodes:", &element_sheet::terminals, "node", false},
+    {"mainnodes_anlg:", &element_sheet::terminals, "node", false},
+    {"mainnodes_dgtl:", &element_sheet::terminals, "digital node", false},
     {"mainvars:", &element_sheet::terminals, "variable", false},
     {"ind_nodes:", &element_sheet::terminals, "sensed node", false},
     {"ind_branches:", &element_sheet::terminals, "sensed element", false},
@@ -32,7 +34,13 @@ const word_line word_lines[] = {
     {"rparms:", &element_sheet::parameters, "real", true},
     {"stparms:", &element_sheet::start_values, "real", true},
     {"igparms:", &element_sheet::first_guesses, "real", true},
+    {"stparms_anlg:", &element_sheet::start_values, "real", true},
+    {"stparms_dgtl:", &element_sheet::start_values, "integer", true},
+    {"igparms_anlg:", &element_sheet::first_guesses, "real", true},
+    {"igparms_dgtl:", &element_sheet::first_guesses, "integer", true},
     {"outvar:", &element_sheet::outputs, "", true},
+    {"outvar_anlg:", &element_sheet::outputs, "", true},
+    {"outvar_dgtl:", &element_sheet::outputs, "", true},
     {"outvar_ac:", &element_sheet::outputs_ac, "", true},
 };
 
