@@ -20,7 +20,7 @@ struct bound_words {
     std::vector<list_member> from;
     const char* lines;  // that hold them, for a message
 };
-const std::vector<bound_words>& bound_lists(bool electrical) {
+const std::vector<bound_words>& bound_lists(int library) {
     using t = element_type;
     static const std::vector<bound_words> of_e = {
         {&t::node, "terminal", {&t::node, &t::inner}, "mainnodes: or auxnodes:"},
@@ -37,7 +37,38 @@ const std::vector<bound_words>& bound_lists(bool electrical) {
         {&t::var, "variable", {&t::var, &t::inner}, "mainvars: or auxvars:"},
         {&t::xvar, "variable", {&t::xvar}, "xvars:"},
     };
-    return electrical ? of_e : of_g;
+    static const std::vector<bound_words> of_d = {
+        {&t::digital, "digital node", {&t::digital, &t::inner}, "mainnodes: or auxnodes:"},
+        {&t::ind_node, "analog node", {&t::ind_node}, "analog_nodes:"},
+    };
+    static const std::vector<bound_words> of_mixed = {
+        {&t::node, "terminal", {&t::node, &t::inner}, "mainnodes_anlg: or auxnodes_anlg:"},
+        {&t::ind_node, "sensed node", {&t::node, &t::inner}, "mainnodes_anlg: or auxnodes_anlg:"},
+        {&t::digital, "digital node", {&t::digital, &t::inner_digital}, "mainnodes_dgtl: or auxnodes_dgtl:"},
+        {&t::var, "variable", {&t::var, &t::inner_var}, "main_var: or aux_var:"},
+        {&t::ind_branch, "sensed element", {}, "the names of electrical calls"},
+    };
+    return library == lib_eels ? of_e : library == lib_dels ? of_d : library == lib_gmes ? of_mixed : of_g;
+}
+
+// Quantities of outputs whose right word is a node or variable of the composite.
+struct own_quantity {
+    int library;
+    std::string_view word;
+    const char* what;
+    std::vector<list_member> from;
+};
+const std::vector<own_quantity>& own_quantities() {
+    using t = element_type;
+    static const std::vector<own_quantity> all = {
+        {lib_eels, "nodev", "node", {&t::node, &t::inner}},
+        {lib_gels, "var", "variable", {&t::var, &t::inner}},
+        {lib_dels, "dvar", "node", {&t::digital, &t::inner}},
+        {lib_gmes, "nodev", "node", {&t::node, &t::inner}},
+        {lib_gmes, "var", "variable", {&t::var, &t::inner_var}},
+        {lib_gmes, "dvar", "digital node", {&t::digital, &t::inner_digital}},
+    };
+    return all;
 }
 
 constexpr list_member parameters[] = {&element_type::rprm, &element_type::iprm, &element_type::sprm,
@@ -176,7 +207,9 @@ private:
 
     bool is_name_of_branch(std::string_view word) const {
         return std::any_of(body_.begin(), body_.end(), [&](const body_line& b) {
-            return b.basic && b.name == word && (b.type == nullptr || b.type->node.size() == 2);
+            if (b.name != word || word.empty()) return false;
+            return own_.library == lib_gmes ? b.library == lib_eels
+                                            : b.basic && (b.type == nullptr || b.type->node.size() == 2);
         });
     }
 
@@ -185,7 +218,7 @@ private:
         const own_line& l = *b.line;
         std::vector<std::string> known = {"name", "model"}, names;
         if (b.basic) known.emplace_back("type");
-        for (const bound_words& bound : bound_lists(electrical_))
+        for (const bound_words& bound : bound_lists(own_.library))
             known.insert(known.end(), (b.type->*bound.list).begin(), (b.type->*bound.list).end());
         for (const list_member p : parameters) {
             known.insert(known.end(), (b.type->*p).begin(), (b.type->*p).end());
@@ -209,7 +242,7 @@ private:
             if (!seen.insert(key).second) error(place(l, j), "given-twice", key + " is given twice in this line");
             check_parameter(b, key, j + 1);
         }
-        for (const bound_words& bound : bound_lists(electrical_))
+        for (const bound_words& bound : bound_lists(own_.library))
             for (const std::string& word : b.type->*bound.list) check_terminal(b, bound, word);
     }
 
@@ -224,8 +257,7 @@ private:
         const std::string value = l.w.str(j);
         std::vector<std::string> there;
         for (const list_member from : bound.from) there.insert(there.end(), (self_.*from).begin(), (self_.*from).end());
-        if (bound.list == &element_type::node || bound.list == &element_type::ind_node ||
-            (!electrical_ && bound.list == &element_type::var))
+        if (!electrical_ || bound.list == &element_type::node || bound.list == &element_type::ind_node)
             touched_.insert(value);
         if (has(there, value) || (bound.list == &element_type::ind_branch && is_name_of_branch(value))) return;
         error(place(l, j), "unknown-node", value + " is no word of " + bound.lines + near_text(there, value),
@@ -255,29 +287,31 @@ private:
 
     void check_outputs() {
         for (const own_line& l : own_.lines) {
-            if (l.w[0] != "outvar:" && l.w[0] != "bias:") continue;
+            if (l.w[0] != "outvar:" && l.w[0] != "bias:" && l.w[0] != "outvar_anlg:" && l.w[0] != "outvar_dgtl:")
+                continue;
             for (int j = 2; j < l.w.size(); j += 2) check_output(l, j);
         }
     }
 
     void check_output(const own_line& l, int j) {
-        const std::string word = l.w.str(j), node_word = electrical_ ? "nodev" : "var";
+        const std::string word = l.w.str(j);
         const std::size_t of = word.find("_of_");
         if (of == std::string::npos) {
             error(place(l, j), "unknown-output", "an output is QUANTITY_of_NAME, not " + word,
-                  node_word + "_of_NODE, or QUANTITY_of_NAME with the name= of a line of the body");
+                  quantity_word() + "_of_NODE, or QUANTITY_of_NAME with the name= of a line of the body");
             return;
         }
         const std::string left = word.substr(0, of), right = word.substr(of + 4);
-        if (electrical_ && left.starts_with("pwr_elec")) return;
+        if ((electrical_ || own_.library == lib_gmes) && left.starts_with("pwr_elec")) return;
+        if (own_.library == lib_gmes && right.find('.') != std::string::npos) return;  // within a nested one
         std::vector<std::string> names;
-        if (left == node_word) {
-            names = electrical_ ? self_.node : self_.var;
-            names.insert(names.end(), self_.inner.begin(), self_.inner.end());
+        for (const own_quantity& q : own_quantities()) {
+            if (q.library != own_.library || q.word != left) continue;
+            for (const list_member list : q.from)
+                names.insert(names.end(), (self_.*list).begin(), (self_.*list).end());
             if (!has(names, right))
                 error(place(l, j), "unknown-output",
-                      std::string("there is no ") + (electrical_ ? "node " : "variable ") + right +
-                          near_text(names, right));
+                      std::string("there is no ") + q.what + " " + right + near_text(names, right));
             return;
         }
         for (const body_line& b : body_) {
@@ -289,9 +323,16 @@ private:
         error(place(l, j), "unknown-output", "no line of the body has name=" + right + near_text(names, right));
     }
 
+    std::string quantity_word() const {
+        for (const own_quantity& q : own_quantities())
+            if (q.library == own_.library) return std::string(q.word);
+        return "nodev";
+    }
+
     void check_quantity(const own_line& l, int j, const body_line& b, const std::string& left) {
         std::vector<std::string> offers = b.type->outvar;
-        if (b.basic) {
+        if (b.basic && own_.library == lib_dels) offers.emplace_back("dstate");
+        if (b.basic && own_.library != lib_dels) {
             for (const list_member list : {&element_type::inner, &element_type::rprm, &element_type::iprm})
                 offers.insert(offers.end(), (b.type->*list).begin(), (b.type->*list).end());
             for (const std::string& n : b.type->node) offers.push_back("cur(" + n + ")");
@@ -306,7 +347,8 @@ private:
 
     void check_nodes() {
         for (const own_line& l : own_.lines)
-            for (const std::string_view head : {"mainnodes:", "auxnodes:", "mainvars:", "auxvars:"})
+            for (const std::string_view head : {"mainnodes:", "auxnodes:", "mainvars:", "auxvars:", "mainnodes_anlg:", "auxnodes_anlg:",
+                                                "mainnodes_dgtl:", "auxnodes_dgtl:"})
                 for (int j = 1; j < l.w.size() && l.w[0] == head; ++j)
                     if (touched_.count(l.w.str(j)) == 0)
                         error(place(l, j), "unconnected", "nothing in " + self_.name + " is connected to " + l.w.str(j),

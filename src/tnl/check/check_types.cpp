@@ -16,7 +16,9 @@ struct word_line {
 };
 constexpr word_line word_lines[] = {
     {"mainnodes:", &element_type::digital, 1, lib_dels},
-    {"analog_nodes:", &element_type::ind_node, 1, lib_dels},
+    {"analog_nodes:", &element_type::ind_node, 1},
+    {"input_nodes:", &element_type::digital, 1},  // of basic elements
+    {"output_nodes:", &element_type::digital, 1},
     {"mainnodes:", &element_type::node, 1, lib_eels},
     {"mainnodes_anlg:", &element_type::node, 1},
     {"auxnodes_anlg:", &element_type::inner, 1},

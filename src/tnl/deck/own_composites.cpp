@@ -156,9 +156,9 @@ private:
                 unknown_line(l, form, in_ac);
         }
         std::string text = joined(entry.lines[0].w) + "\n" + docs;
-        write_half(dc, form.dc_lines, "end_dc", text);
-        text += "C:\nendC\n";
-        write_half(ac, form.ac_lines, "end_ac", text);
+        write_half(dc, form.dc_lines, form.has_halves ? "end_dc\n" : "", text);
+        if (form.has_code) text += "C:\nendC\n";
+        if (!form.ac_lines.empty()) write_half(ac, form.ac_lines, "end_ac\n", text);
         return text + std::string(library_forms[entry.library].end) + "\n";
     }
 
@@ -173,7 +173,7 @@ private:
         }
         for (const auto& part : {half.models, half.body})
             for (const own_line* l : part) text += joined(l->w) + "\n";
-        text += std::string(end) + "\n";
+        text += end;
     }
 
     void unknown_line(const own_line& l, const composite_form& form, bool in_ac) {
