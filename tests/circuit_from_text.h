@@ -12,14 +12,14 @@
 
 // Texts of libraries; those of an empty one are empty.
 struct library_texts {
-    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{}, dbes{}, dels{};
+    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{}, dbes{}, dels{}, gmes{};
 };
 
 inline libraries libraries_of(const library_texts& texts) {
     const std::pair<std::string_view, const std::string*> named[] = {
         {"ebes.aux", &texts.ebes}, {"ebac.aux", &texts.ebac}, {"gbes.aux", &texts.gbes},
         {"gbac.aux", &texts.gbac}, {"eels.aux", &texts.eels}, {"gels.aux", &texts.gels},
-        {"dbes.aux", &texts.dbes}, {"dels.aux", &texts.dels},
+        {"dbes.aux", &texts.dbes}, {"dels.aux", &texts.dels}, {"gmes.aux", &texts.gmes},
     };
     libraries lib;
     read_libraries(lib, [&](const std::string& path, const std::string&) {
@@ -39,7 +39,7 @@ inline std::string installed_text(const std::string& file) {
 inline library_texts installed_texts() {
     return {installed_text("ebes.aux"), installed_text("ebac.aux"), installed_text("gbes.aux"),
             installed_text("gbac.aux"), installed_text("eels.aux"), installed_text("gels.aux"),
-            installed_text("dbes.aux"), installed_text("dels.aux")};
+            installed_text("dbes.aux"), installed_text("dels.aux"), installed_text("gmes.aux")};
 }
 inline const libraries& installed_libraries() {
     static const libraries lib = libraries_of(installed_texts());
@@ -48,9 +48,9 @@ inline const libraries& installed_libraries() {
 #endif
 
 // Everything of a deck that is read before the elaboration. The sizes are generous.
-inline circuit circuit_of(std::string_view deck, libraries lib) {
+inline circuit circuit_of(std::string_view deck, libraries lib, int max_lines = usual_deck_lines) {
     circuit c;
-    c.cf = circuit_file_of(file_chr_of(deck));
+    c.cf = circuit_file_of(file_chr_of(deck, max_lines));
     c.lib = std::move(lib);
     read_circuit(c);
     c.tmpdim = generous_tmpdim();

@@ -7,6 +7,7 @@
 #include "analyses/step_control.h"
 #include "base/at.h"
 #include "base/halt.h"
+#include "elaborate/mixed.h"
 
 namespace {
 // The models' constants hang on their parameters.
@@ -50,11 +51,16 @@ bool set_rparm_2(run_state& r) {
         changed = true;
         instance_changed(r.c, link.family, link.instance);
         check_derived(r.c, link.family, link.instance);
-        compute_rparms_of(r, link.family, link.instance);
+        for_each_part(r.c, link.family, link.instance, [&](int fam, int i) {
+            check_derived(r.c, fam, i);
+            compute_rparms_of(r, fam, i);
+        });
         if (parameter != value) refuse_computed(r.c, link);
-        derive_constants(r, link.family, link.instance);
-        // The corners of a source hang on its parameters.
-        if (r.flags.event_restart) find_nextbreak_of(r, link.family, link.instance);
+        for_each_part(r.c, link.family, link.instance, [&](int fam, int i) {
+            derive_constants(r, fam, i);
+            // The corners of a source hang on its parameters.
+            if (r.flags.event_restart) find_nextbreak_of(r, fam, i);
+        });
     }
     // What stands as long as parameters do: derivatives of pure units, their sums, functions of held units.
     if (changed) {
@@ -70,7 +76,7 @@ void get_rparm_2(run_state& r) {
         const raised on(r.flags.outvar_prm);
         for (const rparm_link& link : r.c.links.get)
             for_families(r, [&](auto& f) {
-                if (f.elements == link.family) get_unit(r, f, link.source_unit);
+                if (f.elements == link.source_family) get_unit(r, f, link.source_unit);
             });
     }
     gbeu_class& g = r.c.gbeu;
@@ -78,7 +84,7 @@ void get_rparm_2(run_state& r) {
         double value = 0.0;
         for_families(r, [&](auto& f) {
             const unit_core& unit = f.units.unit;
-            if (f.elements == link.family) value = (link.is_start ? unit.sv : unit.rprm).data[at(link.source)];
+            if (f.elements == link.source_family) value = (link.is_start ? unit.sv : unit.rprm).data[at(link.source)];
         });
         if (link.value >= 0) {
             g.unit.rprm.data[at(link.value)] = value;

@@ -9,13 +9,14 @@
 struct name_table {
     std::vector<std::string> name;               // in order of first use
     std::unordered_map<std::string, int> index;  // name -> number
-    int n_lu = 0;                                // instance level: the names, then auxiliary nodes of instances
-    int n_eu = 0, n_au = 0;                      // unit level, small-signal unit level
-    std::vector<int> to_eu, to_au;               // [n]    global -> unit level
-    std::vector<int> eu_to, au_to;               // [n_eu], [n_au]  and back
-    std::vector<int> lu_to_eu, lu_to_au;         // [n_lu]
-    int ref = -1, eu_ref = -1, au_ref = -1;      // the reference at each level
-    std::vector<char> is_ground;                 // [n] 1: a ground word, stands for the reference at unit level
+    int n_lu = 0;            // instance level: the names, then internal ones of mixed instances, then those of others
+    int n_mixed = 0;         // where those of others begin
+    int n_eu = 0, n_au = 0;  // unit level, small-signal unit level
+    std::vector<int> to_eu, to_au;           // [n]    global -> unit level
+    std::vector<int> eu_to, au_to;           // [n_eu], [n_au]  and back
+    std::vector<int> lu_to_eu, lu_to_au;     // [n_lu]
+    int ref = -1, eu_ref = -1, au_ref = -1;  // the reference at each level
+    std::vector<char> is_ground;             // [n] 1: a ground word, stands for the reference at unit level
 
     int n() const { return static_cast<int>(name.size()); }
     int find(std::string_view w) const {

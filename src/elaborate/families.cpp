@@ -11,28 +11,34 @@ constexpr std::string_view flags_x[] = {"compute_acp", "write_parms"};
 constexpr std::string_view flags_gm[] = {"write_parms"};
 
 constexpr bound_list bound_e[] = {
-    {&library_lists::node, &cct_class::ect, &instance_core::nd, "node name", "set_values_1 (eelu)"},
+    {&library_lists::node, &cct_class::ect, &instance_core::nd, "node name", "set_values_1 (eelu)",
+     &composite_library::auxnode},
     {&library_lists::ind_node, &cct_class::ect, &instance_core::in, "node name", "assign_elu_nodes"},
     {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "node name", "assign_elu_nodes"},
     {&library_lists::vr, &cct_class::gct, &instance_core::vr, "node name", "assign_elu_nodes"},
     {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "node name", "assign_elu_nodes"},
 };
 constexpr bound_list bound_d[] = {
-    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "node name", "set_values_1 (delu)"},
+    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "node name", "set_values_1 (delu)",
+     &composite_library::auxnode},
     {&library_lists::ind_node, &cct_class::ect, &instance_core::in, "node name", "assign_elu_nodes"},
 };
 constexpr bound_list bound_g[] = {
-    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "var name", "set_values_1 (gelu)"},
+    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "var name", "set_values_1 (gelu)",
+     &composite_library::auxnode},
     {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "var name", "assign_elu_nodes"},
 };
 constexpr bound_list bound_x[] = {
-    {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "var name", "set_values_1 (xelu)"},
+    {&library_lists::xvr, &cct_class::xct, &instance_core::xvr, "var name", "set_values_1 (xelu)",
+     &composite_library::auxnode},
     {&library_lists::vr, &cct_class::gct, &instance_core::vr, "var name", "assign_elu_nodes"},
 };
 constexpr bound_list bound_gm[] = {
-    {&library_lists::node, &cct_class::ect, &instance_core::nd, "nda name", "set_values_1 (gmeu)"},
-    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "vr name", "assign_elu_nodes"},
-    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "ndd name", "assign_elu_nodes"},
+    {&library_lists::node, &cct_class::ect, &instance_core::nd, "nda name", "set_values_1 (gmeu)",
+     &composite_library::auxnode},
+    {&library_lists::vr, &cct_class::gct, &instance_core::vr, "vr name", "assign_elu_nodes", &composite_library::auxvr},
+    {&library_lists::dgtl, &cct_class::dct, &instance_core::dgtl, "ndd name", "assign_elu_nodes",
+     &composite_library::auxdgtl},
 };
 
 unit_core& ebe_units(circuit& c) { return c.ebeu.unit; }
@@ -71,6 +77,12 @@ const family_form* family_of_keyword(std::string_view keyword) {
     for (const family_form& form : family_forms)
         if (form.lib.statement == keyword) return &form;
     return nullptr;
+}
+
+const family_form& family_of_library(int library) {
+    for (const family_form& form : family_forms)
+        if (number_of(form.lib) == library) return form;
+    return family_forms[fam_e];
 }
 
 bool is_placeholder(const family_form& form, std::string_view type) {

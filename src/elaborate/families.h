@@ -10,8 +10,9 @@ struct bound_list {
     word_list library_lists::*list;
     name_table cct_class::*names;
     row_table<int> instance_core::*row;
-    std::string_view what;       // "node name", "var name": of a missing key
-    std::string_view assigning;  // routine of an unknown value
+    std::string_view what;                             // "node name", "var name": of a missing key
+    std::string_view assigning;                        // routine of an unknown value
+    word_list composite_library::*internal = nullptr;  // names inside the composite, numbered behind those
 };
 
 // Units that elements of the family's composites become.
@@ -38,6 +39,7 @@ struct family_form {
 
 extern const family_form family_forms[n_family];
 const family_form* family_of_keyword(std::string_view keyword);  // null: no element statement
+const family_form& family_of_library(int library);               // of the family's composites
 bool is_placeholder(const family_form& form, std::string_view type);
 
 // An element statement in words, found by a pass over the circuit block.

@@ -228,6 +228,17 @@ row_table<int> readers_of_nodes(const dbeu_class& u) {
     return table;
 }
 
+// Numbers at instance level, as those at unit level. A name of the deck has been looked at before; one inside of a
+// mixed instance must have been touched by a unit of its own domain too.
+void link_numbers(const std::vector<int>& numbers, const name_table& names, const char* problem,
+                  std::vector<int>& at_unit) {
+    at_unit.clear();
+    for (int number : numbers) {
+        at_unit.push_back(names.lu_to_eu[at(number)]);
+        if (at_unit.back() < 0) halt({"ect_to_ebeu_nd: i_eelu_nd = -1", line("   for i_ect_nd = ", number), problem});
+    }
+}
+
 // ---- values ----
 
 template <class... T>
@@ -312,17 +323,14 @@ void flatten_dbeu(circuit& c) {
 }
 
 void link_domains(circuit& c) {
-    c.ebeu.dgtl_dbeu.clear();
-    for (int number : c.ebeu.dgtl.data) c.ebeu.dgtl_dbeu.push_back(c.cct.dct.to_eu[at(number)]);
-    c.dbeu.anlg_ebeu.clear();
-    for (int number : c.dbeu.anlg.data) c.dbeu.anlg_ebeu.push_back(c.cct.ect.to_eu[at(number)]);
+    link_numbers(c.ebeu.dgtl.data, c.cct.dct, "cct_class: problem in assigning dct_to_dbeu", c.ebeu.dgtl_dbeu);
+    link_numbers(c.dbeu.anlg.data, c.cct.ect, "cct_class: problem in assigning ect_to_ebeu", c.dbeu.anlg_ebeu);
 }
 
 void link_general_variables(circuit& c) {
-    c.ebeu.vr_gbeu.clear();
-    for (int number : c.ebeu.vr.data) c.ebeu.vr_gbeu.push_back(c.cct.gct.to_eu[at(number)]);
+    link_numbers(c.ebeu.vr.data, c.cct.gct, "cct_class: problem in assigning gct_to_gbeu", c.ebeu.vr_gbeu);
     c.ebau.vr_gbau.clear();
-    for (int number : c.ebau.vr.data) c.ebau.vr_gbau.push_back(c.cct.gct.to_au[at(number)]);
+    for (int number : c.ebau.vr.data) c.ebau.vr_gbau.push_back(c.cct.gct.lu_to_au[at(number)]);
 }
 
 void flatten_ebau(circuit& c) {

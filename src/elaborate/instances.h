@@ -8,7 +8,8 @@
 #include "base/row_table.h"
 #include "library/composite/composite_library.h"
 
-// The instances of one kind of element statement, in deck order. One row per instance in every table; parameter rows
+// The instances of one kind of element statement, in deck order; behind them those that mixed composites call, which
+// have names of two words, "x1.r2". One row per instance in every table; parameter rows
 // follow the composite's list order. Numbers in nd, in are those of ect; dgtl: dct; vr: gct; xvr: xct.
 struct instance_core {
     int n = 0;
@@ -28,8 +29,9 @@ struct instance_core {
     row_table<int> rprm_tie, sv_tie, ig_tie;  // greal that the value named; -1
     row_table<double> rprm_ac;                // small-signal copy of rprm
     row_table<double> outvar, bias;           // values of the composite's output and bias words at run time
-    std::vector<int> first_unit;              // [n + 1] units of instance i
-    std::vector<int> first_unit_ac;           // [n + 1] small-signal units
+    row_table<int> part;          // of mixed instances: number, in its own family, of the instance that call k became
+    std::vector<int> first_unit;  // [n + 1] units of instance i
+    std::vector<int> first_unit_ac;  // [n + 1] small-signal units
 
     int find(std::string_view w) const {  // -1 if none
         const auto it = index.find(std::string(w));

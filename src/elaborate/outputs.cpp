@@ -88,6 +88,23 @@ int digital_index(const circuit& c, int kind, int i, int index) {
     }
 }
 
+// Outputs of names of a mixed instance; those that its calls serve are outputs of the calls' instances.
+int mixed_index(const circuit& c, int kind, int i, int index) {
+    const gmeu_class& m = c.gmeu;
+    switch (kind) {
+        case ov_nodev:
+            return c.cct.ect.lu_to_eu[at(m.nd.row(i)[index])];
+        case ov_nodev_ac:
+            return c.cct.ect.lu_to_au[at(m.nd.row(i)[index])];
+        case ov_dvar:
+            return c.cct.dct.lu_to_eu[at(m.dgtl.row(i)[index])];
+        case ov_var:
+            return c.cct.gct.lu_to_eu[at(m.vr.row(i)[index])];
+        default:
+            return c.cct.gct.lu_to_au[at(m.vr.row(i)[index])];
+    }
+}
+
 int unit_of(const std::vector<int>& first, int index) {
     const auto it = std::upper_bound(first.begin(), first.end(), index);
     if (it == first.begin() || it == first.end()) return -1;
@@ -100,6 +117,12 @@ void resolve_outputs(circuit& c) {
     const auto resolve = [&](std::size_t k) {
         if (ov.instance[k] >= 0) {
             if (ov.family[k] == fam_e) ov.index[k] = electrical_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+            if (ov.family[k] == fam_gm) {
+                ov.index[k] = mixed_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+                if (ov.index[k] < 0 && !is_small_signal(ov.kind[k]))
+                    halt({"gmeu_class: outvar of a name that no call is connected to", line("   name is ", ov.left[k]),
+                          "   Halting..."});
+            }
             if (ov.family[k] == fam_g) ov.index[k] = general_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             if (ov.family[k] == fam_d) ov.index[k] = digital_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             return;

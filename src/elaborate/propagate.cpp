@@ -4,6 +4,7 @@
 #include "base/halt.h"
 #include "elaborate/circuit.h"
 #include "elaborate/families.h"
+#include "elaborate/mixed.h"
 
 namespace {
 template <class T>
@@ -29,6 +30,7 @@ void instance_changed(circuit& c, int fam, int i) {
     const computed_instance* computed = c.computed.find(fam, i);
     // A function may have rewritten derived parameters; what it computes stands until compute_rparms.
     if (computed == nullptr || !lib.flag.compute_rparms[at(e)]) eval_rprm_1(lib, e, inst.rprm.row(i));
+    if (fam == fam_gm) parts_changed(c, i);
     // Linked parameters only: constants that models derived and output slots of the units stay as they are.
     for (const unit_table& t : family_forms[fam].units) {
         const int first = (inst.*t.first_unit)[at(i)];

@@ -5,6 +5,7 @@
 #include "library/composite/composite_form.h"
 #include "library/composite/composite_reader.h"
 #include "library/composite/empty_library.h"
+#include "library/composite/mixed_reader.h"
 
 const library_place library_places[n_libraries] = {
     {&libraries::ebes, nullptr, &flags_class::map_global_ebe},
@@ -33,6 +34,8 @@ void read_libraries(libraries& lib, const library_source& source) {
         else if (const composite_form* composites = composite_form_of(i))
             read_composites(text, *composites, basic(composites->basic), basic(composites->basic_ac),
                             lib.*library_places[i].composites);
+        else if (i == lib_gmes)
+            read_mixed_composites(text, {&lib.eels, &lib.dels, &lib.gels}, lib.gmes);
         else
             check_empty_library(text, class_name);
     }

@@ -41,20 +41,26 @@ void find_target(const circuit& c, const link_kind& kind, const char* element, c
 }
 
 // Where the composite of the target feeds its units from the parameter.
-void find_source(circuit& c, rparm_link& link) {
-    if (family_forms[link.family].units.empty()) return;
-    const unit_core& unit = family_forms[link.family].units[0].units(c);
-    const instance_core& inst = c.instances(link.family);
-    const element_table& be = c.lib.composites(link.family).be;
-    const int e = inst.i_lib[at(link.instance)];
+void find_source(circuit& c, rparm_link& link, int fam, int instance, int index) {
+    const instance_core& inst = c.instances(fam);
+    const element_table& be = c.lib.composites(fam).be;
+    const int e = inst.i_lib[at(instance)];
     for (int k = 0; k < be.n_be(e); ++k) {
         const row_table<int>& flag = link.is_start ? be.sv_flag : be.rprm_flag;
-        const int b = be.first_be[at(e)] + k, u = inst.first_unit[at(link.instance)] + k;
+        const int b = be.first_be[at(e)] + k;
         for (int j = 0; j < flag.size(b); ++j) {
-            if (flag.row(b)[j] != link.index) continue;
+            if (flag.row(b)[j] != index) continue;
+            if (fam == fam_gm) {  // its calls are instances
+                find_source(c, link, family_of_library(be.library[at(b)]).number, inst.part.row(instance)[k], j);
+                continue;
+            }
+            if (family_forms[fam].units.empty()) continue;
+            const unit_core& unit = family_forms[fam].units[0].units(c);
+            const int u = inst.first_unit[at(instance)] + k;
             ++link.n_source;
             link.source = (link.is_start ? unit.sv : unit.rprm).first[at(u)] + j;
             link.source_unit = u;
+            link.source_family = fam;
         }
     }
 }
@@ -74,7 +80,7 @@ void find_links(circuit& c, const link_kind& kind) {
         link.variable = g.vr.row(u)[0];
         if (const int j = c.lib.gbes.list.rprm.find(s, kind.word); j >= 0)
             link.*(kind.place) = g.unit.rprm.first[at(u)] + j;
-        find_source(c, link);
+        find_source(c, link, link.family, link.instance, link.index);
         links.push_back(link);
     }
 }

@@ -16,6 +16,7 @@ struct rparm_link {
     int n_source = 0;      // places in units of the instance that the composite feeds from it
     int source = -1;       // the last of them, in rprm or sv of the family's units
     int source_unit = -1;  // and its unit
+    int source_family = -1;  // family of that unit: of a mixed instance that of one of its parts
 };
 
 struct rparm_links {

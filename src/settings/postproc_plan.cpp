@@ -44,11 +44,12 @@ constexpr const char* in_files = " in any output file. Halting...";
 // Output variables that show this general variable of the deck.
 std::vector<int> outvars_of(const circuit& c, int variable, bool ac) {
     const name_table& gct = c.cct.gct;
-    const int kind = ac ? ov_var_ac : ov_var, at_unit = (ac ? gct.to_au : gct.to_eu)[at(variable)];
+    const int kind = ac ? ov_var_ac : ov_var, at_unit = (ac ? gct.lu_to_au : gct.lu_to_eu)[at(variable)];
     std::vector<int> ovs;
     for (int k = 0; k < c.ov.n_ov(); ++k)
         if (c.ov.kind[at(k)] == kind && c.ov.index[at(k)] == at_unit) ovs.push_back(k);
-    if (ovs.empty()) not_found(ac, ac ? "var_ac_of_" : "var_of_", gct.name[at(variable)], in_outvars);
+    const std::string name = variable < gct.n() ? gct.name[at(variable)] : "(inside of a mixed composite)";
+    if (ovs.empty()) not_found(ac, ac ? "var_ac_of_" : "var_of_", name, in_outvars);
     return ovs;
 }
 

@@ -13,6 +13,7 @@ struct model_line {
     std::string name, type;
     words key, value;
 };
+model_line model_line_of(const words& w);  // <keyword> name M type T p v ...
 struct model_lines {
     std::vector<model_line> list;
     int n_key_chr = 0, n_value_chr = 0;
@@ -96,7 +97,10 @@ void read_element(entry_in_work& entry, half_in_work& half, const words& w);
 void read_call(entry_in_work& entry, half_in_work& half, const words& w);
 void read_acparm_map(entry_in_work& entry, half_in_work& half, const words& w);
 
-// ---- lines that several statements share (composite_outputs.cpp, composite_models.cpp) ----
+// ---- lines that several statements share (composite_derived.cpp, composite_outputs.cpp, composite_models.cpp) ----
+// Derived parameters stand behind the plain ones in the list of entry e; each may use those before it. tells_operands:
+// one that fails is shown in its parts first.
+void read_derived(composite_library& lib, int e, std::string_view class_name, bool tells_operands, const words& w);
 void read_model_line(const entry_in_work& entry, half_in_work& half, const words& w, bool of_element);
 // The words of an output or bias line become rows of the table; what the body must find stays open.
 void read_outputs(entry_in_work& entry, const words& w, const header_line& l, output_table& table,
@@ -109,17 +113,16 @@ void find_outputs_at_call(half_in_work& half, output_table& table, std::vector<o
                           std::string_view name, const output_table& callee, int i_callee, int first_be,
                           const std::vector<int>& node_map, const std::string& not_found);
 
-// A parameter value in a body statement: a name of the composite's own list links to it, else it is a literal.
+// A parameter value in a body statement: a name of the composite's own list links to it (link: its position, else -1),
+// else it is a literal. whole: of an integer.
 template <class T>
-void link_or_literal(const entry_in_work& entry, const pair_list<T>& own, std::string_view word, T& value, int& flag) {
-    flag = own.find(entry.e, word);
-    bool whole = false;
-    if constexpr (std::is_same_v<T, double>)
-        whole = entry.form.whole_start_values && (&own == &entry.lib.list.sv || &own == &entry.lib.list.ig);
+void link_or_literal(const pair_list<T>& own, int e, int link, std::string_view class_name, std::string_view word,
+                     bool whole, T& value, int& flag) {
+    flag = link;
     if (flag >= 0)
-        value = own.value(entry.e, flag);
+        value = own.value(e, flag);
     else
-        read_literal(word, entry.form.lib.class_name, value, whole);
+        read_literal(word, class_name, value, whole);
 }
 
 // The integer parameter by which a small-signal form names the element of the DC half whose operating point it uses.
@@ -153,13 +156,18 @@ template <class T>
 void apply_words(const entry_in_work& entry, const parameter_group<T>& g, const word_list& names, int i_names,
                  const model_line* model, statement_keys& keys, T* value, int* flag) {
     const pair_list<T>& own = entry.lib.list.*g.list;
+    bool whole = false;
+    if constexpr (std::is_same_v<T, double>) whole = entry.form.whole_start_values && holds_start_values(g.list);
+    const auto apply = [&](std::string_view word, int j) {
+        link_or_literal(own, entry.e, own.find(entry.e, word), entry.form.lib.class_name, word, whole, value[j],
+                        flag[j]);
+    };
     for (int j = 0; j < names.count(i_names); ++j) {
         const std::string_view name = names.word(i_names, j);
         if (name == operating_point_word) continue;
         if (model && g.from_model)
-            if (const int i = find_word_1(model->key, name); i >= 0)
-                link_or_literal(entry, own, model->value[i], value[j], flag[j]);
-        if (const int i = keys.find(name); i >= 0) link_or_literal(entry, own, keys.w[i], value[j], flag[j]);
+            if (const int i = find_word_1(model->key, name); i >= 0) apply(model->value[i], j);
+        if (const int i = keys.find(name); i >= 0) apply(keys.w[i], j);
     }
 }
 

@@ -9,7 +9,7 @@
 #include "library/composite/composite_library.h"
 
 // One mandatory line of a half, in file order. The member's type says how it is read.
-enum class special_line { mark, derived };
+enum class special_line { mark, derived, digital_starts, digital_guesses };
 using header_member = std::variant<word_list library_lists::*, pair_list<int> library_lists::*,
                                    pair_list<double> library_lists::*, pair_list<std::string> library_lists::*,
                                    word_list composite_library::*, output_table composite_library::*, special_line>;
@@ -82,4 +82,6 @@ struct composite_form {
 };
 extern const composite_form eels_form, gels_form, dels_form;
 const composite_form* composite_form_of(int library);  // null: the library has no reader, and must be empty
-bool has_whole_start_values(const library_form& composites);
+// Of the start-up values or first guesses of entry e, those from this position on are whole numbers.
+int first_whole(const library_form& composites, const composite_library& lib, pair_list<double> library_lists::*list,
+                int e);

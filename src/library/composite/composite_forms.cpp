@@ -195,7 +195,10 @@ const composite_form* composite_form_of(int library) {
     return nullptr;
 }
 
-bool has_whole_start_values(const library_form& composites) {
+int first_whole(const library_form& composites, const composite_library& lib, pair_list<double> library_lists::*list,
+                int e) {
     const composite_form* form = composite_form_of(number_of(composites));
-    return form != nullptr && form->whole_start_values;
+    if (form != nullptr && form->whole_start_values) return 0;
+    if (number_of(composites) != lib_gmes) return (lib.list.*list).count(e);
+    return (list == &L::sv ? lib.n_sv : lib.n_ig)[word_list::at(e)];
 }

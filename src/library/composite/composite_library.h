@@ -28,6 +28,9 @@ struct element_table {
     row_table<int> sv_flag;
     row_table<double> ig;
     row_table<int> ig_flag;
+    // of mixed composites, whose elements are composites
+    std::vector<int> library;  // [n_be_ttl] that of entry i_be, as in library_forms
+    std::vector<char> nested;  // [n_be_ttl] 1: brought by a call of another mixed composite
     // small-signal half only
     std::vector<int> acprm_be;  // [n_be_ttl] position of the DC element whose operating point it uses; -1
     row_table<int> acparm_map;  // per rparm of the element: entry of the instance's rparm row that feeds it; -1
@@ -86,6 +89,11 @@ struct composite_library {
     call_table call, callac;
     std::vector<int> computes_rparms;  // [n] 1: the entry, or one that it calls at any depth, has compute_rparms
     bool any_compute_rparms = false;
+    // of mixed composites, of which list.node, list.vr and list.dgtl are main names of three domains; else empty
+    word_list auxvr, auxdgtl;     // internal variables, internal digital nodes; auxnode: analog ones
+    output_table ovd;             // outputs of the digital line
+    std::vector<int> n_sv, n_ig;  // [n] start values and first guesses of analog calls; in list.sv, list.ig those of
+                                  // digital calls stand behind them, whole numbers
 
     int n() const { return list.n(); }
     int n_nd(int e) const { return list.node.count(e); }
@@ -101,6 +109,9 @@ using gels_class = composite_library;
 using dels_class = composite_library;
 using xels_class = composite_library;
 using gmes_class = composite_library;
+
+// In element tables of mixed composites a parameter that the call leaves at the callee's own default has this flag.
+inline constexpr int left_at_default = -2;
 
 // Reads .tnlaux/eels.aux and expands every entry. A callee stands earlier in the file than its callers.
 eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac);

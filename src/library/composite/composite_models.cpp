@@ -9,6 +9,15 @@ const model_line* model_lines::find(std::string_view name) const {
     return nullptr;
 }
 
+model_line model_line_of(const words& w) {
+    model_line m{w.str(2), w.str(4), {}, {}};
+    for (int i = 5; i + 1 < w.size(); i += 2) {
+        m.key.add(w[i]);
+        m.value.add(w[i + 1]);
+    }
+    return m;
+}
+
 void read_model_line(const entry_in_work& entry, half_in_work& half, const words& w, bool of_element) {
     const composite_form& form = entry.form;
     const char* half_word = half.half_word;
@@ -25,13 +34,7 @@ void read_model_line(const entry_in_work& entry, half_in_work& half, const words
         halt({line(form.lib.class_name, ": k_rem is not zero (", tag, ", ", half_word, "). Halting...")});
 
     model_lines& lines = of_element ? half.element_models : half.call_models;
-    model_line& m = lines.list.emplace_back();
-    m.name = w.str(2);
-    m.type = w.str(4);
-    for (int i = 5; i < w.size(); i += 2) {
-        m.key.add(w[i]);
-        m.value.add(w[i + 1]);
-    }
+    const model_line& m = lines.list.emplace_back(model_line_of(w));
     lines.n_key_chr += m.key.n_chr();
     lines.n_value_chr += m.value.n_chr();
     const auto chars_text = [&](const char* which) {

@@ -65,44 +65,6 @@ void count_elements(text_file& file, const composite_form& form) {
 
 // ---- second sweep: the entries in full ----
 
-operand read_operand(const pair_list<double>& rprm, int e, std::string_view word) {
-    operand a;
-    a.index = rprm.find(e, word);
-    a.from = a.index >= 0 ? operand::parameter : operand::literal;
-    if (a.index < 0) a.value = chr_to_double(word);
-    return a;
-}
-
-// Derived parameters stand behind the plain ones in the list; each may use those before it.
-void read_derived(entry_in_work& entry, const words& w) {
-    const composite_form& form = entry.form;
-    pair_list<double>& rprm = entry.lib.list.rprm;
-    if (w.size() % 2 == 0) halt({line(form.lib.class_name, ": k_rem is not zero (rprm_derived)."), "   Halting..."});
-    for (int i = 1; i < w.size(); i += 2) {
-        const expression_text text = expr_eval_1(w[i + 1]);
-        if (form.tells_operands && (!text.is_expression || operation_code(text) < 0)) {
-            say(line(form.lib.class_name, ": sa=", w[i + 1], " flag_3=", text.is_function ? 1 : 0));
-            say(line(form.lib.class_name, ": sc=", text.op));
-        }
-        if (!text.is_expression)
-            halt({line(form.lib.class_name, ": check this string: ", w[i + 1]),
-                  "  An expression was expected here. Halting..."});
-        expression x;
-        x.operation = operation_code(text);
-        if (x.operation < 0)
-            halt({line(form.lib.class_name, ": unknown ", text.is_function ? "function" : "operation", " in"),
-                  "   derived rparms.", line("   string is ", w[i + 1])});
-        x.n_arg = text.is_function ? 1 : 2;
-        x.arg1 = read_operand(rprm, entry.e, text.arg1);
-        if (x.n_arg == 2) x.arg2 = read_operand(rprm, entry.e, text.arg2);
-        entry.lib.derived.row.add(x);
-        rprm.name.pool.add(w[i]);
-        rprm.name.first.back() = rprm.name.pool.size();
-        rprm.dflt.push_back(0);
-    }
-    entry.lib.derived.row.close_row();
-}
-
 // Visits the member of a header line; every kind of list ends as a pool of words with the row of this entry.
 struct header_reader {
     entry_in_work& entry;
@@ -132,7 +94,7 @@ struct header_reader {
     }
     const word_list* operator()(special_line s) const {
         if (s == special_line::mark) return nullptr;
-        read_derived(entry, w);
+        read_derived(entry.lib, entry.e, entry.form.lib.class_name, entry.form.tells_operands, w);
         return &entry.lib.list.rprm.name;
     }
 };

@@ -2,10 +2,13 @@
 // ..., ...`.
 #include "library/composite/library_dumps.h"
 
+#include <algorithm>
 #include <fstream>
+#include <numeric>
 #include <span>
 
 #include "base/halt.h"
+#include "library/composite/mixed_form.h"
 
 namespace {
 
@@ -136,7 +139,22 @@ void write_row(std::ostream& out, const std::string& tag, const row_table<T>& ta
     out << '\n';
 }
 
-// Values with the composite's parameter or name that feeds them in brackets; no brackets: fixed.
+// Values with the composite's parameter or name that feeds them in brackets; no brackets: fixed. In mixed composites
+// (-2) is a callee's own default.
+void write_element_rows(std::ostream& out, const std::string& prefix, const element_table& be, int row) {
+    write_row(out, prefix + "node", be.node, nullptr, row);
+    write_row(out, prefix + "dgtl", be.dgtl, nullptr, row);
+    write_row(out, prefix + "vr", be.vr, nullptr, row);
+    write_row(out, prefix + "xvr", be.xvr, nullptr, row);
+    write_row(out, prefix + "in", be.in, &be.in_flag, row);
+    write_row(out, prefix + "ib", be.ib, &be.ib_flag, row);
+    write_row(out, prefix + "iprm", be.iprm, &be.iprm_flag, row);
+    write_row(out, prefix + "sprm", be.sprm, &be.sprm_flag, row);
+    write_row(out, prefix + "rprm", be.rprm, &be.rprm_flag, row);
+    write_row(out, prefix + "sv", be.sv, &be.sv_flag, row);
+    write_row(out, prefix + "ig", be.ig, &be.ig_flag, row);
+}
+
 void write_elements(std::ostream& out, const std::string& library, const element_table& be, bool ac, int e) {
     const std::string basic = library.substr(0, 1) + (ac ? "bac" : "bes");  // eels: ebes, ebac
     const std::string prefix = ac ? "beac_" : "be_";
@@ -146,17 +164,126 @@ void write_elements(std::ostream& out, const std::string& library, const element
         out << "    i_" << library << "be" << (ac ? "_ac" : "") << " = " << k << ", i_" << basic << " = " << be.i_be[r];
         if (ac) out << ", beac_acprm_be = " << be.acprm_be[r];
         out << '\n';
-        write_row(out, prefix + "node", be.node, nullptr, row);
-        write_row(out, prefix + "dgtl", be.dgtl, nullptr, row);
-        write_row(out, prefix + "vr", be.vr, nullptr, row);
-        write_row(out, prefix + "xvr", be.xvr, nullptr, row);
-        write_row(out, prefix + "in", be.in, &be.in_flag, row);
-        write_row(out, prefix + "ib", be.ib, &be.ib_flag, row);
-        write_row(out, prefix + "iprm", be.iprm, &be.iprm_flag, row);
-        write_row(out, prefix + "sprm", be.sprm, &be.sprm_flag, row);
-        write_row(out, prefix + "rprm", be.rprm, &be.rprm_flag, row);
-        write_row(out, prefix + "sv", be.sv, &be.sv_flag, row);
-        write_row(out, prefix + "ig", be.ig, &be.ig_flag, row);
+        write_element_rows(out, prefix, be, row);
+    }
+}
+
+// ---- mixed composites ----
+
+int sum(const std::vector<int>& counts) { return std::accumulate(counts.begin(), counts.end(), 0); }
+int total(const word_list& list) { return list.pool.size(); }
+template <class T>
+int total(const row_table<T>& rows, const element_table& be, int library) {
+    int n = 0;
+    for (int row = 0; row < rows.n_rows(); ++row)
+        if (be.library[static_cast<std::size_t>(row)] == library) n += rows.size(row);
+    return n;
+}
+int most_of_one(const composite_library& lib, mixed_place place) {
+    const mixed_names names = names_at(lib, place);
+    int most = 0;
+    for (int e = 0; e < lib.n(); ++e) most = std::max(most, names.main->count(e) + names.internal->count(e));
+    return most;
+}
+
+// The called composites of one domain: how many, and which lists their calls fill.
+struct called_lists {
+    int library;
+    const char* name;
+    std::vector<std::pair<const char*, row_table<int> element_table::*>> lists;
+};
+
+void write_mixed_totals(std::ostream& out, const composite_library& lib, std::span<const called_lists> called) {
+    const auto each = [&](std::initializer_list<std::pair<const char*, int>> totals) {
+        for (const auto& [label, n] : totals) write_total(out, label, n);
+    };
+    each({{"n", lib.n()},
+          {"n_ttliprm", total(lib.list.iprm.name)},
+          {"n_ttlsprm", total(lib.list.sprm.name)},
+          {"n_ttlrprm", total(lib.list.rprm.name)},
+          {"n_ttlsva", sum(lib.n_sv)},
+          {"n_ttliga", sum(lib.n_ig)},
+          {"n_ttlsvd", total(lib.list.sv.name) - sum(lib.n_sv)},
+          {"n_ttligd", total(lib.list.ig.name) - sum(lib.n_ig)},
+          {"n_ttlova", total(lib.ov.name)},
+          {"n_ttlovd", total(lib.ovd.name)},
+          {"n_ttlmnda", total(lib.list.node)},
+          {"n_ttlmndd", total(lib.list.dgtl)},
+          {"n_ttlmvr", total(lib.list.vr)},
+          {"n_ttlnda_one", most_of_one(lib, mixed_place::analog)},
+          {"n_ttlndd_one", most_of_one(lib, mixed_place::digital)},
+          {"n_ttlvr_one", most_of_one(lib, mixed_place::variable)}});
+    for (const called_lists& c : called) {
+        const auto label = [&](const char* tag) { return line("n_", c.name, "_ttl", tag); };
+        write_total(out, label("").c_str(),
+                    static_cast<int>(std::count(lib.be.library.begin(), lib.be.library.end(), c.library)));
+        for (const auto& [tag, rows] : c.lists)
+            write_total(out, label(tag).c_str(), total(lib.be.*rows, lib.be, c.library));
+    }
+}
+
+void write_mixed_dump(std::ostream& out, const composite_library& lib) {
+    using E = element_table;
+    const called_lists called[] = {
+        {lib_eels,
+         "ece",
+         {{"nd", &E::node},
+          {"sv", &E::sv_flag},
+          {"ig", &E::ig_flag},
+          {"in", &E::in},
+          {"ib", &E::ib},
+          {"dgtl", &E::dgtl},
+          {"vr", &E::vr},
+          {"iprm", &E::iprm_flag},
+          {"sprm", &E::sprm_flag},
+          {"rprm", &E::rprm_flag}}},
+        {lib_dels,
+         "dce",
+         {{"nd", &E::dgtl},
+          {"anlg", &E::in},
+          {"iprm", &E::iprm_flag},
+          {"sprm", &E::sprm_flag},
+          {"rprm", &E::rprm_flag},
+          {"sv", &E::sv_flag},
+          {"ig", &E::ig_flag}}},
+        {lib_gels,
+         "gce",
+         {{"vr", &E::vr},
+          {"sv", &E::sv_flag},
+          {"ig", &E::ig_flag},
+          {"iprm", &E::iprm_flag},
+          {"sprm", &E::sprm_flag},
+          {"rprm", &E::rprm_flag}}},
+    };
+    write_mixed_totals(out, lib, called);
+    for (int e = 0; e < lib.n(); ++e) {
+        out << "  i = " << e << ", name = " << lib.list.entry[e];
+        const auto count = [&](const char* label, int n) { out << ", " << label << " = " << n; };
+        const auto names = [&](const char* main, const char* all, mixed_place place) {
+            const mixed_names n = names_at(lib, place);
+            count(main, n.main->count(e));
+            count(all, n.main->count(e) + n.internal->count(e));
+        };
+        names("nnda", "ttlnda", mixed_place::analog);
+        names("nndd", "ttlndd", mixed_place::digital);
+        names("nvr", "ttlvr", mixed_place::variable);
+        const int first = lib.be.first_be[word_list::at(e)], end = first + lib.be.n_be(e);
+        for (const called_lists& c : called)
+            count(line("n_", c.name).c_str(), static_cast<int>(std::count(lib.be.library.begin() + first,
+                                                                          lib.be.library.begin() + end, c.library)));
+        count("flag_allow_ac", lib.flag.allow_ac[word_list::at(e)]);
+        out << '\n';
+        write_entry_lists(out, lib.list, e);
+        write_outputs(out, "ova", lib.ov, e);
+        write_outputs(out, "ovd", lib.ovd, e);
+        write_outputs(out, "ovac", lib.ovac, e);
+        for (const called_lists& c : called)
+            for (int row = first, k = 0; row < end; ++row) {
+                if (lib.be.library[word_list::at(row)] != c.library) continue;
+                out << "    i_gmes" << c.name << " = " << k++ << ", i_" << library_forms[c.library].name << " = "
+                    << lib.be.i_be[word_list::at(row)] << ", name = " << lib.be.name[word_list::at(row)] << '\n';
+                write_element_rows(out, "be_", lib.be, row);
+            }
     }
 }
 
@@ -189,6 +316,7 @@ void write_basic_dump(std::ostream& out, const std::string& word, const basic_li
 void write_composite_dump(std::ostream& out, const std::string& word, const composite_library& lib) {
     out.precision(10);
     out << word << "_class\n";
+    if (word == library_forms[lib_gmes].name) return write_mixed_dump(out, lib);
     write_total(out, "n", lib.n());
     for_each_parameter_list(lib.list, [&](const auto& l, const char* t) { write_total(out, t, l); });
     write_total(out, "n_ttlbias", lib.bias.name.pool.size());

@@ -19,6 +19,20 @@ void add_row(const pair_list<T>& list, int i_lib, int n_words, statement_keys& k
     if (tie) tie->close_row();
 }
 
+// The same of start-up values or first guesses, whole numbers from a position on.
+void add_start_row(const pair_list<double>& list, int i_lib, int n_real, statement_keys& keys, row_table<double>& row,
+                   row_table<int>& tie, const gprm_class& gprm) {
+    for (int j = 0; j < list.count(i_lib); ++j) {
+        const int i = keys.find(list.word(i_lib, j));
+        row.add(i < 0         ? list.value(i_lib, j)
+                : j >= n_real ? gprm.gprm_int_1(keys.w[i])
+                              : gprm.gprm_double_1(keys.w[i]));
+        tie.add(i < 0 || j >= n_real ? -1 : gprm.find_greal(keys.w[i]));
+    }
+    row.close_row();
+    tie.close_row();
+}
+
 void read_statement(const words& w, const gprm_class& gprm, const composite_library& lib, const library_form& form,
                     model_class& models) {
     const std::string prefix = line(form.models_class, ": ");
@@ -38,15 +52,10 @@ void read_statement(const words& w, const gprm_class& gprm, const composite_libr
     add_row(list.iprm, i_lib, list.iprm.count(i_lib), keys, models.iprm, nullptr, gprm, int_of);
     add_row(list.sprm, i_lib, list.sprm.count(i_lib), keys, models.sprm, nullptr, gprm, string_of);
     add_row(list.rprm, i_lib, lib.n_rprm_plain(i_lib), keys, models.rprm, &models.rprm_tie, gprm, double_of);
-    if (has_whole_start_values(form)) {
-        const auto whole_of = [&](std::string_view word) -> double { return gprm.gprm_int_1(word); };
-        const gprm_class no_tie;
-        add_row(list.sv, i_lib, list.sv.count(i_lib), keys, models.sv, &models.sv_tie, no_tie, whole_of);
-        add_row(list.ig, i_lib, list.ig.count(i_lib), keys, models.ig, &models.ig_tie, no_tie, whole_of);
-    } else {
-        add_row(list.sv, i_lib, list.sv.count(i_lib), keys, models.sv, &models.sv_tie, gprm, double_of);
-        add_row(list.ig, i_lib, list.ig.count(i_lib), keys, models.ig, &models.ig_tie, gprm, double_of);
-    }
+    add_start_row(list.sv, i_lib, first_whole(form, lib, &library_lists::sv, i_lib), keys, models.sv, models.sv_tie,
+                  gprm);
+    add_start_row(list.ig, i_lib, first_whole(form, lib, &library_lists::ig, i_lib), keys, models.ig, models.ig_tie,
+                  gprm);
     if (const int i = keys.first_unticked(); i >= 0)
         halt({prefix + "some word has not been ticked.", line("   word: ", w[i]), "   Halting..."});
 }
