@@ -337,7 +337,7 @@ constexpr pattern_row rows[] = {
     {"kinds-together",
      "cannot have xelements and delements|"
      "general elements are not allowed in a purely digital circuit"},
-    {"unknown-quantity", "outvar not found name is"},
+    {"unknown-quantity", "outvar not found name is|outvar of a name that no call is connected to"},
     {"unknown-instance", "cct_ov_flag = IGL_CLEAR"},
     {"unknown-node", "Check outvars of type|var name is:"},
     {"no-of", "_of_ not found"},
@@ -432,7 +432,7 @@ constexpr pattern_row rows[] = {
      "some bias variable is not assigned|not assigned?*number is|acparm_map|has no reader for entries of|"
      "is smaller than its model|is smaller than its function|no function is compiled for the composite|"
      "has no source for its parameters|nothing calls the source of|d_dt|(function part)|one of the KCL equations is "
-     "using a local_var|expected f_|"
+     "using a local_var|expected f_|xvars are not allowed for|"
      "something wrong with*string is|sparm string is too long|no_functions|map_jacobian|check * library|"
      ": type not found. Halting"},
     {"capacity", "Insufficient storage|nnz_|mnz_w|is too large!|is too large|too large."},

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "library/composite/composite_form.h"
+#include "library/composite/mixed_form.h"
 
 namespace cli {
 
@@ -69,6 +69,35 @@ struct sorted_lines {
     std::vector<const own_line*> models, body;
 };
 
+// The lines of entries of a library, in the order of the file.
+struct entry_shape {
+    std::span<const header_line> dc_lines, ac_lines;
+    bool has_halves = false, has_code = false;
+    std::vector<std::string> body, body_ac, models;  // first words of the lines behind the head
+};
+
+// No dc_lines: the library has no reader.
+entry_shape shape_of(int library) {
+    entry_shape shape;
+    if (library == lib_gmes) {
+        shape.dc_lines = gmes_lines;
+        for (const mixed_domain& domain : mixed_domains) {
+            shape.body.emplace_back(domain.lib.call);
+            shape.models.emplace_back(domain.lib.submodel);
+        }
+    } else if (const composite_form* form = composite_form_of(library)) {
+        const std::string element = std::string(form->basic.begin), call = std::string(form->lib.call);
+        shape = {form->dc_lines, form->ac_lines, form->has_halves, form->has_code, {element, call}, {}, {}};
+        shape.body_ac = {element + "_ac", call, "acparm_map:"};
+        shape.models = {element + "model", std::string(form->lib.begin) + "model"};
+    }
+    return shape;
+}
+
+bool is_among(const std::vector<std::string>& list, std::string_view word) {
+    return std::find(list.begin(), list.end(), word) != list.end();
+}
+
 class builder {
 public:
     builder(const deck_source& source, own_composites& own) : source_(source), own_(own) {}
@@ -84,8 +113,8 @@ public:
                   "add it to the program as a file in models/, or build a composite of the elements that there are");
             return;
         }
-        const composite_form* form = composite_form_of(block.library);
-        if (form == nullptr) {
+        const entry_shape shape = shape_of(block.library);
+        if (shape.dc_lines.empty()) {
             fault(first.at[0], "composite", "this version has no composites of the kind " + begin);
             return;
         }
@@ -118,7 +147,7 @@ public:
                 if (first.w[j] == flag && first.w[j + 1] == "yes")
                     fault(first.at[at(j)], "code",
                           std::string(flag) + " needs a function that is compiled with the program");
-        entry.entry.text = complete(entry, *form, text.docs);
+        entry.entry.text = complete(entry, shape, text.docs);
         own_.entries.push_back(std::move(entry));
     }
 
@@ -127,8 +156,7 @@ private:
         own_.faults.push_back({where, code, std::move(message), std::move(advice)});
     }
 
-    std::string complete(const own_entry& entry, const composite_form& form, const std::string& docs) {
-        const std::string element = std::string(form.basic.begin), call = std::string(form.lib.call);
+    std::string complete(const own_entry& entry, const entry_shape& shape, const std::string& docs) {
         sorted_lines dc, ac;
         bool in_ac = false;
         for (std::size_t i = 1; i < entry.lines.size(); ++i) {
@@ -146,19 +174,19 @@ private:
             const auto is_head = [&](std::span<const header_line> lines) {
                 return std::any_of(lines.begin(), lines.end(), [&](const header_line& h) { return w0 == h.keyword; });
             };
-            if (is_head(in_ac ? form.ac_lines : form.dc_lines))
+            if (is_head(in_ac ? shape.ac_lines : shape.dc_lines))
                 half.head[w0].push_back(&l);
-            else if (w0 == element + "model" || w0 == std::string(form.lib.begin) + "model")
+            else if (is_among(shape.models, w0))
                 half.models.push_back(&l);
-            else if (w0 == (in_ac ? element + "_ac" : element) || w0 == call || (in_ac && w0 == "acparm_map:"))
+            else if (is_among(in_ac ? shape.body_ac : shape.body, w0))
                 half.body.push_back(&l);
             else
-                unknown_line(l, form, in_ac);
+                unknown_line(l, library_forms[entry.library], shape, in_ac);
         }
         std::string text = joined(entry.lines[0].w) + "\n" + docs;
-        write_half(dc, form.dc_lines, form.has_halves ? "end_dc\n" : "", text);
-        if (form.has_code) text += "C:\nendC\n";
-        if (!form.ac_lines.empty()) write_half(ac, form.ac_lines, "end_ac\n", text);
+        write_half(dc, shape.dc_lines, shape.has_halves ? "end_dc\n" : "", text);
+        if (shape.has_code) text += "C:\nendC\n";
+        if (!shape.ac_lines.empty()) write_half(ac, shape.ac_lines, "end_ac\n", text);
         return text + std::string(library_forms[entry.library].end) + "\n";
     }
 
@@ -176,15 +204,17 @@ private:
         text += end;
     }
 
-    void unknown_line(const own_line& l, const composite_form& form, bool in_ac) {
-        const std::string word = l.w.str(0), element = std::string(form.basic.begin);
+    void unknown_line(const own_line& l, const library_form& names, const entry_shape& shape, bool in_ac) {
+        const std::string word = l.w.str(0);
         std::string all;
-        for (const header_line& h : in_ac ? form.ac_lines : form.dc_lines) all += h.keyword + std::string(" ");
-        all += element + (in_ac ? "_ac" : "") + " " + std::string(form.lib.call);
-        const bool of_ac = std::any_of(form.ac_lines.begin(), form.ac_lines.end(),
+        for (const header_line& h : in_ac ? shape.ac_lines : shape.dc_lines) all += h.keyword + std::string(" ");
+        for (const std::string& w : in_ac ? shape.body_ac : shape.body)
+            if (!w.ends_with(":")) all += w + " ";
+        all.pop_back();
+        const bool of_ac = std::any_of(shape.ac_lines.begin(), shape.ac_lines.end(),
                                        [&](const header_line& h) { return word == h.keyword; }) ||
-                           word == element + "_ac";
-        fault(l.at[0], "composite", "no line of this " + std::string(form.lib.begin) + " begins with " + word,
+                           (!shape.body_ac.empty() && word == shape.body_ac[0]);
+        fault(l.at[0], "composite", "no line of this " + std::string(names.begin) + " begins with " + word,
               of_ac && !in_ac ? word + " stands between begin_ac and end_ac" : "lines begin with: " + all);
     }
 
