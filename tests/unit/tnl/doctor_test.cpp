@@ -28,6 +28,7 @@ TEST(library_faults, name_missing_files_cut_entries_and_calls_that_lead_nowhere)
     ::write_file("eels.aux", eels.substr(0, eels.size() - 20));
     ASSERT_EQ(library_faults(".").size(), 1U);
     EXPECT_NE(library_faults(".")[0].find("has no end"), std::string::npos);
+    ::write_file("gmes.aux", "");  // whose entries call those of eels
     ::write_file("eels.aux", "ece name=r\nebe type=nosuch name=x p=p\nendece\n");
     EXPECT_EQ(library_faults("."), std::vector<std::string>{"ece r calls nosuch, which ebes.aux lacks"});
     fs::remove("gbes.aux");
