@@ -53,7 +53,7 @@ struct digital_case {
     explicit digital_case(const std::string& circuit_block)
         : c(circuit_of("title: gates\nbegin_circuit\n" + circuit_block +
                            "end_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=0 t_end=1\nend_solve\nend_cf\n",
-                       installed_libraries())) {
+                       installed_libraries(), 200000)) {
         prepare_circuit(r);
         read_block(r, 0);
         define_offs_solvec(r.mat, c, analysis::trns);

@@ -48,9 +48,9 @@ inline const libraries& installed_libraries() {
 #endif
 
 // Everything of a deck that is read before the elaboration. The sizes are generous.
-inline circuit circuit_of(std::string_view deck, libraries lib) {
+inline circuit circuit_of(std::string_view deck, libraries lib, int max_lines = usual_deck_lines) {
     circuit c;
-    c.cf = circuit_file_of(file_chr_of(deck));
+    c.cf = circuit_file_of(file_chr_of(deck, max_lines));
     c.lib = std::move(lib);
     read_circuit(c);
     c.tmpdim = generous_tmpdim();

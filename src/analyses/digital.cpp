@@ -143,7 +143,7 @@ bool dbe_process(run_state& r, double t) {
     {
         const raised on(r.flags.trns, r.flags.process);
         r.flags.schedule = 0;
-        d.pending.take_due(t, d.due);
+        if (const int single = d.pending.take_due(t, d.due); single >= 0) call_and_keep_event(r, single);
         while (!d.due.empty()) call_and_keep_event(r, d.due.take());
     }
     // What units put out when they were scheduled belongs to this event, too.

@@ -94,12 +94,19 @@ double event_queue::scan_near_events(double t_far, double epsilon) {
     return next;
 }
 
-void event_queue::take_due(double t, unit_set& due) {
+int event_queue::take_due(double t, unit_set& due) {
+    int last = -1, n = 0;
     while (!heap_.empty() && !(t < heap_[0].t)) {
-        const int k = heap_[0].moment;
-        for (int u = moments_[at(k)].first; u >= 0; u = next_[at(u)]) due.add(u);
-        moments_[at(k)].first = -1;
-        free_.push_back(k);
+        moment& m = moments_[at(heap_[0].moment)];
+        for (int u = m.first; u >= 0; u = next_[at(u)]) {
+            if (n++ > 0) due.add(last);
+            last = u;
+        }
+        m.first = -1;
+        free_.push_back(heap_[0].moment);
         pop();
     }
+    if (n < 2) return last;
+    due.add(last);
+    return -1;
 }

@@ -10,32 +10,33 @@
 class unit_set {
 public:
     void resize(int n) {
-        levels_.clear();
-        std::size_t n_words = static_cast<std::size_t>(n);
+        n_levels_ = 0;
+        std::size_t n_all = 0, n_words = static_cast<std::size_t>(n);
         do {
-            n_words = (n_words + 63) / 64;
-            levels_.emplace_back(n_words > 0 ? n_words : 1, 0);
+            n_words = n_words > 64 ? (n_words + 63) / 64 : 1;
+            first_[n_levels_++] = n_all;
+            n_all += n_words;
         } while (n_words > 1);
+        words_.assign(n_all, 0);
     }
-    bool empty() const { return levels_.back()[0] == 0; }
+    bool empty() const { return words_.back() == 0; }
     void add(int i) {
         auto k = static_cast<std::size_t>(i);
-        for (std::vector<std::uint64_t>& level : levels_) {
-            std::uint64_t& word = level[k / 64];
+        for (std::size_t l = 0; l < n_levels_; ++l, k /= 64) {
+            std::uint64_t& word = words_[first_[l] + k / 64];
             const bool had_some = word != 0;
             word |= std::uint64_t{1} << (k % 64);
             if (had_some) return;
-            k /= 64;
         }
     }
     // Takes the smallest out of a set that is not empty.
     int take() {
         std::size_t k = 0;
-        for (std::size_t l = levels_.size(); l-- > 0;)
-            k = k * 64 + static_cast<std::size_t>(std::countr_zero(levels_[l][k]));
+        for (std::size_t l = n_levels_; l-- > 0;)
+            k = k * 64 + static_cast<std::size_t>(std::countr_zero(words_[first_[l] + k]));
         std::size_t at = k;
-        for (std::vector<std::uint64_t>& level : levels_) {
-            std::uint64_t& word = level[at / 64];
+        for (std::size_t l = 0; l < n_levels_; ++l) {
+            std::uint64_t& word = words_[first_[l] + at / 64];
             word &= word - 1;  // its lowest bit is that of k
             if (word != 0) break;
             at /= 64;
@@ -44,7 +45,10 @@ public:
     }
 
 private:
-    std::vector<std::vector<std::uint64_t>> levels_{{0}};
+    static constexpr std::size_t max_levels = 6;  // of 64 words each, beyond the largest int
+    std::vector<std::uint64_t> words_{0};
+    std::size_t first_[max_levels] = {};  // of each level; the last one is one word
+    std::size_t n_levels_ = 1;
 };
 
 // The event of each unit, at most one. Events of equal time share a place in a heap: a synchronous circuit has few.
@@ -58,8 +62,8 @@ public:
     //     next = t_far; for each pending unit: if (t < next) next = t + epsilon
     // and this gives the same to the bit: only events within a chain of epsilons from the first can count.
     double next_time(double t_far, double epsilon);
-    // Moves all units with events at or before t to the set.
-    void take_due(double t, unit_set& due);
+    // Moves all units with events at or before t to the set; a single one is given back instead, else -1.
+    int take_due(double t, unit_set& due);
 
 private:
     struct moment {

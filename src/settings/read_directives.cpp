@@ -116,10 +116,12 @@ void read_items(solve_class& slv, const circuit& c, const words& w) {
 
 void read_dgtl(solve_class& slv, const circuit& c, const words& w) {
     for (int i = 1; i + 1 < w.size(); i += 2) {
+        at_word(i);
         const int node = c.cct.dct.find(w[i]);
         if (node < 0)
             halt({"solve_class: digital node name not found", "   in set_sgtl statement.",
                   line("   Check this string: ", w[i])});
+        at_word(i + 1);
         const int level = c.gprm.gprm_int_1(w[i + 1]);
         if (level < 0 || level > 2)
             halt({"solve_class: a digital level is 0, 1, or 2 (unknown)", "   in set_dgtl statement.",

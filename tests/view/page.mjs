@@ -181,6 +181,50 @@ step("columns without a unit and of other sizes stand apart, and a guess is no p
   four.server.kill();
 });
 
+// Beside v = t: a clock of 10 Hz, a number that counts its rises and is unknown before 0.25 s, a lone level.
+const level = (name) => ({ name, unit: "", level: true });
+record("mixed.run", "complete", [
+  { path: "wave.dat", kind: "trns", columns: [time, volts], rows: 0, curves: 0 },
+  { path: "logic.dat", kind: "trns", digital: true, offset: 2, rows: 0, curves: 0,
+    columns: [time, level("clk"), level("q0"), level("q1"), level("ready")] }]);
+writeFileSync("mixed.run/wave.dat", Array.from({ length: 101 }, (_, k) => `${k / 100} ${k / 100}\n`).join(""));
+{
+  const counted = (k) => (k < 5 ? [2, 2] : [(k - 5) / 2 & 1, (k - 5) / 4 & 1].map(Math.floor));
+  const row = (t, k) => `${t} ${[k % 2, ...counted(k), k > 10 ? 1 : 0].map((v, j) => v + 2 * j).join(" ")}\n`;
+  let text = row(0, 0);
+  for (let k = 1; k <= 20; ++k) text += row(k / 20, k - 1) + row(k / 20, k);
+  writeFileSync("mixed.run/logic.dat", text);
+}
+step("levels stand on lanes below the curves of their run, over one time", async () => {
+  const { server, address } = await serve("mixed.run");
+  const mixed = await open(address);
+  await until(mixed, () => document.querySelectorAll(".plot").length === 2);
+  assert.deepEqual((await mixed.locator(".legend .item").allTextContents()).map((t) => t.trim()), ["v", "clk", "q[1:0]", "ready"]);
+  await waitForDrawn(mixed, 1, "--s2"); // the clock
+  await waitForDrawn(mixed, 1, "--s3"); // the number
+  await waitForDrawn(mixed, 1, "--grid", 1500); // the ground of the hatching where it is unknown
+  const values = async (part) => {
+    await waitForAxis(mixed, part, part, 0.005, "under the mouse", 1);
+    await mixed.waitForTimeout(300);
+    return (await mixed.locator(".legend .value").allTextContents()).map((t) => t.trim());
+  };
+  assert.deepEqual((await values(0.12)).slice(1), ["0", "x", "0"]);
+  const [v, ...rest] = await values(0.675);
+  near(number(v), 0.675, 0.01, "v");
+  assert.deepEqual(rest, ["1", "0", "1"]);
+  assert.deepEqual((await values(0.575)).slice(1), ["1", "3", "1"]);
+  await mixed.keyboard.press("a");
+  await until(mixed, () => [...document.querySelectorAll(".readout tr")].some((row) => row.textContent.startsWith("q[1:0]3")));
+  await mixed.screenshot({ path: "lanes.png" });
+  assert.deepEqual(mixed.faults, []);
+  await mixed.close();
+  const dark = await open(address, "dark");
+  await until(dark, () => document.querySelectorAll(".plot").length === 2);
+  await dark.screenshot({ path: "lanes_dark.png" });
+  await dark.close();
+  server.kill();
+});
+
 step("the series of two runs are drawn, one plot a unit", async () => {
   one = await serve("one.run", "two.run");
   page = await open(one.address);

@@ -51,6 +51,17 @@ assert.ok(view.x - 300 * view.unit < -4 && view.x + 300 * view.unit > 3 && view.
 assert.ok(view.unit < 1.2 * 7 / 600);
 assert.deepEqual([0.07, 0.3, 12, 60].map(roundStep).map((v) => Number(v.toPrecision(3))), [0.1, 0.5, 20, 100]);
 
+// Lanes: bits of a number are one, lowest first, in whatever order they stand; two that do not begin at 0 are none.
+const { lanesOf, laneText } = await import(pathToFileURL(`${process.argv[2]}/src/tnl/view/lanes.js`));
+const levels = ["clk", "q1", "q0", "g1", "g2", "q2", "d5", "d6", "d7"].map((name, column) => (
+  { run: 0, file: "d.dat", curve: 0, column: column + 1, column_name: name, name: `${name} · one` }));
+const lanes = lanesOf(levels);
+assert.deepEqual(lanes.map((lane) => lane.name), ["clk · one", "q[2:0] · one", "g1 · one", "g2 · one", "d[7:5] · one"]);
+assert.deepEqual(lanes[1].bits, [2, 1, 5]);
+const seen = [2, 0, 1, 0, 0, 1, 1, 2, 0];
+assert.deepEqual(lanes.map((lane) => laneText(lane, seen)), ["x", "5", "0", "0", "x"]);
+assert.equal(laneText(lanes[1], [0, NaN, 0, 0, 0, 0]), "—");
+
 // The tips of sticks.
 const sticks = tipsOf(table([-0.1, 0, 0.1, 0.9, 1, 1.1], [0, 5, 0, 0, 7, 0]));
 assert.deepEqual([...sticks.x], [0, 1]);

@@ -21,8 +21,8 @@ namespace fs = std::filesystem;
 
 void write_page() {
     fs::create_directory("page");
-    for (const char* name : {"index.html", "view.js", "plots.js", "locus.js", "parts.js", "rows.js", "view.css",
-                             "icon.svg", "uPlot.iife.min.js", "uPlot.min.css"})
+    for (const char* name : {"index.html", "view.js", "plots.js", "locus.js", "lanes.js", "parts.js", "rows.js",
+                             "view.css", "icon.svg", "uPlot.iife.min.js", "uPlot.min.css"})
         ::write_file(std::string("page/") + name, std::string("text of ") + name);
 }
 

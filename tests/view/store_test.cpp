@@ -129,6 +129,26 @@ TEST(view_store, leaves_out_a_guess_that_lies_apart) {
     EXPECT_EQ(first_file(store)["columns"][1]["size"], 12);
 }
 
+TEST(view_store, gives_levels_of_digital_files_without_their_offset) {
+    const temp_folder inside;
+    std::vector<record_file> files{{"w.dat", "trns", {{"time", "s"}, {"a", "", true}, {"b", "", true}}, 0, 0}};
+    files[0].digital = true;
+    files[0].offset = 2;
+    write_record("r.run", "complete", files);
+    ::write_file("r.run/w.dat", "0 0 4\n1 0 4\n1 1 3\n");
+    view_store store({"r.run"});
+    store.want_file(0, "w.dat");
+    store.wait_until_read();
+    const view_file_ptr held = store.want_file(0, "w.dat");
+    EXPECT_EQ(held->source.rows.columns[2].values[0], 2);
+    EXPECT_EQ(held->source.rows.columns[2].values[2], 1);
+    const json file = first_file(store);
+    EXPECT_EQ(file["digital"], true);
+    EXPECT_FALSE(file["columns"][0].contains("level"));
+    EXPECT_EQ(file["columns"][2]["level"], true);
+    EXPECT_EQ(file["columns"][2]["size"], 2);
+}
+
 TEST(row_source, takes_what_was_appended_and_leaves_a_line_without_its_end) {
     const temp_folder inside;
     ::write_file("w.dat", "1 2\n3 4\n5 ");

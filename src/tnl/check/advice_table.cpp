@@ -196,7 +196,12 @@ constexpr advice_text texts[] = {
      "tnl describe TYPE tells whether it has one; exchange the element or leave the ac block out"},
     {"ssw-settings", "Settings of periodic blocks contradict each other.", "", ""},
     {"explicit-circuit", "The circuit of explicit elements does not allow these settings.", "", ""},
-    {"digital-circuit", "The circuit of digital elements does not allow these settings.", "", ""},
+    {"digital-circuit", "The circuit of digital elements does not allow these settings.", "",
+     "runs in time and start-ups alone, without constant_step"},
+    {"digital-unstable", "Digital elements do not come to rest before the run in time begins.",
+     "a loop of gates that has no rest, as an odd number of inverters; a circuit and its gates that change each other",
+     "leave the startup block out and give first levels with set_dgtl; a start value (st=...) for a gate of the loop; "
+     "n_pass_dgtl=100 n_pass_mixed=100 for long chains"},
 
     // ---- output
     {"no-filename", "An output block names no file.", "", "filename out.dat behind begin_output"},
@@ -360,7 +365,7 @@ constexpr pattern_row rows[] = {
     {"solution-file", "read_solution: file*ends early"},
     {"rparm-link", "type gbe.|element not identified in|two string parameters and a variable"},
     {"rparm-source", "get_rparm_2"},
-    {"bad-item", "parameter not identified in|which does not exist?|digital node name not found"},
+    {"bad-item", "parameter not identified in|which does not exist?|digital node name not found|a digital level is 0"},
     {"sweep-not-here",
      "is not allowed in trns or ssw|is not allowed in startup|trns or ssw. Halting|startup. Halting|"
      "is allowed only in a DC solve section"},
@@ -380,6 +385,8 @@ constexpr pattern_row rows[] = {
      "x-mixed circuit|for x-circuit|(x-circuit)|with xelements|only F.Euler is allowed|"
      "(xelements)|x_eval_serial|without xelements"},
     {"digital-circuit", "circuit contains digital elements|without digital elements"},
+    {"digital-unstable",
+     "all digital elements must be|did not converger after|passes did not converge|did not converge after*passes"},
     {"gear2-steps", "reset type elements are not allowed with Gear"},
     {"settings-contradict",
      "only for transient simulation. Halting|constant_step is allowed|dmp_newt_max =|dmp_k =|"

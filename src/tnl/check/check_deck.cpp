@@ -202,6 +202,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries, ch
     if (sound) {
         check_nodes(d);
         check_variables(d);
+        check_digital(d);
     }
     check_outvars(d);
     check_solves(d);

@@ -108,6 +108,7 @@ void check_globals(checked_deck& d);     // greal, ginteger, gstring
 void check_elements(checked_deck& d);    // element and model statements: types, names, words, values
 void check_nodes(checked_deck& d);       // reference, connections, loops of voltages, cut sets of currents
 void check_variables(checked_deck& d);   // block variables: who writes, who reads
+void check_digital(checked_deck& d);     // digital nodes: what drives them
 void check_outvars(checked_deck& d);     // outvar: statements
 void check_solves(checked_deck& d);      // solve blocks
 void check_outputs(checked_deck& d, const solve_section& s, const solve_class& slv);  // output blocks of one
@@ -115,6 +116,8 @@ void check_outputs(checked_deck& d, const solve_section& s, const solve_class& s
 void check_unknown_variable(checked_deck& d, const solve_section& s, deck_word at);
 
 // ---- what several checks share
+
+bool is_digital_alone(const checked_deck& d);  // a circuit of digital elements and nothing else
 
 // Words from `first` on as keys and values. A word that nobody knows in front of a known one is alone: a value or a '='
 // is missing, and the pairs behind it are not to suffer.

@@ -43,6 +43,7 @@ public:
                 d_.report.warning("misplaced", find_in_block(d_, file.statement, "solution_ac"),
                                   "solution_ac holds what the last ac block has found, or zeros",
                                   "variables: solution");
+            if (d_.is_built) check_one_kind(file);
             check_name(file, at, files_of_block);
             check_rows(file, at);
             if (d_.is_built && (file.postproc || file.postproc_ac)) check_measured_rows(file, {i_name, 0});
@@ -160,8 +161,24 @@ private:
             d_.report.error("missing-file", at, "the folder " + folder.string() + " does not exist");
     }
 
+    // The first variable decides whether a file holds numbers, or levels and states.
+    void check_one_kind(const out_file& file) {
+        if (file.content != out_rows || file.vars.empty()) return;
+        const auto is_level = [](const out_var& v) { return v.prefix == prefix_none && is_digital(v.kind); };
+        const auto what = [&](const out_var& v) { return v.name + (is_level(v) ? " is a digital level" : " is not"); };
+        const out_var& first = file.vars[0];
+        for (const out_var& v : file.vars) {
+            if (is_level(v) == is_level(first)) continue;
+            d_.report.error("mixed-file", find_in_block(d_, file.statement, v.name),
+                            "a file holds digital levels or other values, not both: " + what(first) + ", " + what(v),
+                            "an output block of its own for each kind; tnl plot draws both over one time");
+            return;
+        }
+    }
+
     // At least so many; NaN if that cannot be told.
     double rows_of(const out_file& file) const {
+        if (file.data_type == out_digital && is_time()) return NAN;  // two for each event
         if (s_.type == "dc" || s_.type == "startup") return s_.n_points;
         if (s_.type == "ac") return s_.n_points * slv_.task.n_freq;
         if (!is_time() || file.fourier) return NAN;

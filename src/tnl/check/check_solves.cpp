@@ -43,6 +43,7 @@ public:
             if (word == "vary_parm" || word == "vary_parm_sync") doubt_sweep(i);
             if (s_.type == "ac" && (word == "set_freq" || word == "vary_freq")) doubt_frequencies(i);
             if (word.starts_with("set_") && word.ends_with("parm")) doubt_items(i);
+            if (word == "set_dgtl") doubt_levels(i);
             if ((word == "set_freq" || word == "vary_freq") && s_.is_known_type && s_.type != "ac")
                 d_.report.warning("misplaced", {i, 0}, word + " means nothing in " + block_named(s_.type));
         }
@@ -134,7 +135,7 @@ private:
     // ---- runs in time
     void check_time() {
         need("t_end", "a trns block needs the time at which it ends", "method: t_end=5m");
-        need("delt_const", "a trns block needs its time step", "method: delt_const=1u");
+        if (!is_digital_alone(d_)) need("delt_const", "a trns block needs its time step", "method: delt_const=1u");
         const method_settings& m = slv_.method;
         const double start = flags_.t_start, end = value("t_end", flags_.t_end),
                      step = value("delt_const", m.delt_const), least = value("delt_min", m.delt_min),
@@ -148,6 +149,7 @@ private:
         heeds_events();
         s_.t_start = start;
         s_.t_end = end;
+        check_clocks(d_, s_, slv_, place_of("t_end"));
         if (end <= start)
             d_.report.error("bad-step", place_of("t_end"), "t_end is not behind t_start: the run has no length");
         else if (step > end - start)
@@ -248,7 +250,7 @@ private:
 
     void check_dc() {
         for (const deck_element& e : d_.elements)
-            if (e.type != nullptr && e.type->refuses_dc)
+            if (e.type != nullptr && e.type->refuses_dc && e.library != lib_dels)  // no digital one can stand there
                 d_.report.error("no-dc", {s_.type_line, 1},
                                 "a dc block cannot stand with " + e.name + " (" + e.type->name + ")",
                                 "find the state to start from with solve_type startup");
@@ -284,6 +286,20 @@ private:
             d_.report.error("no-value", {i, f.n_words(i) - 1},
                             d_.word(i, f.n_words(i) - 1) + " has no value and is passed over");
         for (int j = 1; j + 1 < f.n_words(i); j += 2) check_item_value(d_, {i, j}, {i, j + 1});
+    }
+    // First levels count where a block starts from nothing.
+    void doubt_levels(int i) {
+        const file_chr& f = d_.text();
+        if (f.n_words(i) == 1) d_.report.warning("no-value", {i, 0}, "this statement sets nothing");
+        if (f.n_words(i) % 2 == 0)
+            d_.report.error("no-value", {i, f.n_words(i) - 1},
+                            d_.word(i, f.n_words(i) - 1) + " has no value and is passed over", "set_dgtl NODE 0");
+        if (!s_.is_known_type) return;
+        if (s_.type != "trns" && s_.type != "startup")
+            d_.report.warning("misplaced", {i, 0}, "set_dgtl means nothing in " + block_named(s_.type));
+        else if (slv_.task.init_previous || slv_.task.init_file)
+            d_.report.warning("misplaced", {i, 0},
+                              "set_dgtl has no effect where initial_sol takes the levels from another solution");
     }
     void doubt_sweep(int i) {
         const file_chr& f = d_.text();

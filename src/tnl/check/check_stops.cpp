@@ -156,6 +156,21 @@ void tell_no_small_signal(checked_deck& d, const told_stop& s, const stop_kind& 
     }
 }
 
+// The statement that begins with this word, first of the circuit.
+deck_word first_statement(const checked_deck& d, std::string_view word) {
+    for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i)
+        if (d.text().begins(i, word)) return {i, 0};
+    return {};
+}
+void tell_first_block(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    told_stop there = s;
+    there.at = first_statement(d, "gelement");
+    tell_as(d, there, kind);
+}
+void tell_digital_node(checked_deck& d, const told_stop& s, const stop_kind& kind) {
+    tell_near(d, s, kind, d.c.cct.dct.name);
+}
+
 constexpr const char* expressions =
     "an expression is $((a)op(b)) with op one of + - * / **, or $(f(a)) with exp, sin, cos; no blanks";
 constexpr const char* scales = "a number may end in one letter of G M k m u n p f, without a unit: 4.7u, 1e-3";
@@ -235,6 +250,19 @@ constexpr stop_kind kinds[] = {
      {},
      tell_initial_sol},
     {"for init sol", "given-twice", "the block has two initial_sol statements", "", "initial_sol"},
+
+    {"digital node name not found", "unknown-item", "there is no digital node @", "", {}, tell_digital_node},
+    {"a digital level is 0, 1, or 2", "bad-value", "a digital level is 0, 1 or 2 (unknown), not @", ""},
+
+    // ---- digital elements in circuits and blocks that have none
+    {"is not allowed when*contains digital elements", "no-dc", "$ does not go with digital elements",
+     "find the state to start from with solve_type startup", "dc ssw"},
+    {"constant_step is allowed only without digital", "bad-setting",
+     "constant_step does not go with digital elements, whose events cut the steps", "leave it out", "constant_step"},
+    {"general elements are not allowed in a purely digital", "kinds-together",
+     "blocks do not stand beside digital elements alone",
+     "an electrical element beside them makes a mixed circuit: eelement type=r from some node to the reference",
+     {}, tell_first_block},
 
     // ---- outputs of the circuit
     {"Check outvars of type *_ac_of_xxx",

@@ -78,7 +78,7 @@ std::string pair_value(const words& w, int first, std::string_view key) {
 
 // What a basic element does with its variables and currents.
 struct basic_sheet {
-    std::vector<std::string> node, var, driven;
+    std::vector<std::string> node, var, driven, reads;
     bool has_current = false, limits_step = false, nonlinear = false;
 };
 
@@ -92,6 +92,8 @@ basic_sheet read_basic(const entry_lines& lines, int library) {
         if (w[0] == "Jacobian:") sheet.nonlinear = w.size() > 1 && w[1] != "constant";
         if (w[0] == "nodes:") take(sheet.node);
         if (w[0] == "main_var:" || w[0] == "main_vars:") take(sheet.var);
+        if (w[0] == "output_nodes:") take(sheet.driven);
+        if (w[0] == "input_nodes:" || w[0] == "digital_nodes:") take(sheet.reads);
         if (w[0] == "aux_var:") sheet.has_current = w.size() > 1;
         if (!w[0].starts_with("f_") || w.size() < 2 || has(sheet.node, w[0].substr(2))) continue;
         // An equation that begins with a variable, or its rate of change, determines it.
@@ -156,6 +158,7 @@ private:
         for (std::size_t j = 1; j < sheet.node.size() && rules.branches.empty(); ++j)
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
         for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));
+        for (const std::string& v : sheet.reads) type_.reads.push_back(outside(v));
     }
 
     element_types& types_;
@@ -219,7 +222,7 @@ const element_type* element_types::find(int library, std::string_view name) {
     type.doc = doc_of(*entry);
     if (library == lib_gmes) type.parts = parts_of(of_entry);
     std::map<std::string, std::string> own;
-    for (words_member list : {&element_type::node, &element_type::var})
+    for (words_member list : {&element_type::node, &element_type::var, &element_type::digital})
         for (const std::string& w : type.*list) own[w] = w;
     reader(*this, type).read_body(*entry, library, own, 0);
     const model_rules& told = rules(*entry, library);

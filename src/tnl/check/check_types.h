@@ -19,7 +19,8 @@ struct element_type {
     std::vector<std::string> node, ind_node, ind_branch, digital, var, xvar;
     std::vector<std::string> inner;                     // its own nodes or variables, or those of a basic element
     std::vector<std::string> inner_var, inner_digital;  // of a mixed composite, whose inner ones are analog nodes
-    std::vector<std::string> driven;                    // those of var that the element itself determines
+    // Those of var, and of digital, that the element itself determines; of digital those that it reads.
+    std::vector<std::string> driven, reads;
     // What it may give; `derived` are computed, and only read.
     std::vector<std::string> iprm, sprm, rprm, start, guess, derived;
     std::vector<name_and_value> text_values;  // sprm with what stands in the library

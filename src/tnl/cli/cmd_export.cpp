@@ -33,7 +33,7 @@ struct export_options {
     std::vector<std::string> columns;
     int curve = 0;
     bool wanted[std::size(formats)] = {};
-    bool with_units = false, binary = false, cartesian = false, polar = false;
+    bool with_units = false, binary = false, cartesian = false, polar = false, buses = false;
 };
 
 void check_time_table(const result_table& table, const curve_range& curves) {
@@ -53,6 +53,7 @@ int export_command(const export_options& options) {
     const export_format& format =
         formats[std::find(std::begin(options.wanted), std::end(options.wanted), true) - std::begin(options.wanted)];
     if (options.binary && format.write != write_raw) throw usage_error("--binary belongs to --raw");
+    if (options.buses && format.write != write_vcd) throw usage_error("--buses belongs to --vcd");
     if (options.with_units && format.write != write_csv && format.write != write_tsv)
         throw usage_error("--units belongs to --csv and --tsv");
     if (options.cartesian && options.polar) throw usage_error("--cartesian and --polar exclude each other");
@@ -77,9 +78,15 @@ int export_command(const export_options& options) {
     const result_table& table = made ? *made : all;
     const curve_range curves = curves_of(table, options.curve);
     if (format.write == write_vcd) check_time_table(table, curves);
-    export_choice choice{
-        table,         {}, curves.first, curves.end, tables.record().title, tables.record().began, options.with_units,
-        options.binary};
+    export_choice choice{table,
+                         {},
+                         curves.first,
+                         curves.end,
+                         tables.record().title,
+                         tables.record().began,
+                         options.with_units,
+                         options.binary,
+                         options.buses};
     for (const std::string& name : names) choice.columns.push_back(static_cast<std::size_t>(find_column(table, name)));
     for (std::size_t j = 0; names.empty() && j < table.n_columns(); ++j) choice.columns.push_back(j);
 
@@ -108,10 +115,11 @@ void add_export(CLI::App& app, command_list& commands) {
     sub->add_flag("--cartesian", options->cartesian, "csv, tsv, npy: small signals as real_of_X and imag_of_X");
     sub->add_flag("--polar", options->polar, "csv, tsv, npy: small signals as mag_of_X and phase_of_X");
     sub->add_flag("--binary", options->binary, "raw: numbers as bytes");
+    sub->add_flag("--buses", options->buses, "vcd: bits of a number, as q0 q1 q2, as one vector");
     sub->footer(
         "Numbers are the shortest that read back as the same. Several curves get a first column curve (csv, tsv, npy)\n"
-        "or a plot each (raw). raw and vcd always have the first column as their axis. In VCD files, columns of two\n"
-        "values are wires of one bit. A file appears under its name when it is complete.");
+        "or a plot each (raw). raw and vcd always have the first column as their axis. In VCD files, digital levels\n"
+        "and columns of two values are wires of one bit. A file appears under its name when it is complete.");
     commands.push_back({sub, [options] { return export_command(*options); }});
 }
 

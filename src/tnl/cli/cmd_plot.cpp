@@ -151,6 +151,8 @@ void add_plot(CLI::App& app, command_list& commands) {
     plot->add_flag("--nyquist", o->wish.nyquist, "Small signals: in the complex plane, with the point -1");
     plot->add_flag("--stack", o->wish.choice.stack, "A panel for each column, instead of one for each unit");
     plot->add_flag("--logic", o->wish.choice.logic, "Columns with two values as logic traces under one another");
+    plot->add_flag("--bits", o->wish.choice.bits,
+                   "Digital levels: a lane for each of q0 q1 q2, instead of one for the number that they are");
     plot->add_option("--panel", o->panels, "Columns or expressions that share a panel: A,B; once for each panel")
         ->allow_extra_args(false);
     plot->add_option("--y", o->y, "Ends of the y axes, MIN:MAX, or of the panel of a column, COLUMN=MIN:MAX")

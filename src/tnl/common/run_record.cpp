@@ -10,10 +10,16 @@
 namespace cli {
 
 // NOLINTBEGIN: the library looks for these names
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_column, name, unit)
+static void to_json(nlohmann::json& j, const record_column& c) {
+    j = {{"name", c.name}, {"unit", c.unit}};
+    if (c.level) j["level"] = true;
+}
+static void from_json(const nlohmann::json& j, record_column& c) {
+    c = {j.value("name", ""), j.value("unit", ""), j.value("level", false)};
+}
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_sweep, name, unit, values)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_file, path, kind, columns, rows, curves, begins_with_guess,
-                                                sweeps)
+                                                sweeps, digital, offset)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_place, file, line, column, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_warning, message, advice, places)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(run_record, version, deck, deck_hash, library_hash, title, options,

@@ -10,9 +10,13 @@ inline constexpr const char* record_name = "run.json";
 // While a run goes on, its folder holds everything in this subfolder; files get their final places when it is over.
 inline constexpr const char* partial_name = ".partial";
 
+inline constexpr double unknown_level = 2;  // of a digital node
+
 struct record_column {
     std::string name;  // "time", "frequency", "harmonic", or the deck's word: "vout", "r_of_R2"
     std::string unit;  // "s", "V", "ohm"; empty when unknown or none
+    bool level = false;  // of a digital file: 0, 1 or unknown_level
+    bool operator==(const record_column&) const = default;
 };
 struct record_sweep {
     std::string name, unit;      // the deck's word: "r_of_R1"
@@ -31,6 +35,10 @@ struct record_file {
     bool begins_with_guess = false;
     // What tells the curves of a sweep apart where no column does: the values that each was made with.
     std::vector<record_sweep> sweeps = {};
+    // Levels of digital nodes and states of digital elements: integers, the j-th of them (from 0) raised by j offsets
+    // in the file's rows. Each event has two rows of its time, before and after.
+    bool digital = false;
+    double offset = 0;
     bool is_table() const { return kind != "solution" && kind != "parms"; }
 };
 struct record_place {  // of a statement in the user's files

@@ -132,6 +132,61 @@ std::string unit_of_word(const deck_names& names, const installed_libraries& lib
     return unit_of_item(names, libraries, item);
 }
 
+// The type of an instance, also of one that has it from a model; empty: none.
+std::string type_of(const deck_names& names, int i_statement) {
+    const std::string type = value_of(names.deck, i_statement, "type");
+    if (!type.empty()) return type;
+    const auto model = names.statement.find(value_of(names.deck, i_statement, "model"));
+    return model == names.statement.end() ? "" : value_of(names.deck, model->second, "type");
+}
+
+// The same of an output variable of a composite. One of several domains may read those of what it calls.
+data_kind kind_in_composite(const installed_libraries& libraries, int library, std::string_view type,
+                            std::string_view quantity) {
+    if (library != lib_dels && library != lib_gmes) return data_kind::number;
+    const installed_library& all = libraries.library[library];
+    const auto at = all.position.find(type);
+    if (at == all.position.end()) return data_kind::number;
+    const entry_lines lines = lines_of(all.entries[static_cast<std::size_t>(at->second)], library_forms[library]);
+    for (const name_and_value& p : pairs_of(lines, library == lib_dels ? "outvar:" : "outvar_dgtl:")) {
+        if (p.name != quantity) continue;
+        const cut_item item = cut(p.value);
+        if (item.quantity == "dstate") return data_kind::state;
+        if (library == lib_dels || item.quantity == "dvar") return data_kind::level;
+        for (const words& w : lines) {
+            const int called = find_library(&library_form::call, w[0]);
+            for (int i = 2; called >= 0 && i + 1 < w.size(); i += 2)  // what stands earlier in its library: this ends
+                if (w[i] == "name" && w[i + 1] == item.owner && w[1] != type)
+                    return kind_in_composite(libraries, called, w[1], item.quantity);
+        }
+        return data_kind::level;
+    }
+    return data_kind::number;
+}
+
+data_kind kind_of_word(const deck_names& names, const installed_libraries& libraries, std::string_view word) {
+    const auto meant = names.definition.find(word);
+    if (meant == names.definition.end()) return data_kind::number;
+    const cut_item item = cut(meant->second);
+    if (item.quantity == "dvar") return data_kind::level;
+    const auto found = names.statement.find(std::string(item.owner));
+    if (found == names.statement.end()) return data_kind::number;
+    return kind_in_composite(libraries, names.library_of(found->second), type_of(names, found->second), item.quantity);
+}
+
+// Whether its elements are digital throughout.
+bool is_purely_digital(const deck_view& deck) {
+    const statement_range circuit = circuit_range(deck);
+    bool any = false;
+    for (int i = circuit.begin; i < circuit.end; ++i) {
+        const std::string_view first = deck.statements.word(i, 0);
+        if (!is_element_word(first) || is_placeholder(value_of(deck, i, "type"))) continue;
+        if (first != "delement") return false;
+        any = true;
+    }
+    return any;
+}
+
 // The word behind solve_type of the block in which a statement stands.
 std::string block_kind(const deck_view& deck, int i_statement) {
     const file_chr& s = deck.statements;
@@ -194,6 +249,50 @@ void complete_ac(const deck_names& names, const installed_libraries& libraries, 
         planned.sweeps.push_back({item.word, unit_of_word(names, libraries, item.word), item.values});
 }
 
+// offset_dgtl of the block, also as the name of a global parameter that is a number.
+double offset_of(const deck_view& deck, statement_range block) {
+    constexpr double usual = 2;
+    double offset = number_in(deck, block, "method:", "offset_dgtl", usual);
+    if (std::isfinite(offset)) return offset;
+    std::string word;
+    for (int i = block.begin; i < block.end; ++i)
+        if (deck.statements.begins(i, "method:"))
+            if (const std::string given = value_of(deck, i, "offset_dgtl"); !given.empty()) word = given;
+    offset = number_in(deck, circuit_range(deck), "greal", word, usual);
+    return std::isfinite(offset) ? offset : usual;
+}
+
+// A file's data are those of its first variable; one of all output variables has the numbers, where there are any.
+// Columns of the other kind stop the run: they are left.
+void complete_digital(const deck_names& names, const installed_libraries& libraries, const written_file& file,
+                      record_file& planned) {
+    if (file.columns.empty() || planned.kind == "ac" || planned.kind == "postproc") return;
+    std::vector<record_column> numbers, integers;
+    for (record_column& c : planned.columns) {
+        const data_kind kind = kind_of_word(names, libraries, c.name);
+        const bool is_axis = &c == planned.columns.data() && (c.name == "time" || c.name == "harmonic");
+        c.level = kind == data_kind::level && !is_axis;
+        if (is_axis || kind == data_kind::number) numbers.push_back(c);
+        if (is_axis || kind != data_kind::number) integers.push_back(c);
+    }
+    const std::size_t n_axes = !planned.columns.empty() && planned.columns[0].name == file.columns[0] &&
+                                       (file.columns[0] == "time" || file.columns[0] == "harmonic")
+                                   ? 1
+                                   : 0;
+    const bool all_outvars = file.columns.back() == "all_outvars";
+    if (all_outvars) {
+        planned.digital = numbers.size() == n_axes && integers.size() > n_axes;
+        if (!planned.digital) planned.columns = numbers;
+    } else if (file.columns.back() == "all_nodes") {
+        planned.digital = is_purely_digital(names.deck);
+    } else if (planned.columns.size() > n_axes) {
+        planned.digital = kind_of_word(names, libraries, planned.columns[n_axes].name) != data_kind::number;
+    }
+    if (!planned.digital) return;
+    planned.offset = offset_of(names.deck, block_of(names.deck, file.i_statement));
+    planned.begins_with_guess = false;  // levels are no solution that the guess lies apart from
+}
+
 bool has_column(const written_file& file, std::string_view word) {
     return std::find(file.columns.begin(), file.columns.end(), word) != file.columns.end();
 }
@@ -202,6 +301,10 @@ bool has_column(const written_file& file, std::string_view word) {
 
 std::string unit_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word) {
     return unit_of_word(deck_names(deck), libraries, word);
+}
+
+data_kind kind_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word) {
+    return kind_of_word(deck_names(deck), libraries, word);
 }
 
 std::vector<record_file> planned_files(const deck_view& deck, const installed_libraries& libraries) {
@@ -228,6 +331,7 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
                     if (!cut(value).quantity.ends_with("_ac") && !names.results.contains(name))
                         planned.columns.push_back({std::string(name), unit_of_word(names, libraries, name)});
             }
+        complete_digital(names, libraries, file, planned);
         if (planned.kind == "ac") complete_ac(names, libraries, file, planned);
         files.push_back(std::move(planned));
     }

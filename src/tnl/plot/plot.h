@@ -8,9 +8,17 @@
 
 namespace cli {
 
+struct plot_stretch {
+    double from = 0, to = 0;                        // of x
+    enum what { value, unknown, busy } is = value;  // busy: more changes than a picture can show
+    std::string text = {};                          // the value
+};
 struct plot_series {
     std::string name;
     std::vector<double> x, y;  // equal lengths; points that are not finite break the line
+    // On a lane, in order: of a number of bits all stretches, of one level of a digital file the unknown ones.
+    std::vector<plot_stretch> stretches = {};
+    enum lane_kind { trace, level, bus } lane = trace;  // trace: of two values that an analog column has
 };
 enum class panel_form {
     lines,

@@ -130,12 +130,13 @@ panel_plan plan_panels(const std::vector<plot_source>& sources, const plot_choic
             const record_column& column = s.table->columns[static_cast<std::size_t>(i_column)];
             panel_key key;
             if (s.table->kind == "fourier") key.form = panel_form::sticks;
-            levels l;
-            if (choice.logic || s.table->kind == "digital") {
-                l = levels_in(*s.table, i_column);
-                if (l.two) key.form = panel_form::logic;
-            }
             const int chosen = chosen_panel(choice, column.name);
+            levels l;
+            if (column.level && chosen < 0)
+                l = {0, 1, true};
+            else if (choice.logic)
+                l = levels_in(*s.table, i_column);
+            if (l.two) key.form = panel_form::logic;
             const auto in_group = group.find(column.name);
             if (key.form == panel_form::logic)
                 key.what.clear();

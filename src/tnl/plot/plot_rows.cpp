@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "tnl/common/exit_status.h"
+#include "tnl/plot/plot_lanes.h"
 #include "tnl/plot/plot_panels.h"
 #include "tnl/plot/plot_thin.h"
 
@@ -30,16 +31,7 @@ bool varies(const result_table& table, int column) {
 bool is_harmonic(double x) { return std::abs(x - std::round(x)) <= 2e-5; }
 
 // Limits of x over the sources, inside the window.
-struct window {
-    double from = -INFINITY, to = INFINITY;
-    bool holds(double x) const { return x >= from && x <= to; }
-};
-
-double x_at(const plot_source& s, std::size_t row) {
-    return s.x < 0 ? static_cast<double>(row + 1) : s.table->at(row, static_cast<std::size_t>(s.x));
-}
-
-axis limits_of(const std::vector<plot_source>& sources, const window& w, bool log, double& first) {
+axis limits_of(const std::vector<plot_source>& sources, const plot_window& w, bool log, double& first) {
     double lo = INFINITY, hi = -INFINITY;
     bool any = false;
     for (const plot_source& s : sources)
@@ -55,7 +47,7 @@ axis limits_of(const std::vector<plot_source>& sources, const window& w, bool lo
 }
 
 // One column in the rows of one curve. Where a line crosses the edge of the window it gets a point there.
-plot_series series_of(const plot_source& s, std::size_t i_column, std::size_t k, const window& w, const axis& x,
+plot_series series_of(const plot_source& s, std::size_t i_column, std::size_t k, const plot_window& w, const axis& x,
                       int n_bins, double origin) {
     const auto j = static_cast<std::size_t>(s.columns[i_column]);
     const double factor = s.times.empty() ? 1 : s.times[i_column];
@@ -63,7 +55,7 @@ plot_series series_of(const plot_source& s, std::size_t i_column, std::size_t k,
     double old_x = NAN, old_y = NAN;
     for (std::size_t i = s.table->first_row[k] + (starts_apart(*s.table, j) ? 1 : 0); i < s.table->first_row[k + 1];
          ++i) {
-        const double px = x_at(s, i), py = factor * s.table->at(i, j);
+        const double px = x_at(s, i), py = is_unknown(*s.table, i, j) ? NAN : factor * s.table->at(i, j);
         const auto at = [&](double edge) {
             const bool log = x.log && old_x > 0 && px > 0;
             const double part = log ? std::log(edge / old_x) / std::log(px / old_x) : (edge - old_x) / (px - old_x);
@@ -130,7 +122,7 @@ double stick_within(double y, double lo, double hi) {
     return std::fmin(std::fmax(y, lo), hi);
 }
 
-plot_series sticks_of(const plot_source& s, std::size_t i_column, std::size_t k, const window& w) {
+plot_series sticks_of(const plot_source& s, std::size_t i_column, std::size_t k, const plot_window& w) {
     const auto j = static_cast<std::size_t>(s.columns[i_column]);
     const double factor = s.times.empty() ? 1 : s.times[i_column];
     plot_series out;
@@ -146,32 +138,6 @@ plot_series sticks_of(const plot_source& s, std::size_t i_column, std::size_t k,
         out.y.push_back(py);
     }
     return out;
-}
-
-// The changes of a trace and the points around them; 0 and 1.
-plot_series lane_of(const plot_source& s, std::size_t i_column, std::size_t k, const window& w, const levels& l,
-                    const axis& x, int n_bins, double origin) {
-    const auto j = static_cast<std::size_t>(s.columns[i_column]);
-    thinner thin(x, n_bins);
-    double held = NAN;
-    bool inside = false;
-    for (std::size_t i = s.table->first_row[k]; i < s.table->first_row[k + 1]; ++i) {
-        const double px = x_at(s, i), v = s.table->at(i, j);
-        const double level = std::isfinite(v) ? (v == l.high ? 1.0 : 0.0) : NAN;
-        if (w.holds(px)) {
-            if (!inside && px > w.from && std::isfinite(w.from)) thin.add(w.from, held);
-            if (std::isfinite(held) && held != level) thin.add(px, held);
-            thin.add(px, level);
-            inside = true;
-        } else if (inside) {
-            thin.add(w.to, held);
-            break;
-        }
-        held = level;
-    }
-    thin.finish();
-    for (double& v : thin.x) v -= origin;
-    return {"", std::move(thin.x), std::move(thin.y)};
 }
 
 std::string curve_name(const result_table& table, int sweep, std::size_t k) {
@@ -232,7 +198,7 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
     } else {
         p.x_quantity = "row";
     }
-    const window w{choice.from.value_or(-INFINITY), choice.to.value_or(INFINITY)};
+    const plot_window w{choice.from.value_or(-INFINITY), choice.to.value_or(INFINITY)};
     double first_x = 0;
     const axis x = limits_of(sources, w, choice.log_x, first_x);
     const double origin = !choice.from_zero ? 0 : choice.from ? *choice.from : first_x;
@@ -243,10 +209,14 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
         const plot_source& s = sources[i];
         const result_table& table = *s.table;
         const int sweep = sweep_column_of(table);
+        const std::vector<bit_bus> buses = buses_on_lanes(s, choice);
         for (std::size_t c = 0; c < s.columns.size(); ++c) {
             plot_panel& panel = p.panels[plan.panel_of[i][c]];
+            const bit_bus* bus = panel.form == panel_form::logic ? bus_of(buses, s.columns[c]) : nullptr;
+            if (bus != nullptr && bus->at != c) continue;
             for (std::size_t k = 0; k < table.n_curves(); ++k) {
-                plot_series series = panel.form == panel_form::logic
+                plot_series series = bus != nullptr ? bus_lane(s, *bus, k, w, x, n_bins, origin)
+                                     : panel.form == panel_form::logic
                                          ? lane_of(s, c, k, w, plan.levels_of[i][c], x, n_bins, origin)
                                      : panel.form == panel_form::sticks ? sticks_of(s, c, k, w)
                                                                         : series_of(s, c, k, w, x, n_bins, origin);
@@ -260,7 +230,11 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
                 }
                 if (panel.form == panel_form::sticks)
                     for (double& y : series.y) y = stick_within(y, panel.y_lo, panel.y_hi);
-                series.name = table.columns[static_cast<std::size_t>(s.columns[c])].name;
+                for (const plot_stretch& stretch : series.stretches) {
+                    p.x_lo = std::fmin(p.x_lo, stretch.from);
+                    p.x_hi = std::fmax(p.x_hi, stretch.to);
+                }
+                series.name = bus != nullptr ? bus->name : table.columns[static_cast<std::size_t>(s.columns[c])].name;
                 std::string detail = table.n_curves() > 1 ? curve_name(table, sweep, k) : "";
                 if (!s.run.empty()) detail += (detail.empty() ? "" : ", ") + s.run;
                 // Beside one quantity of small signals, the values of a sweep say all.

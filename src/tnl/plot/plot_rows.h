@@ -24,7 +24,8 @@ struct plot_y_range {
 struct plot_choice {
     std::string title;
     bool stack = false;  // a panel for each column instead of one for each unit
-    bool logic = false;  // columns with two values get lanes
+    bool logic = false;  // columns with two values get lanes, as levels of digital files always do
+    bool bits = false;   // a lane for each bit, instead of one for q0 q1 q2 ...
     bool log_x = false, log_y = false;
     bool locus = false;              // curves in the complex plane: axes of equal lengths, and the point -1
     std::optional<double> from, to;  // of x

@@ -187,6 +187,27 @@ const record_file& file_for(named_run& r, const std::vector<wanted_curve>& colum
     return *best;
 }
 
+// Beside a file of one kind, of numbers or levels over time, one of the other: the one with most of the columns that
+// the first lacks, or, where none is asked for, the finest. nullptr: none.
+const record_file* companion_of(named_run& r, const record_file& first, const std::vector<wanted_curve>& columns,
+                                const plot_wish& wish) {
+    if (first.kind != "trns" || !wish.file.empty() || !wish.x.empty()) return nullptr;
+    const result_table known = columns_of(r, first);
+    std::vector<wanted_curve> missing;
+    for (const wanted_curve& c : columns)
+        if (!has_all(known, c)) missing.push_back(c);
+    if (missing.empty() && !columns.empty()) return nullptr;
+    const record_file* best = nullptr;
+    int most = 0;
+    for (const record_file* file : tables_of(r, wish)) {
+        if (file->kind != "trns" || file->digital == first.digital) continue;
+        if (table_of(r, *file).n_rows() < 2) continue;
+        const int n = columns.empty() ? 1 : n_columns_of(r, *file, missing);
+        if (n > most || (n > 0 && n == most && is_finer(*file, *best))) best = file, most = n;
+    }
+    return best;
+}
+
 std::string name_of(const named_run& r, const std::list<named_run>& runs) {
     const auto last = [](const std::string& word) {
         fs::path path(word);
@@ -223,6 +244,44 @@ void name_columns(plot_choice& choice, const std::list<result_table>& tables) {
             range.column = names[1];
 }
 
+// What is drawn of one table.
+void add_sources(plotted_runs& out, result_table& table, const std::string& run,
+                 const std::vector<wanted_curve>& columns, const plot_wish& wish) {
+    if (is_locus(wish, columns, table)) {
+        if (!out.sources.empty() && !out.choice.locus)
+            throw usage_error("curves over frequency and in the complex plane do not go into one picture: " +
+                              table.path);
+        out.choice.locus = true;
+        out.choice.panels.resize(1);
+        for (plot_source& source : loci_of(columns, table)) {
+            source.run = run;
+            out.choice.panels[0].push_back(table.columns[static_cast<std::size_t>(source.columns[0])].name);
+            out.sources.push_back(std::move(source));
+        }
+        return;
+    }
+    if (out.choice.locus)
+        throw usage_error("curves over frequency and in the complex plane do not go into one picture: " + table.path);
+    plot_source source;
+    source.table = &table;
+    source.run = run;
+    source.x = wish.x.empty() ? x_column_of(table) : find_column(table, wish.x);
+    if (columns.empty()) source.columns = drawn_columns(table, source.x);
+    for (const wanted_curve& c : columns)
+        for (const int j : places_of(c, table))
+            if (!(c.once && is_drawn(source, j))) source.columns.push_back(j);
+    if (!wish.x.empty() && source.x < 0) throw usage_error(table.path + " has no column " + wish.x);
+    if (source.columns.empty())
+        throw usage_error(columns.empty() ? table.path + " has no column besides that of the x axis"
+                                          : table.path + " has none of the columns " + listed(words_of(columns)));
+    if (is_over_frequency(table)) {
+        if (source.x == 0 && !wish.linear_x) out.choice.log_x = true;
+        if (!wish.linear_y && !wish.choice.log_y) take_decibels(table, source.columns);
+        if (!wish.choice.stack) order_by_panels(table, source.columns);
+    }
+    out.sources.push_back(std::move(source));
+}
+
 }  // namespace
 
 plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish& wish) {
@@ -257,55 +316,26 @@ plotted_runs open_plotted(const std::vector<std::string>& words, const plot_wish
     if (!wish.x.empty()) wanted.push_back({wish.x, {wish.x}, {}});
     std::string title;
     for (named_run& r : runs) {
-        const record_file& file = file_for(r, wanted, wish);
-        std::vector<std::string> others;
+        std::vector<const record_file*> shown{&file_for(r, wanted, wish)};
+        if (const record_file* other = companion_of(r, *shown[0], columns, wish))
+            shown.insert(other->digital ? shown.end() : shown.begin(), other);  // lanes below curves
+        std::vector<std::string> taken, others;
+        for (const record_file* f : shown) taken.push_back(f->path);
         for (const record_file* f : tables_of(r, wish))
-            if (f != &file) others.push_back(f->path);
+            if (std::find(shown.begin(), shown.end(), f) == shown.end()) others.push_back(f->path);
         if (!others.empty() && wish.file.empty())
-            out.notes.push_back(r.word + ": shown is " + file.path + "; --file takes also " + listed(others));
+            out.notes.push_back(r.word + ": shown is " + listed(taken) + "; --file takes also " + listed(others));
         if (const std::string end = how_it_ended(r.run); !end.empty()) out.notes.push_back(r.word + ": " + end);
-
-        result_table& loaded = table_of(r, file);
-        if (loaded.n_rows() == 0) throw file_error(fs::path(loaded.path).lexically_normal().string() + " has no rows");
-        out.tables.push_back(std::move(loaded));
-        result_table& table = out.tables.back();
         if (&r == &runs.front()) title = r.run.record.title;
         if (r.run.record.title != title) title.clear();
         const std::string run = runs.size() > 1 ? name_of(r, runs) : "";
-        if (is_locus(wish, columns, table)) {
-            if (&r != &runs.front() && !out.choice.locus)
-                throw usage_error("curves over frequency and in the complex plane do not go into one picture: " +
-                                  table.path);
-            out.choice.locus = true;
-            out.choice.panels.resize(1);
-            for (plot_source& source : loci_of(columns, table)) {
-                source.run = run;
-                out.choice.panels[0].push_back(table.columns[static_cast<std::size_t>(source.columns[0])].name);
-                out.sources.push_back(std::move(source));
-            }
-            continue;
+        for (const record_file* file : shown) {
+            result_table& loaded = table_of(r, *file);
+            if (loaded.n_rows() == 0)
+                throw file_error(fs::path(loaded.path).lexically_normal().string() + " has no rows");
+            out.tables.push_back(std::move(loaded));
+            add_sources(out, out.tables.back(), run, columns, wish);
         }
-        if (out.choice.locus)
-            throw usage_error("curves over frequency and in the complex plane do not go into one picture: " +
-                              table.path);
-        plot_source source;
-        source.table = &table;
-        source.run = run;
-        source.x = wish.x.empty() ? x_column_of(table) : find_column(table, wish.x);
-        if (columns.empty()) source.columns = drawn_columns(table, source.x);
-        for (const wanted_curve& c : columns)
-            for (const int j : places_of(c, table))
-                if (!(c.once && is_drawn(source, j))) source.columns.push_back(j);
-        if (!wish.x.empty() && source.x < 0) throw usage_error(table.path + " has no column " + wish.x);
-        if (source.columns.empty())
-            throw usage_error(columns.empty() ? table.path + " has no column besides that of the x axis"
-                                              : table.path + " has none of the columns " + listed(words_of(columns)));
-        if (is_over_frequency(table)) {
-            if (source.x == 0 && !wish.linear_x) out.choice.log_x = true;
-            if (!wish.linear_y && !wish.choice.log_y) take_decibels(table, source.columns);
-            if (!wish.choice.stack) order_by_panels(table, source.columns);
-        }
-        out.sources.push_back(std::move(source));
     }
     const auto x_of = [](const plot_source& s) {
         return s.x < 0 ? record_column{"row", ""} : s.table->columns[static_cast<std::size_t>(s.x)];

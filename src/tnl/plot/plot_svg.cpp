@@ -243,13 +243,19 @@ private:
                 if (!kept[i - begin]) continue;
                 i == begin ? d.move(x[i], y[i]) : d.line(x[i], y[i]);
             }
-            const bool all = static_cast<double>(s.x.size()) <= few_points;
+            const bool all = static_cast<double>(s.x.size()) <= few_points && s.lane == plot_series::trace;
             for (std::size_t i = begin; i < end; ++i)
-                if (all || end - begin == 1) marks.push_back({x[i], y[i]});
+                if (all || (end - begin == 1 && s.lane == plot_series::trace)) marks.push_back({x[i], y[i]});
         }
         const bool dense = is_dense(s, y_of);  // dashes and thick lines would make a stain of it
         if (!d.text().empty())
-            out_ += "<path d=\"" + d.text() + "\" " + stroke(style, dense ? 1 : 1.8, !dense) + "/>\n";
+            out_ += "<path d=\"" + d.text() + "\" " +
+                    stroke(style,
+                           s.lane == plot_series::level ? 1.4
+                           : dense                      ? 1
+                                                        : 1.8,
+                           !dense) +
+                    "/>\n";
         dots(marks, style, 5);
     }
 
@@ -289,6 +295,52 @@ private:
         heads_of(heads, k, std::clamp(0.5 * room / n, 1.5, 5.5));
     }
 
+    // Slanting lines through a box, as far as they lie in it.
+    static void hatch(svg_path& d, const box& b) {
+        constexpr double distance = 6;
+        const double slant = b.height;  // an upright way as long as the one along
+        for (double foot = distance * std::ceil((b.left - slant) / distance); foot < b.left + b.width;
+             foot += distance) {
+            const double from = std::max(foot, b.left), to = std::min(foot + slant, b.left + b.width);
+            if (to - from < 0.5) continue;
+            d.move(from, b.top + b.height - (from - foot));
+            d.line(to, b.top + b.height - (to - foot));
+        }
+    }
+
+    // A number between two lines that meet at its ends; hatched where it, or a level, is unknown; a grey stain where it
+    // changes more often than can be shown.
+    void stretch(const plot_stretch& s, const box& lane, const line_style& style) {
+        constexpr double text_size = 11, slant = 3;
+        const double x0 = px(s.from), x1 = px(s.to);
+        if (!(x1 > x0)) return;
+        const double middle = lane.top + lane.height / 2, bottom = lane.top + lane.height;
+        const double by = std::min(slant, (x1 - x0) / 2);
+        svg_path d;
+        if (s.is == plot_stretch::value) {
+            d.move(x0, middle);
+            for (const auto& [x, y] : {std::pair(x0 + by, lane.top),
+                                       {x1 - by, lane.top},
+                                       {x1, middle},
+                                       {x1 - by, bottom},
+                                       {x0 + by, bottom},
+                                       {x0, middle}})
+                d.line(x, y);
+            out_ += "<path d=\"" + d.text() + "\" " + stroke(style, 1.3, false) + "/>\n";
+            if (text_size * text_width(s.text) < x1 - x0 - 2 * by)
+                add_text(out_, (x0 + x1) / 2, middle + 4, "middle", " font-size=\"11\"", s.text);
+            return;
+        }
+        const bool busy = s.is == plot_stretch::busy;
+        add(out_, "<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"%s\"", x0, lane.top, x1 - x0,
+            lane.height, busy ? style.colour.data() : "#eeeeee");
+        if (busy) out_ += " fill-opacity=\"0.45\"";
+        out_ += "/>\n";
+        if (busy) return;
+        hatch(d, {x0, lane.top, x1 - x0, lane.height});
+        if (!d.text().empty()) grid(d.text(), "#888888");
+    }
+
     void lanes(const plot_panel& panel, const panel_place& place) {
         const box& b = place.frame;
         const double h = b.height / static_cast<double>(std::max<std::size_t>(1, panel.series.size()));
@@ -303,7 +355,9 @@ private:
             }
             add_text(out_, b.left - 8, lane.top + lane.height / 2 + 4.5, "end", "",
                      shortened(valid_utf8(panel.series[k].name), 0.25 * page_.width / font));
-            curve(panel.series[k], lane, level, {colours[k % std::size(colours)], ""});
+            const line_style style{colours[k % std::size(colours)], ""};
+            for (const plot_stretch& stretch : panel.series[k].stretches) this->stretch(stretch, lane, style);
+            if (panel.series[k].lane != plot_series::bus) curve(panel.series[k], lane, level, style);
         }
     }
 

@@ -42,6 +42,9 @@ struct canvas {
         dots[cell] |= 1u << (4 * (x % nx) + down % ny);
         owner[cell] = series;
     }
+    void put(int row, int column, char ch) {
+        if (row >= 0 && column >= 0 && row < rows && column < columns) letter[at(row, column)] = ch;
+    }
     // The whole cell of a dot, which alone would hardly be seen.
     void fill_cell(double x, double y, int series) {
         const int left = static_cast<int>(std::lround(x)) / nx * nx, low = static_cast<int>(std::lround(y)) / ny * ny;
@@ -157,6 +160,32 @@ int draw_curve(canvas& c, const plot_series& s, const frame& f, const axis& y, i
     return last;
 }
 
+// A number between two lines, or the hatching of what is unknown, in the rows of a lane.
+void draw_stretch(canvas& c, const plot_stretch& s, const frame& f, int bottom, int series) {
+    const double wide = c.columns * c.nx - 1;
+    const int x0 = static_cast<int>(std::lround(f.x.place(s.from) * wide)),
+              x1 = static_cast<int>(std::lround(f.x.place(s.to) * wide)), top = bottom + (lane_rows - 1) * c.ny - 1;
+    if (s.is != plot_stretch::value) {
+        for (int x = x0; x < x1; ++x)
+            for (int y = bottom; y <= top; ++y)
+                if (s.is == plot_stretch::busy || (x + y) % 4 == 0 || c.ny == 1) c.set(x, y, series);
+        for (int cell = (x0 + c.nx - 1) / c.nx; c.ny == 1 && cell < x1; ++cell)
+            for (int row = 0; row < lane_rows - 1; ++row)
+                c.put(c.rows - 1 - bottom - row, cell, s.is == plot_stretch::busy ? '#' : '/');
+        return;
+    }
+    // The lines leave a cell free at both ends, where the next number begins.
+    for (int x = x0 + 1; x < x1; ++x) {
+        c.set(x, bottom, series);
+        if (c.ny > 1) c.set(x, top, series);
+    }
+    for (int y = bottom; y <= top; ++y) c.ny > 1 ? c.set(x0, y, series) : c.put(c.rows - 1 - y, x0, '|');
+    const int from = x0 / c.nx + 1, room = x1 / c.nx - from, n = static_cast<int>(s.text.size());
+    const int row = c.rows - 1 - bottom / c.ny - (lane_rows - 1) / 2;
+    if (n > room) return;
+    for (int i = 0; i < n; ++i) c.put(row, from + (room - n) / 2 + i, s.text[static_cast<std::size_t>(i)]);
+}
+
 int draw_sticks(canvas& c, const plot_series& s, const frame& f, const axis& y, int series) {
     int last = -1;
     const double wide = c.columns * c.nx - 1, high = c.rows * c.ny - 1, foot = std::clamp(y.place(0), 0.0, 1.0) * high;
@@ -186,7 +215,9 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
         const axis level = make_axis(0, 1, 2);
         for (std::size_t k = 0; k < panel.series.size(); ++k) {
             const int n = static_cast<int>(k), bottom = (rows - lane_rows * (n + 1) + 1) * c.ny;
-            draw_curve(c, panel.series[k], f, level, bottom, (lane_rows - 1) * c.ny, n);
+            const plot_series& lane = panel.series[k];
+            for (const plot_stretch& stretch : lane.stretches) draw_stretch(c, stretch, f, bottom, n);
+            if (lane.lane != plot_series::bus) draw_curve(c, lane, f, level, bottom, (lane_rows - 1) * c.ny, n);
             side.left[static_cast<std::size_t>(lane_rows * n)] = shortened_to(name_of(panel.series[k].name, t), f.left);
         }
     } else {

@@ -24,6 +24,7 @@ struct export_choice {
     std::string title, date;  // of the run
     bool with_units = false;  // csv, tsv: "name [unit]"
     bool binary = false;      // raw: numbers as bytes
+    bool buses = false;       // vcd: bits of a number as one vector
 };
 
 // Comma-separated values, RFC 4180: lines end in CR LF, names in quotes where need be. The shortest numbers that read
@@ -38,10 +39,11 @@ void write_npy(const export_choice& c, output_file& out);
 // over frequency they are complex: real_of_X and imag_of_X behind one another are X, all else has no imaginary part,
 // and the frequency is in Hz.
 void write_raw(const export_choice& c, output_file& out);
-// Value change dump, IEEE 1364-2001, section 18, of one curve over time in s. Columns of two values are wires of one
-// bit, their levels in a comment; the others are real. Throws file_error where time falls, is no number or below 0.
-// The timescale is the coarsest at which every time stays within a thousandth of the shortest step from its sample and
-// no two become one, 1 fs at the finest; of samples at one time the last counts.
+// Value change dump, IEEE 1364-2001, section 18, of one curve over time in s. Columns of levels are wires of one bit, x
+// where unknown, or vectors; other columns of two values are wires too, their levels in a comment; the rest is real.
+// Throws file_error where time falls, is no number or below 0. The timescale is the coarsest at which every time stays
+// within a thousandth of the shortest step from its sample and no two become one, 1 fs at the finest; of samples at one
+// time the last counts.
 void write_vcd(const export_choice& c, output_file& out);
 
 // The shortest text that reads back as the same number; nan, inf and -inf.

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "tnl/common/exit_status.h"
+#include "tnl/results/bit_bus.h"
 #include "tnl/results/export.h"
 
 namespace cli {
@@ -58,18 +59,25 @@ time_line time_of(const export_choice& c, std::size_t begin, std::size_t end) {
     return line;
 }
 
-// A wire has two levels; a real has more, or only one.
+// A wire has two levels; a real has more, or only one. A vector has wires, the lowest bit first.
 struct signal {
-    std::size_t column;
-    bool is_wire = false;
+    std::vector<std::size_t> columns;
+    bool is_wire = false, is_level = false;
     double low = 0, high = 0;
     std::string id, name;
+    std::string range = {};  // " [3:0]"
+    std::string shown = {};  // its last change, without id
 };
 
 void find_levels(const export_choice& c, std::size_t begin, std::size_t end, signal& s) {
+    if (c.table.columns[s.columns[0]].level) {
+        s.is_wire = s.is_level = true;
+        s.high = 1;
+        return;
+    }
     int n = 0;
     for (std::size_t row = begin; row < end; ++row) {
-        const double x = c.table.at(row, s.column);
+        const double x = c.table.at(row, s.columns[0]);
         if (std::isnan(x) || (n > 0 && x == s.low) || (n > 1 && x == s.high)) continue;
         if (++n > 2) return;
         (n == 1 ? s.low : s.high) = x;
@@ -105,57 +113,88 @@ std::string plain(std::string text) {
     return text;
 }
 
-void append_change(std::string& text, const signal& s, double x) {
-    char number[32];
+// "1", "b0110 ", "r2.5 ": the identifier stands behind it.
+std::string change_of(const export_choice& c, const signal& s, std::size_t row) {
+    const auto bit = [&](std::size_t column) {
+        const double x = c.table.at(row, column);
+        if (std::isnan(x) || (s.is_level && x != 0 && x != 1)) return 'x';
+        return x == s.high ? '1' : '0';
+    };
+    if (s.is_wire && s.range.empty()) return std::string(1, bit(s.columns[0]));
+    std::string text = s.is_wire ? "b" : "r";
     if (s.is_wire) {
-        text += std::isnan(x) ? 'x' : x == s.high ? '1' : '0';
+        for (auto j = s.columns.rbegin(); j != s.columns.rend(); ++j) text += bit(*j);
     } else {
-        text += 'r';
-        text.append(number, put_number(number, x));
-        text += ' ';
+        char number[32];
+        text.append(number, put_number(number, c.table.at(row, s.columns[0])));
     }
-    text += s.id;
-    text += '\n';
+    return text + ' ';
 }
 
-bool differs(double a, double b) { return a != b && !(std::isnan(a) && std::isnan(b)); }
+// Bits of a number become one vector where that is wished.
+std::vector<signal> signals_of(const export_choice& c, std::size_t begin, std::size_t end) {
+    std::vector<signal> signals;
+    const std::vector<std::size_t> columns(c.columns.begin() + 1, c.columns.end());
+    const std::vector<bit_bus> buses = c.buses ? buses_in(c.table, columns) : std::vector<bit_bus>();
+    std::vector<std::string> names{reference(c.table.columns[c.columns[0]].name)};
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const auto bus = std::find_if(buses.begin(), buses.end(), [&](const bit_bus& b) {
+            return std::find(b.columns.begin(), b.columns.end(), columns[i]) != b.columns.end();
+        });
+        if (bus != buses.end() && bus->at != i) continue;
+        signal s;
+        s.columns = {columns[i]};
+        std::string name = c.table.columns[columns[i]].name;
+        if (bus != buses.end()) {
+            s.columns = bus->columns;
+            s.range = " [" + std::to_string(bus->high) + ":" + std::to_string(bus->low) + "]";
+            name = bus->stem;
+        }
+        s.id = identifier(signals.size());
+        find_levels(c, begin, end, s);
+        names.push_back(reference(name));
+        signals.push_back(std::move(s));
+    }
+    names = unique_names(names);
+    for (std::size_t i = 0; i < signals.size(); ++i) signals[i].name = names[i + 1];
+    return signals;
+}
+
+// What the name, the unit and the levels of a wire do not tell.
+std::string comments_of(const export_choice& c, const signal& s) {
+    const record_column& column = c.table.columns[s.columns[0]];
+    const std::string unit = column.unit.empty() ? "" : " " + plain(column.unit);
+    std::string text;
+    char low[32], high[32];
+    if (s.is_wire && !s.is_level)
+        text += "$comment " + s.name + ": 0 is " + std::string(low, put_number(low, s.low)) + unit + ", 1 is " +
+                std::string(high, put_number(high, s.high)) + unit + " $end\n";
+    else if (!unit.empty())
+        text += "$comment " + s.name + " in" + unit + " $end\n";
+    if (s.range.empty() && s.name != column.name)
+        text += "$comment " + s.name + " is column " + plain(column.name) + " $end\n";
+    return text;
+}
 
 }  // namespace
 
 void write_vcd(const export_choice& c, output_file& out) {
     const std::size_t begin = c.table.first_row[c.first_curve], end = c.table.first_row[c.first_curve + 1];
     const time_line time = time_of(c, begin, end);
-    std::vector<std::string> names;
-    for (const std::size_t j : c.columns) names.push_back(reference(c.table.columns[j].name));
-    names = unique_names(names);
-    std::vector<signal> signals;
-    for (std::size_t i = 1; i < c.columns.size(); ++i) {
-        signals.push_back({c.columns[i], false, 0, 0, identifier(i - 1), names[i]});
-        find_levels(c, begin, end, signals.back());
-    }
+    std::vector<signal> signals = signals_of(c, begin, end);
 
     std::string text;
     if (!c.date.empty()) text += "$date " + plain(c.date) + " $end\n";
     text += "$version tnl $end\n";
     if (!c.title.empty()) text += "$comment " + plain(c.title) + " $end\n";
-    for (const signal& s : signals) {
-        const record_column& column = c.table.columns[s.column];
-        const std::string unit = column.unit.empty() ? "" : " " + column.unit;
-        char low[32], high[32];
-        if (s.is_wire)
-            text += "$comment " + s.name + ": 0 is " + std::string(low, put_number(low, s.low)) + plain(unit) +
-                    ", 1 is " + std::string(high, put_number(high, s.high)) + plain(unit) + " $end\n";
-        else if (!unit.empty())
-            text += "$comment " + s.name + " in" + plain(unit) + " $end\n";
-        if (s.name != column.name) text += "$comment " + s.name + " is column " + plain(column.name) + " $end\n";
-    }
+    for (const signal& s : signals) text += comments_of(c, s);
     text += std::string("$timescale ") + timescales[time.scale] + " $end\n$scope module rows $end\n";
     for (const signal& s : signals)
-        text += (s.is_wire ? "$var wire 1 " : "$var real 64 ") + s.id + " " + s.name + " $end\n";
+        text += (s.is_wire ? "$var wire " + std::to_string(s.columns.size()) : "$var real 64") + " " + s.id + " " +
+                s.name + s.range + " $end\n";
     text += "$upscope $end\n$enddefinitions $end\n";
     out.write(text);
 
-    std::vector<double> shown(signals.size());
     const std::size_t n = time.ticks.size();
     char tick[32];
     for (std::size_t i = 0; i < n; ++i) {
@@ -163,11 +202,11 @@ void write_vcd(const export_choice& c, output_file& out) {
         const bool is_first = i == 0 || time.ticks[i] == time.ticks[0];
         text.clear();
         if (is_first) text = "$dumpvars\n";
-        for (std::size_t k = 0; k < signals.size(); ++k) {
-            const double x = c.table.at(begin + i, signals[k].column);
-            if (!is_first && !differs(x, shown[k])) continue;
-            append_change(text, signals[k], x);
-            shown[k] = x;
+        for (signal& s : signals) {
+            const std::string change = change_of(c, s, begin + i);
+            if (!is_first && change == s.shown) continue;
+            text += change + s.id + '\n';
+            s.shown = change;
         }
         if (is_first) text += "$end\n";
         if (text.empty() && i + 1 < n) continue;

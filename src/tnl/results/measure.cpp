@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <deque>
 
 #include "tnl/common/exit_status.h"
 #include "tnl/results/measure_functions.h"
@@ -45,6 +46,21 @@ void check_waves(const measure_function& f, const operand& o) {
 
 wave wave_of(const operand& o, const curve_view& curve) {
     return {curve.axis, *o.x, {curve.log, curve.log && o.is_magnitude}};
+}
+
+// Levels, and what is made of them row by row, hold until the next row: a jump there instead of a slope to it.
+samples held(const operand& o, const curve_view& curve) {
+    samples s;
+    for (std::size_t i = 0; i < curve.axis.size(); ++i) {
+        const double x = (*o.x)[i];
+        if (i > 0 && curve.axis[i] > curve.axis[i - 1] && !(x == s.x.back())) {
+            s.t.push_back(curve.axis[i]);
+            s.x.push_back(s.x.back());
+        }
+        s.t.push_back(curve.axis[i]);
+        s.x.push_back(x);
+    }
+    return s;
 }
 
 // A small signal as functions see it, with what it points to.
@@ -117,6 +133,7 @@ operand call(const measure_op& op, std::vector<operand>& stack, const curve_view
     }
     call_arguments a;
     std::vector<owned_response> owned;
+    std::deque<samples> levels;
     std::string letters;
     for (std::size_t i = first; i < stack.size(); ++i) {
         const operand& o = stack[i];
@@ -127,7 +144,7 @@ operand call(const measure_op& op, std::vector<operand>& stack, const curve_view
                 a.numbers.push_back(o.number);
         } else if (f.of == takes::waves) {
             check_waves(f, o);
-            a.waves.push_back(wave_of(o, curve));
+            a.waves.push_back(curve.table.digital ? levels.emplace_back(held(o, curve)) : wave_of(o, curve));
         } else {
             owned.push_back(response_of(f, o, curve));
         }
@@ -172,7 +189,10 @@ operand operand_of(const name_source& from, const curve_view& curve) {
     if (from.column >= 0) {
         o.x = rows(from.column);
         o.unit = unit(from.column);
-        o.is_magnitude = curve.table.columns[static_cast<std::size_t>(from.column)].name.starts_with("mag_of_");
+        const record_column& column = curve.table.columns[static_cast<std::size_t>(from.column)];
+        o.is_magnitude = column.name.starts_with("mag_of_");
+        for (double& x : *o.x)
+            if (column.level && x == unknown_level) x = NAN;
         return o;
     }
     o.is_response = true;

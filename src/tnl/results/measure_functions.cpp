@@ -16,7 +16,7 @@ const wave& w(args a) { return a.waves[0]; }
 double pp(args a) { return greatest(w(a)) - least(w(a)); }
 // An optional number in place i.
 double number(args a, std::size_t i, double otherwise) { return a.numbers.size() > i ? a.numbers[i] : otherwise; }
-double level(args a) { return number(a, 0, 0.5 * (least(w(a)) + greatest(w(a)))); }
+double level(args a) { return number(a, 0, middle(w(a))); }
 double last(args a, std::size_t i) { return number(a, i, w(a).x.back()); }
 
 long long whole(double x, long long from, long long to, const char* what) {
@@ -43,9 +43,17 @@ double crossing_time(args a) {
                         static_cast<edge>(a.word));
 }
 
+double count(args a) {
+    const auto which = static_cast<edge>(a.word);
+    const std::vector<crossing> all = crossings(w(a), level(a));
+    return static_cast<double>(std::count_if(all.begin(), all.end(), [&](const crossing& c) {
+        return which == edge::any || c.rises == (which == edge::rise);
+    }));
+}
+
 double delay(args a) {
-    const double from = nth_crossing(w(a), a.numbers[0], 1, edge::any);
-    for (const crossing& c : crossings(a.waves[1], a.numbers[1]))
+    const double from = nth_crossing(w(a), level(a), 1, static_cast<edge>(a.word));
+    for (const crossing& c : crossings(a.waves[1], number(a, 1, middle(a.waves[1]))))
         if (c.t >= from) return c.t - from;
     throw measure_error("the second wave does not cross its level after the first did");
 }
@@ -77,8 +85,10 @@ const measure_function functions[] = {
     {"slope", "slope(v[, from, to])", "change from first to last value over the time between", "w", "wnn", unit_of::wave_per_axis, [](args a) { return slope(w(a)); }},
     {"at", "at(v, t)", "value at t; of a jump there, the later one", "wn", "", as_is, [](args a) { return value_at(w(a), a.numbers[0]); }},
     {"cross", "cross(v, level[, n][, rise|fall|any][, from, to])", "time of the n-th crossing; -1: the last", "wn wnn wne wnne", "wnnn wnnnn wnenn wnnenn", time_like, crossing_time, nullptr, false, "any rise fall"},
-    {"delay", "delay(a, level_a, b, level_b[, from, to])", "from a's first crossing to b's next", "wnwn", "wnwnnn", time_like, delay},
-    {"freq", "freq(v[, level][, from, to])", "of whole periods between rising crossings; level: the middle", "w wn", "wnn wnnn", unit_of::per_axis, [](args a) { return 1 / period(w(a), level(a)); }},
+    {"count", "count(v[, level][, rise|fall|any][, from, to])", "number of crossings", "w wn we wne", "wnn wnnn wenn wnenn", none, count, nullptr, false, "any rise fall"},
+    {"delay", "delay(a[, level_a], b[, level_b][, rise|fall|any][, from, to])", "from a's first such crossing to b's next; levels: both or none", "ww wwe wnwn wnwne", "wwnn wwenn wnwnnn wnwnenn", time_like, delay, nullptr, false, "any rise fall"},
+    {"frequency", "frequency(v[, level][, from, to])", "", "w wn", "wnn wnnn", unit_of::per_axis, [](args a) { return 1 / period(w(a), level(a)); }},
+    {"freq", "freq(v[, level][, from, to])", "of whole periods between rising crossings; level: the middle; also frequency(...)", "w wn", "wnn wnnn", unit_of::per_axis, [](args a) { return 1 / period(w(a), level(a)); }},
     {"period", "period(v[, level][, from, to])", "its inverse", "w wn", "wnn wnnn", time_like, [](args a) { return period(w(a), level(a)); }},
     {"duty", "duty(v[, level][, from, to])", "part of these periods above the level, 0 to 1", "w wn", "wnn wnnn", none, [](args a) { return duty(w(a), level(a)); }},
     {"rise", "rise(v[, last][, from, to])", "10 % to 90 % of the step from the first value to the last", "w wn", "wnn wnnn", time_like, [](args a) { return rise_time(w(a), last(a, 0)); }},

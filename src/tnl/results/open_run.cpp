@@ -133,6 +133,7 @@ result_table load_table(const opened_run& run, const record_file& file) {
     table.kind = file.kind;
     table.begins_with_guess = file.begins_with_guess;
     if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
+    take_off_offset(table, file);
     if (is_over_frequency(table)) name_sweeps(table, file);
     return table;
 }

@@ -77,6 +77,20 @@ void add_column(result_table& table, const record_column& column, const std::vec
     table.columns.push_back(column);
 }
 
+void take_off_offset(result_table& table, const record_file& file) {
+    if (!file.digital) return;
+    table.digital = true;
+    const std::size_t n_axes = file.kind == "startup" || file.kind == "dc" ? 0 : 1, n = table.n_columns();
+    for (std::size_t j = n_axes; j < n; ++j) {
+        if (file.columns.empty()) table.columns[j].level = true;  // all nodes
+        const double raised = static_cast<double>(j - n_axes) * file.offset;
+        for (std::size_t i = 0; i < table.n_rows(); ++i) {
+            double& v = table.values[i * n + j];
+            v = std::round(v - raised) + 0.0;  // rows have seven digits; no -0
+        }
+    }
+}
+
 int find_column(const result_table& table, std::string_view name) {
     for (std::size_t j = 0; j < table.n_columns(); ++j)
         if (table.columns[j].name == name) return static_cast<int>(j);

@@ -15,6 +15,7 @@ struct result_table {
     std::string path;                       // of the file, for messages
     std::string kind;                       // of its record_file; empty: unknown
     bool begins_with_guess = false;         // as in its record_file
+    bool digital = false;                   // its columns are integers that hold until the next row
     std::vector<record_sweep> sweeps;       // as there; of runs whose curves are all here
     std::vector<record_column> columns;     // [n_columns]
     std::vector<double> values;             // [n_rows * n_columns]
@@ -34,6 +35,9 @@ result_table read_result_table(std::string_view text, const std::string& path, l
 
 // One value a row. The table has rows.
 void add_column(result_table& table, const record_column& column, const std::vector<double>& values);
+
+// Rows of a digital file as they stand become levels and states: column j behind the time, from 0, loses j offsets.
+void take_off_offset(result_table& table, const record_file& file);
 
 // Number of a column by its name; an integer from 1 counts columns. -1 if there is none.
 int find_column(const result_table& table, std::string_view name);

@@ -132,6 +132,12 @@ double greatest(const wave& w) {
     return m;
 }
 
+double middle(const wave& w) {
+    double lo = INFINITY, hi = -INFINITY;
+    for (const double x : w.x) lo = std::fmin(lo, x), hi = std::fmax(hi, x);
+    return 0.5 * (lo + hi);
+}
+
 std::vector<crossing> crossings(const wave& w, double level) {
     std::vector<crossing> all;
     int side = 0;  // of the last sample off the level: -1 below, 1 above, 0 none yet
@@ -192,6 +198,10 @@ whole_periods periods_of(const wave& w, const std::vector<crossing>& all, double
         throw measure_error("a period needs two rising crossings of level " + text_of(level) + "; there " +
                             (n_rising == 1 ? "is " : "are ") + std::to_string(n_rising) + " from " +
                             text_of(w.t.front()) + " to " + text_of(w.t.back()));
+    for (std::size_t i = 0; i < w.t.size(); ++i)
+        if (std::isnan(w.x[i]) && w.t[i] >= p.begin && w.t[i] <= p.end)
+            throw measure_error("the wave is unknown at " + text_of(w.t[i]) + ", among its periods from " +
+                                text_of(p.begin) + " to " + text_of(p.end) + "; choose a window without it");
     p.n = n_rising - 1;
     return p;
 }

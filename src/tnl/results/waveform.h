@@ -40,7 +40,8 @@ double value_at(const wave& w, double t);  // behind a jump at t; throws measure
 double integral(const wave& w);
 double average(const wave& w);
 double rms(const wave& w);
-double slope(const wave& w);  // from the first sample to the last
+double middle(const wave& w);  // between least and greatest of the samples that are numbers
+double slope(const wave& w);   // from the first sample to the last
 // Not a number when some sample is none.
 double least(const wave& w);
 double greatest(const wave& w);
@@ -56,7 +57,8 @@ std::vector<crossing> crossings(const wave& w, double level);
 // The n-th of these edges from 1, or from the end: -1. Throws measure_error.
 double nth_crossing(const wave& w, double level, long long n, edge which);
 
-// Over the whole periods between the first rising crossing and the last. Throw measure_error with fewer than two.
+// Over the whole periods between the first rising crossing and the last. Throw measure_error with fewer than two, and
+// where a sample between them is no number.
 double period(const wave& w, double level);
 double duty(const wave& w, double level);  // part of the time above the level
 

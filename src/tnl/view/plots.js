@@ -1,5 +1,6 @@
 // A group of plots over one axis: one plot a unit or as names were dragged, one view of the axis, two cursors.
 
+import { drawLanes, lanesHeight, lanesOf, laneText } from "./lanes.js";
 import { colourOf, css, dashes, el, endsInput, lineSample, logTexts, stepsFor, sticks, texts } from "./parts.js";
 import { decibels, engineering, exponentFor, fetchTable, merge, tickText, tipsOf, unitText, valuesAt } from "./rows.js";
 
@@ -156,8 +157,8 @@ export class Group {
       this.build();
     });
   }
-  legendItem(s, value) {
-    const item = el("span", { className: "item", draggable: true }, lineSample(s), s.name, value);
+  legendItem(s, value, name, draggable) {
+    const item = el("span", { className: "item", draggable }, lineSample(s), name, value);
     item.ondragstart = (e) => { this.dragged = this.nameOf(s); e.dataTransfer.setData("text/plain", s.name); };
     item.ondragend = () => { this.dragged = null; };
     return item;
@@ -165,6 +166,9 @@ export class Group {
 
   makePlot(key, isLast) {
     const series = this.series.filter((s) => this.plotOf(s) === key);
+    const lanes = key === "levels" ? lanesOf(series) : null;
+    // What has a name and a value: a lane, or else a series.
+    const shown = lanes ?? series.map((s, i) => ({ bits: [i], first: s, name: s.name }));
     const unit = series.every((s) => s.unit === series[0].unit) ? series[0].unit : "";
     const logY = this.logY.get(key) ?? false;
     const toggle = el("input", { type: "checkbox", checked: logY });
@@ -173,24 +177,24 @@ export class Group {
       if (range === null) this.endsY.delete(key); else this.endsY.set(key, range);
       for (const p of this.plots) if (p.key === key) { p.u.redraw(true, true); this.setView(p.u); }
     });
-    const values = series.map(() => el("span", { className: "value", textContent: "" }));
+    const values = shown.map(() => el("span", { className: "value", textContent: "" }));
     const legend = el("div", { className: "legend" },
-      ...series.map((s, i) => this.legendItem(s, values[i])), ends,
-      stepsFor(unit) ? null : el("label", { className: "logy" }, toggle, "log"));
+      ...shown.map((lane, i) => this.legendItem(lane.first, values[i], lane.name, !lanes)), lanes ? null : ends,
+      stepsFor(unit) || lanes ? null : el("label", { className: "logy" }, toggle, "log"));
     const box = el("div", { className: "plot" });
     this.rows.append(legend, box);
     this.takesNames(legend, () => key);
     this.takesNames(box, () => key);
-    const plot = { key, unit, series, values, legend, box, logY };
+    const plot = { key, unit, series, values, legend, box, logY, lanes, shown };
     const sync = window.uPlot.sync(this.key);
     const axisStyle = { stroke: css("--ink"), font: "12px system-ui, sans-serif", labelFont: "12px system-ui, sans-serif",
       grid: { stroke: css("--grid"), width: 1 }, ticks: { stroke: css("--edge"), width: 1, size: 5 } };
     plot.u = new window.uPlot({
-      width: this.width(), height: this.plotHeight(isLast), ms: 1e-3, legend: { show: false }, pxAlign: 0,
+      width: this.width(), height: this.plotHeight(isLast, lanes), ms: 1e-3, legend: { show: false }, pxAlign: 0,
       padding: [8, 14, isLast ? 0 : 6, 0],
       scales: {
         x: { time: false, auto: false, distr: this.logX ? 3 : 1, range: () => this.shown() },
-        y: { distr: logY ? 3 : 1, range: (u, lo, hi) => this.rangeY(lo, hi, logY, this.endsY.get(key)) },
+        y: { distr: logY ? 3 : 1, range: (u, lo, hi) => (lanes ? [0, 1] : this.rangeY(lo, hi, logY, this.endsY.get(key))) },
       },
       axes: [
         { ...axisStyle, size: isLast ? 28 : 6, gap: 4, labelSize: 20, labelGap: -2,
@@ -200,17 +204,18 @@ export class Group {
         { ...axisStyle, size: gutter - 22, gap: 4, labelSize: 22, labelGap: 0, scale: "y",
           ...(stepsFor(unit) && !logY ? { incrs: stepsFor(unit) } : {}),
           label: (u) => this.unitLabel(unit, u.scales.y, logY),
-          values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY) },
+          values: (u, splits, k, space, step) => texts(splits, step, unit, u.scales.y, logY),
+          ...(lanes ? this.laneAxis(lanes) : {}) },
       ],
       series: [{}, ...series.map((s) => ({
         label: s.name, stroke: colourOf(s), width: this.sticks ? 2.5 : 1.5, dash: this.sticks ? [] : dashes[s.run % dashes.length],
-        paths: this.sticks ? sticks(series.indexOf(s), series.length) : undefined,
-        points: this.sticks ? { show: true, size: 6, fill: colourOf(s), stroke: colourOf(s), filter: () => null } : { size: 5, fill: colourOf(s), stroke: colourOf(s) },
+        paths: lanes ? () => null : this.sticks ? sticks(series.indexOf(s), series.length) : undefined,
+        points: lanes ? { show: false } : this.sticks ? { show: true, size: 6, fill: colourOf(s), stroke: colourOf(s), filter: () => null } : { size: 5, fill: colourOf(s), stroke: colourOf(s) },
       }))],
       cursor: {
         y: false,
         drag: { x: true, y: false, dist: 4, setScale: false },
-        points: { show: !this.sticks, size: 7 },
+        points: { show: !this.sticks && !lanes, size: 7 },
         sync: { key: this.key, setSeries: false, scales: ["x", null],
           filters: { pub: (type) => type === "mousemove" || type === "mouseleave" } },
         bind: {
@@ -221,7 +226,7 @@ export class Group {
       hooks: {
         setSelect: [(u) => this.selected(u)],
         setCursor: [(u) => this.moved(u)],
-        draw: [(u) => this.drawMarks(u)],
+        draw: [(u) => { if (lanes) drawLanes(u, lanes); }, (u) => this.drawMarks(u)],
       },
     }, [[], ...series.map(() => [])], box);
     sync.sub(plot.u);
@@ -229,7 +234,13 @@ export class Group {
     return plot;
   }
 
-  plotHeight(isLast) { return this.height + (isLast ? 40 : 0); }
+  plotHeight(isLast, lanes) { return (lanes ? lanesHeight(lanes.length) : this.height) + (isLast ? 40 : 0); }
+  laneAxis(lanes) { // names in the middle of their lanes, in place of numbers
+    const middle = (n) => 1 - (n + 0.5) / lanes.length;
+    const short = (name) => (name.length > 9 ? `${name.slice(0, 8)}…` : name);
+    return { label: null, size: gutter, grid: { show: false }, ticks: { show: false },
+      splits: () => lanes.map((_, n) => middle(n)).reverse(), values: () => lanes.map((lane) => short(lane.name)).reverse() };
+  }
 
   rangeY(lo, hi, log, ends) {
     const [from, to] = this.freeRangeY(lo, hi, log);
@@ -288,7 +299,7 @@ export class Group {
 
   resize(height) {
     this.height = height;
-    this.plots.forEach((p, i) => p.u.setSize({ width: this.width(), height: this.plotHeight(i === this.plots.length - 1) }));
+    this.plots.forEach((p, i) => p.u.setSize({ width: this.width(), height: this.plotHeight(i === this.plots.length - 1, p.lanes) }));
   }
 
   // ---- zoom ----
@@ -391,9 +402,13 @@ export class Group {
         const x = this.hover;
         const value = x === null ? null : await this.valuesOf(x);
         for (const p of this.plots)
-          p.series.forEach((s, i) => { p.values[i].textContent = value ? engineering(value(s), s.unit) : ""; });
+          p.shown.forEach((lane, i) => { p.values[i].textContent = value ? this.textOf(p, lane, value) : ""; });
       } while (this.again);
     } catch { /* the server is gone; the page tells so */ } finally { this.reading = false; }
+  }
+
+  textOf(p, lane, value) {
+    return p.lanes ? laneText(lane, p.series.map((s) => value(s))) : engineering(value(lane.first), lane.first.unit);
   }
 
   mark(name, x) {
@@ -460,9 +475,14 @@ export class Group {
     const head = el("tr", {}, ...["", "A", "B", "B − A", d === null ? "" : "1 / |B − A|"].map((textContent) => el("th", { textContent })));
     const body = [row(el("th", { textContent: this.xAxis().name }), a, b, this.xAxis().unit, 8,
       d === null ? "" : engineering(d, inverse ?? "") + (inverse === undefined && this.xAxis().unit ? ` 1/${this.xAxis().unit}` : ""))];
-    for (const p of this.plots)
-      for (const s of p.series)
+    for (const p of this.plots) {
+      for (const lane of p.lanes ?? []) {
+        const cell = (className, value) => el("td", { className, textContent: value === none ? "" : this.textOf(p, lane, value) });
+        body.push(el("tr", {}, el("th", {}, lineSample(lane.first), lane.name), cell("a", atA), cell("b", atB), el("td"), el("td")));
+      }
+      for (const s of p.lanes ? [] : p.series)
         body.push(row(el("th", {}, lineSample(s), s.name), atA === none ? null : atA(s), atB === none ? null : atB(s), s.unit, 5, ""));
+    }
     this.readout.replaceChildren(el("table", {}, el("thead", {}, head), el("tbody", {}, ...body)));
   }
 }

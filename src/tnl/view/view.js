@@ -1,6 +1,7 @@
 // The page of tnl view: what can be seen, what is chosen, and whether the files have grown.
 
 import { css, el } from "./parts.js";
+import { lanesHeight, lanesOf } from "./lanes.js";
 import { Locus } from "./locus.js";
 import { Group } from "./plots.js";
 import { addColumn, fetchRuns, sizeGroups } from "./rows.js";
@@ -35,6 +36,11 @@ function chooseFirst() {
     const columns = drawable(r, file);
     chosen.set(keyOf(r, file), new Set(columns.slice(0, columns.length <= 8 ? 8 : 4)));
     open.set(keyOf(r, file), true);
+    // Curves and levels of one run stand over one time.
+    const other = run.files.find((f) => f.digital !== file.digital && f.kind === "trns" && f.columns.length > 1);
+    if (file.kind !== "trns" || !other) return;
+    chosen.set(keyOf(r, other), new Set(drawable(r, other).slice(0, other.digital ? 16 : 4)));
+    open.set(keyOf(r, other), true);
   });
 }
 
@@ -50,7 +56,7 @@ function plotKeys() {
   const unitless = [];
   runs.forEach((run, r) => run.files.forEach((file) => {
     for (const j of chosen.get(keyOf(r, file)) ?? [])
-      if (file.columns[j]?.unit === "") unitless.push([file.columns[j].name, file.columns[j].size ?? 0]);
+      if (file.columns[j]?.unit === "" && !file.columns[j].level) unitless.push([file.columns[j].name, file.columns[j].size ?? 0]);
   }));
   const groupOf = sizeGroups(unitless);
   return ({ name, unit }) => unit || `${groupOf.get(name) ?? 0} without unit`;
@@ -65,10 +71,10 @@ function chosenSeries() {
   const filesOf = new Map();
   runs.forEach((run, r) => run.files.forEach((file) => {
     if (!chosen.get(keyOf(r, file))?.size) return;
-    const axis = axisOf(r, file), key = JSON.stringify(axis);
+    const axis = axisOf(r, file), key = JSON.stringify([axis, file.digital]);
     if (!filesOf.has(key)) filesOf.set(key, new Set());
     filesOf.get(key).add(file.path);
-    if (filesOf.get(key).size > 1) manyFiles.add(key);
+    if (filesOf.get(key).size > 1) manyFiles.add(JSON.stringify(axis));
   }));
   runs.forEach((run, r) => run.files.forEach((file) => {
     const columns = chosen.get(keyOf(r, file));
@@ -88,7 +94,7 @@ function chosenSeries() {
       return colour;
     };
     // Magnitudes of small signals in dB have a plot of their own.
-    const plotFor = (name, plot) => (axis.kind === "ac" && name.startsWith("mag_of_") ? { isMagnitude: true, plot: "dB", linear: plot } : { plot });
+    const plotFor = (name, plot, level) => (level ? { plot: "levels", column_name: name } : axis.kind === "ac" && name.startsWith("mag_of_") ? { isMagnitude: true, plot: "dB", linear: plot } : { plot });
     if (axis.kind === "nyquist") {
       for (const curve of numbers)
         found.get(key).series.push({ run: r, file: file.path, curve, columns: [1, 2], unit: file.columns[1].unit, plot: "locus",
@@ -97,10 +103,10 @@ function chosenSeries() {
     }
     for (const column of [...columns].sort((a, b) => a - b)) {
       if (column >= file.columns.length || column === axisColumn(r, file)) continue;
-      const { name, unit } = file.columns[column];
+      const { name, unit, level } = file.columns[column];
       for (const curve of numbers) {
         const colour = colourFor(name, curve);
-        found.get(key).series.push({ run: r, file: file.path, curve, column, unit, colour, name: named(name, curve), ...plotFor(name, plotOf(file.columns[column])),
+        found.get(key).series.push({ run: r, file: file.path, curve, column, unit, colour, name: named(name, curve), ...plotFor(name, plotOf(file.columns[column]), level),
           axis: axisColumn(r, file) < 0 ? "rows" : axisColumn(r, file) });
       }
     }
@@ -120,11 +126,14 @@ function axisOf(run, file) {
 
 function plotHeight(found) {
   let plots = 0, bars = 0;
+  let lanes = 0; // their height is their own
   for (const { series } of found.values()) {
-    plots += new Set(series.map((s) => s.plot)).size;
+    plots += new Set(series.map((s) => s.plot).filter((plot) => plot !== "levels")).size;
     bars += 1;
+    const levels = series.filter((s) => s.plot === "levels");
+    if (levels.length) lanes += lanesHeight(lanesOf(levels).length) + 26;
   }
-  const room = page.groups.clientHeight - 12 - bars * 74 - plots * 26;
+  const room = page.groups.clientHeight - 12 - bars * 74 - plots * 26 - lanes;
   return Math.max(130, Math.min(680, Math.floor(room / Math.max(plots, 1))));
 }
 

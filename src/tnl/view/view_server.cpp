@@ -27,6 +27,7 @@ constexpr page_file page_files[] = {
     {"/view.js", "view.js", "text/javascript; charset=utf-8"},
     {"/plots.js", "plots.js", "text/javascript; charset=utf-8"},
     {"/locus.js", "locus.js", "text/javascript; charset=utf-8"},
+    {"/lanes.js", "lanes.js", "text/javascript; charset=utf-8"},
     {"/parts.js", "parts.js", "text/javascript; charset=utf-8"},
     {"/rows.js", "rows.js", "text/javascript; charset=utf-8"},
     {"/view.css", "view.css", "text/css; charset=utf-8"},

@@ -65,11 +65,8 @@ bool is_row_file(const std::string& path) {
 
 // A record may come after its file was read: what is made of the rows by the names of their columns is made again.
 bool reads_alike(const record_file& a, const record_file& b) {
-    const auto is_same = [](const record_column& x, const record_column& y) {
-        return x.name == y.name && x.unit == y.unit;
-    };
-    return a.begins_with_guess == b.begins_with_guess && a.kind == b.kind &&
-           std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(), is_same);
+    return a.begins_with_guess == b.begins_with_guess && a.kind == b.kind && a.digital == b.digital &&
+           a.offset == b.offset && a.columns == b.columns;
 }
 
 // Takes over what was read of the files that are still there.
@@ -123,6 +120,7 @@ void complete(result_table& table, view_file& file, bool is_begin) {
     if (table.n_rows() == 0) return;
     if (file.record.columns.size() == table.n_columns()) table.columns = file.record.columns;
     table.begins_with_guess = is_begin && file.record.begins_with_guess;
+    take_off_offset(table, file.record);
     for (std::size_t j = 1; j < table.n_columns(); ++j)
         if (starts_apart(table, j)) table.values[j] = NAN;
     for (std::size_t i = 0; i < file.made.size(); ++i) make_column(table, file, i);
@@ -139,7 +137,12 @@ nlohmann::json list_file(view_file& file) {
     const std::lock_guard<std::mutex> hold(file.lock);
     const row_source& source = file.source;
     nlohmann::json columns = nlohmann::json::array();
-    for (const record_column& c : columns_of(file)) columns.push_back({{"name", c.name}, {"unit", c.unit}});
+    std::size_t n_known = 0;
+    for (const record_column& c : columns_of(file)) {
+        columns.push_back({{"name", c.name}, {"unit", c.unit}});
+        const bool is_node = file.record.columns.empty() && file.record.digital && n_known++ > 0;  // of all_nodes
+        if (c.level || is_node) columns.back()["level"] = true;
+    }
     for (std::size_t j = 0; j < file.made.size(); ++j)
         columns.push_back({{"name", file.made[j].label}, {"unit", file.made_units[j]}});
     for (std::size_t j = 0; j < source.rows.columns.size() && j < columns.size(); ++j) {  // greatest distance from zero
@@ -159,6 +162,7 @@ nlohmann::json list_file(view_file& file) {
             labels.push_back(text_of_sweeps(file.record.sweeps, k));
     return {{"path", file.record.path},
             {"kind", file.record.kind},
+            {"digital", file.record.digital},
             {"columns", columns},
             {"labels", labels},
             {"axis", axis},
