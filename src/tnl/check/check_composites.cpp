@@ -307,8 +307,7 @@ private:
         std::vector<std::string> names;
         for (const own_quantity& q : own_quantities()) {
             if (q.library != own_.library || q.word != left) continue;
-            for (const list_member list : q.from)
-                names.insert(names.end(), (self_.*list).begin(), (self_.*list).end());
+            for (const list_member list : q.from) names.insert(names.end(), (self_.*list).begin(), (self_.*list).end());
             if (!has(names, right))
                 error(place(l, j), "unknown-output",
                       std::string("there is no ") + q.what + " " + right + near_text(names, right));
@@ -347,8 +346,8 @@ private:
 
     void check_nodes() {
         for (const own_line& l : own_.lines)
-            for (const std::string_view head : {"mainnodes:", "auxnodes:", "mainvars:", "auxvars:", "mainnodes_anlg:", "auxnodes_anlg:",
-                                                "mainnodes_dgtl:", "auxnodes_dgtl:"})
+            for (const std::string_view head : {"mainnodes:", "auxnodes:", "mainvars:", "auxvars:", "mainnodes_anlg:",
+                                                "auxnodes_anlg:", "mainnodes_dgtl:", "auxnodes_dgtl:"})
                 for (int j = 1; j < l.w.size() && l.w[0] == head; ++j)
                     if (touched_.count(l.w.str(j)) == 0)
                         error(place(l, j), "unconnected", "nothing in " + self_.name + " is connected to " + l.w.str(j),
