@@ -54,8 +54,7 @@ std::string seconds(double x) {
 double shortest_phase(const checked_deck& d, const deck_element& e) {
     if (e.type == nullptr || e.type->basics.size() != 1) return NAN;
     const std::string& basic = e.type->basics[0];
-    if (basic == "clock" || basic == "clock_random")
-        return std::min(parameter(d, e, "t1"), parameter(d, e, "t2"));
+    if (basic == "clock" || basic == "clock_random") return std::min(parameter(d, e, "t1"), parameter(d, e, "t2"));
     if (basic != "clock1") return NAN;
     const double duty = parameter(d, e, "duty");
     return std::min(duty, 1 - duty) / parameter(d, e, "f_hz");
@@ -102,19 +101,19 @@ void check_digital(checked_deck& d) {
     for (const auto& [name, node] : nodes) {
         for (std::size_t k = 1; k < node.drivers.size(); ++k)
             d.report.warning("driven-twice", node.drivers[k].at,
-                           "digital node " + name + " is driven by " + name_of(node.drivers[0]) + " and by " +
-                               name_of(node.drivers[k]),
-                           "a digital node has one output; a gate or a selector brings two together");
+                             "digital node " + name + " is driven by " + name_of(node.drivers[0]) + " and by " +
+                                 name_of(node.drivers[k]),
+                             "a digital node has one output; a gate or a selector brings two together");
         if (node.drivers.empty() && !node.readers.empty() && !unsure && node.electrical)
             d.report.error("not-driven", node.readers[0].at,
-                           "no digital element is at the digital node " + name + ", which " +
-                               name_of(node.readers[0]) + " reads" + near_text(driven, name),
+                           "no digital element is at the digital node " + name + ", which " + name_of(node.readers[0]) +
+                               " reads" + near_text(driven, name),
                            "delement type=dsrc y0=1 gives it a fixed level");
         else if (node.drivers.empty() && !node.readers.empty() && !unsure && !given.count(name))
             d.report.warning("not-driven", node.readers[0].at,
-                           "nothing drives the digital node " + name + ", which " + name_of(node.readers[0]) +
-                               " reads: it stays unknown" + near_text(driven, name),
-                           "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
+                             "nothing drives the digital node " + name + ", which " + name_of(node.readers[0]) +
+                                 " reads: it stays unknown" + near_text(driven, name),
+                             "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
     }
 }
 

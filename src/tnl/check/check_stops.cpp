@@ -260,10 +260,12 @@ constexpr stop_kind kinds[] = {
      "find the state to start from with solve_type startup", "dc ssw"},
     {"constant_step is allowed only without digital", "bad-setting",
      "constant_step does not go with digital elements, whose events cut the steps", "leave it out", "constant_step"},
-    {"general elements are not allowed in a purely digital", "kinds-together",
+    {"general elements are not allowed in a purely digital",
+     "kinds-together",
      "blocks do not stand beside digital elements alone",
      "an electrical element beside them makes a mixed circuit: eelement type=r from some node to the reference",
-     {}, tell_first_block},
+     {},
+     tell_first_block},
 
     // ---- outputs of the circuit
     {"Check outvars of type *_ac_of_xxx",
