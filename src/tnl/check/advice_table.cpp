@@ -149,8 +149,6 @@ constexpr advice_text texts[] = {
      "x and k of set_rparm"},
     {"not-in-dc", "An element cannot stand in a dc block.", "it lives in time: thyristor_g, sampler1, pll_1a",
      "find the state to start from with solve_type startup"},
-    {"digital-node-alone", "A digital node stands at electrical elements alone, and no digital one drives it.",
-     "a misspelt name", "a delement with its output there; type=dsrc y0=1 for a fixed level"},
     {"set-and-reset", "The set and the reset input of a flip-flop were 1 at the same time.",
      "a logic that asks for both; an input that begins at 1; a pulse that is longer than it seems",
      "tnl plot the levels in front of it, in a run that ends before; let one of the two exclude the other"},
@@ -328,7 +326,6 @@ constexpr pattern_row rows[] = {
     {"model-file", ": file name*is not found|: keyword*not found.|was expected, but"},
     {"reference", "something wrong with refnode statement|reference node not found"},
     {"variable-alone", "ect_to_ebeu_nd:*gct_to_gbeu"},
-    {"digital-node-alone", "ect_to_ebeu_nd:*dct_to_dbeu"},
     {"sensed-only", "ect_to_ebeu_nd:"},
     {"variable-alone", "problem in assigning gct_to_gbeu"},
     {"sensed-only", "problem in assigning ect_to_ebeu|An independent node not assigned"},
@@ -337,7 +334,8 @@ constexpr pattern_row rows[] = {
     {"kinds-together",
      "cannot have xelements and delements|"
      "general elements are not allowed in a purely digital circuit"},
-    {"unknown-quantity", "outvar not found name is|outvar of a name that no call is connected to"},
+    {"unknown-quantity", "outvar not found name is"},
+    {"sensed-only", "outvar of a name that no call is connected to"},
     {"unknown-instance", "cct_ov_flag = IGL_CLEAR"},
     {"unknown-node", "Check outvars of type|var name is:"},
     {"no-of", "_of_ not found"},
@@ -432,8 +430,8 @@ constexpr pattern_row rows[] = {
      "some bias variable is not assigned|not assigned?*number is|acparm_map|has no reader for entries of|"
      "is smaller than its model|is smaller than its function|no function is compiled for the composite|"
      "has no source for its parameters|nothing calls the source of|d_dt|(function part)|one of the KCL equations is "
-     "using a local_var|expected f_|xvars are not allowed for|"
-     "something wrong with*string is|sparm string is too long|no_functions|map_jacobian|check * library|"
+     "using a local_var|expected f_|"
+     "something wrong with*string is|sparm string is too long|xvars are not allowed for|no_functions|map_jacobian|check * library|"
      ": type not found. Halting"},
     {"capacity", "Insufficient storage|nnz_|mnz_w|is too large!|is too large|too large."},
     {"statement-too-long", "strcpy_chk"},

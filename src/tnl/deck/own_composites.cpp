@@ -69,35 +69,6 @@ struct sorted_lines {
     std::vector<const own_line*> models, body;
 };
 
-// The lines of entries of a library, in the order of the file.
-struct entry_shape {
-    std::span<const header_line> dc_lines, ac_lines;
-    bool has_halves = false, has_code = false;
-    std::vector<std::string> body, body_ac, models;  // first words of the lines behind the head
-};
-
-// No dc_lines: the library has no reader.
-entry_shape shape_of(int library) {
-    entry_shape shape;
-    if (library == lib_gmes) {
-        shape.dc_lines = gmes_lines;
-        for (const mixed_domain& domain : mixed_domains) {
-            shape.body.emplace_back(domain.lib.call);
-            shape.models.emplace_back(domain.lib.submodel);
-        }
-    } else if (const composite_form* form = composite_form_of(library)) {
-        const std::string element = std::string(form->basic.begin), call = std::string(form->lib.call);
-        shape = {form->dc_lines, form->ac_lines, form->has_halves, form->has_code, {element, call}, {}, {}};
-        shape.body_ac = {element + "_ac", call, "acparm_map:"};
-        shape.models = {element + "model", std::string(form->lib.begin) + "model"};
-    }
-    return shape;
-}
-
-bool is_among(const std::vector<std::string>& list, std::string_view word) {
-    return std::find(list.begin(), list.end(), word) != list.end();
-}
-
 class builder {
 public:
     builder(const deck_source& source, own_composites& own) : source_(source), own_(own) {}
@@ -113,8 +84,8 @@ public:
                   "add it to the program as a file in models/, or build a composite of the elements that there are");
             return;
         }
-        const entry_shape shape = shape_of(block.library);
-        if (shape.dc_lines.empty()) {
+        const std::optional<entry_shape> shape = shape_of(block.library);
+        if (!shape) {
             fault(first.at[0], "composite", "this version has no composites of the kind " + begin);
             return;
         }
@@ -147,7 +118,7 @@ public:
                 if (first.w[j] == flag && first.w[j + 1] == "yes")
                     fault(first.at[at(j)], "code",
                           std::string(flag) + " needs a function that is compiled with the program");
-        entry.entry.text = complete(entry, shape, text.docs);
+        entry.entry.text = complete(entry, *shape, text.docs);
         own_.entries.push_back(std::move(entry));
     }
 
@@ -176,18 +147,22 @@ private:
             };
             if (is_head(in_ac ? shape.ac_lines : shape.dc_lines))
                 half.head[w0].push_back(&l);
-            else if (is_among(shape.models, w0))
+            else if (has_word(shape.models, w0))
                 half.models.push_back(&l);
-            else if (is_among(in_ac ? shape.body_ac : shape.body, w0))
+            else if (has_word(in_ac ? shape.body_ac : shape.body, w0))
                 half.body.push_back(&l);
             else
-                unknown_line(l, library_forms[entry.library], shape, in_ac);
+                unknown_line(l, entry.library, shape, in_ac);
         }
         std::string text = joined(entry.lines[0].w) + "\n" + docs;
-        write_half(dc, shape.dc_lines, shape.has_halves ? "end_dc\n" : "", text);
+        write_half(dc, shape.dc_lines, shape.has_halves ? "end_dc" : "", text);
         if (shape.has_code) text += "C:\nendC\n";
-        if (!shape.ac_lines.empty()) write_half(ac, shape.ac_lines, "end_ac\n", text);
+        if (shape.has_halves) write_half(ac, shape.ac_lines, "end_ac", text);
         return text + std::string(library_forms[entry.library].end) + "\n";
+    }
+
+    static bool has_word(const std::vector<std::string>& list, std::string_view word) {
+        return std::find(list.begin(), list.end(), word) != list.end();
     }
 
     static void write_half(const sorted_lines& half, std::span<const header_line> lines, const char* end,
@@ -201,20 +176,20 @@ private:
         }
         for (const auto& part : {half.models, half.body})
             for (const own_line* l : part) text += joined(l->w) + "\n";
-        text += end;
+        if (*end) text += std::string(end) + "\n";
     }
 
-    void unknown_line(const own_line& l, const library_form& names, const entry_shape& shape, bool in_ac) {
+    void unknown_line(const own_line& l, int library, const entry_shape& shape, bool in_ac) {
         const std::string word = l.w.str(0);
         std::string all;
         for (const header_line& h : in_ac ? shape.ac_lines : shape.dc_lines) all += h.keyword + std::string(" ");
-        for (const std::string& w : in_ac ? shape.body_ac : shape.body)
-            if (!w.ends_with(":")) all += w + " ";
+        for (const std::string& b : in_ac ? shape.body_ac : shape.body) all += b + " ";
         all.pop_back();
         const bool of_ac = std::any_of(shape.ac_lines.begin(), shape.ac_lines.end(),
                                        [&](const header_line& h) { return word == h.keyword; }) ||
-                           (!shape.body_ac.empty() && word == shape.body_ac[0]);
-        fault(l.at[0], "composite", "no line of this " + std::string(names.begin) + " begins with " + word,
+                           has_word(shape.body_ac, word);
+        fault(l.at[0], "composite",
+              "no line of this " + std::string(library_forms[library].begin) + " begins with " + word,
               of_ac && !in_ac ? word + " stands between begin_ac and end_ac" : "lines begin with: " + all);
     }
 
@@ -263,6 +238,35 @@ private:
 };
 
 }  // namespace
+
+std::optional<entry_shape> shape_of(int library) {
+    entry_shape shape;
+    if (library == lib_gmes) {
+        shape.dc_lines = gmes_lines;
+        shape.has_halves = shape.has_code = false;
+        shape.flags = {"allow_ac"};
+        for (const mixed_domain& d : mixed_domains) {
+            shape.models.emplace_back(d.lib.submodel);
+            shape.body.emplace_back(d.lib.call);
+        }
+        return shape;
+    }
+    const composite_form* form = composite_form_of(library);
+    if (form == nullptr) return {};
+    shape.dc_lines = form->dc_lines;
+    shape.ac_lines = form->ac_lines;
+    shape.has_halves = form->has_halves;
+    shape.has_code = form->has_code;
+    const std::string element(form->basic.begin), call(form->lib.call);
+    shape.models = {std::string(form->basic.submodel), std::string(form->lib.submodel)};
+    shape.body = {element, call};
+    if (form->has_halves) {
+        shape.body_ac = {element + "_ac", call, "acparm_map:"};
+        shape.flags = {"allow_ac", "compute_acp", "compute_noisep", "compute_rparms"};
+    }
+    if (form->may_postprocess) shape.flags.insert(shape.flags.end(), {"postprocessor", "postprocessor_ac"});
+    return shape;
+}
 
 own_composites own_composites_of(const deck_source& source) {
     own_composites own;

@@ -20,22 +20,22 @@ struct word_line {
 const word_line word_lines[] = {
     {"mainnodes:", &element_sheet::terminals, "node", false},
     {"mainnodes_anlg:", &element_sheet::terminals, "node", false},
-    {"mainnodes_dgtl:", &element_sheet::terminals, "digital node", false},
     {"mainvars:", &element_sheet::terminals, "variable", false},
     {"ind_nodes:", &element_sheet::terminals, "sensed node", false},
     {"ind_branches:", &element_sheet::terminals, "sensed element", false},
     {"digital_nodes:", &element_sheet::terminals, "digital node", false},
     {"analog_nodes:", &element_sheet::terminals, "sensed node", false},
     {"main_var:", &element_sheet::terminals, "variable", false},
+    {"mainnodes_dgtl:", &element_sheet::terminals, "digital node", false},
     {"xvar:", &element_sheet::terminals, "explicit variable", false},
     {"xvars:", &element_sheet::terminals, "explicit variable", false},
     {"iparms:", &element_sheet::parameters, "integer", true},
     {"sparms:", &element_sheet::parameters, "text", true},
     {"rparms:", &element_sheet::parameters, "real", true},
     {"stparms:", &element_sheet::start_values, "real", true},
-    {"igparms:", &element_sheet::first_guesses, "real", true},
     {"stparms_anlg:", &element_sheet::start_values, "real", true},
     {"stparms_dgtl:", &element_sheet::start_values, "integer", true},
+    {"igparms:", &element_sheet::first_guesses, "real", true},
     {"igparms_anlg:", &element_sheet::first_guesses, "real", true},
     {"igparms_dgtl:", &element_sheet::first_guesses, "integer", true},
     {"outvar:", &element_sheet::outputs, "", true},
@@ -49,7 +49,7 @@ struct family_row {
 };
 const family_row families[] = {
     {"ece", "e", "electrical elements"}, {"gce", "g", "blocks"},          {"dce", "d", "digital elements"},
-    {"xce", "x", "explicit blocks"},     {"gme", "gm", "joint elements"},
+    {"xce", "x", "explicit blocks"},     {"gme", "gm", "mixed elements"},
 };
 
 // Words of the entry for the deck, in the order of word_lines; an output that only repeats a variable or a digital node

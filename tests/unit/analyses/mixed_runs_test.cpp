@@ -1,253 +1,250 @@
-// Digital elements beside a circuit: links in both directions, steps around events, start-up, solution files.
+// Circuits with mixed composites against the same circuits written flat: row files are equal to the last byte.
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <map>
 
-#include "whole_run.h"
+#include "../whole_run.h"
 
 namespace {
-std::string block(const std::string& type, const std::string& cards, const std::string& files = "") {
-    return "begin_solve\nsolve_type " + type + "\n" + cards + "method: offset_dgtl=0\n" + files + "end_solve\n";
-}
-std::string file(const std::string& name, const std::string& variables, const std::string& control = "") {
-    return "begin_output\nfilename " + name + " limit_lines=1000000\nvariables: " + variables + "\n" + control +
-           "end_output\n";
-}
-std::string mixed_deck(const std::string& circuit, const std::string& blocks) {
-    return "title: mixed\nbegin_circuit\nrefnode 0\n" + circuit + "end_circuit\n" + blocks + "end_cf\n";
-}
 
-// A clock drives an RC low-pass of 1 us through a converter of 1 ohm: 0 and 5 V.
-const std::string driven_rc =
-    "delement name=K type=clock y=ck t1=2u t2=3u\n"
-    "eelement name=D type=dac1 p=a n=0 s=ck v_low=0 v_high=5 r_out=1\n"
-    "eelement name=R type=r p=a n=b r=999\neelement name=C type=c p=b n=0 c=1n\n"
-    "outvar: v=nodev_of_b ck=dvar_of_ck\n";
-
-// Its voltage from 0 V.
-double rc_voltage(double t) {
-    double v = 0.0, now = 0.0;
-    for (int k = 0; now < t; ++k) {
-        const double end = std::min(t, now + (k % 2 == 0 ? 2e-6 : 3e-6)), target = k % 2 == 0 ? 5.0 : 0.0;
-        v = target + (v - target) * std::exp(-(end - now) / 1e-6);
-        now = end;
+// The lines of an entry in their order, with those of the test in place of the empty ones.
+std::string gme(const std::string& first, const std::map<std::string, std::string>& lists, const std::string& body) {
+    std::string text = "gme " + first + "\n";
+    for (const char* keyword :
+         {"mainnodes_anlg:", "auxnodes_anlg:", "stparms_anlg:", "igparms_anlg:", "main_var:", "aux_var:", "iparms:",
+          "sparms:", "rparms:", "rparms_derived:", "mainnodes_dgtl:", "auxnodes_dgtl:", "stparms_dgtl:",
+          "igparms_dgtl:", "outvar_anlg:", "outvar_dgtl:", "outvar_ac:"}) {
+        const auto given = lists.find(keyword);
+        text += std::string(keyword) + " " + (given == lists.end() ? "" : given->second) + "\n";
     }
-    return v;
+    return text + body + "endgme\n";
 }
+
+struct files {
+    std::string console;
+    std::vector<std::string> rows;
+};
+files files_of(const std::string& deck, int n, const std::string& gmes) {
+    const whole_run run(deck, "", "", gmes);
+    files all{run.text, {}};
+    EXPECT_FALSE(run.stopped) << run.text;
+    for (int k = 1; k <= n; ++k) all.rows.push_back(run.file("out" + std::to_string(k) + ".dat"));
+    return all;
+}
+// Both decks write out1.dat to out<n>.dat.
+void expect_equal(const std::string& gmes, const std::string& mixed, const std::string& flat, int n) {
+    const files a = files_of(mixed, n, gmes), b = files_of(flat, n, "");
+    EXPECT_EQ(a.console, b.console);
+    for (int k = 0; k < n; ++k) {
+        EXPECT_GT(a.rows[static_cast<std::size_t>(k)].size(), 20U);
+        EXPECT_EQ(a.rows[static_cast<std::size_t>(k)], b.rows[static_cast<std::size_t>(k)]) << "out" << k + 1;
+    }
+}
+
+const std::string divider = gme("name=divider allow_ac=yes",
+                                {{"mainnodes_anlg:", "a b"},
+                                 {"auxnodes_anlg:", "m"},
+                                 {"rparms:", "r=1k"},
+                                 {"outvar_anlg:", "vm=nodev_of_m va=v_of_ra"},
+                                 {"outvar_ac:", "vm_ac=nodev_of_m ia_ac=i_ac_of_ra"}},
+                                "callece r name=ra p=a n=m r=r\ncallece r name=rb p=m n=b r=r\n");
+const std::string twice =
+    divider + gme("name=twice allow_ac=yes",
+                  {{"mainnodes_anlg:", "a b"},
+                   {"auxnodes_anlg:", "m"},
+                   {"rparms:", "r=1k"},
+                   {"rparms_derived:", "r3=$((r)*(3))"},
+                   {"outvar_anlg:", "vm=vm_of_h v=nodev_of_m"},
+                   {"outvar_ac:", "vm_ac=vm_ac_of_h i_ac=ia_ac_of_l"}},
+                  "callgme divider name=h a=a b=m r=r\ncallgme divider name=l a=m b=b r=r3\ncallece c name=c p=m n=b "
+                  "c=1u\n");
+const std::string source =
+    "eelement name=V1 type=vsrcac p=in n=0 vdc=10 a=1 f_hz=1k a_ac=1\neelement name=RL type=r p=in n=0 r=5k\n";
+
+// Voltage held by a block that integrates the difference to a variable.
+const std::string regulator = gme("name=regulator",
+                                  {{"mainnodes_anlg:", "a g"},
+                                   {"auxnodes_anlg:", "s"},
+                                   {"main_var:", "ref"},
+                                   {"aux_var:", "v e u"},
+                                   {"rparms:", "k=500 r_out=1"},
+                                   {"stparms_anlg:", "u0=0"},
+                                   {"outvar_anlg:", "u=var_of_u e=var_of_e i=i_of_s v_ro=v_of_ro"}},
+                                  "callece voltmeter_fb name=m p=a n=g y=v\ncallgce sub_2 name=d x1=ref x2=v y=e\n"
+                                  "callgce intgrtr name=i x=e y=u k=k y0=u0\n"
+                                  "callece vsrc_1 name=s p=s n=g x=u\ncallece r name=ro p=s n=a r=r_out\n");
+
 }  // namespace
 
-TEST(mixed_runs, a_clock_drives_a_circuit_whose_steps_end_just_before_and_just_behind_its_edges) {
-    const whole_run run(
-        mixed_deck(driven_rc, block("trns", "method: back_euler=yes t_start=0 t_end=20u delt_const=30n delt_min=1n\n",
-                                    file("v.dat", "v") + file("ck.dat", "ck"))));
-    ASSERT_FALSE(run.stopped) << run.text;
-    const table rows = run.rows("v.dat");
-    for (const auto& row : rows) EXPECT_NEAR(row[1], rc_voltage(row[0]), 0.1) << row[0];
-    int n_before = 0, n_behind = 0;
-    for (const auto& row : rows) {
-        n_before += std::fabs(row[0] - 1.9995e-6) < 1e-12;
-        n_behind += std::fabs(row[0] - 2.001e-6) < 1e-12 || std::fabs(row[0] - 5.001e-6) < 1e-12;
-    }
-    EXPECT_EQ(n_before, 1) << "half of delt_min before the first edge";
-    EXPECT_EQ(n_behind, 2) << "delt_min behind the first two edges";
-    EXPECT_EQ(rows.back()[0], 2e-5);
-    EXPECT_EQ(run.rows("ck.dat").size(), 2u + 2 * 7);
-}
-
-TEST(mixed_runs, second_order_rules_stay_so_across_edges_where_events_are_heeded) {
-    const auto error = [](const std::string& rule, const char* delt) {
-        const whole_run run(mixed_deck(
-            driven_rc, block("trns", "method: " + rule + " t_start=0 t_end=9u delt_const=" + delt + " delt_min=1p\n",
-                             file("v.dat", "v"))));
-        EXPECT_FALSE(run.stopped) << run.text;
-        const auto rows = run.rows("v.dat");
-        return std::fabs(rows.back()[1] - rc_voltage(rows.back()[0]));
+TEST(mixed_runs, nested_dividers_over_a_sweep_in_time_and_over_frequencies) {
+    const std::vector<std::string> blocks = {
+        "solve_type dc\nvary_parm r_of_X from 1k to 2k type linear n_points 3\n",
+        "solve_type trns\ninitial_sol initialize\nmethod: back_euler=yes delt_const=50u t_end=2m\n"};
+    const auto frequencies = [](const std::string& outputs) {
+        return "begin_solve\nsolve_type ac\nvary_freq from 10 to 10k type log n_points 4\nbegin_output\nfilename "
+               "out3.dat\nvariables: " +
+               outputs + "\nend_output\nend_solve\nend_cf\n";
     };
-    const double coarse = error("trapezoidal=yes event_restart=yes", "200n"),
-                 fine = error("trapezoidal=yes event_restart=yes", "50n");
-    EXPECT_LT(coarse, 0.02);
-    EXPECT_LT(fine, coarse / 9) << "a quarter of the step, a sixteenth of the error";
+    const auto with_ac = [&](std::string deck, const std::string& outputs) {
+        return deck.substr(0, deck.rfind("end_cf")) + frequencies(outputs);
+    };
+    const std::string out_ac = "mag_of_vma phase_of_vma mag_of_ia";
+    const std::string mixed = deck_text{source +
+                                            "gmelement name=X type=twice a=in b=0 r=1k\n"
+                                            "outvar: vm=vm_of_X v=v_of_X vc=v_of_X.c vma=vm_ac_of_X ia=i_ac_of_X\n",
+                                        "vm v vc", blocks}
+                                  .str();
+    std::vector<std::string> flat_blocks = blocks;
+    flat_blocks[0] = "solve_type dc\nvary_parm glbl_of_g from 1k to 2k type linear n_points 3\n";
+    const std::string flat =
+        deck_text{source +
+                      "eelement name=ha type=r p=in n=m1 r=g\neelement name=hb type=r p=m1 n=m r=g\n"
+                      "eelement name=la type=r p=m n=m2 r=g3\neelement name=lb type=r p=m2 n=0 r=g3\n"
+                      "eelement name=c type=c p=m n=0 c=1u\n"
+                      "outvar: vm=nodev_of_m1 v=nodev_of_m vc=v_of_c vma=nodev_ac_of_m1 ia=i_ac_of_la\n",
+                  "vm v vc", flat_blocks, "greal g=1k g3=$((g)*(3))\n"}
+            .str();
+    expect_equal(twice, with_ac(mixed, out_ac), with_ac(flat, out_ac), 3);
 }
 
-TEST(mixed_runs, a_converter_from_analog_to_digital_switches_at_the_step_behind_its_threshold) {
+TEST(mixed_runs, values_of_the_dividers_are_those_of_ohms_law) {
     const whole_run run(
-        mixed_deck("eelement name=V type=pwl20 p=a n=0 t1=0 v1=0 t2=10u v2=10\n"
-                   "eelement name=R type=r p=a n=0 r=1k\n"
-                   "delement name=A type=adc1 x=a y=over v_high=8 td=50n\n"
-                   "outvar: v=nodev_of_a over=dvar_of_over\n",
-                   block("trns", "method: back_euler=yes t_start=0 t_end=10u delt_const=100n\n",
-                         file("v.dat", "v") + file("over.dat", "over"))));
+        deck_text{"eelement name=V1 type=vsrcdc p=in n=0 vdc=8\ngmelement name=X type=twice a=in b=0 r=1k\n"
+                  "outvar: vm=vm_of_X v=v_of_X p=pwr_elec_of_X.c\n",
+                  "vm v p",
+                  {"solve_type dc\n", "solve_type dc\nset_parm r_of_X=2k\n"}}
+            .str(),
+        "", "", twice);
     ASSERT_FALSE(run.stopped) << run.text;
-    const table rows = run.rows("over.dat");
-    double t_rise = 0.0;
-    for (std::size_t i = 1; i < rows.size(); ++i)
-        if (rows[i][1] == 1 && rows[i - 1][1] == 0) t_rise = rows[i][0];
-    EXPECT_GT(t_rise, 4e-6 + 50e-9 - 1e-12) << "the ramp passes 4 V at 4 us";
-    EXPECT_LT(t_rise, 4e-6 + 50e-9 + 101e-9 + 1e-12);
+    // Two of r and two of 3 r in line.
+    for (const char* file : {"out1.dat", "out2.dat"}) {
+        const table rows = run.rows(file);
+        ASSERT_EQ(rows.size(), 1U);
+        EXPECT_NEAR(rows[0][0], 7, 1e-6);
+        EXPECT_NEAR(rows[0][1], 6, 1e-6);
+        EXPECT_EQ(rows[0][2], 0);
+    }
 }
 
-// A relaxation oscillator: RC charged through a converter that follows a comparator with hysteresis made of two levels.
-TEST(mixed_runs, a_loop_through_both_sides_oscillates_at_the_period_of_its_thresholds) {
-    const std::string circuit =
-        "eelement name=D type=dac1 p=a n=0 s=q v_low=0 v_high=3 r_out=1m\n"
-        "eelement name=R type=r p=a n=b r=1k\neelement name=C type=c p=b n=0 c=1n\n"
-        "delement name=HI type=adc1 x=b y=hi v_high=4 td=1n\ndelement name=LO type=adc1 x=b y=lo v_high=2 td=1n\n"
-        "delement name=NL type=not a=lo y=below td_rise=1n td_fall=1n\n"
-        "delement name=F type=rsff1 s=below r=hi q=q qb=qb\n"
-        "outvar: v=nodev_of_b q=dvar_of_q\n";
-    const whole_run run(mixed_deck(
-        circuit,
-        block("trns", "method: back_euler=yes t_start=0 t_end=30u delt_const=5n delt_min=10p\n", file("q.dat", "q"))));
-    ASSERT_FALSE(run.stopped) << run.text;
-    const table rows = run.rows("q.dat");
-    std::vector<double> rises;
-    for (std::size_t i = 1; i < rows.size(); ++i)
-        if (rows[i][1] == 1 && rows[i - 1][1] == 0 && rows[i][0] > 5e-6) rises.push_back(rows[i][0]);
-    ASSERT_GT(rises.size(), 10u);
-    // From 1 to 2 V towards 3 V, and back towards 0 V: RC ln 2 each; comparators, inverter and flip-flop take 2 to 3 ns
-    // each time, and each threshold is seen up to a step late.
-    const double period = (rises.back() - rises.front()) / static_cast<double>(rises.size() - 1);
-    EXPECT_NEAR(period, 2 * 1e-6 * std::log(2.0), 30e-9);
+TEST(mixed_runs, a_regulator_of_elements_and_blocks_from_start_up_and_in_time) {
+    const std::vector<std::string> blocks = {
+        "solve_type startup\nset_stparm y0_of_@i=3\n",
+        "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes delt_const=20u t_end=10m\n"};
+    const auto deck = [&](const std::string& regulator_lines, const std::string& outputs, const std::string& prefix) {
+        std::vector<std::string> own = blocks;
+        own[0].replace(own[0].find('@'), 1, prefix);
+        return deck_text{
+            "gelement name=B1 type=const y=ref k=5\neelement name=RL type=r p=out n=0 r=100\n"
+            "eelement name=C1 type=c p=out n=0 c=10u\n" +
+                regulator_lines + outputs,
+            "v u e i vr", own}
+            .str();
+    };
+    const std::string mixed = deck("gmelement name=X type=regulator a=out g=0 ref=ref k=400\n",
+                                   "outvar: v=nodev_of_out u=u_of_X e=e_of_X i=i_of_X vr=v_of_X.ro\n", "X.");
+    const std::string flat = deck(
+        "eelement name=m type=voltmeter_fb p=out n=0 y=v\neelement name=s type=vsrc_1 p=s n=0 x=u\n"
+        "eelement name=ro type=r p=s n=out r=1\ngelement name=d type=sub_2 x1=ref x2=v y=e\n"
+        "gelement name=i type=intgrtr x=e y=u k=400\n",
+        "outvar: v=nodev_of_out u=var_of_u e=var_of_e i=i_of_s vr=v_of_ro\n", "");
+    expect_equal(regulator, mixed, flat, 2);
+    const table rows = [&] {
+        const whole_run run(mixed, "", "", regulator);
+        return run.rows("out2.dat");
+    }();
+    ASSERT_FALSE(rows.empty());
+    EXPECT_NEAR(rows.back()[1], 5, 0.5);  // on its way to ref
 }
 
-TEST(mixed_runs, an_unknown_level_counts_as_low_for_a_converter) {
-    const whole_run run(
-        mixed_deck("delement name=I type=not a=x y=y\ndelement name=J type=not a=y y=x\n"
-                   "eelement name=D type=dac1 p=a n=0 s=x v_low=1 v_high=5 r_out=1\n"
-                   "eelement name=R type=r p=a n=0 r=1e9\noutvar: v=nodev_of_a x=dvar_of_x\n",
-                   block("startup", "", file("v.dat", "v") + file("x.dat", "x"))));
-    ASSERT_FALSE(run.stopped) << run.text;
-    EXPECT_EQ(run.file("x.dat"), "  2 \n");
-    EXPECT_NEAR(run.rows("v.dat")[0][0], 1.0, 1e-6);
+TEST(mixed_runs, blocks_write_and_read_a_parameter_of_a_mixed_element) {
+    const std::vector<std::string> blocks = {
+        "solve_type startup\n",
+        "solve_type trns\ninitial_sol previous\nmethod: back_euler=yes delt_const=0.1 t_end=1\n"};
+    const auto deck = [&](const std::string& circuit_block, const std::string& outputs) {
+        return deck_text{
+            "gelement name=B1 type=const y=one k=1\ngelement name=B2 type=intgrtr x=one y=u\n"
+            "gelement name=B4 type=linear_1 x=u y=w c0=1000 c1=500\n" +
+                source + circuit_block + outputs,
+            "v w q", blocks}
+            .str();
+    };
+    const std::string one =
+        gme("name=one", {{"mainnodes_anlg:", "a b"}, {"rparms:", "r=1k"}}, "callece r name=r1 p=a n=b r=r\n");
+    const std::string mixed = deck(
+        "gelement name=S type=set_rparm x=w element=X parm=r\ngelement name=G type=get_rparm y=q element=X parm=r\n"
+        "eelement name=R0 type=r p=in n=m r=1k\ngmelement name=X type=one a=m b=0\n",
+        "outvar: v=nodev_of_m w=var_of_w q=var_of_q\n");
+    const std::string flat = deck(
+        "gelement name=S type=set_rparm x=w element=R1 parm=r\ngelement name=G type=get_rparm y=q element=R1 parm=r\n"
+        "eelement name=R0 type=r p=in n=m r=1k\neelement name=R1 type=r p=m n=0 r=1k\n",
+        "outvar: v=nodev_of_m w=var_of_w q=var_of_q\n");
+    expect_equal(one, mixed, flat, 2);
 }
 
-TEST(mixed_startup, both_sides_find_the_levels_and_voltages_that_hold_each_other) {
-    const std::string circuit =
-        "eelement name=V type=vsrcdc p=in n=0 vdc=5\neelement name=R0 type=r p=in n=0 r=1k\n"
-        "delement name=A type=adc1 x=in y=x v_high=5\ndelement name=I type=not a=x y=y\n"
-        "eelement name=D type=dac1 p=out n=0 s=y v_low=1 v_high=4 r_out=1\neelement name=R type=r p=out n=0 r=1e9\n"
-        "outvar: out=nodev_of_out x=dvar_of_x y=dvar_of_y\n";
-    const whole_run run(mixed_deck(circuit, block("startup", "", file("v.dat", "out") + file("d.dat", "x y"))));
-    ASSERT_FALSE(run.stopped) << run.text;
-    EXPECT_EQ(run.file("d.dat"), "  1   0 \n");
-    EXPECT_NEAR(run.rows("v.dat")[0][0], 1.0, 1e-6);
-    // A sweep finds them anew at each point.
-    const whole_run swept(mixed_deck(circuit, block("startup", "vary_parm vdc_of_V type table 0 1 4 5\n",
-                                                    file("v.dat", "out") + file("d.dat", "x y"))));
-    ASSERT_FALSE(swept.stopped) << swept.text;
-    EXPECT_EQ(swept.file("d.dat"), "  0   1 \n  0   1 \n  1   0 \n  1   0 \n");
-    EXPECT_NEAR(swept.rows("v.dat")[0][0], 4.0, 1e-6);
+TEST(mixed_runs, a_half_bridge_leg_with_the_gates_of_its_dead_time) {
+    const std::string load =
+        "eelement name=V1 type=vsrcdc p=dc n=0 vdc=100\neelement name=V2 type=vsrcdc p=mid n=0 vdc=50\n"
+        "delement name=CK type=clock y=gate t1=10u t2=10u\neelement name=R1 type=r p=sw n=a r=10\n"
+        "eelement name=L1 type=l p=a n=mid l=100u\n";
+    const auto deck = [&](const std::string& leg, const std::string& outputs) {
+        std::string text = deck_text{load + leg + outputs,
+                                     "vsw il v_up i_up i_low",
+                                     {"solve_type trns\ninitial_sol initialize\n"
+                                      "method: back_euler=yes delt_const=0.1u t_end=40u\n"
+                                      "begin_output\nfilename out2.dat\nvariables: gate up low\nend_output\n"}}
+                               .str();
+        return text;
+    };
+    const std::string mixed =
+        deck("gmelement name=LEG type=pwm_leg p=dc n=0 x=sw pwm=gate t_dead=1u r_on=20m\n",
+             "outvar: vsw=nodev_of_sw il=i_of_L1 v_up=v_up_of_LEG i_up=i_up_of_LEG i_low=i_of_LEG.slow\n"
+             "outvar: gate=dvar_of_gate up=g_up_of_LEG low=g_low_of_LEG\n");
+    const std::string flat = deck(
+        "delement name=wait type=and_2 a=gate b=gate y=late td_rise=1u td_fall=1u\n"
+        "delement name=gup type=and_2 a=gate b=late y=up td_rise=1n td_fall=1n\n"
+        "delement name=glow type=nor_2 a=gate b=late y=low td_rise=1n td_fall=1n\n"
+        "eelement name=sup type=switch_d p=dc n=sw s=up r_on=20m\n"
+        "eelement name=slow type=switch_d p=sw n=0 s=low r_on=20m\n"
+        "eelement name=dup type=diode_r p=sw n=dc r_on=20m\neelement name=dlow type=diode_r p=0 n=sw r_on=20m\n",
+        "outvar: vsw=nodev_of_sw il=i_of_L1 v_up=v_of_sup i_up=i_of_sup i_low=i_of_slow\n"
+        "outvar: gate=dvar_of_gate up=dvar_of_up low=dvar_of_low\n");
+    expect_equal("", mixed, flat, 2);
+
+    // Beside the clock with edges at 10 us and 20 us: up from 11.001 us after a rise, low likewise after a fall.
+    const whole_run run(mixed);
+    for (const std::vector<double>& row : run.rows("out1.dat")) {
+        const double t = row[0];
+        if (t > 5e-6 && t < 9.9e-6) {
+            EXPECT_NEAR(row[1], 100, 0.1) << t;
+        }
+        // The current of the load goes on through the lower diode, then through the lower switch and it.
+        if (t > 10.2e-6 && t < 10.9e-6) {
+            EXPECT_NEAR(row[1], -0.7 - 0.02 * row[2], 0.01) << t;
+        }
+        if (t > 17e-6 && t < 19.9e-6) {
+            EXPECT_NEAR(row[1], 0, 0.1) << t;
+        }
+    }
 }
 
-TEST(mixed_startup, two_sides_that_contradict_each_other_are_told) {
-    const std::string circuit =
-        "delement name=A type=adc1 x=out y=x v_high=5\ndelement name=I type=not a=x y=y\n"
-        "eelement name=D type=dac1 p=out n=0 s=y v_low=0 v_high=5 r_out=1\neelement name=R type=r p=out n=0 r=1e9\n"
-        "outvar: out=nodev_of_out\n";
-    const whole_run run(mixed_deck(circuit, block("startup", "", file("v.dat", "out"))));
+TEST(mixed_runs, small_signals_need_the_word_of_the_composite) {
+    const std::string silent = gme("name=silent", {{"mainnodes_anlg:", "a b"}}, "callece r name=r1 p=a n=b r=1k\n");
+    const whole_run run(deck_text{source + "gmelement name=X type=silent a=in b=0\noutvar: v=nodev_ac_of_in\n",
+                                  "mag_of_v",
+                                  {"solve_type ac\nset_freq 1k\n"}}
+                            .str(),
+                        "", "", silent);
     EXPECT_TRUE(run.stopped);
-    EXPECT_NE(run.text.find("solve_startup: did not converger after 20 mixed passes.\n"
-                            "solve_startup: analog passes did not converge.\n  Halting...\n"),
-              std::string::npos)
+    EXPECT_NE(run.text.find("ccmain: There are no AC statements in this gme: silent\n  Halting..."), std::string::npos)
         << run.text;
-    const whole_run fewer(mixed_deck(circuit, block("startup", "method: n_pass_mixed=0\n", file("v.dat", "out"))));
-    EXPECT_NE(fewer.text.find("solve_startup: did not converger after 0 mixed passes.\n"), std::string::npos)
-        << fewer.text;
 }
 
-TEST(mixed_startup, logic_that_contradicts_itself_is_told) {
-    const std::string circuit = "delement name=I type=not a=y y=y\noutvar: y=dvar_of_y\n";
-    const auto run = [&](const std::string& cards) {
-        return whole_run("title: ring\nbegin_circuit\n" + circuit + "end_circuit\n" +
-                         block("startup", cards, file("d.dat", "y")) + "end_cf\n");
-    };
-    EXPECT_EQ(run("").file("d.dat"), "  2 \n") << "from unknown it stays so";
-    const whole_run set = run("set_dgtl y=1\nmethod: n_pass_dgtl=7\n");
-    EXPECT_TRUE(set.stopped);
-    EXPECT_NE(set.text.find("solve_startup: did not converge after\n   7 passes. Halting...\n"), std::string::npos)
-        << set.text;
-}
-
-TEST(mixed_startup, start_values_of_flip_flops_come_from_the_deck_and_the_block) {
-    const std::string circuit =
-        "delement name=ZERO type=dsrc y=zero\ndelement name=K type=clock y=ck t1=1u t2=1u\n"
-        "delement name=F type=dff d=zero clk=ck s=zero r=zero q=q qb=qb q0=1\noutvar: q=dvar_of_q qb=dvar_of_qb\n";
-    const auto levels = [&](const std::string& cards) {
-        return whole_run("title: start\nbegin_circuit\n" + circuit + "end_circuit\n" +
-                         block("startup", cards, file("d.dat", "q qb")) + "end_cf\n")
-            .file("d.dat");
-    };
-    EXPECT_EQ(levels(""), "  1   0 \n");
-    EXPECT_EQ(levels("set_dstparm q0_of_F 0\n"), "  0   1 \n");
-}
-
-TEST(mixed_solutions, a_run_goes_on_from_the_previous_block_as_if_it_had_not_ended) {
-    const std::string method = "method: back_euler=yes delt_const=20n delt_min=1n t_start=";
-    table all, whole_v;
-    {
-        const whole_run whole(
-            mixed_deck(driven_rc, block("trns", method + "0 t_end=14u\n", file("v.dat", "v") + file("ck.dat", "ck"))));
-        whole_v = whole.rows("v.dat");
-        all = whole.rows("ck.dat");
-    }
-    const whole_run parts(
-        mixed_deck(driven_rc, block("trns", method + "0 t_end=6u\n", file("v1.dat", "v") + file("ck1.dat", "ck")) +
-                                  block("trns", "initial_sol previous\n" + method + "6u t_end=14u\n",
-                                        file("v2.dat", "v") + file("ck2.dat", "ck"))));
-    ASSERT_FALSE(parts.stopped) << parts.text;
-    EXPECT_NEAR(parts.rows("v2.dat").back()[1], whole_v.back()[1], 1e-3);
-    const table second = parts.rows("ck2.dat");
-    // Edges behind 6 us: 7, 10, 12 us.
-    ASSERT_EQ(second.size(), 8u);
-    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(second[second.size() - 2 - i], all[all.size() - 2 - i]);
-}
-
-TEST(mixed_solutions, a_solution_file_holds_levels_states_and_the_times_of_events) {
-    const std::string method = "method: back_euler=yes delt_const=20n delt_min=1n t_start=0 t_end=";
-    const std::string circuit = driven_rc + "delement name=I type=not a=ck y=i td_rise=2u td_fall=2u\n";
-    const whole_run run(
-        mixed_deck(circuit, block("trns", method + "6u\n", file("ck1.dat", "ck") + file("end.dat", "solution")) +
-                                block("trns", "initial_sol file filename=end.dat\n" + method + "7u\n",
-                                      file("v2.dat", "v") + file("ck2.dat", "ck"))));
+TEST(mixed_runs, dumps_of_libraries_and_models) {
+    const whole_run run("title: t\nbegin_circuit\noutput gmes gmem\nrefnode 0\n" + source +
+                            "gmmodel name=m type=divider r=2k\ngmelement name=X type=divider a=in b=0 model=m\n"
+                            "end_circuit\nend_cf\n",
+                        "", "", divider);
     ASSERT_FALSE(run.stopped) << run.text;
-    const std::string text = run.file("end.dat");
-    // At 6 us: the clock is in its second 1 until 7 us; the inverter, pending since 5 us, fires at 7 us, too.
-    EXPECT_NE(text.find("dbeu->val_nd:\n1\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("dbeu->stable:\n0\n0\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("dbeu->tschdl_rel:\n 1.000000e-06\n 1.000000e-06\n"), std::string::npos) << text;
-    // The new run begins at 0: the next edge comes at 1 us.
-    const table rows = run.rows("ck2.dat");
-    ASSERT_GE(rows.size(), 3u);
-    EXPECT_EQ(rows[0][1], 1);
-    EXPECT_NEAR(rows[1][0], 1e-6, 1e-12);
-    EXPECT_EQ(rows[2][1], 0);
-}
-
-TEST(mixed_runs, a_file_of_fixed_interval_brings_analog_rows_at_events) {
-    const whole_run run(
-        mixed_deck(driven_rc, block("trns", "method: back_euler=yes t_start=0 t_end=3u delt_const=100n delt_min=1n\n",
-                                    file("v.dat", "v", "control: fixed_interval=1n\n") + file("ck.dat", "ck"))));
-    ASSERT_FALSE(run.stopped) << run.text;
-    int n = 0;
-    for (const auto& row : run.rows("v.dat")) n += std::fabs(row[0] - 2e-6) < 1e-13;
-    EXPECT_EQ(n, 1) << "at the edge itself";
-}
-
-TEST(mixed_runs, a_digital_word_switches_and_a_code_sets_a_voltage) {
-    const whole_run run(mixed_deck(
-        "delement name=ONE type=dsrc y=one y0=1\ndelement name=ZERO type=dsrc y=zero\n"
-        "delement name=K type=clock y=ck t1=0.5u t2=0.5u pol=0\n"
-        "delement name=N type=counter_4 clk=ck r=zero up=one q0=q0 q1=q1 q2=q2 q3=q3\n"
-        "eelement name=D type=dac4 p=a n=0 q0=q0 q1=q1 q2=q2 q3=q3 v_ref=15\neelement name=R type=r p=a n=0 r=1e9\n"
-        "outvar: v=nodev_of_a\n",
-        block("trns", "method: back_euler=yes t_start=0 t_end=20u delt_const=50n delt_min=1n\n", file("v.dat", "v"))));
-    ASSERT_FALSE(run.stopped) << run.text;
-    int n_checked = 0;
-    for (const auto& row : run.rows("v.dat")) {
-        const double in_period = std::fmod(row[0] + 0.5e-6, 1e-6);
-        if (row[0] < 1e-6 || in_period < 0.1e-6 || in_period > 0.9e-6) continue;
-        EXPECT_NEAR(row[1], static_cast<int>((row[0] + 0.5e-6) / 1e-6) % 16, 1e-5) << row[0];
-        ++n_checked;
-    }
-    EXPECT_GT(n_checked, 200);
+    EXPECT_NE(run.file("gmes.dat").find("name = divider, nnda = 2, ttlnda = 3"), std::string::npos);
+    EXPECT_EQ(run.file("gmem.dat"), "gmem_class\nn = 1\n  i = 0, name = m, type = divider\n      rprm: 2000\n");
 }

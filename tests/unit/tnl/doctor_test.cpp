@@ -23,6 +23,7 @@ TEST(library_faults, name_missing_files_cut_entries_and_calls_that_lead_nowhere)
     for (const fs::directory_entry& file : fs::directory_iterator(TARNEL_SHARE))
         if (file.is_regular_file()) fs::copy(file.path(), file.path().filename());
     EXPECT_EQ(library_faults("."), std::vector<std::string>{});
+    ::write_file("gmes.aux", "");  // these call electrical ones
     const std::string eels = ::read_file("eels.aux");
     ::write_file("eels.aux", eels.substr(0, eels.size() - 20));
     ASSERT_EQ(library_faults(".").size(), 1U);
