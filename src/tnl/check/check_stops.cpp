@@ -287,8 +287,6 @@ constexpr stop_kind kinds[] = {
     {"Fourier is allowed only", "bad-option", "fourier=yes stands in trns blocks only", "", "fourier"},
     {"solve_class (Nyquist):", "bad-variables",
      "a nyquist file has two variables, phase_of_X and mag_of_X of one X, in this order", "", "nyquist"},
-    {"wrong data type for Fourier", "bad-variables", "a Fourier file has no digital levels",
-     "name values of the circuit, or leave fourier out", "fourier"},
     {"cannot specify both min-phase", "bad-option", "min_phase and max_phase exclude each other", "leave one",
      "max_phase"},
     {"Nyquist is allowed only for AC", "bad-option", "nyquist=yes stands in ac blocks only", "", "nyquist"},

@@ -118,13 +118,6 @@ TEST(check_digital, tells_levels_and_other_values_in_one_file) {
     EXPECT_NE(words_of(d).find("va is not, clk is a digital level"), std::string::npos) << words_of(d);
 }
 
-TEST(check_digital, tells_levels_in_a_fourier_file) {
-    digital_deck d = mixed();
-    d.variables = "clk\nend_output\nbegin_output\nfilename f.dat fourier=yes\ncontrol: n_fourier=3\nvariables: q";
-    EXPECT_EQ(faults_of(d), "bad-variables fourier=yes");
-    EXPECT_NE(words_of(d).find("a Fourier file has no digital levels"), std::string::npos) << words_of(d);
-}
-
 TEST(check_digital, tells_blocks_that_have_none) {
     digital_deck d = mixed();
     d.solve_type = "dc";
