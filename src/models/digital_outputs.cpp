@@ -105,7 +105,7 @@ void run_decimal(const char* name, int n_bits, const digital_unit& u) {
     const flags_class* flags = u.flags;
     int x = 0;
     for (int k = 0; k < n_bits; ++k) x += u.is_1(k) ? 1 << k : 0;
-    if (flags->process) {
+    if (flags->process || flags->startup) {
         u.rparm[0] = x;
         u.rest();
     } else if (flags->schedule) {
@@ -114,9 +114,6 @@ void run_decimal(const char* name, int n_bits, const digital_unit& u) {
         digital_stop(std::string(name) + ": dc not allowed");
     } else if (flags->one_time_parms) {
         check_delays(u, name, 1, 1);
-    } else if (flags->startup) {
-        u.rparm[0] = x;
-        u.rest();
     } else if (flags->init_guess) {
         u.rparm[0] = x;
         u.arm(pending, u.rparm[1]);

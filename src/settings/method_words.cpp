@@ -101,8 +101,7 @@ constexpr method_word table[] = {
      "passes over the digital elements within which their levels settle, or the run stops"},
     {"n_pass_mixed", b_all, &s::n_pass_mixed, 20, b_startup,
      "turns of digital and analog elements within which both agree, or the run stops"},
-    {"offset_dgtl", b_all, &s::offset_dgtl, 2.0, b_startup | b_trns,
-     "distance of the columns of levels in row files"},
+    {"offset_dgtl", b_all, &s::offset_dgtl, 2.0, b_startup | b_trns, "distance of the columns of levels in row files"},
     // explicit solver
     {"x_itmax_newton", b_all, &s::x_itmax_newton, 500, 0, "iterations of one solve at most"},
     {"x_itmax_newton_first", b_all, &s::x_itmax_newton_first, 500, 0, "as itmax_newton_first"},

@@ -17,14 +17,17 @@ using table = std::vector<std::vector<double>>;
 // Works in a folder of its own with all installed libraries while it lives.
 class whole_run {
 public:
-    // without: a word that is cut out of all library texts; more_eels: electrical composites of the test's own.
-    explicit whole_run(const std::string& deck, const std::string& without = "", const std::string& more_eels = "") {
+    // without: a word that is cut out of all library texts; more_eels, more_gmes: electrical and mixed composites of the
+    // test's own.
+    explicit whole_run(const std::string& deck, const std::string& without = "", const std::string& more_eels = "",
+                       const std::string& more_gmes = "") {
         const library_change add = more_entries("eels.aux", "ece_all.lst", more_eels);
         fill_working_folder(".", deck, [&](const std::string& file, std::string& library) {
             for (std::size_t at = without.empty() ? std::string::npos : library.find(without); at != std::string::npos;
                  at = library.find(without, at))
                 library.erase(at, without.size());
             add(file, library);
+            if (file == "gmes.aux") library += more_gmes;
         });
         const console_run heard = run_and_listen([] { run_tarnel(); });
         text = heard.text;

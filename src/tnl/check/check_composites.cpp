@@ -20,7 +20,7 @@ struct bound_words {
     std::vector<list_member> from;
     const char* lines;  // that hold them, for a message
 };
-const std::vector<bound_words>& bound_lists(bool electrical) {
+const std::vector<bound_words>& bound_lists(int library) {
     using t = element_type;
     static const std::vector<bound_words> of_e = {
         {&t::node, "terminal", {&t::node, &t::inner}, "mainnodes: or auxnodes:"},
@@ -37,7 +37,49 @@ const std::vector<bound_words>& bound_lists(bool electrical) {
         {&t::var, "variable", {&t::var, &t::inner}, "mainvars: or auxvars:"},
         {&t::xvar, "variable", {&t::xvar}, "xvars:"},
     };
-    return electrical ? of_e : of_g;
+    static const std::vector<bound_words> of_d = {
+        {&t::digital, "digital node", {&t::digital, &t::inner}, "mainnodes: or auxnodes:"},
+        {&t::ind_node, "sensed node", {&t::ind_node}, "analog_nodes:"},
+    };
+    static const std::vector<bound_words> of_gm = {
+        {&t::node, "terminal", {&t::node, &t::inner}, "mainnodes_anlg: or auxnodes_anlg:"},
+        {&t::digital, "digital node", {&t::digital, &t::inner_digital}, "mainnodes_dgtl: or auxnodes_dgtl:"},
+        {&t::var, "variable", {&t::var, &t::inner_var}, "main_var: or aux_var:"},
+        {&t::ind_node, "sensed node", {&t::node, &t::inner}, "mainnodes_anlg: or auxnodes_anlg:"},
+        {&t::ind_branch, "sensed element", {}, "the names of callece lines"},
+    };
+    switch (library) {
+        case lib_eels:
+            return of_e;
+        case lib_dels:
+            return of_d;
+        case lib_gmes:
+            return of_gm;
+        default:
+            return of_g;
+    }
+}
+
+// Output words that name a node or variable of the composite itself, with the lists that hold these.
+struct own_output {
+    int library;
+    std::string_view line, left;
+    std::vector<list_member> from;
+    const char* what;
+};
+const std::vector<own_output>& own_outputs_of() {
+    using t = element_type;
+    static const std::vector<own_output> all = {
+        {lib_eels, "", "nodev", {&t::node, &t::inner}, "node"},
+        {lib_gels, "", "var", {&t::var, &t::inner}, "variable"},
+        {lib_dels, "", "dvar", {&t::digital, &t::inner}, "node"},
+        {lib_gmes, "outvar_anlg:", "nodev", {&t::node, &t::inner}, "node"},
+        {lib_gmes, "outvar_anlg:", "var", {&t::var, &t::inner_var}, "variable"},
+        {lib_gmes, "outvar_dgtl:", "dvar", {&t::digital, &t::inner_digital}, "digital node"},
+        {lib_gmes, "outvar_ac:", "nodev", {&t::node, &t::inner}, "node"},
+        {lib_gmes, "outvar_ac:", "var", {&t::var, &t::inner_var}, "variable"},
+    };
+    return all;
 }
 
 constexpr list_member parameters[] = {&element_type::rprm, &element_type::iprm, &element_type::sprm,
@@ -88,9 +130,8 @@ private:
 
     // Words behind the name of the entry.
     void check_flags() {
-        const composite_form* form = composite_form_of(own_.library);
-        std::vector<std::string> known = {"allow_ac", "compute_acp", "compute_noisep", "compute_rparms"};
-        if (form != nullptr && form->may_postprocess) known.insert(known.end(), {"postprocessor", "postprocessor_ac"});
+        const std::optional<entry_shape> shape = shape_of(own_.library);
+        const std::vector<std::string> known = shape ? shape->flags : std::vector<std::string>();
         const own_line& l = own_.lines[0];
         std::set<std::string> seen;
         for (int j = 3; j < l.w.size(); j += 2) {
@@ -107,8 +148,8 @@ private:
 
     // Names within each list of the head, and of the lines of the body: one is as good as two.
     void check_names() {
-        const composite_form* form = composite_form_of(own_.library);
-        if (form == nullptr) return;
+        const std::optional<entry_shape> shape = shape_of(own_.library);
+        if (!shape) return;
         std::set<std::pair<std::string, std::string>> seen;  // list and name
         bool in_ac = false;
         const auto check = [&](const std::string& list, const own_line& l, int j, const std::string& where) {
@@ -117,7 +158,7 @@ private:
         };
         for (const own_line& l : own_.lines) {
             if (l.w[0] == "begin_ac" || l.w[0] == "end_ac") in_ac = l.w[0] == "begin_ac";
-            for (const header_line& h : in_ac ? form->ac_lines : form->dc_lines) {
+            for (const header_line& h : in_ac ? shape->ac_lines : shape->dc_lines) {
                 if (l.w[0] != h.keyword) continue;
                 const bool words = std::holds_alternative<word_list library_lists::*>(h.member) ||
                                    std::holds_alternative<word_list composite_library::*>(h.member);
@@ -176,6 +217,7 @@ private:
 
     bool is_name_of_branch(std::string_view word) const {
         return std::any_of(body_.begin(), body_.end(), [&](const body_line& b) {
+            if (own_.library == lib_gmes) return b.library == lib_eels && b.name == word;
             return b.basic && b.name == word && (b.type == nullptr || b.type->node.size() == 2);
         });
     }
@@ -185,7 +227,7 @@ private:
         const own_line& l = *b.line;
         std::vector<std::string> known = {"name", "model"}, names;
         if (b.basic) known.emplace_back("type");
-        for (const bound_words& bound : bound_lists(electrical_))
+        for (const bound_words& bound : bound_lists(own_.library))
             known.insert(known.end(), (b.type->*bound.list).begin(), (b.type->*bound.list).end());
         for (const list_member p : parameters) {
             known.insert(known.end(), (b.type->*p).begin(), (b.type->*p).end());
@@ -209,7 +251,7 @@ private:
             if (!seen.insert(key).second) error(place(l, j), "given-twice", key + " is given twice in this line");
             check_parameter(b, key, j + 1);
         }
-        for (const bound_words& bound : bound_lists(electrical_))
+        for (const bound_words& bound : bound_lists(own_.library))
             for (const std::string& word : b.type->*bound.list) check_terminal(b, bound, word);
     }
 
@@ -225,7 +267,7 @@ private:
         std::vector<std::string> there;
         for (const list_member from : bound.from) there.insert(there.end(), (self_.*from).begin(), (self_.*from).end());
         if (bound.list == &element_type::node || bound.list == &element_type::ind_node ||
-            (!electrical_ && bound.list == &element_type::var))
+            bound.list == &element_type::digital || (!electrical_ && bound.list == &element_type::var))
             touched_.insert(value);
         if (has(there, value) || (bound.list == &element_type::ind_branch && is_name_of_branch(value))) return;
         error(place(l, j), "unknown-node", value + " is no word of " + bound.lines + near_text(there, value),
@@ -255,13 +297,21 @@ private:
 
     void check_outputs() {
         for (const own_line& l : own_.lines) {
-            if (l.w[0] != "outvar:" && l.w[0] != "bias:") continue;
+            if (l.w[0] != "bias:" &&
+                (!l.w[0].starts_with("outvar") || (l.w[0] == "outvar_ac:" && own_.library != lib_gmes)))
+                continue;
             for (int j = 2; j < l.w.size(); j += 2) check_output(l, j);
         }
     }
 
     void check_output(const own_line& l, int j) {
-        const std::string word = l.w.str(j), node_word = electrical_ ? "nodev" : "var";
+        const std::string word = l.w.str(j);
+        const auto of_line = [&](const own_output& o) {
+            return o.library == own_.library && (o.line.empty() || o.line == l.w[0]);
+        };
+        std::string node_word;
+        for (const own_output& o : own_outputs_of())
+            if (node_word.empty() && of_line(o)) node_word = o.left;
         const std::size_t of = word.find("_of_");
         if (of == std::string::npos) {
             error(place(l, j), "unknown-output", "an output is QUANTITY_of_NAME, not " + word,
@@ -271,13 +321,12 @@ private:
         const std::string left = word.substr(0, of), right = word.substr(of + 4);
         if (electrical_ && left.starts_with("pwr_elec")) return;
         std::vector<std::string> names;
-        if (left == node_word) {
-            names = electrical_ ? self_.node : self_.var;
-            names.insert(names.end(), self_.inner.begin(), self_.inner.end());
+        for (const own_output& o : own_outputs_of()) {
+            if (o.left != left || !of_line(o)) continue;
+            for (const list_member from : o.from) names.insert(names.end(), (self_.*from).begin(), (self_.*from).end());
             if (!has(names, right))
                 error(place(l, j), "unknown-output",
-                      std::string("there is no ") + (electrical_ ? "node " : "variable ") + right +
-                          near_text(names, right));
+                      std::string("there is no ") + o.what + " " + right + near_text(names, right));
             return;
         }
         for (const body_line& b : body_) {
@@ -295,6 +344,7 @@ private:
             for (const list_member list : {&element_type::inner, &element_type::rprm, &element_type::iprm})
                 offers.insert(offers.end(), (b.type->*list).begin(), (b.type->*list).end());
             for (const std::string& n : b.type->node) offers.push_back("cur(" + n + ")");
+            if (own_.library == lib_dels) offers = {"dstate"};
         }
         if (has(offers, left)) return;
         std::string all;

@@ -117,7 +117,7 @@ void check_unknown_variable(checked_deck& d, const solve_section& s, deck_word a
 
 // ---- what several checks share
 
-bool is_digital_alone(const checked_deck& d);  // a circuit of digital elements and nothing else
+bool is_digital_alone(const checked_deck& d);  // digital elements, and nothing that is electrical
 
 // Words from `first` on as keys and values. A word that nobody knows in front of a known one is alone: a value or a '='
 // is missing, and the pairs behind it are not to suffer.

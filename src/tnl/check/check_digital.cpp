@@ -17,6 +17,7 @@ struct use {
 };
 struct digital_node {
     std::vector<use> drivers, readers;
+    bool electrical = true;  // stands at electrical elements alone
 };
 
 // Nodes that a block sets at its begin: they need no output.
@@ -53,8 +54,7 @@ std::string seconds(double x) {
 double shortest_phase(const checked_deck& d, const deck_element& e) {
     if (e.type == nullptr || e.type->basics.size() != 1) return NAN;
     const std::string& basic = e.type->basics[0];
-    if (basic == "clock" || basic == "clock_random")
-        return std::min(parameter(d, e, "t1"), parameter(d, e, "t2"));
+    if (basic == "clock" || basic == "clock_random") return std::min(parameter(d, e, "t1"), parameter(d, e, "t2"));
     if (basic != "clock1") return NAN;
     const double duty = parameter(d, e, "duty");
     return std::min(duty, 1 - duty) / parameter(d, e, "f_hz");
@@ -66,7 +66,7 @@ bool is_digital_alone(const checked_deck& d) {
     if (d.is_built) return d.c.cct.flag_purely_digital;
     bool any = false;
     for (const deck_element& e : d.elements) {
-        if (e.is_placeholder) continue;
+        if (e.is_placeholder || e.library == lib_gels) continue;
         if (e.library != lib_dels) return false;
         any = true;
     }
@@ -90,6 +90,7 @@ void check_digital(checked_deck& d) {
             const use u{i, {e.statement, at}};
             if (has(e.type->driven, word)) nodes[name].drivers.push_back(u);
             if (has(e.type->reads, word)) nodes[name].readers.push_back(u);
+            if (e.library != lib_eels) nodes[name].electrical = false;
         }
     }
     const auto name_of = [&](const use& u) { return d.elements[static_cast<std::size_t>(u.element)].name; };
@@ -100,14 +101,19 @@ void check_digital(checked_deck& d) {
     for (const auto& [name, node] : nodes) {
         for (std::size_t k = 1; k < node.drivers.size(); ++k)
             d.report.warning("driven-twice", node.drivers[k].at,
-                           "digital node " + name + " is driven by " + name_of(node.drivers[0]) + " and by " +
-                               name_of(node.drivers[k]),
-                           "a digital node has one output; a gate or a selector brings two together");
-        if (node.drivers.empty() && !node.readers.empty() && !unsure && !given.count(name))
+                             "digital node " + name + " is driven by " + name_of(node.drivers[0]) + " and by " +
+                                 name_of(node.drivers[k]),
+                             "a digital node has one output; a gate or a selector brings two together");
+        if (node.drivers.empty() && !node.readers.empty() && !unsure && node.electrical)
+            d.report.error("not-driven", node.readers[0].at,
+                           "no digital element is at the digital node " + name + ", which " + name_of(node.readers[0]) +
+                               " reads" + near_text(driven, name),
+                           "delement type=dsrc y0=1 gives it a fixed level");
+        else if (node.drivers.empty() && !node.readers.empty() && !unsure && !given.count(name))
             d.report.warning("not-driven", node.readers[0].at,
-                           "nothing drives the digital node " + name + ", which " + name_of(node.readers[0]) +
-                               " reads: it stays unknown" + near_text(driven, name),
-                           "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
+                             "nothing drives the digital node " + name + ", which " + name_of(node.readers[0]) +
+                                 " reads: it stays unknown" + near_text(driven, name),
+                             "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
     }
 }
 

@@ -201,6 +201,7 @@ constexpr stop_kind kinds[] = {
     {"is less than delt_min", nullptr},
     {"then one method specified for", nullptr},
     {"interp_log: check x_start", nullptr},
+    {"ect_to_ebeu_nd:*assigning dct_to_dbeu", nullptr},
 
     // ---- statements of a solve block
     {"An unknown keyword is found in the method card",
@@ -214,6 +215,7 @@ constexpr stop_kind kinds[] = {
     {"a global parameter which depends on others", "bad-item", "@ is computed from other constants",
      "change those that stand in its expression"},
     {"parameter not identified in", "unknown-item", "", "", {}, tell_item},
+    {"digital node name not found", "unknown-item", "there is no digital node @", "", {}, tell_digital_node},
     {"solve_class: * not found in*statement", "bad-sweep", "the sweep has no %", "", {}, tell_sweep},
     {"type must be linear or log", "bad-sweep", "a sweep from A to B has the type linear or log, not @", sweep_forms},
     {"type can only be table or auto", "bad-sweep", "@ needs from and to before it, or is no type of sweep",
@@ -251,7 +253,6 @@ constexpr stop_kind kinds[] = {
      tell_initial_sol},
     {"for init sol", "given-twice", "the block has two initial_sol statements", "", "initial_sol"},
 
-    {"digital node name not found", "unknown-item", "there is no digital node @", "", {}, tell_digital_node},
     {"a digital level is 0, 1, or 2", "bad-value", "a digital level is 0, 1 or 2 (unknown), not @", ""},
 
     // ---- digital elements in circuits and blocks that have none
@@ -259,10 +260,12 @@ constexpr stop_kind kinds[] = {
      "find the state to start from with solve_type startup", "dc ssw"},
     {"constant_step is allowed only without digital", "bad-setting",
      "constant_step does not go with digital elements, whose events cut the steps", "leave it out", "constant_step"},
-    {"general elements are not allowed in a purely digital", "kinds-together",
+    {"general elements are not allowed in a purely digital",
+     "kinds-together",
      "blocks do not stand beside digital elements alone",
      "an electrical element beside them makes a mixed circuit: eelement type=r from some node to the reference",
-     {}, tell_first_block},
+     {},
+     tell_first_block},
 
     // ---- outputs of the circuit
     {"Check outvars of type *_ac_of_xxx",

@@ -17,6 +17,9 @@ struct word_line {
 constexpr word_line word_lines[] = {
     {"mainnodes:", &element_type::digital, 1, lib_dels},
     {"analog_nodes:", &element_type::ind_node, 1, lib_dels},
+    {"input_nodes:", &element_type::digital, 1, lib_dbes},
+    {"output_nodes:", &element_type::digital, 1, lib_dbes},
+    {"analog_nodes:", &element_type::ind_node, 1, lib_dbes},
     {"mainnodes:", &element_type::node, 1, lib_eels},
     {"mainnodes_anlg:", &element_type::node, 1},
     {"auxnodes_anlg:", &element_type::inner, 1},

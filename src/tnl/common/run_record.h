@@ -13,8 +13,8 @@ inline constexpr const char* partial_name = ".partial";
 inline constexpr double unknown_level = 2;  // of a digital node
 
 struct record_column {
-    std::string name;  // "time", "frequency", "harmonic", or the deck's word: "vout", "r_of_R2"
-    std::string unit;  // "s", "V", "ohm"; empty when unknown or none
+    std::string name;    // "time", "frequency", "harmonic", or the deck's word: "vout", "r_of_R2"
+    std::string unit;    // "s", "V", "ohm"; empty when unknown or none
     bool level = false;  // of a digital file: 0, 1 or unknown_level
     bool operator==(const record_column&) const = default;
 };

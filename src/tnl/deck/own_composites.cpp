@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "library/composite/composite_form.h"
+#include "library/composite/mixed_form.h"
 
 namespace cli {
 
@@ -84,8 +84,8 @@ public:
                   "add it to the program as a file in models/, or build a composite of the elements that there are");
             return;
         }
-        const composite_form* form = composite_form_of(block.library);
-        if (form == nullptr) {
+        const std::optional<entry_shape> shape = shape_of(block.library);
+        if (!shape) {
             fault(first.at[0], "composite", "this version has no composites of the kind " + begin);
             return;
         }
@@ -118,7 +118,7 @@ public:
                 if (first.w[j] == flag && first.w[j + 1] == "yes")
                     fault(first.at[at(j)], "code",
                           std::string(flag) + " needs a function that is compiled with the program");
-        entry.entry.text = complete(entry, *form, text.docs);
+        entry.entry.text = complete(entry, *shape, text.docs);
         own_.entries.push_back(std::move(entry));
     }
 
@@ -127,8 +127,7 @@ private:
         own_.faults.push_back({where, code, std::move(message), std::move(advice)});
     }
 
-    std::string complete(const own_entry& entry, const composite_form& form, const std::string& docs) {
-        const std::string element = std::string(form.basic.begin), call = std::string(form.lib.call);
+    std::string complete(const own_entry& entry, const entry_shape& shape, const std::string& docs) {
         sorted_lines dc, ac;
         bool in_ac = false;
         for (std::size_t i = 1; i < entry.lines.size(); ++i) {
@@ -146,20 +145,24 @@ private:
             const auto is_head = [&](std::span<const header_line> lines) {
                 return std::any_of(lines.begin(), lines.end(), [&](const header_line& h) { return w0 == h.keyword; });
             };
-            if (is_head(in_ac ? form.ac_lines : form.dc_lines))
+            if (is_head(in_ac ? shape.ac_lines : shape.dc_lines))
                 half.head[w0].push_back(&l);
-            else if (w0 == element + "model" || w0 == std::string(form.lib.begin) + "model")
+            else if (has_word(shape.models, w0))
                 half.models.push_back(&l);
-            else if (w0 == (in_ac ? element + "_ac" : element) || w0 == call || (in_ac && w0 == "acparm_map:"))
+            else if (has_word(in_ac ? shape.body_ac : shape.body, w0))
                 half.body.push_back(&l);
             else
-                unknown_line(l, form, in_ac);
+                unknown_line(l, entry.library, shape, in_ac);
         }
         std::string text = joined(entry.lines[0].w) + "\n" + docs;
-        write_half(dc, form.dc_lines, "end_dc", text);
-        text += "C:\nendC\n";
-        write_half(ac, form.ac_lines, "end_ac", text);
+        write_half(dc, shape.dc_lines, shape.has_halves ? "end_dc" : "", text);
+        if (shape.has_code) text += "C:\nendC\n";
+        if (shape.has_halves) write_half(ac, shape.ac_lines, "end_ac", text);
         return text + std::string(library_forms[entry.library].end) + "\n";
+    }
+
+    static bool has_word(const std::vector<std::string>& list, std::string_view word) {
+        return std::find(list.begin(), list.end(), word) != list.end();
     }
 
     static void write_half(const sorted_lines& half, std::span<const header_line> lines, const char* end,
@@ -173,18 +176,20 @@ private:
         }
         for (const auto& part : {half.models, half.body})
             for (const own_line* l : part) text += joined(l->w) + "\n";
-        text += std::string(end) + "\n";
+        if (*end) text += std::string(end) + "\n";
     }
 
-    void unknown_line(const own_line& l, const composite_form& form, bool in_ac) {
-        const std::string word = l.w.str(0), element = std::string(form.basic.begin);
+    void unknown_line(const own_line& l, int library, const entry_shape& shape, bool in_ac) {
+        const std::string word = l.w.str(0);
         std::string all;
-        for (const header_line& h : in_ac ? form.ac_lines : form.dc_lines) all += h.keyword + std::string(" ");
-        all += element + (in_ac ? "_ac" : "") + " " + std::string(form.lib.call);
-        const bool of_ac = std::any_of(form.ac_lines.begin(), form.ac_lines.end(),
+        for (const header_line& h : in_ac ? shape.ac_lines : shape.dc_lines) all += h.keyword + std::string(" ");
+        for (const std::string& b : in_ac ? shape.body_ac : shape.body) all += b + " ";
+        all.pop_back();
+        const bool of_ac = std::any_of(shape.ac_lines.begin(), shape.ac_lines.end(),
                                        [&](const header_line& h) { return word == h.keyword; }) ||
-                           word == element + "_ac";
-        fault(l.at[0], "composite", "no line of this " + std::string(form.lib.begin) + " begins with " + word,
+                           has_word(shape.body_ac, word);
+        fault(l.at[0], "composite",
+              "no line of this " + std::string(library_forms[library].begin) + " begins with " + word,
               of_ac && !in_ac ? word + " stands between begin_ac and end_ac" : "lines begin with: " + all);
     }
 
@@ -233,6 +238,35 @@ private:
 };
 
 }  // namespace
+
+std::optional<entry_shape> shape_of(int library) {
+    entry_shape shape;
+    if (library == lib_gmes) {
+        shape.dc_lines = gmes_lines;
+        shape.has_halves = shape.has_code = false;
+        shape.flags = {"allow_ac"};
+        for (const mixed_domain& d : mixed_domains) {
+            shape.models.emplace_back(d.lib.submodel);
+            shape.body.emplace_back(d.lib.call);
+        }
+        return shape;
+    }
+    const composite_form* form = composite_form_of(library);
+    if (form == nullptr) return {};
+    shape.dc_lines = form->dc_lines;
+    shape.ac_lines = form->ac_lines;
+    shape.has_halves = form->has_halves;
+    shape.has_code = form->has_code;
+    const std::string element(form->basic.begin), call(form->lib.call);
+    shape.models = {std::string(form->basic.submodel), std::string(form->lib.submodel)};
+    shape.body = {element, call};
+    if (form->has_halves) {
+        shape.body_ac = {element + "_ac", call, "acparm_map:"};
+        shape.flags = {"allow_ac", "compute_acp", "compute_noisep", "compute_rparms"};
+    }
+    if (form->may_postprocess) shape.flags.insert(shape.flags.end(), {"postprocessor", "postprocessor_ac"});
+    return shape;
+}
 
 own_composites own_composites_of(const deck_source& source) {
     own_composites own;

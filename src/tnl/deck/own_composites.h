@@ -1,10 +1,12 @@
 // own_composites.h -- composites that a user keeps in the deck or in files that it includes, as the libraries of a run
 // take them.
 #pragma once
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/words.h"
+#include "library/composite/composite_form.h"
 #include "tnl/common/run_record.h"
 #include "tnl/deck/deck_source.h"
 #include "tnl/deck/library_split.h"
@@ -41,6 +43,15 @@ struct own_composites {
 // Lines of the head may be left out and stand in any order, and so may begin_dc, end_dc and the small-signal half: they
 // are completed here. What the entries say is not looked at.
 own_composites own_composites_of(const deck_source& source);
+
+// The lines that an entry of a library is made of. Mixed composites call those of several libraries.
+struct entry_shape {
+    std::span<const header_line> dc_lines, ac_lines;
+    bool has_halves = true, has_code = true;
+    std::vector<std::string> models, body, body_ac;  // first words of lines behind the head
+    std::vector<std::string> flags;                  // words behind the name
+};
+std::optional<entry_shape> shape_of(int library);  // none: the library has no reader
 
 record_place place_of(const deck_source& source, const own_place& at);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -249,6 +250,24 @@ void complete_ac(const deck_names& names, const installed_libraries& libraries, 
         planned.sweeps.push_back({item.word, unit_of_word(names, libraries, item.word), item.values});
 }
 
+// All digital nodes of a deck, as the simulator numbers them: by statement, then by the words of its type.
+std::vector<std::string> digital_nodes(const deck_names& names, const installed_libraries& libraries) {
+    std::vector<std::string> nodes;
+    std::set<std::string> known;
+    const statement_range circuit = circuit_range(names.deck);
+    for (int i = circuit.begin; i < circuit.end; ++i) {
+        if (!names.deck.statements.begins(i, "delement")) continue;
+        const installed_library& all = libraries.library[lib_dels];
+        const auto at = all.position.find(value_of(names.deck, i, "type"));
+        if (at == all.position.end()) continue;
+        for (const words& w : lines_of(all.entries[static_cast<std::size_t>(at->second)], library_forms[lib_dels]))
+            for (int j = 1; w[0] == "mainnodes:" && j < w.size(); ++j)
+                if (const std::string node = value_of(names.deck, i, w[j]); known.insert(node).second)
+                    nodes.push_back(node);
+    }
+    return nodes;
+}
+
 // offset_dgtl of the block, also as the name of a global parameter that is a number.
 double offset_of(const deck_view& deck, statement_range block) {
     constexpr double usual = 2;
@@ -285,6 +304,9 @@ void complete_digital(const deck_names& names, const installed_libraries& librar
         if (!planned.digital) planned.columns = numbers;
     } else if (file.columns.back() == "all_nodes") {
         planned.digital = is_purely_digital(names.deck);
+        if (planned.digital && planned.kind == "trns") planned.columns.push_back({"time", "s"});
+        if (planned.digital)
+            for (const std::string& node : digital_nodes(names, libraries)) planned.columns.push_back({node, "", true});
     } else if (planned.columns.size() > n_axes) {
         planned.digital = kind_of_word(names, libraries, planned.columns[n_axes].name) != data_kind::number;
     }

@@ -18,7 +18,7 @@ enum class data_kind { number, level, state };
 data_kind kind_of_column(const deck_view& deck, const installed_libraries& libraries, std::string_view word);
 
 // All that is known of the deck's files before the run, in deck order, each once. Columns are empty for files without
-// rows and for all_nodes, whose columns the simulator chooses.
+// rows and for all_nodes, whose columns the simulator chooses, but of a deck of digital elements alone.
 std::vector<record_file> planned_files(const deck_view& deck, const installed_libraries& libraries);
 
 }  // namespace cli

@@ -115,6 +115,9 @@ plot_series lane_of(const plot_source& s, std::size_t i_column, std::size_t k, c
             stretches.close(px);
         else if (digital)
             stretches.add(px, plot_stretch::unknown, "");
+        // Rows of other columns' events would slant the edges of a thinned trace.
+        const bool holds_on = digital && inside && i + 1 < end && (level == held || (!known && std::isnan(held)));
+        if (holds_on && w.holds(px)) continue;
         if (w.holds(px)) {
             if (!inside && px > w.from && std::isfinite(w.from)) thin.add(w.from, held);
             if (std::isfinite(held) && held != level) thin.add(px, held);

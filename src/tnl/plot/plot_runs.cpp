@@ -187,8 +187,17 @@ const record_file& file_for(named_run& r, const std::vector<wanted_curve>& colum
     return *best;
 }
 
+// Whether the rows of two files lie over one another, for half of the time that both take together at least.
+bool go_together(const result_table& a, const result_table& b) {
+    const auto begin = [](const result_table& t) { return t.at(0, 0); };
+    const auto end = [](const result_table& t) { return t.at(t.n_rows() - 1, 0); };
+    if (a.n_rows() == 0 || b.n_rows() == 0) return false;
+    const double common = std::min(end(a), end(b)) - std::max(begin(a), begin(b));
+    return 2 * common >= std::max(end(a), end(b)) - std::min(begin(a), begin(b));
+}
+
 // Beside a file of one kind, of numbers or levels over time, one of the other: the one with most of the columns that
-// the first lacks, or, where none is asked for, the finest. nullptr: none.
+// the first lacks, or, where none is asked for, the finest that has rows at its times. nullptr: none.
 const record_file* companion_of(named_run& r, const record_file& first, const std::vector<wanted_curve>& columns,
                                 const plot_wish& wish) {
     if (first.kind != "trns" || !wish.file.empty() || !wish.x.empty()) return nullptr;
@@ -202,7 +211,8 @@ const record_file* companion_of(named_run& r, const record_file& first, const st
     for (const record_file* file : tables_of(r, wish)) {
         if (file->kind != "trns" || file->digital == first.digital) continue;
         if (table_of(r, *file).n_rows() < 2) continue;
-        const int n = columns.empty() ? 1 : n_columns_of(r, *file, missing);
+        int n = n_columns_of(r, *file, missing);
+        if (columns.empty()) n = go_together(table_of(r, first), table_of(r, *file)) ? 1 : 0;
         if (n > most || (n > 0 && n == most && is_finer(*file, *best))) best = file, most = n;
     }
     return best;

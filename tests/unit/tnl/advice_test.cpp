@@ -106,10 +106,10 @@ TEST(find_advice, reads_messages_as_the_simulator_prints_them) {
     for (const char* text : {"and_2.dbe: dc not allowed.\n  Halting...\n", "counter_4: dc not allowed\n"})
         EXPECT_EQ(id_of(text), "not-in-dc");
     EXPECT_EQ(id_of("clock.dbe: check t1, t2. Halting...\n"), "value-of-element");
-    for (const char* text :
-         {"solve_startup: did not converge after\n   20 passes. Halting...\n",
-          "solve_startup: did not converger after 20\n    mixed passes.\n", "solve_dc: digital passes did not converge.\n",
-          "solve_dc: all digital elements must be\n  in the stable state in DC (1). Halting...\n"})
+    for (const char* text : {"solve_startup: did not converge after\n   20 passes. Halting...\n",
+                             "solve_startup: did not converger after 20\n    mixed passes.\n",
+                             "solve_dc: digital passes did not converge.\n",
+                             "solve_dc: all digital elements must be\n  in the stable state in DC (1). Halting...\n"})
         EXPECT_EQ(id_of(text), "digital-unstable");
     EXPECT_EQ(id_of("solve_class: digital node name not found\n   in set_sgtl statement.\n   Check this string: x\n"),
               "bad-item");

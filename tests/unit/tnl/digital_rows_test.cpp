@@ -88,7 +88,11 @@ TEST(planned_files, of_all_output_variables_have_the_numbers_where_there_are_any
     const deck_view nodes = view_deck(
         "d.in", "title: t\nbegin_circuit\ndelement name=K type=counter clk=c q0=q0 q1=q1\nend_circuit\nbegin_solve\n" +
                     output("all_nodes") + "end_solve\nend_cf\n");
-    EXPECT_TRUE(planned_files(nodes, libraries()).at(0).digital);
+    const record_file all = planned_files(nodes, libraries()).at(0);
+    EXPECT_TRUE(all.digital);
+    std::string of_nodes;
+    for (const record_column& c : all.columns) of_nodes += c.name + (c.level ? "* " : " ");
+    EXPECT_EQ(of_nodes, "time c* q0* q1* ");
 }
 
 TEST(run_record, keeps_what_digital_files_are) {

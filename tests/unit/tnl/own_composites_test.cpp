@@ -140,6 +140,8 @@ TEST(own_composites, that_cannot_be_are_told_with_their_place) {
     EXPECT_EQ(fault(" ebe name=a\nnodes: p n\nC:\n f = 1;\nendebe\n"),
               "2:2 a basic element (ebe) cannot be brought by a deck: its function is compiled");
     EXPECT_EQ(fault("xce name=a\nendxce\n"), "2:1 this version has no composites of the kind xce");
+    EXPECT_EQ(fault("dce name=a\nenddce\n"), "");
+    EXPECT_EQ(fault("gme name=a\nmainnodes: a\nendgme\n"), "3:1 no line of this gme begins with mainnodes:");
     EXPECT_EQ(fault("ece name=a\nend_dc\nC:\nint x;\nendC\nendece\n"),
               "5:1 a composite of a deck has no code of its own: nobody compiles it");
     EXPECT_EQ(fault("ece name=a\nC: compiled\nendece\n"),
@@ -262,6 +264,79 @@ TEST(check_composites, calls_that_double_at_each_level_come_to_an_end) {
     }
     const std::string found = faults_of(deck_with(tower, "eelement name=T type=c39 p=in n=0\n"));
     EXPECT_NE(found.find(" refused"), std::string::npos);
+}
+
+// Mixed composites, one that calls the other; their lines stand in the order of the file.
+const std::string mixed =
+    "gme name=pair\n"
+    "mainnodes_anlg: a b\n"
+    "auxnodes_anlg: m\n"
+    "rparms: r=1k\n"
+    "outvar_anlg: vm=nodev_of_m v=v_of_r1\n"
+    "callece r name=r1 p=a n=m r=r\n"
+    "callece r name=r2 p=m n=b r=r\n"
+    "endgme\n"
+    "gme name=with_logic\n"
+    "outvar_dgtl: y=dvar_of_y\n"
+    "mainnodes_dgtl: x\n"
+    "auxnodes_dgtl: y\n"
+    "mainnodes_anlg: a b\n"
+    "callgme pair name=p a=a b=b r=2k\n"
+    "calldce not name=n a=x y=y\n"
+    "endgme\n";
+std::string in_time(std::string deck) {  // logic has no dc
+    const std::string dc = "solve_type dc\n";
+    return deck.replace(deck.find(dc), dc.size(),
+                        "solve_type trns\ninitial_sol initialize\nmethod: back_euler=yes delt_const=1n t_end=20n\n");
+}
+std::string mixed_faults(const std::string& from, const std::string& to) {
+    std::string changed = mixed;
+    if (!from.empty()) changed.replace(changed.find(from), from.size(), to);
+    return faults_of(in_time(deck_with(changed,
+                                       "gmelement name=X type=with_logic a=in b=0 x=d\n"
+                                       "delement name=C type=clock y=d\n")));
+}
+
+TEST(own_composites, of_several_domains_are_completed_and_checked_in_their_lines) {
+    const deck_source s = deck_source_of("title: t\n" + mixed + "begin_circuit\n", "d.in");
+    const own_composites own = own_composites_of(s);
+    ASSERT_EQ(own.entries.size(), 2u);
+    EXPECT_EQ(own.entries[1].entry.text,
+              "gme name with_logic\nmainnodes_anlg: a b\nauxnodes_anlg:\nstparms_anlg:\nigparms_anlg:\nmain_var:\n"
+              "aux_var:\niparms:\nsparms:\nrparms:\nrparms_derived:\nmainnodes_dgtl: x\nauxnodes_dgtl: y\n"
+              "stparms_dgtl:\nigparms_dgtl:\noutvar_anlg:\noutvar_dgtl: y dvar_of_y\noutvar_ac:\n"
+              "callgme pair name p a a b b r 2k\ncalldce not name n a x y y\nendgme\n");
+    EXPECT_EQ(mixed_faults("", ""), "");
+    EXPECT_EQ(mixed_faults("n=m r=r", "n=q r=r"), "d.in:7:25 unknown-node");
+    EXPECT_EQ(mixed_faults("n=m r=r", "r=r"), "d.in:7:1 missing-terminal");
+    EXPECT_EQ(mixed_faults("n=m r=r", "n=m rr=r"), "d.in:7:27 unknown-word");
+    EXPECT_EQ(mixed_faults("n=m r=r", "n=m r=q"), "d.in:7:29 bad-number");
+    EXPECT_EQ(mixed_faults("a=x y=y", "a=x y=a"), "d.in:16:26 unknown-node");
+    EXPECT_EQ(mixed_faults("calldce not", "calldce nott"), "d.in:16:9 unknown-type");
+    EXPECT_EQ(mixed_faults("callgme pair", "callgme par"), "d.in:15:9 unknown-type");
+    EXPECT_EQ(mixed_faults("vm=nodev_of_m", "vm=nodev_of_q"), "d.in:6:17 unknown-output");
+    EXPECT_EQ(mixed_faults("v=v_of_r1", "v=v_of_r3"), "d.in:6:30 unknown-output");
+    EXPECT_EQ(mixed_faults("y=dvar_of_y", "y=dvar_of_a"), "d.in:11:16 unknown-output");
+    EXPECT_EQ(mixed_faults("callgme pair name=p a=a b=b r=2k", "callgme with_logic name=p a=a b=b x=x"),
+              "d.in:15:9 ring");
+}
+
+TEST(own_composites, of_several_domains_have_their_statements_checked) {
+    const auto faults = [](const std::string& statement, const std::string& output = "") {
+        return faults_of(in_time(deck_with(mixed, statement + (output.empty() ? "" : "outvar: o=" + output + "\n"))));
+    };
+    const std::string good = "gmelement name=X type=pair a=in b=0\n";
+    EXPECT_EQ(faults(good), "");
+    EXPECT_EQ(faults("gmelement name=X type=pai a=in b=0\n"), "d.in:21:23 unknown-type");
+    EXPECT_EQ(faults("gmelement name=X type=pair a=in\n"), "d.in:21:1 missing-terminal");
+    EXPECT_EQ(faults("gmelement name=X type=pair a=in b=0 rr=1\n"), "d.in:21:37 unknown-word");
+    EXPECT_EQ(faults("gmelement name=X type=pair a=in b=0 r=one\n"), "d.in:21:39 bad-number");
+    for (const char* output : {"vm_of_X", "v_of_X.r1", "pwr_elec_of_X.r2"}) EXPECT_EQ(faults(good, output), "");
+    EXPECT_EQ(faults(good, "vn_of_X"), "d.in:22:11 unknown-output");
+    EXPECT_EQ(faults(good, "v_of_X.r3"), "d.in:22:11 unknown-output");
+    EXPECT_EQ(faults(good, "w_of_X.r1"), "d.in:22:11 unknown-output");
+    EXPECT_EQ(faults("gmelement name=X type=with_logic a=in b=0 x=d\ndelement name=C type=clock y=d\n", "v_of_X.p.r1"),
+              "d.in:23:11 unknown-output");
 }
 
 }  // namespace

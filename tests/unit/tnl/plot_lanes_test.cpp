@@ -75,6 +75,16 @@ TEST(plot_lanes, bits_have_lanes_of_their_own_if_wished_and_tell_where_they_are_
     EXPECT_EQ(stretches_text(p.panels[0].series[1]), "0-1:? ");
 }
 
+// Rows of other events just before an edge, within a column of the picture, do not slant it.
+TEST(plot_lanes, edges_stay_upright) {
+    result_table t = read_result_table("0 0 0\n4.99 0 0\n4.99 0 1\n5 0 1\n5 1 1\n10 1 1\n", "d.dat");
+    t.columns = {{"time", "s"}, {"a", "", true}, {"b", "", true}};
+    t.digital = true;
+    const plot_series a = plot_of_rows({{&t, "", 0, {1}, {}}}, {}, 100).panels[0].series[0];
+    EXPECT_EQ(a.x, (std::vector<double>{0, 5, 5, 10}));
+    EXPECT_EQ(a.y, (std::vector<double>{0, 0, 1, 1}));
+}
+
 TEST(plot_lanes, keep_to_the_window) {
     const result_table t = counter();
     plot_choice choice;
@@ -191,6 +201,13 @@ TEST(mixed_plot, lanes_stand_below_the_curves_of_the_run) {
               "vout | il | gate busy\nm.run: shown is wave.dat, logic.dat; --file takes also start.dat");
     EXPECT_EQ(panels_text({"m.run", "gate", "vout"}),
               "vout | gate\nm.run: shown is wave.dat, logic.dat; --file takes also start.dat");
+}
+
+TEST(mixed_plot, lanes_of_a_short_part_of_the_run_are_shown_when_asked_for) {
+    const mixed_run run;
+    write_file("m.run/logic.dat", "3.5 0 2\n3.7 0 2\n3.7 1 2\n4 1 3\n");
+    EXPECT_EQ(panels_text({"m.run"}), "vout | il\nm.run: shown is wave.dat; --file takes also start.dat, logic.dat");
+    EXPECT_EQ(panels_text({"m.run", "gate", "vout"}).substr(0, 12), "vout | gate\n");
 }
 
 TEST(mixed_plot, a_file_or_columns_of_one_kind_stand_alone) {
