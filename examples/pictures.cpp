@@ -1,6 +1,7 @@
 // pictures.cpp -- draws examples/NAME/*.svg from the rows of finished runs.
 //
-//   pictures EXAMPLES RUNS    EXAMPLES/NAME/picture.svg from RUNS/NAME/FILE; of small signals as `tnl plot` does
+//   pictures EXAMPLES RUNS    EXAMPLES/NAME/picture.svg from RUNS/NAME/FILE; of small signals and of logic as `tnl
+//                             plot` does
 #include <fstream>
 #include <iostream>
 #include <list>
@@ -123,6 +124,61 @@ const response_picture response_pictures[] = {
     {"state_variable", "bode.dat", "picture.svg", "State-variable filter with the quality 5"},
 };
 
+// Of logic: curves with lanes below them, or lanes alone.
+struct shown_name {
+    std::string column, name, unit;
+};
+struct logic_picture {
+    std::string name, title, time_name;
+    double from, to;  // s; as above
+    bool bits;        // a lane for each bit instead of the number that they make
+    std::vector<shown_name> columns;
+};
+
+const logic_picture logic_pictures[] = {
+    {"counter_decode",
+     "Counter of 4 bits: 10 and 15 decoded",
+     "time",
+     0,
+     1.8e-6,
+     false,
+     {{"ck", "clock", ""},
+      {"q0", "q0", ""},
+      {"q1", "q1", ""},
+      {"q2", "q2", ""},
+      {"q3", "q3", ""},
+      {"is10", "is 10", ""},
+      {"is15", "is 15", ""}}},
+    {"shift_register",
+     "Shift register with feedback: 15 states",
+     "time",
+     0,
+     1.7e-6,
+     true,
+     {{"ck", "clock", ""}, {"q0", "q0", ""}, {"q1", "q1", ""}, {"q2", "q2", ""}, {"q3", "q3", ""}}},
+    {"dead_time_leg",
+     "Inverter leg: 2 us without a switch, at negative current",
+     "time behind 39.61 ms",
+     39.61e-3,
+     39.69e-3,
+     false,
+     {{"v", "output", "V"}, {"i", "current", "A"}, {"pwm", "pwm", ""}, {"high", "high", ""}, {"low", "low", ""}}},
+    {"peak_current",
+     "Peak-current control of 5 A: three periods",
+     "time behind 1.96 ms",
+     1.96e-3,
+     1.99e-3,
+     false,
+     {{"il", "inductor", "A"}, {"ck", "clock", ""}, {"peak", "peak", ""}, {"on", "switch", ""}}},
+    {"sigma_delta",
+     "Sigma-delta converter at 0.3 V",
+     "time behind 100 us",
+     100e-6,
+     125e-6,
+     false,
+     {{"sum", "integrator", "V"}, {"ck", "clock", ""}, {"bit", "bit", ""}}},
+};
+
 // A sweep of a named constant is told by the name.
 void shorten(std::string& name) {
     const std::string before = "glbl_of_";
@@ -145,6 +201,32 @@ cli::plot drawn(const response_picture& p, const std::string& runs) {
     return out;
 }
 
+void show_window(cli::plot_choice& choice, double from, double to) {
+    if (!(to > from)) return;
+    choice.from = from;
+    choice.to = to;
+    choice.from_zero = true;
+}
+
+cli::plot drawn(const logic_picture& p, const std::string& runs) {
+    std::vector<std::string> words{runs + "/" + p.name};
+    for (const shown_name& c : p.columns) words.push_back(c.column);
+    cli::plot_wish wish;
+    wish.choice.title = p.title;
+    wish.choice.bits = p.bits;
+    show_window(wish.choice, p.from, p.to);
+    cli::plotted_runs plotted = cli::open_plotted(words, wish);
+    for (cli::result_table& table : plotted.tables) {
+        table.columns.at(0).name = p.time_name;
+        for (const shown_name& c : p.columns)
+            if (const int j = cli::find_column(table, c.column); j >= 0) {
+                table.columns[static_cast<std::size_t>(j)].name = c.name;
+                table.columns[static_cast<std::size_t>(j)].unit = c.unit;
+            }
+    }
+    return cli::plot_of_rows(plotted.sources, plotted.choice);
+}
+
 cli::plot drawn(const picture& p, const std::string& runs) {
     std::list<cli::result_table> tables;
     std::vector<cli::plot_source> sources;
@@ -157,11 +239,7 @@ cli::plot drawn(const picture& p, const std::string& runs) {
     }
     cli::plot_choice choice;
     choice.title = p.title;
-    if (p.to > p.from) {
-        choice.from = p.from;
-        choice.to = p.to;
-        choice.from_zero = true;
-    }
+    show_window(choice, p.from, p.to);
     return cli::plot_of_rows(sources, choice);
 }
 }  // namespace
@@ -174,6 +252,11 @@ int main(int argc, char** argv) {
     const std::string examples = argv[1], runs = argv[2];
     try {
         for (const picture& p : pictures) {
+            std::ofstream out(examples + "/" + p.name + "/picture.svg");
+            out << cli::draw_svg(drawn(p, runs));
+            if (!out) return 5;
+        }
+        for (const logic_picture& p : logic_pictures) {
             std::ofstream out(examples + "/" + p.name + "/picture.svg");
             out << cli::draw_svg(drawn(p, runs));
             if (!out) return 5;

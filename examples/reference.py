@@ -3,6 +3,7 @@
 
     reference.py EXAMPLE ROWS > expect/...
     reference.py EXAMPLE > expect/out.dat       of small signals
+    reference.py EXAMPLE > expect/levels.dat    of logic alone
 
 ROWS is a row file of a run; its times alone are read. The other columns come from here: closed forms where there are
 some, else the state equations of the circuit, written down by hand for each state of its switches, and followed by the
@@ -171,6 +172,127 @@ def rectifier_power(path):
     return p, rms, p / (top / math.sqrt(2) * rms), math.sqrt(sum(x * x for x in h[2:])) / h[1]
 
 
+def logic(t_end, level, gates, at_rise, shown):
+    """Rows of levels, two for each time at which something happens; ns. The clock `ck` turns over each 50 ns.
+
+    gates: output, delay of its rise, of its fall, function of the levels. What a gate gives behind its delay is what
+    its inputs say then. at_rise(level): delay behind a rise of the clock, and the levels that change together.
+    """
+    due, waiting, rows = {50: ["ck"]}, set(), []
+
+    def row(t):
+        rows.append((t * 1e-9, *[level[n] + 2 * k for k, n in enumerate(shown)]))
+    row(0)
+    while min(due) < t_end:
+        t = min(due)
+        row(t)
+        new = {}
+        for event in due.pop(t):
+            if event == "ck":
+                new["ck"] = 1 - level["ck"]
+                due.setdefault(t + 50, []).append("ck")
+            elif isinstance(event, dict):
+                new.update(event)
+            else:
+                new[event[0]] = event[3](level)
+                waiting.remove(event[0])
+        if new.get("ck") == 1:
+            delay, change = at_rise(level)
+            due.setdefault(t + delay, []).append(change)
+        level.update(new)
+        for gate in gates:
+            wanted = gate[3](level)
+            if wanted != level[gate[0]] and gate[0] not in waiting:
+                waiting.add(gate[0])
+                due.setdefault(t + (gate[1] if wanted else gate[2]), []).append(gate)
+        row(t)
+    row(t_end)
+    return rows
+
+
+def counter_decode():
+    bits = ["q0", "q1", "q2", "q3"]
+
+    def count(level):
+        n = (sum(level[b] << k for k, b in enumerate(bits)) + 1) % 16
+        new = {b: n >> k & 1 for k, b in enumerate(bits)}
+        return (4 if any(new[b] < level[b] for b in bits) else 3), new
+
+    def both(y, a, b):
+        return y, 2, 2, lambda l: l[a] & l[b]
+
+    def inverted(y, a):
+        return y, 1, 1, lambda l: 1 - l[a]
+    gates = [both("low3", "q0", "q1"), both("high3", "q2", "q3"), both("is15", "low3", "high3"), inverted("q0b", "q0"),
+             inverted("q2b", "q2"), both("low2", "q0b", "q1"), both("high2", "q2b", "q3"), both("is10", "low2", "high2")]
+    level = {n: 0 for n in ["ck"] + bits + [g[0] for g in gates]}
+    level.update(q0b=1, q2b=1)
+    return logic(4000, level, gates, count, ["ck"] + bits + ["is10", "is15"])
+
+
+def shift_register():
+    bits = ["q0", "q1", "q2", "q3"]
+    level = {"ck": 0, "feed": 0, **{b: 1 for b in bits}}
+
+    def shifted(level):
+        return 3, dict(zip(bits, [level["feed"], level["q0"], level["q1"], level["q2"]]))
+    return logic(3200, level, [("feed", 2, 2, lambda l: l["q3"] ^ l["q2"])], shifted, ["ck"] + bits)
+
+
+def dead_time_leg(t_end):
+    """A leg of two switches gives the sign of the current its way while both are off; v_on and r_on are left out."""
+    points, h, i, turned = [], 20e-9, 0.0, [-1.0, -1.0]  # when pwm rose and fell
+    pwm = None
+    for k in range(int(t_end / h) + 2):
+        t = k * h
+        x = t / 100e-6 % 1
+        above = 0.8 * math.sin(100 * math.pi * t) > (4 * x - 1 if x < 0.5 else 3 - 4 * x)
+        if above != pwm:
+            pwm = above
+            turned[0 if pwm else 1] = t
+        high = pwm and t >= turned[0] + 2.01e-6 or not pwm and t < turned[1] + 30e-9
+        low = not pwm and t >= turned[1] + 2.02e-6 or pwm and t < turned[0] + 40e-9
+        u = 100 if high else -100 if low else -math.copysign(100, i)
+        points.append((t, [i]))
+        new = i + h * (u - 10 * (i + 0.5 * h * (u - 10 * i) / 10e-3)) / 10e-3
+        i = new if high or low or new * i > 0 else 0.0
+    return points, h
+
+
+def peak_current(t_end):
+    points, h, i, v = [], 5e-9, 0.0, 0.0
+    on, reached = False, None
+    for k in range(int(t_end / h) + 2):
+        t = k * h
+        points.append((t, [i, v]))
+        if k % 2000 == 2:  # the clock and the delay of the flip-flop
+            on = True
+        if on and i > 5 and reached is None:
+            reached = t
+        if reached is not None and t >= reached + 30e-9:
+            on, reached = False, None
+
+        def rate(i, v):
+            return ((24.0 if on else 0.0) - v) / 100e-6, (i - v / 2) / 100e-6
+        di, dv = rate(i, v)
+        di, dv = rate(i + 0.5 * h * di, v + 0.5 * h * dv)
+        i, v = max(i + h * di, 0.0), v + h * dv
+    return points, h
+
+
+def sigma_delta(t_end):
+    """The integrator goes up by 0.3 V a period, and down by 0.7 V in a period in which a 1 is fed back."""
+    points, h, x, bit = [], 1e-9, 0.0, 0
+    for k in range(int(t_end / h) + 2):
+        if k % 1000 == 500:
+            next_bit = int(x > 1e-6)
+        if k % 1000 == 502:
+            bit = next_bit
+        points.append((k * h, [x]))
+        x += (0.3 - bit) * 1e-3
+    return points, h
+
+
 def parallel(*z):
     return 1 / sum(1 / x for x in z)
 
@@ -242,6 +364,10 @@ def main():
     name, path = (sys.argv[1:] + [None])[:2]
     if name == "rectifier_power":
         print("".join(f"{x:13.6e} " for x in rectifier_power(path)))
+        return
+    if name in ("counter_decode", "shift_register"):
+        for row in globals()[name]():
+            print("".join(f"{x:13.6e} " for x in row))
         return
     if name in small_signals:
         for row in rows_over_frequency(name):

@@ -97,9 +97,11 @@ constexpr method_word table[] = {
     {"gmin_itmax_newton", b_all, &s::gmin_itmax_newton, 500, b_dc | b_trns, "as itmax_newton"},
     {"gmin_dmp_newt_max", b_all, &s::gmin_dmp_newt_max, 200, b_dc | b_trns, "as dmp_newt_max"},
     // digital passes
-    {"n_pass_dgtl", b_all, &s::n_pass_dgtl, 20, 0, "passes over the digital elements at one time"},
-    {"n_pass_mixed", b_all, &s::n_pass_mixed, 20, 0, "passes between digital and analog elements at one time"},
-    {"offset_dgtl", b_all, &s::offset_dgtl, 2.0, 0, "distance of digital nodes in row files"},
+    {"n_pass_dgtl", b_all, &s::n_pass_dgtl, 20, b_startup,
+     "passes over the digital elements within which their levels settle, or the run stops"},
+    {"n_pass_mixed", b_all, &s::n_pass_mixed, 20, b_startup,
+     "turns of digital and analog elements within which both agree, or the run stops"},
+    {"offset_dgtl", b_all, &s::offset_dgtl, 2.0, b_startup | b_trns, "distance of the columns of levels in row files"},
     // explicit solver
     {"x_itmax_newton", b_all, &s::x_itmax_newton, 500, 0, "iterations of one solve at most"},
     {"x_itmax_newton_first", b_all, &s::x_itmax_newton_first, 500, 0, "as itmax_newton_first"},
@@ -228,7 +230,7 @@ constexpr method_section sections[] = {
      "A solve has converged when all tests that are on pass. Linear circuits are solved at once, without tests."},
     {"matrix_sparse1", "Elimination", ""},
     {"gmin_step", "Gmin stepping", ""},
-    {"n_pass_dgtl", "Digital elements", "This version has none."},
+    {"n_pass_dgtl", "Digital elements", "What they are: [logic.md](logic.md)."},
     {"x_itmax_newton", "Explicit elements", "This version has none."},
     {"n_wrtiterno", "Progress and diagnostics", ""},
     {"back_euler", "Time",
