@@ -230,7 +230,7 @@ constexpr method_section sections[] = {
      "A solve has converged when all tests that are on pass. Linear circuits are solved at once, without tests."},
     {"matrix_sparse1", "Elimination", ""},
     {"gmin_step", "Gmin stepping", ""},
-    {"n_pass_dgtl", "Digital elements", "What they are: [logic.md](logic.md)."},
+    {"n_pass_dgtl", "Digital elements", "What they are: [digital.md](digital.md)."},
     {"x_itmax_newton", "Explicit elements", "This version has none."},
     {"n_wrtiterno", "Progress and diagnostics", ""},
     {"back_euler", "Time",

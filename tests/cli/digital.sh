@@ -97,4 +97,9 @@ sed 's/s=low$/s=lou/' leg.in >wrong.in
 expect 'a fault in it' 3 "$(status_of "$tnl" check wrong.in)"
 expect 'has its place' 'wrong.in:9:36: error: lou is no word of mainnodes_dgtl: or auxnodes_dgtl:; near names: low' "$(head -1 out.txt)"
 
+# The other deck of the page: the clock rises at 50 ns, a gate of 1 ns gives a pulse until an inverter of 5 ns ends it.
+sed -n '/^    title: a pulse/,/^    end_cf/p' "$source/docs/digital.md" | sed 's/^    //' >pulse.in
+expect 'the pulses of the page' 0 "$(status_of "$tnl" run pulse.in)"
+expect 'are three of 5 ns' 0 "$(status_of "$tnl" assert pulse.in 'count(edge, rise) == 3' '0.0499 < duty(edge) < 0.0501' '50.99n < cross(edge, 0.5, 1, rise) < 51.01n' 'max(edge) <= 1')"
+
 no_faults

@@ -98,6 +98,7 @@ json words_json(const std::vector<sheet_word>& words, const part& p) {
 }
 
 std::string_view small_signal_line(const element_sheet& s) {
+    if (s.family == "d") return "An ac block leaves its levels as they are.";
     return s.small_signal ? "It has a small-signal form." : "It has no small-signal form: an ac block stops at it.";
 }
 

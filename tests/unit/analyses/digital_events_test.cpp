@@ -286,8 +286,7 @@ TEST(digital_events, come_in_the_order_and_with_the_bits_of_a_scan_of_all_units)
             ASSERT_EQ(plain.u.dstate, u.dstate);
             ASSERT_EQ(plain.u.lparm, u.lparm);
             ASSERT_EQ(plain.u.val_out, u.val_out);
-            for (int k = 0; k < u.n(); ++k)
-                ASSERT_TRUE(u.stbl[at(k)] == 1 || plain.u.t_next[at(k)] == u.t_next[at(k)]);
+            for (int k = 0; k < u.n(); ++k) ASSERT_TRUE(u.stbl[at(k)] == 1 || plain.u.t_next[at(k)] == u.t_next[at(k)]);
             ++n_events;
             if (!r.digital.changed.empty() && r.digital.changed.size() > 1) ++n_together;
         }

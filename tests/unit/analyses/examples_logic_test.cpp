@@ -143,6 +143,7 @@ TEST(examples_logic, dead_time_leg_loses_the_voltage_of_its_dead_time) {
     const table sticks = run.rows("harmonics.dat");
     ASSERT_EQ(sticks.size(), 18u);
     EXPECT_NEAR(sticks[4][1], amperes, 3e-3 * amperes);
+    EXPECT_NEAR(sticks[10][2], lost / 3, 0.01 * lost / 3) << "third harmonic of the square wave, V";
     EXPECT_LT(sticks[4][1], 0.95 * 80 / std::hypot(r, wl)) << "of a leg without dead time";
 }
 
