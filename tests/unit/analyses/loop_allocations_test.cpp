@@ -1,10 +1,12 @@
-// Counts what the loop over frequencies takes from the heap. The counting operators serve the whole test program.
+// Counts what the loop over frequencies and that over digital events take from the heap. The counting operators serve
+// the whole test program.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <new>
 
 #include "analyses/ac.h"
+#include "analyses/digital.h"
 #include "dc_fixture.h"
 #include "output/row_writers.h"
 
@@ -58,4 +60,32 @@ TEST(solve_ac, allocates_nothing_from_the_second_frequency_on) {
     });
     EXPECT_EQ(before, 0);
     EXPECT_GT(n_allocations, 0);
+}
+
+TEST(digital_events, take_nothing_from_the_heap) {
+    const temp_folder folder;
+    circuit c = circuit_of(
+        "title: test\nbegin_circuit\ndelement name=K type=clock y=ck t1=5n t2=5n\n"
+        "delement name=L type=clock y=cl t1=5.00005n t2=4.99995n\n"
+        "delement name=U type=dsrc y=up y0=1\ndelement name=Z type=dsrc y=r\n"
+        "delement name=N type=counter_4 clk=ck r=r up=up q0=q0 q1=q1 q2=q2 q3=q3\n"
+        "delement name=G type=xor a=q0 b=cl y=g td_rise=0 td_fall=0\ndelement name=I type=not a=g y=h\n"
+        "end_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=0 t_end=1m\nend_solve\nend_cf\n",
+        installed_libraries());
+    run_state r(c);
+    long before = 0;
+    run_and_listen([&] {
+        prepare_circuit(r);
+        read_block(r, 0);
+        init_sol(r);
+        begin_events(r);
+        before = n_allocations;
+        for (int k = 0; k < 20000; ++k) {
+            r.flags.time_given = next_event(r, 1.0);
+            dbe_process(r, r.flags.time_given);
+            dbe_schedule(r);
+        }
+    });
+    EXPECT_GT(r.flags.time_given, 1e-5);
+    EXPECT_EQ(n_allocations - before, 0);
 }
