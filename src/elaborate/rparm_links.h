@@ -13,9 +13,9 @@ struct rparm_link {
     bool is_start = false;  // a stparm, else an rparm
     int index = -1;         // in the instance's row
     // of a reader: where the parameter stands at unit level
-    int n_source = 0;      // places in units of the instance that the composite feeds from it
-    int source = -1;       // the last of them, in rprm or sv of the family's units
-    int source_unit = -1;  // and its unit
+    int n_source = 0;        // places in units of the instance that the composite feeds from it
+    int source = -1;         // the last of them, in rprm or sv of the family's units
+    int source_unit = -1;    // and its unit
     int source_family = -1;  // family of that unit: of a mixed instance that of one of its parts
 };
 

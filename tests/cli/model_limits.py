@@ -36,6 +36,8 @@ def deck(sheet, values):
     if sheet["family"] == "e":
         lines += [f"gelement name=B_{w.split('=')[1]} type=const y={w.split('=')[1]}"
                   for w in words if w.split("=")[0] in terminals(sheet, "variable")]
+        lines += [f"delement name=D_{w.split('=')[1]} type=dsrc y={w.split('=')[1]}"
+                  for w in words if w.split("=")[0] in terminals(sheet, "digital node")]
     lines += [" ".join(words), "end_circuit", "begin_solve", "solve_type startup", "end_solve", "end_cf", ""]
     (work / "d.in").write_text("\n".join(lines), encoding="ascii")
 

@@ -8,7 +8,7 @@
 #include "deck/tmpdim_class.h"
 #include "elaborate/families.h"
 #include "library/basic_form.h"
-#include "library/composite/composite_form.h"
+#include "library/composite/mixed_form.h"
 #include "settings/solve_words.h"
 #include "tnl/results/measure_functions.h"
 
@@ -132,6 +132,20 @@ std::string words_of_family(const basic_form& form, const basic_form& form_ac, c
 std::string library_words() { return words_of_family(ebes_form, ebac_form, eels_form); }
 std::string block_words() { return words_of_family(gbes_form, gbac_form, gels_form); }
 
+std::string mixed_words() {
+    word_set all = {"gme name=", "endgme",  "name=",    "model=", "type=",  "allow_ac=yes",
+                    "nodev_of_", "var_of_", "dvar_of_", "_of_",   "\\x0a+ "};
+    all.insert(numbers.begin(), numbers.end());
+    all.insert(expressions.begin(), expressions.end());
+    for (const header_line& l : gmes_lines) all.insert(l.keyword);
+    for (const mixed_domain& d : mixed_domains) {
+        all.insert(std::string(d.lib.call));
+        all.insert(std::string(d.lib.submodel));
+    }
+    for (const char* callee : {"r ", "vsrcdc ", "and_2 ", "intgrtr ", "p=", "n=", "x=", "y=", "a=", "b="})
+        all.insert(callee);
+    return as_dictionary(all);
+}
 std::string digital_words() { return words_of_family(dbes_form, dbes_form, dels_form); }
 
 std::string composite_words() {
@@ -183,6 +197,7 @@ constexpr fuzz_target targets[] = {
     {"library", fuzz_library, library_words},
     {"blocks", fuzz_blocks, block_words},
     {"digital", fuzz_digital, digital_words},
+    {"mixed", fuzz_mixed, mixed_words},
     {"data", fuzz_data, data_words},
     {"expression", fuzz_expression, expression_words},
     {"solution", fuzz_solution, solution_words},

@@ -17,8 +17,8 @@ using table = std::vector<std::vector<double>>;
 // Works in a folder of its own with all installed libraries while it lives.
 class whole_run {
 public:
-    // without: a word that is cut out of all library texts; more_eels, more_gmes: electrical and mixed composites of the
-    // test's own.
+    // without: a word that is cut out of all library texts; more_eels, more_gmes: electrical and mixed composites of
+    // the test's own.
     explicit whole_run(const std::string& deck, const std::string& without = "", const std::string& more_eels = "",
                        const std::string& more_gmes = "") {
         const library_change add = more_entries("eels.aux", "ece_all.lst", more_eels);

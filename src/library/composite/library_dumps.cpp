@@ -134,7 +134,7 @@ void write_row(std::ostream& out, const std::string& tag, const row_table<T>& ta
     out << "      " << tag << ':';
     for (int j = 0; j < table.size(row); ++j) {
         out << ' ' << table.row(row)[j];
-        if (flag && flag->row(row)[j] != -1) out << '(' << flag->row(row)[j] << ')';
+        if (flag && row < flag->n_rows() && flag->row(row)[j] != -1) out << '(' << flag->row(row)[j] << ')';
     }
     out << '\n';
 }

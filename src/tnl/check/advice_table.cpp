@@ -431,7 +431,8 @@ constexpr pattern_row rows[] = {
      "is smaller than its model|is smaller than its function|no function is compiled for the composite|"
      "has no source for its parameters|nothing calls the source of|d_dt|(function part)|one of the KCL equations is "
      "using a local_var|expected f_|"
-     "something wrong with*string is|sparm string is too long|xvars are not allowed for|no_functions|map_jacobian|check * library|"
+     "something wrong with*string is|sparm string is too long|xvars are not allowed "
+     "for|no_functions|map_jacobian|check * library|"
      ": type not found. Halting"},
     {"capacity", "Insufficient storage|nnz_|mnz_w|is too large!|is too large|too large."},
     {"statement-too-long", "strcpy_chk"},

@@ -55,7 +55,8 @@ void check_variables(checked_deck& d) {
         const use* writer = nullptr;
         bool has_block = false, is_read = asked_for.count(name) > 0;
         for (const use& u : list) {
-            has_block = has_block || library_forms[element(u).library].statement == "gelement";
+            const int library = element(u).library;
+            has_block = has_block || library == lib_gels || library == lib_gmes;
             if (!u.writes) {
                 is_read = true;
                 continue;
