@@ -53,6 +53,11 @@ void init_sol(run_state& r) {
         if (r.slv.task.init_file) {
             read_solution(r.slv, r.c, r.flags);
             take_levels_as_outputs(r.c.dbeu);
+            if (!r.slv.flag_prev_solution_exists && forgets_plans(r.c.dbeu)) {
+                say("warning: digital elements have events pending");
+                say("  whose outcome the solution file does not hold.");
+                say("  Their next levels may be wrong.");
+            }
         } else {
             set_ig(r.slv, r.c);
             set_dig(r.slv, r.c);

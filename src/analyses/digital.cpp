@@ -81,6 +81,12 @@ void dbe_init_guess(run_state& r) {
     call_all_digital(r);
 }
 
+bool forgets_plans(const dbeu_class& u) {
+    for (int k = 0; k < u.n(); ++k)
+        if (u.stbl[at(k)] == 0 && u.first_lprm[at(k) + 1] - u.first_lprm[at(k)] > 1) return true;
+    return false;
+}
+
 void call_digital_models(run_state& r) {
     const std::vector<dbe_call>& call = r.digital.call;
     take_start_values(r.c.dbeu);

@@ -42,6 +42,9 @@ void call_all_digital(run_state& r);
 void dbe_init_guess(run_state& r);
 // Behind a solution file, which has levels of nodes alone: what units have put out is what stands there.
 void take_levels_as_outputs(dbeu_class& units);
+// Where nothing was solved before that file was read: whether a unit has an event pending whose outcome it keeps in
+// numbers that the file has not.
+bool forgets_plans(const dbeu_class& units);
 // The levels that the block sets.
 void set_dgtl(run_state& r);
 // Passes over all units under startup until no level changes; the first from nothing begins with unknown levels, and

@@ -21,9 +21,11 @@ void run_clock(const source_form& form, const clock_phases& phases, double& peri
     if (refused_or_ended(form, u)) return;
     const double now = u.flags->time_given;
     if (u.flags->process) {
+        // The level tells the phase, also in a run that begins from a solution file, which has levels alone.
+        const bool was_first = (u.val_out[0] == 1) == phases.polarity;
         u.put(0, u.val_out[0] != 1);
-        arm_at(u, now + (u.lparm[0] ? phases.second : phases.first));
-        u.lparm[0] = !u.lparm[0];
+        arm_at(u, now + (was_first ? phases.second : phases.first));
+        u.lparm[0] = !was_first;
         return;
     }
     period = phases.first + phases.second;

@@ -58,7 +58,7 @@ void begin(const flip_flop_form& form, const digital_unit& u) {
 void run_flip_flop(const flip_flop_form& form, const digital_unit& u) {
     const flags_class* flags = u.flags;
     if (flags->process) {
-        bool q = u.lparm[0] == 1;
+        bool q = u.dstate == rise;  // as lparm[0] has it, which a run from a solution file does not know
         if (u.dstate != rise && u.dstate != fall) digital_stop(form.wrong_state);
         is_forced(form, u, q);
         put_state(u, q);

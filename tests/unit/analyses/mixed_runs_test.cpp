@@ -251,3 +251,48 @@ TEST(mixed_runs, a_digital_word_switches_and_a_code_sets_a_voltage) {
     }
     EXPECT_GT(n_checked, 200);
 }
+
+// Another run than the one that wrote the file knows its levels alone.
+TEST(mixed_solutions, another_run_goes_on_with_clocks_and_flip_flops_and_doubts_counters) {
+    const std::string clocks =
+        "delement name=Z type=dsrc y=zero\ndelement name=ONE type=dsrc y=one y0=1\n"
+        "delement name=K type=clock y=ck t1=2u t2=3u\n"
+        "delement name=F type=dff d=one clk=ck s=zero r=zero q=q qb=qb td_rise=4u td_fall=4u\n"
+        "outvar: ck=dvar_of_ck q=dvar_of_q\n";
+    const std::string counter =
+        "delement name=N type=counter_4 clk=ck r=zero up=one q0=q0 q1=q1 q2=q2 q3=q3 td_rise=4u td_fall=4u\n";
+    const auto deck = [](const std::string& circuit, const std::string& cards, const std::string& files) {
+        return "title: solution\nbegin_circuit\n" + circuit + "end_circuit\n" + block("trns", cards, files) +
+               "end_cf\n";
+    };
+    // At 6 us the clock is in its second 1 until 7 us, and q, for which the edge at 5 us asks, rises at 9 us.
+    const auto solution_of = [&](const std::string& circuit) {
+        return whole_run(deck(circuit, "method: t_start=0 t_end=6u\n", file("end.dat", "solution"))).file("end.dat");
+    };
+    const auto from = [&](const std::string& circuit, const std::string& solution) {
+        const temp_folder outside;
+        std::ofstream("end.dat") << solution;
+        const std::string path = std::filesystem::absolute("end.dat");
+        const whole_run run(deck(circuit, "initial_sol file filename=" + path + "\nmethod: t_start=0 t_end=10u\n",
+                                 file("levels.dat", "ck q")));
+        EXPECT_FALSE(run.stopped) << run.text;
+        return std::pair(run.text, run.rows("levels.dat"));
+    };
+    const auto [text, rows] = from(clocks, solution_of(clocks));
+    EXPECT_EQ(text.find("warning: digital"), std::string::npos) << text;
+    std::vector<double> edges_of_clock, edges_of_q;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        if (rows[i][1] != rows[i - 1][1]) edges_of_clock.push_back(rows[i][0]);
+        if (rows[i][2] != rows[i - 1][2]) edges_of_q.push_back(rows[i][0]);
+    }
+    ASSERT_EQ(edges_of_clock.size(), 4u);
+    const double wanted[] = {1e-6, 4e-6, 6e-6, 9e-6};
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(edges_of_clock[i], wanted[i], 1e-11) << i;
+    ASSERT_EQ(edges_of_q.size(), 1u);
+    EXPECT_NEAR(edges_of_q[0], 3e-6, 1e-11);
+
+    EXPECT_NE(from(clocks + counter, solution_of(clocks + counter))
+                  .first.find("warning: digital elements have events pending\n"
+                              "  whose outcome the solution file does not hold.\n  Their next levels may be wrong.\n"),
+              std::string::npos);
+}
