@@ -67,7 +67,7 @@ void call_all_digital(run_state& r) {
     dbeu_class& units = r.c.dbeu;
     dvar_to_l(r);
     for (int u = 0; u < units.n(); ++u) call_unit(r, u);
-    for (int n = 0; n < units.n_nd; ++n) units.dvar[at(n)] = d.node[at(n)].now;
+    for (int n = 0; n < units.n_nd; ++n) units.dvar[at(n)] = static_cast<unsigned char>(d.node[at(n)].now);
 }
 
 void dbe_init_guess(run_state& r) {
@@ -158,7 +158,7 @@ bool dbe_process(run_state& r, double t) {
         digital_class::node_levels& node = d.node[at(n)];
         node.moved = 0;
         if (units.dvar[at(n)] == node.now) continue;
-        units.dvar[at(n)] = node.now;
+        units.dvar[at(n)] = static_cast<unsigned char>(node.now);
         analog |= node.feeds_analog != 0;
         d.changed.push_back(n);
         for (int k = units.reader.first[at(n)]; k < units.reader.first[at(n) + 1]; ++k)
