@@ -13,6 +13,7 @@
 #include "models/digital_links.h"
 #include "models/digital_outputs.h"
 #include "models/edges.h"
+#include "models/explicit_functions.h"
 #include "models/model_functions.h"
 
 // Two columns of a data file, x ascending.
