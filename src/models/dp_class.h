@@ -14,7 +14,10 @@
 #include "models/digital_outputs.h"
 #include "models/edges.h"
 #include "models/explicit_functions.h"
+#include "models/frames.h"
 #include "models/model_functions.h"
+#include "models/sampling.h"
+#include "models/source_waves.h"
 
 // Two columns of a data file, x ascending.
 struct data_table {
