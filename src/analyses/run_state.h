@@ -31,6 +31,7 @@ struct run_state {
     math_cnst_class math_cnst;
     unit_family<electrical_family> ebe{c.ebeu, c.lib.ebes};
     unit_family<general_family> gbe{c.gbeu, c.lib.gbes};
+    unit_family<explicit_family> xbe{c.xbeu, c.lib.xbes};
     digital_class digital;
     ac_class ac{c};
     assembly_plan plan;
