@@ -6,6 +6,7 @@
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "models/block_functions.h"
+#include "models/control_edges.h"
 #include "models/digital_clocks.h"
 #include "models/digital_counters.h"
 #include "models/digital_flipflops.h"
@@ -28,6 +29,8 @@ struct data_table {
 struct dp_class {
     std::vector<data_table> table;
     std::vector<int> gbe_table;  // [general units] its table; -1
+    mean_slots average_mv_x, rms_mv_x;
+    delay_lines delay_2_x;
 
     const data_table& of_gbe(int i_gbeu) const {
         return table[static_cast<std::size_t>(gbe_table[static_cast<std::size_t>(i_gbeu)])];

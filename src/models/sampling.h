@@ -69,3 +69,14 @@ private:
     std::size_t n_ = 0, oldest_ = 0;
     double t_start_ = 0.0;
 };
+
+// The delays of all blocks of a kind, by the number of the unit.
+struct delay_lines {
+    std::vector<delay_line> line;
+    // Makes room for unit i.
+    delay_line& prepare(int i) {
+        if (line.size() <= static_cast<std::size_t>(i)) line.resize(static_cast<std::size_t>(i) + 1);
+        return line[static_cast<std::size_t>(i)];
+    }
+    delay_line& operator[](int i) { return line[static_cast<std::size_t>(i)]; }
+};
