@@ -4,7 +4,10 @@
 #include "library/basic_library.h"
 #include "models/dp_class.h"
 
-// Reads the files of all general units, kind of element by kind, in unit order within one. i_lib [units]: template;
-// sprm: string parameters of each unit. Halts for a unit without a file, and with what is wrong with a file.
-void read_gbe_data_files(const gbes_class& gbes, const std::vector<int>& i_lib, const row_table<char*>& sprm,
+// Reads the files of all units of a family, kind of element by kind, in unit order within one, and numbers the units of
+// clock_delay_2. i_lib [units]: template; sprm: string parameters of each unit. Halts for a unit without a file, and
+// with what is wrong with a file; the texts begin with "dp_class::", "gbe" or "xbe", and the element type.
+void read_gbe_data_files(const basic_library& gbes, const std::vector<int>& i_lib, const row_table<char*>& sprm,
+                         dp_class& dp);
+void read_xbe_data_files(const basic_library& xbes, const std::vector<int>& i_lib, const row_table<char*>& sprm,
                          dp_class& dp);

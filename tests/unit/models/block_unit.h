@@ -33,6 +33,16 @@ struct block_numbers {
     bool operator==(const block_numbers&) const = default;
 };
 
+// For blocks that read a file: points, switching times, or 2 values along each axis.
+inline data_table table_for(const std::string& type) {
+    if (type.starts_with("pwm_file")) return {{0.05, 0.1, 0.3}, {}};
+    if (!type.starts_with("lut_file")) return {{-0.5, 0.1, 0.1, 0.6}, {1, 2, -1, 3}};
+    const int n_axes = type[9] - '0', n_y = type.back() - '0';
+    data_table table{{}, {}, std::vector<int>(static_cast<std::size_t>(n_axes), 2), n_y};
+    for (int i = 0; i < n_y << n_axes; ++i) table.y.push_back(i * i - 3.5 * i);
+    return table;
+}
+
 struct block_unit {
     const gbes_class& lib;
     std::string name;
@@ -63,8 +73,8 @@ struct block_unit {
         sized(x.xvr, l.xvr.count(e));
         sized(x.f, lib.func.n_func(e));
         jac.initialise(lib, e);
-        dp.table = {{{-0.5, 0.1, 0.1, 0.6}, {1, 2, -1, 3}}};  // for blocks that read a file
-        dp.gbe_table = {0};
+        dp.gbe.table = {table_for(type)};
+        dp.gbe.of_unit = {0};
     }
 
     void call() {

@@ -47,7 +47,7 @@ TEST(data_files, are_read_for_the_units_that_have_one) {
     write_file("b.dat", "-1 7\n1 8");
     data_units u({{1, "a.dat"}, {0, ""}, {1, "b.dat"}});
     u.read();
-    EXPECT_EQ(u.dp.gbe_table, (std::vector<int>{0, -1, 1}));
+    EXPECT_EQ(u.dp.gbe.of_unit, (std::vector<int>{0, -1, 1}));
     EXPECT_EQ(u.dp.of_gbe(0).x, (std::vector<double>{0, 1e-3, 2e-3}));
     EXPECT_EQ(u.dp.of_gbe(0).y, (std::vector<double>{1, 2.5, -3}));
     EXPECT_EQ(u.dp.of_gbe(2).x, (std::vector<double>{-1, 1}));
