@@ -74,8 +74,12 @@ std::vector<listed_word> listed(const entry_lines& lines) {
                     for (int i = 1; i < w.size(); ++i) found.push_back({w.str(i), ""});
         const bool output = l.kind.empty();
         for (name_and_value& f : found) {
-            const bool shared = output && (f.value == "var_of_" + f.name || f.value == "dvar_of_" + f.name ||
-                                           f.value == "xvar_of_" + f.name);
+            const bool repeats = output && (f.value == "var_of_" + f.name || f.value == "dvar_of_" + f.name);
+            const bool repeats_x = output && f.value == "xvar_of_" + f.name &&
+                                   std::any_of(all.begin(), all.end(), [&](const listed_word& terminal) {
+                                       return terminal.word.word == f.name;
+                                   });
+            const bool shared = repeats || repeats_x;
             const std::string kind(digital ? "digital node" : l.kind);
             all.push_back({l.member, {f.name, kind, output ? "" : f.value, "", ""}, shared});
         }
