@@ -4,6 +4,7 @@
 
 #include "base/halt.h"
 #include "base/numeric.h"
+#include "models/algebra_functions.h"
 #include "models/block_functions.h"
 #include "models/control_edges.h"
 #include "models/data_table.h"
