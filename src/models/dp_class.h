@@ -19,6 +19,7 @@
 #include "models/explicit_functions.h"
 #include "models/frames.h"
 #include "models/lookup.h"
+#include "models/machines.h"
 #include "models/model_functions.h"
 #include "models/sampling.h"
 #include "models/source_waves.h"
