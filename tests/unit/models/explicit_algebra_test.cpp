@@ -135,8 +135,8 @@ TEST(explicit_tables, are_straight_between_the_points_of_a_file) {
     u.r("x1_begin") = 1;
     u.r("x1_end") = 5;  // points at 1, 3, 5
     u.prepare();
-    const double cases[][4] = {{0, 0, 10, -1}, {1, 0, 10, -1}, {2, 0.5, 20, -1.5}, {3, 1, 30, -2}, {4.5, 3.25, 22.5, -3.5},
-                               {9, 4, 20, -4}};
+    const double cases[][4] = {{0, 0, 10, -1}, {1, 0, 10, -1},          {2, 0.5, 20, -1.5},
+                               {3, 1, 30, -2}, {4.5, 3.25, 22.5, -3.5}, {9, 4, 20, -4}};
     for (const auto& c : cases) {
         u.output(0, {c[0]});
         for (int k = 0; k < 3; ++k) EXPECT_NEAR(u.x.vr[static_cast<std::size_t>(1 + k)], c[1 + k], 1e-12) << c[0];

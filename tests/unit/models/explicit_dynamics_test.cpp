@@ -140,7 +140,8 @@ TEST(explicit_delay, stops_when_its_points_have_no_room) {
     u.prepare();
     u.guess();
     for (int n = 0; n < 5; ++n) u.accept(1e-4 * n);
-    EXPECT_HALT(u.accept(5e-4), "delay_2.xbe: more points within td than n_delay.\n  n_delay is 5\n  td=0.001\n  Halting...\n");
+    EXPECT_HALT(u.accept(5e-4),
+                "delay_2.xbe: more points within td than n_delay.\n  n_delay is 5\n  td=0.001\n  Halting...\n");
     u.i("n_delay") = 1;
     EXPECT_HALT(u.prepare(), "delay_2.xbe: n_delay is too small.\n  n_delay is 1\n  Halting...\n");
     u.r("td") = 0;

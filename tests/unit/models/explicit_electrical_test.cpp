@@ -20,8 +20,8 @@ std::vector<double> rows(explicit_unit& u, double v, double i) {
 }
 
 TEST(explicit_networks, have_branches_with_their_nodes_as_first_inputs) {
-    for (const char* name : {"e_c", "e_l", "e_r", "e_diode_r", "e_thyristor", "e_voltmeter_fb", "e_vpulse", "e_vsrcac",
-                             "e_vsrcdc"}) {
+    for (const char* name :
+         {"e_c", "e_l", "e_r", "e_diode_r", "e_thyristor", "e_voltmeter_fb", "e_vpulse", "e_vsrcac", "e_vsrcdc"}) {
         explicit_unit u(name);
         EXPECT_EQ(u.lib.list.cct.count(u.e), 2) << name;
         EXPECT_EQ(u.lib.list.bev.count(u.e), 1) << name;
@@ -61,8 +61,8 @@ TEST(explicit_networks, have_states_of_capacitors_and_inductors) {
     EXPECT_DOUBLE_EQ(l.x.fg[0], 4000);
 }
 
-// 1 V behind 1 kilohm charges 1 uF: at each voltage the current by hand solves all rows, and the slopes it gives lead to
-// 1 - 1/e after one time constant.
+// 1 V behind 1 kilohm charges 1 uF: at each voltage the current by hand solves all rows, and the slopes it gives lead
+// to 1 - 1/e after one time constant.
 TEST(explicit_networks, charge_a_capacitor_through_a_resistor) {
     explicit_unit r("e_r"), c("e_c"), source("e_vsrcdc");
     r.r("r") = 1e3;
@@ -142,7 +142,8 @@ TEST(explicit_networks, have_sources_over_the_explicit_time) {
     ac.r("vdc") = 1;
     ac.r("t0") = 1e-3;
     ac.prepare();
-    for (const double t : {0.0, 1e-3, 7e-3}) EXPECT_NEAR(voltage(ac, t), 1 + 10 * std::cos(100 * pi * (t - 1e-3)), 1e-12);
+    for (const double t : {0.0, 1e-3, 7e-3})
+        EXPECT_NEAR(voltage(ac, t), 1 + 10 * std::cos(100 * pi * (t - 1e-3)), 1e-12);
     dc.r("vdc") = 6;
     dc.r("k_scale") = 2;
     dc.prepare();
@@ -153,11 +154,12 @@ TEST(explicit_networks, have_sources_over_the_explicit_time) {
     EXPECT_EQ(voltage(dc, 1), 0);
     EXPECT_EQ(voltage(dc, 1.5), 3);
     EXPECT_EQ(voltage(dc, 3), 12);
-    for (const auto& [word, value] : {std::pair{"v1", -1.0}, {"v2", 3.0}, {"td", 1.0}, {"tr", 0.1}, {"tf", 0.2},
-                                      {"pw", 0.5}, {"per", 2.0}})
+    for (const auto& [word, value] :
+         {std::pair{"v1", -1.0}, {"v2", 3.0}, {"td", 1.0}, {"tr", 0.1}, {"tf", 0.2}, {"pw", 0.5}, {"per", 2.0}})
         pulse.r(word) = value;
     pulse.prepare();
-    const double points[][2] = {{0.5, -1}, {1, -1}, {1.05, 1}, {1.1, 3}, {1.6, 3}, {1.7, 1}, {1.8, -1}, {2.9, -1}, {3.05, 1}};
+    const double points[][2] = {{0.5, -1}, {1, -1},   {1.05, 1}, {1.1, 3}, {1.6, 3},
+                                {1.7, 1},  {1.8, -1}, {2.9, -1}, {3.05, 1}};
     for (const auto& p : points) EXPECT_NEAR(voltage(pulse, p[0]), p[1], 1e-12) << p[0];
 }
 

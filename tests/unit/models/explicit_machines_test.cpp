@@ -63,8 +63,8 @@ std::vector<T> by_midpoint(const system_of<T>& f, std::vector<T> x, double h, in
 // ---- brushless DC machine ----
 
 TEST(trapezoid, has_flat_tops_of_120_degrees_and_ramps_of_60_between) {
-    const double points[][2] = {{0, 0},    {15, 0.5},  {30, 1},   {90, 1},   {150, 1},  {165, 0.5},  {180, 0},
-                                {195, -0.5}, {210, -1}, {270, -1}, {330, -1}, {345, -0.5}, {360, 0}, {375, 0.5}};
+    const double points[][2] = {{0, 0},      {15, 0.5}, {30, 1},   {90, 1},   {150, 1},    {165, 0.5}, {180, 0},
+                                {195, -0.5}, {210, -1}, {270, -1}, {330, -1}, {345, -0.5}, {360, 0},   {375, 0.5}};
     for (const auto& p : points) {
         EXPECT_NEAR(trapezoid(p[0] * pi / 180).f, p[1], 1e-12) << p[0];
         EXPECT_NEAR(trapezoid((p[0] - 720) * pi / 180).f, p[1], 1e-12) << p[0];
@@ -83,8 +83,8 @@ struct brushless {
     explicit_unit states{"bldc1a"}, out{"bldc1_out"};
     brushless() {
         for (explicit_unit* u : {&states, &out}) {
-            for (const auto& [word, value] : {std::pair{"rs", 0.6}, {"ls", 2e-3}, {"lam", 0.08}, {"poles", 6.0},
-                                              {"j", 2e-3}, {"b_f", 1e-3}})
+            for (const auto& [word, value] :
+                 {std::pair{"rs", 0.6}, {"ls", 2e-3}, {"lam", 0.08}, {"poles", 6.0}, {"j", 2e-3}, {"b_f", 1e-3}})
                 u->r(word) = value;
             u->prepare();
         }
@@ -197,7 +197,7 @@ TEST(induction_machine, has_the_currents_and_torques_of_its_equivalent_circuit) 
         const double period = 2 * pi / w_line;
         const values start = {0, 0, 0, 0, (1 - p.slip) * w_line / 2, 0};
         const values x = integrated<double>(f, start, period / 400, 400 * 360);  // 6 s: all has settled
-        const values o = outputs_at(out, values(x.begin(), x.begin() + 4));  // ia ib ic te
+        const values o = outputs_at(out, values(x.begin(), x.begin() + 4));      // ia ib ic te
         const number i = 2.0 / 3 * (o[0] + o[1] * std::polar(1.0, third) + o[2] * std::polar(1.0, -third));
         EXPECT_NEAR(std::abs(i), p.amplitude, 1e-6 * p.amplitude) << p.slip;
         if (p.degrees == p.degrees) {  // whole periods have passed
@@ -248,7 +248,8 @@ TEST(induction_machine, starts_on_the_line_as_its_currents_in_the_frame_of_the_r
         return std::vector<number>{(lr * us - lm_line * ur) / det, (ls * ur - lm_line * us) / det,
                                    number((te - tl) / 0.089, wm)};
     };
-    const values a = integrated<double>(model, values(6, 0.0), h, n), b = integrated<double>(turning, values(6, 0.0), h, n);
+    const values a = integrated<double>(model, values(6, 0.0), h, n),
+                 b = integrated<double>(turning, values(6, 0.0), h, n);
     const std::vector<number> c = by_midpoint<number>(other, std::vector<number>(3, 0.0), h / 25, 25 * n);
     for (const values* x : {&a, &b}) {
         EXPECT_NEAR((*x)[4], c[2].real(), 1e-4 * c[2].real());
