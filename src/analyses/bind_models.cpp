@@ -109,6 +109,11 @@ void make_room_for_totals(run_state& r) {
 void bind_models(run_state& r) {
     make_room_for_totals(r);
     for_families(r, [](auto& f) { bind_family(f); });
+    bind_family(r.xbe);
+    for (int u = 0; u < r.xbe.n(); ++u) {
+        r.xbe.call[at(u)].index = r.c.xbeu.vr.row(u);
+        r.xbe.call[at(u)].all = r.c.xbeu.val_vr.data();
+    }
     bind_digital(r);
     bind_composites(r);
 }

@@ -2,6 +2,7 @@
 
 #include "analyses/accepted_point.h"
 #include "analyses/evaluate.h"
+#include "analyses/trns_x.h"
 #include "analyses/newton.h"
 #include "analyses/residual.h"
 #include "analyses/solution_vector.h"
@@ -50,6 +51,7 @@ void init_sol(run_state& r) {
             halt({"init_sol: previous solution does not exist?", "   check initial_sol statement. Halting..."});
     } else {
         clear_solvec(r);
+        if (r.c.xbeu.n() > 0) guess_explicit(r);
         if (r.slv.task.init_file) {
             read_solution(r.slv, r.c, r.flags);
             take_levels_as_outputs(r.c.dbeu);

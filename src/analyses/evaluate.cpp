@@ -1,6 +1,7 @@
 #include "analyses/evaluate.h"
 
 #include "analyses/composite_parms.h"
+#include "analyses/explicit.h"
 #include "base/at.h"
 
 namespace {
@@ -49,6 +50,7 @@ void one_time_parms(run_state& r) {
     compute_rparms(r);
     const raised on(r.flags.one_time_parms);
     call_all(r);
+    one_time_parms_explicit(r);
     call_digital_models(r);
 }
 

@@ -11,7 +11,8 @@ call_part part_of(const unit_family<Rows>& f, int u, bool wanted) {
     if (!f.has(&entry_flags::pure, u)) return changing;
     if (!wanted) return left_out;
     // A digital level may change while the variables stand.
-    const bool stands = f.has(&entry_flags::timeless, u) && f.lib.list.dgtl.count(f.entry(u)) == 0;
+    const bool stands = f.has(&entry_flags::timeless, u) && f.lib.list.dgtl.count(f.entry(u)) == 0 &&
+                        f.lib.list.xvr.count(f.entry(u)) == 0;
     return stands ? held : accepted;
 }
 

@@ -5,6 +5,7 @@
 #include "analyses/ac_system.h"
 #include "library/basic/ebac1_class.h"
 #include "library/basic/gbac1_class.h"
+#include "library/basic/xbes1_class.h"
 #include "library/basic_form.h"
 #include "models/calls.h"
 
@@ -153,6 +154,26 @@ struct digital_family {
         slice{&call::val_out, &units::val_out, &units::nd},     slice{&call::val_anlg, &units::val_anlg, &units::anlg}};
 };
 
+// Explicit blocks. What they see of their variables is copied for single calls; rows of units fetch it themselves.
+struct explicit_family {
+    using call = xbe_call;
+    using jac = xbes1_class;
+    using units = xbeu_class;
+    static constexpr const basic_form& form = xbes_form;
+    static constexpr int elements = fam_x;
+    static constexpr auto parameters = std::tuple{
+        parameter_slice{&call::iparm, &unit_core::iprm}, parameter_slice{&call::sparm, &unit_core::sprm},
+        parameter_slice{&call::rparm, &unit_core::rprm}, parameter_slice{&call::igparm, &unit_core::ig}};
+    static constexpr auto slices =
+        std::tuple{slice{&call::vr, &units::vr_in, &units::vr},       slice{&call::vr_new, &units::vr_in_new, &units::vr},
+                   slice{&call::gvr, &units::val_gvr, &units::gvr},   slice{&call::aux, &units::aux, &units::first_aux},
+                   slice{&call::aux_new, &units::aux_new, &units::first_aux},
+                   slice{&call::bev, &units::bev, &units::first_bev}, slice{&call::cur, &units::cur, &units::first_cur},
+                   slice{&call::f, &units::f, &unit_core::first_func}, slice{&call::fg, &units::fg, &units::first_g},
+                   slice{&call::fh, &units::fh, &units::first_h}};
+    static constexpr auto slots = nullptr;  // no part of the real system
+};
+
 // ---- how rows are walked ----
 
 inline const std::vector<int>& numbers_of(const std::vector<int>& v) { return v; }
@@ -176,6 +197,10 @@ auto& table_of(circuit& c, T gbeu_class::*member) {
 template <class T>
 auto& table_of(circuit& c, T dbeu_class::*member) {
     return c.dbeu.*member;
+}
+template <class T>
+auto& table_of(circuit& c, T xbeu_class::*member) {
+    return c.xbeu.*member;
 }
 template <class T>
 auto& table_of(circuit& c, T ebau_class::*member) {

@@ -14,6 +14,7 @@
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
 #include "analyses/trns_step.h"
+#include "analyses/trns_x.h"
 #include "base/halt.h"
 #include "base/signals.h"
 #include "output/row_writers.h"
@@ -73,8 +74,13 @@ private:
     int count_ = 0;
 };
 
-void begin_analog_step(run_state& r) {
+void begin_analog_step(run_state& r, event_control& events) {
     solve_class& slv = r.slv;
+    // What circuits read of the explicit side jumps with its steps.
+    if (r.c.cct.flag_x_mixed && solve_trns_x_onestep(r)) {
+        r.formed.forget_variables();
+        events.jump();
+    }
     if (slv.now.iter_trns_1 != 0 && r.c.cct.flag_modulo) gbce_modulo(r);
     if (slv.method.gear2) slv.now.delt_old_2 = slv.now.delt_old_1;
     if (slv.method.gear2_fixed && std::fabs(slv.now.delt - slv.now.delt_old_1) > 1.01 * slv.method.time_epsilon)
@@ -134,7 +140,7 @@ void prepare_analog(run_state& r) {
 // An analog step, from its first try to its row. Gives whether it has reached the end.
 bool analog_step(run_state& r, event_control& events) {
     solve_class& slv = r.slv;
-    begin_analog_step(r);
+    begin_analog_step(r, events);
     r.flags.iter_trns_1 = slv.now.iter_trns_1;
     if (events.on()) events.begin_step(r);
     take_step(r, events);
@@ -159,6 +165,7 @@ void solve_trns(run_state& r) {
     r.flags.time_epsilon = slv.method.time_epsilon;
     slv.now.time_present = r.flags.t_start;
     set_time_next(r, slv.now.time_present);
+    if (r.c.cct.flag_x_mixed) start_explicit_side(r);
     if (analog) {
         prepare_analog(r);
         write_row(r);

@@ -39,6 +39,7 @@ struct cct_class {
     bool flag_linear = false, flag_x_linear = false;  // all units have "Jacobian: constant"
     bool flag_save_history = false, flag_save_history_x = false;
     bool flag_reset = false, flag_reset_x = false;
+    bool flag_modulo_x = false, flag_lmttstep_x = false;
     bool flag_modulo = false, flag_setrparm = false, flag_getrparm = false;
     bool flag_lmtnewt = false;  // some unit limits Newton steps
     bool flag_lmttstep = false;

@@ -20,7 +20,8 @@ struct libraries {
     gbes_class gbes;
     gbac_class gbac;
     dbes_class dbes;
-    basic_library xbes, xbac;
+    xbes_class xbes;
+    xbac_class xbac;
     eels_class eels;
     gels_class gels;
     dels_class dels;

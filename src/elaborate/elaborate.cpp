@@ -1,6 +1,7 @@
 #include "base/at.h"
 #include "base/checks.h"
 #include "base/halt.h"
+#include "elaborate/evaluation_order.h"
 #include "elaborate/families.h"
 #include "elaborate/flatten.h"
 #include "elaborate/instance_values.h"
@@ -91,6 +92,9 @@ void build_units(circuit& c) {
     flatten_gbeu(c);
     flatten_gbau(c);
     flatten_dbeu(c);
+    flatten_xbeu(c);
+    find_evaluation_order(c);
+    flatten_xbau(c);
     map_names(c.cct.ect, "cct_class: problem in assigning ect_to_ebeu");
     map_names(c.cct.gct, "cct_class: problem in assigning gct_to_gbeu");
     link_general_variables(c);
@@ -101,6 +105,7 @@ void build_units(circuit& c) {
     check_ebeu(c, "cct_class: check ebeu nodes.");
     check_nodes_1(c.gbeu.n_vr, c.gbeu.vr.data, "cct_class: check gbeu vars.");
     check_nodes_1(c.dbeu.n_nd, c.dbeu.nd.data, "cct_class: check dbeu nodes.");
+    check_nodes_1(c.xbeu.n_vr, c.xbeu.vr.data, "cct_class: check xbeu vars.");
     resolve_parameter_outputs(c);
 
     check_reference(c, "refnode", c.cct.ect);
@@ -109,9 +114,11 @@ void build_units(circuit& c) {
     c.ebeu.ref_nd = c.cct.ect.eu_ref;
     c.ebau.ref_nd = c.cct.ect.au_ref;
     check_reference(c, "x_refnode", c.cct.xct);
+    if (c.cct.flag_x_cct && c.cct.xct.ref < 0) halt({"cct_class: x-reference node not found."});
+    c.xbeu.ref_vr = c.cct.xct.eu_ref;
     if (c.xelu.n > 0 && c.delu.n > 0)
         halt({"cct_class: cannot have xelements and", "  delements in the circuit simultaneously.", "  Halting..."});
-    for (family fam : {fam_e, fam_g, fam_d}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
+    for (family fam : {fam_e, fam_g, fam_d, fam_x}) make_run_time_rows(c.instances(fam), c.lib.composites(fam));
     check_expressions(c);
 }
 

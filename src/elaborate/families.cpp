@@ -57,6 +57,12 @@ constexpr unit_table units_g[] = {
     {&composite_library::be, &libraries::gbes, &instance_core::first_unit, gbe_units, true},
     {&composite_library::beac, &libraries::gbac, &instance_core::first_unit_ac, gbac_units, false},
 };
+unit_core& xbe_units(circuit& c) { return c.xbeu.unit; }
+unit_core& xbac_units(circuit& c) { return c.xbau.unit; }
+constexpr unit_table units_x[] = {
+    {&composite_library::be, &libraries::xbes, &instance_core::first_unit, xbe_units, true},
+    {&composite_library::beac, &libraries::xbac, &instance_core::first_unit_ac, xbac_units, false},
+};
 std::span<const std::string_view> none() { return std::span(no_words, 0); }
 }  // namespace
 
@@ -68,7 +74,7 @@ const family_form family_forms[n_family] = {
     {fam_g, library_forms[lib_gels], &libraries::gels, &circuit::gelu, &circuit::gcem, placeholders_g, flags_eg,
      bound_g, ov_rparm_gelu, units_g},
     {fam_x, library_forms[lib_xels], &libraries::xels, &circuit::xelu, &circuit::xcem, placeholders_x, flags_x, bound_x,
-     ov_rparm_xelu},
+     ov_rparm_xelu, units_x},
     {fam_gm, library_forms[lib_gmes], &libraries::gmes, &circuit::gmeu, &circuit::gmem, none(), flags_gm, bound_gm,
      ov_none},
 };

@@ -322,7 +322,58 @@ void flatten_dbeu(circuit& c) {
     u.stbl.assign(at(u.n()), 1);
 }
 
+void flatten_xbeu(circuit& c) {
+    xbeu_class& u = c.xbeu;
+    const library_lists& list = c.lib.xbes.list;
+    name_table& xct = c.cct.xct;
+    flatten({c,
+             fam_x,
+             family_forms[fam_x].units[0],
+             {&B::xvr, &I::xvr, xct, xct.lu_to_eu, u.n_vr, u.vr},
+             {{&B::vr, &I::vr, &u.gvr}},
+             {{&L::aux, &u.first_aux}, {&L::bev, &u.first_bev}, {&L::cur, &u.first_cur}}});
+    xct.n_eu = u.n_vr;
+    u.n_input.clear();
+    u.kind.clear();
+    u.first_g = u.first_h = {0};
+    for (int s : u.unit.i_lib) {
+        const entry_flags& flag = c.lib.xbes.flag;
+        u.n_input.push_back(list.n_input[at(s)]);
+        u.kind.push_back(flag.evaluate[at(s)]    ? block_kind::evaluate
+                         : flag.integrate[at(s)] ? block_kind::integrate
+                                                 : block_kind::delay);
+        u.first_g.push_back(u.first_g.back() + c.lib.xbes.func_g.n_func(s));
+        u.first_h.push_back(u.first_h.back() + c.lib.xbes.func_h.n_func(s));
+        if (list.cct.count(s) > 0) c.cct.flag_x_cct = true;
+    }
+    zeros(at(u.n_vr), u.val_vr);
+    zeros(u.vr.data.size(), u.vr_in, u.vr_in_new);
+    zeros(u.gvr.data.size(), u.val_gvr);
+    zeros(at(u.n_ttlaux()), u.aux, u.aux_new);
+    zeros(at(u.first_bev.back()), u.bev);
+    zeros(at(u.first_cur.back()), u.cur);
+    zeros(at(u.unit.n_ttlf()), u.f);
+    zeros(at(u.first_g.back()), u.fg);
+    zeros(at(u.first_h.back()), u.fh);
+    zeros(at(u.n()), u.time_nextbreak);
+}
+
+void flatten_xbau(circuit& c) {
+    xbau_class& u = c.xbau;
+    name_table& xct = c.cct.xct;
+    flatten({c, fam_x, family_forms[fam_x].units[1], {&B::xvr, &I::xvr, xct, xct.lu_to_au, u.n_vr, u.vr}, {},
+             {{&L::aux, &u.first_aux}}});
+    xct.n_au = u.n_vr;
+    zeros(at(u.n_vr), u.val_vr);
+    zeros(u.vr.data.size(), u.vr_in);
+    zeros(at(u.n_ttlaux()), u.aux);
+    zeros(at(u.unit.n_ttlf()), u.f);
+}
+
 void link_domains(circuit& c) {
+    link_numbers(c.ebeu.xvr.data, c.cct.xct, "cct_class: problem in assigning xct_to_xbeu", c.ebeu.xvr_xbeu);
+    link_numbers(c.gbeu.xvr.data, c.cct.xct, "cct_class: problem in assigning xct_to_xbeu", c.gbeu.xvr_xbeu);
+    link_numbers(c.xbeu.gvr.data, c.cct.gct, "cct_class: problem in assigning gct_to_gbeu", c.xbeu.gvr_gbeu);
     link_numbers(c.ebeu.dgtl.data, c.cct.dct, "cct_class: problem in assigning dct_to_dbeu", c.ebeu.dgtl_dbeu);
     link_numbers(c.dbeu.anlg.data, c.cct.ect, "cct_class: problem in assigning ect_to_ebeu", c.dbeu.anlg_ebeu);
 }

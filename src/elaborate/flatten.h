@@ -8,6 +8,8 @@ void flatten_ebeu(circuit& c);
 void flatten_ebau(circuit& c);
 // The same for general blocks and their variables.
 void flatten_gbeu(circuit& c);
+void flatten_xbeu(circuit& c);
+void flatten_xbau(circuit& c);
 void flatten_gbau(circuit& c);
 // And for digital elements and their nodes.
 void flatten_dbeu(circuit& c);

@@ -88,6 +88,26 @@ int digital_index(const circuit& c, int kind, int i, int index) {
     }
 }
 
+int explicit_index(const circuit& c, int kind, int i, int index) {
+    const int u = c.xelu.first_unit[at(i)];
+    switch (kind) {
+        case ov_xvar:
+            return c.cct.xct.lu_to_eu[at(c.xelu.xvr.row(i)[index])];
+        case ov_xvar_ac:
+            return c.cct.xct.lu_to_au[at(c.xelu.xvr.row(i)[index])];
+        case ov_xaux:
+            return c.xbeu.first_aux[at(u)] + index;
+        case ov_iparm_xbe:
+            return c.xbeu.unit.iprm.first[at(u)] + index;
+        case ov_rparm_xbe:
+            return c.xbeu.unit.rprm.first[at(u)] + index;
+        case ov_rparm_xelu:
+            return index;
+        default:
+            halt({"xbeu.set_values_1:", "   check output variables (explicit).", "   Halting..."});
+    }
+}
+
 // Outputs of names of a mixed instance; those that its calls serve are outputs of the calls' instances.
 int mixed_index(const circuit& c, int kind, int i, int index) {
     const gmeu_class& m = c.gmeu;
@@ -125,6 +145,7 @@ void resolve_outputs(circuit& c) {
             }
             if (ov.family[k] == fam_g) ov.index[k] = general_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             if (ov.family[k] == fam_d) ov.index[k] = digital_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
+            if (ov.family[k] == fam_x) ov.index[k] = explicit_index(c, ov.kind[k], ov.instance[k], ov.index[k]);
             return;
         }
         for (const global_word& g : global_words) {
@@ -154,6 +175,8 @@ void resolve_parameter_outputs(circuit& c) {
         {ov_rparm_ebe, c.ebeu.unit.rprm.first, "igl_rparmebe", "i_ebeu"},
         {ov_iparm_gbe, c.gbeu.unit.iprm.first, "igl_iparmgbe", "i_gbeu"},
         {ov_rparm_gbe, c.gbeu.unit.rprm.first, "igl_rparmgbe", "i_gbeu"},
+        {ov_iparm_xbe, c.xbeu.unit.iprm.first, "igl_iparmxbe", "i_xbeu"},
+        {ov_rparm_xbe, c.xbeu.unit.rprm.first, "igl_rparmxbe", "i_xbeu"},
     };
     ov_class& ov = c.ov;
     for (std::size_t k = 0; k < ov.name.size(); ++k)

@@ -27,7 +27,6 @@ struct list_line {
 struct flag_word {
     const char* word;
     std::vector<int> entry_flags::*member;
-    int dflt;  // when the word is absent
 };
 
 // A list in which names of variables are searched, and the kind of what is found.
@@ -40,7 +39,8 @@ struct bracket_word {
     variable_list in;
 };
 
-enum class ddt_rule { no_word, refused, local_variable, any_variable };
+// state_variable: of what stands in d_dt() alone, and of bare words others; not_allowed: as refused, in other words.
+enum class ddt_rule { no_word, refused, local_variable, any_variable, state_variable, not_allowed };
 
 // How the dependency words of one sort of function line are read.
 struct function_words {
@@ -50,6 +50,8 @@ struct function_words {
     const char* ddt_refused_in;  // "startup": the middle of the message of a refused d_dt()
     const char* wrong;           // "startup functions": the message of an unknown word; null: the "check ... " form
     const char* bracket_tail;    // behind the message of an unknown word in brackets
+    std::span<const variable_list> states = {};  // of d_dt(), for ddt_rule::state_variable
+    bool branch_currents = false;                // "current" and "cur(xx)" are words
 };
 
 // Functions of one kind: where they are kept, and the sorts of their lines. Terminal lines come first, one for each
@@ -62,6 +64,19 @@ struct function_form {
     const function_words* startup;
     const function_words* local;
     const function_words* general;
+    const char* code_prefix = "ne_";  // of the constants that sources name them by
+    char letter = 'f';                // lines begin with it and "_"
+    int block = 2;                    // in the message of a line that does not
+    std::string_view tag = "";        // behind n_ttlf in messages
+    const char* too_many = nullptr;   // message of its limit; null: too_many_functions of the form
+};
+
+// A list whose words become names in the source of a model, <prefix><word>: with a type variables, else constants, the
+// position of a word in its list.
+struct code_list {
+    const char* type;
+    const char* prefix;
+    list_member member;
 };
 
 // An argument of the family's model functions.
@@ -88,6 +103,10 @@ struct basic_form {
     bool has_code = true;                           // entries end with the text of their function
     bool has_prototypes = true;                     // such a text begins with them
     bool whole_start_values = false;                // start-up values and first guesses are integers
+    bool has_runs = true;                           // rows of units are called as one
+    std::span<const code_list> declared, numbered;  // what sources name
+    void (*check_flags)(const basic_library&, int e) = nullptr;   // behind the first line of an entry,
+    void (*close_lists)(basic_library&, int e) = nullptr;         // behind its lists
     std::span<const argument> arguments;
 };
 // Null: the library has no reader, and must be empty.

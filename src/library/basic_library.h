@@ -12,6 +12,7 @@
 struct entry_flags {
     std::vector<int> limit_tstep, save_history, limit_newton, calc_acp, startup_sprt, allow_ssw, gmin_step;
     std::vector<int> limit_modulo, allow_reset, set_rparm_1, get_rparm_1;  // general blocks
+    std::vector<int> evaluate, integrate, delay, allow_xmixed;             // explicit blocks; the first of three is 1
     std::vector<int> noise_source;                                         // small-signal forms
     std::vector<int> pure;          // derivatives depend on parameters and analysis alone; a call has no side effect
     std::vector<int> timeless;      // functions depend on parameters, analysis and the unit's variables alone
@@ -23,7 +24,8 @@ struct entry_flags {
 struct basic_library {
     library_lists list;
     entry_flags flag;
-    function_table func;
+    function_table func;            // of explicit blocks slopes of states, evaluated
+    function_table func_g, func_h;  // and in a network: slopes again, algebraic rows
     jacobian_map map;
     // generating mode
     int n_written = 0;                 // entries whose source was written
@@ -38,10 +40,12 @@ using ebac_class = basic_library;
 using gbes_class = basic_library;
 using gbac_class = basic_library;
 using dbes_class = basic_library;
+using xbes_class = basic_library;
+using xbac_class = basic_library;
 
 // All that makes one family's library different from the others (see basic_forms.cpp).
 struct basic_form;
-extern const basic_form ebes_form, ebac_form, gbes_form, gbac_form, dbes_form;
+extern const basic_form ebes_form, ebac_form, gbes_form, gbac_form, dbes_form, xbes_form, xbac_form;
 
 // Reads a whole library file ("<class>: file <path> does not exist. Halting..." if it cannot be opened). With
 // write_glue and the second word of constants 1 or 2 it also writes the family's sources into the folder of the file.

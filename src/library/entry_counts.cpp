@@ -18,7 +18,8 @@ std::vector<int> entry_counts(const basic_form& form, const basic_library& lib, 
         counts.back() -= n_before;
         counts[counts.size() - 2] = n_before;
     }
-    counts.push_back(lib.func.n_func(e));
+    for (const function_form& f : form.functions) counts.push_back((lib.*f.table).n_func(e));
+    if (form.functions.empty()) counts.push_back(0);
     return counts;
 }
 
@@ -27,7 +28,9 @@ void check_entry_counts(const basic_form& form, const basic_library& lib, int e,
     for (std::size_t k = 0; k < counts.size(); ++k)
         if (counts[k] < model[k])
             halt({line(form.lib.class_name, ": entry ", lib.list.entry[e], " is smaller than its model."),
-                  line("   ", k < form.lines.size() ? form.lines[k].keyword : "no_functions", " has ", counts[k],
+                  line("   ", k < form.lines.size()          ? form.lines[k].keyword
+                          : form.functions.empty() ? ""
+                                                   : form.functions[k - form.lines.size()].count, " has ", counts[k],
                        ", the model uses ", model[k], "."),
                   "   Halting..."});
 }

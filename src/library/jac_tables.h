@@ -12,14 +12,16 @@ struct jac_tables {
     using number = T;
     int n_f = 0;
     std::vector<number> store;   // all numbers
-    std::vector<number*> rows;   // all row pointers: [tables][n_f]
+    std::vector<number*> rows;   // all row pointers: [tables][functions of the table]
     std::vector<int> var_kinds;  // [tables] kind of variable of each
+    std::vector<int> first_row;  // [tables] its first row pointer
 
     jac_tables() = default;
     jac_tables(const jac_tables&) = delete;
     jac_tables(jac_tables&&) noexcept = default;
 
     // Index in store of the derivative of function j by variable m of a kind (var_kind); -1 for a kind without table.
+    // Of functions of several sorts: in the last table of the kind.
     int offset(int kind, int j, int m) const;
 };
 
@@ -30,6 +32,7 @@ struct jac_table {
     word_list library_lists::*variables;
     typename Jac::number** Jac::*table;
     int Jac::*n;  // number of columns; null: models have no use for it
+    function_table basic_library::*functions = &basic_library::func;  // one row for each
 };
 
 // Sizes store and rows for the tables of entry e, and n_work numbers behind them; all zero.
@@ -38,21 +41,24 @@ void lay_tables(Jac& jac, const basic_library& lib, int e, std::span<const jac_t
                 std::size_t n_work = 0) {
     using number = typename Jac::number;
     jac.n_f = lib.func.n_func(e);
-    const auto n_rows = static_cast<std::size_t>(jac.n_f);
-    std::size_t n = 0;
+    std::size_t n = 0, n_rows = 0;
     for (const jac_table<Jac>& t : tables) {
-        const int columns = (lib.list.*t.variables).count(e);
+        const int columns = (lib.list.*t.variables).count(e), n_f = (lib.*t.functions).n_func(e);
         if (t.n) jac.*t.n = columns;
-        n += static_cast<std::size_t>(columns) * n_rows;
+        n += static_cast<std::size_t>(columns) * static_cast<std::size_t>(n_f);
+        n_rows += static_cast<std::size_t>(n_f);
     }
     jac.store.assign(n + n_work, number{});
-    jac.rows.assign(tables.size() * n_rows, nullptr);
+    jac.rows.assign(n_rows, nullptr);
     jac.var_kinds.clear();
+    jac.first_row.clear();
     number** row = jac.rows.data();
     number* next = jac.store.data();
     for (const jac_table<Jac>& t : tables) {
         jac.*t.table = row;
         jac.var_kinds.push_back(t.kind);
-        for (int j = 0; j < jac.n_f; ++j, next += (lib.list.*t.variables).count(e)) *row++ = next;
+        jac.first_row.push_back(static_cast<int>(row - jac.rows.data()));
+        const int n_f = (lib.*t.functions).n_func(e);
+        for (int j = 0; j < n_f; ++j, next += (lib.list.*t.variables).count(e)) *row++ = next;
     }
 }

@@ -46,14 +46,19 @@ struct library_lists {
     word_list auxs;        // auxiliary unknowns of the start-up system
     word_list dgtl;        // digital nodes; of a digital element its inputs, then its outputs
     word_list vr;          // general variables
-    word_list xvr;         // explicit variables
+    word_list xvr;         // explicit variables; of an explicit block its inputs, then its outputs
     pair_list<int> iprm;
     pair_list<std::string> sprm;
     pair_list<double> rprm;
     pair_list<double> sv;  // start-up values, "stparms:"; of digital elements whole numbers
     pair_list<double> ig;  // first guesses, "igparms:"; as start-up values
+    std::vector<int> n_input;  // [n] of digital elements and explicit blocks: how many of their nodes or variables are inputs
+    // of explicit blocks that stand for a network, alone
+    word_list cct;                      // its nodes, the first of the inputs
+    pair_list<std::string> be_v;        // branch voltages as they are written: name, "a-b" or "a"
+    word_list bev, cur;                 // their names; branch currents: "current", or one for each node
+    std::vector<int> bev_plus, bev_minus;  // [bev words] node in cct; -1: the reference
     // of digital elements alone
-    std::vector<int> n_input;    // [n] the first words of dgtl that are inputs
     std::vector<int> n_logical;  // [n] numbers that an element keeps between its calls
 
     int n() const { return entry.size(); }
@@ -61,7 +66,7 @@ struct library_lists {
     void close_rows() {  // gives every list that the newest entry did not fill its empty row
         const std::size_t n_first = static_cast<std::size_t>(n()) + 1;
         for (word_list* l : {&node, &ind_node, &ind_branch, &locv, &aux, &auxs, &dgtl, &vr, &xvr, &iprm.name,
-                             &sprm.name, &rprm.name, &sv.name, &ig.name})
+                             &sprm.name, &rprm.name, &sv.name, &ig.name, &cct, &be_v.name, &bev, &cur})
             if (l->first.size() < n_first) l->close_entry();
     }
 };

@@ -79,14 +79,6 @@ void filter_constants(const filter_form& w);
 void filter_rows(const filter_form& w, const double* vr, const double* z, const double* z0, double* f, gbes1_class* jac,
                  const flags_class* flags);
 
-// ---- frames ----
-
-// Phases a, b, c seen from an axis at the electrical angle th, rad; amplitudes stay (Park 1929).
-struct frame {
-    double cos_a, cos_b, cos_c, sin_a, sin_b, sin_c;  // of th, th - 2 pi/3, th + 2 pi/3
-};
-frame frame_at(double th);
-
 // ---- formulas of user blocks ----
 
 // Outputs y [n_y] of formula n_given at the inputs x [n_x] and the time t, s; outputs beyond those of the formula are

@@ -70,9 +70,3 @@ void filter_rows(const filter_form& w, const double* vr, const double* z, const 
         }
     }
 }
-
-frame frame_at(double th) {
-    constexpr double third = 2.0943951023931953;  // 2 pi/3
-    return {std::cos(th), std::cos(th - third), std::cos(th + third),
-            std::sin(th), std::sin(th - third), std::sin(th + third)};
-}

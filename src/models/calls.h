@@ -12,6 +12,8 @@ struct ebes1_class;
 struct gbes1_class;
 struct ebac1_class;
 struct gbac1_class;
+struct xbes1_class;
+struct xbac1_class;
 
 template <class Member>
 struct member_type;
@@ -183,6 +185,43 @@ struct dbe_call {
                                     &dbe_call::val_in, &dbe_call::val_out, &dbe_call::val_in_old, &dbe_call::val_anlg,
                                     &dbe_call::dstate, &dbe_call::stbl, &dbe_call::t_next>;
     static constexpr int n_counts = 11;
+    arguments::function function = nullptr;
+};
+
+// A model of an explicit block. vr: its inputs, then its outputs; bev, cur: voltages and currents of its branches in a
+// network; f: slopes of its states; fg, fh: its rows in a network. index, all: where its variables stand among those of
+// all blocks, for runs of units.
+struct xbe_call {
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double *rparm = nullptr, *igparm = nullptr, *vr = nullptr, *vr_new = nullptr, *gvr = nullptr, *aux = nullptr,
+           *aux_new = nullptr, *bev = nullptr, *cur = nullptr, *f = nullptr, *fg = nullptr, *fh = nullptr;
+    xbes1_class* jac = nullptr;
+    const int* index = nullptr;
+    double* all = nullptr;
+
+    using number = double;
+    using arguments = argument_list<&xbe_call::iparm, &xbe_call::sparm, &xbe_call::rparm, &xbe_call::igparm,
+                                    &xbe_call::vr, &xbe_call::vr_new, &xbe_call::gvr, &xbe_call::aux,
+                                    &xbe_call::aux_new, &xbe_call::bev, &xbe_call::cur, &xbe_call::f, &xbe_call::fg,
+                                    &xbe_call::fh, &xbe_call::jac>;
+    static constexpr int n_counts = 13;
+    arguments::function function = nullptr;
+};
+
+// A small-signal model of an explicit block.
+struct xbe_ac_call {
+    using number = std::complex<double>;
+    int* iparm = nullptr;
+    char** sparm = nullptr;
+    double freq = 0.0;
+    double* rparm = nullptr;
+    number *vr = nullptr, *aux = nullptr, *f = nullptr;
+    xbac1_class* jac = nullptr;
+
+    using arguments = argument_list<&xbe_ac_call::iparm, &xbe_ac_call::sparm, &xbe_ac_call::freq, &xbe_ac_call::rparm,
+                                    &xbe_ac_call::vr, &xbe_ac_call::aux, &xbe_ac_call::f, &xbe_ac_call::jac>;
+    static constexpr int n_counts = 6;
     arguments::function function = nullptr;
 };
 

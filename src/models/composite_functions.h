@@ -25,8 +25,8 @@ struct composite_registration {
 };
 
 // All of this build; written by the build from the files of composites.
-extern const composite_registration ece_functions[], gce_functions[];
-extern const int n_ece_functions, n_gce_functions;
+extern const composite_registration ece_functions[], gce_functions[], xce_functions[];
+extern const int n_ece_functions, n_gce_functions, n_xce_functions;
 
-// begin: "ece" or "gce". Null if there is none.
+// begin: "ece", "gce" or "xce". Null if there is none.
 const composite_registration* find_composite_function(std::string_view begin, std::string_view name);

@@ -5,6 +5,7 @@
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "models/block_functions.h"
+#include "models/control_edges.h"
 #include "models/data_table.h"
 #include "models/delay_angles.h"
 #include "models/digital_clocks.h"
@@ -14,14 +15,20 @@
 #include "models/digital_links.h"
 #include "models/digital_outputs.h"
 #include "models/edges.h"
+#include "models/explicit_functions.h"
+#include "models/frames.h"
 #include "models/lookup.h"
 #include "models/model_functions.h"
+#include "models/sampling.h"
+#include "models/source_waves.h"
 #include "models/toggles.h"
 
 // Read once before the first analysis; a later change of a file name has no effect.
 struct dp_class {
     data_tables gbe, xbe;
     delay_angles clock_delay_2;
+    mean_slots average_mv_x, rms_mv_x;
+    delay_lines delay_2_x;
 
     const data_table& of_gbe(int i_gbeu) const { return gbe.of(i_gbeu); }
     const data_table& of_xbe(int i_xbeu) const { return xbe.of(i_xbeu); }

@@ -20,6 +20,22 @@ struct switch_curve {
 switch_curve switch_constants(const char* file, double r_on, double r_off, double v_on);
 void switch_current(const switch_curve& s, bool on, double v, double& i, double& g);
 
+// A diode of two lines: i = g_off v below the knee, i = g_on (v - v_on) above it. c: g_on, g_off, and the voltage of
+// the knee, where they meet. Halts with the element's name unless 1e-9 <= r_on, r_off and r_on < r_off.
+void diode_constants(const char* element, double r_on, double r_off, double v_on, double* c);
+inline void diode_current(double v_on, const double* c, double v, double& i, double& g) {
+    if (v < c[2]) {
+        g = c[1];
+        i = v * g;
+    } else {
+        g = c[0];
+        i = (v - v_on) * g;
+    }
+}
+
+// A thyristor at an accepted point: whether it conducts from now on.
+inline bool thyristor_conducts(bool on, bool fired, double v) { return v > 0.0 && (on || fired); }
+
 // Function and Jacobian of a branch from terminal 0 to terminal 1 whose current i has the slope g; each only if asked.
 void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const flags_class* flags);
 

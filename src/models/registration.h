@@ -22,13 +22,17 @@ using gbe_registration = registration<gbe_call>;
 using ebe_ac_registration = registration<ebe_ac_call>;
 using gbe_ac_registration = registration<gbe_ac_call>;
 using dbe_registration = registration<dbe_call>;
+using xbe_registration = registration<xbe_call>;
+using xbe_ac_registration = registration<xbe_ac_call>;
 extern const ebe_registration ebe_registrations[];
 extern const gbe_registration gbe_registrations[];
 extern const ebe_ac_registration ebe_ac_registrations[];
 extern const gbe_ac_registration gbe_ac_registrations[];
 extern const dbe_registration dbe_registrations[];
+extern const xbe_registration xbe_registrations[];
+extern const xbe_ac_registration xbe_ac_registrations[];
 extern const int n_ebe_registrations, n_gbe_registrations, n_ebe_ac_registrations, n_gbe_ac_registrations,
-    n_dbe_registrations;
+    n_dbe_registrations, n_xbe_registrations, n_xbe_ac_registrations;
 
 template <class Call>
 std::span<const registration<Call>> registered();
@@ -51,6 +55,15 @@ inline std::span<const gbe_ac_registration> registered<gbe_ac_call>() {
 template <>
 inline std::span<const dbe_registration> registered<dbe_call>() {
     return {dbe_registrations, static_cast<std::size_t>(n_dbe_registrations)};
+}
+
+template <>
+inline std::span<const xbe_registration> registered<xbe_call>() {
+    return {xbe_registrations, static_cast<std::size_t>(n_xbe_registrations)};
+}
+template <>
+inline std::span<const xbe_ac_registration> registered<xbe_ac_call>() {
+    return {xbe_ac_registrations, static_cast<std::size_t>(n_xbe_ac_registrations)};
 }
 
 template <class Call>

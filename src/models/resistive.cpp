@@ -23,6 +23,13 @@ void switch_current(const switch_curve& s, bool on, double v, double& i, double&
     }
 }
 
+void diode_constants(const char* element, double r_on, double r_off, double v_on, double* c) {
+    if (r_on < 1.0e-9 || r_off < 1.0e-9 || r_off - r_on <= 0.0) halt({line(element, ": r too small!")});
+    c[0] = 1.0 / r_on;
+    c[1] = 1.0 / r_off;
+    c[2] = r_off * v_on / (r_off - r_on);
+}
+
 void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const flags_class* flags) {
     if (flags->function) {
         f[0] = i;

@@ -54,6 +54,30 @@ void call_run(const unit_run<Call>& run, bool with_derivatives, flags_class* fla
     }
 }
 
+// The same for explicit blocks with n variables, which each gathers from those of all blocks; those from `first` on it
+// writes back. Units of a run that read what others of it write would see it late or early, so there are none.
+template <model_function<xbe_call> model, int n, int first>
+void call_blocks(const unit_run<xbe_call>& run, bool, flags_class* flags, dp_class* dp, math_cnst_class* math_cnst) {
+    const run_steps<xbe_call> step = run.step;
+    std::ptrdiff_t unit = run.unit;
+    xbe_call c = run.first;
+    double* const all = c.all;
+    const int* index = c.index;
+    constexpr std::size_t at_vr = 4;  // of the arguments: its steps are those of the index
+    for (int i = run.n; i > 0; --i) {
+        double vr[n > 0 ? n : 1];
+#pragma GCC unroll 8
+        for (int j = 0; j < n; ++j) vr[j] = all[index[j]];
+        c.vr = vr;
+        xbe_call::arguments::call(model, static_cast<int>(unit), c, flags, dp, math_cnst);
+#pragma GCC unroll 8
+        for (int j = first; j < n; ++j) all[index[j]] = vr[j];
+        index += step.argument[at_vr];
+        unit += step.unit;
+        xbe_call::arguments::advance(c, step.argument);
+    }
+}
+
 // As registrations name them.
 template <model_function<ebe_call> model>
 constexpr auto run_ebe = call_run<ebe_call, model>;
@@ -63,3 +87,7 @@ template <model_function<ebe_ac_call> model>
 constexpr auto run_ebe_ac = call_run<ebe_ac_call, model>;
 template <model_function<gbe_ac_call> model>
 constexpr auto run_gbe_ac = call_run<gbe_ac_call, model>;
+template <model_function<xbe_call> model, int n, int first>
+constexpr auto run_xbe = call_blocks<model, n, first>;
+template <model_function<xbe_ac_call> model>
+constexpr auto run_xbe_ac = call_run<xbe_ac_call, model>;

@@ -44,6 +44,12 @@ const double* real_value(const circuit& c, const out_var& v) {
             return place(c.ebeu.unit.rprm.data);
         case ov_rparm_gbe:
             return place(c.gbeu.unit.rprm.data);
+        case ov_xvar:
+            return place(c.xbeu.val_vr);
+        case ov_xaux:
+            return place(c.xbeu.aux);
+        case ov_rparm_xbe:
+            return place(c.xbeu.unit.rprm.data);
         default:
             return nullptr;
     }
@@ -51,6 +57,7 @@ const double* real_value(const circuit& c, const out_var& v) {
 const int* int_value(const circuit& c, const out_var& v) {
     if (v.kind == ov_iparm_ebe) return c.ebeu.unit.iprm.data.data() + v.index;
     if (v.kind == ov_iparm_gbe) return c.gbeu.unit.iprm.data.data() + v.index;
+    if (v.kind == ov_iparm_xbe) return c.xbeu.unit.iprm.data.data() + v.index;
     return nullptr;
 }
 
@@ -86,6 +93,8 @@ const std::complex<double>* phasor_of(const circuit& c, const out_var& v) {
             return c.ebau.cur_nd.data() + v.index;
         case ov_var_ac:
             return c.gbau.val_vr.data() + v.index;
+        case ov_xvar_ac:
+            return c.xbau.val_vr.data() + v.index;
         default:
             return nullptr;
     }

@@ -9,14 +9,15 @@
 namespace {
 using ebeu_list = std::vector<double> ebeu_class::*;
 using gbeu_list = std::vector<double> gbeu_class::*;
+using xbeu_list = std::vector<double> xbeu_class::*;
 using dbeu_list = std::vector<int> dbeu_class::*;
 // Times of events stand relative to the end of the run, so that another run can begin with them.
 struct event_times {};
 
-// One section: a title, and the values under it. A family without units of its own kind yet has none.
+// One section: a title, and the values under it.
 struct section {
     std::string_view title;
-    std::variant<std::monostate, ebeu_list, gbeu_list, dbeu_list, event_times> member;
+    std::variant<ebeu_list, gbeu_list, xbeu_list, dbeu_list, event_times> member;
 };
 constexpr section sections[] = {
     {"ebeu->val_nd:", &ebeu_class::val_nd},
@@ -26,10 +27,10 @@ constexpr section sections[] = {
     {"ebeu->locv1d:", &ebeu_class::locv},
     {"gbeu->val_vr:", &gbeu_class::val_vr},
     {"gbeu->aux1d:", &gbeu_class::aux},
-    {"xbeu->val_vr:", {}},
-    {"xbeu->val_aux1d:", {}},
-    {"xbeu->val_bev1d:", {}},
-    {"xbeu->val_cur1d:", {}},
+    {"xbeu->val_vr:", &xbeu_class::val_vr},
+    {"xbeu->val_aux1d:", &xbeu_class::aux},
+    {"xbeu->val_bev1d:", &xbeu_class::bev},
+    {"xbeu->val_cur1d:", &xbeu_class::cur},
     {"dbeu->val_nd:", &dbeu_class::dvar},
     {"dbeu->state:", &dbeu_class::dstate},
     {"dbeu->stable:", &dbeu_class::stbl},
@@ -42,6 +43,7 @@ auto values(C& c, const section& s) {
     decltype(&c.ebeu.val_nd) list = nullptr;
     if (const auto* e = std::get_if<ebeu_list>(&s.member)) list = &(c.ebeu.**e);
     if (const auto* g = std::get_if<gbeu_list>(&s.member)) list = &(c.gbeu.**g);
+    if (const auto* x = std::get_if<xbeu_list>(&s.member)) list = &(c.xbeu.**x);
     return list;
 }
 

@@ -9,6 +9,7 @@
 #include "analyses/run_state.h"
 #include "analyses/sweep.h"
 #include "analyses/trns.h"
+#include "analyses/trns_x.h"
 #include "base/halt.h"
 #include "base/list_file.h"
 #include "deck/deck_dumps.h"
@@ -90,11 +91,16 @@ void solve_points(run_state& r) {
         set_dsv(r.slv, r.c);
     }
     r.residual = {};
-    init_sol(r);
+    if (r.c.cct.flag_x_only)
+        init_sol_x(r);
+    else
+        init_sol(r);
     if (r.slv.trns && !r.slv.task.init_file && !r.slv.task.init_previous) set_dgtl(r);
     plan_digital_outputs(r);
     set_mat(r.mat, r.c, r.ebe.jac, r.gbe.jac);
-    if (r.slv.trns)
+    if (r.slv.trns && r.c.cct.flag_x_only)
+        solve_trns_x(r);
+    else if (r.slv.trns)
         solve_trns(r);
     else
         run_dc_sweeps(r);
@@ -113,6 +119,7 @@ void prepare_circuit(run_state& r) {
     write_circuit_dumps(c);
     check_circuit_leftovers(c.cf);
     classify(c);
+    r.flags.x_matrix = c.cct.flag_x_cct ? 1 : 0;
     bind_models(r);
     one_time_parms(r);
     check_linear(c);
@@ -136,6 +143,7 @@ void read_block(run_state& r, int index) {
     if (debug) say("main: calling slv.set_values");
     set_values(slv, index, c, r.flags);
     if (debug) say("main: slv.set_values done");
+    if (c.xbeu.n() > 0) r.flags.x_matrix = slv.method.x_eval_serial ? 0 : 1;
     r.flags.gmin = slv.method.gmin_end;
     r.flags.flag_debug_int = slv.method.flag_debug_int;
     r.mat.e.zero_piv = slv.method.zero_piv;
@@ -157,6 +165,7 @@ void run_block(run_state& r) {
     if (solves(slv)) {
         define_offs_solvec(r.mat, c, analysis_of(slv));
         if (!c.cct.flag_purely_digital) define_method_type(slv, c.cct);
+        if (c.xbeu.n() > 0 && !slv.method.x_eval_serial) x_define_method_type(slv, c.cct);
     }
     open_out_files(slv, c);
     if (!slv.task.set_parm.empty()) r.flags.set_parm = 1;

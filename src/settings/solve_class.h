@@ -37,6 +37,7 @@ struct solve_state {
 
     double delt = 0, delt_new = 0, delt_old_1 = 0, delt_old_2 = 0;  // s
     double time_present = 0, time_next = 0;                         // s
+    double time_x = 0, time_next_x = 0, delta_t_x = 0;              // s, of explicit blocks
     int iter_trns = 0;                                              // pass of the time loop
     int iter_trns_anlg = -1, iter_trns_dgtl = -1, iter_trns_1 = -1, iter_trns_x = -1;
     int iter_stepred = 0, iter_trbdf2 = 0;

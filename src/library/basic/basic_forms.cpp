@@ -3,15 +3,42 @@
 
 using L = library_lists;
 
+// ---- what sources name ----
+
+namespace {
+constexpr code_list declared_lists[] = {
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},  {"double", "na_", &L::aux},
+    {"int", "ndg_", &L::dgtl},  {"double", "nvr_", &L::vr},   {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},
+    {"double", "nig_", &L::ig}, {"double", "nlv_", &L::locv}, {"double", "nas_", &L::auxs},
+};
+constexpr code_list numbered_lists[] = {
+    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
+    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
+    {nullptr, "nst_", &L::sv},   {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
+    {nullptr, "ndg_", &L::dgtl}, {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
+    {nullptr, "nas_", &L::auxs}, {nullptr, "nlv_", &L::locv},
+};
+// Digital elements name their nodes by two lists, and their start-up values are integers.
+constexpr code_list digital_declared[] = {
+    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},
+    {"double", "na_", &L::aux}, {"int", "nst_", &L::sv},      {"int", "nig_", &L::ig},
+};
+constexpr code_list digital_numbered[] = {
+    {nullptr, "nin_", &L::ind_node}, {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm},
+    {nullptr, "nr_", &L::rprm},      {nullptr, "nst_", &L::sv},  {nullptr, "nig_", &L::ig},
+    {nullptr, "na_", &L::aux},
+};
+}  // namespace
+
 // ---- electrical ----
 
 namespace {
 constexpr flag_word ebes_flags[] = {
-    {"limit_tstep", &entry_flags::limit_tstep, 0},   {"save_history", &entry_flags::save_history, 0},
-    {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
-    {"startup_sprt", &entry_flags::startup_sprt, 0}, {"allow_ssw", &entry_flags::allow_ssw, 1},
-    {"gmin_step", &entry_flags::gmin_step, 0},       {"pure", &entry_flags::pure, 0},
-    {"timeless", &entry_flags::timeless, 0},
+    {"limit_tstep", &entry_flags::limit_tstep},   {"save_history", &entry_flags::save_history},
+    {"limit_newton", &entry_flags::limit_newton}, {"calc_acp", &entry_flags::calc_acp},
+    {"startup_sprt", &entry_flags::startup_sprt}, {"allow_ssw", &entry_flags::allow_ssw},
+    {"gmin_step", &entry_flags::gmin_step},       {"pure", &entry_flags::pure},
+    {"timeless", &entry_flags::timeless},
 };
 constexpr list_line ebes_lines[] = {
     {"nodes:", "nd", &L::node, 500, 10000},
@@ -87,13 +114,15 @@ constexpr basic_form ebes_form = {
     .lines = ebes_lines,
     .functions = ebes_functions,
     .map_kinds = ebes_kinds,
+    .declared = declared_lists,
+    .numbered = numbered_lists,
     .arguments = ebe_arguments,
 };
 
 // ---- small-signal forms of electrical elements ----
 
 namespace {
-constexpr flag_word ebac_flags[] = {{"noise_source", &entry_flags::noise_source, 0}};
+constexpr flag_word ebac_flags[] = {{"noise_source", &entry_flags::noise_source}};
 constexpr list_line ebac_lines[] = {
     {"nodes:", "nd", &L::node, 200, 4000},
     {"ind_nodes:", "in", &L::ind_node, 20, 400},
@@ -143,6 +172,8 @@ constexpr basic_form ebac_form = {
     .functions = ebac_functions,
     .map_kinds = ebac_kinds,
     .has_prototypes = false,
+    .declared = declared_lists,
+    .numbered = numbered_lists,
     .arguments = ebe_ac_arguments,
 };
 
@@ -150,11 +181,11 @@ constexpr basic_form ebac_form = {
 
 namespace {
 constexpr flag_word gbes_flags[] = {
-    {"limit_tstep", &entry_flags::limit_tstep, 0},   {"save_history", &entry_flags::save_history, 0},
-    {"limit_newton", &entry_flags::limit_newton, 0}, {"calc_acp", &entry_flags::calc_acp, 0},
-    {"limit_modulo", &entry_flags::limit_modulo, 0}, {"allow_reset", &entry_flags::allow_reset, 0},
-    {"set_rparm_1", &entry_flags::set_rparm_1, 0},   {"get_rparm_1", &entry_flags::get_rparm_1, 0},
-    {"allow_ssw", &entry_flags::allow_ssw, 1},       {"pure", &entry_flags::pure, 0},
+    {"limit_tstep", &entry_flags::limit_tstep},   {"save_history", &entry_flags::save_history},
+    {"limit_newton", &entry_flags::limit_newton}, {"calc_acp", &entry_flags::calc_acp},
+    {"limit_modulo", &entry_flags::limit_modulo}, {"allow_reset", &entry_flags::allow_reset},
+    {"set_rparm_1", &entry_flags::set_rparm_1},   {"get_rparm_1", &entry_flags::get_rparm_1},
+    {"allow_ssw", &entry_flags::allow_ssw},       {"pure", &entry_flags::pure},
 };
 constexpr list_line gbes_lines[] = {
     {"main_vars:", "vr", &L::vr, 600, 12000}, {"iparms:", "iprm", &L::iprm, 500, 10000},
@@ -186,6 +217,8 @@ constexpr basic_form gbes_form = {
     .lines = gbes_lines,
     .functions = gbes_functions,
     .map_kinds = block_variables,
+    .declared = declared_lists,
+    .numbered = numbered_lists,
     .arguments = gbe_arguments,
 };
 
@@ -227,6 +260,8 @@ constexpr basic_form gbac_form = {
     .functions = gbac_functions,
     .map_kinds = block_variables,
     .has_prototypes = false,
+    .declared = declared_lists,
+    .numbered = numbered_lists,
     .arguments = gbe_ac_arguments,
 };
 
@@ -277,11 +312,8 @@ constexpr basic_form dbes_form = {
     .lines = dbes_lines,
     .has_prototypes = false,
     .whole_start_values = true,
+    .has_runs = false,
+    .declared = digital_declared,
+    .numbered = digital_numbered,
     .arguments = dbe_arguments,
 };
-
-const basic_form* basic_form_of(int library) {
-    for (const basic_form* form : {&ebes_form, &gbes_form, &ebac_form, &gbac_form, &dbes_form})
-        if (&form->lib == &library_forms[library]) return form;
-    return nullptr;
-}

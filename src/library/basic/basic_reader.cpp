@@ -32,15 +32,17 @@ void read_entry_line(const words& w, const basic_form& form, basic_library& lib)
     for (std::vector<int>* f :
          {&flag.limit_tstep, &flag.save_history, &flag.limit_newton, &flag.calc_acp, &flag.startup_sprt,
           &flag.gmin_step, &flag.limit_modulo, &flag.allow_reset, &flag.set_rparm_1, &flag.get_rparm_1,
-          &flag.noise_source, &flag.jac_const, &flag.pure, &flag.timeless})
+          &flag.noise_source, &flag.jac_const, &flag.pure, &flag.timeless, &flag.evaluate, &flag.integrate, &flag.delay})
         f->push_back(0);
     flag.allow_ssw.push_back(1);
+    flag.allow_xmixed.push_back(1);
     flag.ground_dummy.push_back(name == "ground_dummy_1");
     for (const flag_word& f : form.flags) {
         int i = 3;
         while (i < w.size() && w[i] != f.word) ++i;
-        (lib.flag.*f.member).back() = i < w.size() ? assign_flag_1(pick_word_1(w, i + 1)) : f.dflt;
+        if (i < w.size()) (lib.flag.*f.member).back() = assign_flag_1(pick_word_1(w, i + 1));
     }
+    if (form.check_flags) form.check_flags(lib, lib.n() - 1);
 }
 
 void read_jacobian_line(text_file& file, const basic_form& form, basic_library& lib) {
@@ -118,6 +120,7 @@ void read_entry(text_file& file, const words& first_line, const basic_form& form
     read_entry_line(first_line, form, lib);
     if (form.jacobian_entry) read_jacobian_line(file, form, lib);
     for (const list_line& l : form.lines) read_list_line(file, form, l, lib);
+    if (form.close_lists) form.close_lists(lib, lib.n() - 1);
     lib.list.close_rows();
     for (const function_form& f : form.functions)
         read_functions(file, form, f, read_function_count(file, form, f, lib), lib);

@@ -1,4 +1,4 @@
-// derivatives.cpp -- the tables of the four classes of derivatives, in the order in which they stand in store.
+// derivatives.cpp -- the tables of the classes of derivatives, in the order in which they stand in store.
 #include <algorithm>
 #include <complex>
 
@@ -6,14 +6,17 @@
 #include "library/basic/ebes1_class.h"
 #include "library/basic/gbac1_class.h"
 #include "library/basic/gbes1_class.h"
+#include "library/basic/xbac1_class.h"
+#include "library/basic/xbes1_class.h"
 
 using L = library_lists;
 
 template <class T>
 int jac_tables<T>::offset(int kind, int j, int m) const {
-    const auto t = std::find(var_kinds.begin(), var_kinds.end(), kind);
-    if (t == var_kinds.end()) return -1;
-    return static_cast<int>(rows[static_cast<std::size_t>((t - var_kinds.begin()) * n_f + j)] + m - store.data());
+    const auto t = std::find(var_kinds.rbegin(), var_kinds.rend(), kind);
+    if (t == var_kinds.rend()) return -1;
+    const int first = first_row[static_cast<std::size_t>(var_kinds.rend() - t - 1)];
+    return static_cast<int>(rows[static_cast<std::size_t>(first + j)] + m - store.data());
 }
 template struct jac_tables<double>;
 template struct jac_tables<std::complex<double>>;
@@ -80,4 +83,26 @@ void gbes1_class::initialise(const basic_library& lib, int i_lib) {
 }
 void gbac1_class::initialise(const basic_library& lib, int i_lib) {
     lay_tables<gbac1_class>(*this, lib, i_lib, block_tables<gbac1_class>);
+}
+void xbac1_class::initialise(const basic_library& lib, int i_lib) {
+    using J = xbac1_class;
+    static constexpr jac_table<J> tables[] = {{kind_xvr, &L::xvr, &J::dfdvr, &J::n_vr},
+                                              {kind_xaux, &L::aux, &J::dfdaux, &J::n_aux}};
+    lay_tables<J>(*this, lib, i_lib, tables);
+}
+
+void xbes1_class::initialise(const basic_library& lib, int i_lib) {
+    using J = xbes1_class;
+    constexpr auto g = &basic_library::func_g, h = &basic_library::func_h;
+    static constexpr jac_table<J> tables[] = {
+        {kind_xvr, &L::xvr, &J::dfdvr, nullptr},     {kind_vr, &L::vr, &J::dfdgvr, nullptr},
+        {kind_xaux, &L::aux, &J::dfdaux, nullptr},   {kind_bev, &L::bev, &J::dfdbev, nullptr},
+        {kind_xcur, &L::cur, &J::dfdcur, nullptr},   {kind_xvr, &L::xvr, &J::dgdvr, nullptr, g},
+        {kind_vr, &L::vr, &J::dgdgvr, nullptr, g},   {kind_xaux, &L::aux, &J::dgdaux, nullptr, g},
+        {kind_bev, &L::bev, &J::dgdbev, nullptr, g}, {kind_xcur, &L::cur, &J::dgdcur, nullptr, g},
+        {kind_xvr, &L::xvr, &J::dhdvr, nullptr, h},  {kind_vr, &L::vr, &J::dhdgvr, nullptr, h},
+        {kind_xaux, &L::aux, &J::dhdaux, nullptr, h}, {kind_bev, &L::bev, &J::dhdbev, nullptr, h},
+        {kind_xcur, &L::cur, &J::dhdcur, nullptr, h},
+    };
+    lay_tables<J>(*this, lib, i_lib, tables);
 }

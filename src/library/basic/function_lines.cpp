@@ -24,6 +24,24 @@ variable find_in(const library_lists& list, int e, const variable_list& where, s
     return i < 0 ? variable{} : variable{where.kind, i};
 }
 
+// A word for the current of a branch of a network; none when the word is another one.
+variable find_current(const entry_in_work& in, std::string_view word) {
+    const word_list& nodes = in.lib.list.cct;
+    const int n = nodes.count(in.e);
+    if (word == "current") {
+        if (n != 2)
+            halt({"xbes_class: keyword current cannot be used.", "   when number of nodes is not equal to 2.",
+                  "   expected cur(xx) but did not find it.", "   Halting..."});
+        return {kind_xcur, 0};
+    }
+    if (!word.starts_with("cur(") || word.back() != ')') return {};
+    if (n <= 2)
+        halt({"xbes_class: cur(xx) cannot be used.", "   when number of nodes <= 2.", "   Check xbe library. Halting..."});
+    const int i = nodes.find(in.e, word.substr(4, word.size() - 5));
+    if (i < 0) halt({"xbes_class: node in cur(xx) not found."});
+    return {kind_xcur, i};
+}
+
 [[noreturn]] void unknown_word(const basic_form& form, const function_words& how, std::string_view word) {
     if (how.wrong)
         halt({line(form.lib.class_name, ": something wrong with ", how.wrong, "."), line("  string is ", word),
@@ -34,6 +52,8 @@ variable find_in(const library_lists& list, int e, const variable_list& where, s
 
 // A word in brackets that the family knows, or a bare word. Halts when the lists do not have it.
 variable find_variable(const entry_in_work& in, const function_words& how, std::string_view word) {
+    if (how.branch_currents)
+        if (const variable found = find_current(in, word); found.kind >= 0) return found;
     const std::size_t open = word.find('(');
     if (open != std::string_view::npos && word.back() == ')')
         for (const bracket_word& b : how.brackets)
@@ -53,15 +73,34 @@ variable find_variable(const entry_in_work& in, const function_words& how, std::
 
 bool is_ddt(std::string_view word) { return word == "d_dt" || word.starts_with("d_dt("); }
 
+int n_inputs(const entry_in_work& in) { return in.lib.list.n_input[static_cast<std::size_t>(in.e)]; }
+
+// A word in brackets that is no d_dt().
+[[noreturn]] void no_ddt(const basic_form& form, std::string_view word) {
+    halt({line("read_", form.lib.name, ": check ", word, " in ", form.lib.begin, " library."),
+          "   did not find keyword d_dt", "   Halting..."});
+}
+
 // The variable inside d_dt(...), as the sort of line allows.
 variable find_ddt_variable(const entry_in_work& in, const function_words& how, std::string_view word) {
     if (how.ddt == ddt_rule::refused)
         halt({line(in.form.lib.class_name, ": d_dt is not allowd in the"),
               line("  mna-", how.ddt_refused_in, " equations!"),
               line("  Check ", in.form.lib.begin, " library. Halting...")});
+    if (how.ddt == ddt_rule::not_allowed)
+        halt({line("read_", in.form.lib.name, ": check ", word, " in ", in.form.lib.begin, " library."),
+              "   d_dt is not allwed in h functions", "   Halting..."});
     if (word.size() < 6 || word.back() != ')') halt({line(in.form.lib.class_name, ": check variables involving d_dt")});
     const std::string_view inside = word.substr(5, word.size() - 6);
     if (how.ddt == ddt_rule::any_variable) return find_variable(in, how, inside);
+    if (how.ddt == ddt_rule::state_variable) {
+        // Inputs are no states.
+        for (const variable_list& where : how.states)
+            if (const variable found = find_in(in.lib.list, in.e, where, inside);
+                found.kind >= 0 && (found.kind != kind_xvr || found.number >= n_inputs(in)))
+                return found;
+        unknown_word(in.form, how, word);
+    }
     const variable found = find_in(in.lib.list, in.e, {kind_locv, &library_lists::locv}, inside);
     if (found.kind < 0)
         halt({line(in.form.lib.class_name, ": check ", inside, " in the ", in.form.lib.begin, " library."),
@@ -73,6 +112,8 @@ variable find_ddt_variable(const entry_in_work& in, const function_words& how, s
 void read_dependencies(const entry_in_work& in, const function_words& how, const words& w, int from) {
     function_table& f = in.f;
     for (int i = from; i < w.size(); ++i) {
+        if (how.ddt == ddt_rule::state_variable && w[i].find('(') != std::string_view::npos && !is_ddt(w[i]))
+            no_ddt(in.form, w[i]);
         const bool inside_ddt = how.ddt != ddt_rule::no_word && is_ddt(w[i]);
         const variable found = inside_ddt ? find_ddt_variable(in, how, w[i]) : find_variable(in, how, w[i]);
         f.var_flag.push_back(found.kind);
@@ -84,7 +125,7 @@ void read_dependencies(const entry_in_work& in, const function_words& how, const
             f.ddt_var_number.back() = found.number;
         }
         check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies, in.form.lib.class_name,
-                    ": n_ttlfvar is too large. Halting...");
+                    ": n_ttlf", in.functions.tag, "var is too large. Halting...");
     }
     f.first_fvar.push_back(static_cast<int>(f.var_flag.size()));
 }
@@ -92,8 +133,10 @@ void read_dependencies(const entry_in_work& in, const function_words& how, const
 // Opens a function: the name behind "f_", and all marks off.
 void open_function(const entry_in_work& in, const words& w, int block) {
     const std::string_view name = w.empty() ? std::string_view() : w[0];
-    if (!name.starts_with("f_"))
-        halt({line(in.form.lib.class_name, ": expected f_ (", block, "). Halting..."), line("  s2 = ", name)});
+    const char letter = in.functions.letter;
+    if (name.size() < 2 || name[0] != letter || name[1] != '_')
+        halt({line(in.form.lib.class_name, ": expected ", std::string_view(&letter, 1), "_ (", block, "). Halting..."),
+              line("  s2 = ", name)});
     function_table& f = in.f;
     f.name.add(name.substr(2));
     for (std::vector<int>* mark :
@@ -102,7 +145,8 @@ void open_function(const entry_in_work& in, const words& w, int block) {
     for (std::vector<int>* index :
          {&f.i_locvar, &f.startup_kcl_row, &f.ddt_var_flag, &f.ddt_var_number, &f.kcl_locvar_func})
         index->push_back(-1);
-    check_limit(f.n_ttlf(), in.form.max_functions, in.form.too_many_functions);
+    check_limit(f.n_ttlf(), in.form.max_functions,
+                in.functions.too_many ? in.functions.too_many : in.form.too_many_functions);
 }
 
 // Function j of the entry, the current into terminal j. Entries with a start-up form of their own leave it out there.
@@ -180,7 +224,7 @@ void read_functions(text_file& file, const basic_form& form, const function_form
             read_terminal_line(in, w, j);
             continue;
         }
-        open_function(in, w, 2);
+        open_function(in, w, functions.block);
         if (functions.startup && w.size() > 1 && w[1] == "startup")
             read_startup_line(in, w, n_startup++);
         else if (functions.local && w.size() > 1 && w[1] == "local_var")

@@ -20,7 +20,8 @@ struct header_line {
     const char* tag;           // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
     const char* entry_text;    // the count of one entry in its message
     int max_entry;             // words of one entry; 0: no limit
-    int max_words, max_chars;  // of the library; 0: no limit
+    int max_words, max_chars;          // of the library; 0: no limit
+    const char* library = nullptr;  // its word in the message of a missing line, where it is not the form's
 };
 
 // A list of the elements whose words are keys of a body statement. Values are names of the composite's own list `in`,
@@ -80,7 +81,7 @@ struct composite_form {
     composite_limits limit;
     output_kinds dc_kinds, ac_kinds;
 };
-extern const composite_form eels_form, gels_form, dels_form;
+extern const composite_form eels_form, gels_form, dels_form, xels_form;
 const composite_form* composite_form_of(int library);  // null: the library has no reader, and must be empty
 // Of the start-up values or first guesses of entry e, those from this position on are whole numbers.
 int first_whole(const library_form& composites, const composite_library& lib, pair_list<double> library_lists::*list,

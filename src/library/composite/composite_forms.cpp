@@ -189,8 +189,52 @@ constexpr composite_form dels_form = {
     .ac_kinds = {-1, -1, -1, -1, -1},
 };
 
+// Composites of explicit blocks. What starts a transient are the first guesses of the blocks, so the start-up words of a
+// composite feed these.
+namespace {
+constexpr header_line xels_dc_lines[] = {
+    {"begin_dc", "begin_dc", special_line::mark, "", "", 0, 0, 0},
+    {"main_vars:", "main_vars", &L::xvr, "vr", "", 0, 0, 0},
+    {"aux_vars:", "aux_vars", &C::auxnode, "vr", "", 0, 0, 0},
+    {"gvars:", "gvars", &L::vr, "gvr", "", 0, 0, 0},
+    {"outvar:", "outvar", &C::ov, "ov", "", 0, 0, 0},
+    {"bias:", "bias", &C::bias, "bias", "", 0, 0, 0},
+    {"iparms:", "iparms", &L::iprm, "iprm", "", 0, 0, 0},
+    {"sparms:", "sparms", &L::sprm, "sprm", "", 0, 0, 0},
+    {"rparms:", "rparms", &L::rprm, "rprm", "", 0, 0, 0},
+    {"rparms_derived:", "rparms_derived", special_line::derived, "rprm", "", 0, 0, 0},
+    {"stparms:", "stparms", &L::ig, "sv", "", 0, 0, 0, "cce"},
+};
+constexpr bound_line xels_bound[] = {
+    {binding::plain, &L::xvr, true, true, &E::xvr, nullptr, "n_be_ttlvr", no_limit, "xbes_vr_name not found.",
+     "xels_class: aux var not found, check xce library", "xels2 vr name not found.",
+     "xels_class: aux var not found, check xce library"},
+    {binding::plain, &L::vr, false, false, &E::vr, nullptr, "n_be_ttlgvr", no_limit, "xbes_gvr_name not found.",
+     "xels_gvr_name not found.", "xels2 gvr name not found.", "gvr name not found."},
+};
+}  // namespace
+
+constexpr composite_form xels_form = {
+    .lib = library_forms[lib_xels],
+    .basic = library_forms[lib_xbes],
+    .basic_ac = library_forms[lib_xbac],
+    .model_tag = "xm",
+    .has_power = false,
+    .may_postprocess = false,
+    .tells_operands = true,
+    .node_word = "xvar",
+    .node_name = "var",
+    .main_list = &L::xvr,
+    .dc_lines = xels_dc_lines,
+    .ac_lines = gels_ac_lines,
+    .bound = xels_bound,
+    .limit = gels_form.limit,
+    .dc_kinds = {ov_xvar, ov_xaux, -1, ov_iparm_xbe, ov_rparm_xbe},
+    .ac_kinds = {ov_xvar_ac, -1, -1, -1, -1},
+};
+
 const composite_form* composite_form_of(int library) {
-    for (const composite_form* form : {&eels_form, &gels_form, &dels_form})
+    for (const composite_form* form : {&eels_form, &gels_form, &dels_form, &xels_form})
         if (&form->lib == &library_forms[library]) return form;
     return nullptr;
 }

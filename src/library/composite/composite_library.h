@@ -122,6 +122,7 @@ gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac);
 
 // The same from .tnlaux/dels.aux.
 dels_class read_dels(const dbes_class& dbes);
+xels_class read_xels(const xbes_class& xbes, const xbac_class& xbac);
 
 // Evaluates the derived parameters of entry e on one row of its rparms, in order.
 void eval_rprm_1(const composite_library& lib, int e, double* rprm);

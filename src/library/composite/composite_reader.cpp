@@ -117,7 +117,8 @@ void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std:
     for (const header_line& l : lines) {
         words w;
         next_line(file, w);
-        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ", entry.form.lib.begin, " library");
+        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ",
+                    l.library ? l.library : entry.form.lib.begin, " library");
         const word_list* list = std::visit(header_reader{entry, half, l, w}, l.member);
         if (!list) continue;
         if (l.max_entry > 0)
@@ -308,6 +309,7 @@ void read_eels_file(const std::string& path, const ebes_class& ebes, const ebac_
 eels_class read_eels(const ebes_class& ebes, const ebac_class& ebac) { return read_from_form(eels_form, ebes, ebac); }
 gels_class read_gels(const gbes_class& gbes, const gbac_class& gbac) { return read_from_form(gels_form, gbes, gbac); }
 dels_class read_dels(const dbes_class& dbes) { return read_from_form(dels_form, dbes, dbes); }
+xels_class read_xels(const xbes_class& xbes, const xbac_class& xbac) { return read_from_form(xels_form, xbes, xbac); }
 
 void eval_rprm_1(const composite_library& lib, int e, double* rprm) {
     double* to = rprm + lib.n_rprm_plain(e);

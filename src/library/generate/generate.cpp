@@ -14,35 +14,8 @@ constexpr std::size_t columns = 80;
 
 using L = library_lists;
 
-// The lists whose words become names in a function: <prefix><word>. With a type they are variables, in this order.
-struct declared_list {
-    const char* type;
-    const char* prefix;
-    list_member member;
-};
-constexpr declared_list declared_lists[] = {
-    {"int", "ni_", &L::iprm},   {"char*", "nstr_", &L::sprm}, {"double", "nr_", &L::rprm},  {"double", "na_", &L::aux},
-    {"int", "ndg_", &L::dgtl},  {"double", "nvr_", &L::vr},   {"double", "nxvr_", &L::xvr}, {"double", "nst_", &L::sv},
-    {"double", "nig_", &L::ig}, {"double", "nlv_", &L::locv}, {"double", "nas_", &L::auxs},
-};
-// And all of them are constants, the position of a word in its list.
-constexpr declared_list numbered_lists[] = {
-    {nullptr, "nnd_", &L::node}, {nullptr, "nin_", &L::ind_node}, {nullptr, "nib_", &L::ind_branch},
-    {nullptr, "ni_", &L::iprm},  {nullptr, "nstr_", &L::sprm},    {nullptr, "nr_", &L::rprm},
-    {nullptr, "nst_", &L::sv},   {nullptr, "nig_", &L::ig},       {nullptr, "na_", &L::aux},
-    {nullptr, "ndg_", &L::dgtl}, {nullptr, "nvr_", &L::vr},       {nullptr, "nxvr_", &L::xvr},
-    {nullptr, "nas_", &L::auxs}, {nullptr, "nlv_", &L::locv},
-};
-
-// Digital elements name their nodes by two lists, and their start-up values are integers.
-bool is_digital(const basic_form& form) { return &form == &dbes_form; }
-const char* type_of(const basic_form& form, const declared_list& d) {
-    return is_digital(form) && (d.member == list_member(&L::sv) || d.member == list_member(&L::ig)) ? "int" : d.type;
-}
-
-std::vector<std::string> words_of(const basic_form& form, const basic_library& lib, const declared_list& d, int e) {
+std::vector<std::string> words_of(const basic_library& lib, const code_list& d, int e) {
     std::vector<std::string> items;
-    if (is_digital(form) && d.member == list_member(&L::dgtl)) return items;
     std::visit(
         [&](auto member) {
             const auto& list = lib.list.*member;
@@ -52,6 +25,9 @@ std::vector<std::string> words_of(const basic_form& form, const basic_library& l
         d.member);
     return items;
 }
+
+// Digital elements have no derivatives, and name their nodes by two lists.
+bool is_digital(const basic_form& form) { return form.functions.empty(); }
 
 // Inputs and outputs are numbered from 0 on, each by themselves.
 void write_digital_nodes(std::ostream& out, const basic_library& lib, int e) {
@@ -123,6 +99,15 @@ bool asks_frequency(const basic_library& lib, int e) {
     return i >= lib.asks_frequency.size() || lib.asks_frequency[i];
 }
 
+// Of explicit blocks: how many variables a call gathers, and how many it writes back. States move otherwise.
+std::string ports(const basic_form& form, const basic_library& lib, int e) {
+    if (&form != &xbes_form) return "";
+    const int n = lib.list.xvr.count(e), n_input = lib.list.n_input[static_cast<std::size_t>(e)];
+    const auto i = static_cast<std::size_t>(e);
+    const bool is_state = !lib.flag.evaluate[i] && lib.flag.integrate[i];
+    return line(", ", n, ", ", is_state ? n : n_input);
+}
+
 void open_for_writing(std::ofstream& out, const std::string& path) {
     out.open(path);
     if (!out) halt({line("generate: cannot write ", path, ". Halting...")});
@@ -157,10 +142,10 @@ void write_list_3(std::ostream& out, const std::string& prefix, const std::vecto
     for (std::size_t i = 0; i < items.size(); ++i) out << "   const int " << prefix << items[i] << '=' << i << ";\n";
 }
 
-void write_list_4(std::ostream& out, const std::string& prefix, const basic_library& lib, int e) {
-    const int first = lib.func.first_f[static_cast<std::size_t>(e)];
-    for (int j = 0; j < lib.func.n_func(e); ++j)
-        out << "   const int " << prefix << lib.func.name[first + j] << '=' << j << ";\n";
+void write_list_4(std::ostream& out, const std::string& prefix, const function_table& func, int e) {
+    const int first = func.first_f[static_cast<std::size_t>(e)];
+    for (int j = 0; j < func.n_func(e); ++j)
+        out << "   const int " << prefix << func.name[first + j] << '=' << j << ";\n";
 }
 
 void write_ebes_c(std::ostream& out, const basic_form& form, const basic_library& lib, int e, int flag_write) {
@@ -172,11 +157,11 @@ void write_ebes_c(std::ostream& out, const basic_form& form, const basic_library
             write_chr_array_2(out, line("void ", function_name(form, lib, e), "("), parameters(form), "   ", ") {");
             return;
         case 2:
-            for (const declared_list& d : declared_lists)
-                write_chr_array_2(out, line("   ", type_of(form, d), " "), words_of(form, lib, d, e), "     ", ";");
-            for (const declared_list& d : numbered_lists) write_list_3(out, d.prefix, words_of(form, lib, d, e));
+            for (const code_list& d : form.declared)
+                write_chr_array_2(out, line("   ", d.type, " "), words_of(lib, d, e), "     ", ";");
+            for (const code_list& d : form.numbered) write_list_3(out, d.prefix, words_of(lib, d, e));
             if (is_digital(form)) write_digital_nodes(out, lib, e);
-            write_list_4(out, "ne_", lib, e);
+            for (const function_form& f : form.functions) write_list_4(out, f.code_prefix, lib.*f.table, e);
             return;
         case 3:
             out << "   return;\n}\n";
@@ -249,7 +234,7 @@ void write_registration(std::ostream& out, const basic_form& form, const basic_l
         const std::string function = function_name(form, lib, e);
         out << "   {\"" << lib.list.entry[e] << "\", " << function << ", {" << joined_counts(entry_counts(form, lib, e))
             << '}';
-        if (!is_digital(form)) out << ", run_" << form.lib.begin << '<' << function << '>';
+        if (form.has_runs) out << ", run_" << form.lib.begin << '<' << function << ports(form, lib, e) << '>';
         if (is_small_signal(form)) out << ", " << (asks_frequency(lib, e) ? "true" : "false");
         out << "},\n";
     }

@@ -42,5 +42,5 @@ void write_chr_array_2(std::ostream& out, const std::string& head, const std::ve
                        const std::string& indent, const std::string& tail);
 // "   const int <prefix><word>=<index>;" for each word.
 void write_list_3(std::ostream& out, const std::string& prefix, const std::vector<std::string>& items);
-void write_list_4(std::ostream& out, const std::string& prefix, const basic_library& lib,
+void write_list_4(std::ostream& out, const std::string& prefix, const function_table& func,
                   int e);  // functions of entry e
