@@ -4,6 +4,7 @@
 
 #include "base/halt.h"
 #include "base/numeric.h"
+#include "models/algebra_functions.h"
 #include "models/block_functions.h"
 #include "models/control_edges.h"
 #include "models/data_table.h"
@@ -18,6 +19,7 @@
 #include "models/explicit_functions.h"
 #include "models/frames.h"
 #include "models/lookup.h"
+#include "models/machines.h"
 #include "models/model_functions.h"
 #include "models/sampling.h"
 #include "models/source_waves.h"
