@@ -21,6 +21,18 @@ expect 'as they are' 'frequency(clk) = 500000 Hz
 duty(clk) = 0.5
 count(gate, rise) = 2
 delay(clk, q0, rise) = 1e-09 s' "$(sed 's/49999[0-9.]* Hz/500000 Hz/; s/= 1\.0000[0-9]*e-09/= 1e-09/' out.txt)"
+# Each expression finds its own file; a word that is wrong keeps none of the others back.
+expect 'of both files at once' 0 "$(status_of "$tnl" measure logic.in 'max(vout)' 'count(gate, rise)')"
+expect 'each from its own' '2 2' "$(grep -c '=' out.txt) $(sed -n 's/count(gate, rise) = //p' out.txt)"
+expect 'and one that is wrong' 2 "$(status_of "$tnl" measure logic.in 'count(gat)' 'count(gate, rise)' 'count(' 'max(vout, q0)' 'max(vout)')"
+expect 'with the others' 'count(gate, rise) max(vout)' "$(sed 's/ =.*//' out.txt | tr '\n' ' ' | sed 's/ $//')"
+expect 'and what is wrong with each' 3 "$(grep -c '^tnl: ' err.txt)"
+expect 'in JSON too' '3 of 5' "$("$tnl" measure logic.in --json 'count(gat)' 'count(gate, rise)' 'count(' 'max(vout, q0)' 'max(vout)' 2>/dev/null | python3 -c '
+import json, sys
+all = json.load(sys.stdin)
+print(sum("error" in m and m["value"] is None for m in all), "of", len(all))')"
+expect 'claims of which one is none' 2 "$(status_of "$tnl" assert logic.in 'count(gat) == 2' 'count(gate, rise) == 2' 'max(vout) < 1')"
+expect 'are all told' 'FAIL pass FAIL' "$(cut -c1-4 out.txt | tr '\n' ' ' | sed 's/ $//')"
 expect 'claims about levels' 0 "$(status_of "$tnl" assert logic.in 'max(q0 + 2*q1, 3u, 20u) == 3' 'count(clk, rise) >= 9' '0.24 < avg(gate, 4u, 20u) < 0.26' 'max(vout) > 9.9')"
 expect 'one that does not hold' 4 "$(status_of "$tnl" assert logic.in 'count(gate) == 2')"
 
@@ -38,6 +50,8 @@ expect 'plain levels' 0 "$(status_of "$tnl" export logic.in --file logic.dat --c
 expect 'are 0 and 1' '0 1' "$(tr -d '\r' <logic.csv | tail -n +2 | cut -d, -f2- | tr ',' '\n' | sort -u | tr '\n' ' ' | sed 's/ $//')"
 expect 'a change dump' 0 "$(status_of "$tnl" export logic.in --file logic.dat --vcd -o logic.vcd)"
 expect 'of wires' 4 "$(grep -c '^.var wire 1 ' logic.vcd)"
+expect 'of the file of levels, if none is named' 0 "$(status_of "$tnl" export logic.in --vcd -o first.vcd)"
+expect 'the same' same "$(cmp logic.vcd first.vcd 2>&1 && echo same)"
 expect 'a vector' 0 "$(status_of "$tnl" export logic.in --file logic.dat --vcd --buses -o bus.vcd)"
 expect 'of the bits' 1 "$(grep -c '^.var wire 2 . q \[1:0\] .end' bus.vcd)"
 expect 'is for change dumps' 2 "$(status_of "$tnl" export logic.in --csv --buses)"

@@ -48,7 +48,10 @@ def terminals(sheet, kind):
 
 faults = n_tried = 0
 for sheet in json.loads(run("describe", "--all", "--json")[1]):
-    given = {p["name"]: number(p["default"]) for p in sheet["parameters"] if p["kind"] != "text"}
+    given = {p["name"]: number(p["default"]) for p in [*sheet["parameters"], *sheet["start_values"]]
+             if p.get("kind") != "text"}
+    whole = {p["name"] for p in sheet["parameters"] if p["kind"] == "integer"}
+    whole |= {p["name"] for p in sheet["start_values"] if sheet["family"] == "d"}
     given |= {k: number(v) for k, v in (w.split("=") for w in sheet["examples"][0].split()[1:]) if k in given}
     deck(sheet, {})
     sound = run("run", "d.in")[1].splitlines()[:4]
@@ -61,7 +64,7 @@ for sheet in json.loads(run("describe", "--all", "--json")[1]):
         near += [eval(side, {}, {**given, **others}) for side in re.split(r" (?:[<>!]=?|if) ", condition[0])]
         tried = 0
         for x in sorted({y for z in near for y in (z, z * 1.001, z * 0.999, -z, z - 1, z + 1)} | {0.0, -1.0}):
-            x = round(x) if name == "n_pts" else x
+            x = round(x) if name in whole else x
             values = {**given, **others, name: float(f"{x:.12g}")}
             is_rounded = re.search("[<>]=", limit) and any(abs(x - z) <= 1e-9 * abs(z) for z in near)
             if is_rounded or eval(condition[0], {}, values) or (condition[2] and not eval(condition[2], {}, values)):

@@ -4,7 +4,7 @@
 #include "targets.h"
 #include "tnl/check/advice.h"
 #include "tnl/check/check_deck.h"
-#include "tnl/check/locate.h"
+#include "tnl/check/explain_stop.h"
 #include "tnl/common/exit_status.h"
 
 namespace {

@@ -1,24 +1,18 @@
 // Digital nodes: each has one output that drives it. Clocks that the steps of an analog part cannot follow.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/words.h"
 #include "tnl/check/check_solves.h"
+#include "tnl/check/check_uses.h"
+#include "tnl/check/check_values.h"
 #include "tnl/common/halt.h"
 #include "tnl/common/near_words.h"
 
 namespace cli {
 
 namespace {
-
-struct use {
-    int element;
-    deck_word at;
-};
-struct digital_node {
-    std::vector<use> drivers, readers;
-    bool electrical = true;  // stands at electrical elements alone
-};
 
 // Nodes that a block sets at its begin: they need no output.
 std::set<std::string> set_nodes(const checked_deck& d) {
@@ -30,34 +24,146 @@ std::set<std::string> set_nodes(const checked_deck& d) {
     return names;
 }
 
-// A parameter as the statement, or else the library, gives it; NaN: not known.
-double parameter(const checked_deck& d, const deck_element& e, std::string_view word) {
-    std::string text = d.value(e, word);
-    for (const name_and_value& p : e.type->values)
-        if (text.empty() && p.name == word) text = p.value;
-    double x = NAN;
-    if (is_double(text, x)) return x;
-    try {
-        return d.globals.reals.count(text) ? d.c.gprm.gprm_double_1(text) : NAN;
-    } catch (const stop&) {
-        return NAN;
+std::string short_number(double x) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.4g", x);
+    return text;
+}
+std::string seconds(double x) { return short_number(x) + " s"; }
+
+// How long a clock stays at 1 and at 0; NaN: no clock, or not known.
+struct clock_times {
+    double high = NAN, low = NAN;
+    double shorter() const { return std::min(high, low); }
+};
+clock_times times_of(const checked_deck& d, const deck_element& e) {
+    if (e.type == nullptr || e.type->basics.size() != 1) return {};
+    const std::string& basic = e.type->basics[0];
+    const auto value = [&](std::string_view name) { return value_of_parameter(d, e, name); };
+    clock_times t;
+    if (basic == "clock" || basic == "clock_random") t = {value("t1"), value("t2")};
+    if (basic == "clock1") t = {value("duty") / value("f_hz"), (1 - value("duty")) / value("f_hz")};
+    if (value("pol") != 1) std::swap(t.high, t.low);
+    return t;
+}
+
+const deck_element& element(const checked_deck& d, const name_use& u) {
+    return d.elements[static_cast<std::size_t>(u.element)];
+}
+
+void check_drivers(checked_deck& d, const used_names& nodes) {
+    const std::set<std::string> given = set_nodes(d);
+    std::vector<std::string> driven;
+    for (const auto& [name, uses] : nodes.of)
+        if (std::any_of(uses.begin(), uses.end(), [](const name_use& u) { return u.writes; })) driven.push_back(name);
+    for (const auto& [name, uses] : nodes.of) {
+        const name_use *driver = nullptr, *reader = nullptr;
+        bool electrical = true;  // stands at electrical elements alone
+        for (const name_use& u : uses) {
+            electrical = electrical && element(d, u).library == lib_eels;
+            if (u.reads && reader == nullptr) reader = &u;
+            if (u.writes && driver != nullptr)
+                d.report.warning("driven-twice", u.at,
+                                 "digital node " + name + " is driven by " + element(d, *driver).name + " and by " +
+                                     element(d, u).name,
+                                 "a digital node has one output; a gate or a selector brings two together");
+            else if (u.writes)
+                driver = &u;
+        }
+        if (driver != nullptr || reader == nullptr || nodes.unsure) continue;
+        const std::string who = element(d, *reader).name;
+        if (electrical)
+            d.report.error("not-driven", reader->at,
+                           "no digital element is at the digital node " + name + ", which " + who + " reads" +
+                               near_text(driven, name),
+                           "delement type=dsrc y0=1 gives it a fixed level");
+        else if (!given.count(name))
+            d.report.warning("not-driven", reader->at,
+                             "nothing drives the digital node " + name + ", which " + who + " reads: it stays unknown" +
+                                 near_text(driven, name),
+                             "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
     }
 }
 
-std::string seconds(double x) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.4g s", x);
-    return text;
+// The element that drives a node alone; nullptr: none, or several.
+const deck_element* driver_of(const checked_deck& d, const used_names& nodes, const std::string& name) {
+    const auto found = nodes.of.find(name);
+    const deck_element* driver = nullptr;
+    if (found == nodes.of.end()) return nullptr;
+    for (const name_use& u : found->second)
+        if (u.writes && std::exchange(driver, &element(d, u)) != nullptr) return nullptr;
+    return driver;
 }
 
-// The shorter time between two edges of a clock; NaN: no clock, or not known.
-double shortest_phase(const checked_deck& d, const deck_element& e) {
-    if (e.type == nullptr || e.type->basics.size() != 1) return NAN;
-    const std::string& basic = e.type->basics[0];
-    if (basic == "clock" || basic == "clock_random") return std::min(parameter(d, e, "t1"), parameter(d, e, "t2"));
-    if (basic != "clock1") return NAN;
-    const double duty = parameter(d, e, "duty");
-    return std::min(duty, 1 - duty) / parameter(d, e, "f_hz");
+// Whether some block sets or sweeps PARAMETER_of_ELEMENT.
+bool is_set_in_blocks(const checked_deck& d, const std::string& item) {
+    return std::any_of(d.sections.solves.begin(), d.sections.solves.end(), [&](const solve_section& s) {
+        for (int i = s.range.begin; i < s.range.end; ++i)
+            for (int j = 1; j < d.text().n_words(i); ++j)
+                if (d.text().word(i, j) == item) return true;
+        return false;
+    });
+}
+
+// Whether the node is at 1 throughout, from a source without edges.
+bool is_always_1(const checked_deck& d, const used_names& nodes, const std::string& name) {
+    const deck_element* source = driver_of(d, nodes, name);
+    return source != nullptr && source->type->basics == std::vector<std::string>{"dsrc"} &&
+           value_of_parameter(d, *source, "y0") == 1 && value_of_parameter(d, *source, "n_edges") == 0 &&
+           !is_set_in_blocks(d, "y0_of_" + source->name) && !is_set_in_blocks(d, "n_edges_of_" + source->name);
+}
+
+// Set and reset inputs that stand at 1: a start-up does not look at them.
+void check_held(checked_deck& d, const deck_element& e, const used_names& nodes, bool starts_up) {
+    const auto is_held = [&](const std::string& input) { return is_always_1(d, nodes, d.value(e, input)); };
+    int at = 0;
+    for (const excluded_pair& p : e.type->doubts.excluded)
+        if (is_held(p.a) && is_held(p.b)) {
+            d.value(e, p.b, &at);
+            d.report.warning("set-and-reset", {e.statement, at},
+                             p.a + " and " + p.b + " of " + e.name +
+                                 " are both 1 throughout: it stops the run as soon " + "as it looks at them",
+                             "delement type=dsrc y0=0 is a level that does nothing");
+            return;
+        }
+    for (const forced_start& f : e.type->doubts.forced) {
+        if (!starts_up || !is_held(f.input) || is_set_in_blocks(d, f.start + "_of_" + e.name)) continue;
+        double wanted = NAN;
+        if (!is_double(f.value, wanted)) wanted = value_of_parameter(d, e, f.value);
+        const double start = value_of_parameter(d, e, f.start);
+        if (std::isnan(start) || std::isnan(wanted) || start == wanted) continue;
+        d.value(e, f.input, &at);
+        d.report.warning("start-value", {e.statement, at},
+                         "a start-up leaves " + e.name + " at " + f.start + "=" + short_number(start) + " although " +
+                             f.input + " is 1 throughout: it follows when another of its inputs changes",
+                         f.start + "=" + short_number(wanted));
+    }
+}
+
+// Delays beyond what a clock at an input allows. A clock at random has a phase of any length.
+void check_delay(checked_deck& d, const deck_element& e, const used_names& nodes) {
+    for (const lost_pulses& l : e.type->doubts.lost) {
+        const deck_element* clock = driver_of(d, nodes, d.value(e, l.input));
+        if (clock == nullptr || has(clock->type->basics, "clock_random")) continue;
+        const clock_times t = times_of(d, *clock);
+        const bool of_edges = l.what == lost_pulses::kind::edges;
+        const double bound = of_edges                            ? (t.high + t.low) / 2
+                             : l.what == lost_pulses::kind::high ? t.high
+                             : l.what == lost_pulses::kind::low  ? t.low
+                                                                 : t.shorter();
+        const double delay = value_of_parameter(d, e, l.delay);
+        if (!(delay >= bound * (1 - 1e-9))) continue;
+        int at = 0;
+        d.value(e, l.delay, &at);
+        d.report.warning("long-delay", {e.statement, at},
+                         l.delay + " of " + e.name + " is " + seconds(delay) +
+                             (of_edges ? ", and half a period of " + clock->name + " is " + seconds(bound) +
+                                             ": edges at " + l.input + " may be lost"
+                                       : ", and " + clock->name + " turns over after " + seconds(bound) +
+                                             ": such pulses at " + l.input + " are lost"),
+                         "a shorter delay, or a slower clock");
+        return;
+    }
 }
 
 }  // namespace
@@ -74,46 +180,14 @@ bool is_digital_alone(const checked_deck& d) {
 }
 
 void check_digital(checked_deck& d) {
-    std::map<std::string, digital_node> nodes;
-    bool unsure = false;  // an element of unknown type may drive anything
-    for (int i = 0; i < static_cast<int>(d.elements.size()); ++i) {
-        const deck_element& e = d.elements[static_cast<std::size_t>(i)];
-        if (e.is_placeholder) continue;
-        if (e.type == nullptr) {
-            unsure = true;
-            continue;
-        }
-        for (const std::string& word : e.type->digital) {
-            int at = 0;
-            const std::string name = d.value(e, word, &at);
-            if (name.empty()) continue;
-            const use u{i, {e.statement, at}};
-            if (has(e.type->driven, word)) nodes[name].drivers.push_back(u);
-            if (has(e.type->reads, word)) nodes[name].readers.push_back(u);
-            if (e.library != lib_eels) nodes[name].electrical = false;
-        }
-    }
-    const auto name_of = [&](const use& u) { return d.elements[static_cast<std::size_t>(u.element)].name; };
-    const std::set<std::string> given = set_nodes(d);
-    std::vector<std::string> driven;
-    for (const auto& [name, node] : nodes)
-        if (!node.drivers.empty()) driven.push_back(name);
-    for (const auto& [name, node] : nodes) {
-        for (std::size_t k = 1; k < node.drivers.size(); ++k)
-            d.report.warning("driven-twice", node.drivers[k].at,
-                             "digital node " + name + " is driven by " + name_of(node.drivers[0]) + " and by " +
-                                 name_of(node.drivers[k]),
-                             "a digital node has one output; a gate or a selector brings two together");
-        if (node.drivers.empty() && !node.readers.empty() && !unsure && node.electrical)
-            d.report.error("not-driven", node.readers[0].at,
-                           "no digital element is at the digital node " + name + ", which " + name_of(node.readers[0]) +
-                               " reads" + near_text(driven, name),
-                           "delement type=dsrc y0=1 gives it a fixed level");
-        else if (node.drivers.empty() && !node.readers.empty() && !unsure && !given.count(name))
-            d.report.warning("not-driven", node.readers[0].at,
-                             "nothing drives the digital node " + name + ", which " + name_of(node.readers[0]) +
-                                 " reads: it stays unknown" + near_text(driven, name),
-                             "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
+    const used_names nodes = names_used(d, &element_type::digital);
+    check_drivers(d, nodes);
+    const bool starts_up = std::any_of(d.sections.solves.begin(), d.sections.solves.end(),
+                                       [](const solve_section& s) { return s.type == "startup"; });
+    for (const deck_element& e : d.elements) {
+        if (e.type == nullptr || e.is_placeholder || !has_limits(*e.type)) continue;
+        check_held(d, e, nodes, starts_up);
+        check_delay(d, e, nodes);
     }
 }
 
@@ -122,7 +196,8 @@ void check_clocks(checked_deck& d, const solve_section& s, const solve_class& sl
     double n_edges = 0;
     const deck_element* most = nullptr;
     for (const deck_element& e : d.elements) {
-        const double phase = shortest_phase(d, e);
+        if (e.type == nullptr) continue;
+        const double phase = times_of(d, e).shorter();
         if (!(phase > 0)) continue;
         // A clock at random is on the average twice as fast.
         const bool random = e.type->basics[0] == "clock_random";

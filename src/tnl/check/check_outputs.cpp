@@ -161,14 +161,27 @@ private:
             d_.report.error("missing-file", at, "the folder " + folder.string() + " does not exist");
     }
 
+    // Outputs of the circuit that name nothing: they have no kind.
+    std::set<std::string> lost_outputs() const {
+        std::set<std::string> names;
+        for (const check_fault& f : d_.report.faults)
+            if (f.code == std::string_view("unknown-output") && f.at.word > 0)
+                names.insert(d_.word(f.at.statement, f.at.word - 1));
+        return names;
+    }
+
     // The first variable decides whether a file holds numbers, or levels and states.
     void check_one_kind(const out_file& file) {
         if (file.content != out_rows || file.vars.empty()) return;
         const auto is_level = [](const out_var& v) { return v.prefix == prefix_none && is_digital(v.kind); };
         const auto what = [&](const out_var& v) { return v.name + (is_level(v) ? " is a digital level" : " is not"); };
-        const out_var& first = file.vars[0];
+        const std::set<std::string> lost = lost_outputs();
+        const auto has_kind = [&](const out_var& v) { return lost.count(v.name) == 0; };
+        const auto known = std::find_if(file.vars.begin(), file.vars.end(), has_kind);
+        if (known == file.vars.end()) return;
+        const out_var& first = *known;
         for (const out_var& v : file.vars) {
-            if (is_level(v) == is_level(first)) continue;
+            if (!has_kind(v) || is_level(v) == is_level(first)) continue;
             d_.report.error("mixed-file", find_in_block(d_, file.statement, v.name),
                             "a file holds digital levels or other values, not both: " + what(first) + ", " + what(v),
                             "an output block of its own for each kind; tnl plot draws both over one time");

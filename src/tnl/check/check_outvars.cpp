@@ -41,6 +41,15 @@ std::vector<std::string> names_of(const checked_deck& d, const deck_quantity& q,
     return names;
 }
 
+// "gate is a digital node: dvar_of_gate", of the first quantity that knows the name; or empty.
+std::string kind_of_name(const checked_deck& d, const std::string& name) {
+    bool unsure = false;
+    for (const deck_quantity& q : deck_quantities())
+        if (has(names_of(d, q, unsure), name))
+            return name + " is a " + q.what + ": " + std::string(q.word) + "_of_" + name;
+    return {};
+}
+
 // The type behind the path of a mixed instance and a call of its composite, "X1.r2"; null if it is none. unsure: the
 // instance's own type is unknown.
 const element_type* type_of_part(checked_deck& d, const std::string& path, bool& unsure) {
@@ -63,7 +72,8 @@ void check_quantity(checked_deck& d, deck_word at, const std::string& left, cons
         const std::vector<std::string> names = names_of(d, q, unsure);
         if (!has(names, right) && !unsure)
             d.report.error("unknown-output", at,
-                           std::string("there is no ") + q.what + " " + right + near_text(names, right));
+                           std::string("there is no ") + q.what + " " + right + near_text(names, right),
+                           kind_of_name(d, right));
         return;
     }
     const auto found = d.element_of.find(right);

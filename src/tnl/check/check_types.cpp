@@ -154,6 +154,7 @@ private:
         type_.refuses_dc = type_.refuses_dc || rules.refuses_dc;
         type_.jumps = type_.jumps || rules.jumps;
         type_.limits = n_basic_ == 1 ? rules.limits : std::vector<limit>{};
+        type_.doubts = n_basic_ == 1 ? rules.doubts : doubt_rules{};
         for (const type_branch& b : rules.branches) type_.branches.push_back({outside(b.from), outside(b.to), b.kind});
         for (std::size_t j = 1; j < sheet.node.size() && rules.branches.empty(); ++j)
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
@@ -217,7 +218,7 @@ const element_type* element_types::find(int library, std::string_view name) {
                 for (int j = 1; j < w.size(); j += l.step)
                     if (!has(type.*l.list, w[j])) (type.*l.list).push_back(w.str(j));
     type.text_values = pairs_of(of_entry, "sparms:");
-    for (const char* keyword : {"iparms:", "rparms:"})
+    for (const char* keyword : {"iparms:", "rparms:", "stparms:"})
         for (name_and_value& p : pairs_of(of_entry, keyword)) type.values.push_back(std::move(p));
     type.doc = doc_of(*entry);
     if (library == lib_gmes) type.parts = parts_of(of_entry);
@@ -226,8 +227,11 @@ const element_type* element_types::find(int library, std::string_view name) {
         for (const std::string& w : type.*list) own[w] = w;
     reader(*this, type).read_body(*entry, library, own, 0);
     const model_rules& told = rules(*entry, library);
-    type.has_own_limits = !told.limits.empty();
-    if (type.has_own_limits) type.limits = told.limits;
+    type.has_own_limits = !told.limits.empty() || !told.doubts.empty();
+    if (type.has_own_limits) {
+        type.limits = told.limits;
+        type.doubts = told.doubts;
+    }
     type.computed = told.computed;
     return &known_.emplace(key, std::move(type)).first->second;
 }

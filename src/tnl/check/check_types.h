@@ -29,8 +29,9 @@ struct element_type {
     std::vector<std::string> basics;  // the basic elements that it is made of
     std::vector<limit> limits;        // of its parameters, where it is made of one or tells its own
     bool has_own_limits = false;
+    doubt_rules doubts;                  // likewise
     std::vector<std::string> computed;   // of rprm: what a deck gives is overwritten
-    std::vector<name_and_value> values;  // iprm, rprm with what stands in the library
+    std::vector<name_and_value> values;  // iprm, rprm, start with what stands in the library
     bool can_be_sensed = false;          // one basic element with a current of its own
     bool limits_step = false;            // has corners or events that steps must meet
     bool nonlinear = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "base/words.h"
 
@@ -41,7 +42,7 @@ struct parameter {
 
 parameter parameter_of(const checked_deck& d, const deck_element& e, std::string_view name) {
     parameter p{std::nan(""), {e.statement, 0}, {}, false};
-    if (!has(e.type->rprm, name) && !has(e.type->iprm, name)) return p;
+    if (!has(e.type->rprm, name) && !has(e.type->iprm, name) && !has(e.type->start, name)) return p;
     int at = 0;
     std::string word = d.value(e, name, &at);
     p.at.word = at;
@@ -61,35 +62,59 @@ parameter parameter_of(const checked_deck& d, const deck_element& e, std::string
     return p;
 }
 
-// Words of a composite that stands for one basic element are that element's; those of another may mean anything.
-bool has_limits(const element_type& type) {
-    return type.has_own_limits || (type.basics.size() == 1 && type.basics[0] == type.name);
-}
-
 void refuse(checked_deck& d, const element_type& type, const limit& l, deck_word at, const std::string& text) {
     d.report.error("bad-value", at, type.name + " does not take " + text + ": the run would stop",
                    "it needs " + l.text + "; m is 1e-3, u is 1e-6, M is 1e6");
 }
 
+// The first value of the element that breaks a limit, as text with all that the limit is about; none: nothing does.
+struct broken_limit {
+    deck_word at;
+    std::string text;
+};
+std::optional<broken_limit> broken(const checked_deck& d, const deck_element& e, const limit& l) {
+    std::vector<parameter> all;
+    for (const std::string& name : l.names) all.push_back(parameter_of(d, e, name));
+    const auto told = std::find_if(all.begin(), all.end(), [](const parameter& p) { return p.is_written; });
+    if (told == all.end() || !is_broken(l, [&](const std::string& name) {
+            return all[static_cast<std::size_t>(std::find(l.names.begin(), l.names.end(), name) - l.names.begin())].x;
+        }))
+        return {};
+    std::string text = told->text;
+    for (const parameter& p : all)
+        if (&p != &*told && (p.is_written || !l.is_of_one))
+            text += " with " + p.text + (p.is_written ? "" : " (as not given)");
+    return broken_limit{told->at, text};
+}
+
 }  // namespace
+
+bool has_limits(const element_type& type) {
+    return type.has_own_limits || (type.basics.size() == 1 && type.basics[0] == type.name);
+}
+
+double value_of_parameter(const checked_deck& d, const deck_element& e, std::string_view name) {
+    const parameter p = parameter_of(d, e, name);
+    const std::string word = p.text.substr(std::min(name.size() + 1, p.text.size()));
+    if (!std::isnan(p.x) || d.globals.reals.count(word) == 0) return p.x;
+    try {
+        return d.c.gprm.gprm_double_1(word);
+    } catch (const stop&) {
+        return std::nan("");
+    }
+}
 
 void check_model_limits(checked_deck& d, const deck_element& e) {
     if (!has_limits(*e.type)) return;
-    for (const limit& l : e.type->limits) {
-        std::vector<parameter> all;
-        for (const std::string& name : l.names) all.push_back(parameter_of(d, e, name));
-        const auto told = std::find_if(all.begin(), all.end(), [](const parameter& p) { return p.is_written; });
-        if (told == all.end() || !is_broken(l, [&](const std::string& name) {
-                return all[static_cast<std::size_t>(std::find(l.names.begin(), l.names.end(), name) - l.names.begin())]
-                    .x;
-            }))
-            continue;
-        std::string text = told->text;
-        for (const parameter& p : all)
-            if (&p != &*told && (p.is_written || !l.is_of_one))
-                text += " with " + p.text + (p.is_written ? "" : " (as not given)");
-        refuse(d, *e.type, l, told->at, text);
-    }
+    for (const limit& l : e.type->limits)
+        if (const auto found = broken(d, e, l)) refuse(d, *e.type, l, found->at, found->text);
+    int line = 0;  // of the last doubt: one of numbered parameters is enough
+    for (const limit& l : e.type->doubts.expects)
+        if (const auto found = broken(d, e, l); found && l.line != line) {
+            line = l.line;
+            d.report.warning("doubtful-value", found->at, e.type->name + " does not expect " + found->text,
+                             "it expects " + l.text);
+        }
 }
 
 void check_item_value(checked_deck& d, deck_word item, deck_word value) {

@@ -4,7 +4,14 @@
 
 namespace cli {
 
-// What the model of the element refuses: resistances of zero, periods below zero ...
+// A number as the run sees it: the element's own, that of its model, or the library's. NaN: not known.
+double value_of_parameter(const checked_deck& d, const deck_element& e, std::string_view name);
+
+// Words of a composite that stands for one basic element are that element's; those of another may mean anything.
+bool has_limits(const element_type& type);
+
+// What the model of the element refuses: resistances of zero, periods below zero ... What it only does
+// not expect raises a doubt.
 void check_model_limits(checked_deck& d, const deck_element& e);
 // The same of a value that a solve block gives to PARAMETER_of_ELEMENT. What two parameters must be to each other is
 // left out: others may be set beside it.

@@ -1,5 +1,5 @@
 // Variables of blocks: each is written by one block or meter, and read by others.
-#include "tnl/check/check_deck.h"
+#include "tnl/check/check_uses.h"
 #include "tnl/common/near_words.h"
 
 namespace cli {
@@ -8,30 +8,10 @@ namespace {
 
 constexpr std::size_t most_orphans = 5;  // that an advice names
 
-struct use {
-    int element;
-    deck_word at;
-    bool writes;
-};
-
 }  // namespace
 
 void check_variables(checked_deck& d) {
-    std::map<std::string, std::vector<use>> uses;
-    bool unsure = false;  // a block of unknown type may write anything
-    for (int i = 0; i < static_cast<int>(d.elements.size()); ++i) {
-        const deck_element& e = d.elements[static_cast<std::size_t>(i)];
-        if (e.is_placeholder) continue;
-        if (e.type == nullptr) {
-            unsure = true;
-            continue;
-        }
-        for (const std::string& word : e.type->var) {
-            int at = 0;
-            const std::string variable = d.value(e, word, &at);
-            if (!variable.empty()) uses[variable].push_back({i, {e.statement, at}, has(e.type->driven, word)});
-        }
-    }
+    const used_names used = names_used(d, &element_type::var);
     std::set<std::string> asked_for;
     const file_chr& f = d.text();
     for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i)
@@ -41,20 +21,20 @@ void check_variables(checked_deck& d) {
                     if (f.word(i, j).starts_with(quantity))
                         asked_for.insert(std::string(f.word(i, j).substr(quantity.size())));
 
-    const auto element = [&](const use& u) -> const deck_element& {
+    const auto element = [&](const name_use& u) -> const deck_element& {
         return d.elements[static_cast<std::size_t>(u.element)];
     };
     std::vector<std::string> written, unread;
-    for (const auto& [name, list] : uses) {
+    for (const auto& [name, list] : used.of) {
         bool writes = false, reads = asked_for.count(name) > 0;
-        for (const use& u : list) (u.writes ? writes : reads) = true;
+        for (const name_use& u : list) (u.writes ? writes : reads) = true;
         if (writes) written.push_back(name);
         if (!reads) unread.push_back(name);
     }
-    for (const auto& [name, list] : uses) {
-        const use* writer = nullptr;
+    for (const auto& [name, list] : used.of) {
+        const name_use* writer = nullptr;
         bool has_block = false, is_read = asked_for.count(name) > 0;
-        for (const use& u : list) {
+        for (const name_use& u : list) {
             const int library = element(u).library;
             has_block = has_block || library == lib_gels || library == lib_gmes;
             if (!u.writes) {
@@ -69,7 +49,7 @@ void check_variables(checked_deck& d) {
             else
                 writer = &u;
         }
-        if (writer == nullptr && !unsure) {
+        if (writer == nullptr && !used.unsure) {
             // A variable that is written and read by nobody may be the one that is meant.
             std::string orphans;
             for (const std::string& other : unread)
@@ -79,19 +59,19 @@ void check_variables(checked_deck& d) {
                            orphans.empty() || unread.size() > most_orphans
                                ? "is the name misspelt? A block type=const gives a variable a fixed value"
                                : "is the name misspelt? Written, but read by nobody: " + orphans);
-        } else if (writer != nullptr && !has_block && !unsure) {
+        } else if (writer != nullptr && !has_block && !used.unsure) {
             d.report.error("no-block", writer->at,
                            "variable " + name + " stands in electrical elements alone; a block must read or write it",
                            "add a block that passes it on: gelement type=linear_1");
-        } else if (!is_read && !unsure && !has_lost_outvars(d)) {
+        } else if (!is_read && !used.unsure && !has_lost_outvars(d)) {
             d.report.warning("not-read", writer->at,
                              "nobody reads the variable " + name +
                                  near_text(
                                      [&] {
                                          std::vector<std::string> orphans;
-                                         for (const auto& [other, l] : uses) {
+                                         for (const auto& [other, l] : used.of) {
                                              bool any = false;
-                                             for (const use& u : l) any = any || u.writes;
+                                             for (const name_use& u : l) any = any || u.writes;
                                              if (!any) orphans.push_back(other);
                                          }
                                          return orphans;

@@ -4,7 +4,6 @@
 #include <string_view>
 #include <vector>
 
-#include "tnl/check/check_report.h"
 #include "tnl/deck/deck_view.h"
 #include "tnl/deck/installed.h"
 
@@ -24,12 +23,9 @@ std::vector<int> find_statements(std::string_view text, const deck_view& deck, c
 // The first element statement that connects a node; for one inside of a composite, "m of X1", that of the instance.
 std::vector<stop_place> places_of_node(const deck_view& deck, std::string_view node);
 
-// Of a run that stopped, with what a check of its deck finds. The places for the record: those, or where the check has
-// the cause; none when there are many.
-std::vector<record_place> places_of_stop(std::string_view text, const check_report& report, const deck_needs& needs);
-
-// Lines to print below the text of the stop: the place with line, column and caret, unless the check tells more of it;
-// then all that the check finds. Without errors, one line of advice.
-std::string explain_stop(std::string_view text, const check_report& report, const deck_needs& needs);
+// The simulator's text as lines; of a long one the last.
+std::vector<std::string> split_lines(std::string_view text);
+// Whether a text is of the readers of composites, which stop before the deck's statements are looked at.
+bool speaks_of_composites(const std::vector<std::string>& lines);
 
 }  // namespace cli

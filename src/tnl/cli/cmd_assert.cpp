@@ -33,7 +33,7 @@ std::string found(const expression& e, const measured& m) {
 }
 
 // An assertion about several curves must hold in each.
-test_result judge(const expression& e, run_tables& tables, int curve) {
+test_result measured_claim(const expression& e, run_tables& tables, int curve) {
     const result_table& table = tables.with_columns(e.names);
     const curve_range curves = curves_of(table, curve);
     test_result result{e.label, test_result::pass, ""};
@@ -53,6 +53,18 @@ test_result judge(const expression& e, run_tables& tables, int curve) {
         result.message += (result.message.empty() ? "" : "; ") + message;
     }
     return result;
+}
+
+// A claim about columns that the run does not have does not keep the others back; its status is the worst.
+test_result judge(const expression& e, run_tables& tables, int curve, int& status) {
+    try {
+        const test_result r = measured_claim(e, tables, curve);
+        if (r.is != test_result::pass && status == good) status = assertion_failed;
+        return r;
+    } catch (const command_error& fault) {
+        if (status == good || status == assertion_failed) status = fault.status;
+        return {e.label, test_result::error, fault.what()};
+    }
 }
 
 void print(const std::vector<test_result>& results, std::FILE* to) {
@@ -77,14 +89,11 @@ int assert_command(const assert_options& options) {
 
     run_tables tables(options.run, options.file);
     std::vector<test_result> results;
-    bool all_pass = true;
+    int status = good;
     // What holds of the rows up to there need not hold of the whole.
     const std::string why_cut = options.cut ? "" : tables.cut();
     if (!why_cut.empty()) results.push_back({"the run came to its end", test_result::error, why_cut});
-    for (const expression& e : expressions) {
-        results.push_back(judge(e, tables, options.curve));
-        all_pass = all_pass && results.back().is == test_result::pass;
-    }
+    for (const expression& e : expressions) results.push_back(judge(e, tables, options.curve, status));
     print(results, options.junit == "-" ? stderr : stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw file_error("cannot write standard output");
     std::fputs(tables.note().c_str(), stderr);
@@ -92,8 +101,8 @@ int assert_command(const assert_options& options) {
         report->write(junit_xml("tnl assert " + options.run, results));
         report->commit();
     }
-    if (!why_cut.empty()) return limit_reached;
-    return all_pass ? good : assertion_failed;
+    if (!why_cut.empty() && status != usage_fault) return limit_reached;
+    return status;
 }
 
 }  // namespace

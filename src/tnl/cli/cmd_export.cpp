@@ -63,7 +63,7 @@ int export_command(const export_options& options) {
         throw usage_error("this format is not for a terminal; name a file with -o");
 
     run_tables tables(options.run, options.file);
-    const result_table& all = tables.with_columns(options.columns);
+    const result_table& all = tables.with_columns(options.columns, format.write == write_vcd);
     std::vector<std::string> names = options.columns;
     if (format.has_axis && !names.empty() && find_column(all, names[0]) != 0) names.insert(names.begin(), "1");
     // Small signals have two columns, which may be computed; all other rows are taken as they stand.
@@ -119,7 +119,8 @@ void add_export(CLI::App& app, command_list& commands) {
     sub->footer(
         "Numbers are the shortest that read back as the same. Several curves get a first column curve (csv, tsv, npy)\n"
         "or a plot each (raw). raw and vcd always have the first column as their axis. In VCD files, digital levels\n"
-        "and columns of two values are wires of one bit. A file appears under its name when it is complete.");
+        "and columns of two values are wires of one bit; of a run's files, one of levels is taken\n"
+        "first. A file appears under its name when it is complete.");
     commands.push_back({sub, [options] { return export_command(*options); }});
 }
 

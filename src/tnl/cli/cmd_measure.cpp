@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -21,46 +22,63 @@ struct measure_options {
     bool json = false;
 };
 
-int measure_command(const measure_options& options) {
-    std::vector<expression> expressions;
-    for (const std::string& text : options.expressions) {
-        expressions.push_back(parse_expression(text));
-        if (!expressions.back().relations.empty())
-            throw usage_error(text + " is a comparison; tnl assert tells whether it holds");
-    }
-    run_tables tables(options.run, options.file);
+// What was measured, and the worst status. An expression at fault does not keep the others back.
+struct measurements {
     nlohmann::ordered_json all = nlohmann::ordered_json::array();
     std::string text;
     int status = good;
-    for (const expression& e : expressions) {
-        const result_table& table = tables.with_columns(e.names);
-        const curve_range curves = curves_of(table, options.curve);
-        for (std::size_t k = curves.first; k < curves.end; ++k) {
-            const std::string swept = table.sweeps.empty() ? "" : ": " + text_of_sweeps(table.sweeps, k);
-            const std::string which = table.n_curves() > 1 ? " [curve " + std::to_string(k + 1) + swept + "]" : "";
-            nlohmann::ordered_json one = {{"name", e.label}, {"expression", e.text}};
-            if (table.n_curves() > 1) one["curve"] = k + 1;
-            for (const record_sweep& sweep : table.sweeps) one["sweep"][sweep.name] = sweep.values[k];
-            try {
-                const quantity q = evaluate(e, table, k).sides[0];
-                text += e.label + which + " = " + text_of(q) + "\n";
-                const double x = shown_value(q);
-                one["value"] = std::isfinite(x) ? nlohmann::ordered_json(x) : nlohmann::ordered_json();
-                one["unit"] = q.unit;
-            } catch (const measure_error& fault) {
-                std::fprintf(stderr, "tnl: %s%s: %s (%s)\n", e.label.c_str(), which.c_str(), fault.what(),
-                             table.path.c_str());
-                one["value"] = nullptr;
-                one["error"] = fault.what();
-                status = file_fault;
-            }
-            all.push_back(one);
+};
+
+void measure(const expression& e, run_tables& tables, int curve, measurements& m) {
+    const result_table& table = tables.with_columns(e.names);
+    const curve_range curves = curves_of(table, curve);
+    for (std::size_t k = curves.first; k < curves.end; ++k) {
+        const std::string swept = table.sweeps.empty() ? "" : ": " + text_of_sweeps(table.sweeps, k);
+        const std::string which = table.n_curves() > 1 ? " [curve " + std::to_string(k + 1) + swept + "]" : "";
+        nlohmann::ordered_json one = {{"name", e.label}, {"expression", e.text}};
+        if (table.n_curves() > 1) one["curve"] = k + 1;
+        for (const record_sweep& sweep : table.sweeps) one["sweep"][sweep.name] = sweep.values[k];
+        try {
+            const quantity q = evaluate(e, table, k).sides[0];
+            m.text += e.label + which + " = " + text_of(q) + "\n";
+            const double x = shown_value(q);
+            one["value"] = std::isfinite(x) ? nlohmann::ordered_json(x) : nlohmann::ordered_json();
+            one["unit"] = q.unit;
+        } catch (const measure_error& fault) {
+            std::fprintf(stderr, "tnl: %s%s: %s (%s)\n", e.label.c_str(), which.c_str(), fault.what(),
+                         table.path.c_str());
+            one["value"] = nullptr;
+            one["error"] = fault.what();
+            m.status = std::max<int>(m.status, file_fault);
+        }
+        m.all.push_back(one);
+    }
+}
+
+expression without_relation(const std::string& text) {
+    expression e = parse_expression(text);
+    if (!e.relations.empty()) throw usage_error(text + " is a comparison; tnl assert tells whether it holds");
+    return e;
+}
+
+int measure_command(const measure_options& options) {
+    run_tables tables(options.run, options.file);
+    measurements m;
+    for (const std::string& text : options.expressions) {
+        expression e{text, text, {}, {}, {}};
+        try {
+            e = without_relation(text);
+            measure(e, tables, options.curve, m);
+        } catch (const command_error& fault) {
+            std::fprintf(stderr, "tnl: %s\n", fault.what());
+            m.all.push_back({{"name", e.label}, {"expression", e.text}, {"value", nullptr}, {"error", fault.what()}});
+            m.status = std::max<int>(m.status, fault.status);
         }
     }
-    if (options.json) text = all.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-    write_output("-", text);
+    if (options.json) m.text = m.all.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+    write_output("-", m.text);
     std::fputs(tables.note().c_str(), stderr);
-    return status;
+    return m.status;
 }
 
 }  // namespace

@@ -107,6 +107,9 @@ std::vector<std::string> rule_lines(const model_rules& rules, std::string_view q
     std::vector<std::string> lines;
     const auto quoted = [&](const std::string& text) { return std::string(quote) + text + std::string(quote); };
     for (const std::string& limit : rules.limit_texts) lines.push_back("a run stops unless " + quoted(limit));
+    for (const std::string& limit : rules.expect_texts) lines.push_back("a check expects " + quoted(limit));
+    for (const excluded_pair& p : rules.doubts.excluded)
+        lines.push_back(quoted(p.a) + " and " + quoted(p.b) + " at 1 together stop a run");
     for (const std::string& word : rules.computed)
         lines.push_back(quoted(word) + " is computed, whatever a deck gives");
     if (rules.refuses_dc) lines.emplace_back("a dc block stops at it");
@@ -121,11 +124,8 @@ json rules_json(const model_rules& rules) {
     json branches = json::array();
     for (const type_branch& b : rules.branches)
         branches.push_back({{"kind", words_of(b.kind).word}, {"from", b.from}, {"to", b.to}});
-    return {{"limits", rules.limit_texts},
-            {"refuses_dc", rules.refuses_dc},
-            {"jumps", rules.jumps},
-            {"computed", rules.computed},
-            {"branches", std::move(branches)}};
+    return {{"limits", rules.limit_texts}, {"expects", rules.expect_texts}, {"refuses_dc", rules.refuses_dc},
+            {"jumps", rules.jumps},        {"computed", rules.computed},    {"branches", std::move(branches)}};
 }
 
 json head_json(const element_sheet& s) {

@@ -117,6 +117,10 @@ model_rules rules_of_basics(const library_entry& entry, int library, const insta
         all.limits = own.limits;
         all.limit_texts = own.limit_texts;
     }
+    if (!own.doubts.empty()) {
+        all.doubts = own.doubts;
+        all.expect_texts = own.expect_texts;
+    }
     all.computed = own.computed;
     all.faults.insert(all.faults.end(), own.faults.begin(), own.faults.end());
     return all;

@@ -73,23 +73,63 @@ verdict judge(const std::vector<std::string>& words, std::size_t& i, const value
     return all;
 }
 
-void add_limit(model_rules& rules, const std::string& text, const std::set<std::string>& parameters) {
+constexpr std::pair<std::string_view, lost_pulses::kind> pulse_words[] = {
+    {"0", lost_pulses::kind::low}, {"1", lost_pulses::kind::high}, {"any", lost_pulses::kind::any}};
+
+void add_limit(std::vector<limit>& limits, const std::string& text, int line, const std::set<std::string>& parameters,
+               std::vector<std::string>& faults) {
     const auto is_whole = [&](const limit& l) {
         return std::all_of(l.names.begin(), l.names.end(), [&](const auto& name) { return parameters.contains(name); });
     };
-    rules.limit_texts.push_back(text);
-    const std::size_t before = rules.limits.size();
+    const auto add = [&](limit&& l) {
+        l.line = line;
+        limits.push_back(std::move(l));
+    };
+    const std::size_t before = limits.size();
     if (text.find("[k") == std::string::npos) {
         limit l = limit_of(text);
-        if (is_whole(l) && !l.names.empty()) rules.limits.push_back(std::move(l));
+        if (is_whole(l) && !l.names.empty()) add(std::move(l));
     } else {
         for (int k = 1;; ++k) {
             limit l = limit_of(replaced(replaced(text, "[k+1]", std::to_string(k + 1)), "[k]", std::to_string(k)));
             if (!is_whole(l) || l.names.size() < 2) break;
-            rules.limits.push_back(std::move(l));
+            add(std::move(l));
         }
     }
-    if (rules.limits.size() == before) rules.faults.push_back("limit of no parameter: " + text);
+    if (limits.size() == before) faults.push_back("limit of no parameter: " + text);
+}
+
+// False: the line is none of these, or names what the entry lacks.
+bool add_doubt(doubt_rules& doubts, const std::vector<std::string>& w, const std::set<std::string>& parameters,
+               const std::set<std::string>& inputs) {
+    const auto has_inputs = [&](std::size_t from, std::size_t to) {
+        return from < to &&
+               std::all_of(w.begin() + static_cast<std::ptrdiff_t>(from), w.begin() + static_cast<std::ptrdiff_t>(to),
+                           [&](const std::string& name) { return inputs.contains(name); });
+    };
+    const std::string_view first = w.empty() ? std::string_view() : w[0];
+    if (first == "pulses" && w.size() > 3 && parameters.contains(w[2]) && has_inputs(3, w.size())) {
+        const auto* kind = std::find_if(std::begin(pulse_words), std::end(pulse_words),
+                                        [&](const auto& p) { return p.first == w[1]; });
+        if (kind == std::end(pulse_words)) return false;
+        for (std::size_t j = 3; j < w.size(); ++j) doubts.lost.push_back({kind->second, w[2], w[j]});
+        return true;
+    }
+    if (first == "edges" && w.size() == 3 && parameters.contains(w[1]) && has_inputs(2, 3)) {
+        doubts.lost.push_back({lost_pulses::kind::edges, w[1], w[2]});
+        return true;
+    }
+    double x = 0;
+    if (first == "forces" && w.size() == 4 && has_inputs(1, 2) && parameters.contains(w[2]) &&
+        (parameters.contains(w[3]) || is_double(w[3], x))) {
+        doubts.forced.push_back({w[1], w[2], w[3]});
+        return true;
+    }
+    if (first == "excludes" && w.size() == 3 && has_inputs(1, 3)) {
+        doubts.excluded.push_back({w[1], w[2]});
+        return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -97,7 +137,7 @@ void add_limit(model_rules& rules, const std::string& text, const std::set<std::
 const branch_word& words_of(branch_kind kind) { return branch_words[static_cast<int>(kind)]; }
 
 limit limit_of(const std::string& text) {
-    limit l{text, split(text, ' '), {}, false};
+    limit l{text, split(text, ' '), {}, false, 0};
     int n_terms = 0;
     for (const std::string& word : l.words) {
         if (word == "if") n_terms = 2;
@@ -124,32 +164,42 @@ bool is_broken(const limit& l, const value_function& value_of) {
 
 model_rules rules_of(const library_entry& entry, const library_form& form) {
     model_rules rules;
-    std::set<std::string> parameters, nodes;
+    std::set<std::string> parameters, nodes, inputs;
     const entry_lines lines = lines_of(entry, form);
-    for (const char* list : {"iparms:", "rparms:"})
+    for (const char* list : {"iparms:", "rparms:", "stparms:"})
         for (const name_and_value& p : pairs_of(lines, list)) parameters.insert(p.name);
     for (const words& w : lines)
-        if (w[0] == "nodes:")
-            for (int j = 1; j < w.size(); ++j) nodes.insert(w.str(j));
+        for (int j = 1; j < w.size(); ++j) {
+            if (w[0] == "nodes:") nodes.insert(w.str(j));
+            if (w[0] == "input_nodes:" || w[0] == "mainnodes_dgtl:") inputs.insert(w.str(j));
+        }
     for (std::string line : split(entry.text, '\n')) {
         if (!line.starts_with("#=")) continue;
         if (line.ends_with('\r')) line.pop_back();
         const std::vector<std::string> w = split(line.substr(2), ' ');
+        const auto is_doubt = [&] { return add_doubt(rules.doubts, w, parameters, inputs); };
         const auto kind = std::find_if(std::begin(branch_words), std::end(branch_words),
                                        [&](const branch_word& b) { return w.size() > 1 && b.word == w[1]; });
-        if (w.size() > 3 && w[0] == "limit")
-            add_limit(rules, line.substr(line.find("limit") + 6), parameters);
-        else if (w.size() == 4 && w[0] == "branch" && kind != std::end(branch_words) && nodes.contains(w[2]) &&
-                 nodes.contains(w[3]))
+        const auto rest = [&] { return line.substr(line.find(w[0]) + w[0].size() + 1); };
+        if (w.size() > 3 && w[0] == "limit") {
+            rules.limit_texts.push_back(rest());
+            add_limit(rules.limits, rest(), static_cast<int>(rules.limit_texts.size()), parameters, rules.faults);
+        } else if (w.size() > 3 && w[0] == "expects") {
+            rules.expect_texts.push_back(rest());
+            add_limit(rules.doubts.expects, rest(), static_cast<int>(rules.expect_texts.size()), parameters,
+                      rules.faults);
+        } else if (w.size() == 4 && w[0] == "branch" && kind != std::end(branch_words) && nodes.contains(w[2]) &&
+                   nodes.contains(w[3])) {
             rules.branches.push_back({w[2], w[3], static_cast<branch_kind>(kind - branch_words)});
-        else if (w.size() == 2 && w[0] == "refuses" && w[1] == "dc")
+        } else if (w.size() == 2 && w[0] == "refuses" && w[1] == "dc") {
             rules.refuses_dc = true;
-        else if (w.size() == 1 && w[0] == "jumps")
+        } else if (w.size() == 1 && w[0] == "jumps") {
             rules.jumps = true;
-        else if (w.size() == 2 && w[0] == "computed" && parameters.contains(w[1]))
+        } else if (w.size() == 2 && w[0] == "computed" && parameters.contains(w[1])) {
             rules.computed.push_back(w[1]);
-        else
+        } else if (!is_doubt()) {
             rules.faults.push_back("not understood: " + line);
+        }
     }
     return rules;
 }

@@ -37,13 +37,41 @@ struct limit {
     std::vector<std::string> names;  // of the parameters, in the order of the text, each once
     // A number that every name but one of them only scales: "r*k_scale > 1e-9".
     bool is_of_one = false;
+    int line = 0;  // of one entry, from 0: limits of one text have the same
 };
 limit limit_of(const std::string& text);
 // False where a value that counts is NaN. Within 1e-9 of each other the sides of <= and >= are equal.
 bool is_broken(const limit& l, const std::function<double(const std::string&)>& value_of);
 
-// Comment lines of a basic entry, behind its first line; those of limits also of a composite with a function:
+// What a digital input and a parameter are to each other.
+struct lost_pulses {
+    enum class kind { low, high, any, edges } what;  // pulses to 0, to 1, both; edges of a clock
+    std::string delay, input;
+};
+struct forced_start {
+    std::string input, start, value;  // a number, or another parameter
+};
+struct excluded_pair {
+    std::string a, b;
+};
+
+// What raises a doubt about a deck, and stops no run.
+struct doubt_rules {
+    std::vector<limit> expects;
+    std::vector<lost_pulses> lost;
+    std::vector<forced_start> forced;
+    std::vector<excluded_pair> excluded;
+    bool empty() const { return expects.empty() && lost.empty() && forced.empty() && excluded.empty(); }
+};
+
+// Comment lines of a basic entry, behind its first line; those of limits also of a composite with a function, and those
+// from expects to excludes of any composite:
 //   #= limit r*k_scale > 1e-9     see above; with [k] and [k+1] it stands for k=1, 2 ... as far as there are parameters
+//   #= expects 0 <= q0 <= 1       a limit, beyond which the model goes on, though not as the value looks
+//   #= pulses 1 td_rise a b       pulses to 1 at these digital inputs are lost if shorter than a delay; 0; any: both
+//   #= edges td_rise clk          edges of a clock are lost if this delay is above half of its period
+//   #= forces r n0 0              an input at 1 holds the state, whose start value is then to be this
+//   #= excludes s r               two inputs at 1 stop the run
 //   #= branch voltage p n         kind and nodes; entries without one conduct between all of their nodes
 //   #= refuses dc                 a dc block stops at it
 //   #= jumps                      its stored state, or its value, jumps in a run in time
@@ -54,6 +82,8 @@ struct model_rules {
     std::vector<type_branch> branches;
     bool refuses_dc = false, jumps = false;
     std::vector<std::string> computed;
+    std::vector<std::string> expect_texts;
+    doubt_rules doubts;
     std::vector<std::string> faults;  // lines that say nothing, or name what the entry lacks
 };
 model_rules rules_of(const library_entry& entry, const library_form& form);

@@ -16,7 +16,13 @@ const wave& w(args a) { return a.waves[0]; }
 double pp(args a) { return greatest(w(a)) - least(w(a)); }
 // An optional number in place i.
 double number(args a, std::size_t i, double otherwise) { return a.numbers.size() > i ? a.numbers[i] : otherwise; }
-double level(args a) { return number(a, 0, middle(w(a))); }
+// Where no level is given.
+double own_level(const wave& wave) {
+    const double x = middle(wave);
+    if (std::isnan(x)) throw measure_error("the wave is unknown throughout, so there is no middle that it could cross");
+    return x;
+}
+double level(args a) { return a.numbers.empty() ? own_level(w(a)) : a.numbers[0]; }
 double last(args a, std::size_t i) { return number(a, i, w(a).x.back()); }
 
 long long whole(double x, long long from, long long to, const char* what) {
@@ -53,7 +59,7 @@ double count(args a) {
 
 double delay(args a) {
     const double from = nth_crossing(w(a), level(a), 1, static_cast<edge>(a.word));
-    for (const crossing& c : crossings(a.waves[1], number(a, 1, middle(a.waves[1]))))
+    for (const crossing& c : crossings(a.waves[1], a.numbers.size() > 1 ? a.numbers[1] : own_level(a.waves[1])))
         if (c.t >= from) return c.t - from;
     throw measure_error("the second wave does not cross its level after the first did");
 }

@@ -73,7 +73,7 @@ void fail_no_column(std::string_view name, const std::vector<std::string>& known
                       (known.empty() ? "; it has no rows" : "; it has " + list_of(known)));
 }
 
-const result_table& run_tables::with_columns(const std::vector<std::string>& names) {
+const result_table& run_tables::with_columns(const std::vector<std::string>& names, bool digital_first) {
     std::vector<const record_file*> fitting;
     std::vector<std::string> paths, all;
     for (const record_file* file : files_) {
@@ -86,6 +86,7 @@ const result_table& run_tables::with_columns(const std::vector<std::string>& nam
     if (fitting.size() > 1) {
         const auto finest =
             std::max_element(fitting.begin(), fitting.end(), [&](const record_file* a, const record_file* b) {
+                if (digital_first && a->digital != b->digital) return b->digital;
                 const long long of_a = n_halves(names_of(*a), names), of_b = n_halves(names_of(*b), names);
                 return of_a != of_b ? of_a > of_b : is_finer(*b, *a);
             });

@@ -18,8 +18,8 @@ public:
     run_tables(const std::string& run, const std::string& file);
 
     // The table that holds all these columns, the finest if there are several; note() tells which. Throws usage_error
-    // when there is none, with near names.
-    const result_table& with_columns(const std::vector<std::string>& names);
+    // when there is none, with near names. digital_first: one of digital levels before all others.
+    const result_table& with_columns(const std::vector<std::string>& names, bool digital_first = false);
 
     const run_record& record() const { return run_.record; }
     // What the user should know: of a run that did not come to its end, and of tables that were chosen among several.

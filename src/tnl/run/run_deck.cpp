@@ -11,7 +11,7 @@
 #include <optional>
 
 #include "tnl/check/check_deck.h"
-#include "tnl/check/locate.h"
+#include "tnl/check/explain_stop.h"
 #include "tnl/elements/planned_files.h"
 #include "tnl/run/deadline.h"
 #include "tnl/run/progress.h"

@@ -118,6 +118,18 @@ TEST(check_digital, tells_levels_and_other_values_in_one_file) {
     EXPECT_NE(words_of(d).find("va is not, clk is a digital level"), std::string::npos) << words_of(d);
 }
 
+TEST(check_digital, tells_the_right_quantity_of_a_name_of_the_other_side) {
+    digital_deck d = mixed();
+    d.outputs = "outvar: clk=dvar_of_clk q=nodev_of_q va=dvar_of_a\n";
+    EXPECT_EQ(faults_of(d), "unknown-output nodev_of_q, unknown-output dvar_of_a");  // and not what its file holds
+    EXPECT_NE(words_of(d).find("there is no node q; q is a digital node: dvar_of_q\n"), std::string::npos)
+        << words_of(d);
+    EXPECT_NE(words_of(d).find("a is a node: nodev_of_a\n"), std::string::npos) << words_of(d);
+    d.outputs = "outvar: clk=dvar_of_clk q=nodev_of_q va=nodev_of_a\n";
+    d.variables = "q clk va";
+    EXPECT_EQ(faults_of(d), "unknown-output nodev_of_q, mixed-file va");
+}
+
 TEST(check_digital, tells_blocks_that_have_none) {
     digital_deck d = mixed();
     d.solve_type = "dc";
@@ -175,4 +187,94 @@ TEST(check_digital, digital_files_have_rows_for_events_not_for_steps) {
     digital_deck d = mixed("", "t_end=1m delt_const=1n itmax_trns=2000000");
     d.elements = "delement name=K1 type=clock y=clk t1=20u t2=30u\ndelement name=N1 type=not a=clk y=q\n" + links;
     EXPECT_EQ(faults_of(d), "");
+}
+
+TEST(check_digital, tells_sets_and_resets_that_a_start_up_does_not_look_at) {
+    digital_deck d = sound;
+    d.elements +=
+        "delement name=ONE type=dsrc y=one y0=1\ndelement name=NO type=dsrc y=no\n"
+        "delement name=F1 type=dff d=q clk=clk s=one r=no q=x qb=xb\n"
+        "delement name=N2 type=counter_2 clk=clk r=one up=one q0=y0 q1=y1 n0=2\n"
+        "delement name=N4 type=counter_4_gnrl clk=clk r=one up=one q0=a q1=b q2=c q3=e state_begin=2 q_sv=2\n";
+    EXPECT_EQ(faults_of(d), "");  // a run without a start-up looks at once
+    d.solve_type = "startup";
+    d.method = "itmax_newton=100";
+    EXPECT_EQ(faults_of(d), "~start-value one, ~start-value one");
+    EXPECT_NE(words_of(d).find("leaves F1 at q0=0 although s is 1 throughout"), std::string::npos) << words_of(d);
+    EXPECT_NE(words_of(d).find("leaves N2 at n0=2 although r is 1 throughout"), std::string::npos) << words_of(d);
+    d.block = "set_dstparm q0_of_F1 1 n0_of_N2 0\n";
+    EXPECT_EQ(faults_of(d), "");
+    d.block = "";
+    d.elements += "delement name=TWO type=dsrc y=one y0=1\n";  // whose level it is, is not known
+    EXPECT_EQ(faults_of(d), "~driven-twice one");
+}
+
+TEST(check_digital, a_set_that_has_edges_is_not_constant) {
+    digital_deck d = sound;
+    d.elements +=
+        "delement name=S1 type=dsrc y=set y0=1 n_edges=1 t1=10n\ndelement name=NO type=dsrc y=no\n"
+        "delement name=F1 type=rsff1 s=set r=no q=x qb=xb\n";
+    d.solve_type = "startup";
+    d.method = "itmax_newton=100";
+    EXPECT_EQ(faults_of(d), "");
+}
+
+TEST(check_digital, tells_set_and_reset_that_are_both_on) {
+    digital_deck d = sound;
+    d.elements +=
+        "delement name=ONE type=dsrc y=one y0=1\ndelement name=F1 type=dff d=q clk=clk s=one r=one q=x qb=xb\n"
+        "delement name=F2 type=rsff2 s=one r=one clk=clk q=z qb=zb\n";
+    EXPECT_EQ(faults_of(d), "~set-and-reset one, ~set-and-reset one");
+    EXPECT_NE(words_of(d).find("s and r of F1 are both 1 throughout"), std::string::npos) << words_of(d);
+}
+
+TEST(check_digital, tells_delays_that_a_clock_does_not_leave_time_for) {
+    const std::string flip_flop =
+        "delement name=Z type=dsrc y=z\ndelement name=F1 type=dff d=q clk=clk s=z r=z q=x qb=xb ";
+    digital_deck d = sound;  // 20 ns at 1, 30 ns at 0
+    d.elements += flip_flop + "td_rise=24n\n";
+    EXPECT_EQ(faults_of(d), "");
+    d = sound;
+    d.elements += flip_flop + "td_fall=25n\n";
+    EXPECT_EQ(faults_of(d), "~long-delay 25n");
+    EXPECT_NE(words_of(d).find("td_fall of F1 is 2.5e-08 s, and half a period of K1 is 2.5e-08 s"), std::string::npos)
+        << words_of(d);
+    const auto gate = [](const std::string& rest) {
+        digital_deck g = sound;
+        g.elements += "delement name=G1 type=" + rest + "\n";
+        return faults_of(g);
+    };
+    EXPECT_EQ(gate("and_2 a=clk b=q y=x td_rise=20n"), "~long-delay 20n");  // pulses of 20 ns to 1
+    EXPECT_EQ(gate("and_2 a=clk b=q y=x td_fall=29n"), "");                 // of 30 ns to 0
+    EXPECT_EQ(gate("nor_2 a=clk b=q y=x td_rise=29n td_fall=19n"), "");
+    EXPECT_EQ(gate("not a=clk y=x td_rise=30n"), "~long-delay 30n");
+    EXPECT_EQ(gate("xor a=clk b=q y=x td_fall=20n"), "~long-delay 20n");
+    EXPECT_EQ(gate("and_2 a=q b=q y=x td_rise=1u"), "");  // no clock at it
+}
+
+TEST(check_digital, tells_first_values_that_are_none) {
+    digital_deck d = sound;
+    d.elements +=
+        "delement name=Z type=dsrc y=z y0=2\ndelement name=X type=dsrc y=e t1=10n t2=20n\n"
+        "delement name=F1 type=dff d=q clk=clk s=z r=z q=x qb=xb q0=2\n"
+        "delement name=N2 type=counter_2 clk=clk r=z up=z q0=y0 q1=y1 n0=4\n"
+        "delement name=N4 type=counter_4_gnrl clk=clk r=z up=z q0=a q1=b q2=c q3=d state_end=9 q_sv=10\n";
+    EXPECT_EQ(faults_of(d),
+              "~doubtful-value 2, ~doubtful-value 10n, ~doubtful-value 2, bad-value 4, "
+              "bad-value 10");
+    EXPECT_NE(words_of(d).find("dsrc does not expect t1=10n with n_edges=0 (as not given)"), std::string::npos)
+        << words_of(d);
+}
+
+TEST(check_digital, tells_dead_times_of_a_leg_that_are_none_or_too_long) {
+    const auto leg = [](const std::string& rest) {
+        return faults_of(
+            mixed("eelement name=V1 type=vsrcdc p=dc n=0 vdc=10\neelement name=R2 type=r p=sw n=0\n"
+                  "gmelement name=L1 type=pwm_leg p=dc n=0 x=sw pwm=clk t_dead=" +
+                  rest + "\n"));
+    };
+    EXPECT_EQ(leg("10n"), "");
+    EXPECT_EQ(leg("20n"), "~long-delay 20n");  // the clock stays so long at 1
+    EXPECT_EQ(leg("0"), "~doubtful-value 0");
+    EXPECT_EQ(leg("10n t_gate=-1n"), "~doubtful-value -1n");
 }

@@ -246,6 +246,14 @@ TEST(digital_edges, are_refused_for_periods_with_an_unknown_level_among_them) {
     EXPECT_EQ(result_of("at(a, 25.5)", t), "nan");
 }
 
+TEST(digital_edges, of_a_level_that_is_never_known_are_refused) {
+    const result_table t = levels_of("0 2 1 0\n1 2 1 0\n1 2 0 0\n2 2 0 0\n", digital_file(0));
+    for (const char* text : {"count(a)", "frequency(a)", "duty(a, 0, 2)", "delay(a, b)", "delay(b, a)"})
+        EXPECT_EQ(fault_of(text, t), "the wave is unknown throughout, so there is no middle that it could cross")
+            << text;
+    EXPECT_EQ(result_of("count(b)", t), "1");
+}
+
 // With a fixed interval the two rows of an event are not there: a level holds until the next row.
 TEST(digital_edges, levels_hold_until_the_next_row) {
     const result_table t = levels_of("0 0 0 0\n1 1 0 0\n4 0 0 0\n5 0 0 0\n", digital_file(0));

@@ -1,4 +1,4 @@
-#include "tnl/check/locate.h"
+#include "tnl/check/explain_stop.h"
 
 #include <gtest/gtest.h>
 

@@ -91,6 +91,23 @@ TEST(model_rules, that_say_nothing_are_faults) {
         EXPECT_EQ(rules("#= " + std::string(line) + "\n").faults.size(), 1U) << line;
 }
 
+TEST(model_rules, tell_what_inputs_and_parameters_of_a_digital_element_are_to_each_other) {
+    const model_rules all = rules(
+        "#= expects 0 <= i0 <= 1\n#= pulses any r a b\n#= edges r b\n#= forces a i0 1\n#= forces b i0 n_pts\n"
+        "#= excludes a b\ninput_nodes: a b\nstparms: i0=0\n");
+    EXPECT_EQ(all.faults, std::vector<std::string>{});
+    EXPECT_EQ(all.doubts.expects.size(), 1U);
+    EXPECT_EQ(all.limits.size(), 0U);
+    ASSERT_EQ(all.doubts.lost.size(), 3U);
+    EXPECT_EQ(all.doubts.lost[1].input, "b");
+    EXPECT_EQ(all.doubts.lost[2].what, lost_pulses::kind::edges);
+    EXPECT_EQ(all.doubts.forced.size(), 2U);
+    EXPECT_EQ(all.doubts.excluded.size(), 1U);
+    for (const char* line : {"expects x > 0", "pulses 2 r a", "pulses 1 q a", "pulses 1 r p", "pulses 1 r", "edges r",
+                             "edges r a b", "forces a i1 0", "forces a i0 x", "forces p i0 1", "excludes a p"})
+        EXPECT_EQ(rules("#= " + std::string(line) + "\ninput_nodes: a b\nstparms: i0=0\n").faults.size(), 1U) << line;
+}
+
 TEST(model_rules, of_the_installed_elements_are_all_understood) {
     const installed_libraries libraries = read_installed(installed_share());
     std::size_t n_limits = 0;
