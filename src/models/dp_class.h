@@ -4,6 +4,7 @@
 
 #include "base/halt.h"
 #include "base/numeric.h"
+#include "models/algebra_functions.h"
 #include "models/block_functions.h"
 #include "models/control_edges.h"
 #include "models/data_table.h"
@@ -21,6 +22,7 @@
 #include "models/frames.h"
 #include "models/levels.h"
 #include "models/lookup.h"
+#include "models/machines.h"
 #include "models/model_functions.h"
 #include "models/rotor_angle.h"
 #include "models/sampling.h"
