@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
 #include <utility>
 
@@ -27,9 +26,11 @@ void add(edge_list& e, Store& s, const corner& c) {
     s.y[e.n++] = c.y;
 }
 
-edge_list stored(edge_store& s, std::initializer_list<corner> corners) {
+// Each corner goes to its place at once: a clock is made anew in every evaluation.
+template <class... Corner>
+edge_list stored(edge_store& s, const Corner&... corners) {
     edge_list e = empty_list(s);
-    for (const corner& c : corners) add(e, s, c);
+    (add(e, s, corners), ...);
     return e;
 }
 
@@ -62,20 +63,23 @@ int passed(const edge_list& e, double p) { return static_cast<int>(std::upper_bo
 }  // namespace
 
 edge_list clock_edges(edge_store& s, double t1, double t2, double dt1, double dt2, double t0, double low, double high) {
-    return repeated(stored(s, {{0, low}, {dt1, high}, {t1, high}, {t1 + dt2, low}, {t1 + t2, low}}), t1 + t2, t0);
+    return repeated(
+        stored(s, corner{0, low}, corner{dt1, high}, corner{t1, high}, corner{t1 + dt2, low}, corner{t1 + t2, low}),
+        t1 + t2, t0);
 }
 
 edge_list pulse_edges(edge_store& s, double y1, double y2, double td, double tr, double tf, double pw, double per) {
     // A pulse that fills its period may pass its end by rounding.
     const auto held = [per](double t) { return t > per && t <= per * (1 + 1e-9) ? per : t; };
-    edge_list e = stored(s, {{0, y1}, {tr, y2}, {held(tr + pw), y2}, {held(tr + pw + tf), y1}, {per, y1}});
+    edge_list e = stored(s, corner{0, y1}, corner{tr, y2}, corner{held(tr + pw), y2}, corner{held(tr + pw + tf), y1},
+                         corner{per, y1});
     if (!(per > 0)) e.n = 4;
     e.repeat_before = false;
     return repeated(e, per, td);
 }
 
 edge_list step_edges(edge_store& s, double y1, double y2, double t0, double dt) {
-    edge_list e = stored(s, {{0, y1}, {dt, y2}});
+    edge_list e = stored(s, corner{0, y1}, corner{dt, y2});
     e.t0 = t0;
     return e;
 }
@@ -85,18 +89,21 @@ edge_list triangle_edges(edge_store& s, double per, double t0, double y_min, dou
 }
 
 edge_list peak_edges(edge_store& s, double rise, double per, double t0, double y_min, double y_max) {
-    return repeated(stored(s, {{0, y_min}, {rise, y_max}, {per, y_min}}), per, t0);
+    return repeated(stored(s, corner{0, y_min}, corner{rise, y_max}, corner{per, y_min}), per, t0);
 }
 
 edge_list dead_time_edges(edge_store& s, double t1, double t2, double dt1, double dt2, double td, double t0, double low,
                           double high) {
-    return repeated(stored(s, {{0, low}, {td, low}, {td + dt1, high}, {t1, high}, {t1 + dt2, low}, {t1 + t2, low}}),
+    return repeated(stored(s, corner{0, low}, corner{td, low}, corner{td + dt1, high}, corner{t1, high},
+                           corner{t1 + dt2, low}, corner{t1 + t2, low}),
                     t1 + t2, t0);
 }
 
 edge_list trapezoid_edges(edge_store& s, double per, double t0, double a, double flat) {
     const double half = 0.5 * per, rise = half * (1 - flat);
-    return repeated(stored(s, {{0, -a}, {rise, a}, {half, a}, {half + rise, -a}, {per, -a}}), per, t0 - 0.5 * rise);
+    return repeated(
+        stored(s, corner{0, -a}, corner{rise, a}, corner{half, a}, corner{half + rise, -a}, corner{per, -a}), per,
+        t0 - 0.5 * rise);
 }
 
 edge_list toggle_edges(toggle_store& s, int n, const double* t, double y1, double y2, double tr, double tf) {
