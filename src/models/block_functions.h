@@ -45,7 +45,10 @@ struct sample_pair {
     void clear() const { s[0] = s[1] = s[2] = s[3] = 0.0; }
     // A time that does not lie ahead takes the newest sample's place: the step that gave that one was rejected.
     void take(double x, double time) const;
-    // The next break of whoever waits for the level; before there are two samples, dt_default ahead.
+    // The next break after `time` of whoever waits for the level; before there are two samples, so up to step 1,
+    // dt_default ahead.
+    double next_break(double level, double dt_guard, double dt_default, double time, int step) const;
+    // In the transient of general blocks.
     double next_break(double level, double dt_guard, double dt_default, const flags_class* flags) const;
 };
 
@@ -80,6 +83,8 @@ void filter_rows(const filter_form& w, const double* vr, const double* z, const 
                  const flags_class* flags);
 
 // ---- formulas of user blocks ----
+
+constexpr int max_user_ports = 12;  // inputs of a block, and outputs
 
 // Outputs y [n_y] of formula n_given at the inputs x [n_x] and the time t, s; outputs beyond those of the formula are
 // 0. dydx [n_y * n_x], row by row, or null. Halts for a formula that does not exist or needs more inputs or outputs.

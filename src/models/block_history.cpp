@@ -27,11 +27,14 @@ void sample_pair::take(double x, double time) const {
     s[1] = time;
 }
 
-double sample_pair::next_break(double level, double dt_guard, double dt_default, const flags_class* flags) const {
-    double t_next = flags->time_given + dt_default;
-    if (flags->iter_trns_1 > 1)
-        get_t_next(s[1], s[3], s[0] - level, s[2] - level, flags->time_given, dt_guard, dt_default, t_next);
+double sample_pair::next_break(double level, double dt_guard, double dt_default, double time, int step) const {
+    double t_next = time + dt_default;
+    if (step > 1) get_t_next(s[1], s[3], s[0] - level, s[2] - level, time, dt_guard, dt_default, t_next);
     return t_next;
+}
+
+double sample_pair::next_break(double level, double dt_guard, double dt_default, const flags_class* flags) const {
+    return next_break(level, dt_guard, dt_default, flags->time_given, flags->iter_trns_1);
 }
 
 void running_mean::clear(double time) const {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
+#include <utility>
 
 #include "base/flags_class.h"
 
@@ -12,14 +12,31 @@ struct corner {
     double t, y;
 };
 
-edge_list stored(edge_store& s, std::initializer_list<corner> corners) {
+// An empty list over a store, and a corner at its end.
+template <class Store>
+edge_list empty_list(const Store& s) {
     edge_list e;
-    for (const corner& c : corners) {
-        s.t[e.n] = c.t;
-        s.y[e.n++] = c.y;
-    }
     e.t = s.t;
     e.y = s.y;
+    return e;
+}
+template <class Store>
+void add(edge_list& e, Store& s, const corner& c) {
+    s.t[e.n] = c.t;
+    s.y[e.n++] = c.y;
+}
+
+// Each corner goes to its place at once: a clock is made anew in every evaluation.
+template <class... Corner>
+edge_list stored(edge_store& s, const Corner&... corners) {
+    edge_list e = empty_list(s);
+    (add(e, s, corners), ...);
+    return e;
+}
+
+edge_list repeated(edge_list e, double per, double t0) {
+    e.t0 = t0;
+    e.per = per;
     return e;
 }
 
@@ -46,34 +63,87 @@ int passed(const edge_list& e, double p) { return static_cast<int>(std::upper_bo
 }  // namespace
 
 edge_list clock_edges(edge_store& s, double t1, double t2, double dt1, double dt2, double t0, double low, double high) {
-    edge_list e = stored(s, {{0, low}, {dt1, high}, {t1, high}, {t1 + dt2, low}, {t1 + t2, low}});
-    e.t0 = t0;
-    e.per = t1 + t2;
-    return e;
+    return repeated(
+        stored(s, corner{0, low}, corner{dt1, high}, corner{t1, high}, corner{t1 + dt2, low}, corner{t1 + t2, low}),
+        t1 + t2, t0);
 }
 
 edge_list pulse_edges(edge_store& s, double y1, double y2, double td, double tr, double tf, double pw, double per) {
     // A pulse that fills its period may pass its end by rounding.
     const auto held = [per](double t) { return t > per && t <= per * (1 + 1e-9) ? per : t; };
-    edge_list e = stored(s, {{0, y1}, {tr, y2}, {held(tr + pw), y2}, {held(tr + pw + tf), y1}, {per, y1}});
+    edge_list e = stored(s, corner{0, y1}, corner{tr, y2}, corner{held(tr + pw), y2}, corner{held(tr + pw + tf), y1},
+                         corner{per, y1});
     if (!(per > 0)) e.n = 4;
-    e.t0 = td;
-    e.per = per;
     e.repeat_before = false;
-    return e;
+    return repeated(e, per, td);
 }
 
 edge_list step_edges(edge_store& s, double y1, double y2, double t0, double dt) {
-    edge_list e = stored(s, {{0, y1}, {dt, y2}});
+    edge_list e = stored(s, corner{0, y1}, corner{dt, y2});
     e.t0 = t0;
     return e;
 }
 
 edge_list triangle_edges(edge_store& s, double per, double t0, double y_min, double y_max) {
-    edge_list e = stored(s, {{0, y_min}, {0.5 * per, y_max}, {per, y_min}});
-    e.t0 = t0;
-    e.per = per;
+    return peak_edges(s, 0.5 * per, per, t0, y_min, y_max);
+}
+
+edge_list peak_edges(edge_store& s, double rise, double per, double t0, double y_min, double y_max) {
+    return repeated(stored(s, corner{0, y_min}, corner{rise, y_max}, corner{per, y_min}), per, t0);
+}
+
+edge_list dead_time_edges(edge_store& s, double t1, double t2, double dt1, double dt2, double td, double t0, double low,
+                          double high) {
+    return repeated(stored(s, corner{0, low}, corner{td, low}, corner{td + dt1, high}, corner{t1, high},
+                           corner{t1 + dt2, low}, corner{t1 + t2, low}),
+                    t1 + t2, t0);
+}
+
+edge_list trapezoid_edges(edge_store& s, double per, double t0, double a, double flat) {
+    const double half = 0.5 * per, rise = half * (1 - flat);
+    return repeated(
+        stored(s, corner{0, -a}, corner{rise, a}, corner{half, a}, corner{half + rise, -a}, corner{per, -a}), per,
+        t0 - 0.5 * rise);
+}
+
+edge_list toggle_edges(toggle_store& s, int n, const double* t, double y1, double y2, double tr, double tf) {
+    edge_list e = empty_list(s);
+    for (int k = 0; k < n; ++k) {
+        add(e, s, {t[k], k % 2 ? y2 : y1});
+        add(e, s, {t[k] + (k % 2 ? tf : tr), k % 2 ? y1 : y2});
+    }
     return e;
+}
+
+edge_list firing_edges(edge_store& s, double t_w, double dt, double per, double t0, double low, double high) {
+    edge_list e = pulse_edges(s, low, high, t0, dt, dt, t_w - dt, per);
+    e.repeat_before = true;
+    return e;
+}
+
+edge_list pwm_edges(toggle_store& s, int n, const double* angle, bool half_wave, double y_first, double y_other,
+                    double dt, double per, double t0) {
+    edge_list e = empty_list(s);
+    double level = y_first, other = y_other;
+    const auto toggle = [&](double t) {
+        add(e, s, {t, level});
+        add(e, s, {t + dt, other});
+        std::swap(level, other);
+    };
+    const bool begins_with_edge = (n % 2 == 0) == half_wave;
+    if (begins_with_edge) {
+        std::swap(level, other);
+        toggle(0);
+    } else {
+        add(e, s, {0, level});
+    }
+    for (int k = 0; k < n; ++k) toggle(angle[k] / 360 * per);
+    if (half_wave) {
+        if (begins_with_edge) toggle(0.5 * per);
+        for (int k = 0; k < n; ++k) toggle((0.5 + angle[k] / 360) * per);
+    }
+    add(e, s, {per, level});
+    return repeated(e, per, t0);
 }
 
 edge_list point_edges(int n, const double* t, const double* y) {
@@ -102,6 +172,13 @@ double edge_value(const edge_list& e, double t) {
     if (i == 0) return e.y[0];
     if (i == e.n) return e.y[e.n - 1];
     return e.y[i - 1] + (e.y[i] - e.y[i - 1]) * ((p - e.t[i - 1]) / (e.t[i] - e.t[i - 1]));
+}
+
+double edge_slope(const edge_list& e, double t) {
+    double p = phase(e, t);
+    if (p < 0 && repeats(e, t - e.t0)) p = 0;
+    const int i = passed(e, p);
+    return i == 0 || i == e.n ? 0 : (e.y[i] - e.y[i - 1]) / (e.t[i] - e.t[i - 1]);
 }
 
 double edge_next(const edge_list& e, double t, double eps) {
@@ -139,4 +216,10 @@ void edge_break(const edge_list& e, double eps, flags_class* flags) {
     if (!std::isfinite(t)) return;
     flags->time_nextbreak = t;
     flags->break_jumps = flags->event_restart && edge_jumps(e, t) ? 1 : 0;
+}
+
+void edge_break(int n, const edge_list* waves, double eps, double time, double& nextbreak) {
+    double first = std::numeric_limits<double>::infinity();
+    for (int i = 0; i < n; ++i) first = std::min(first, edge_next(waves[i], time, eps));
+    if (std::isfinite(first)) nextbreak = first;
 }

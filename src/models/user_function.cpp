@@ -90,8 +90,7 @@ void user_function(int n_given, double t, int n_x, const double* x, int n_y, dou
 
 void user_rows(int n_given, int n_x, int n_y, const int* iparm, const double* rparm, const double* vr, double* f,
                gbes1_class* jac, const flags_class* flags) {
-    constexpr int max_ports = 12;
-    double y[max_ports], dydx[max_ports * max_ports];
+    double y[max_user_ports], dydx[max_user_ports * max_user_ports];
     user_function(n_given, flags->time_given, n_x, vr, n_y, y, dydx, iparm, rparm);
     for (int i = 0; i < n_y; ++i) {
         if (flags->function) f[i] = vr[n_x + i] - y[i];

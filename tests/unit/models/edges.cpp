@@ -214,6 +214,37 @@ TEST(edge_next, of_a_wave_that_jumps_is_the_jump_however_near_it_is) {
     EXPECT_NEAR(edge_next(e, 2e-3, edge_eps(e)), 2.5e-3, 1e-18);
 }
 
+TEST(edge_slope, is_that_of_the_line_at_or_behind_a_time_in_every_period) {
+    const double t[] = {0, 1, 1, 3, 4}, y[] = {0, 2, 5, 5, 0};
+    edge_list e = point_edges(5, t, y);
+    e.t0 = 0.5;
+    for (const double per : {0.0, 4.0}) {
+        e.per = per;
+        for (const double period : per > 0 ? std::vector<double>{-8, 0, 400} : std::vector<double>{0}) {
+            EXPECT_EQ(edge_slope(e, period + 0.5), 2);
+            EXPECT_EQ(edge_slope(e, period + 1.4), 2);
+            EXPECT_EQ(edge_slope(e, period + 1.5), 0);
+            EXPECT_EQ(edge_slope(e, period + 3.5), -5);
+            EXPECT_EQ(edge_slope(e, period + 4.4), -5);
+        }
+    }
+    e.per = 0;
+    EXPECT_EQ(edge_slope(e, 0.4), 0);
+    EXPECT_EQ(edge_slope(e, 4.5), 0);
+}
+
+TEST(edge_break, of_several_waves_is_the_first_corner_of_all) {
+    const double t[] = {0, 1}, late[] = {0.25, 3};
+    const edge_list waves[] = {point_edges(2, late, t), point_edges(2, t, t)};
+    double next = 77;
+    for (const auto& [time, corner] :
+         std::vector<std::pair<double, double>>{{-1, 0}, {0, 0.25}, {0.25, 1}, {1, 3}, {3, 77}}) {
+        next = 77;
+        edge_break(2, waves, 0, time, next);
+        EXPECT_EQ(next, corner) << time;
+    }
+}
+
 TEST(edge_break, leaves_the_answer_alone_when_no_corner_is_left) {
     const double t[] = {0, 1};
     flags_class flags;

@@ -16,12 +16,16 @@ std::vector<std::string> explicit_names() {
     return all;
 }
 
+// Blocks that stop the run at times before 0.
+bool begins_at_0(const std::string& name) { return name == "clock_pwl20"; }
+
 void randomise(explicit_unit& u, std::mt19937& rng) {
     std::uniform_real_distribution<double> number(-0.8, 0.8);
     for (std::vector<double>* a : {&u.x.vr, &u.x.vr_new, &u.x.gvr, &u.x.aux, &u.x.aux_new, &u.x.bev, &u.x.cur, &u.x.f,
                                    &u.x.fg, &u.x.fh, &u.x.igparm})
         for (double& x : *a) x = number(rng);
     u.flags.time_given_x = number(rng);
+    if (begins_at_0(u.name)) u.flags.time_given_x = std::abs(u.flags.time_given_x);
 }
 
 // A prepared unit at a random point, with some accepted points behind it.
@@ -190,8 +194,9 @@ TEST_P(every_explicit_block, writes_every_declared_derivative_and_no_other) {
         const auto row = static_cast<std::size_t>(t.first_f[static_cast<std::size_t>(u.e)] + j);
         std::set<std::pair<int, int>> declared;
         for (int d = t.first_fvar[row]; d < t.first_fvar[row + 1]; ++d)
-            EXPECT_TRUE(declared.emplace(t.var_flag[static_cast<std::size_t>(d)], t.var_number[static_cast<std::size_t>(d)])
-                            .second)
+            EXPECT_TRUE(
+                declared.emplace(t.var_flag[static_cast<std::size_t>(d)], t.var_number[static_cast<std::size_t>(d)])
+                    .second)
                 << "a variable twice in row " << j;
         const double untouched = 12345.5;
         std::fill(u.jac.store.begin(), u.jac.store.end(), untouched);
@@ -245,7 +250,8 @@ TEST_P(every_explicit_block, names_a_next_break_that_lies_ahead_and_only_if_it_l
     const bool limits = u.is(u.lib.flag.limit_tstep);
     for (int trial = 0; trial < 200; ++trial) {
         // also times on whole milliseconds, where clocks have corners and samplers samples
-        const double time = trial % 2 ? number(rng) : 1e-3 * (trial / 2);
+        const double random = begins_at_0(GetParam()) ? std::abs(number(rng)) : number(rng);
+        const double time = trial % 2 ? random : 1e-3 * (trial / 2);
         const double next = u.next_break(time);
         if (limits) {
             EXPECT_GT(next, time) << "at " << time;
@@ -273,8 +279,8 @@ TEST_P(every_explicit_block, stands_accepted_points_at_falling_times) {
     }
 }
 
-// Each output of an integrating block, and each auxiliary variable, stands in one d_dt(); outputs that are none in a row
-// of the matrix.
+// Each output of an integrating block, and each auxiliary variable, stands in one d_dt(); outputs that are none in a
+// row of the matrix.
 TEST_P(every_explicit_block, has_one_row_for_each_variable_that_it_makes) {
     const explicit_unit u(GetParam());
     const library_lists& l = u.lib.list;

@@ -97,6 +97,12 @@ struct explicit_unit {
     void evaluate() { call(&flags_class::evaluate); }
     void algebra() { call(&flags_class::x_matrix, &flags_class::matrix_alg); }
     void slopes() { call(&flags_class::x_matrix, &flags_class::matrix_ddt); }
+    // Output k with the inputs as they stand.
+    double output_at(double time, int k = 0) {
+        flags.time_given_x = time;
+        evaluate();
+        return x.vr[static_cast<std::size_t>(n_inputs() + k)];
+    }
     // The first output for these inputs at a time.
     double output(double time, const std::vector<double>& inputs = {}) {
         flags.time_given_x = time;
@@ -107,6 +113,10 @@ struct explicit_unit {
     void accept(double time) {
         flags.time_given_x = time;
         call(&flags_class::save_history);
+    }
+    void accept(double time, int step) {
+        flags.iter_trns_x = step;
+        accept(time);
     }
     void reset(double time) {
         flags.time_given_x = time;
