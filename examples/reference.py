@@ -144,7 +144,7 @@ def dc_drive(t_end):
         u = 0.3 * e + z
         load = 0.5 * min(max((t - 0.2) / 1e-6, 0.0), 1.0)
         return [6.6 * e, (u - 0.5 * i - 0.1 * w) / 2e-3, (0.1 * i - 1e-4 * w - load) / 1e-3], [w, i, u]
-    return follow(rate, [0.0, 0.0, 0.0], t_end, 10e-6)
+    return follow(rate, [0.0, 0.0, 0.0], t_end, 1e-6)
 
 
 def buck_sampled(t_end):
