@@ -169,6 +169,21 @@ def buck_sampled(t_end):
     return follow(rate, [0.0, 0.0], t_end, 10e-9, sample)
 
 
+def filter_degree_6(t):
+    """Residues of the poles of filter and signal: 1 from t = 0 on, and 0.5 sin(w t)."""
+    w, poles = 2000 * math.pi, [1e3 * cmath.exp(1j * math.pi * (2 * k + 7) / 12) for k in range(6)]
+
+    def answer(filter_poles, gain):
+        def shaped(s, but=None):
+            y = gain
+            for p in filter_poles:
+                y /= s - p if p != but else 1
+            return y
+        y = shaped(0) + (0.5 * shaped(1j * w) * cmath.exp(1j * w * t)).imag
+        return (y + sum(shaped(p, p) * (1 / p + 0.5 * w / (p * p + w * w)) * cmath.exp(p * t) for p in filter_poles)).real
+    return [1 + 0.5 * math.sin(w * t), answer(poles, 1e18), answer([-1e3], 1e3)]
+
+
 def bouncing_ball(t):
     """Parabolas: each begins on the ground with 0.8 of the speed that the one before came down with."""
     g, v, begin = 9.81, math.sqrt(2 * 9.81), math.sqrt(2 / 9.81)
@@ -421,7 +436,7 @@ def main():
     times = [float(line.split()[0]) for line in open(path)]
     if name == "thyristor_phase":
         value = thyristor_phase(float(path.split("_")[-1].split(".")[0]))
-    elif name in ("rc_step", "rlc_step", "bouncing_ball"):
+    elif name in ("rc_step", "rlc_step", "bouncing_ball", "filter_degree_6"):
         value = globals()[name]
     else:
         points, h = globals()[name](times[-1])
