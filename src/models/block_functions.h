@@ -5,6 +5,7 @@
 
 struct flags_class;
 struct gbac1_class;
+struct xbac1_class;
 struct gbes1_class;
 
 // ---- rows ----
@@ -101,6 +102,8 @@ class ac_row {
 public:
     ac_row(int row, const std::complex<double>* vr, const std::complex<double>* aux, std::complex<double>* f,
            gbac1_class* jac, const flags_class* flags);
+    ac_row(int row, const std::complex<double>* vr, const std::complex<double>* aux, std::complex<double>* f,
+           xbac1_class* jac, const flags_class* flags);  // without a bias
     void variable(int k, std::complex<double> c) const;  // c times variable k
     void unknown(int k, std::complex<double> c) const;   // c times auxiliary unknown k
     // With the derivative of the same row of the large-signal form at the bias point; 0 if there is none.
@@ -108,21 +111,36 @@ public:
     void unknown_at_bias(int k) const;
 
 private:
+    ac_row(int row, const std::complex<double>* vr, const std::complex<double>* aux, std::complex<double>* f,
+           std::complex<double>** dfdvr, std::complex<double>** dfdaux, const gbes1_class* bias,
+           const flags_class* flags);
+
     int row_;
     const std::complex<double>*vr_, *aux_;
-    std::complex<double>* f_;  // null: not asked
-    gbac1_class* jac_;
-    bool fills_jac_;
+    std::complex<double>* f_;                 // null: not asked
+    std::complex<double>**dfdvr_, **dfdaux_;  // likewise
+    const gbes1_class* bias_;                 // null: there is none
 };
 
+// The functions below are there for general blocks (gbac1_class) and for explicit ones (xbac1_class).
+
 // Function `row` of a linear block: the sum of coefficient[k] times variable k.
+template <class Jac>
 void linear_row(int row, std::initializer_list<std::complex<double>> coefficient, const std::complex<double>* vr,
-                std::complex<double>* f, gbac1_class* jac, const flags_class* flags);
+                std::complex<double>* f, Jac* jac, const flags_class* flags);
 // The row of a block with the variables x and y: den y = num x.
+template <class Jac>
 void transfer_row(std::complex<double> num, std::complex<double> den, const std::complex<double>* vr,
-                  std::complex<double>* f, gbac1_class* jac, const flags_class* flags);
+                  std::complex<double>* f, Jac* jac, const flags_class* flags);
+// The row of a source with the variable y, of an amplitude at an angle, rad.
+template <class Jac>
+void source_row(double amplitude, double angle, const std::complex<double>* vr, std::complex<double>* f, Jac* jac,
+                const flags_class* flags);
 // a[0] + a[1] s + ... + a[n] s^n at s = i freq; freq in rad/s.
 std::complex<double> polynomial_at(int n, const double* a, double freq);
+// a[0] + a[1]/z + ... + a[n]/z^n at z = exp(i turn): of samples that a wave of frequency w meets at a distance T, turn
+// is w T, rad.
+std::complex<double> delays_at(int n, const double* a, double turn);
 // The rows of a block with n_x inputs and n_y outputs behind them, which follow their inputs by the slopes of the
 // large- signal form at the bias point; without a bias they stand still.
 void bias_rows(int n_x, int n_y, const std::complex<double>* vr, std::complex<double>* f, gbac1_class* jac,

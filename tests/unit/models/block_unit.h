@@ -130,29 +130,30 @@ struct block_unit {
     }
 };
 
-// The same for a small-signal form.
-struct ac_block {
+// One unit of a small-signal form of blocks, with all arrays that its model sees.
+template <class Call, class Jac>
+struct small_signal_unit {
     using number = std::complex<double>;
-    const gbac_class& lib;
+    const basic_library& lib;
     int e;
-    model_function<gbe_ac_call> function;
+    model_function<Call> function;
     std::vector<int> iparm;
     std::vector<double> rparm;
     std::vector<char*> sparm = {nullptr};
     std::vector<number> vr, aux, f;
-    gbac1_class jac;
+    Jac jac;
     flags_class flags;
     dp_class dp;
     math_cnst_class math_cnst;
 
-    explicit ac_block(const std::string& type)
-        : lib(installed_gbac()), e(lib.list.find(type)), function(find_model<gbe_ac_call>(type)) {
+    small_signal_unit(const basic_library& installed, word_list library_lists::*variables, const std::string& type)
+        : lib(installed), e(lib.list.find(type)), function(find_model<Call>(type)) {
         if (e < 0) throw std::invalid_argument(type);
         const library_lists& l = lib.list;
         iparm = default_values(l.iprm, e);
         rparm = default_values(l.rprm, e);
         const auto sized = [](std::vector<number>& a, int n) { a.assign(static_cast<std::size_t>(n) + 1, 0.0); };
-        sized(vr, l.vr.count(e));
+        sized(vr, (l.*variables).count(e));
         sized(aux, l.aux.count(e));
         sized(f, lib.func.n_func(e));
         jac.initialise(lib, e);
@@ -166,4 +167,8 @@ struct ac_block {
         call(freq);
         flags.init_flags();
     }
+};
+
+struct ac_block : small_signal_unit<gbe_ac_call, gbac1_class> {
+    explicit ac_block(const std::string& type) : small_signal_unit(installed_gbac(), &library_lists::vr, type) {}
 };

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "block_unit.h"
+#include "library/basic/xbac1_class.h"
 #include "library/basic/xbes1_class.h"
 
 inline const xbes_class& installed_xbes() {
@@ -15,6 +16,20 @@ inline const xbes_class& installed_xbes() {
     }();
     return lib;
 }
+
+inline const xbac_class& installed_xbac() {
+    static const xbac_class lib = [] {
+        xbac_class l;
+        read_library(std::string(TARNEL_SHARE) + "/xbac.aux", xbac_form, int_F, {}, l);
+        return l;
+    }();
+    return lib;
+}
+
+struct ac_explicit : small_signal_unit<xbe_ac_call, xbac1_class> {
+    explicit ac_explicit(const std::string& type) : small_signal_unit(installed_xbac(), &library_lists::xvr, type) {}
+    double& r(const std::string& word) { return rparm[static_cast<std::size_t>(lib.list.rprm.find(e, word))]; }
+};
 
 // All numbers of a unit: parameters at their defaults, variables at 0. One spare place each, so that none is empty.
 struct explicit_numbers {
