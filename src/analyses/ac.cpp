@@ -34,7 +34,7 @@ void run_frequencies(run_state& r) {
     for (slv.now.i_freq = 0; slv.now.i_freq < slv.task.n_freq; ++slv.now.i_freq) {
         heed_signals();
         slv.now.freq = slv.task.freq_array[at(slv.now.i_freq)];
-        if (r.c.ebau.n() > 0 || r.c.gbau.n() > 0) solve_ac(r);
+        if (r.c.ebau.n() > 0 || r.c.gbau.n() > 0 || r.c.xbau.n() > 0) solve_ac(r);
         write_ac(slv, r.c, r.flags);
     }
 }

@@ -1,17 +1,13 @@
 #include <algorithm>
 #include <climits>
 
-#include "analyses/ac_system.h"
+#include "analyses/ac_class.h"
 #include "analyses/layout_dumps.h"
 #include "base/at.h"
 #include "base/halt.h"
 #include "sparse/pattern.h"
 
 namespace {
-[[noreturn]] void unknown_kind(const char* table, int kind) {
-    halt({line(table, "_class::mat_1: var_flag not identified."), line("   var_flag = ", kind), "   Halting..."});
-}
-
 [[noreturn]] void unit_fault(const char* what) { halt({"ebau_class:set_values_1", what, "   Halting.."}); }
 
 // What a small-signal unit reads must have an amplitude: an instance without a small-signal half gives none.
@@ -31,63 +27,66 @@ void check_links(const circuit& c) {
                   "cct_class: problem in assigning gct_to_gbeu_ac"});
 }
 
-void define_offs_solvec_ac(ac_system& s, const circuit& c) {
+void define_offs_solvec_ac(ac_class& ac) {
+    ac_system& s = ac.s;
+    const ebau_class& e = ac.ebe.units;
     s.offs.nodev = 0;
-    s.offs.eauxs = s.offs.eaux = c.ebau.n() > 0 ? c.ebau.n_nd - 1 : 0;
-    s.offs.gvar = s.offs.eaux + c.ebau.n_ttlaux();
-    s.offs.gaux = s.offs.gvar + c.gbau.n_vr;
-    s.n_svec = s.offs.gaux + c.gbau.n_ttlaux();
+    s.offs.eauxs = s.offs.eaux = e.n() > 0 ? e.n_nd - 1 : 0;
+    s.n_svec = s.offs.eaux + e.n_ttlaux();
+    for_ac_blocks(ac, [&s]<class Rows>(const unit_family<Rows>& f) {
+        s.offs.*Rows::unknowns.var = s.n_svec;
+        s.offs.*Rows::unknowns.aux = s.n_svec + f.units.n_vr;
+        s.n_svec += f.units.n_vr + f.units.n_ttlaux();
+    });
     s.svec.assign(at(s.n_svec), 0.0);
 }
 
-// Lays the rows of units. jac: the template's tables of derivatives.
+// Lays the rows of units, electrical ones first.
 class ac_layout {
 public:
-    ac_layout(ac_system& s, const circuit& c) : s_(s), c_(c) {}
+    explicit ac_layout(ac_system& s) : s_(s) {}
 
-    void lay_electrical(const std::vector<ebac1_class>& jac) {
-        const ebau_class& units = c_.ebau;
-        const function_table& t = c_.lib.ebac.func;
+    void lay_electrical(const unit_family<electrical_ac_family>& f) {
+        const ebau_class& units = f.units;
+        const function_table& t = f.lib.func;
         std::vector<int> row_of_node(at(units.n_nd), -1);
         s_.ebce_row_of_func.assign(at(units.unit.n_ttlf()), -1);
-        int row_next = 0;
+        int row_next = 0, n_own = 0;
         for (int u = 0; u < units.n(); ++u) {
-            const int e = units.unit.i_lib[at(u)];
+            const int e = f.entry(u);
             for (int j = 0; j < t.n_func(e); ++j) {
-                const int k = t.first_f[at(e)] + j, f = units.unit.first_func[at(u)] + j;
-                int& row = s_.ebce_row_of_func[at(f)];
-                if (t.flag_kcl[at(k)]) {
+                const int flat = units.unit.first_func[at(u)] + j;
+                int& row = s_.ebce_row_of_func[at(flat)];
+                if (t.flag_kcl[at(t.first_f[at(e)] + j)]) {
                     const int node = units.nd.row(u)[j];
                     if (node == units.ref_nd) continue;
                     if (row_of_node[at(node)] < 0) row_of_node[at(node)] = row_next++;
                     row = row_of_node[at(node)];
                     s_.ebe.to_row.push_back(row);
-                    s_.ebe.from_f.push_back(f);
+                    s_.ebe.from_f.push_back(flat);
                 } else {
                     row = row_next++;
-                    ++n_own_;
+                    ++n_own;
                     s_.ebe.to_own.push_back(row);
-                    s_.ebe.from_own.push_back(f);
+                    s_.ebe.from_own.push_back(flat);
                 }
-                lay_terms(t, k, j, row, column_of_ac_term, u, s_.ebe, jac[at(e)]);
+                lay_terms(f, u, j, row);
             }
             s_.ebe.first_jac.push_back(static_cast<int>(s_.ebe.to_val.size()));
         }
-        s_.nrow_ebce = (units.n() > 0 ? units.n_nd - 1 : 0) + n_own_;
+        n_row_ = s_.nrow_ebce = (units.n() > 0 ? units.n_nd - 1 : 0) + n_own;
     }
 
-    void lay_blocks(const std::vector<gbac1_class>& jac) {
-        const gbau_class& units = c_.gbau;
-        const function_table& t = c_.lib.gbac.func;
-        n_row_ = s_.nrow_ebce;
-        for (int u = 0; u < units.n(); ++u) {
-            const int e = units.unit.i_lib[at(u)];
-            for (int j = 0; j < t.n_func(e); ++j) {
-                s_.gbe.to_own.push_back(n_row_);
-                s_.gbe.from_own.push_back(units.unit.first_func[at(u)] + j);
-                lay_terms(t, t.first_f[at(e)] + j, j, n_row_++, column_of_ac_block_term, u, s_.gbe, jac[at(e)]);
+    template <class Rows>
+    void lay_blocks(const unit_family<Rows>& f) {
+        slot_table& slots = s_.*Rows::slots;
+        for (int u = 0; u < f.n(); ++u) {
+            for (int j = 0; j < f.lib.func.n_func(f.entry(u)); ++j) {
+                slots.to_own.push_back(n_row_);
+                slots.from_own.push_back(f.units.unit.first_func[at(u)] + j);
+                lay_terms(f, u, j, n_row_++);
             }
-            s_.gbe.first_jac.push_back(static_cast<int>(s_.gbe.to_val.size()));
+            slots.first_jac.push_back(static_cast<int>(slots.to_val.size()));
         }
     }
 
@@ -96,35 +95,51 @@ public:
     knuth<complex_value> finish() const { return pattern_.finish<complex_value>(n_row_, s_.n_svec); }
 
 private:
-    void lay_terms(const function_table& t, int k, int j, int row, decltype(&column_of_ac_term) column, int u,
-                   slot_table& slots, const jac_tables<complex_value>& jac) {
+    // The terms of function j of unit u.
+    template <class Rows>
+    void lay_terms(const unit_family<Rows>& f, int u, int j, int row) {
+        const function_table& t = f.lib.func;
+        const int e = f.entry(u), k = t.first_f[at(e)] + j;
+        slot_table& slots = s_.*Rows::slots;
         for (int d = t.first_fvar[at(k)]; d < t.first_fvar[at(k) + 1]; ++d) {
             if (!first_of_cell(t, k, d)) continue;
             const int kind = t.var_flag[at(d)], index = t.var_number[at(d)];
-            const int col = column(s_, c_, u, kind, index);
+            const int col = column_of_ac_term(s_, f, u, kind, index);
             if (col < 0) continue;
             slots.to_val.push_back(pattern_.add(row, col));
-            slots.from_jac.push_back(jac.offset(kind, j, index));
+            slots.from_jac.push_back(f.jac[at(e)].offset(kind, j, index));
             slots.scale.push_back(0);
         }
     }
 
     ac_system& s_;
-    const circuit& c_;
     pattern_builder pattern_;
-    int n_own_ = 0, n_row_ = 0;
+    int n_row_ = 0;
 };
 
-void set_limits(elimination_limits& limits, const tmpdim_class& t, bool with_blocks) {
-    const long long mnz_w = (static_cast<long long>(t.mnz_ebce_ac) + (with_blocks ? t.mnz_gbce_ac : 0)) * t.f_mnz_w;
+void set_limits(ac_class& ac, const tmpdim_class& t) {
+    elimination_limits& limits = ac.s.e.limits;
+    long long mnz = t.mnz_ebce_ac;
+    for_ac_blocks(ac, [&]<class Rows>(const unit_family<Rows>& f) {
+        if (f.n() > 0) mnz += t.*Rows::unknowns.limit;
+    });
+    const long long mnz_w = mnz * t.f_mnz_w;
     limits.mnz_w = limits.m_matttlop1 = static_cast<int>(std::clamp(mnz_w, 0LL, static_cast<long long>(INT_MAX)));
     limits.m_matttlop2 = t.m_matttlop2;
     limits.m_matttlop3 = t.m_matttlop3;
 }
+
+void check_limit(int nnz, int limit, const char* rows) {
+    if (nnz > limit) halt({line(rows, "_mat_1_ac: nnz_", rows, "_c is too large. Halting...")});
+}
 }  // namespace
 
-int column_of_ac_term(const ac_system& s, const circuit& c, int u, int kind, int index) {
-    const ebau_class& units = c.ebau;
+void unknown_ac_kind(const char* units, int kind) {
+    halt({line(units, "_class::mat_1: var_flag not identified."), line("   var_flag = ", kind), "   Halting..."});
+}
+
+int column_of_ac_term(const ac_system& s, const unit_family<electrical_ac_family>& f, int u, int kind, int index) {
+    const ebau_class& units = f.units;
     const auto node_column = [&](int node) {
         return node == units.ref_nd ? -1 : s.offs.nodev + (node > units.ref_nd ? node - 1 : node);
     };
@@ -140,29 +155,24 @@ int column_of_ac_term(const ac_system& s, const circuit& c, int u, int kind, int
         case kind_vr:
             return s.offs.gvar + units.vr_gbau[at(units.vr.first[at(u)] + index)];
         default:
-            unknown_kind("ebau", kind);
+            unknown_ac_kind("ebau", kind);
     }
 }
 
-int column_of_ac_block_term(const ac_system& s, const circuit& c, int u, int kind, int index) {
-    if (kind == kind_vr) return s.offs.gvar + c.gbau.vr.row(u)[index];
-    if (kind == kind_gaux) return s.offs.gaux + c.gbau.first_aux[at(u)] + index;
-    unknown_kind("gbau", kind);
-}
-
-void set_mat_ac(ac_system& s, const circuit& c, const std::vector<ebac1_class>& ebac1,
-                const std::vector<gbac1_class>& gbac1) {
+void set_mat_ac(ac_class& ac, const circuit& c) {
+    ac_system& s = ac.s;
     check_links(c);
-    define_offs_solvec_ac(s, c);
-    s.ebe = s.gbe = slot_table{};
-    set_limits(s.e.limits, c.tmpdim, c.gbau.n() > 0);
-    ac_layout lay(s, c);
-    lay.lay_electrical(ebac1);
-    const int nnz_ebce = lay.nnz();
-    if (nnz_ebce > c.tmpdim.mnz_ebce_ac) halt({"ebce_mat_1_ac: nnz_ebce_c is too large. Halting..."});
-    lay.lay_blocks(gbac1);
-    if (c.gbau.n() > 0 && lay.nnz() - nnz_ebce > c.tmpdim.mnz_gbce_ac)
-        halt({"gbce_mat_1_ac: nnz_gbce_c is too large. Halting..."});
+    define_offs_solvec_ac(ac);
+    s.ebe = s.gbe = s.xbe = slot_table{};
+    set_limits(ac, c.tmpdim);
+    ac_layout lay(s);
+    lay.lay_electrical(ac.ebe);
+    check_limit(lay.nnz(), c.tmpdim.mnz_ebce_ac, "ebce");
+    for_ac_blocks(ac, [&]<class Rows>(const unit_family<Rows>& f) {
+        const int before = lay.nnz();
+        lay.lay_blocks(f);
+        if (f.n() > 0) check_limit(lay.nnz() - before, c.tmpdim.*Rows::unknowns.limit, Rows::unknowns.rows);
+    });
     const int n_row = lay.n_row();
     if (n_row != s.n_svec)
         halt({"set_mat_2_ac: system matrix is not square!", line("  nrow_m = ", n_row), line("  ncol_m = ", s.n_svec),
@@ -182,5 +192,5 @@ void set_mat_ac(ac_system& s, const circuit& c, const std::vector<ebac1_class>& 
     }
     s.val_m.assign(at(s.m.nnz()), 0.0);
     s.rhs_m.assign(at(n_row), 0.0);
-    write_ac_layout_dumps(s, c);
+    write_ac_layout_dumps(ac, c);
 }

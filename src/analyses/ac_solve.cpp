@@ -20,9 +20,14 @@ bool asks_frequency(const unit_family<Rows>& f, int u) {
     return !model || model->function != f.call[at(u)].function || model->asks_frequency;
 }
 
+// Whether a form takes its values from derivatives at the bias point; none of explicit blocks does.
+bool has_bias(const ebau_class& units, int u) { return units.index_ebeu[at(u)] >= 0; }
+bool has_bias(const gbau_class& units, int u) { return units.index_gbeu[at(u)] >= 0; }
+bool has_bias(const xbau_class&, int) { return false; }
+
 // Units with a bias of their own are called singly: it is no slice that could be stepped through.
-template <class Rows, class HasBias>
-std::vector<char> plan_runs(unit_family<Rows>& f, HasBias has_bias) {
+template <class Rows>
+std::vector<char> plan_runs(unit_family<Rows>& f) {
     std::vector<char> changes(at(f.n()), 0);
     std::vector<int> units[2];
     for (int u = 0; u < f.n(); ++u) {
@@ -32,8 +37,9 @@ std::vector<char> plan_runs(unit_family<Rows>& f, HasBias has_bias) {
     for (std::vector<int>& list : units)
         std::stable_sort(list.begin(), list.end(), [&](int a, int b) { return f.entry(a) < f.entry(b); });
     f.runs = {};
-    f.runs.held = make_runs(f, units[0], has_bias);
-    f.runs.changing = make_runs(f, units[1], has_bias);
+    const auto alone = [&](int u) { return has_bias(f.units, u); };
+    f.runs.held = make_runs(f, units[0], alone);
+    f.runs.changing = make_runs(f, units[1], alone);
     return changes;
 }
 
@@ -48,24 +54,27 @@ void list_additions(const unit_family<Rows>& f, const slot_table& slot, const st
 
 void plan_assembly(ac_class& ac) {
     const ac_system& s = ac.s;
-    const std::vector<char> e = plan_runs(ac.ebe, [&](int u) { return ac.ebe.units.index_ebeu[at(u)] >= 0; }),
-                            g = plan_runs(ac.gbe, [&](int u) { return ac.bias_of_gbe[at(u)] != nullptr; });
-    ac.ebe.runs.from = used_places(s.ebe, ac.ebe.units.unit, ac.ebe.lib.n());
-    ac.gbe.runs.from = used_places(s.gbe, ac.gbe.units.unit, ac.gbe.lib.n());
     int n_d = 0;
-    const std::vector<int> first_e = place_derivatives(ac.ebe, n_d), first_g = place_derivatives(ac.gbe, n_d);
     std::vector<addition> all;
-    list_additions(ac.ebe, s.ebe, first_e, e, all);
-    list_additions(ac.gbe, s.gbe, first_g, g, all);
+    std::vector<std::vector<char>> changes;  // of each family
+    std::vector<std::vector<int>> first;
+    for_ac_families(ac, [&](auto& f) {
+        const slot_table& slot = s.*f.slots;
+        changes.push_back(plan_runs(f));
+        f.runs.from = used_places(slot, f.units.unit, f.lib.n());
+        first.push_back(place_derivatives(f, n_d));
+        list_additions(f, slot, first.back(), changes.back(), all);
+    });
     ac.d.assign(at(n_d), 0.0);
-    bind_derivatives(ac.ebe, first_e, ac.d.data());
-    bind_derivatives(ac.gbe, first_g, ac.d.data());
+    auto of_family = first.begin();
+    for_ac_families(ac, [&](auto& f) { bind_derivatives(f, *of_family++, ac.d.data()); });
     ac.entries = make_sums<complex_value>(all, s.m.nnz(), n_d);
 
     const unit_core& unit = ac.ebe.units.unit;
     std::vector<char> f_changes(at(unit.n_ttlf()), 0);
     for (int u = 0; u < unit.n; ++u)
-        std::fill(f_changes.begin() + unit.first_func[at(u)], f_changes.begin() + unit.first_func[at(u) + 1], e[at(u)]);
+        std::fill(f_changes.begin() + unit.first_func[at(u)], f_changes.begin() + unit.first_func[at(u) + 1],
+                  changes[0][at(u)]);
     all.clear();
     for (std::size_t k = 0; k < s.ebe.to_row.size(); ++k)
         all.push_back({s.ebe.to_row[k], s.ebe.from_f[k], f_changes[at(s.ebe.from_f[k])] != 0});
@@ -121,17 +130,17 @@ void take_derivatives(run_state& r, const unit_family<Rows>& f, const std::vecto
 
 // ---- calls ----
 
-template <class Rows>
-void call_ac_runs(run_state& r, std::vector<unit_run<typename Rows::call>>& runs, double freq) {
+template <class Call>
+void call_ac_runs(run_state& r, std::vector<unit_run<Call>>& runs, double freq) {
     for (auto& run : runs) {
         if (!run.first.function) continue;
         run.first.freq = freq;
-        if constexpr (std::is_same_v<Rows, general_ac_family>) run.first.jac->bias = r.ac.bias_of_gbe[at(run.unit)];
+        if constexpr (requires { run.first.jac->bias; }) run.first.jac->bias = r.ac.bias_of_gbe[at(run.unit)];
         if (run.function) {
             run.function(run, true, &r.flags, &r.dp, &r.math_cnst);
             continue;
         }
-        Rows::call::arguments::call(run.first.function, run.unit, run.first, &r.flags, &r.dp, &r.math_cnst);
+        Call::arguments::call(run.first.function, run.unit, run.first, &r.flags, &r.dp, &r.math_cnst);
         run.jac.fetch(run.jac.out);
     }
 }
@@ -142,8 +151,7 @@ void assign_own_rows(const slot_table& slot, const std::vector<complex_value>& f
 
 void set_frequency(run_state& r, double freq) {
     const raised on(r.flags.ac, r.flags.function, r.flags.jacobian);
-    call_ac_runs<electrical_ac_family>(r, r.ac.ebe.runs.changing, freq);
-    call_ac_runs<general_ac_family>(r, r.ac.gbe.runs.changing, freq);
+    for_ac_families(r.ac, [&](auto& f) { call_ac_runs(r, f.runs.changing, freq); });
 }
 
 // ---- the solution ----
@@ -199,20 +207,21 @@ void solve_system(run_state& r) {
 void dcmp_solvec_ac(run_state& r) {
     const ac_system& s = r.ac.s;
     ebau_class& e = r.c.ebau;
-    gbau_class& g = r.c.gbau;
     const complex_value* x = s.svec.data();
     if (e.n_nd > 0) {
         std::copy_n(x, e.ref_nd, e.val_nd.begin());
         std::copy_n(x + e.ref_nd, e.n_nd - 1 - e.ref_nd, e.val_nd.begin() + e.ref_nd + 1);
     }
     std::copy_n(x + s.offs.eaux, e.aux.size(), e.aux.begin());
-    std::copy_n(x + s.offs.gvar, g.val_vr.size(), g.val_vr.begin());
-    std::copy_n(x + s.offs.gaux, g.aux.size(), g.aux.begin());
+    for_ac_blocks(r.ac, [&]<class Rows>(const unit_family<Rows>& f) {
+        std::copy_n(x + s.offs.*Rows::unknowns.var, f.units.val_vr.size(), f.units.val_vr.begin());
+        std::copy_n(x + s.offs.*Rows::unknowns.aux, f.units.aux.size(), f.units.aux.begin());
+    });
 }
 
 // Units are asked for their functions at zero amplitudes. Unknowns of their own they read where these stand.
 void clear_aux(run_state& r) {
-    for (auto* v : {&r.c.ebau.aux, &r.c.gbau.aux}) std::fill(v->begin(), v->end(), complex_value{});
+    for_ac_families(r.ac, [](auto& f) { std::fill(f.units.aux.begin(), f.units.aux.end(), complex_value{}); });
 }
 }  // namespace
 
@@ -225,7 +234,7 @@ void set_mat_1_ac(run_state& r) {
     for (std::size_t k = 0; k < ac.bias_ebe.size(); ++k) ac.ebe.call[at(ac.ebe_with_bias[k])].ebe_jac = &ac.bias_ebe[k];
     ac.bias_of_gbe.assign(at(c.gbau.n()), nullptr);
     for (std::size_t k = 0; k < ac.bias_gbe.size(); ++k) ac.bias_of_gbe[at(ac.gbe_with_bias[k])] = &ac.bias_gbe[k];
-    set_mat_ac(ac.s, c, ac.ebe.jac, ac.gbe.jac);
+    set_mat_ac(ac, c);
     plan_assembly(ac);
     ac.ebe.runs.shown = find_shown(r);
     int most = 0;
@@ -256,8 +265,7 @@ void take_bias(run_state& r) {
     const double freq = r.slv.task.freq_array.empty() ? 0.0 : r.slv.task.freq_array[0];
     {
         const raised on(r.flags.ac, r.flags.function, r.flags.jacobian);
-        call_ac_runs<electrical_ac_family>(r, ac.ebe.runs.held, freq);
-        call_ac_runs<general_ac_family>(r, ac.gbe.runs.held, freq);
+        for_ac_families(ac, [&](auto& f) { call_ac_runs(r, f.runs.held, freq); });
     }
     set_frequency(r, freq);
     ac.entries.sum_all(ac.d.data(), ac.s.val_m.data());
@@ -272,8 +280,7 @@ void solve_ac(run_state& r) {
     set_frequency(r, r.slv.now.freq);
     ac.entries.sum_changing(ac.d.data(), s.val_m.data());
     ac.rows.sum_changing(r.c.ebau.f.data(), ac.f.data());
-    assign_own_rows(s.ebe, r.c.ebau.f, ac.f);
-    assign_own_rows(s.gbe, r.c.gbau.f, ac.f);
+    for_ac_families(ac, [&](auto& f) { assign_own_rows(s.*f.slots, f.units.f, ac.f); });
     std::transform(ac.f.begin(), ac.f.end(), s.rhs_m.begin(), std::negate<>());
     if (r.slv.method.wrt_debug_smat) {
         write_system(s);

@@ -119,6 +119,5 @@ void bind_models(run_state& r) {
 }
 
 void bind_ac_models(run_state& r) {
-    bind_family(r.ac.ebe);
-    bind_family(r.ac.gbe);
+    for_ac_families(r.ac, [](auto& f) { bind_family(f); });
 }

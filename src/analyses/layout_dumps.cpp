@@ -1,6 +1,7 @@
 #include "analyses/layout_dumps.h"
 
 #include <fstream>
+#include <string>
 
 #include "base/at.h"
 #include "sparse/knuth_write.h"
@@ -33,7 +34,7 @@ const char* electrical_pattern(analysis kind) {
 
 // The terms of all units of a family: row of flat function f, column of a term of unit u.
 template <class Row, class Col>
-void write_units(const char* file, const char* units, const char* templates, const unit_core& unit,
+void write_units(const std::string& file, const char* units, const char* templates, const unit_core& unit,
                  const basic_library& lib, const Row& row, const Col& col) {
     std::ofstream out(file);
     out << "mat_class\n";
@@ -63,18 +64,25 @@ void write_layout_dumps(const mat_class& mat, const circuit& c) {
     if (c.cf.output.smat) mat_write_knuthij1(mat.m, "smat.dat");
 }
 
-void write_ac_layout_dumps(const ac_system& s, const circuit& c) {
-    if (c.cf.output.ebce) {
-        write_units(
-            "ebce_c.dat", "ebau", "ebac", c.ebau.unit, c.lib.ebac, [&](int f) { return s.ebce_row_of_func[at(f)]; },
-            [&](int u, int kind, int index) { return column_of_ac_term(s, c, u, kind, index); });
-        mat_write_knuthij1(rows_of(s.m, 0, s.nrow_ebce), "ebce1_c.dat");
-    }
-    if (c.cf.output.gbce) {
-        write_units(
-            "gbce_c.dat", "gbau", "gbac", c.gbau.unit, c.lib.gbac, [&](int f) { return s.nrow_ebce + f; },
-            [&](int u, int kind, int index) { return column_of_ac_block_term(s, c, u, kind, index); });
-        mat_write_knuthij1(rows_of(s.m, s.nrow_ebce, s.m.n_row), "gbce1_c.dat");
-    }
+void write_ac_layout_dumps(const ac_class& ac, const circuit& c) {
+    const ac_system& s = ac.s;
+    const auto write = [&](const auto& f, const std::string& rows, const char* units, const char* templates,
+                           const auto& row, int first_row, int end_row) {
+        write_units(rows + "_c.dat", units, templates, f.units.unit, f.lib, row,
+                    [&](int u, int kind, int index) { return column_of_ac_term(s, f, u, kind, index); });
+        mat_write_knuthij1(rows_of(s.m, first_row, end_row), rows + "1_c.dat");
+    };
+    if (c.cf.output.ebce)
+        write(
+            ac.ebe, "ebce", "ebau", "ebac", [&](int f) { return s.ebce_row_of_func[at(f)]; }, 0, s.nrow_ebce);
+    int first = s.nrow_ebce;
+    for_ac_blocks(ac, [&]<class Rows>(const unit_family<Rows>& f) {
+        constexpr ac_block_unknowns x = Rows::unknowns;
+        const int end = first + f.units.unit.n_ttlf();
+        if (c.cf.output.*x.dump)
+            write(
+                f, x.rows, x.units, x.templates, [first](int k) { return first + k; }, first, end);
+        first = end;
+    });
     if (c.cf.output.smat) mat_write_knuthij1(s.m, "smat_c.dat");
 }

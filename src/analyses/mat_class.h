@@ -12,10 +12,11 @@
 enum class analysis { dc, startup, trns };
 
 // Start of each kind of unknown in svec. dc, trns: nodes, aux of electrical units, general variables, aux of blocks.
-// startup: nodes, start-up unknowns, aux of units without equations of their own for start-up, then as before.
+// startup: nodes, start-up unknowns, aux of units without equations of their own for start-up, then as before. Small
+// signals: as dc, then variables and aux of explicit blocks.
 struct svec_offsets {
     int nodev = 0;  // nodes less the reference; a node above the reference stands one lower
-    int eauxs = 0, eaux = 0, gvar = 0, gaux = 0;
+    int eauxs = 0, eaux = 0, gvar = 0, gaux = 0, xvar = 0, xaux = 0;
 };
 
 // Where the units' numbers go: active terms only, the reference node left out. Functions are flat indices of the

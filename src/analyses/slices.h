@@ -5,6 +5,7 @@
 #include "analyses/ac_system.h"
 #include "library/basic/ebac1_class.h"
 #include "library/basic/gbac1_class.h"
+#include "library/basic/xbac1_class.h"
 #include "library/basic/xbes1_class.h"
 #include "library/basic_form.h"
 #include "models/calls.h"
@@ -127,18 +128,47 @@ struct electrical_ac_family {
     static constexpr auto slots = &ac_system::ebe;
 };
 
-struct general_ac_family {
-    using call = gbe_ac_call;
-    using jac = gbac1_class;
-    using units = gbau_class;
-    static constexpr const basic_form& form = gbac_form;
-    static constexpr int elements = fam_g;
+// Small-signal blocks of both families.
+template <class Call, class Jac, class Units>
+struct block_ac_rows {
+    using call = Call;
+    using jac = Jac;
+    using units = Units;
     static constexpr auto parameters = ac_parameter_slices<call>;
     static constexpr auto slices =
         std::tuple{slice{&call::vr, &units::vr_in, &units::vr}, slice{&call::aux, &units::aux, &units::first_aux},
                    slice{&call::f, &units::f, &unit_core::first_func}};
     static constexpr auto copies = std::tuple{gathered{&units::vr_in, &units::val_vr, &units::vr}};
+};
+
+struct general_ac_family : block_ac_rows<gbe_ac_call, gbac1_class, gbau_class> {
+    static constexpr const basic_form& form = gbac_form;
+    static constexpr int elements = fam_g;
     static constexpr auto slots = &ac_system::gbe;
+    static constexpr ac_block_unknowns unknowns = {kind_vr,
+                                                   kind_gaux,
+                                                   &svec_offsets::gvar,
+                                                   &svec_offsets::gaux,
+                                                   &tmpdim_class::mnz_gbce_ac,
+                                                   &output_flags::gbce,
+                                                   "gbau",
+                                                   "gbac",
+                                                   "gbce"};
+};
+
+struct explicit_ac_family : block_ac_rows<xbe_ac_call, xbac1_class, xbau_class> {
+    static constexpr const basic_form& form = xbac_form;
+    static constexpr int elements = fam_x;
+    static constexpr auto slots = &ac_system::xbe;
+    static constexpr ac_block_unknowns unknowns = {kind_xvr,
+                                                   kind_xaux,
+                                                   &svec_offsets::xvar,
+                                                   &svec_offsets::xaux,
+                                                   &tmpdim_class::mnz_xbce_ac,
+                                                   &output_flags::xbce,
+                                                   "xbau",
+                                                   "xbac",
+                                                   "xbce"};
 };
 
 // Digital units are called one by one, and have no derivatives. Their inputs stand in a place that they share; outputs
@@ -209,4 +239,8 @@ auto& table_of(circuit& c, T ebau_class::*member) {
 template <class T>
 auto& table_of(circuit& c, T gbau_class::*member) {
     return c.gbau.*member;
+}
+template <class T>
+auto& table_of(circuit& c, T xbau_class::*member) {
+    return c.xbau.*member;
 }

@@ -199,6 +199,7 @@ double power_of(const ebeu_class& u, int first_unit, int n) {
 double output_value(const circuit& c, const element_table& be, int e, int first_unit, int kind, int index) {
     const ebeu_class& u = c.ebeu;
     const gbeu_class& g = c.gbeu;
+    const xbeu_class& x = c.xbeu;
     const auto k = at(first_unit);
     switch (kind) {
         case ov_nodev: {
@@ -225,6 +226,16 @@ double output_value(const circuit& c, const element_table& be, int e, int first_
             return g.unit.iprm.data[at(g.unit.iprm.first[k] + index)];
         case ov_rparm_gbe:
             return g.unit.rprm.data[at(g.unit.rprm.first[k] + index)];
+        case ov_xvar: {
+            const int vr = unit_level(be, e, first_unit, be.xvr, x.vr, index);
+            return vr < 0 ? 0.0 : x.val_vr[at(vr)];
+        }
+        case ov_xaux:
+            return x.aux[at(x.first_aux[k] + index)];
+        case ov_iparm_xbe:
+            return x.unit.iprm.data[at(x.unit.iprm.first[k] + index)];
+        case ov_rparm_xbe:
+            return x.unit.rprm.data[at(x.unit.rprm.first[k] + index)];
         default:
             return 0.0;
     }
@@ -275,7 +286,7 @@ void push_linked(const element_table& be, int e, int first_unit, const int* iprm
 void build_computed(circuit& c) {
     computed_parms& computed = c.computed;
     computed.list.clear();
-    for (const family fam : {fam_e, fam_g}) {
+    for (const family fam : {fam_e, fam_g, fam_x}) {
         const composite_library& lib = c.lib.composites(fam);
         const instance_core& inst = c.instances(fam);
         const std::vector<char> acp = with_compute_acp(lib);

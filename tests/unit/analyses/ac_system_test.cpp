@@ -16,7 +16,8 @@ using number = std::complex<double>;
 const double pi = std::acos(-1.0);
 
 std::string ac_deck(const std::string& circuit, const std::string& frequencies, const std::string& variables) {
-    return "title: test\nbegin_circuit\nrefnode 0\n" + circuit + "end_circuit\nbegin_solve\nsolve_type ac\n" +
+    const std::string reference = circuit.find("eelement") == std::string::npos ? "" : "refnode 0\n";
+    return "title: test\nbegin_circuit\n" + reference + circuit + "end_circuit\nbegin_solve\nsolve_type ac\n" +
            frequencies + "\nbegin_output\nfilename o.dat limit_lines=1000000\nvariables: " + variables +
            "\nend_output\nend_solve\nend_cf\n";
 }
@@ -27,7 +28,7 @@ struct ac_run {
     run_state r{c};
 
     explicit ac_run(const std::string& deck) : c(circuit_of(deck, installed_libraries())) {
-        run_and_listen([&] {
+        const console_run heard = run_and_listen([&] {
             prepare_circuit(r);
             read_block(r, 0);
             open_out_files(r.slv, c);
@@ -36,6 +37,7 @@ struct ac_run {
             r.slv.now.i_sweep = 0;
             take_bias(r);
         });
+        EXPECT_FALSE(heard.stopped) << heard.text;
     }
     void solve(int i_freq) {
         r.slv.now.i_freq = i_freq;
@@ -61,16 +63,18 @@ void add_literally(run_state& r, unit_family<Rows>& f, const slot_table& slot, c
 
 void expect_literal_bits(run_state& r) {
     const ac_system& s = r.ac.s;
-    for (auto* v : {&r.c.ebau.aux, &r.c.gbau.aux}) std::fill(v->begin(), v->end(), number{});
+    for (auto* v : {&r.c.ebau.aux, &r.c.gbau.aux, &r.c.xbau.aux}) std::fill(v->begin(), v->end(), number{});
     std::vector<number> val(s.val_m.size()), rhs(s.rhs_m.size());
     {
         const raised on(r.flags.ac, r.flags.function, r.flags.jacobian);
         add_literally(r, r.ac.ebe, s.ebe, r.c.ebau.f, val);
         add_literally(r, r.ac.gbe, s.gbe, r.c.gbau.f, val);
+        add_literally(r, r.ac.xbe, s.xbe, r.c.xbau.f, val);
     }
     for (std::size_t k = 0; k < s.ebe.to_row.size(); ++k) rhs[at(s.ebe.to_row[k])] += r.c.ebau.f[at(s.ebe.from_f[k])];
     for (std::size_t k = 0; k < s.ebe.to_own.size(); ++k) rhs[at(s.ebe.to_own[k])] = r.c.ebau.f[at(s.ebe.from_own[k])];
     for (std::size_t k = 0; k < s.gbe.to_own.size(); ++k) rhs[at(s.gbe.to_own[k])] = r.c.gbau.f[at(s.gbe.from_own[k])];
+    for (std::size_t k = 0; k < s.xbe.to_own.size(); ++k) rhs[at(s.xbe.to_own[k])] = r.c.xbau.f[at(s.xbe.from_own[k])];
     for (number& x : rhs) x = -x;
     EXPECT_EQ(std::memcmp(val.data(), s.val_m.data(), val.size() * sizeof(number)), 0);
     EXPECT_EQ(std::memcmp(rhs.data(), s.rhs_m.data(), rhs.size() * sizeof(number)), 0);
@@ -173,6 +177,39 @@ TEST(ac_system, keeps_the_bits_of_the_plain_order_of_additions) {
         expect_literal_bits(a.r);
         a.solve(k);  // the calls above wrote the same functions and derivatives
     }
+}
+
+TEST(ac_system, keeps_the_bits_of_the_plain_order_of_additions_of_a_diagram) {
+    ac_run a(ac_deck(
+        "xelement name=S type=const y=r a_ac=1 ph_ac=20\nxelement name=E type=sum_2 x1=r x2=y y=e k2=-1\n"
+        "xelement name=I type=intgrtr x=e y=i k=900\nxelement name=P type=sum_3 x1=e x2=i x3=t y=c k1=1.5\n"
+        "xelement name=D type=delay_2 x=c y=d td=100u\nxelement name=L type=filter_z1_p1 x=d y=y a0=4 a1=1u b1=2m\n"
+        "xelement name=T type=const y=t a_ac=2\nxelement name=J type=intgrtr x=d y=j k=2\n"
+        "outvar: v=xvar_ac_of_y\n",
+        "vary_freq from 10 to 10M type log n_points 7", "mag_of_v phase_of_v"));
+    ASSERT_EQ(a.r.ac.s.n_svec, 8);
+    for (const int k : {0, 1, 6, 3, 3, 2}) {
+        a.solve(k);
+        expect_literal_bits(a.r);
+        a.solve(k);
+    }
+}
+
+TEST(ac_system, of_a_diagram_has_a_limit) {
+    circuit c{circuit_of(
+        ac_deck("xelement name=S type=const y=r a_ac=1\nxelement name=L type=multscl x=r y=y\noutvar: v=xvar_ac_of_y\n",
+                "set_freq 1", "mag_of_v phase_of_v"),
+        installed_libraries())};
+    run_state r{c};
+    const console_run heard = run_and_listen([&] {
+        prepare_circuit(r);
+        read_block(r, 0);
+    });
+    ASSERT_FALSE(heard.stopped) << heard.text;
+    c.tmpdim.mnz_xbce_ac = 2;
+    EXPECT_HALT(set_mat_1_ac(r), "xbce_mat_1_ac: nnz_xbce_c is too large. Halting...\n");
+    c.tmpdim.mnz_xbce_ac = 3;
+    EXPECT_FALSE(run_and_listen([&] { set_mat_1_ac(r); }).stopped);
 }
 
 TEST(ac_system, random_networks_agree_with_nodal_analysis) {

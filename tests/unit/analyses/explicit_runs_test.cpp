@@ -71,6 +71,17 @@ TEST(explicit_runs, a_chain_of_four_integrators_is_exact_under_rk4) {
     EXPECT_EQ(last(diagram(chain, "x2", "modified_euler=yes t_start=0 t_end=1 delt_const_x=0.25")), 0.5);
 }
 
+TEST(explicit_runs, a_filter_with_a_zero_passes_a_part_at_once) {
+    const whole_run run(diagram(
+        "xelement name=K type=const y=u k=1\nxelement name=F type=filter_z1_p1 x=u y=y a0=3 a1=2 b0=2 b1=4\n"
+        "outvar: y=xvar_of_y\n",
+        "y", "RK4=yes t_start=0 t_end=4 delt_const_x=0.05"));
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("out.dat");
+    ASSERT_EQ(rows.size(), 81u);
+    for (const auto& row : rows) EXPECT_NEAR(row[1], 1.5 - std::exp(-row[0] / 2), 1e-6) << row[0];
+}
+
 TEST(explicit_runs, each_rule_has_its_order) {
     const struct {
         const char* rule;

@@ -340,3 +340,36 @@ TEST(computed_parms, of_blocks_go_the_same_way_alone_and_in_a_composite) {
     EXPECT_EQ(c.gbau.unit.rprm.row(1)[1], 14.5);
     EXPECT_EQ(c.gelu.rprm.row(0)[2], 0.0);
 }
+
+TEST(computed_parms, of_explicit_blocks_go_the_same_way) {
+    const std::string xbe =
+        "xbe name=gain evaluate=yes\nJacobian: constant\ninput_vars: x\noutput_vars: y\ncct_nodes:\nbe_v:\niparms:\n"
+        "sparms:\nrparms: k=1\nigparms:\naux_vars:\ngvars:\nn_functions 0\nn_matrix_ddt 0\nn_matrix_alg 1\nh_1 y x\n"
+        "C: compiled\nendxbe\n";
+    const std::string xbe_ac =
+        "xbe_ac name=gain\nmain_vars: x y\niparms:\nsparms:\nrparms: k=1 q=2\naux_vars:\nno_functions 1\nf_1 x y\n"
+        "C: compiled\nendxbe_ac\n";
+    const std::string xce =
+        "xce name=inner allow_ac=yes compute_rparms=yes compute_acp=yes\nbegin_dc\nmain_vars: x y\naux_vars:\ngvars:\n"
+        "outvar: vx=xvar_of_x k=k_of_g\nbias:\niparms:\nsparms:\nrparms: a=3 k=0 q=0\nrparms_derived:\nstparms:\n"
+        "xbe type=gain name=g x=x y=y k=k\nend_dc\nC: compiled\nbegin_ac\noutvar_ac:\n"
+        "xbe_ac type=gain name=g x=x y=y k=k\nacparm_map: 1 3\nend_ac\nendxce\n";
+    circuit c = circuit_of(fixture_deck("xelement name=A type=inner x=u y=w\nxelement name=B type=inner x=w y=z a=7\n"),
+                           libraries_of({.xbes = xbe, .xbac = xbe_ac, .xels = xce}));
+    elaborate(c);
+    for (const family fam : {fam_e, fam_g}) c.computed.function[at(fam)].assign(at(c.lib.composites(fam).n()), nullptr);
+    c.computed.function[fam_x] = {block_function};
+    build_computed(c);
+    ASSERT_EQ(c.computed.list.size(), 2u);
+    flags_class flags;
+    c.xbeu.val_vr[at(c.cct.xct.to_eu[at(c.cct.xct.find("u"))])] = 0.5;
+    for (computed_instance& x : c.computed.list) compute_rparms(c, x, flags);
+    EXPECT_EQ(c.xbeu.unit.rprm.row(0)[0], 6.0);
+    EXPECT_EQ(c.xbeu.unit.rprm.row(1)[0], 14.0);
+    EXPECT_EQ(c.xbau.unit.rprm.row(0)[0], 6.0);
+    compute_acp(c, c.computed.list[0], flags);
+    EXPECT_EQ(last.outvar, (std::vector<double>{0.5, 6}));
+    EXPECT_EQ(c.xbau.unit.rprm.row(0)[1], 6.5);
+    EXPECT_EQ(c.xbau.unit.rprm.row(1)[1], 2.0);
+    EXPECT_EQ(c.xelu.rprm.row(0)[2], 0.0);
+}
