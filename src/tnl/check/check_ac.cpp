@@ -46,6 +46,7 @@ void check_source(checked_deck& d, const solve_section& s, const std::set<std::s
     sources found;
     find_sources(d, d.c.ebau.unit, d.c.lib.ebac.list, d.c.eelu, written, found);
     find_sources(d, d.c.gbau.unit, d.c.lib.gbac.list, d.c.gelu, written, found);
+    find_sources(d, d.c.xbau.unit, d.c.lib.xbac.list, d.c.xelu, written, found);
     if (found.is_any_on) return;
     std::string advice = "eelement name=... type=vsrcac a_ac=1 ...";
     if (!found.off.empty()) {
@@ -170,7 +171,7 @@ private:
         const bool is_ac = left.ends_with("_ac");
         const std::string other = is_ac ? left.substr(0, left.size() - 3) : left + "_ac",
                           in_time = is_ac ? other : left;
-        bool is_there = in_time == "nodev" || in_time == "var" || in_time == "pwr_elec";
+        bool is_there = in_time == "nodev" || in_time == "var" || in_time == "xvar" || in_time == "pwr_elec";
         if (const auto at = d_.element_of.find(right); !is_there && at != d_.element_of.end()) {
             const element_type* type = d_.elements[static_cast<std::size_t>(at->second)].type;
             is_there = type != nullptr && has(type->outvar, other);

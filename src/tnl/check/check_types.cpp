@@ -42,6 +42,7 @@ constexpr word_line word_lines[] = {
     {"nodes:", &element_type::node, 1},  // of basic elements
     {"main_vars:", &element_type::var, 1, lib_gbes},
     {"main_vars:", &element_type::var, 1, lib_gbac},
+    {"main_vars:", &element_type::xvar, 1, lib_xbac},
     {"main_vars:", &element_type::xvar, 1, lib_xels},
     {"input_vars:", &element_type::xvar, 1, lib_xbes},
     {"output_vars:", &element_type::xvar, 1, lib_xbes},
