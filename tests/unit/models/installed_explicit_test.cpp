@@ -4,6 +4,7 @@
 #include <set>
 
 #include "explicit_unit.h"
+#include "library/basic_form.h"
 #include "library/composite/composite_reader.h"
 
 namespace {
