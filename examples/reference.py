@@ -147,6 +147,28 @@ def dc_drive(t_end):
     return follow(rate, [0.0, 0.0, 0.0], t_end, 10e-6)
 
 
+def buck_sampled(t_end):
+    period, held = 20e-6, {"n": 0, "integral": 0.0, "duty": 0.12}
+
+    def sample(t, x):
+        n = int(t / period + 1e-6)
+        if n > held["n"]:
+            e = 12.0 - x[1]
+            held["n"] = n
+            held["integral"] += 65 * period * e
+            held["duty"] = min(max(0.01 * e + held["integral"], 0.0), 0.95)
+        return current_not_below_0(t, x)
+
+    def rate(t, x):
+        i, v = x
+        p = t / period % 1
+        on = held["duty"] > (2 * p if p < 0.5 else 2 - 2 * p)
+        u = (24.0 if on else -0.5) - 10e-3 * i
+        load = 0.1 if t < 10e-3 else 0.2
+        return [(u - v) / 470e-6 if i > 0 or u > v else 0.0, (i - v * load) / 22e-6], [v, held["duty"]]
+    return follow(rate, [0.0, 0.0], t_end, 10e-9, sample)
+
+
 def bouncing_ball(t):
     """Parabolas: each begins on the ground with 0.8 of the speed that the one before came down with."""
     g, v, begin = 9.81, math.sqrt(2 * 9.81), math.sqrt(2 / 9.81)

@@ -70,6 +70,40 @@ TEST(examples_diagram, dc_drive_follows_the_exponential_of_its_matrix) {
     EXPECT_NEAR(rows.back()[4], 0.5 * 5.1 + 10, 0.05);
 }
 
+TEST(examples_diagram, buck_sampled_holds_its_set_point_with_one_step_of_the_diagram_a_period) {
+    const whole_run run = example("buck_sampled");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");
+    for (const auto& [from, load] : {std::array{9e-3, 10.0}, {19e-3, 5.0}}) {
+        double v = 0, duty = 0, least = 1, most = 0;
+        int n = 0;
+        for (const auto& row : rows)
+            if (row[0] > from && row[0] <= from + 1e-3) {
+                ++n;
+                v += row[1];
+                duty += row[3];
+                least = std::min(least, row[3]);
+                most = std::max(most, row[3]);
+            }
+        ASSERT_GT(n, 200);
+        // The controller sees one point of a ripple of (1 - d) v T^2 / (8 L C) = 29 mV.
+        EXPECT_NEAR(v / n, 12, 0.029 / 2) << from;
+        EXPECT_NEAR(duty / n, (12.5 + 0.01 * 12 / load) / 24.5, 1e-3) << from;
+        EXPECT_LT(most - least, 1e-3) << from;
+    }
+    // It is held between two steps: a multiple of 20 us, or the step of the circuit before.
+    double last = rows[0][3];
+    int n_changes = 0;
+    for (const auto& row : rows) {
+        if (row[3] == last) continue;
+        last = row[3];
+        ++n_changes;
+        const double phase = std::fmod(row[0] + 1e-6, 20e-6);
+        EXPECT_LT(phase, 7e-6) << row[0];  // rows are 4 us apart
+    }
+    EXPECT_GT(n_changes, 200);
+}
+
 TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
     const whole_run run = example("bouncing_ball");
     ASSERT_FALSE(run.stopped) << run.text;
