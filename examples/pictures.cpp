@@ -107,6 +107,18 @@ const picture pictures[] = {
      0,
      0,
      {{"wave.dat", 1, "frequency of the loop", "Hz"}, {"wave.dat", 2, "phase error", "rad"}}},
+    {"dc_drive",
+     "Speed control: from rest to 100 rad/s, a load of 0.5 N m at 0.2 s",
+     "time",
+     0,
+     0,
+     {{"wave.dat", 2, "speed", "rad/s"}, {"wave.dat", 3, "current", "A"}, {"wave.dat", 4, "voltage", "V"}}},
+    {"bouncing_ball",
+     "A ball that bounces",
+     "time",
+     0,
+     0,
+     {{"wave.dat", 1, "height", "m"}, {"wave.dat", 2, "speed", "m/s"}}},
 };
 
 // Of a file over frequency. A window is one in the complex plane: of the real part, and of the imaginary one.

@@ -137,6 +137,29 @@ def pll(t_end):
     return follow(rate, [math.pi / 3, 0.0, 0.0], t_end, 10e-6)
 
 
+def dc_drive(t_end):
+    def rate(t, x):
+        z, i, w = x
+        e = 100 - w
+        u = 0.3 * e + z
+        load = 0.5 * min(max((t - 0.2) / 1e-6, 0.0), 1.0)
+        return [6.6 * e, (u - 0.5 * i - 0.1 * w) / 2e-3, (0.1 * i - 1e-4 * w - load) / 1e-3], [w, i, u]
+    return follow(rate, [0.0, 0.0, 0.0], t_end, 10e-6)
+
+
+def bouncing_ball(t):
+    """Parabolas: each begins on the ground with 0.8 of the speed that the one before came down with."""
+    g, v, begin = 9.81, math.sqrt(2 * 9.81), math.sqrt(2 / 9.81)
+    if t < begin:
+        return [1 - g / 2 * t * t, -g * t]
+    v *= 0.8
+    while t >= begin + 2 * v / g:
+        begin += 2 * v / g
+        v *= 0.8
+    t -= begin
+    return [v * t - g / 2 * t * t, v - g * t]
+
+
 def rectifier_power(path):
     """Power, effective current, power factor and distortion over one period of 20 ms at rest."""
     w, top, drop, n = 100 * math.pi, 325.27, 1.4, 20000
@@ -376,7 +399,7 @@ def main():
     times = [float(line.split()[0]) for line in open(path)]
     if name == "thyristor_phase":
         value = thyristor_phase(float(path.split("_")[-1].split(".")[0]))
-    elif name in ("rc_step", "rlc_step"):
+    elif name in ("rc_step", "rlc_step", "bouncing_ball"):
         value = globals()[name]
     else:
         points, h = globals()[name](times[-1])

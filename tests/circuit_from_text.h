@@ -12,7 +12,7 @@
 
 // Texts of libraries; those of an empty one are empty.
 struct library_texts {
-    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{}, dbes{}, dels{}, gmes{};
+    std::string ebes{}, ebac{}, gbes{}, gbac{}, eels{}, gels{}, dbes{}, dels{}, gmes{}, xbes{}, xbac{}, xels{};
 };
 
 inline libraries libraries_of(const library_texts& texts) {
@@ -20,6 +20,7 @@ inline libraries libraries_of(const library_texts& texts) {
         {"ebes.aux", &texts.ebes}, {"ebac.aux", &texts.ebac}, {"gbes.aux", &texts.gbes},
         {"gbac.aux", &texts.gbac}, {"eels.aux", &texts.eels}, {"gels.aux", &texts.gels},
         {"dbes.aux", &texts.dbes}, {"dels.aux", &texts.dels}, {"gmes.aux", &texts.gmes},
+        {"xbes.aux", &texts.xbes}, {"xbac.aux", &texts.xbac}, {"xels.aux", &texts.xels},
     };
     libraries lib;
     read_libraries(lib, [&](const std::string& path, const std::string&) {
@@ -39,7 +40,8 @@ inline std::string installed_text(const std::string& file) {
 inline library_texts installed_texts() {
     return {installed_text("ebes.aux"), installed_text("ebac.aux"), installed_text("gbes.aux"),
             installed_text("gbac.aux"), installed_text("eels.aux"), installed_text("gels.aux"),
-            installed_text("dbes.aux"), installed_text("dels.aux"), installed_text("gmes.aux")};
+            installed_text("dbes.aux"), installed_text("dels.aux"), installed_text("gmes.aux"),
+            installed_text("xbes.aux"), installed_text("xbac.aux"), installed_text("xels.aux")};
 }
 inline const libraries& installed_libraries() {
     static const libraries lib = libraries_of(installed_texts());

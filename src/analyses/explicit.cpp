@@ -44,6 +44,14 @@ void add_runs(const run_state& r, const std::vector<int>& units, std::vector<uni
 
 // ---- states ----
 
+// The first place, if the places follow one another; else null.
+template <class T>
+T* one_behind_the_other(const std::vector<T*>& places) {
+    for (std::size_t i = 0; i < places.size(); ++i)
+        if (places[i] != places[0] + i) return nullptr;
+    return places.empty() ? nullptr : places[0];
+}
+
 // The functions that give slopes: alone those of the blocks, in a network its rows with a derivative.
 void find_states(run_state& r) {
     explicit_class& e = r.explicits;
@@ -66,6 +74,8 @@ void find_states(run_state& r) {
             e.slope.push_back(&values[at(first[at(u)] + j)]);
         }
     }
+    e.first_state = one_behind_the_other(e.state);
+    e.first_slope = one_behind_the_other(e.slope);
     e.old.assign(e.state.size(), 0.0);
     e.sum.assign(e.state.size(), 0.0);
     for (std::vector<double>& k : e.k) k.assign(e.state.size(), 0.0);

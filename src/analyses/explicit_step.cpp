@@ -79,13 +79,20 @@ void set_states(explicit_class& e, const double* weight, int n, double h) {
     double* sum = e.sum.data();
     sum_slopes(e, weight, n, sum);
     const std::size_t n_states = e.state.size();
-    for (std::size_t i = 0; i < n_states; ++i) *e.state[i] = e.old[i] + h * sum[i];
+    const double* old = e.old.data();
+    if (double* x = e.first_state)
+        for (std::size_t i = 0; i < n_states; ++i) x[i] = old[i] + h * sum[i];
+    else
+        for (std::size_t i = 0; i < n_states; ++i) *e.state[i] = old[i] + h * sum[i];
 }
 
 void take_slopes(explicit_class& e, int stage) {
     double* k = e.k[at(stage)].data();
     const std::size_t n = e.slope.size();
-    for (std::size_t i = 0; i < n; ++i) k[i] = *e.slope[i];
+    if (e.first_slope)
+        std::copy_n(e.first_slope, n, k);
+    else
+        for (std::size_t i = 0; i < n; ++i) k[i] = *e.slope[i];
 }
 }  // namespace
 
@@ -96,13 +103,19 @@ const explicit_rule* rule_of(const method_settings& m) {
 }
 
 void keep_old_states(explicit_class& e) {
-    for (std::size_t i = 0; i < e.state.size(); ++i) e.old[i] = *e.state[i];
+    if (e.first_state)
+        std::copy_n(e.first_state, e.old.size(), e.old.begin());
+    else
+        for (std::size_t i = 0; i < e.state.size(); ++i) e.old[i] = *e.state[i];
 }
 
 void take_stages(run_state& r, const explicit_rule& rule, double h, bool first_is_known) {
     explicit_class& e = r.explicits;
     const double t = r.slv.now.time_x;
-    for (std::size_t i = 0; i < e.state.size(); ++i) *e.state[i] = e.old[i];
+    if (e.first_state)
+        std::copy(e.old.begin(), e.old.end(), e.first_state);
+    else
+        for (std::size_t i = 0; i < e.state.size(); ++i) *e.state[i] = e.old[i];
     if (!first_is_known) evaluate_explicit(r, t);
     take_slopes(e, 0);
     for (int stage = 1; stage < rule.n_stages; ++stage) {

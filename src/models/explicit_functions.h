@@ -9,9 +9,7 @@
 // ---- rows ----
 
 // The calls in which a block fills its outputs, slopes or rows.
-inline bool x_is_solving(const flags_class* flags) {
-    return flags->evaluate || flags->matrix_alg || flags->matrix_ddt;
-}
+inline bool x_is_solving(const flags_class* flags) { return flags->evaluate || flags->matrix_alg || flags->matrix_ddt; }
 
 // Output `out` of a block that gives it the value g. Evaluated, the value is written; in the matrix, row h is
 // fh = vr[out] - g. slope[k] is dg by variable k; variables behind those of the list do not count. `out` is none of
@@ -38,8 +36,8 @@ inline void x_slope(int i_f, int i_g, double slope, double* f, double* fg, const
 
 // ---- branches of a network ----
 
-// Row h of the element with two nodes, with the voltage bev[0] and the current cur[0] of its branch: by_v bev + by_i cur
-// = y.
+// Row h of the element with two nodes, with the voltage bev[0] and the current cur[0] of its branch: by_v bev + by_i
+// cur = y.
 inline void x_branch(int h, double by_v, double by_i, double y, const double* bev, const double* cur, double* fh,
                      xbes1_class* jac, const flags_class* flags) {
     if (!flags->matrix_alg) return;

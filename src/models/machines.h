@@ -1,5 +1,6 @@
-// machines.h -- rotating machines: slopes of their states, currents, torque. SI units; motor convention: a torque te > 0
-// drives, a load tl > 0 brakes. Speed wm and angle th are those of the shaft; electrical ones are pairs times as much.
+// machines.h -- rotating machines: slopes of their states, currents, torque. SI units; motor convention: a torque te >
+// 0 drives, a load tl > 0 brakes. Speed wm and angle th are those of the shaft; electrical ones are pairs times as
+// much.
 #pragma once
 #include "models/frames.h"
 

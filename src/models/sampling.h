@@ -5,7 +5,7 @@
 // Samples at t0 + n period, before t0 alike; s. A time within a millionth of the period before a sample counts as the
 // sample's, so that a step which ends there by rounding is one with it.
 struct sample_times {
-    double t0, period;  // period > 0
+    double t0, period;              // period > 0
     double number(double t) const;  // n of the last sample at or before t
     double next(double t) const;    // the first sample behind it; strictly ahead of t
 };

@@ -116,6 +116,7 @@ void prepare_circuit(run_state& r) {
     circuit& c = r.c;
     elaborate(c);
     read_gbe_data_files(c.lib.gbes, c.gbeu.unit.i_lib, c.gbeu.unit.sprm, r.dp);
+    read_xbe_data_files(c.lib.xbes, c.xbeu.unit.i_lib, c.xbeu.unit.sprm, r.dp);
     write_circuit_dumps(c);
     check_circuit_leftovers(c.cf);
     classify(c);

@@ -26,8 +26,12 @@ def run(*words):
 
 
 def deck(sheet, values):
+    """With the element of the first example, these values in place of its own."""
     words = sheet["examples"][0].split()
     words = [w for w in words if w.split("=")[0] not in values] + [f"{k}={v:.12g}" for k, v in values.items()]
+    if sheet["family"] == "x":
+        diagram(sheet, words)
+        return
     nodes = [w.split("=")[1] for w in words if w.split("=")[0] in terminals(sheet, "node")]
     sensed = [w.split("=")[1] for w in words if w.split("=")[0] in terminals(sheet, "sensed node")]
     reference = nodes[0] if nodes else "a"
@@ -39,6 +43,17 @@ def deck(sheet, values):
         lines += [f"delement name=D_{w.split('=')[1]} type=dsrc y={w.split('=')[1]}"
                   for w in words if w.split("=")[0] in terminals(sheet, "digital node")]
     lines += [" ".join(words), "end_circuit", "begin_solve", "solve_type startup", "end_solve", "end_cf", ""]
+    (work / "d.in").write_text("\n".join(lines), encoding="ascii")
+
+
+def diagram(sheet, words):
+    given = dict(w.split("=") for w in words[1:])
+    outputs = {o["name"] for o in sheet["outputs"]}
+    inputs = {given[t] for t in terminals(sheet, "variable") if t not in outputs}
+    lines = ["title: t", "begin_circuit", "xelement name=C_1 type=const y=x_1", "xelement name=I_1 type=intgrtr x=x_1 y=y_1"]
+    lines += [f"xelement name=C_{n} type=const y={n}" for n in inputs]
+    lines += [" ".join(words), "end_circuit", "begin_solve", "solve_type trns",
+              "method: RK4=yes t_end=1m delt_const_x=0.5m", "end_solve", "end_cf", ""]
     (work / "d.in").write_text("\n".join(lines), encoding="ascii")
 
 

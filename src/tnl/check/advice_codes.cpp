@@ -9,6 +9,7 @@ namespace cli {
 namespace {
 
 constexpr std::pair<std::string_view, std::string_view> same_as[] = {
+    {"algebraic-loop", "block-order"},
     {"bad-initial-sol", "initial-sol"},
     {"bad-option", "output-options"},
     {"bad-setting", "settings-contradict"},
@@ -19,6 +20,7 @@ constexpr std::pair<std::string_view, std::string_view> same_as[] = {
     {"continuation-at-top", "plus-at-top"},
     {"current-cutset", "singular"},
     {"floating", "singular"},
+    {"long-chain", "block-order"},
     {"missing-method-word", "no-t-end"},
     {"mixed-file", "output-kind"},
     {"named-twice", "repeated"},

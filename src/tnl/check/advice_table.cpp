@@ -196,6 +196,11 @@ constexpr advice_text texts[] = {
      "tnl describe TYPE tells whether it has one; exchange the element or leave the ac block out"},
     {"ssw-settings", "Settings of periodic blocks contradict each other.", "", ""},
     {"explicit-circuit", "The circuit of explicit elements does not allow these settings.", "", ""},
+    {"block-order", "No order is found in which the explicit blocks could be evaluated.",
+     "blocks that need each other at the same time, a variable that no block computes, or more than 20 blocks without a "
+     "state behind one another",
+     "a state in the circle: an integrator, a filter or delay_2; tnl check names the blocks"},
+    {"two-outputs", "Two explicit blocks compute one variable.", "", "one of them writes another name; sum_2 adds two"},
     {"digital-circuit", "The circuit of digital elements does not allow these settings.", "",
      "runs in time and start-ups alone, without constant_step"},
     {"digital-unstable", "Digital elements do not come to rest before the run in time begins.",
@@ -334,7 +339,10 @@ constexpr pattern_row rows[] = {
     {"kinds-together",
      "cannot have xelements and delements|"
      "general elements are not allowed in a purely digital circuit"},
-    {"unknown-quantity", "outvar not found name is"},
+    {"kinds-together", "check_xmixed: some xelement"},
+    {"block-order", "ordering failed even after|xbeu has not been visited"},
+    {"two-outputs", "An xvar is assigned as an output var"},
+    {"unknown-quantity", "outvar not found name is|check output variables (explicit)"},
     {"sensed-only", "outvar of a name that no call is connected to"},
     {"unknown-instance", "cct_ov_flag = IGL_CLEAR"},
     {"unknown-node", "Check outvars of type|var name is:"},

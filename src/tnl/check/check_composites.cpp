@@ -41,6 +41,10 @@ const std::vector<bound_words>& bound_lists(int library) {
         {&t::digital, "digital node", {&t::digital, &t::inner}, "mainnodes: or auxnodes:"},
         {&t::ind_node, "sensed node", {&t::ind_node}, "analog_nodes:"},
     };
+    static const std::vector<bound_words> of_x = {
+        {&t::xvar, "variable", {&t::xvar, &t::inner}, "main_vars: or aux_vars:"},
+        {&t::var, "general variable", {&t::var}, "gvars:"},
+    };
     static const std::vector<bound_words> of_gm = {
         {&t::node, "terminal", {&t::node, &t::inner}, "mainnodes_anlg: or auxnodes_anlg:"},
         {&t::digital, "digital node", {&t::digital, &t::inner_digital}, "mainnodes_dgtl: or auxnodes_dgtl:"},
@@ -53,6 +57,8 @@ const std::vector<bound_words>& bound_lists(int library) {
             return of_e;
         case lib_dels:
             return of_d;
+        case lib_xels:
+            return of_x;
         case lib_gmes:
             return of_gm;
         default:
@@ -73,6 +79,7 @@ const std::vector<own_output>& own_outputs_of() {
         {lib_eels, "", "nodev", {&t::node, &t::inner}, "node"},
         {lib_gels, "", "var", {&t::var, &t::inner}, "variable"},
         {lib_dels, "", "dvar", {&t::digital, &t::inner}, "node"},
+        {lib_xels, "", "xvar", {&t::xvar, &t::inner}, "variable"},
         {lib_gmes, "outvar_anlg:", "nodev", {&t::node, &t::inner}, "node"},
         {lib_gmes, "outvar_anlg:", "var", {&t::var, &t::inner_var}, "variable"},
         {lib_gmes, "outvar_dgtl:", "dvar", {&t::digital, &t::inner_digital}, "digital node"},

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "base/words.h"
+#include "tnl/check/check_diagram.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/common/near_words.h"
 #include "tnl/deck/file_names.h"
@@ -203,6 +204,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries, ch
         check_nodes(d);
         check_variables(d);
         check_digital(d);
+        check_diagram(d);
     }
     check_outvars(d);
     check_solves(d);

@@ -7,6 +7,7 @@
 #include "settings/solve_class.h"
 #include "settings/solve_words.h"
 #include "tnl/check/advice.h"
+#include "tnl/check/check_diagram.h"
 #include "tnl/check/check_solves.h"
 #include "tnl/check/check_stops.h"
 #include "tnl/check/check_values.h"
@@ -135,7 +136,9 @@ private:
     // ---- runs in time
     void check_time() {
         need("t_end", "a trns block needs the time at which it ends", "method: t_end=5m");
-        if (!is_digital_alone(d_)) need("delt_const", "a trns block needs its time step", "method: delt_const=1u");
+        const bool is_diagram = is_explicit_alone(d_);
+        if (!is_digital_alone(d_) && !is_diagram)
+            need("delt_const", "a trns block needs its time step", "method: delt_const=1u");
         const method_settings& m = slv_.method;
         const double start = flags_.t_start, end = value("t_end", flags_.t_end),
                      step = value("delt_const", m.delt_const), least = value("delt_min", m.delt_min),
@@ -154,6 +157,8 @@ private:
             d_.report.error("bad-step", place_of("t_end"), "t_end is not behind t_start: the run has no length");
         else if (step > end - start)
             d_.report.warning("bad-step", place_of("delt_const"), "the step is longer than the whole run");
+        if (has_explicit(d_)) check_explicit_steps(d_, s_, slv_, block_place());
+        if (is_diagram) return count_steps(s_.longest_step);
         if (step < least) d_.report.error("bad-step", place_of("delt_const"), "delt_const is less than delt_min");
         if (step > most) d_.report.warning("bad-step", place_of("delt_const"), "delt_const is more than delt_max");
         if (on("gear2_fixed"))
@@ -177,8 +182,11 @@ private:
                               "fctr_stepinc is above 1");
         }
         s_.longest_step = longest;
-        const double steps = (end - std::max(start, s_.t_long)) / longest;
-        if (steps > m.itmax_trns * 1.0001 && longest > 0)
+        count_steps(longest);
+    }
+    void count_steps(double longest) {
+        const double steps = (s_.t_end - std::max(s_.t_start, s_.t_long)) / longest;
+        if (const method_settings& m = slv_.method; steps > m.itmax_trns * 1.0001 && longest > 0)
             d_.report.warning("too-many-steps", place_of("t_end"),
                               "the run needs about " + rounded(steps) +
                                   " steps and is cut off after itmax_trns=" + rounded(m.itmax_trns),
@@ -227,7 +235,7 @@ private:
                                 d_.word(rules[r].statement, rules[r].word),
                             "a trns block has one rule");
         for (std::string_view rule : explicit_rules)
-            if (on(rule))
+            if (on(rule) && !has_explicit(d_))
                 d_.report.warning("unused-rule", place_of(rule),
                                   std::string(rule) + " is for explicit elements alone and does nothing here");
     }

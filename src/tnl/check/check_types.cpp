@@ -40,7 +40,12 @@ constexpr word_line word_lines[] = {
     {"auxnodes:", &element_type::inner, 1},
     {"auxvars:", &element_type::inner, 1},
     {"nodes:", &element_type::node, 1},  // of basic elements
-    {"main_vars:", &element_type::var, 1},
+    {"main_vars:", &element_type::var, 1, lib_gbes},
+    {"main_vars:", &element_type::var, 1, lib_gbac},
+    {"main_vars:", &element_type::xvar, 1, lib_xels},
+    {"input_vars:", &element_type::xvar, 1, lib_xbes},
+    {"output_vars:", &element_type::xvar, 1, lib_xbes},
+    {"gvars:", &element_type::var, 1},
     {"aux_var:", &element_type::inner, 1, lib_ebes},
     {"aux_var:", &element_type::inner, 1, lib_ebac},
     {"aux_vars:", &element_type::inner, 1},
@@ -80,6 +85,16 @@ std::string pair_value(const words& w, int first, std::string_view key) {
 struct basic_sheet {
     std::vector<std::string> node, var, driven, reads;
     bool has_current = false, limits_step = false, nonlinear = false;
+    type_block block;                 // of an explicit one
+    std::vector<std::string> x_node;  // likewise
+    bool stands_alone = false;
+};
+
+// The first that is on decides.
+constexpr std::pair<std::string_view, type_block::kind> block_flags[] = {
+    {"evaluate", type_block::kind::evaluate},
+    {"integrate", type_block::kind::integrate},
+    {"delay", type_block::kind::delay},
 };
 
 basic_sheet read_basic(const entry_lines& lines, int library) {
@@ -88,7 +103,19 @@ basic_sheet read_basic(const entry_lines& lines, int library) {
         const auto take = [&](std::vector<std::string>& list) {
             for (int j = 1; j < w.size(); ++j) list.push_back(w.str(j));
         };
-        if (w[0] == library_forms[library].begin) sheet.limits_step = pair_value(w, 3, "limit_tstep") == "yes";
+        if (w[0] == library_forms[library].begin) {
+            sheet.limits_step = pair_value(w, 3, "limit_tstep") == "yes";
+            const std::string mixed = pair_value(w, 3, "allow_xmixed");
+            sheet.stands_alone = !mixed.empty() && mixed != "yes";
+            for (const auto& [flag, how] : block_flags)
+                if (pair_value(w, 3, flag) == "yes") {
+                    sheet.block.how = how;
+                    break;
+                }
+        }
+        if (w[0] == "input_vars:") take(sheet.block.in);
+        if (w[0] == "output_vars:") take(sheet.block.out), take(sheet.driven);
+        if (w[0] == "cct_nodes:") take(sheet.x_node);
         if (w[0] == "Jacobian:") sheet.nonlinear = w.size() > 1 && w[1] != "constant";
         if (w[0] == "nodes:") take(sheet.node);
         if (w[0] == "main_var:" || w[0] == "main_vars:") take(sheet.var);
@@ -160,6 +187,13 @@ private:
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
         for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));
         for (const std::string& v : sheet.reads) type_.reads.push_back(outside(v));
+        for (const std::string& v : sheet.x_node) type_.x_node.push_back(outside(v));
+        type_.stands_alone = type_.stands_alone || sheet.stands_alone;
+        if (library != lib_xbes) return;
+        type_block block = sheet.block;
+        for (std::vector<std::string>* list : {&block.in, &block.out})
+            for (std::string& v : *list) v = outside(v);
+        type_.blocks.push_back(std::move(block));
     }
 
     element_types& types_;
@@ -223,7 +257,7 @@ const element_type* element_types::find(int library, std::string_view name) {
     type.doc = doc_of(*entry);
     if (library == lib_gmes) type.parts = parts_of(of_entry);
     std::map<std::string, std::string> own;
-    for (words_member list : {&element_type::node, &element_type::var, &element_type::digital})
+    for (words_member list : {&element_type::node, &element_type::var, &element_type::digital, &element_type::xvar})
         for (const std::string& w : type.*list) own[w] = w;
     reader(*this, type).read_body(*entry, library, own, 0);
     const model_rules& told = rules(*entry, library);

@@ -11,6 +11,12 @@
 
 namespace cli {
 
+// A basic explicit block of a composite, with the composite's words, or names of its own, for its variables.
+struct type_block {
+    enum class kind { evaluate, integrate, delay } how;
+    std::vector<std::string> in, out;
+};
+
 struct element_type {
     int library;  // position in library_forms
     std::string name;
@@ -42,6 +48,11 @@ struct element_type {
         int library;
     };
     std::vector<part> parts;
+    // Of explicit blocks: what it is made of, variables that are nodes of a circuit of such blocks, and whether they
+    // may stand beside other elements.
+    std::vector<type_block> blocks;
+    std::vector<std::string> x_node;
+    bool stands_alone = false;
     element_doc doc;
 };
 

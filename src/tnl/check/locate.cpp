@@ -372,8 +372,9 @@ std::vector<std::string> split_lines(std::string_view text) {
 }
 
 bool speaks_of_composites(const std::vector<std::string>& lines) {
-    for (const std::string_view reader : {"eels_class:", "eels_ebe", "eels_eels", "check ece library",
-                                          "gels_class:", "gels_gbe", "gels_gels", "check gce library"})
+    for (const std::string_view reader :
+         {"eels_class:", "eels_ebe", "eels_eels", "check ece library", "gels_class:", "gels_gbe", "gels_gels",
+          "check gce library", "xels_class:", "xels_xbe", "xels_xels", "check xce library"})
         if (any_line_has(lines, reader)) return true;
     return false;
 }

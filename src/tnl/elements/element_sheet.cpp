@@ -22,6 +22,7 @@ const word_line word_lines[] = {
     {"mainnodes_anlg:", &element_sheet::terminals, "node", false},
     {"mainnodes_dgtl:", &element_sheet::terminals, "digital node", false},
     {"mainvars:", &element_sheet::terminals, "variable", false},
+    {"main_vars:", &element_sheet::terminals, "variable", false},
     {"ind_nodes:", &element_sheet::terminals, "sensed node", false},
     {"ind_branches:", &element_sheet::terminals, "sensed element", false},
     {"digital_nodes:", &element_sheet::terminals, "digital node", false},
@@ -29,6 +30,7 @@ const word_line word_lines[] = {
     {"main_var:", &element_sheet::terminals, "variable", false},
     {"xvar:", &element_sheet::terminals, "explicit variable", false},
     {"xvars:", &element_sheet::terminals, "explicit variable", false},
+    {"gvars:", &element_sheet::terminals, "general variable", false},
     {"iparms:", &element_sheet::parameters, "integer", true},
     {"sparms:", &element_sheet::parameters, "text", true},
     {"rparms:", &element_sheet::parameters, "real", true},
@@ -72,7 +74,12 @@ std::vector<listed_word> listed(const entry_lines& lines) {
                     for (int i = 1; i < w.size(); ++i) found.push_back({w.str(i), ""});
         const bool output = l.kind.empty();
         for (name_and_value& f : found) {
-            const bool shared = output && (f.value == "var_of_" + f.name || f.value == "dvar_of_" + f.name);
+            const bool repeats = output && (f.value == "var_of_" + f.name || f.value == "dvar_of_" + f.name);
+            const bool repeats_x = output && f.value == "xvar_of_" + f.name &&
+                                   std::any_of(all.begin(), all.end(), [&](const listed_word& terminal) {
+                                       return terminal.word.word == f.name;
+                                   });
+            const bool shared = repeats || repeats_x;
             const std::string kind(digital ? "digital node" : l.kind);
             all.push_back({l.member, {f.name, kind, output ? "" : f.value, "", ""}, shared});
         }

@@ -175,14 +175,14 @@ data_kind kind_of_word(const deck_names& names, const installed_libraries& libra
     return kind_in_composite(libraries, names.library_of(found->second), type_of(names, found->second), item.quantity);
 }
 
-// Whether its elements are digital throughout.
-bool is_purely_digital(const deck_view& deck) {
+// Whether all elements of the deck are of one kind of statement.
+bool has_only(const deck_view& deck, std::string_view statement) {
     const statement_range circuit = circuit_range(deck);
     bool any = false;
     for (int i = circuit.begin; i < circuit.end; ++i) {
         const std::string_view first = deck.statements.word(i, 0);
         if (!is_element_word(first) || is_placeholder(value_of(deck, i, "type"))) continue;
-        if (first != "delement") return false;
+        if (first != statement) return false;
         any = true;
     }
     return any;
@@ -303,7 +303,7 @@ void complete_digital(const deck_names& names, const installed_libraries& librar
         planned.digital = numbers.size() == n_axes && integers.size() > n_axes;
         if (!planned.digital) planned.columns = numbers;
     } else if (file.columns.back() == "all_nodes") {
-        planned.digital = is_purely_digital(names.deck);
+        planned.digital = has_only(names.deck, "delement");
         if (planned.digital && planned.kind == "trns") planned.columns.push_back({"time", "s"});
         if (planned.digital)
             for (const std::string& node : digital_nodes(names, libraries)) planned.columns.push_back({node, "", true});
@@ -336,7 +336,9 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
         record_file planned;
         planned.path = file.path;
         planned.kind = block_kind(deck, file.i_statement);
-        planned.begins_with_guess = planned.kind == "trns" && begins_with_guess(deck, file);
+        // Explicit blocks alone begin with their states.
+        planned.begins_with_guess =
+            planned.kind == "trns" && begins_with_guess(deck, file) && !has_only(deck, "xelement");
         if (has_column(file, "harmonic")) planned.kind = "fourier";
         if (file.results) {
             planned.kind = "postproc";

@@ -35,7 +35,7 @@ struct block_numbers {
 
 // For blocks that read a file: points, switching times, or 2 values along each axis.
 inline data_table table_for(const std::string& type) {
-    if (type.starts_with("pwm_file")) return {{0.05, 0.1, 0.3}, {}};
+    if (type.starts_with("pwm_file")) return {{0.5e-4, 1e-4, 2e-4}, {}};
     if (!type.starts_with("lut_file")) return {{-0.5, 0.1, 0.1, 0.6}, {1, 2, -1, 3}};
     const int n_axes = type[9] - '0', n_y = type.back() - '0';
     data_table table{{}, {}, std::vector<int>(static_cast<std::size_t>(n_axes), 2), n_y};

@@ -194,8 +194,9 @@ TEST_P(every_explicit_block, writes_every_declared_derivative_and_no_other) {
         const auto row = static_cast<std::size_t>(t.first_f[static_cast<std::size_t>(u.e)] + j);
         std::set<std::pair<int, int>> declared;
         for (int d = t.first_fvar[row]; d < t.first_fvar[row + 1]; ++d)
-            EXPECT_TRUE(declared.emplace(t.var_flag[static_cast<std::size_t>(d)], t.var_number[static_cast<std::size_t>(d)])
-                            .second)
+            EXPECT_TRUE(
+                declared.emplace(t.var_flag[static_cast<std::size_t>(d)], t.var_number[static_cast<std::size_t>(d)])
+                    .second)
                 << "a variable twice in row " << j;
         const double untouched = 12345.5;
         std::fill(u.jac.store.begin(), u.jac.store.end(), untouched);
@@ -278,8 +279,8 @@ TEST_P(every_explicit_block, stands_accepted_points_at_falling_times) {
     }
 }
 
-// Each output of an integrating block, and each auxiliary variable, stands in one d_dt(); outputs that are none in a row
-// of the matrix.
+// Each output of an integrating block, and each auxiliary variable, stands in one d_dt(); outputs that are none in a
+// row of the matrix.
 TEST_P(every_explicit_block, has_one_row_for_each_variable_that_it_makes) {
     const explicit_unit u(GetParam());
     const library_lists& l = u.lib.list;

@@ -139,7 +139,8 @@ TEST(delay_line, gives_in_a_small_ring_what_all_points_would_give) {
                 EXPECT_EQ(d.at(then), x[0]);
             else
                 EXPECT_NEAR(d.at(then),
-                            std::lerp(x[after - 1], x[after], (then - t[after - 1]) / (t[after] - t[after - 1])), 1e-14);
+                            std::lerp(x[after - 1], x[after], (then - t[after - 1]) / (t[after] - t[after - 1])),
+                            1e-14);
         }
     }
 }

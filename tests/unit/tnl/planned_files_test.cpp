@@ -97,9 +97,10 @@ TEST(planned_files, have_the_kind_of_their_block_and_columns_with_units) {
 
 // The first row of a run in time that starts from nothing is no solution.
 TEST(planned_files, tell_which_begin_with_a_guess) {
-    const auto guess = [](const std::string& words, const std::string& control = "") {
+    std::string elements;
+    const auto guess = [&](const std::string& words, const std::string& control = "") {
         const std::string deck =
-            "title: t\nbegin_circuit\nend_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=1m\n" + words +
+            "title: t\nbegin_circuit\n" + elements + "end_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=1m\n" + words +
             "\nbegin_output\nfilename a.dat\n" + control + "variables: x\nend_output\nend_solve\nend_cf\n";
         return planned_files(view_deck("t.in", deck), libraries()).front().begins_with_guess;
     };
@@ -109,6 +110,10 @@ TEST(planned_files, tell_which_begin_with_a_guess) {
     EXPECT_FALSE(guess("", "control: out_tstart=2m\n"));
     EXPECT_TRUE(guess("", "control: out_tstart=0\n"));
     EXPECT_FALSE(guess("", "control: out_tstart=a_constant\n"));
+    elements = "xelement name=C type=const y=x\n";  // its states are what they begin with
+    EXPECT_FALSE(guess(""));
+    elements += "eelement name=R type=r p=a n=0\n";
+    EXPECT_TRUE(guess(""));
 }
 
 TEST(planned_files, all_outvars_stands_for_the_variables_of_the_deck_that_a_row_can_hold) {

@@ -1,0 +1,93 @@
+// examples_diagram_test.cpp -- the block diagrams of examples/ against the formulas of their stories.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "whole_run.h"
+
+namespace {
+whole_run example(const std::string& name) {
+    return whole_run(read_file(std::string(TARNEL_EXAMPLES) + "/" + name + "/deck.in"));
+}
+
+using matrix = std::array<std::array<double, 4>, 4>;
+matrix product(const matrix& a, const matrix& b) {
+    matrix c{};
+    for (std::size_t i = 0; i < 4; ++i)
+        for (std::size_t j = 0; j < 4; ++j)
+            for (std::size_t k = 0; k < 4; ++k) c[i][j] += a[i][k] * b[k][j];
+    return c;
+}
+// exp(a t): the series of a small part of the time, squared up.
+matrix exponential(matrix a, double t) {
+    constexpr int n_squares = 20;
+    for (auto& row : a)
+        for (double& x : row) x *= t / (1 << n_squares);
+    matrix sum{}, term{};
+    for (std::size_t i = 0; i < 4; ++i) sum[i][i] = term[i][i] = 1;
+    for (int k = 1; k <= 8; ++k) {
+        term = product(term, a);
+        for (std::size_t i = 0; i < 4; ++i)
+            for (std::size_t j = 0; j < 4; ++j) sum[i][j] += (term[i][j] /= k);
+    }
+    for (int k = 0; k < n_squares; ++k) sum = product(sum, sum);
+    return sum;
+}
+using state = std::array<double, 4>;  // integral, current, speed, 1
+state after(const state& x, double load, double t) {
+    const matrix a = {{{0, 0, -6.6, 660},
+                       {500, -250, -50 - 150, 15000},  // u = 0.3 (100 - w) + the integral
+                       {0, 100, -0.1, -1000 * load},
+                       {0, 0, 0, 0}}};
+    const matrix e = exponential(a, t);
+    state y{};
+    for (std::size_t i = 0; i < 4; ++i)
+        for (std::size_t j = 0; j < 4; ++j) y[i] += e[i][j] * x[j];
+    return y;
+}
+}  // namespace
+
+TEST(examples_diagram, dc_drive_follows_the_exponential_of_its_matrix) {
+    const whole_run run = example("dc_drive");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");
+    ASSERT_GT(rows.size(), 4000u);
+    const state start = {0, 0, 0, 1}, at_load = after(start, 0, 0.2);
+    for (std::size_t k = 0; k < rows.size(); k += 7) {
+        const double t = rows[k][0];
+        // The load rises within 1 us, so its middle counts.
+        const state x = t <= 0.2 + 1e-6 ? after(start, 0, t) : after(at_load, 0.5, t - 0.2 - 0.5e-6);
+        EXPECT_NEAR(rows[k][2], x[2], 2e-4) << t;
+        EXPECT_NEAR(rows[k][3], x[1], 5e-4) << t;
+        EXPECT_NEAR(rows[k][4], 0.3 * (100 - x[2]) + x[0], 2e-4) << t;
+    }
+    // At rest the torque balances friction and load, and the voltage resistance and emf.
+    EXPECT_NEAR(rows.back()[3], (1e-4 * 100 + 0.5) / 0.1, 0.05);
+    EXPECT_NEAR(rows.back()[4], 0.5 * 5.1 + 10, 0.05);
+}
+
+TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
+    const whole_run run = example("bouncing_ball");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");
+    constexpr double g = 9.81, step = 1e-4;
+    double hit = std::sqrt(2 / g), speed = 0.8 * std::sqrt(2 * g), highest = 0;
+    int n = 0;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        highest = std::max(highest, n > 0 ? rows[i][1] : 0);
+        if (!(rows[i][2] > rows[i - 1][2] + 0.1)) continue;  // the speed jumps upwards
+        EXPECT_GE(rows[i][0], hit - 1e-9);
+        EXPECT_LE(rows[i][0], hit + ++n * 2 * step) << n;
+        EXPECT_NEAR(rows[i][2], speed, n * 2e-3);
+        EXPECT_NEAR(rows[i][1], 0, 1e-9);
+        if (n > 1) EXPECT_NEAR(highest, speed * speed / 0.64 / (2 * g), 2e-3);
+        hit += 2 * speed / g;
+        speed *= 0.8;
+        highest = 0;
+    }
+    EXPECT_GE(n, 5);
+}
