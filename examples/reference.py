@@ -144,7 +144,44 @@ def dc_drive(t_end):
         u = 0.3 * e + z
         load = 0.5 * min(max((t - 0.2) / 1e-6, 0.0), 1.0)
         return [6.6 * e, (u - 0.5 * i - 0.1 * w) / 2e-3, (0.1 * i - 1e-4 * w - load) / 1e-3], [w, i, u]
-    return follow(rate, [0.0, 0.0, 0.0], t_end, 10e-6)
+    return follow(rate, [0.0, 0.0, 0.0], t_end, 1e-6)
+
+
+def buck_sampled(t_end):
+    period, held = 20e-6, {"n": 0, "integral": 0.0, "duty": 0.12}
+
+    def sample(t, x):
+        n = int(t / period + 1e-6)
+        if n > held["n"]:
+            e = 12.0 - x[1]
+            held["n"] = n
+            held["integral"] += 65 * period * e
+            held["duty"] = min(max(0.01 * e + held["integral"], 0.0), 0.95)
+        return current_not_below_0(t, x)
+
+    def rate(t, x):
+        i, v = x
+        p = t / period % 1
+        on = held["duty"] > (2 * p if p < 0.5 else 2 - 2 * p)
+        u = (24.0 if on else -0.5) - 10e-3 * i
+        load = 0.1 if t < 10e-3 else 0.2
+        return [(u - v) / 470e-6 if i > 0 or u > v else 0.0, (i - v * load) / 22e-6], [v, held["duty"]]
+    return follow(rate, [0.0, 0.0], t_end, 10e-9, sample)
+
+
+def filter_degree_6(t):
+    """Residues of the poles of filter and signal: 1 from t = 0 on, and 0.5 sin(w t)."""
+    w, poles = 2000 * math.pi, [1e3 * cmath.exp(1j * math.pi * (2 * k + 7) / 12) for k in range(6)]
+
+    def answer(filter_poles, gain):
+        def shaped(s, but=None):
+            y = gain
+            for p in filter_poles:
+                y /= s - p if p != but else 1
+            return y
+        y = shaped(0) + (0.5 * shaped(1j * w) * cmath.exp(1j * w * t)).imag
+        return (y + sum(shaped(p, p) * (1 / p + 0.5 * w / (p * p + w * w)) * cmath.exp(p * t) for p in filter_poles)).real
+    return [1 + 0.5 * math.sin(w * t), answer(poles, 1e18), answer([-1e3], 1e3)]
 
 
 def bouncing_ball(t):
@@ -399,7 +436,7 @@ def main():
     times = [float(line.split()[0]) for line in open(path)]
     if name == "thyristor_phase":
         value = thyristor_phase(float(path.split("_")[-1].split(".")[0]))
-    elif name in ("rc_step", "rlc_step", "bouncing_ball"):
+    elif name in ("rc_step", "rlc_step", "bouncing_ball", "filter_degree_6"):
         value = globals()[name]
     else:
         points, h = globals()[name](times[-1])

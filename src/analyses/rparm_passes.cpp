@@ -10,11 +10,18 @@
 #include "elaborate/mixed.h"
 
 namespace {
+// Families whose units have parameters that blocks may write or read.
+template <class F>
+void for_linked_families(run_state& r, F f) {
+    for_families(r, f);
+    f(r.xbe);
+}
+
 // The models' constants hang on their parameters.
 void derive_constants(run_state& r, int fam, int instance) {
     const std::vector<int>& first = r.c.instances(fam).first_unit;
     const raised on(r.flags.one_time_parms);
-    for_families(r, [&](auto& f) {
+    for_linked_families(r, [&](auto& f) {
         if (f.elements != fam) return;
         for (int u = first[at(instance)]; u < first[at(instance) + 1]; ++u) get_unit(r, f, u);
     });
@@ -32,9 +39,9 @@ void derive_constants(run_state& r, int fam, int instance) {
 
 void check_rparm_sources(const circuit& c) {
     for (const rparm_link& link : c.links.get) {
-        if (link.n_source == 0) halt({"get_rparm_2 (gbe): parameter not assigned. nttl=0. Halting..."});
-        if (link.n_source > 1)
-            halt({line("get_rparm_2 (gbe): multiple parameters? nttl=", link.n_source), "  Halting.."});
+        const std::string head = link.is_explicit ? "get_rparm_2 (xbe): " : "get_rparm_2 (gbe): ";
+        if (link.n_source == 0) halt({head + "parameter not assigned. nttl=0. Halting..."});
+        if (link.n_source > 1) halt({line(head, "multiple parameters? nttl=", link.n_source), "  Halting.."});
     }
 }
 
@@ -43,8 +50,10 @@ bool set_rparm_2(run_state& r) {
     for (const rparm_link& link : r.c.links.set) {
         instance_core& inst = r.c.instances(link.family);
         double& parameter = (link.is_start ? inst.sv : inst.rprm).row(link.instance)[link.index];
-        const double factor = link.factor < 0 ? 1.0 : r.c.gbeu.unit.rprm.data[at(link.factor)];
-        const double value = factor * r.c.gbeu.val_vr[at(link.variable)];
+        const unit_core& unit = link.is_explicit ? r.c.xbeu.unit : r.c.gbeu.unit;
+        const std::vector<double>& variable = link.is_explicit ? r.c.xbeu.val_vr : r.c.gbeu.val_vr;
+        const double factor = link.factor < 0 ? 1.0 : unit.rprm.data[at(link.factor)];
+        const double value = factor * variable[at(link.variable)];
         if (parameter == value) continue;
         if (!std::isfinite(value)) finite_number(value, line("set_rparm: parameter of ", inst.name[at(link.instance)]));
         parameter = value;
@@ -75,19 +84,21 @@ void get_rparm_2(run_state& r) {
     {
         const raised on(r.flags.outvar_prm);
         for (const rparm_link& link : r.c.links.get)
-            for_families(r, [&](auto& f) {
+            for_linked_families(r, [&](auto& f) {
                 if (f.elements == link.source_family) get_unit(r, f, link.source_unit);
             });
     }
     gbeu_class& g = r.c.gbeu;
     for (const rparm_link& link : r.c.links.get) {
         double value = 0.0;
-        for_families(r, [&](auto& f) {
+        for_linked_families(r, [&](auto& f) {
             const unit_core& unit = f.units.unit;
             if (f.elements == link.source_family) value = (link.is_start ? unit.sv : unit.rprm).data[at(link.source)];
         });
         if (link.value >= 0) {
-            g.unit.rprm.data[at(link.value)] = value;
+            (link.is_explicit ? r.c.xbeu.unit : g.unit).rprm.data[at(link.value)] = value;
+        } else if (link.is_explicit) {
+            r.c.xbeu.val_vr[at(link.variable)] = value;
         } else {
             g.val_vr[at(link.variable)] = value;
             r.mat.svec[at(r.mat.offs.gvar + link.variable)] = value;

@@ -21,7 +21,16 @@ constexpr link_kind writers = {"set_rparm_1",     "set_rparm", &entry_flags::set
 constexpr link_kind readers = {"get_rparm_1",     "get_rparm", &entry_flags::get_rparm_1,
                                &rparm_links::get, "value",     &rparm_link::value};
 
-void find_target(const circuit& c, const link_kind& kind, const char* element, const char* parm, rparm_link& link) {
+// The blocks of a family that may have links.
+struct linked_blocks {
+    const unit_core& unit;
+    const basic_library& lib;
+    const row_table<int>& vr;
+    const char* word;  // "gbe": of messages
+    bool is_explicit;
+};
+
+void find_target(const circuit& c, const link_kind& kind, const linked_blocks& blocks, const char* element, const char* parm, rparm_link& link) {
     for (family fam : searched) {
         link.instance = c.instances(fam).find(element);
         if (link.instance < 0) continue;
@@ -29,7 +38,7 @@ void find_target(const circuit& c, const link_kind& kind, const char* element, c
         break;
     }
     const std::string head = line("cct_class::", kind.routine, ": ");
-    const std::string one_of = line("   one of the ", kind.block, " type gbe.");
+    const std::string one_of = line("   one of the ", kind.block, " type ", blocks.word, ".");
     if (link.instance < 0)
         halt({head + "element not identified in", one_of, line("   element name is: ", element), "   Halting..."});
     const library_lists& list = c.lib.composites(link.family).list;
@@ -65,24 +74,31 @@ void find_source(circuit& c, rparm_link& link, int fam, int instance, int index)
     }
 }
 
-void find_links(circuit& c, const link_kind& kind) {
-    std::vector<rparm_link>& links = c.links.*(kind.list);
-    links.clear();
-    const gbeu_class& g = c.gbeu;
-    for (int u = 0; u < g.n(); ++u) {
-        const int s = g.unit.i_lib[at(u)];
-        if (!(c.lib.gbes.flag.*(kind.flag))[at(s)]) continue;
-        if (g.unit.sprm.size(u) < 2 || g.vr.size(u) < 1)
-            halt({line("cct_class::", kind.routine, ": the block ", c.lib.gbes.list.entry[s], " needs"),
+void find_links_of(circuit& c, const link_kind& kind, const linked_blocks& blocks) {
+    for (int u = 0; u < blocks.unit.n; ++u) {
+        const int s = blocks.unit.i_lib[at(u)];
+        if (!(blocks.lib.flag.*(kind.flag))[at(s)]) continue;
+        // An explicit writer has its value in an output; inputs come first.
+        const bool writes = kind.flag == &entry_flags::set_rparm_1;
+        const int first = blocks.is_explicit && writes ? c.xbeu.n_input[at(u)] : 0;
+        if (blocks.unit.sprm.size(u) < 2 || blocks.vr.size(u) <= first)
+            halt({line("cct_class::", kind.routine, ": the block ", blocks.lib.list.entry[s], " needs"),
                   "   two string parameters and a variable.", "   Halting..."});
         rparm_link link;
-        find_target(c, kind, g.unit.sprm.row(u)[0], g.unit.sprm.row(u)[1], link);
-        link.variable = g.vr.row(u)[0];
-        if (const int j = c.lib.gbes.list.rprm.find(s, kind.word); j >= 0)
-            link.*(kind.place) = g.unit.rprm.first[at(u)] + j;
+        link.is_explicit = blocks.is_explicit;
+        find_target(c, kind, blocks, blocks.unit.sprm.row(u)[0], blocks.unit.sprm.row(u)[1], link);
+        link.variable = blocks.vr.row(u)[first];
+        if (const int j = blocks.lib.list.rprm.find(s, kind.word); j >= 0)
+            link.*(kind.place) = blocks.unit.rprm.first[at(u)] + j;
         find_source(c, link, link.family, link.instance, link.index);
-        links.push_back(link);
+        (c.links.*(kind.list)).push_back(link);
     }
+}
+
+void find_links(circuit& c, const link_kind& kind) {
+    (c.links.*(kind.list)).clear();
+    find_links_of(c, kind, {c.gbeu.unit, c.lib.gbes, c.gbeu.vr, "gbe", false});
+    find_links_of(c, kind, {c.xbeu.unit, c.lib.xbes, c.xbeu.vr, "xbe", true});
 }
 }  // namespace
 

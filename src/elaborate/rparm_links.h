@@ -6,8 +6,9 @@ struct circuit;
 
 // A block that declares set_rparm_1 or get_rparm_1, and the parameter that its strings `element` and `parm` name.
 struct rparm_link {
-    int variable = -1;  // first variable of the block, at unit level
-    int factor = -1;    // of a writer: place of its `k` in gbeu.unit.rprm; -1: 1
+    bool is_explicit = false;  // the block is an explicit one, else a general one
+    int variable = -1;  // variable of the block, at unit level: the first; of an explicit writer its first output
+    int factor = -1;    // of a writer: place of its `k` in rprm of the units; -1: 1
     int value = -1;     // of a reader: place of its `value` there; -1: the parameter goes to the variable itself
     int family = -1, instance = -1;
     bool is_start = false;  // a stparm, else an rparm
@@ -20,7 +21,7 @@ struct rparm_link {
 };
 
 struct rparm_links {
-    std::vector<rparm_link> set, get;  // in the order of the units
+    std::vector<rparm_link> set, get;  // in the order of the units, explicit blocks behind general ones
 };
 
 // Looks up what every writer and reader names: string parameters 0 (instance) and 1 (one of its rparms, else of its

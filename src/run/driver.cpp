@@ -23,6 +23,7 @@
 #include "output/postproc.h"
 #include "output/row_writers.h"
 #include "output/solution_file.h"
+#include "run/filter_sections.h"
 #include "settings/directives.h"
 
 namespace {
@@ -117,6 +118,7 @@ void prepare_circuit(run_state& r) {
     elaborate(c);
     read_gbe_data_files(c.lib.gbes, c.gbeu.unit.i_lib, c.gbeu.unit.sprm, r.dp);
     read_xbe_data_files(c.lib.xbes, c.xbeu.unit.i_lib, c.xbeu.unit.sprm, r.dp);
+    xce_filter_1(c);
     write_circuit_dumps(c);
     check_circuit_leftovers(c.cf);
     classify(c);

@@ -22,6 +22,7 @@ struct header_line {
     int max_entry;             // words of one entry; 0: no limit
     int max_words, max_chars;          // of the library; 0: no limit
     const char* library = nullptr;  // its word in the message of a missing line, where it is not the form's
+    bool goes_on = false;           // the line may be missing; its words follow those of the line before
 };
 
 // A list of the elements whose words are keys of a body statement. Values are names of the composite's own list `in`,

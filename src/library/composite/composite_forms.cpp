@@ -204,6 +204,7 @@ constexpr header_line xels_dc_lines[] = {
     {"rparms:", "rparms", &L::rprm, "rprm", "", 0, 0, 0},
     {"rparms_derived:", "rparms_derived", special_line::derived, "rprm", "", 0, 0, 0},
     {"stparms:", "stparms", &L::ig, "sv", "", 0, 0, 0, "cce"},
+    {"igparms:", "igparms", &L::ig, "ig", "", 0, 0, 0, nullptr, true},
 };
 constexpr bound_line xels_bound[] = {
     {binding::plain, &L::xvr, true, true, &E::xvr, nullptr, "n_be_ttlvr", no_limit, "xbes_vr_name not found.",

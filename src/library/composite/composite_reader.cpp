@@ -116,7 +116,15 @@ void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std:
     const std::string_view class_name = entry.form.lib.class_name;
     for (const header_line& l : lines) {
         words w;
+        const std::size_t before = file.at;
         next_line(file, w);
+        if (l.goes_on) {
+            if (!begins(w, l.keyword)) {
+                file.at = before;
+                continue;
+            }
+            (entry.lib.list.*std::get<pair_list<double> library_lists::*>(l.member)).name.first.pop_back();
+        }
         expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ",
                     l.library ? l.library : entry.form.lib.begin, " library");
         const word_list* list = std::visit(header_reader{entry, half, l, w}, l.member);

@@ -197,9 +197,18 @@ constexpr advice_text texts[] = {
     {"ssw-settings", "Settings of periodic blocks contradict each other.", "", ""},
     {"explicit-circuit", "The circuit of explicit elements does not allow these settings.", "", ""},
     {"block-order", "No order is found in which the explicit blocks could be evaluated.",
-     "blocks that need each other at the same time, a variable that no block computes, or more than 20 blocks without a "
+     "blocks that need each other at the same time, a variable that no block computes, or more than 20 blocks without "
+     "a "
      "state behind one another",
      "a state in the circle: an integrator, a filter or delay_2; tnl check names the blocks"},
+    {"x-no-convergence", "A circuit of explicit elements was not solved at some time.",
+     "a jump of a source or a switch that the step does not resolve, values of very different size",
+     "a smaller delt_const_x; method: x_dmp=yes"},
+    {"rational-filter", "A rational filter (filter_1) cannot be taken apart into sections.",
+     "a numerator of higher degree than the denominator, a leading coefficient of 0, roots that are very close "
+     "together "
+     "or very far apart",
+     "n0 n1 ... and d0 d1 ... are the coefficients of rising powers of s; two filters in a row for one of high degree"},
     {"two-outputs", "Two explicit blocks compute one variable.", "", "one of them writes another name; sum_2 adds two"},
     {"digital-circuit", "The circuit of digital elements does not allow these settings.", "",
      "runs in time and start-ups alone, without constant_step"},
@@ -276,6 +285,10 @@ constexpr pattern_row rows[] = {
     {"gmin-failed", "gmin_step_dc_1:*did not converge|gmin_step_trns_1:*did not converge"},
     {"dc-no-convergence", "solve_dc: did not converge even with the smallest auto step|N-R did not converge"},
     {"time-no-convergence", "no convergence*even with"},
+    {"x-no-convergence", "x_solve_newton: no convergence"},
+    {"rational-filter",
+     "dp_class::xce_filter_1|coef_d[degree_d] is zero|coef_n[degree_n] is zero|degree_n > degree_d not|"
+     "classify_roots:|laguer:"},
     {"step-below-time", "the time does not go on with"},
     {"trbdf2-passes", "solve_trns: iter_trbdf2 has exceeded"},
     {"time-no-convergence", "the smallest time step"},
@@ -350,6 +363,7 @@ constexpr pattern_row rows[] = {
     {"not-in-dc", "DC not allowed|dc not implemented|dc not allowed"},
     {"value-of-element",
      "too small!|a is too large!|?!|xfmr.ebe:|> t_ramp_2|.ebe: check|.gbe: check|.dbe: check|"
+     "x_high must be above|: check active_|: check x|: i_file=|time loop did not end|"
      "times must ascend|g_low <= g_high?|vd=|must be gt|must be lt|first number does not fit"},
     {"set-and-reset", "cannot have set and reset|r = s = 1 is not allowed"},
     {"digital-start", "wrong condition in start-up|wrong condition 1"},
@@ -438,7 +452,9 @@ constexpr pattern_row rows[] = {
      "some bias variable is not assigned|not assigned?*number is|acparm_map|has no reader for entries of|"
      "is smaller than its model|is smaller than its function|no function is compiled for the composite|"
      "has no source for its parameters|nothing calls the source of|d_dt|(function part)|one of the KCL equations is "
-     "using a local_var|expected f_|"
+     "using a local_var|expected f_|s2 =|Check the order of cct nodes|n_cctnd = 1|ncctnd >|node in bev not found|xbes "
+     "type must be|"
+     "cur(xx)|keyword current cannot|"
      "something wrong with*string is|sparm string is too long|xvars are not allowed "
      "for|no_functions|map_jacobian|check * library|"
      ": type not found. Halting"},

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <complex>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -70,6 +72,73 @@ TEST(examples_diagram, dc_drive_follows_the_exponential_of_its_matrix) {
     EXPECT_NEAR(rows.back()[4], 0.5 * 5.1 + 10, 0.05);
 }
 
+TEST(examples_diagram, buck_sampled_holds_its_set_point_with_one_step_of_the_diagram_a_period) {
+    const whole_run run = example("buck_sampled");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");
+    for (const auto& [from, load] : {std::array{9e-3, 10.0}, {19e-3, 5.0}}) {
+        double v = 0, duty = 0, least = 1, most = 0;
+        int n = 0;
+        for (const auto& row : rows)
+            if (row[0] > from && row[0] <= from + 1e-3) {
+                ++n;
+                v += row[1];
+                duty += row[3];
+                least = std::min(least, row[3]);
+                most = std::max(most, row[3]);
+            }
+        ASSERT_GT(n, 200);
+        // The controller sees the lowest point of a ripple of (1 - d) v T^2 / (8 L C) = 29 mV.
+        EXPECT_NEAR(v / n, 12 + 0.029 / 2, 5e-3) << from;
+        EXPECT_NEAR(duty / n, (12.5 + 0.01 * 12 / load) / 24.5, 1e-3) << from;
+        EXPECT_LT(most - least, 1e-3) << from;
+    }
+    // It is held between two steps: a multiple of 20 us, or the step of the circuit before.
+    double last = rows[0][3];
+    int n_changes = 0;
+    for (const auto& row : rows) {
+        if (row[3] == last) continue;
+        last = row[3];
+        ++n_changes;
+        const double phase = std::fmod(row[0] + 1e-6, 20e-6);
+        EXPECT_LT(phase, 7e-6) << row[0];  // rows are 4 us apart
+    }
+    EXPECT_GT(n_changes, 200);
+}
+
+TEST(examples_diagram, filter_degree_6_is_the_sum_of_the_exponentials_of_its_poles) {
+    using complex = std::complex<double>;
+    const whole_run run = example("filter_degree_6");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const double w = 2000 * std::numbers::pi;
+    std::array<complex, 6> poles;
+    for (std::size_t k = 0; k < 6; ++k)
+        poles[k] = std::polar(1e3, std::numbers::pi * static_cast<double>(2 * k + 7) / 12);
+    const auto transfer = [&](complex s, std::size_t but = 6) {  // without the factor of one pole
+        complex y = 1e18;
+        for (std::size_t k = 0; k < 6; ++k)
+            if (k != but) y /= s - poles[k];
+        return y;
+    };
+    const table rows = run.rows("wave.dat");
+    ASSERT_GT(rows.size(), 990u);
+    double least = 10, most = -10;
+    for (const auto& row : rows) {
+        const double t = row[0];
+        double y = transfer(0).real() + (0.5 * transfer({0, w}) * std::exp(complex(0, w * t))).imag();
+        for (std::size_t k = 0; k < 6; ++k) {
+            const complex p = poles[k];
+            y += (transfer(p, k) * (1.0 / p + 0.5 * w / (p * p + w * w)) * std::exp(p * t)).real();
+        }
+        EXPECT_NEAR(row[2], y, 2e-6) << t;
+        if (t < 19e-3) continue;
+        least = std::min(least, row[3]);
+        most = std::max(most, row[3]);
+    }
+    EXPECT_NEAR(std::abs(0.5 * transfer({0, w})), 0.5 / std::sqrt(1 + std::pow(w / 1e3, 12)), 1e-12);
+    EXPECT_NEAR((most - least) / 2, 0.5 / std::hypot(1, w / 1e3), 1e-3);
+}
+
 TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
     const whole_run run = example("bouncing_ball");
     ASSERT_FALSE(run.stopped) << run.text;
@@ -80,8 +149,9 @@ TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
     for (std::size_t i = 1; i < rows.size(); ++i) {
         highest = std::max(highest, n > 0 ? rows[i][1] : 0);
         if (!(rows[i][2] > rows[i - 1][2] + 0.1)) continue;  // the speed jumps upwards
+        // A reset comes up to a step late, and the fall goes on until then: the speeds grow by up to 0.8 g of a step.
         EXPECT_GE(rows[i][0], hit - 1e-9);
-        EXPECT_LE(rows[i][0], hit + ++n * 2 * step) << n;
+        EXPECT_LE(rows[i][0], hit + ++n * 4 * step) << n;
         EXPECT_NEAR(rows[i][2], speed, n * 2e-3);
         EXPECT_NEAR(rows[i][1], 0, 1e-9);
         if (n > 1) EXPECT_NEAR(highest, speed * speed / 0.64 / (2 * g), 2e-3);
@@ -89,5 +159,5 @@ TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
         speed *= 0.8;
         highest = 0;
     }
-    EXPECT_GE(n, 5);
+    EXPECT_EQ(n, 4);
 }

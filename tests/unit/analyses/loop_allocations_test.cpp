@@ -7,6 +7,8 @@
 
 #include "analyses/ac.h"
 #include "analyses/digital.h"
+#include "analyses/evaluate.h"
+#include "analyses/explicit_step.h"
 #include "dc_fixture.h"
 #include "output/row_writers.h"
 
@@ -88,4 +90,39 @@ TEST(digital_events, take_nothing_from_the_heap) {
     });
     EXPECT_GT(r.flags.time_given, 1e-5);
     EXPECT_EQ(n_allocations - before, 0);
+}
+
+TEST(explicit_steps, take_nothing_from_the_heap) {
+    const temp_folder folder;
+    circuit c = circuit_of(
+        "title: test\nbegin_circuit\nxelement name=S type=srcac y=u\nxelement name=E type=sum_2 x1=u x2=y y=e k2=-1\n"
+        "xelement name=Y type=filter_z0_p1 x=e y=y\nxelement name=I type=intgrtr_2 x=u y=th\n"
+        "xelement name=D type=delay_2 x=y y=d\nxelement name=K type=clock y=ck\nend_circuit\nbegin_solve\n"
+        "solve_type trns\nmethod: RK4=yes t_start=0 t_end=1 delt_const_x=1m\nend_solve\nend_cf\n",
+        installed_libraries());
+    run_state r(c);
+    long before = 0;
+    run_and_listen([&] {
+        prepare_circuit(r);
+        read_block(r, 0);
+        one_time_parms(r);
+        init_guess_explicit(r);
+        prepare_explicit(r);
+        const explicit_rule& rule = *rule_of(r.slv.method);
+        r.slv.now.delta_t_x = 1e-3;
+        xbe_find_nextbreak(r);
+        for (int k = 0; k < 500; ++k) {
+            xbce_modulo(r);
+            keep_old_states(r.explicits);
+            take_stages(r, rule, 1e-3, false);
+            form_new_states(r.explicits, rule, 1e-3);
+            evaluate_explicit(r, r.slv.now.time_x += 1e-3);
+            check_tnext1_x(r);
+            check_tnext2_x(r);
+            xbe_save_history(r);
+            if (k == 0) before = n_allocations;
+        }
+        before = n_allocations - before;
+    });
+    EXPECT_EQ(before, 0);
 }

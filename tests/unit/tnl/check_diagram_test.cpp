@@ -129,7 +129,8 @@ TEST(check_diagram, tells_rules_that_are_missing_or_too_many) {
     EXPECT_EQ(faults_of(with_method("t_end=1 RK4=yes")), "missing-method-word method:");
     EXPECT_EQ(faults_of(with_method("delt_const_x=1m RK4=yes")), "missing-method-word method:");
     EXPECT_EQ(faults_of(with_method("t_end=1 delt_const_x=1m delt_min_x=2m RK4=yes")), "bad-step delt_const_x=1m");
-    EXPECT_EQ(faults_of(with_method("t_end=1 delt_const_x=1u RK4=yes")), "~too-many-steps t_end=1, too-many-rows d.dat");
+    EXPECT_EQ(faults_of(with_method("t_end=1 delt_const_x=1u RK4=yes")),
+              "~too-many-steps t_end=1, too-many-rows d.dat");
     diagram_deck d = with_method("t_end=1 delt_const_x=1m RK4=yes");
     d.elements = "xelement name=C1 type=const y=x k=1\nxelement name=S1 type=lmtr x=x y=e\n";
     EXPECT_EQ(faults_of(d), "bad-setting RK4=yes");
