@@ -41,7 +41,7 @@ void refresh_outputs(run_state& r) {
 
 void bind_composites(run_state& r) {
     circuit& c = r.c;
-    for (const family fam : {fam_e, fam_g}) {
+    for (const family fam : {fam_e, fam_g, fam_x}) {
         const composite_library& lib = c.lib.composites(fam);
         const library_form& form = family_forms[fam].lib;
         std::vector<composite_function>& function = c.computed.function[at(fam)];

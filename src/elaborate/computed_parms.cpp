@@ -275,7 +275,7 @@ void push_linked(const element_table& be, int e, int first_unit, const int* iprm
 void build_computed(circuit& c) {
     computed_parms& computed = c.computed;
     computed.list.clear();
-    for (const family fam : {fam_e, fam_g}) {
+    for (const family fam : {fam_e, fam_g, fam_x}) {
         const composite_library& lib = c.lib.composites(fam);
         const instance_core& inst = c.instances(fam);
         const std::vector<char> acp = with_compute_acp(lib);
