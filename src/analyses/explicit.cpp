@@ -148,7 +148,6 @@ void init_guess_explicit(run_state& r) {
 }
 
 void one_time_parms_explicit(run_state& r) {
-    const raised on(r.flags.one_time_parms);
     for (int u = 0; u < r.xbe.n(); ++u) get_unit(r, r.xbe, u);
 }
 

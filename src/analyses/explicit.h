@@ -50,7 +50,7 @@ void evaluate_explicit(run_state& r, double t);
 
 // First values of all blocks, from their first guesses; tables are cleared before.
 void init_guess_explicit(run_state& r);
-// Derived constants of all blocks.
+// Derived constants of all blocks; the caller has raised flags.one_time_parms.
 void one_time_parms_explicit(run_state& r);
 
 // ---- at accepted points ----

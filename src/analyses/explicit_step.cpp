@@ -109,13 +109,17 @@ void keep_old_states(explicit_class& e) {
         for (std::size_t i = 0; i < e.state.size(); ++i) e.old[i] = *e.state[i];
 }
 
-void take_stages(run_state& r, const explicit_rule& rule, double h, bool first_is_known) {
-    explicit_class& e = r.explicits;
-    const double t = r.slv.now.time_x;
+void restore_old_states(explicit_class& e) {
     if (e.first_state)
         std::copy(e.old.begin(), e.old.end(), e.first_state);
     else
         for (std::size_t i = 0; i < e.state.size(); ++i) *e.state[i] = e.old[i];
+}
+
+void take_stages(run_state& r, const explicit_rule& rule, double h, bool first_is_known) {
+    explicit_class& e = r.explicits;
+    const double t = r.slv.now.time_x;
+    restore_old_states(e);
     if (!first_is_known) evaluate_explicit(r, t);
     take_slopes(e, 0);
     for (int stage = 1; stage < rule.n_stages; ++stage) {

@@ -30,6 +30,8 @@ const explicit_rule* rule_of(const method_settings& m);
 
 // The present states become the old ones.
 void keep_old_states(explicit_class& e);
+// And back.
+void restore_old_states(explicit_class& e);
 // The slopes of all stages from the old states on, which are put back first. first_is_known: those of the first stage
 // are what the last evaluation gave.
 void take_stages(run_state& r, const explicit_rule& rule, double h, bool first_is_known);

@@ -107,6 +107,11 @@ bool adaptive_pass(run_state& r, const explicit_rule& rule, counts& n, bool firs
     if (!(norm <= r.slv.method.*rule.tolerance)) {
         if (now.delta_t_x == r.slv.method.delt_min_x) tolerance_not_met(r, rule, norm);
         ++n.reject;
+        // Histories are taken once more, of the point that stands.
+        if (!e.keeping.empty()) {
+            restore_old_states(e);
+            evaluate_explicit(r, now.time_x);
+        }
     } else {
         const double t = now.time_x + now.delta_t_x;
         ++n.accept;

@@ -74,7 +74,8 @@ void delay_line::clear(double t_start) {
 }
 
 bool delay_line::take(double t, double x, double td) {
-    while (n_ > 0 && t_[place(n_ - 1)] >= t) --n_;  // given by a step that was taken back
+    while (n_ > 0 && t_[place(n_ - 1)] > t) --n_;  // given by a step that was taken back
+    if (n_ > 0 && t_[place(n_ - 1)] == t) return true;
     // The newest point at or before t - td is the last one that is needed.
     while (n_ > 1 && t_[place(1)] <= t - td) {
         oldest_ = place(1);

@@ -54,8 +54,8 @@ class delay_line {
 public:
     void resize(int n_points);  // drops the points if n_points is another number
     void clear(double t_start);
-    // Keeps x at time t; points that do not lie before t go, and those that a delay of td does not reach any more.
-    // False if there is no room.
+    // Keeps x at time t; points behind t go, and those that a delay of td does not reach any more. A point at t itself
+    // stays: what comes again at its time is a step that was tried in vain. False if there is no room.
     bool take(double t, double x, double td);
     // x at time t, straight between points and constant outside of them; 0 before the start of the run.
     double at(double t) const;

@@ -10,8 +10,12 @@ import re
 import subprocess
 import sys
 
+FILES = {"angles.txt": "2\n1e-3\n2e-3\n"}  # that examples name
+
 tnl, work = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
 work.mkdir(parents=True, exist_ok=True)
+for file, text in FILES.items():
+    (work / file).write_text(text, encoding="ascii")
 NAME = re.compile(r"(?<![\w.])[A-Za-z_]\w*")
 SCALES = {"k": "e3", "u": "e-6", "m": "e-3", "M": "e6", "n": "e-9", "p": "e-12", "f": "e-15"}
 
@@ -50,9 +54,14 @@ def diagram(sheet, words):
     given = dict(w.split("=") for w in words[1:])
     outputs = {o["name"] for o in sheet["outputs"]}
     inputs = {given[t] for t in terminals(sheet, "variable") if t not in outputs}
+    network = []
+    if sheet["group"] == "electrical":
+        p, n = given["p"], given["n"]
+        inputs -= {p, n}
+        network = [f"x_refnode {n}", f"xelement name=R_1 type=e_r p={p} n={n} i=i_1"]
     lines = ["title: t", "begin_circuit", "xelement name=C_1 type=const y=x_1", "xelement name=I_1 type=intgrtr x=x_1 y=y_1"]
     lines += [f"xelement name=C_{n} type=const y={n}" for n in inputs]
-    lines += [" ".join(words), "end_circuit", "begin_solve", "solve_type trns",
+    lines += [*network, " ".join(words), "end_circuit", "begin_solve", "solve_type trns",
               "method: RK4=yes t_end=1m delt_const_x=0.5m", "end_solve", "end_cf", ""]
     (work / "d.in").write_text("\n".join(lines), encoding="ascii")
 

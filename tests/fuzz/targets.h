@@ -12,7 +12,7 @@ bool fuzz_library(std::string_view text);     // libraries of elements and compo
 bool fuzz_blocks(std::string_view text);      // libraries of general blocks, then a deck that uses each composite
 bool fuzz_digital(std::string_view text);     // libraries of digital elements, then a deck that uses each composite
 bool fuzz_mixed(std::string_view text);       // mixed composites, then a deck that uses each one
-bool fuzz_data(std::string_view text);        // a data file of points, and a transient that follows it
+bool fuzz_data(std::string_view text);        // a data file, and transients of the blocks that read one
 bool fuzz_expression(std::string_view text);  // each line as a word: expressions, numbers, cuts
 bool fuzz_solution(std::string_view text);    // a solution file of a small circuit
 bool fuzz_measure(std::string_view text);     // rows, and expressions over them

@@ -64,9 +64,29 @@ void check_computed_once(checked_deck& d, const used_names& used) {
                            "no block computes the variable " + name + ", which " + element(d, *reader).name + " reads" +
                                near_text(computed, name),
                            "is the name misspelt? xelement type=const gives a variable a fixed value");
-        else if (reader == nullptr && asked.count(name) == 0 && !has_lost_outvars(d))
+        else if (reader == nullptr && asked.count(name) == 0 && !has_lost_outvars(d) &&
+                 element(d, *writer).type->x_node.empty())  // a current of a network is seldom asked for
             d.report.warning("not-read", writer->at, "nobody reads the variable " + name);
     }
+}
+
+// A circuit of explicit elements has a node at 0 V of its own.
+void check_reference(checked_deck& d, const std::set<std::string>& nodes) {
+    for (int i = d.sections.circuit.begin; i < d.sections.circuit.end; ++i) {
+        if (!d.text().begins(i, "x_refnode")) continue;
+        if (const std::string name = d.text().n_words(i) > 1 ? d.word(i, 1) : ""; !nodes.count(name))
+            d.report.error("no-reference", {i, d.text().n_words(i) > 1 ? 1 : 0},
+                           "no explicit element stands at the reference node " + name +
+                               near_text({nodes.begin(), nodes.end()}, name));
+        return;
+    }
+    for (const deck_element& e : d.elements)
+        if (e.type != nullptr && !e.type->x_node.empty()) {
+            d.report.error("no-reference", {e.statement, 0},
+                           "the circuit of explicit elements has no x_refnode statement: no node is at 0 V",
+                           "add a line: x_refnode " + d.value(e, e.type->x_node.back()));
+            return;
+        }
 }
 
 // The evaluate blocks of the deck, those inside of composites too, and which of them each needs.
@@ -234,7 +254,11 @@ void check_diagram(checked_deck& d) {
     if (!used.of.empty()) check_computed_once(d, used);
     if (!has_explicit(d)) return;
     check_company(d);
-    if (circuit_nodes(d).empty() && !used.unsure) check_order(d);
+    const std::set<std::string> nodes = circuit_nodes(d);
+    if (!nodes.empty())
+        check_reference(d, nodes);
+    else if (!used.unsure)
+        check_order(d);
 }
 
 void check_explicit_steps(checked_deck& d, solve_section& s, const solve_class& slv, deck_word place) {

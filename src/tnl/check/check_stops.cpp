@@ -199,6 +199,7 @@ constexpr stop_kind kinds[] = {
     {"t_end for transient simulation", nullptr},
     {"transient simulation (x-circuit)?", nullptr},
     {"number of methods specified for*must be 1", nullptr},
+    {"x-reference node not found", nullptr},
     {"RKF45 not allowed for", nullptr},
     {"BS23 not allowed for", nullptr},
     {"only F.Euler is allowed", nullptr},

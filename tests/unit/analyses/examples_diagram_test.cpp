@@ -154,7 +154,9 @@ TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
         EXPECT_LE(rows[i][0], hit + ++n * 4 * step) << n;
         EXPECT_NEAR(rows[i][2], speed, n * 2e-3);
         EXPECT_NEAR(rows[i][1], 0, 1e-9);
-        if (n > 1) EXPECT_NEAR(highest, speed * speed / 0.64 / (2 * g), 2e-3);
+        if (n > 1) {
+            EXPECT_NEAR(highest, speed * speed / 0.64 / (2 * g), 2e-3);
+        }
         hit += 2 * speed / g;
         speed *= 0.8;
         highest = 0;

@@ -100,8 +100,9 @@ TEST(explicit_order, rows_of_blocks_give_the_bits_of_single_blocks) {
         explicit_class &f = fast.r.explicits, &p = plain.r.explicits;
         evaluate_explicit(fast.r, 0.0);
         evaluate_plainly(plain.r, 0.0);
-        for (int step = 0; step < 20; ++step) {
-            const double h = 0.01, t = 0.01 * step;
+        double t = 0.0;
+        const double h = 0.01;
+        for (int step = 0; step < 20; ++step, t += h) {
             fast.r.slv.now.time_x = t;
             keep_old_states(f);
             take_stages(fast.r, rule, h, step > 0);

@@ -128,6 +128,21 @@ TEST(filter_1, answers_as_the_same_filter_made_of_blocks) {
     for (const auto& row : rows) EXPECT_NEAR(row[1], row[2], 1e-6);
 }
 
+TEST(filter_1, keeps_its_sections_whatever_is_written_later) {
+    std::string text =
+        deck("xelement name=U type=const y=u k=1\n" + filter({3, 1}, times(power({1, 1}, 2), {2, 1})), "y");
+    std::string block = text.substr(text.find("begin_solve"));
+    block.erase(block.find("end_cf"));
+    block.replace(block.find("method:"), 7, "set_parm n0_of_F 30\nset_parm k_of_U 2\nmethod:");
+    block.replace(block.find("out.dat"), 7, "out2.dat");
+    text.insert(text.find("end_cf"), block);
+    const whole_run run(text);
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table before = run.rows("out.dat"), after = run.rows("out2.dat");
+    ASSERT_EQ(before.size(), after.size());
+    for (std::size_t k = 0; k < before.size(); ++k) EXPECT_NEAR(after[k][1], 2 * before[k][1], 3e-6);
+}
+
 TEST(filter_1, stops_before_the_first_block_at_what_is_no_filter) {
     const auto text_of = [](const std::string& words) {
         const whole_run run(deck(source + "xelement name=F type=filter_1 x=u y=y " + words + "\n", "y"));

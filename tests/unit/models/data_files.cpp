@@ -109,8 +109,8 @@ constexpr file_type file_types[] = {
     {"gbe", "src_table_1", "0 1\n1 2\n"},
     {"gbe", "pwl_file", "0 1\n1 2\n"},
     {"gbe", "pwl_file_xy_1", "0 1\n1 2\n"},
-    {"gbe", "pwm_file_1", "2\n1m\n2m\n"},
-    {"gbe", "pwm_file_2", "2\n1m\n2m\n"},
+    {"gbe", "pwm_file_1", "2\n1m\n2\n"},
+    {"gbe", "pwm_file_2", "2\n1m\n2\n"},
     {"gbe", "lut_file_1_to_3", "2 3\n1\n2\n3\n4\n5\n6\n"},
     {"gbe", "lut_file_2_to_1", "2 3\n1\n2\n3\n4\n5\n6\n"},
     {"gbe", "lut_file_3_to_1", "2 1 3\n1\n2\n3\n4\n5\n6\n"},
@@ -134,7 +134,7 @@ TEST(data_files, of_every_type_are_read_with_comments_between) {
         const data_table& t = is_g ? dp.of_gbe(0) : dp.of_xbe(0);
         const std::string type = f.type;
         if (type.starts_with("pwm")) {
-            EXPECT_EQ(t.x, (std::vector<double>{1e-3, 2e-3}));
+            EXPECT_EQ(t.x, (std::vector<double>{1e-3, 2}));
         } else if (type.starts_with("lut")) {
             EXPECT_EQ(t.y, (std::vector<double>{1, 2, 3, 4, 5, 6}));
             EXPECT_EQ(t.n.size(), static_cast<std::size_t>(type[9] - '0'));

@@ -77,7 +77,6 @@ double after(const std::string& name, bool rising, std::initializer_list<double>
         if (name == "intgrtr_reset_2") u.vr("y_new") = -2;
         u.vr("g") = g;
         u.reset(t);
-        u.accept(t);
         t += 0.1;
     }
     return u.vr("y");

@@ -145,15 +145,16 @@ TEST(delay_line, gives_in_a_small_ring_what_all_points_would_give) {
     }
 }
 
-TEST(delay_line, forgets_points_that_a_later_one_does_not_lie_behind) {
+TEST(delay_line, forgets_points_behind_a_later_one_and_keeps_the_first_at_a_time) {
     delay_line d;
     d.resize(10);
     d.clear(0);
     for (const double t : {1.0, 2.0, 3.0}) ASSERT_TRUE(d.take(t, t, 10));
-    ASSERT_TRUE(d.take(2.0, 7, 10));
-    EXPECT_EQ(d.at(2), 7);
+    ASSERT_TRUE(d.take(2.5, 7, 10));
+    ASSERT_TRUE(d.take(2.5, 99, 10));
+    EXPECT_EQ(d.at(2.5), 7);
     EXPECT_EQ(d.at(3), 7);
-    EXPECT_EQ(d.at(1.5), 4);
+    EXPECT_EQ(d.at(2.25), 4.5);
 }
 
 TEST(delay_line, tells_when_its_ring_is_full) {

@@ -153,3 +153,19 @@ TEST(check_diagram, tells_blocks_that_do_not_go_with_explicit_ones) {
     d.solve_type = "dc";
     EXPECT_EQ(faults_of(d), "no-dc dc");
 }
+
+TEST(check_diagram, tells_circuits_of_explicit_elements_without_reference) {
+    diagram_deck d;
+    d.elements =
+        "xelement name=V1 type=e_vsrcdc p=a n=0 i=i_v vdc=1\nxelement name=R1 type=e_r p=a n=b i=i_r r=1k\n"
+        "xelement name=C1 type=e_c p=b n=0 i=i_c vc=v_c c=1u\n";
+    d.outputs = "outvar: b=xvar_of_b i=xvar_of_i_r\n";
+    d.method = "t_end=1m delt_const_x=10u RK4=yes";
+    d.variables = "b i";
+    EXPECT_EQ(faults_of(d), "no-reference xelement");
+    EXPECT_WORDS(d, "add a line: x_refnode 0");
+    d.elements += "x_refnode 0\n";
+    EXPECT_EQ(faults_of(d), "");
+    d.elements.replace(d.elements.size() - 2, 1, "bb");
+    EXPECT_EQ(faults_of(d), "no-reference bb");
+}
