@@ -56,6 +56,8 @@ TEST(explicit_ac, each_form_has_its_transfer_function) {
         {"type=sum_2 x1=u x2=u y=y k1=3 k2=-7 k0=5", [](double) { return number(-4); }},
         {"type=sum_3 x1=u x2=u x3=u y=y k1=3 k2=-7 k3=0.5", [](double) { return number(-3.5); }},
         {"type=intgrtr x=u y=y k=500", [](double w) { return 500.0 / s_of(w); }},
+        {"type=intgrtr2 x=u y=y k=-2", [](double w) { return -2.0 / s_of(w); }},
+        {"type=intgrtr_2 x=u y=y k=7 hi=3", [](double w) { return 7.0 / s_of(w); }},
         {"type=delay_2 x=u y=y td=130u", [](double w) { return late(w * 130e-6); }},
         {"type=filter_z0_p1 x=u y=y a0=3 b0=2 b1=1m", [](double w) { return 3.0 / (2.0 + 1e-3 * s_of(w)); }},
         {"type=filter_z1_p1 x=u y=y a0=3 a1=2m b0=2 b1=0.1m",

@@ -343,9 +343,10 @@ TEST(computed_parms, of_blocks_go_the_same_way_alone_and_in_a_composite) {
 
 TEST(computed_parms, of_explicit_blocks_go_the_same_way) {
     const std::string xbe =
-        "xbe name=gain evaluate=yes\nJacobian: constant\ninput_vars: x\noutput_vars: y\ncct_nodes:\nbe_v:\niparms:\n"
-        "sparms:\nrparms: k=1\nigparms:\naux_vars:\ngvars:\nn_functions 0\nn_matrix_ddt 0\nn_matrix_alg 1\nh_1 y x\n"
-        "C: compiled\nendxbe\n";
+        "xbe name=gain integrate=yes\nJacobian: constant\ninput_vars: x\noutput_vars: y\ncct_nodes:\nbe_v:\niparms:\n"
+        "sparms:\nrparms: k=1\nigparms:\naux_vars:\ngvars:\nn_functions 1\nf_1 d_dt(y) x\nn_matrix_ddt 1\ng_1 d_dt(y) "
+        "x\n"
+        "n_matrix_alg 0\nC: compiled\nendxbe\n";
     const std::string xbe_ac =
         "xbe_ac name=gain\nmain_vars: x y\niparms:\nsparms:\nrparms: k=1 q=2\naux_vars:\nno_functions 1\nf_1 x y\n"
         "C: compiled\nendxbe_ac\n";
@@ -354,7 +355,7 @@ TEST(computed_parms, of_explicit_blocks_go_the_same_way) {
         "outvar: vx=xvar_of_x k=k_of_g\nbias:\niparms:\nsparms:\nrparms: a=3 k=0 q=0\nrparms_derived:\nstparms:\n"
         "xbe type=gain name=g x=x y=y k=k\nend_dc\nC: compiled\nbegin_ac\noutvar_ac:\n"
         "xbe_ac type=gain name=g x=x y=y k=k\nacparm_map: 1 3\nend_ac\nendxce\n";
-    circuit c = circuit_of(fixture_deck("xelement name=A type=inner x=u y=w\nxelement name=B type=inner x=w y=z a=7\n"),
+    circuit c = circuit_of(fixture_deck("xelement name=A type=inner x=u y=w\nxelement name=B type=inner x=w y=u a=7\n"),
                            libraries_of({.xbes = xbe, .xbac = xbe_ac, .xels = xce}));
     elaborate(c);
     for (const family fam : {fam_e, fam_g}) c.computed.function[at(fam)].assign(at(c.lib.composites(fam).n()), nullptr);
