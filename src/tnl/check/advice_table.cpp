@@ -389,7 +389,7 @@ constexpr pattern_row rows[] = {
     {"no-previous", "previous solution does not exist"},
     {"solution-file", "read_solution: file*ends early"},
     {"rparm-link", "type gbe.|element not identified in|two string parameters and a variable"},
-    {"rparm-source", "get_rparm_2"},
+    {"rparm-source", "get_rparm_2|parameter not assigned. nttl|multiple parameters? nttl"},
     {"bad-item", "parameter not identified in|which does not exist?|digital node name not found|a digital level is 0"},
     {"sweep-not-here",
      "is not allowed in trns or ssw|is not allowed in startup|trns or ssw. Halting|startup. Halting|"

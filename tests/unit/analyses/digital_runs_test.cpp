@@ -192,3 +192,16 @@ TEST(digital_runs, a_digital_variable_in_an_analog_file_and_the_other_way_round_
     EXPECT_NE(digital.text.find("assign_ov_dgtl: check output variables (digital)\n   Halting...\n"), std::string::npos)
         << digital.text;
 }
+
+TEST(digital_runs, values_of_digital_elements_are_tested_and_completed_before_the_run) {
+    const whole_run run(logic_deck("delement name=X type=dsrc y=q n_edges=21\noutvar: q=dvar_of_q\n", "q",
+                                   "method: t_start=0 t_end=1u\n"));
+    EXPECT_NE(run.text.find("dsrc.dbe: check n_edges. Halting..."), std::string::npos) << run.text;
+    // The threshold is the half of v_high.
+    const whole_run adc(
+        logic_deck("eelement name=V type=vsrcdc p=a n=0 vdc=3\neelement name=R type=r p=a n=0\n"
+                   "delement name=A type=adc1 x=a y=q v_high=8\noutvar: q=dvar_of_q\n",
+                   "q", "method: t_start=0 t_end=1u delt_const=0.1u back_euler=yes\n"));
+    ASSERT_FALSE(adc.stopped) << adc.text;
+    EXPECT_EQ(adc.rows("out.dat").back()[1], 0);
+}
