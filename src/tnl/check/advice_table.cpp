@@ -367,7 +367,7 @@ constexpr pattern_row rows[] = {
      "times must ascend|g_low <= g_high?|vd=|must be gt|must be lt|first number does not fit"},
     {"value-of-element",
      "xce_filter_1|partial_fractions_1|n_by_d_1|degree_n > degree_d|coef_n[degree_n]|coef_d[degree_d]|in laguer|"
-     "classify_roots|invrs_c|_begin, x|: i_file=|time loop did not end"},
+     "classify_roots|invrs_c|_begin, x"},
     {"set-and-reset", "cannot have set and reset|r = s = 1 is not allowed"},
     {"digital-start", "wrong condition in start-up|wrong condition 1"},
     {"user-function", "user_function:"},

@@ -104,7 +104,7 @@ TEST(write_dc, refuses_phases_magnitudes_and_digital_kinds) {
     EXPECT_HALT(one_row("mag_of_vout"), not_mapped);
     EXPECT_HALT(one_row("vout phase_of_vout"), not_mapped);
     block_run r = solved(dc + out_block("filename a.dat\nvariables: vout\n"));
-    for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_xvar}, int{ov_pwr_elec_ac}, int{ov_none}}) {
+    for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_pwr_elec_ac}, int{ov_none}}) {
         r.slv.out.files[0].vars[0].kind = kind;
         open_out_files(r.slv, r.c);
         EXPECT_HALT(write_dc(r.slv, r.c, r.flags), not_mapped);

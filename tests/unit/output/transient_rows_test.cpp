@@ -235,7 +235,7 @@ TEST(write_trns, refuses_phases_magnitudes_and_kinds_that_an_analog_row_cannot_h
     }
     block_run r = with_blocks(trns_cards + vout_file("a.dat") + vout_file("f.dat", "", "fourier=yes"));
     for (int i_file : {0, 1})
-        for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_xvar}, int{ov_pwr_elec_ac}, int{ov_none}}) {
+        for (int kind : {int{ov_dvar}, int{ov_dstate}, int{ov_pwr_elec_ac}, int{ov_none}}) {
             r.slv.out.files[at(i_file)].vars[0].kind = kind;
             open_out_files(r.slv, r.c);
             EXPECT_HALT(write_trns(r.slv, r.c, rows_analog, 0.0), not_mapped);

@@ -212,6 +212,8 @@ block_run with_all_families(const std::string& cards) {
     add_instance(r.c.delu, r.c.lib.dels, "D1");
     r.c.lib.dels.be.first_be = r.c.delu.first_unit = {0, 0};
     add_instance(r.c.xelu, r.c.lib.xels, "X1");
+    r.c.lib.xels.be.first_be = r.c.xelu.first_unit = {0, 0};
+    r.c.lib.xels.beac.first_be = r.c.xelu.first_unit_ac = {0, 0};
     r.c.cct.dct.name = {"q"};
     r.c.cct.dct.index["q"] = 0;
     read_block(r);
