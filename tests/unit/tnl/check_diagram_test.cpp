@@ -169,3 +169,24 @@ TEST(check_diagram, tells_circuits_of_explicit_elements_without_reference) {
     d.elements.replace(d.elements.size() - 2, 1, "bb");
     EXPECT_EQ(faults_of(d), "no-reference bb");
 }
+
+TEST(check_diagram, small_signals_of_a_diagram_have_sources_and_columns_of_their_own) {
+    diagram_deck d;
+    d.solve_type = "ac";
+    d.method = "itmax_newton=100";
+    d.block = "set_freq 10\n";
+    d.outputs = "outvar: x=xvar_ac_of_x\n";
+    d.variables = "mag_of_x phase_of_x";
+    EXPECT_EQ(faults_of(d), "~no-ac-source ac");
+    EXPECT_WORDS(d, "a_ac=1 behind one of C1");
+    d.elements.replace(d.elements.find("k=1\n"), 4, "k=1 a_ac=1\n");
+    EXPECT_EQ(faults_of(d), "");
+    d.outputs = "outvar: x=xvar_of_x\n";
+    d.variables = "x";
+    EXPECT_EQ(faults_of(d), "output-kind x");
+    EXPECT_WORDS(d, "outvar: x_ac=xvar_ac_of_x");
+    d.outputs = "outvar: x=xvar_ac_of_x\n";
+    d.variables = "mag_of_x phase_of_x";
+    d.elements += "xelement name=M1 type=mult_2 x1=x x2=e y=m\n";
+    EXPECT_WORDS(d, "M1 (mult_2), which has no small-signal form");
+}
