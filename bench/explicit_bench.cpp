@@ -25,8 +25,7 @@ std::string lags(int n) {
 std::string integrators(int n) {
     std::ostringstream deck;
     deck << "xelement name=K type=const y=y0 k=1\n";
-    for (int i = 0; i < n; ++i)
-        deck << "xelement name=I" << i << " type=intgrtr x=y" << i << " y=y" << i + 1 << '\n';
+    for (int i = 0; i < n; ++i) deck << "xelement name=I" << i << " type=intgrtr x=y" << i << " y=y" << i + 1 << '\n';
     return deck.str();
 }
 // Loops of a sum, a gain and an integrator, each behind the one before.
@@ -89,8 +88,7 @@ struct plain_chain {
         slopes(k[2]);
         set(h, k[2]);
         slopes(k[3]);
-        for (int i = 1; i <= n_states; ++i)
-            y[i] = old[i] + h / 6 * (k[0][i] + 2 * k[1][i] + 2 * k[2][i] + k[3][i]);
+        for (int i = 1; i <= n_states; ++i) y[i] = old[i] + h / 6 * (k[0][i] + 2 * k[1][i] + 2 * k[2][i] + k[3][i]);
     }
 };
 
@@ -99,7 +97,8 @@ struct shape {
     std::string (*circuit)(int n);
     int n;
 };
-constexpr shape shapes[] = {{"lags", lags, n_states}, {"integrators", integrators, n_states}, {"loops", loops, n_states}};
+constexpr shape shapes[] = {
+    {"lags", lags, n_states}, {"integrators", integrators, n_states}, {"loops", loops, n_states}};
 
 void steps(benchmark::State& state) {
     const shape& s = shapes[state.range(0)];

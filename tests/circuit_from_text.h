@@ -17,10 +17,9 @@ struct library_texts {
 
 inline libraries libraries_of(const library_texts& texts) {
     const std::pair<std::string_view, const std::string*> named[] = {
-        {"ebes.aux", &texts.ebes}, {"ebac.aux", &texts.ebac}, {"gbes.aux", &texts.gbes},
-        {"gbac.aux", &texts.gbac}, {"eels.aux", &texts.eels}, {"gels.aux", &texts.gels},
-        {"dbes.aux", &texts.dbes}, {"dels.aux", &texts.dels}, {"gmes.aux", &texts.gmes},
-        {"xbes.aux", &texts.xbes}, {"xbac.aux", &texts.xbac}, {"xels.aux", &texts.xels},
+        {"ebes.aux", &texts.ebes}, {"ebac.aux", &texts.ebac}, {"gbes.aux", &texts.gbes}, {"gbac.aux", &texts.gbac},
+        {"eels.aux", &texts.eels}, {"gels.aux", &texts.gels}, {"dbes.aux", &texts.dbes}, {"dels.aux", &texts.dels},
+        {"gmes.aux", &texts.gmes}, {"xbes.aux", &texts.xbes}, {"xbac.aux", &texts.xbac}, {"xels.aux", &texts.xels},
     };
     libraries lib;
     read_libraries(lib, [&](const std::string& path, const std::string&) {

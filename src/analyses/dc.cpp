@@ -2,10 +2,10 @@
 
 #include "analyses/accepted_point.h"
 #include "analyses/evaluate.h"
-#include "analyses/trns_x.h"
 #include "analyses/newton.h"
 #include "analyses/residual.h"
 #include "analyses/solution_vector.h"
+#include "analyses/trns_x.h"
 #include "base/halt.h"
 #include "base/numeric.h"
 #include "output/solution_file.h"

@@ -209,8 +209,6 @@ void assign_xbeu_gvr(run_state& r) {
 
 void assign_xvr(run_state& r) {
     const std::vector<double>& value = r.c.xbeu.val_vr;
-    for (std::size_t k = 0; k < r.c.ebeu.xvr_xbeu.size(); ++k)
-        r.c.ebeu.val_xvr[k] = value[at(r.c.ebeu.xvr_xbeu[k])];
-    for (std::size_t k = 0; k < r.c.gbeu.xvr_xbeu.size(); ++k)
-        r.c.gbeu.val_xvr[k] = value[at(r.c.gbeu.xvr_xbeu[k])];
+    for (std::size_t k = 0; k < r.c.ebeu.xvr_xbeu.size(); ++k) r.c.ebeu.val_xvr[k] = value[at(r.c.ebeu.xvr_xbeu[k])];
+    for (std::size_t k = 0; k < r.c.gbeu.xvr_xbeu.size(); ++k) r.c.gbeu.val_xvr[k] = value[at(r.c.gbeu.xvr_xbeu[k])];
 }

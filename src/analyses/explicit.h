@@ -27,11 +27,11 @@ struct explicit_class {
     std::vector<modulo_range> modulo;
 
     // States: where each stands, and where its block leaves its slope.
-    std::vector<double*> state;        // [states]
-    std::vector<const double*> slope;  // [states]
-    double* first_state = nullptr;     // of states that stand one behind the other; null: they do not
+    std::vector<double*> state;           // [states]
+    std::vector<const double*> slope;     // [states]
+    double* first_state = nullptr;        // of states that stand one behind the other; null: they do not
     const double* first_slope = nullptr;  // the same of slopes
-    std::vector<double> old;           // [states] values at the beginning of the step
+    std::vector<double> old;              // [states] values at the beginning of the step
     static constexpr int max_stages = 6;
     std::array<std::vector<double>, max_stages> k;  // [stage][states] slopes
     std::vector<double> sum;                        // [states] work space

@@ -12,9 +12,9 @@
 #include "sparse/elimination.h"
 #include "sparse/pattern.h"
 
-// Unknowns: variables of the blocks less the reference, auxiliary variables, branch voltages, branch currents. Rows: the
-// sum of the currents at each node of a network but the reference; each branch voltage by its nodes; for each function
-// with a derivative its state, which is held; the algebraic rows of the blocks.
+// Unknowns: variables of the blocks less the reference, auxiliary variables, branch voltages, branch currents. Rows:
+// the sum of the currents at each node of a network but the reference; each branch voltage by its nodes; for each
+// function with a derivative its state, which is held; the algebraic rows of the blocks.
 struct explicit_network {
     // A derivative that a model leaves, and the entry that it is added to.
     struct placed {
@@ -22,8 +22,8 @@ struct explicit_network {
     };
     int n = 0;
     std::vector<double> x, dx, x_before;  // [n]
-    std::vector<int> flag;                           // [n] kind of unknown (var_kind)
-    std::vector<double*> place;                      // [n] where each unknown stands
+    std::vector<int> flag;                // [n] kind of unknown (var_kind)
+    std::vector<double*> place;           // [n] where each unknown stands
     knuth<double> m;
     std::vector<double> val, fixed;  // [nnz] entries; those that no model gives
     std::vector<double> f;           // [n] rows, then minus them
@@ -37,8 +37,8 @@ struct explicit_network {
     };
     std::vector<int> first_term{0};  // [linear rows + 1]; they are the first rows of the system
     std::vector<term> terms;
-    std::vector<double> constant;    // [linear rows] what the row is less: held states
-    int first_state = 0;             // row of state 0
+    std::vector<double> constant;  // [linear rows] what the row is less: held states
+    int first_state = 0;           // row of state 0
     elimination<double> e;
     bool has_order = false;
 

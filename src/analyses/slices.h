@@ -191,16 +191,19 @@ struct explicit_family {
     using units = xbeu_class;
     static constexpr const basic_form& form = xbes_form;
     static constexpr int elements = fam_x;
-    static constexpr auto parameters = std::tuple{
-        parameter_slice{&call::iparm, &unit_core::iprm}, parameter_slice{&call::sparm, &unit_core::sprm},
-        parameter_slice{&call::rparm, &unit_core::rprm}, parameter_slice{&call::igparm, &unit_core::ig}};
-    static constexpr auto slices =
-        std::tuple{slice{&call::vr, &units::vr_in, &units::vr},       slice{&call::vr_new, &units::vr_in_new, &units::vr},
-                   slice{&call::gvr, &units::val_gvr, &units::gvr},   slice{&call::aux, &units::aux, &units::first_aux},
-                   slice{&call::aux_new, &units::aux_new, &units::first_aux},
-                   slice{&call::bev, &units::bev, &units::first_bev}, slice{&call::cur, &units::cur, &units::first_cur},
-                   slice{&call::f, &units::f, &unit_core::first_func}, slice{&call::fg, &units::fg, &units::first_g},
-                   slice{&call::fh, &units::fh, &units::first_h}};
+    static constexpr auto parameters =
+        std::tuple{parameter_slice{&call::iparm, &unit_core::iprm}, parameter_slice{&call::sparm, &unit_core::sprm},
+                   parameter_slice{&call::rparm, &unit_core::rprm}, parameter_slice{&call::igparm, &unit_core::ig}};
+    static constexpr auto slices = std::tuple{slice{&call::vr, &units::vr_in, &units::vr},
+                                              slice{&call::vr_new, &units::vr_in_new, &units::vr},
+                                              slice{&call::gvr, &units::val_gvr, &units::gvr},
+                                              slice{&call::aux, &units::aux, &units::first_aux},
+                                              slice{&call::aux_new, &units::aux_new, &units::first_aux},
+                                              slice{&call::bev, &units::bev, &units::first_bev},
+                                              slice{&call::cur, &units::cur, &units::first_cur},
+                                              slice{&call::f, &units::f, &unit_core::first_func},
+                                              slice{&call::fg, &units::fg, &units::first_g},
+                                              slice{&call::fh, &units::fh, &units::first_h}};
     static constexpr auto slots = nullptr;  // no part of the real system
 };
 

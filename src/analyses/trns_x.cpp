@@ -176,8 +176,7 @@ void solve_trns_x(run_state& r) {
     for (slv.now.iter_trns = 0; slv.now.iter_trns < slv.method.itmax_trns; ++slv.now.iter_trns) {
         begin_pass(r);
         const int n_reject = n.reject;
-        const bool ends =
-            rule.adaptive ? adaptive_pass(r, rule, n, known) : fixed_pass(r, rule, known);
+        const bool ends = rule.adaptive ? adaptive_pass(r, rule, n, known) : fixed_pass(r, rule, known);
         known = !moves && n.reject == n_reject;
         if (!ends) continue;
         r.flags.init_flags();

@@ -23,18 +23,18 @@ struct flags_class {
     double t_end = 1.0;    // s
 
     // what models read besides the switches
-    double time_given = 0.0;      // s, the time of this evaluation
-    double time_given_x = 0.0;    // s, the same on the explicit side
-    double time_nextbreak = 0.0;  // s, a model's answer under nexttime
+    double time_given = 0.0;        // s, the time of this evaluation
+    double time_given_x = 0.0;      // s, the same on the explicit side
+    double time_nextbreak = 0.0;    // s, a model's answer under nexttime
     double time_nextbreak_x = 0.0;  // s, the same on the explicit side
-    double time_present = 0.0;    // s, the last accepted point
-    double time_epsilon = 1e-13;  // s
-    double delt = 0.0;            // s, the present step
-    double gmin = 1e-12;          // S, the conductance across a junction
-    int n_limit = 0;              // exponentials capped in this evaluation
-    int iter_trns = 0;            // pass of the time loop
-    int iter_trns_1 = -1;         // steps of the transient so far; 0 in the first
-    int iter_trns_x = -1;         // steps of the explicit side so far; 0 in the first
+    double time_present = 0.0;      // s, the last accepted point
+    double time_epsilon = 1e-13;    // s
+    double delt = 0.0;              // s, the present step
+    double gmin = 1e-12;            // S, the conductance across a junction
+    int n_limit = 0;                // exponentials capped in this evaluation
+    int iter_trns = 0;              // pass of the time loop
+    int iter_trns_1 = -1;           // steps of the transient so far; 0 in the first
+    int iter_trns_x = -1;           // steps of the explicit side so far; 0 in the first
     int flag_debug_int = 0;
     int n_solve_lin = 0;  // linear solves of the block
 

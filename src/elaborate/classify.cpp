@@ -86,10 +86,8 @@ void check_one_time(circuit& c) {
     c.cct.flag_save_history = either(&entry_flags::save_history);
     c.cct.flag_reset = any_unit(c.gbeu.unit, c.lib.gbes.flag.allow_reset);
     c.cct.flag_modulo = any_unit(c.gbeu.unit, c.lib.gbes.flag.limit_modulo);
-    c.cct.flag_setrparm =
-        any_unit(c.gbeu.unit, c.lib.gbes.flag.set_rparm_1) || some_block(&entry_flags::set_rparm_1);
-    c.cct.flag_getrparm =
-        any_unit(c.gbeu.unit, c.lib.gbes.flag.get_rparm_1) || some_block(&entry_flags::get_rparm_1);
+    c.cct.flag_setrparm = any_unit(c.gbeu.unit, c.lib.gbes.flag.set_rparm_1) || some_block(&entry_flags::set_rparm_1);
+    c.cct.flag_getrparm = any_unit(c.gbeu.unit, c.lib.gbes.flag.get_rparm_1) || some_block(&entry_flags::get_rparm_1);
     c.cct.flag_lmtnewt = either(&entry_flags::limit_newton);
     c.cct.flag_lmttstep = either(&entry_flags::limit_tstep);
 }

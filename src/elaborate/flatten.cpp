@@ -361,7 +361,11 @@ void flatten_xbeu(circuit& c) {
 void flatten_xbau(circuit& c) {
     xbau_class& u = c.xbau;
     name_table& xct = c.cct.xct;
-    flatten({c, fam_x, family_forms[fam_x].units[1], {&B::xvr, &I::xvr, xct, xct.lu_to_au, u.n_vr, u.vr}, {},
+    flatten({c,
+             fam_x,
+             family_forms[fam_x].units[1],
+             {&B::xvr, &I::xvr, xct, xct.lu_to_au, u.n_vr, u.vr},
+             {},
              {{&L::aux, &u.first_aux}}});
     xct.n_au = u.n_vr;
     zeros(at(u.n_vr), u.val_vr);

@@ -30,7 +30,8 @@ struct linked_blocks {
     bool is_explicit;
 };
 
-void find_target(const circuit& c, const link_kind& kind, const linked_blocks& blocks, const char* element, const char* parm, rparm_link& link) {
+void find_target(const circuit& c, const link_kind& kind, const linked_blocks& blocks, const char* element,
+                 const char* parm, rparm_link& link) {
     for (family fam : searched) {
         link.instance = c.instances(fam).find(element);
         if (link.instance < 0) continue;

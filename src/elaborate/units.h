@@ -149,31 +149,31 @@ enum class block_kind : char { evaluate, integrate, delay };
 
 // Units of explicit blocks. Variables are numbered by first use over the connections: inputs, then outputs.
 struct xbeu_class {
-    unit_core unit;                           // first_func: functions f
-    int n_vr = 0;                             // variables of the blocks
-    int ref_vr = -1;                          // the reference of a network among them; -1: none
-    row_table<int> vr;                        // variable of input j, behind the inputs that of output j
-    std::vector<int> n_input;                 // [n] how many of them are inputs
-    row_table<int> gvr;                       // gct number of general variable j
-    std::vector<int> gvr_gbeu;                // [gvr.data] its unit-level number
-    std::vector<block_kind> kind;             // [n]
-    std::vector<int> first_aux, first_bev;    // [n + 1]
-    std::vector<int> first_cur;               // [n + 1]
-    std::vector<int> first_g, first_h;        // [n + 1] functions in a network
+    unit_core unit;                         // first_func: functions f
+    int n_vr = 0;                           // variables of the blocks
+    int ref_vr = -1;                        // the reference of a network among them; -1: none
+    row_table<int> vr;                      // variable of input j, behind the inputs that of output j
+    std::vector<int> n_input;               // [n] how many of them are inputs
+    row_table<int> gvr;                     // gct number of general variable j
+    std::vector<int> gvr_gbeu;              // [gvr.data] its unit-level number
+    std::vector<block_kind> kind;           // [n]
+    std::vector<int> first_aux, first_bev;  // [n + 1]
+    std::vector<int> first_cur;             // [n + 1]
+    std::vector<int> first_g, first_h;      // [n + 1] functions in a network
 
     // The order of evaluation (elaborate/evaluation_order.cpp).
-    std::vector<int> opvr_xbeu;               // [n_vr] unit that writes the variable; -1
+    std::vector<int> opvr_xbeu;                      // [n_vr] unit that writes the variable; -1
     std::vector<int> integrating, delaying, source;  // units of these kinds, sources: blocks to evaluate without inputs
-    row_table<int> pass_beu;                  // for each pass the other blocks to evaluate
-    std::vector<int> in_order;                // the same in one list
+    row_table<int> pass_beu;                         // for each pass the other blocks to evaluate
+    std::vector<int> in_order;                       // the same in one list
 
-    std::vector<double> val_vr;               // [n_vr] values
-    std::vector<double> vr_in, vr_in_new;     // [vr.data] what each unit sees
-    std::vector<double> val_gvr;              // [gvr.data]
-    std::vector<double> aux, aux_new;         // [n_ttlaux]
-    std::vector<double> bev, cur;             // [n_ttlbev], [n_ttlcur] branch voltages and currents of networks
-    std::vector<double> f, fg, fh;            // what the models write
-    std::vector<double> time_nextbreak;       // [n] s
+    std::vector<double> val_vr;            // [n_vr] values
+    std::vector<double> vr_in, vr_in_new;  // [vr.data] what each unit sees
+    std::vector<double> val_gvr;           // [gvr.data]
+    std::vector<double> aux, aux_new;      // [n_ttlaux]
+    std::vector<double> bev, cur;          // [n_ttlbev], [n_ttlcur] branch voltages and currents of networks
+    std::vector<double> f, fg, fh;         // what the models write
+    std::vector<double> time_nextbreak;    // [n] s
 
     int n() const { return unit.n; }
     int n_pass() const { return pass_beu.n_rows(); }
@@ -183,9 +183,9 @@ struct xbeu_class {
 // Small-signal units of explicit blocks.
 struct xbau_class {
     unit_core unit;
-    int n_vr = 0;                 // variables, numbered by first use
-    row_table<int> vr;            // variable of connection j
-    std::vector<int> first_aux;   // [n + 1]
+    int n_vr = 0;                // variables, numbered by first use
+    row_table<int> vr;           // variable of connection j
+    std::vector<int> first_aux;  // [n + 1]
 
     std::vector<std::complex<double>> val_vr, vr_in, aux;  // [n_vr], [vr.data], [n_ttlaux] amplitudes
     std::vector<std::complex<double>> f;                   // [n_ttlf]

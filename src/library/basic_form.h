@@ -97,16 +97,16 @@ struct basic_form {
     const char* jacobian_entry =
         nullptr;  // before the entry's name when its Jacobian line is wrong; null: there is no such line
     std::span<const flag_word> flags = {};
-    std::span<const list_line> lines;               // between the Jacobian line and the count of functions
-    std::span<const function_form> functions = {};  // in the order of their lines
-    std::span<const variable_list> map_kinds = {};  // tables of the Jacobian map, in their order
-    bool has_code = true;                           // entries end with the text of their function
-    bool has_prototypes = true;                     // such a text begins with them
-    bool whole_start_values = false;                // start-up values and first guesses are integers
-    bool has_runs = true;                           // rows of units are called as one
-    std::span<const code_list> declared, numbered;  // what sources name
-    void (*check_flags)(const basic_library&, int e) = nullptr;   // behind the first line of an entry,
-    void (*close_lists)(basic_library&, int e) = nullptr;         // behind its lists
+    std::span<const list_line> lines;                            // between the Jacobian line and the count of functions
+    std::span<const function_form> functions = {};               // in the order of their lines
+    std::span<const variable_list> map_kinds = {};               // tables of the Jacobian map, in their order
+    bool has_code = true;                                        // entries end with the text of their function
+    bool has_prototypes = true;                                  // such a text begins with them
+    bool whole_start_values = false;                             // start-up values and first guesses are integers
+    bool has_runs = true;                                        // rows of units are called as one
+    std::span<const code_list> declared, numbered;               // what sources name
+    void (*check_flags)(const basic_library&, int e) = nullptr;  // behind the first line of an entry,
+    void (*close_lists)(basic_library&, int e) = nullptr;        // behind its lists
     std::span<const argument> arguments;
 };
 // Null: the library has no reader, and must be empty.

@@ -28,9 +28,10 @@ void check_entry_counts(const basic_form& form, const basic_library& lib, int e,
     for (std::size_t k = 0; k < counts.size(); ++k)
         if (counts[k] < model[k])
             halt({line(form.lib.class_name, ": entry ", lib.list.entry[e], " is smaller than its model."),
-                  line("   ", k < form.lines.size()          ? form.lines[k].keyword
-                          : form.functions.empty() ? ""
-                                                   : form.functions[k - form.lines.size()].count, " has ", counts[k],
-                       ", the model uses ", model[k], "."),
+                  line("   ",
+                       k < form.lines.size()    ? form.lines[k].keyword
+                       : form.functions.empty() ? ""
+                                                : form.functions[k - form.lines.size()].count,
+                       " has ", counts[k], ", the model uses ", model[k], "."),
                   "   Halting..."});
 }

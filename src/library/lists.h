@@ -52,11 +52,12 @@ struct library_lists {
     pair_list<double> rprm;
     pair_list<double> sv;  // start-up values, "stparms:"; of digital elements whole numbers
     pair_list<double> ig;  // first guesses, "igparms:"; as start-up values
-    std::vector<int> n_input;  // [n] of digital elements and explicit blocks: how many of their nodes or variables are inputs
+    std::vector<int>
+        n_input;  // [n] of digital elements and explicit blocks: how many of their nodes or variables are inputs
     // of explicit blocks that stand for a network, alone
-    word_list cct;                      // its nodes, the first of the inputs
-    pair_list<std::string> be_v;        // branch voltages as they are written: name, "a-b" or "a"
-    word_list bev, cur;                 // their names; branch currents: "current", or one for each node
+    word_list cct;                         // its nodes, the first of the inputs
+    pair_list<std::string> be_v;           // branch voltages as they are written: name, "a-b" or "a"
+    word_list bev, cur;                    // their names; branch currents: "current", or one for each node
     std::vector<int> bev_plus, bev_minus;  // [bev words] node in cct; -1: the reference
     // of digital elements alone
     std::vector<int> n_logical;  // [n] numbers that an element keeps between its calls

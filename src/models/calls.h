@@ -201,10 +201,10 @@ struct xbe_call {
     double* all = nullptr;
 
     using number = double;
-    using arguments = argument_list<&xbe_call::iparm, &xbe_call::sparm, &xbe_call::rparm, &xbe_call::igparm,
-                                    &xbe_call::vr, &xbe_call::vr_new, &xbe_call::gvr, &xbe_call::aux,
-                                    &xbe_call::aux_new, &xbe_call::bev, &xbe_call::cur, &xbe_call::f, &xbe_call::fg,
-                                    &xbe_call::fh, &xbe_call::jac>;
+    using arguments =
+        argument_list<&xbe_call::iparm, &xbe_call::sparm, &xbe_call::rparm, &xbe_call::igparm, &xbe_call::vr,
+                      &xbe_call::vr_new, &xbe_call::gvr, &xbe_call::aux, &xbe_call::aux_new, &xbe_call::bev,
+                      &xbe_call::cur, &xbe_call::f, &xbe_call::fg, &xbe_call::fh, &xbe_call::jac>;
     static constexpr int n_counts = 13;
     arguments::function function = nullptr;
 };

@@ -20,20 +20,13 @@ struct section {
     std::variant<ebeu_list, gbeu_list, xbeu_list, dbeu_list, event_times> member;
 };
 constexpr section sections[] = {
-    {"ebeu->val_nd:", &ebeu_class::val_nd},
-    {"ebeu->cur_nd:", &ebeu_class::cur_nd},
-    {"ebeu->aux1d:", &ebeu_class::aux},
-    {"ebeu->auxs1d:", &ebeu_class::auxs},
-    {"ebeu->locv1d:", &ebeu_class::locv},
-    {"gbeu->val_vr:", &gbeu_class::val_vr},
-    {"gbeu->aux1d:", &gbeu_class::aux},
-    {"xbeu->val_vr:", &xbeu_class::val_vr},
-    {"xbeu->val_aux1d:", &xbeu_class::aux},
-    {"xbeu->val_bev1d:", &xbeu_class::bev},
-    {"xbeu->val_cur1d:", &xbeu_class::cur},
-    {"dbeu->val_nd:", &dbeu_class::dvar},
-    {"dbeu->state:", &dbeu_class::dstate},
-    {"dbeu->stable:", &dbeu_class::stbl},
+    {"ebeu->val_nd:", &ebeu_class::val_nd}, {"ebeu->cur_nd:", &ebeu_class::cur_nd},
+    {"ebeu->aux1d:", &ebeu_class::aux},     {"ebeu->auxs1d:", &ebeu_class::auxs},
+    {"ebeu->locv1d:", &ebeu_class::locv},   {"gbeu->val_vr:", &gbeu_class::val_vr},
+    {"gbeu->aux1d:", &gbeu_class::aux},     {"xbeu->val_vr:", &xbeu_class::val_vr},
+    {"xbeu->val_aux1d:", &xbeu_class::aux}, {"xbeu->val_bev1d:", &xbeu_class::bev},
+    {"xbeu->val_cur1d:", &xbeu_class::cur}, {"dbeu->val_nd:", &dbeu_class::dvar},
+    {"dbeu->state:", &dbeu_class::dstate},  {"dbeu->stable:", &dbeu_class::stbl},
     {"dbeu->tschdl_rel:", event_times{}},
 };
 

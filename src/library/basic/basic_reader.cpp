@@ -29,10 +29,10 @@ void read_entry_line(const words& w, const basic_form& form, basic_library& lib)
     lib.list.entry.add(name);
 
     entry_flags& flag = lib.flag;
-    for (std::vector<int>* f :
-         {&flag.limit_tstep, &flag.save_history, &flag.limit_newton, &flag.calc_acp, &flag.startup_sprt,
-          &flag.gmin_step, &flag.limit_modulo, &flag.allow_reset, &flag.set_rparm_1, &flag.get_rparm_1,
-          &flag.noise_source, &flag.jac_const, &flag.pure, &flag.timeless, &flag.evaluate, &flag.integrate, &flag.delay})
+    for (std::vector<int>* f : {&flag.limit_tstep, &flag.save_history, &flag.limit_newton, &flag.calc_acp,
+                                &flag.startup_sprt, &flag.gmin_step, &flag.limit_modulo, &flag.allow_reset,
+                                &flag.set_rparm_1, &flag.get_rparm_1, &flag.noise_source, &flag.jac_const, &flag.pure,
+                                &flag.timeless, &flag.evaluate, &flag.integrate, &flag.delay})
         f->push_back(0);
     flag.allow_ssw.push_back(1);
     flag.allow_xmixed.push_back(1);

@@ -95,12 +95,12 @@ void xbes1_class::initialise(const basic_library& lib, int i_lib) {
     using J = xbes1_class;
     constexpr auto g = &basic_library::func_g, h = &basic_library::func_h;
     static constexpr jac_table<J> tables[] = {
-        {kind_xvr, &L::xvr, &J::dfdvr, nullptr},     {kind_vr, &L::vr, &J::dfdgvr, nullptr},
-        {kind_xaux, &L::aux, &J::dfdaux, nullptr},   {kind_bev, &L::bev, &J::dfdbev, nullptr},
-        {kind_xcur, &L::cur, &J::dfdcur, nullptr},   {kind_xvr, &L::xvr, &J::dgdvr, nullptr, g},
-        {kind_vr, &L::vr, &J::dgdgvr, nullptr, g},   {kind_xaux, &L::aux, &J::dgdaux, nullptr, g},
-        {kind_bev, &L::bev, &J::dgdbev, nullptr, g}, {kind_xcur, &L::cur, &J::dgdcur, nullptr, g},
-        {kind_xvr, &L::xvr, &J::dhdvr, nullptr, h},  {kind_vr, &L::vr, &J::dhdgvr, nullptr, h},
+        {kind_xvr, &L::xvr, &J::dfdvr, nullptr},      {kind_vr, &L::vr, &J::dfdgvr, nullptr},
+        {kind_xaux, &L::aux, &J::dfdaux, nullptr},    {kind_bev, &L::bev, &J::dfdbev, nullptr},
+        {kind_xcur, &L::cur, &J::dfdcur, nullptr},    {kind_xvr, &L::xvr, &J::dgdvr, nullptr, g},
+        {kind_vr, &L::vr, &J::dgdgvr, nullptr, g},    {kind_xaux, &L::aux, &J::dgdaux, nullptr, g},
+        {kind_bev, &L::bev, &J::dgdbev, nullptr, g},  {kind_xcur, &L::cur, &J::dgdcur, nullptr, g},
+        {kind_xvr, &L::xvr, &J::dhdvr, nullptr, h},   {kind_vr, &L::vr, &J::dhdgvr, nullptr, h},
         {kind_xaux, &L::aux, &J::dhdaux, nullptr, h}, {kind_bev, &L::bev, &J::dhdbev, nullptr, h},
         {kind_xcur, &L::cur, &J::dhdcur, nullptr, h},
     };

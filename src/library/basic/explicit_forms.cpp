@@ -12,38 +12,37 @@ constexpr code_list explicit_declared[] = {
     {"double", "nvr_", &L::xvr}, {"double", "ngvr_", &L::vr},  {"double", "nig_", &L::ig},
 };
 constexpr code_list explicit_numbered[] = {
-    {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm},   {nullptr, "nig_", &L::ig},
-    {nullptr, "na_", &L::aux},  {nullptr, "nvr_", &L::xvr},   {nullptr, "ngvr_", &L::vr},   {nullptr, "nbev_", &L::bev},
+    {nullptr, "ni_", &L::iprm}, {nullptr, "nstr_", &L::sprm}, {nullptr, "nr_", &L::rprm}, {nullptr, "nig_", &L::ig},
+    {nullptr, "na_", &L::aux},  {nullptr, "nvr_", &L::xvr},   {nullptr, "ngvr_", &L::vr}, {nullptr, "nbev_", &L::bev},
 };
 
 constexpr flag_word xbes_flags[] = {
-    {"evaluate", &entry_flags::evaluate},         {"integrate", &entry_flags::integrate},
-    {"delay", &entry_flags::delay},               {"limit_tstep", &entry_flags::limit_tstep},
-    {"save_history", &entry_flags::save_history}, {"limit_modulo", &entry_flags::limit_modulo},
-    {"set_rparm_1", &entry_flags::set_rparm_1},   {"get_rparm_1", &entry_flags::get_rparm_1},
-    {"reset", &entry_flags::allow_reset},         {"allow_reset", &entry_flags::allow_reset},
+    {"evaluate", &entry_flags::evaluate},
+    {"integrate", &entry_flags::integrate},
+    {"delay", &entry_flags::delay},
+    {"limit_tstep", &entry_flags::limit_tstep},
+    {"save_history", &entry_flags::save_history},
+    {"limit_modulo", &entry_flags::limit_modulo},
+    {"set_rparm_1", &entry_flags::set_rparm_1},
+    {"get_rparm_1", &entry_flags::get_rparm_1},
+    {"reset", &entry_flags::allow_reset},
+    {"allow_reset", &entry_flags::allow_reset},
     {"allow_xmixed", &entry_flags::allow_xmixed},
 };
 constexpr list_line xbes_lines[] = {
-    {"input_vars:", "vr", &L::xvr, 500, 10000},
-    {"output_vars:", "vr", &L::xvr, 500, 10000, &L::n_input},
-    {"cct_nodes:", "cctnd", &L::cct, 500, 10000},
-    {"be_v:", "bev", &L::be_v, 500, 10000},
-    {"iparms:", "iprm", &L::iprm, 500, 10000},
-    {"sparms:", "sprm", &L::sprm, 100, 2000},
-    {"rparms:", "rprm", &L::rprm, 1000, 20000},
-    {"igparms:", "ig", &L::ig, 40, 800},
-    {"aux_vars:", "aux", &L::aux, 100, 2000},
-    {"gvars:", "gvr", &L::vr, 200, 4000},
+    {"input_vars:", "vr", &L::xvr, 500, 10000},   {"output_vars:", "vr", &L::xvr, 500, 10000, &L::n_input},
+    {"cct_nodes:", "cctnd", &L::cct, 500, 10000}, {"be_v:", "bev", &L::be_v, 500, 10000},
+    {"iparms:", "iprm", &L::iprm, 500, 10000},    {"sparms:", "sprm", &L::sprm, 100, 2000},
+    {"rparms:", "rprm", &L::rprm, 1000, 20000},   {"igparms:", "ig", &L::ig, 40, 800},
+    {"aux_vars:", "aux", &L::aux, 100, 2000},     {"gvars:", "gvr", &L::vr, 200, 4000},
 };
 
-constexpr variable_list slope_variables[] = {
-    {kind_xvr, &L::xvr}, {kind_xaux, &L::aux}, {kind_vr, &L::vr}};
+constexpr variable_list slope_variables[] = {{kind_xvr, &L::xvr}, {kind_xaux, &L::aux}, {kind_vr, &L::vr}};
 constexpr variable_list row_variables[] = {
     {kind_xvr, &L::xvr}, {kind_xaux, &L::aux}, {kind_bev, &L::bev}, {kind_vr, &L::vr}};
 constexpr variable_list state_variables[] = {{kind_xvr, &L::xvr}, {kind_xaux, &L::aux}};
-constexpr function_words slope_words = {slope_variables, {}, ddt_rule::state_variable, "", nullptr, "",
-                                        state_variables};
+constexpr function_words slope_words = {slope_variables, {}, ddt_rule::state_variable, "",
+                                        nullptr,         "", state_variables};
 constexpr function_words row_words = {row_variables, {}, ddt_rule::not_allowed, "", nullptr, "", {}, true};
 constexpr function_form xbes_functions[] = {
     {"n_functions", &basic_library::func, false, nullptr, nullptr, nullptr, &slope_words, "nf_", 'f', 1, "",
@@ -54,11 +53,25 @@ constexpr function_form xbes_functions[] = {
      "xbes_class: n_ttlfh > M_XBESTTLFH. Halting..."},
 };
 constexpr argument xbe_arguments[] = {
-    {"const int", "i_xbeu"}, {"int*", "iparm"},      {"char**", "sparm"},    {"double*", "rparm"},
-    {"double*", "igparm"},   {"double*", "vr"},      {"double*", "vr_new"},  {"double*", "gvr"},
-    {"double*", "aux"},      {"double*", "aux_new"}, {"double*", "bev"},     {"double*", "cur"},
-    {"double*", "f"},        {"double*", "fg"},      {"double*", "fh"},      {"xbes1_class*", "jac"},
-    {"flags_class*", "flags"}, {"dp_class*", "dp"},  {"math_cnst_class*", "math_cnst"},
+    {"const int", "i_xbeu"},
+    {"int*", "iparm"},
+    {"char**", "sparm"},
+    {"double*", "rparm"},
+    {"double*", "igparm"},
+    {"double*", "vr"},
+    {"double*", "vr_new"},
+    {"double*", "gvr"},
+    {"double*", "aux"},
+    {"double*", "aux_new"},
+    {"double*", "bev"},
+    {"double*", "cur"},
+    {"double*", "f"},
+    {"double*", "fg"},
+    {"double*", "fh"},
+    {"xbes1_class*", "jac"},
+    {"flags_class*", "flags"},
+    {"dp_class*", "dp"},
+    {"math_cnst_class*", "math_cnst"},
 };
 
 // One of the three says what the block is; the first that does counts.
@@ -81,8 +94,7 @@ void close_network(basic_library& lib, int e) {
     L& list = lib.list;
     const int n = list.cct.count(e), n_input = list.n_input[static_cast<std::size_t>(e)];
     if (n == 1) halt({"xbes_class: n_cctnd = 1 ?"});
-    if (n > n_input)
-        halt({"xbes_class: ncctnd > nipvr ?", line("  ncctnd[nm1]=", n), line("  nipvr[nm1]=", n_input)});
+    if (n > n_input) halt({"xbes_class: ncctnd > nipvr ?", line("  ncctnd[nm1]=", n), line("  nipvr[nm1]=", n_input)});
     for (int j = 0; j < n; ++j)
         if (list.cct.word(e, j) != list.xvr.word(e, j))
             halt({line("Check the order of cct nodes in ", list.entry[e], ".xbe")});
@@ -162,8 +174,7 @@ constexpr basic_form xbac_form = {
 };
 
 const basic_form* basic_form_of(int library) {
-    for (const basic_form* form :
-         {&ebes_form, &gbes_form, &ebac_form, &gbac_form, &dbes_form, &xbes_form, &xbac_form})
+    for (const basic_form* form : {&ebes_form, &gbes_form, &ebac_form, &gbac_form, &dbes_form, &xbes_form, &xbac_form})
         if (&form->lib == &library_forms[library]) return form;
     return nullptr;
 }

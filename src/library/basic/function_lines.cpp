@@ -36,7 +36,8 @@ variable find_current(const entry_in_work& in, std::string_view word) {
     }
     if (!word.starts_with("cur(") || word.back() != ')') return {};
     if (n <= 2)
-        halt({"xbes_class: cur(xx) cannot be used.", "   when number of nodes <= 2.", "   Check xbe library. Halting..."});
+        halt({"xbes_class: cur(xx) cannot be used.", "   when number of nodes <= 2.",
+              "   Check xbe library. Halting..."});
     const int i = nodes.find(in.e, word.substr(4, word.size() - 5));
     if (i < 0) halt({"xbes_class: node in cur(xx) not found."});
     return {kind_xcur, i};
@@ -124,8 +125,8 @@ void read_dependencies(const entry_in_work& in, const function_words& how, const
             f.ddt_var_flag.back() = found.kind;
             f.ddt_var_number.back() = found.number;
         }
-        check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies, in.form.lib.class_name,
-                    ": n_ttlf", in.functions.tag, "var is too large. Halting...");
+        check_limit(static_cast<int>(f.var_flag.size()), in.form.max_dependencies, in.form.lib.class_name, ": n_ttlf",
+                    in.functions.tag, "var is too large. Halting...");
     }
     f.first_fvar.push_back(static_cast<int>(f.var_flag.size()));
 }

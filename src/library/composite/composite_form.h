@@ -17,10 +17,10 @@ struct header_line {
     const char* keyword;
     const char* text;  // how the message of a missing line calls it
     header_member member;
-    const char* tag;           // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
-    const char* entry_text;    // the count of one entry in its message
-    int max_entry;             // words of one entry; 0: no limit
-    int max_words, max_chars;          // of the library; 0: no limit
+    const char* tag;                // in messages: n_ttl<tag>, n_ttl<tag>chr, k_rem (<tag>)
+    const char* entry_text;         // the count of one entry in its message
+    int max_entry;                  // words of one entry; 0: no limit
+    int max_words, max_chars;       // of the library; 0: no limit
     const char* library = nullptr;  // its word in the message of a missing line, where it is not the form's
     bool goes_on = false;           // the line may be missing; its words follow those of the line before
 };

@@ -189,8 +189,8 @@ constexpr composite_form dels_form = {
     .ac_kinds = {-1, -1, -1, -1, -1},
 };
 
-// Composites of explicit blocks. What starts a transient are the first guesses of the blocks, so the start-up words of a
-// composite feed these.
+// Composites of explicit blocks. What starts a transient are the first guesses of the blocks, so the start-up words of
+// a composite feed these.
 namespace {
 constexpr header_line xels_dc_lines[] = {
     {"begin_dc", "begin_dc", special_line::mark, "", "", 0, 0, 0},

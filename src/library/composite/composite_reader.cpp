@@ -125,8 +125,8 @@ void read_header(text_file& file, entry_in_work& entry, half_in_work& half, std:
             }
             (entry.lib.list.*std::get<pair_list<double> library_lists::*>(l.member)).name.first.pop_back();
         }
-        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ",
-                    l.library ? l.library : entry.form.lib.begin, " library");
+        expect_word(w, 0, l.keyword, "expect ", l.text, " here, check ", l.library ? l.library : entry.form.lib.begin,
+                    " library");
         const word_list* list = std::visit(header_reader{entry, half, l, w}, l.member);
         if (!list) continue;
         if (l.max_entry > 0)

@@ -12,8 +12,7 @@ namespace {
 // close through states alone.
 std::string random_diagram(std::mt19937& random, int n) {
     std::vector<std::string> known{"u0", "u1"};
-    std::string text =
-        "xelement name=K type=const y=u0 k=0.7\nxelement name=S type=srcac y=u1 a=1.3 f_hz=0.4\n";
+    std::string text = "xelement name=K type=const y=u0 k=0.7\nxelement name=S type=srcac y=u1 a=1.3 f_hz=0.4\n";
     std::vector<std::string> state;
     for (int i = 0; i < n / 3; ++i) state.push_back("s" + std::to_string(i));
     known.insert(known.end(), state.begin(), state.end());
@@ -42,8 +41,8 @@ std::string random_diagram(std::mt19937& random, int n) {
     }
     for (std::size_t i = 0; i < state.size(); ++i)
         blocks.push_back("xelement name=F" + std::to_string(i) +
-                         (random() % 2 ? " type=filter_z0_p1 x=" : " type=intgrtr k=-0.5 x=") + any() + " y=" +
-                         state[i] + "\n");
+                         (random() % 2 ? " type=filter_z0_p1 x=" : " type=intgrtr k=-0.5 x=") + any() +
+                         " y=" + state[i] + "\n");
     std::shuffle(blocks.begin(), blocks.end(), random);
     for (const std::string& b : blocks) text += b;
     return text;
@@ -126,7 +125,8 @@ TEST(explicit_order, rows_of_blocks_give_the_bits_of_single_blocks) {
             for (std::size_t i = 0; i < old.size(); ++i)
                 *p.state[i] = old[i] + h * (1.0 / 6.0) * (k[0][i] + 2 * k[1][i] + 2 * k[2][i] + k[3][i]);
             evaluate_plainly(plain.r, t + h);
-            ASSERT_EQ(fast.c.xbeu.val_vr, plain.c.xbeu.val_vr) << "round " << round << ", step " << step << '\n' << text;
+            ASSERT_EQ(fast.c.xbeu.val_vr, plain.c.xbeu.val_vr) << "round " << round << ", step " << step << '\n'
+                                                               << text;
         }
     }
     EXPECT_GT(n_ran, 30);

@@ -72,10 +72,10 @@ TEST(explicit_runs, a_chain_of_four_integrators_is_exact_under_rk4) {
 }
 
 TEST(explicit_runs, a_filter_with_a_zero_passes_a_part_at_once) {
-    const whole_run run(diagram(
-        "xelement name=K type=const y=u k=1\nxelement name=F type=filter_z1_p1 x=u y=y a0=3 a1=2 b0=2 b1=4\n"
-        "outvar: y=xvar_of_y\n",
-        "y", "RK4=yes t_start=0 t_end=4 delt_const_x=0.05"));
+    const whole_run run(
+        diagram("xelement name=K type=const y=u k=1\nxelement name=F type=filter_z1_p1 x=u y=y a0=3 a1=2 b0=2 b1=4\n"
+                "outvar: y=xvar_of_y\n",
+                "y", "RK4=yes t_start=0 t_end=4 delt_const_x=0.05"));
     ASSERT_FALSE(run.stopped) << run.text;
     const table rows = run.rows("out.dat");
     ASSERT_EQ(rows.size(), 81u);
@@ -93,8 +93,8 @@ TEST(explicit_runs, each_rule_has_its_order) {
             char less[200];
             std::snprintf(less, sizeof less, "xelement name=S type=sum_2 x1=b x2=b y=d k0=%.17g k1=1e6 k2=0\n",
                           1e6 * std::sin(3.0));
-            return std::fabs(last(diagram(oscillator + less + "outvar: d=xvar_of_d\n", "d",
-                                          same_steps(r.rule, 1.0 / n))));
+            return std::fabs(
+                last(diagram(oscillator + less + "outvar: d=xvar_of_d\n", "d", same_steps(r.rule, 1.0 / n))));
         };
         const int n = r.order < 4 ? 256 : 32;
         const double coarse = error(n), fine = error(2 * n);
@@ -127,12 +127,16 @@ const plain_rule fehlberg = {{0, 0.25, 0.375, 12.0 / 13, 1, 0.5},
                              {25.0 / 216, 0, 1408.0 / 2565, 2197.0 / 4104, -0.2, 0},
                              {16.0 / 135 - 25.0 / 216, 0, 6656.0 / 12825 - 1408.0 / 2565,
                               28561.0 / 56430 - 2197.0 / 4104, -9.0 / 50 + 0.2, 2.0 / 55},
-                             0.87, 0.2, 1e-6};
+                             0.87,
+                             0.2,
+                             1e-6};
 const plain_rule bogacki = {{0, 0.5, 0.75, 1},
                             {{}, {0.5}, {0, 0.75}, {2.0 / 9, 1.0 / 3, 4.0 / 9}},
                             {2.0 / 9, 1.0 / 3, 4.0 / 9, 0},
                             {2.0 / 9 - 7.0 / 24, 1.0 / 3 - 0.25, 4.0 / 9 - 1.0 / 3, -0.125},
-                            0.7937, 0.3333333, 1e-6};
+                            0.7937,
+                            0.3333333,
+                            1e-6};
 
 plain_run integrate(const plain_rule& r, const std::function<state(double, const state&)>& f, state y, double t_end,
                     double h, double h_min, double h_max) {
@@ -192,7 +196,11 @@ TEST(explicit_runs, rules_that_choose_their_steps_accept_and_reject_as_they_are_
         const whole_run swings(diagram(oscillator, "a b", r.word + steps));
         ASSERT_FALSE(swings.stopped) << swings.text;
         const plain_run plain = integrate(
-            r.rule, [](double, const state& y) { return state{3 * y[1], -3 * y[0]}; }, {1, 0}, 1, 0.1, 1e-7, 0.5);
+            r.rule,
+            [](double, const state& y) {
+                return state{3 * y[1], -3 * y[0]};
+            },
+            {1, 0}, 1, 0.1, 1e-7, 0.5);
         EXPECT_EQ(told(swings.text, r.name + "_n_accept"), plain.accept);
         EXPECT_EQ(told(swings.text, r.name + "_n_reject"), plain.reject);
         EXPECT_GT(plain.reject, 0);
@@ -203,8 +211,8 @@ TEST(explicit_runs, rules_that_choose_their_steps_accept_and_reject_as_they_are_
         const whole_run follows(diagram(stiff, "y", r.word + steps));
         ASSERT_FALSE(follows.stopped) << follows.text;
         const plain_run slow = integrate(
-            r.rule, [](double t, const state& y) { return state{50 * std::sin(t) - 50 * y[0]}; },
-            {0}, 1, 0.1, 1e-7, 0.5);
+            r.rule, [](double t, const state& y) { return state{50 * std::sin(t) - 50 * y[0]}; }, {0}, 1, 0.1, 1e-7,
+            0.5);
         EXPECT_EQ(told(follows.text, r.name + "_n_accept"), slow.accept);
         EXPECT_EQ(told(follows.text, r.name + "_n_reject"), slow.reject);
         EXPECT_GT(slow.reject, 0);
@@ -213,9 +221,10 @@ TEST(explicit_runs, rules_that_choose_their_steps_accept_and_reject_as_they_are_
 }
 
 TEST(explicit_runs, a_norm_of_zero_lets_the_step_grow_by_its_largest_factor_alone) {
-    const whole_run run(diagram("xelement name=K type=const y=u k=1\nxelement name=Y type=intgrtr x=u y=y\n"
-                                "outvar: y=xvar_of_y\n",
-                                "y", "RKF45=yes t_start=0 t_end=1 delt_const_x=0.1"));
+    const whole_run run(
+        diagram("xelement name=K type=const y=u k=1\nxelement name=Y type=intgrtr x=u y=y\n"
+                "outvar: y=xvar_of_y\n",
+                "y", "RKF45=yes t_start=0 t_end=1 delt_const_x=0.1"));
     ASSERT_FALSE(run.stopped) << run.text;
     const table rows = run.rows("out.dat");
     ASSERT_GT(rows.size(), 3u);
@@ -265,10 +274,11 @@ TEST(explicit_runs, a_chain_of_twenty_blocks_runs_and_one_of_twenty_one_stops) {
 }
 
 TEST(explicit_runs, blocks_run_in_the_order_of_their_inputs_whatever_the_order_of_the_deck) {
-    const whole_run run(diagram("xelement name=C type=sum_2 x1=b x2=b y=c k1=10 k2=0\n"
-                                "xelement name=B type=sum_2 x1=a x2=a y=b k1=10 k2=0\nxelement name=A type=const y=a k=1\n"
-                                "outvar: c=xvar_of_c\n",
-                                "c", "forward_euler=yes t_start=0 t_end=1 delt_const_x=1"));
+    const whole_run run(
+        diagram("xelement name=C type=sum_2 x1=b x2=b y=c k1=10 k2=0\n"
+                "xelement name=B type=sum_2 x1=a x2=a y=b k1=10 k2=0\nxelement name=A type=const y=a k=1\n"
+                "outvar: c=xvar_of_c\n",
+                "c", "forward_euler=yes t_start=0 t_end=1 delt_const_x=1"));
     ASSERT_FALSE(run.stopped) << run.text;
     EXPECT_EQ(run.rows("out.dat")[0][1], 100.0);
 }
@@ -292,8 +302,7 @@ TEST(explicit_runs, a_variable_has_one_writer_and_an_integrator_needs_its_input)
                               "   xbeu_var = 0\n   opvr_xbeu[xbeu_var] = 0\n   Halting..."),
               std::string::npos)
         << twice.text;
-    const whole_run open(
-        diagram("xelement name=A type=intgrtr x=nothing y=a\noutvar: a=xvar_of_a\n", "a", method));
+    const whole_run open(diagram("xelement name=A type=intgrtr x=nothing y=a\noutvar: a=xvar_of_a\n", "a", method));
     EXPECT_TRUE(open.stopped);
     EXPECT_NE(open.text.find("xbeu_class: an input node of an integrator type\n  xbeu has not been visited.\n"
                              "  i_xbeu_vr=0\n   Halting..."),
@@ -302,9 +311,10 @@ TEST(explicit_runs, a_variable_has_one_writer_and_an_integrator_needs_its_input)
 }
 
 TEST(explicit_runs, an_angle_comes_back_into_its_range) {
-    const whole_run run(diagram("xelement name=K type=const y=w k=1\n"
-                                "xelement name=T type=intgrtr_2 x=w y=th lo=0 hi=1\noutvar: th=xvar_of_th\n",
-                                "th", "RK4=yes t_start=0 t_end=3.55 delt_const_x=0.1"));
+    const whole_run run(
+        diagram("xelement name=K type=const y=w k=1\n"
+                "xelement name=T type=intgrtr_2 x=w y=th lo=0 hi=1\noutvar: th=xvar_of_th\n",
+                "th", "RK4=yes t_start=0 t_end=3.55 delt_const_x=0.1"));
     ASSERT_FALSE(run.stopped) << run.text;
     for (const auto& row : run.rows("out.dat")) {
         EXPECT_LT(row[1], 1.1 + 1e-9) << row[0];  // a row shows the point before it is brought back
@@ -315,14 +325,14 @@ TEST(explicit_runs, an_angle_comes_back_into_its_range) {
 TEST(explicit_runs, a_block_goes_on_from_the_solution_before_and_from_a_file) {
     const std::string rule = "method: RK4=yes delt_const_x=0.125 t_start=";
     const auto block = [&](const std::string& from, const std::string& times, const std::string& file) {
-        return "begin_solve\nsolve_type trns\ninitial_sol " + from + "\n" + rule + times +
-               "\nbegin_output\nfilename " + file + "\nvariables: y\nend_output\n" +
-               "begin_output\nfilename " + file + ".sol\nvariables: solution\nend_output\nend_solve\n";
+        return "begin_solve\nsolve_type trns\ninitial_sol " + from + "\n" + rule + times + "\nbegin_output\nfilename " +
+               file + "\nvariables: y\nend_output\n" + "begin_output\nfilename " + file +
+               ".sol\nvariables: solution\nend_output\nend_solve\n";
     };
     const std::string head = "title: diagram\nbegin_circuit\n" + decay + "end_circuit\n";
     const whole_run run(head + block("initialize", "0 t_end=1", "a.dat") + block("previous", "1 t_end=2", "b.dat") +
-                        block("file filename a.dat.sol", "1 t_end=2", "c.dat") + block("initialize", "0 t_end=2", "d.dat") +
-                        "end_cf\n");
+                        block("file filename a.dat.sol", "1 t_end=2", "c.dat") +
+                        block("initialize", "0 t_end=2", "d.dat") + "end_cf\n");
     ASSERT_FALSE(run.stopped) << run.text;
     const double whole = run.rows("d.dat").back()[1];
     EXPECT_NEAR(run.rows("b.dat").back()[1], whole, 1e-7);
@@ -370,7 +380,8 @@ TEST(explicit_runs, diagrams_without_integrators_take_forward_euler_alone) {
     const whole_run run(diagram("xelement name=K type=const y=u k=1\noutvar: u=xvar_of_u\n", "u",
                                 "RK4=yes t_start=0 t_end=1 delt_const_x=0.5"));
     EXPECT_TRUE(run.stopped);
-    EXPECT_NE(run.text.find("solve_class: only F.Euler is allowed when there are\n   no integrator type elements. Halting..."),
+    EXPECT_NE(run.text.find(
+                  "solve_class: only F.Euler is allowed when there are\n   no integrator type elements. Halting..."),
               std::string::npos)
         << run.text;
 }
@@ -394,9 +405,10 @@ TEST(explicit_networks, a_divider_is_exact) {
 }
 
 TEST(explicit_networks, a_capacitor_across_an_ideal_source_stops) {
-    const whole_run run(diagram("x_refnode 0\nxelement name=V type=e_vsrcdc p=a n=0 i=i7 vdc=1\n"
-                                "xelement name=C type=e_c p=a n=0 i=i8 vc=vc_a c=1u\noutvar: v=xvar_of_a\n",
-                                "v", "RK4=yes t_start=0 t_end=1m delt_const_x=10u"));
+    const whole_run run(
+        diagram("x_refnode 0\nxelement name=V type=e_vsrcdc p=a n=0 i=i7 vdc=1\n"
+                "xelement name=C type=e_c p=a n=0 i=i8 vc=vc_a c=1u\noutvar: v=xvar_of_a\n",
+                "v", "RK4=yes t_start=0 t_end=1m delt_const_x=10u"));
     EXPECT_TRUE(run.stopped) << run.text;
 }
 
@@ -435,7 +447,8 @@ TEST(explicit_networks, a_plain_diagram_solved_together_has_the_rows_of_one_eval
     }
     ASSERT_EQ(one.size(), other.size());
     for (std::size_t i = 0; i < one.size(); ++i)
-        for (std::size_t j = 0; j < one[i].size(); ++j) EXPECT_NEAR(one[i][j], other[i][j], 2e-6 * (1 + std::fabs(one[i][j])));
+        for (std::size_t j = 0; j < one[i].size(); ++j)
+            EXPECT_NEAR(one[i][j], other[i][j], 2e-6 * (1 + std::fabs(one[i][j])));
 }
 
 TEST(explicit_networks, a_block_whose_input_nothing_writes_is_no_square_system) {
@@ -446,10 +459,11 @@ TEST(explicit_networks, a_block_whose_input_nothing_writes_is_no_square_system) 
 
 // Diode and thyristor: the conducting resistance in series with the load, by Ohm's law at the crest.
 TEST(explicit_networks, a_diode_passes_one_half_wave) {
-    const whole_run run(diagram("x_refnode 0\nxelement name=V type=e_vsrcac p=a n=0 i=i9 a=100 f_hz=50\n"
-                                "xelement name=D type=e_diode_r p=a n=b i=i10 r_on=1 r_off=1M v_on=0\n"
-                                "xelement name=R type=e_r p=b n=0 i=i11 r=99\noutvar: v=xvar_of_b\n",
-                                "v", "forward_euler=yes t_start=0 t_end=20m delt_const_x=50u"));
+    const whole_run run(
+        diagram("x_refnode 0\nxelement name=V type=e_vsrcac p=a n=0 i=i9 a=100 f_hz=50\n"
+                "xelement name=D type=e_diode_r p=a n=b i=i10 r_on=1 r_off=1M v_on=0\n"
+                "xelement name=R type=e_r p=b n=0 i=i11 r=99\noutvar: v=xvar_of_b\n",
+                "v", "forward_euler=yes t_start=0 t_end=20m delt_const_x=50u"));
     ASSERT_FALSE(run.stopped) << run.text;
     double highest = 0.0, lowest = 0.0;
     for (const auto& row : run.rows("out.dat")) {

@@ -100,8 +100,8 @@ TEST(planned_files, tell_which_begin_with_a_guess) {
     std::string elements;
     const auto guess = [&](const std::string& words, const std::string& control = "") {
         const std::string deck =
-            "title: t\nbegin_circuit\n" + elements + "end_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=1m\n" + words +
-            "\nbegin_output\nfilename a.dat\n" + control + "variables: x\nend_output\nend_solve\nend_cf\n";
+            "title: t\nbegin_circuit\n" + elements + "end_circuit\nbegin_solve\nsolve_type trns\nmethod: t_start=1m\n" +
+            words + "\nbegin_output\nfilename a.dat\n" + control + "variables: x\nend_output\nend_solve\nend_cf\n";
         return planned_files(view_deck("t.in", deck), libraries()).front().begins_with_guess;
     };
     EXPECT_TRUE(guess(""));
