@@ -197,6 +197,49 @@ def bouncing_ball(t):
     return [v * t - g / 2 * t * t, v - g * t]
 
 
+def induction_vf(t_end):
+    """The machine in the frame that turns with the voltage: u = A, ws and wr are the speeds of the frame against stator
+    and rotor."""
+    rs, rr, lm, p, j = 0.435, 0.816, 69.31e-3, 2, 0.089
+    ls = lr = 2e-3 + lm
+    det = ls * lr - lm * lm
+    before = 25 * (1 - math.exp(-5))
+
+    def frequency(t):
+        return 25 * (1 - math.exp(-t / 0.2)) if t < 1 else 50 - (50 - before) * math.exp(-(t - 1) / 0.2)
+
+    def rate(t, x):
+        fs, fr, wm = x
+        f = frequency(t)
+        i_s, i_r = (lr * fs - lm * fr) / det, (ls * fr - lm * fs) / det
+        te = 1.5 * p * (fs.conjugate() * i_s).imag
+        ws = 2 * math.pi * f
+        load = 8 if t >= 1.8 else 0
+        return [5 + 3 * f - rs * i_s - 1j * ws * fs, -rr * i_r - 1j * (ws - p * wm) * fr, (te - load) / j], [f, wm, te]
+    return follow(rate, [0j, 0j, 0.0], t_end, 20e-6)
+
+
+def network_thyristor(t_end):
+    """The thyristor turns on by its gate while its voltage is positive, and off with it."""
+    state = {"on": False}
+
+    def current(t, v):
+        if not state["on"]:
+            return (100 * math.sin(100 * math.pi * t) - v) / (1e6 + 5)
+        return (100 * math.sin(100 * math.pi * t) - v) / (0.01 + 5)
+
+    def rate(t, x):
+        i = current(t, x[0])
+        return [(i - x[0] / 200) / 220e-6], [x[0], i]
+
+    def keep(t, x):
+        fired = 7e-3 + 0.5e-6 < t % 20e-3 < 7.5015e-3
+        positive = 100 * math.sin(100 * math.pi * t) - x[0] > 0
+        state["on"] = (state["on"] or fired) and positive
+        return x
+    return follow(rate, [0.0], t_end, 0.5e-6, keep)
+
+
 def rectifier_power(path):
     """Power, effective current, power factor and distortion over one period of 20 ms at rest."""
     w, top, drop, n = 100 * math.pi, 325.27, 1.4, 20000

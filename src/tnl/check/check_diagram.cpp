@@ -41,8 +41,14 @@ std::set<std::string> asked_for(const checked_deck& d) {
 void check_computed_once(checked_deck& d, const used_names& used) {
     const std::set<std::string> nodes = circuit_nodes(d), asked = asked_for(d);
     std::vector<std::string> computed;
-    for (const auto& [name, uses] : used.of)
-        if (std::any_of(uses.begin(), uses.end(), [](const name_use& u) { return u.writes; })) computed.push_back(name);
+    std::set<const deck_element*> useful;  // some output is read: of a machine not all of them need be
+    for (const auto& [name, uses] : used.of) {
+        const auto writes = [](const name_use& u) { return u.writes; };
+        if (std::any_of(uses.begin(), uses.end(), writes)) computed.push_back(name);
+        if (asked.count(name) == 0 && std::all_of(uses.begin(), uses.end(), writes)) continue;
+        for (const name_use& u : uses)
+            if (u.writes) useful.insert(&element(d, u));
+    }
     for (const auto& [name, uses] : used.of) {
         if (nodes.count(name)) continue;
         const name_use *writer = nullptr, *reader = nullptr;
@@ -64,7 +70,8 @@ void check_computed_once(checked_deck& d, const used_names& used) {
                            "no block computes the variable " + name + ", which " + element(d, *reader).name + " reads" +
                                near_text(computed, name),
                            "is the name misspelt? xelement type=const gives a variable a fixed value");
-        else if (reader == nullptr && asked.count(name) == 0 && !has_lost_outvars(d) &&
+        else if (reader == nullptr && asked.count(name) == 0 && !useful.count(&element(d, *writer)) &&
+                 !has_lost_outvars(d) &&
                  element(d, *writer).type->x_node.empty())  // a current of a network is seldom asked for
             d.report.warning("not-read", writer->at, "nobody reads the variable " + name);
     }

@@ -163,3 +163,90 @@ TEST(examples_diagram, bouncing_ball_hits_the_ground_at_shrinking_intervals) {
     }
     EXPECT_EQ(n, 4);
 }
+
+// The machine in the frame that turns with the voltage of its drive, by the classic rule of fourth order.
+TEST(examples_diagram, induction_vf_turns_as_the_machine_in_the_frame_of_its_voltage) {
+    const whole_run run = example("induction_vf");
+    ASSERT_FALSE(run.stopped) << run.text;
+    using complex = std::complex<double>;
+    struct machine {
+        complex fs, fr;
+        double wm;
+    };
+    const auto frequency = [](double t) {
+        const double before = 25 * (1 - std::exp(-5.0));
+        return t < 1 ? 25 * (1 - std::exp(-t / 0.2)) : 50 - (50 - before) * std::exp(-(t - 1) / 0.2);
+    };
+    const auto torque = [](const machine& m) {
+        const double l = 71.31e-3, lm = 69.31e-3;
+        return 3 * (std::conj(m.fs) * (l * m.fs - lm * m.fr) / (l * l - lm * lm)).imag();
+    };
+    const auto rate = [&](double t, const machine& m) {
+        const double l = 71.31e-3, lm = 69.31e-3, det = l * l - lm * lm, f = frequency(t);
+        const complex j(0, 1), is = (l * m.fs - lm * m.fr) / det, ir = (l * m.fr - lm * m.fs) / det;
+        const double w = 2 * std::numbers::pi * f;
+        return machine{5 + 3 * f - 0.435 * is - j * w * m.fs, -0.816 * ir - j * (w - 2 * m.wm) * m.fr,
+                       (torque(m) - (t >= 1.8 ? 8 : 0)) / 0.089};
+    };
+    const auto moved = [](const machine& m, double h, const machine& d) {
+        return machine{m.fs + h * d.fs, m.fr + h * d.fr, m.wm + h * d.wm};
+    };
+    const table rows = run.rows("wave.dat");
+    ASSERT_GT(rows.size(), 20000u);
+    machine m{};
+    double t = 0, worst_speed = 0, worst_torque = 0;
+    for (const auto& row : rows) {
+        while (t < row[0] - 1e-12) {
+            const double h = std::min(1e-5, row[0] - t);
+            const machine a = rate(t, m), b = rate(t + h / 2, moved(m, h / 2, a)),
+                          c = rate(t + h / 2, moved(m, h / 2, b)), d = rate(t + h, moved(m, h, c));
+            m = moved(moved(moved(moved(m, h / 6, a), h / 3, b), h / 3, c), h / 6, d);
+            t += h;
+        }
+        worst_speed = std::max(worst_speed, std::fabs(row[2] - m.wm));
+        worst_torque = std::max(worst_torque, std::fabs(row[3] - torque(m)));
+    }
+    EXPECT_LT(worst_speed, 1e-4 * 157);
+    EXPECT_LT(worst_torque, 1e-4 * 30);
+    EXPECT_NEAR(rows.back()[3], 8, 0.1);
+}
+
+TEST(examples_diagram, network_thyristor_has_the_rows_of_the_circuit_of_elements) {
+    const std::string elements =
+        "title: the same\nbegin_circuit\nrefnode 0\neelement name=V type=vsrcac p=a n=0 a=100 f_hz=50\n"
+        "gelement name=G type=pulse y=fire td=7m pw=0.5m per=20m\neelement name=T type=thyristor_g p=a n=b g=fire\n"
+        "eelement name=RS type=r p=b n=c r=5\neelement name=C type=c p=c n=0 c=220u\n"
+        "eelement name=RL type=r p=c n=0 r=200\noutvar: vc=nodev_of_c it=i_of_T\nend_circuit\nbegin_solve\n"
+        "solve_type trns\ninitial_sol initialize\nmethod: trapezoidal=yes t_end=100m delt_const=10u\nbegin_output\n"
+        "filename wave.dat\nvariables: vc it\nend_output\nend_solve\nend_cf\n";
+    table rows, other;
+    {
+        const whole_run run = example("network_thyristor");
+        ASSERT_FALSE(run.stopped) << run.text;
+        rows = run.rows("wave.dat");
+    }
+    {
+        const whole_run run(elements);
+        ASSERT_FALSE(run.stopped) << run.text;
+        other = run.rows("wave.dat");
+    }
+    double worst = 0, worst_at_rest = 0, first_pulse = 0;
+    std::size_t k = 0;
+    for (const auto& row : rows) {
+        while (k + 2 < other.size() && other[k + 1][0] < row[0]) ++k;
+        const double part = (row[0] - other[k][0]) / std::max(1e-30, other[k + 1][0] - other[k][0]);
+        const double off = std::fabs(row[2] - (other[k][1] + part * (other[k + 1][1] - other[k][1])));
+        worst = std::max(worst, off);
+        if (std::fabs(row[3]) < 1e-3) worst_at_rest = std::max(worst_at_rest, off);
+        if (row[0] < 8e-3) first_pulse = std::max(first_pulse, row[3]);
+    }
+    // A thyristor acts a step after its event, and each of the two runs has steps of its own: 16 A for 10 us.
+    // Of that the end of the pulse, 1.5 ms later, has what the 1.1 ms of resistance and capacitor leave.
+    const double one_step = 16.2 * 10e-6 / 220e-6;
+    EXPECT_LT(worst, one_step);
+    EXPECT_LT(worst_at_rest, one_step * std::exp(-1.5 / 1.1));
+    // Where it is fired the capacitor is empty: the source over the resistances, less what two steps take at most.
+    const double top = 100 * std::sin(0.7 * std::numbers::pi) / 5.01;
+    EXPECT_LE(first_pulse, top);
+    EXPECT_GT(first_pulse, top - 2 * 0.19);
+}
