@@ -2,7 +2,7 @@
 """The limits that element files tell (#= limit ...) are those of their models: a value that breaks one is told by
 `tnl check`, and the run stops with a text of the model.
 
-    tests/cli/model_limits.py TNL FOLDER
+    tests/cli/model_limits.py TNL FOLDER FAMILY
 """
 import json
 import pathlib
@@ -72,6 +72,8 @@ def terminals(sheet, kind):
 
 faults = n_tried = 0
 for sheet in json.loads(run("describe", "--all", "--json")[1]):
+    if sheet["family"] != sys.argv[3]:
+        continue
     given = {p["name"]: number(p["default"]) for p in [*sheet["parameters"], *sheet["start_values"]]
              if p.get("kind") != "text"}
     whole = {p["name"] for p in sheet["parameters"] if p["kind"] == "integer"}
@@ -107,4 +109,4 @@ for sheet in json.loads(run("describe", "--all", "--json")[1]):
             faults += 1
             print(f"{sheet['name']}: {text}: nothing breaks it")
 print(f"{n_tried} values tried, {faults} faults")
-sys.exit(1 if faults else 0)
+sys.exit(1 if faults or n_tried == 0 else 0)
