@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 
 #include "analyses/evaluate.h"
 #include "analyses/run_state.h"
@@ -145,9 +146,11 @@ private:
 
     void lay_states() {
         w_.first_state = w_.n_linear();
+        std::unordered_map<const double*, int> column_of;
+        for (int i = 0; i < w_.n; ++i) column_of.emplace(w_.place[at(i)], i);
         for (const double* state : r_.explicits.state) {
-            const auto found = std::find(w_.place.begin(), w_.place.end(), state);
-            add_term(found == w_.place.end() ? -1 : static_cast<int>(found - w_.place.begin()), 1.0);
+            const auto found = column_of.find(state);
+            add_term(found == column_of.end() ? -1 : found->second, 1.0);
             close_row();
         }
     }

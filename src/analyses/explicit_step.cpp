@@ -37,8 +37,7 @@ constexpr explicit_rule rules[] = {
      &M::rkf45_fctr_min,
      &M::rkf45_fctr_max,
      0.87,
-     0.2,
-     "rkf45_norm2"},
+     0.2},
     // Bogacki and Shampine 1989; the third order is accepted.
     {"bs23",
      &M::BS23,
@@ -53,8 +52,7 @@ constexpr explicit_rule rules[] = {
      &M::bs23_fctr_min,
      &M::bs23_fctr_max,
      0.7937,
-     0.3333333,
-     "bs23_norm2"},
+     0.3333333},
     {"meuler", &M::modified_euler, 2, {0.0, 1.0}, {{}, {1.0}}, 0.5, {1.0, 1.0}},
     {"heun", &M::Heun, 2, {0.0, 2.0 / 3.0}, {{}, {2.0 / 3.0}}, 1.0, {1.0 / 4.0, 3.0 / 4.0}},
 };

@@ -23,7 +23,6 @@ struct explicit_rule {
     double method_settings::*smallest_factor = nullptr;
     double method_settings::*largest_factor = nullptr;
     double safety = 0.0, power = 0.0;
-    std::string_view norm = {};  // its name in messages
 };
 // The rule that the present block names; null: none.
 const explicit_rule* rule_of(const method_settings& m);

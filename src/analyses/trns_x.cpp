@@ -92,9 +92,8 @@ struct counts {
 };
 
 [[noreturn]] void tolerance_not_met(const run_state& r, const explicit_rule& rule, double norm) {
-    const std::string_view tolerance = rule.name;
     halt({line("solve_trns_x_", rule.name, ":"), "  tolerance not met even with", "  the smallest time step.",
-          line("  ", rule.norm, "=", norm, ",  ", tolerance, "_tolr=", r.slv.method.*rule.tolerance),
+          line("  ", rule.name, "_norm2=", norm, ",  ", rule.name, "_tolr=", r.slv.method.*rule.tolerance),
           line("  delta_t_x=", r.slv.now.delta_t_x, ",  delt_min_x=", r.slv.method.delt_min_x), "  Halting..."});
 }
 
