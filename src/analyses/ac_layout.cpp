@@ -108,7 +108,7 @@ private:
             if (col < 0) continue;
             slots.to_val.push_back(pattern_.add(row, col));
             slots.from_jac.push_back(f.jac[at(e)].offset(kind, j, index));
-            slots.scale.push_back(0);
+            slots.scale.push_back(as_it_is);
         }
     }
 

@@ -11,6 +11,7 @@ int& analysis_flag(run_state& r) {
         case analysis::startup:
             return r.flags.startup;
         case analysis::trns:
+        case analysis::ssw:
             return r.flags.trns;
         default:
             return r.flags.dc;
@@ -21,11 +22,16 @@ void scale(const value_moves& m, double constant, double* d) {
     const std::size_t n = m.from.size();
     for (std::size_t k = 0; k < n; ++k) d[m.to[k]] = constant * d[m.from[k]];
 }
+void negate(const value_moves& m, double* d) {
+    const std::size_t n = m.from.size();
+    for (std::size_t k = 0; k < n; ++k) d[m.to[k]] = -d[m.from[k]];
+}
 
 // The whole matrix, or the entries that change.
 void sum_matrix(assembly_plan& p, double constant, double* val_m, bool only_changing) {
     double* d = p.d.data();
     scale(only_changing ? p.scaled_changing : p.scaled, constant, d);
+    negate(only_changing ? p.negated_changing : p.negated, d);
     if (only_changing) {
         p.entries.sum_changing(d, val_m);
         return;
@@ -43,6 +49,13 @@ void sum_rows_of_nodes(const assembly_plan& p, const double* f, double* rhs_m) {
 void assign_own_rows(const slot_table& slot, const double* f, double* rhs_m) {
     const std::size_t n = slot.to_own.size();
     for (std::size_t s = 0; s < n; ++s) rhs_m[slot.to_own[s]] = f[slot.from_own[s]];
+}
+
+// Rows of the periodic system; the rest is added by the functions of state rows.
+void assign_periodic_rows(const periodic_rows& p, const double* x, const double* f, double* rhs_m) {
+    for (const int row : p.node_row) rhs_m[row] = 0.0;
+    for (std::size_t k = 0; k < p.current.size(); ++k) rhs_m[p.node_row[k]] += x[p.current[k]];
+    for (std::size_t k = 0; k < p.row.size(); ++k) rhs_m[p.row[k]] = x[p.x[k]] - f[p.f[k]];
 }
 
 // All units; whole: with the derivatives of all, changing: with those of units whose derivatives may change.
@@ -63,6 +76,13 @@ void evaluate_electrical(run_state& r, bool whole, bool changing) {
     }
     sum_rows_of_nodes(r.plan, f, r.mat.rhs_m.data());
     assign_own_rows(r.mat.ebe, f, r.mat.rhs_m.data());
+    assign_periodic_rows(r.mat.periodic, r.mat.svec.data(), f, r.mat.rhs_m.data());
+}
+
+// Functions of state rows, before the terms of the rule of integration come in.
+void keep_rows_of_states(mat_class& mat) {
+    state_rows& s = mat.state;
+    for (int i = 0; i < s.n(); ++i) s.f_now[at(i)] = mat.rhs_m[at(s.row[at(i)])];
 }
 
 void evaluate_blocks(run_state& r, bool whole, bool changing) {
@@ -85,17 +105,22 @@ void form_jac_rhs(run_state& r, bool only_function) {
     if (plan.layout != r.mat.layout) make_plan(r);
     r.flags.n_limit = 0;
     form_arrays(r);
-    const bool in_time = r.mat.kind == analysis::trns;
-    const double constant = in_time ? method_constant(r.slv) : 0.0;
-    const bool changing = !only_function, whole = changing && !(in_time && plan.derivatives_stand());
+    const bool over_time = in_time(r.mat.kind);
+    const double constant = over_time ? method_constant(r.slv) : 0.0;
+    const bool changing = !only_function, whole = changing && !(over_time && plan.derivatives_stand());
     {
+        r.flags.ssw = r.mat.kind == analysis::ssw ? 1 : 0;
         const raised on(analysis_flag(r), r.flags.function);
         evaluate_electrical(r, whole, changing);
         evaluate_blocks(r, whole, changing);
+        r.flags.ssw = 0;
     }
     if (changing) {
         sum_matrix(plan, constant, r.mat.val_m.data(), !whole && plan.sums_stand(constant));
-        plan.keep_values(in_time, constant);
+        plan.keep_values(over_time, constant);
     }
-    keep_state_functions(r, true);
+    if (r.mat.kind == analysis::ssw)
+        keep_rows_of_states(r.mat);
+    else
+        keep_state_functions(r, true);
 }

@@ -18,9 +18,10 @@ class assembly_plan {
 public:
     int layout = -1;  // the mat.layout that it was made for
     function_moves of_held, of_others, of_left_out, of_with_ddt;
-    // Derivatives as the models gave them last; behind them those that are scaled, and minus the method's constant.
+    // Derivatives as the models gave them last; behind them those that are scaled or negated, 1, and minus the method's
+    // constant.
     std::vector<double> d;
-    value_moves scaled, scaled_changing;
+    value_moves scaled, scaled_changing, negated, negated_changing;
     standing_sums<double> entries;  // [nnz] over d
     // Sums of functions: the functions of electrical units with the totals of those with a derivative behind them.
     std::vector<int> row;         // [rows of several units]

@@ -154,9 +154,10 @@ void compute_norm_spice(mat_class& mat, const solve_class& slv) {
     abstol[kind_vr] = slv.method.norm_spice_gvar;
     abstol[kind_gaux] = slv.method.norm_spice_gaux;
     abstol[kind_locv] = slv.method.norm_spice_locvar;
+    abstol[kind_cur] = slv.method.norm_spice_cur;
     for (int i = 0; i < mat.n_svec; ++i) {
         const int flag = mat.svec_flag[at(i)];
-        if (flag < 0 || flag > kind_auxs || abstol[flag] < 0)
+        if (flag < 0 || flag > kind_cur || abstol[flag] < 0)
             halt({"compute_norm_spice: incorrect svec_flag?", line("  i=", i), line("  svec_flag=", flag),
                   "  Halting..."});
         const double now = mat.svec[at(i)], old = mat.svec_old[at(i)];

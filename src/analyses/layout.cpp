@@ -8,6 +8,7 @@
 
 namespace {
 bool has_own_row(const function_table& t, int k, analysis kind) {
+    if (kind == analysis::ssw) return t.flag_gnrl[at(k)] || t.flag_kcl[at(k)] || t.flag_locvar[at(k)];
     return (kind == analysis::startup ? t.startup_gnrl : t.flag_gnrl)[at(k)] != 0;
 }
 
@@ -41,7 +42,11 @@ public:
     void lay_electrical(const std::vector<ebes1_class>* jac) {
         mat_.ebce_row_of_node.assign(at(c_.ebeu.n_nd), -1);
         mat_.ebce_row_of_func.assign(at(c_.ebeu.unit.n_ttlf()), -1);
-        mat_.nrow_ebce = (c_.ebeu.n() > 0 ? c_.ebeu.n_nd - 1 : 0) + own_rows(c_, mat_.kind);
+        const bool periodic = mat_.kind == analysis::ssw;
+        const int n_nodes = c_.ebeu.n() > 0 ? c_.ebeu.n_nd - 1 : 0;
+        if (periodic) sum_currents();
+        mat_.nrow_kcl = row_next_ = periodic ? n_nodes : 0;
+        mat_.nrow_ebce = (periodic ? 0 : n_nodes) + own_rows(c_, mat_.kind);
         for_units<electrical_family>(c_.ebeu.unit, c_.lib.ebes, jac, [this](const laid_unit& w) {
             for (int j = 0; j < w.n_func(); ++j) lay_function(w, j);
             mat_.kcl_ddt.first.push_back(mat_.kcl_ddt.n());
@@ -50,7 +55,7 @@ public:
     }
 
     void lay_blocks(const std::vector<gbes1_class>* jac) {
-        row_next_ = mat_.nrow_ebce;
+        row_next_ = mat_.nrow_kcl + mat_.nrow_ebce;
         for_units<general_family>(c_.gbeu.unit, c_.lib.gbes, jac, [this](const laid_unit& w) {
             for (int j = 0; j < w.n_func(); ++j) lay_own_row(w, j, row_next_++, true);
         });
@@ -58,6 +63,7 @@ public:
     }
 
     int nnz() const { return pattern_.nnz(); }
+    int nnz_kcl() const { return static_cast<int>(mat_.periodic.current.size()); }
     int n_row() const { return n_row_; }
     knuth<double> finish() const { return pattern_.finish<double>(n_row_, mat_.n_svec); }
 
@@ -71,9 +77,23 @@ private:
         }
     }
 
+    // The rows of nodes of the periodic system, each in the place of its node among the unknowns.
+    void sum_currents() {
+        const int ref = c_.ebeu.ref_nd;
+        for (const int k : mat_.terminal_of_unknown) {
+            const int node = c_.ebeu.nd.data[at(k)], col = mat_.column_of_terminal[at(k)];
+            if (node == ref) continue;
+            const int row = node > ref ? node - 1 : node;
+            mat_.periodic.node_row.push_back(row);
+            mat_.periodic.current.push_back(col);
+            mat_.periodic.current_slot.push_back(pattern_.add(row, col));
+        }
+    }
+
     // A function of an electrical unit: a part of a node's row, a row of its own, or nothing.
     void lay_function(const laid_unit& w, int j) {
         const int k = w.first_k() + j;
+        if (mat_.kind == analysis::ssw) return lay_periodic(w, j);
         if (w.t.flag_locvar[at(k)]) {
             mat_.locv.from.push_back(w.flat(j));
             mat_.locv.to.push_back(c_.ebeu.first_locv[at(w.u)] + w.t.i_locvar[at(k)]);
@@ -83,6 +103,23 @@ private:
             row = lay_node_row(w, j, terminal);
         else if (has_own_row(w.t, k, mat_.kind))
             lay_own_row(w, j, row = row_next_++, false);
+    }
+
+    // A current and a local variable have a row that defines them, at the reference node, too.
+    void lay_periodic(const laid_unit& w, int j) {
+        const int k = w.first_k() + j;
+        int& row = mat_.ebce_row_of_func[at(w.flat(j))];
+        if (w.t.flag_gnrl[at(k)]) return lay_own_row(w, j, row = row_next_++, false);
+        if (!has_own_row(w.t, k, mat_.kind)) return;
+        row = row_next_++;
+        const int x = w.t.flag_kcl[at(k)] ? mat_.column_of_terminal[at(c_.ebeu.nd.first[at(w.u)] + j)]
+                                          : mat_.offs.locv + c_.ebeu.first_locv[at(w.u)] + w.t.i_locvar[at(k)];
+        mat_.periodic.row.push_back(row);
+        mat_.periodic.x.push_back(x);
+        mat_.periodic.f.push_back(w.flat(j));
+        mat_.periodic.x_slot.push_back(pattern_.add(row, x));
+        lay_terms(w, j, row, negated);
+        if (w.t.flag_kcl[at(k)] && w.t.flag_ddt[at(k)]) lay_state(w, j, row, false);
     }
 
     // Gives the row; -1: that of the reference node.
@@ -102,9 +139,9 @@ private:
             mat_.kcl_ddt.row.push_back(row);
         }
         if (row < 0) return row;
-        lay_terms(w, j, row, 0);
+        lay_terms(w, j, row, as_it_is);
         // The row also depends on what its local variable depends on, times the constant of the method.
-        if (derivative >= 0) lay_terms(w, w.t.kcl_locvar_func[at(k)], row, 1);
+        if (derivative >= 0) lay_terms(w, w.t.kcl_locvar_func[at(k)], row, by_constant);
         w.slots.to_row.push_back(row);
         w.slots.from_f.push_back(w.flat(j));
         w.slots.ddt.push_back(derivative);
@@ -113,10 +150,15 @@ private:
 
     void lay_own_row(const laid_unit& w, int j, int row, bool is_block) {
         const int k = w.first_k() + j;
-        lay_terms(w, j, row, 0);
+        lay_terms(w, j, row, as_it_is);
         w.slots.to_own.push_back(row);
         w.slots.from_own.push_back(w.flat(j));
-        if (mat_.kind != analysis::trns || !w.t.flag_ddt[at(k)]) return;
+        if (in_time(mat_.kind) && w.t.flag_ddt[at(k)]) lay_state(w, j, row, is_block);
+    }
+
+    // The row is that of a derivative.
+    void lay_state(const laid_unit& w, int j, int row, bool is_block) {
+        const int k = w.first_k() + j;
         const int col = w.column(mat_, c_, w.u, w.t.ddt_var_flag[at(k)], w.t.ddt_var_number[at(k)]);
         mat_.state.row.push_back(row);
         mat_.state.col.push_back(col);
@@ -125,7 +167,7 @@ private:
         mat_.state.is_block.push_back(is_block ? 1 : 0);
     }
 
-    void lay_terms(const laid_unit& w, int j, int row, std::uint8_t scale) {
+    void lay_terms(const laid_unit& w, int j, int row, entry_scale scale) {
         const int k = w.first_k() + j;
         for (int d = w.t.first_fvar[at(k)]; d < w.t.first_fvar[at(k) + 1]; ++d) {
             if (!first_of_cell(w.t, k, d)) continue;
@@ -151,6 +193,7 @@ void clear_tables(mat_class& mat) {
     mat.gbe = slot_table{};
     mat.kcl_ddt = kcl_derivatives{};
     mat.state = state_rows{};
+    mat.periodic = periodic_rows{};
     mat.first_locv = {0};
     mat.locv = value_moves{};
 }
@@ -204,16 +247,15 @@ void set_mat(mat_class& mat, const circuit& c, const std::vector<ebes1_class>& e
     ++mat.layout;
     layout lay(mat, c);
     lay.lay_electrical(&ebes1);
-    const int nnz_ebce = lay.nnz();
-    // A transient and a start-up have entries that the first count did not see.
-    if (nnz_ebce > mat.mnz_ebce)
-        halt({line("ebce_mat_1_",
-                   mat.kind == analysis::startup ? "startup"
-                   : mat.kind == analysis::dc    ? "dc"
-                                                 : "trns",
-                   ": nnz_ebce is too large. Halting...")});
+    const int nnz_ebce = lay.nnz() - lay.nnz_kcl();
+    // Other analyses than dc have entries that the first count did not see.
+    if (nnz_ebce > mat.mnz_ebce) {
+        constexpr const char* names[] = {"dc", "startup", "trns", "ssw"};
+        halt({line("ebce_mat_1_", names[static_cast<int>(mat.kind)], ": nnz_ebce is too large. Halting...")});
+    }
     lay.lay_blocks(&gbes1);
-    if (c.gbeu.n() > 0 && lay.nnz() - nnz_ebce > mat.mnz_gbce) halt({"gbce_mat_1: nnz_gbce is too large. Halting..."});
+    if (c.gbeu.n() > 0 && lay.nnz() - lay.nnz_kcl() - nnz_ebce > mat.mnz_gbce)
+        halt({"gbce_mat_1: nnz_gbce is too large. Halting..."});
     const int n_row = lay.n_row();
     if (n_row != mat.n_svec)
         halt({"mat::set_mat_2: system matrix is not square!", line("  nrow_m = ", n_row),

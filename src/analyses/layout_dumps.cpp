@@ -29,7 +29,8 @@ knuth<T> rows_of(const knuth<T>& m, int from, int to) {
 }
 
 const char* electrical_pattern(analysis kind) {
-    return kind == analysis::dc ? "ebce1_dc.dat" : kind == analysis::startup ? "ebce1_strt.dat" : "ebce1_trns.dat";
+    constexpr const char* names[] = {"ebce1_dc.dat", "ebce1_strt.dat", "ebce1_trns.dat", "ebce1_ssw.dat"};
+    return names[static_cast<int>(kind)];
 }
 
 // The terms of all units of a family: row of flat function f, column of a term of unit u.
@@ -49,17 +50,19 @@ void write_units(const std::string& file, const char* units, const char* templat
 }  // namespace
 
 void write_layout_dumps(const mat_class& mat, const circuit& c) {
+    const int end_ebce = mat.nrow_kcl + mat.nrow_ebce;
+    if (c.cf.output.kcl && mat.kind == analysis::ssw) mat_write_knuthij1(rows_of(mat.m, 0, mat.nrow_kcl), "kcl.dat");
     if (c.cf.output.ebce) {
         write_units(
             "ebce.dat", "ebeu", "ebes", c.ebeu.unit, c.lib.ebes, [&](int f) { return mat.ebce_row_of_func[at(f)]; },
             [&](int u, int kind, int index) { return column_of_term(mat, c, u, kind, index); });
-        mat_write_knuthij1(rows_of(mat.m, 0, mat.nrow_ebce), electrical_pattern(mat.kind));
+        mat_write_knuthij1(rows_of(mat.m, mat.nrow_kcl, end_ebce), electrical_pattern(mat.kind));
     }
     if (c.cf.output.gbce) {
         write_units(
-            "gbce.dat", "gbeu", "gbes", c.gbeu.unit, c.lib.gbes, [&](int f) { return mat.nrow_ebce + f; },
+            "gbce.dat", "gbeu", "gbes", c.gbeu.unit, c.lib.gbes, [&](int f) { return end_ebce + f; },
             [&](int u, int kind, int index) { return column_of_block_term(mat, c, u, kind, index); });
-        mat_write_knuthij1(rows_of(mat.m, mat.nrow_ebce, mat.m.n_row), "gbce1.dat");
+        mat_write_knuthij1(rows_of(mat.m, end_ebce, mat.m.n_row), "gbce1.dat");
     }
     if (c.cf.output.smat) mat_write_knuthij1(mat.m, "smat.dat");
 }

@@ -9,25 +9,31 @@
 #include "sparse/elimination.h"
 #include "sparse/knuth.h"
 
-enum class analysis { dc, startup, trns };
+enum class analysis { dc, startup, trns, ssw };
+// Analyses that integrate over time.
+inline bool in_time(analysis kind) { return kind == analysis::trns || kind == analysis::ssw; }
 
 // Start of each kind of unknown in svec. dc, trns: nodes, aux of electrical units, general variables, aux of blocks.
-// startup: nodes, start-up unknowns, aux of units without equations of their own for start-up, then as before. Small
-// signals: as dc, then variables and aux of explicit blocks.
+// startup: nodes, start-up unknowns, aux of units without equations of their own for start-up, then as before.
+// ssw: nodes, currents of terminals, aux, local variables, then as before. Small signals: as dc, then variables and aux
+// of explicit blocks.
 struct svec_offsets {
     int nodev = 0;  // nodes less the reference; a node above the reference stands one lower
-    int eauxs = 0, eaux = 0, gvar = 0, gaux = 0, xvar = 0, xaux = 0;
+    int cur = 0, eauxs = 0, eaux = 0, locv = 0, gvar = 0, gaux = 0, xvar = 0, xaux = 0;
 };
+
+// How a derivative that a model gives comes into the matrix.
+enum entry_scale : std::uint8_t { as_it_is, by_constant, negated };  // by_constant: times the constant of the method
 
 // Where the units' numbers go: active terms only, the reference node left out. Functions are flat indices of the
 // family; derivatives of unit u are first_jac[u] up to first_jac[u + 1] - 1. All stand in the order in which they are
 // added.
 struct slot_table {
     std::vector<int> first_jac{0}, to_val, from_jac;  // entry of val_m, place in the template's jac store
-    std::vector<std::uint8_t> scale;                  // 1: times the constant of the method; 0: as it is
-    std::vector<int> to_row, from_f;                  // rows that several units share: f is added
-    std::vector<int> ddt;                             // of each sum: derivative added to it; -1
-    std::vector<int> to_own, from_own;                // rows of one function alone: f is assigned
+    std::vector<entry_scale> scale;
+    std::vector<int> to_row, from_f;    // rows that several units share: f is added
+    std::vector<int> ddt;               // of each sum: derivative added to it; -1
+    std::vector<int> to_own, from_own;  // rows of one function alone: f is assigned
 };
 
 // Values that are copied from one flat array to another, in this order.
@@ -48,6 +54,13 @@ struct kcl_derivatives {
     int n() const { return static_cast<int>(f.size()); }
 };
 
+// Rows of the periodic system that no other one has. A terminal's current and a local variable z are unknowns with a
+// row x - f = 0 each; where the current is that of a changing z, it reads x - f = dz/dt.
+struct periodic_rows {
+    std::vector<int> node_row, current, current_slot;  // rows of nodes: columns of the currents that they sum
+    std::vector<int> row, x, x_slot, f;                // column of x, flat function of f
+};
+
 // Rows f(x) = dx/dt of one unknown x.
 struct state_rows {
     std::vector<int> row, col, slot;      // [n] col, slot -1: x on the reference node
@@ -63,9 +76,11 @@ struct mat_class {
     // unknowns
     int n_svec = 0;
     svec_offsets offs;
-    std::vector<int> aux_of_unknown;  // [aux unknowns] flat aux of each
-    std::vector<int> column_of_aux;   // [n_ttlaux] column; -1: no unknown of this analysis
-    std::vector<int> svec_flag;       // [n_svec] var_kind of the unknown
+    std::vector<int> aux_of_unknown;       // [aux unknowns] flat aux of each
+    std::vector<int> terminal_of_unknown;  // [current unknowns] flat terminal of each
+    std::vector<int> column_of_terminal;   // [n_ttlnd] column of its current; -1: no unknown of this analysis
+    std::vector<int> column_of_aux;        // [n_ttlaux] column; -1: no unknown of this analysis
+    std::vector<int> svec_flag;            // [n_svec] var_kind of the unknown
     std::vector<double> svec, delsvec, svec_old, svec_ls, delsvec_ls, tol_spice, del_spice;  // [n_svec]
     std::vector<double> svec_old_1, svec_old_2;  // [n_svec] the two accepted points before
     std::vector<double> svec_prev;               // [n_svec] what an automatic sweep goes back to
@@ -74,12 +89,14 @@ struct mat_class {
     knuth<double> m;                    // pattern; the values stand in val_m
     std::vector<double> val_m;          // [m.nnz()]
     std::vector<double> rhs_m;          // [n_svec]
+    int nrow_kcl = 0;                   // rows that sum unknown currents, the first ones
     int nrow_ebce = 0;                  // rows of the electrical block; those of blocks follow
     std::vector<int> ebce_row_of_func;  // [n_ttlf] system row of each function of the units; -1
     std::vector<int> ebce_row_of_node;  // [n_nd]   system row of each node; -1
     slot_table ebe, gbe;
     kcl_derivatives kcl_ddt;
     state_rows state;
+    periodic_rows periodic;
     std::vector<int> first_locv{0};  // [n + 1] moves of unit u
     value_moves locv;                // flat function -> flat local variable
     elimination<double> e;

@@ -38,7 +38,7 @@ void write_system(const run_state& r, const std::string& tail) {
 
 void assemble(run_state& r, bool only_function) {
     form_jac_rhs(r, only_function);
-    if (r.mat.kind == analysis::trns) add_trns_terms(r, only_function);
+    if (in_time(r.mat.kind)) add_trns_terms(r, only_function);
 }
 
 // Assembly is done, rhs_m holds F. Leaves the step in delsvec and -F in rhs_m.
@@ -65,7 +65,7 @@ bool ran_away(run_state& r, std::string_view who) {
 // and stops when they are used up.
 bool line_search(run_state& r, std::string_view who) {
     mat_class& mat = r.mat;
-    const bool told = mat.kind == analysis::trns;
+    const bool told = in_time(mat.kind);
     mat.svec_ls = mat.svec;
     double norm_0 = 0.0, alpha = 1.0;
     norm_2_avg(mat.n_svec, mat.rhs_m.data(), norm_0);
@@ -137,9 +137,9 @@ void newton(run_state& r, const newton_limits& limits) {
         const bool fix_order = limits.fix_order && slv.now.iter_newton == 0;
         if (!fix_order && ran_away(r, limits.who)) break;
         const bool debug_now = limits.dump && slv.now.iter_newton == slv.method.iter_debug_newton - 1;
-        if (limits.dump && mat.kind != analysis::trns) say(line(limits.who, ": flag_wrt_debug_smat = T"));
+        if (limits.dump && !in_time(mat.kind)) say(line(limits.who, ": flag_wrt_debug_smat = T"));
         if (debug_now) {
-            if (mat.kind != analysis::trns)
+            if (!in_time(mat.kind))
                 say(line(limits.who, ": writing to smat_", limits.tail, ".dat, iter_newton = ", slv.now.iter_newton));
             write_system(r, line(limits.tail, ".dat"));
             vector_write(mat.n_svec, mat.svec.data(), line("svec_", limits.tail, ".dat"));

@@ -98,7 +98,7 @@ void plan_electrical(run_state& r, const shown_units& shown) {
     std::vector<char> wanted(at(r.ebe.n()), 0);
     for (int u = 0; u < r.ebe.n(); ++u) {
         const bool ddt = owns_derivative(r.ebe, u);
-        wanted[at(u)] = r.mat.kind == analysis::trns && (ddt || shown.current[at(u)]);
+        wanted[at(u)] = r.mat.kind == analysis::ssw || (r.mat.kind == analysis::trns && (ddt || shown.current[at(u)]));
         const call_part part = part_of(r.ebe, u, wanted[at(u)]);
         add_moves(part == held ? r.plan.of_held : part == left_out ? r.plan.of_left_out : r.plan.of_others, r, u);
         if (ddt && part != held) add_moves(r.plan.of_with_ddt, r, u);
@@ -116,11 +116,12 @@ void list_additions(const unit_family<Rows>& f, const slot_table& slot, const st
         const bool changes = !f.has(&entry_flags::pure, u);
         for (int k = slot.first_jac[at(u)]; k < slot.first_jac[at(u) + 1]; ++k) {
             int place = place_of_derivative(f, first_d, u, slot.from_jac[at(k)]);
-            if (slot.scale[at(k)]) {
-                const int scaled = n_d + static_cast<int>(plan.scaled.to.size());
-                add_move(plan.scaled, place, scaled);
-                if (changes) add_move(plan.scaled_changing, place, scaled);
-                place = scaled;
+            if (slot.scale[at(k)] != as_it_is) {
+                const bool by_sign = slot.scale[at(k)] == negated;
+                const int made = n_d + static_cast<int>(plan.scaled.to.size() + plan.negated.to.size());
+                add_move(by_sign ? plan.negated : plan.scaled, place, made);
+                if (changes) add_move(by_sign ? plan.negated_changing : plan.scaled_changing, place, made);
+                place = made;
             }
             all.push_back({slot.to_val[at(k)], place, changes});
         }
@@ -139,11 +140,15 @@ void plan_matrix(run_state& r) {
     std::vector<addition> all;
     std::size_t i_family = 0;
     for_families(r, [&](auto& f) { list_additions(f, mat.*f.slots, first_d[i_family++], n_d, plan, all); });
+    const int n_all = n_d + static_cast<int>(plan.scaled.to.size() + plan.negated.to.size()) + 2;
+    const periodic_rows& p = mat.periodic;
+    for (const std::vector<int>* slots : {&p.current_slot, &p.x_slot})
+        for (const int slot : *slots) all.push_back({slot, n_all - 2, false});
     // Last of all, in the rows of states, minus the constant of the method.
-    const int n_all = n_d + static_cast<int>(plan.scaled.to.size()) + 1;
     for (int i = 0; i < mat.state.n(); ++i)
         if (mat.state.slot[at(i)] >= 0) all.push_back({mat.state.slot[at(i)], n_all - 1, false});
     plan.d.assign(at(n_all), 0.0);
+    plan.d[at(n_all - 2)] = 1.0;
     i_family = 0;
     for_families(r, [&](auto& f) { bind_derivatives(f, first_d[i_family++], plan.d.data()); });
     plan.entries = make_sums<double>(all, static_cast<int>(mat.val_m.size()), n_all);

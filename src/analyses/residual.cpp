@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "analyses/unknown_names.h"
 #include "base/at.h"
 #include "base/halt.h"
 
@@ -25,23 +26,6 @@ double rounding_of_row(const mat_class& mat, int node) {
         sum += std::fabs(mat.val_m[at(k)]) * x;
     }
     return rounding * sum;
-}
-
-// A node of the deck by its name; "m of X1" for one inside of a composite.
-std::string name_of_node(const circuit& c, int node) {
-    const name_table& ect = c.cct.ect;
-    if (const int k = ect.eu_to[at(node)]; k >= 0) return ect.name[at(k)];
-    for (int i = 0; i < c.eelu.n; ++i) {
-        const int e = c.eelu.i_lib[at(i)], n_main = c.lib.eels.n_nd(e);
-        for (int k = n_main; k < c.eelu.nd.size(i); ++k) {
-            if (ect.lu_to_eu[at(c.eelu.nd.row(i)[k])] != node) continue;
-            const std::string_view word = c.lib.eels.auxnode.word(e, k - n_main);
-            // Nodes inside of a composite that this one calls have lost their names.
-            return word.empty() ? line("(internal node ", k - n_main, ") of ", c.eelu.name[at(i)])
-                                : line(word, " of ", c.eelu.name[at(i)]);
-        }
-    }
-    return line("(internal node ", node, ")");
 }
 }  // namespace
 

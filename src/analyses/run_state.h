@@ -7,6 +7,7 @@
 #include "analyses/digital.h"
 #include "analyses/explicit.h"
 #include "analyses/mat_class.h"
+#include "analyses/ssw_class.h"
 #include "analyses/unit_family.h"
 #include "base/at.h"
 #include "base/flags_class.h"
@@ -34,6 +35,7 @@ struct run_state {
     unit_family<general_family> gbe{c.gbeu, c.lib.gbes};
     unit_family<explicit_family> xbe{c.xbeu, c.lib.xbes};
     explicit_class explicits;
+    ssw_class ssw;
     digital_class digital;
     ac_class ac{c};
     assembly_plan plan;

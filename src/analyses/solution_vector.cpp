@@ -9,9 +9,9 @@
 namespace {
 // What an iterate spreads into: the tables of present values, or those of the next iterate.
 struct value_tables {
-    std::vector<double>&val_nd, &aux, &auxs, &vr, &gaux;
+    std::vector<double>&val_nd, &aux, &auxs, &vr, &gaux, &cur, &locv;
 };
-value_tables present(circuit& c) { return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux}; }
+value_tables present(circuit& c) { return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux, c.ebeu.cur_nd, c.ebeu.locv}; }
 
 // Between svec and the tables: move(x, values, n) for each piece of n unknowns that stand together in both. The
 // reference node is none of them.
@@ -23,9 +23,12 @@ void for_pieces(double* x, const mat_class& mat, const circuit& c, const value_t
         move(x + o.nodev, t.val_nd.data(), ref);
         move(x + o.nodev + ref, t.val_nd.data() + ref + 1, n_nd - 1 - ref);
     }
+    const std::size_t n_cur = mat.terminal_of_unknown.size();
+    for (std::size_t i = 0; i < n_cur; ++i) move(x + o.cur + i, t.cur.data() + mat.terminal_of_unknown[i], 1);
     move(x + o.eauxs, t.auxs.data(), o.eaux - o.eauxs);
     const std::size_t n_aux = mat.aux_of_unknown.size();
     for (std::size_t i = 0; i < n_aux; ++i) move(x + o.eaux + i, t.aux.data() + mat.aux_of_unknown[i], 1);
+    move(x + o.locv, t.locv.data(), o.gvar - o.locv);
     move(x + o.gvar, t.vr.data(), o.gaux - o.gvar);
     move(x + o.gaux, t.gaux.data(), mat.n_svec - o.gaux);
 }
@@ -81,7 +84,7 @@ void update_sol_1(run_state& r) {
     for (std::size_t i = 0; i < n; ++i) mat.svec[i] += mat.delsvec[i];
     std::copy(u.aux.begin(), u.aux.end(), u.aux_new.begin());
     std::copy(u.auxs.begin(), u.auxs.end(), u.auxs_new.begin());
-    const value_tables next{u.val_nd_new, u.aux_new, u.auxs_new, g.val_vr_new, g.aux_new};
+    const value_tables next{u.val_nd_new, u.aux_new, u.auxs_new, g.val_vr_new, g.aux_new, u.cur_nd, u.locv};
     spread(mat, r.c, next);
     r.flags.limit_newton = 1;
     for_families(r, [&](auto& f) { limit(r, f); });

@@ -171,9 +171,9 @@ void evaluate_functions(run_state& r) {
     find_block_functions(r);
 }
 
-void check_progress(const solve_class& slv) {
+void check_progress(const solve_class& slv, std::string_view who) {
     if (slv.now.time_present + slv.now.delt > slv.now.time_present) return;
-    halt({"solve_trns: the time does not go on with", "  this step.", line("  time_present=", slv.now.time_present),
+    halt({line(who, ": the time does not go on with"), "  this step.", line("  time_present=", slv.now.time_present),
           line("  delt=", slv.now.delt), line("  iter_trns_1=", slv.now.iter_trns_1), "  Halting..."});
 }
 

@@ -11,7 +11,7 @@ void solve_step(run_state& r);
 void evaluate_functions(run_state& r);
 // Halts for a step that is too small for the digits of the time, which would be repeated for ever, and for one that is
 // no number.
-void check_progress(const solve_class& slv);
+void check_progress(const solve_class& slv, std::string_view who = "solve_trns");
 // Newton along a falling conductance at time_next, from a zero iterate; a failure stops the run.
 void gmin_step_trns_1(run_state& r);
 // Terminal currents at a solution: those that the block asks for at each of its points; of its first point all, for a

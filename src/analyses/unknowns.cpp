@@ -17,6 +17,20 @@ void number_aux(mat_class& mat, const circuit& c) {
     }
 }
 
+// Currents of all terminals but those of units that only name the reference.
+void number_currents(mat_class& mat, const circuit& c) {
+    mat.terminal_of_unknown.clear();
+    mat.column_of_terminal.assign(c.ebeu.nd.data.size(), -1);
+    if (mat.kind != analysis::ssw) return;
+    for (int u = 0; u < c.ebeu.n(); ++u) {
+        if (c.lib.ebes.flag.ground_dummy[at(c.ebeu.unit.i_lib[at(u)])]) continue;
+        for (int k = c.ebeu.nd.first[at(u)]; k < c.ebeu.nd.first[at(u) + 1]; ++k) {
+            mat.column_of_terminal[at(k)] = mat.offs.cur + static_cast<int>(mat.terminal_of_unknown.size());
+            mat.terminal_of_unknown.push_back(k);
+        }
+    }
+}
+
 [[noreturn]] void unknown_kind(const char* routine, int kind) {
     halt({line("mat_class::", routine, ": var_flag not identified."), line("   var_flag = ", kind), "   Halting..."});
 }
@@ -25,16 +39,20 @@ void number_aux(mat_class& mat, const circuit& c) {
 void define_offs_solvec(mat_class& mat, const circuit& c, analysis kind) {
     mat.kind = kind;
     mat.offs.nodev = 0;
-    mat.offs.eauxs = c.ebeu.n() > 0 ? c.ebeu.n_nd - 1 : 0;
+    mat.offs.cur = c.ebeu.n() > 0 ? c.ebeu.n_nd - 1 : 0;
+    number_currents(mat, c);
+    mat.offs.eauxs = mat.offs.cur + static_cast<int>(mat.terminal_of_unknown.size());
     mat.offs.eaux = mat.offs.eauxs + (kind == analysis::startup ? c.ebeu.n_ttlauxs() : 0);
     number_aux(mat, c);
-    mat.offs.gvar = mat.offs.eaux + static_cast<int>(mat.aux_of_unknown.size());
+    mat.offs.locv = mat.offs.eaux + static_cast<int>(mat.aux_of_unknown.size());
+    mat.offs.gvar = mat.offs.locv + (kind == analysis::ssw ? c.ebeu.n_ttllocv() : 0);
     mat.offs.gaux = mat.offs.gvar + c.gbeu.n_vr;
     mat.n_svec = mat.offs.gaux + c.gbeu.n_ttlaux();
     mat.svec_flag.clear();
     for (const auto& [end, flag] :
-         {std::pair{mat.offs.eauxs, kind_v}, std::pair{mat.offs.eaux, kind_auxs}, std::pair{mat.offs.gvar, kind_aux},
-          std::pair{mat.offs.gaux, kind_vr}, std::pair{mat.n_svec, kind_gaux}})
+         {std::pair{mat.offs.cur, kind_v}, std::pair{mat.offs.eauxs, kind_cur}, std::pair{mat.offs.eaux, kind_auxs},
+          std::pair{mat.offs.locv, kind_aux}, std::pair{mat.offs.gvar, kind_locv}, std::pair{mat.offs.gaux, kind_vr},
+          std::pair{mat.n_svec, kind_gaux}})
         mat.svec_flag.resize(at(end), flag);
     for (auto* v : {&mat.svec, &mat.delsvec, &mat.svec_old, &mat.svec_ls, &mat.delsvec_ls, &mat.tol_spice,
                     &mat.del_spice, &mat.svec_old_1, &mat.svec_old_2, &mat.svec_prev, &mat.rhs_m})
@@ -70,7 +88,7 @@ int column_of_term(const mat_class& mat, const circuit& c, int u, int kind, int 
         case kind_vr:
             return mat.offs.gvar + c.ebeu.vr_gbeu[at(c.ebeu.vr.first[at(u)] + index)];
         case kind_locv:
-            return -1;
+            return mat.kind == analysis::ssw ? mat.offs.locv + c.ebeu.first_locv[at(u)] + index : -1;
         default:
             unknown_kind("ebeu_mat_1", kind);
     }

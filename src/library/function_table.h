@@ -15,6 +15,7 @@ enum var_kind : int {
     kind_curind = 12,  // cur(xx): a sensed branch
     kind_locv = 16,    // d_dt(xx) in a KCL function: a local variable
     kind_auxs = 17,    // an auxiliary unknown of the start-up system
+    kind_cur = 18,     // the current of a terminal, an unknown of the periodic system
     kind_xvr = 71,     // a variable of an explicit block
     kind_xaux = 74,    // an auxiliary one
     kind_bev = 75,     // a branch voltage of a network of explicit blocks

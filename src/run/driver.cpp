@@ -7,6 +7,7 @@
 #include "analyses/dc.h"
 #include "analyses/evaluate.h"
 #include "analyses/run_state.h"
+#include "analyses/ssw.h"
 #include "analyses/sweep.h"
 #include "analyses/trns.h"
 #include "analyses/trns_x.h"
@@ -75,14 +76,10 @@ void check_solve_leftovers(const circuit_file& cf, int index) {
               line("  Check line starting with: ", cf.text.word(i, 0)), "  Halting..."});
 }
 
-void check_available(const solve_class& slv) {
-    if (slv.ssw) halt({"main: solve_type ssw is not available in this version.", "  Halting..."});
-}
-
-bool solves(const solve_class& slv) { return slv.dc || slv.startup || slv.trns; }
+bool solves(const solve_class& slv) { return slv.dc || slv.startup || slv.trns || slv.ssw; }
 
 analysis analysis_of(const solve_class& slv) {
-    return slv.trns ? analysis::trns : slv.startup ? analysis::startup : analysis::dc;
+    return slv.trns ? analysis::trns : slv.ssw ? analysis::ssw : slv.startup ? analysis::startup : analysis::dc;
 }
 
 // All points of a block, and the currents that the file of its last solution shows.
@@ -103,6 +100,8 @@ void solve_points(run_state& r) {
         solve_trns_x(r);
     else if (r.slv.trns)
         solve_trns(r);
+    else if (r.slv.ssw)
+        solve_ssw(r);
     else
         run_dc_sweeps(r);
     if (r.slv.out.i_file_solution < 0) return;
@@ -161,7 +160,6 @@ void read_block(run_state& r, int index) {
     e_ac.debug_gauss_1 = slv.method.debug_gauss_1;
     e_ac.debug_gauss_2 = slv.method.debug_gauss_2;
     check_solve_leftovers(c.cf, index);
-    check_available(slv);
 }
 
 void run_block(run_state& r) {

@@ -158,10 +158,9 @@ constexpr advice_text texts[] = {
      "look at n_given in the element's file"},
 
     // ---- solve blocks
-    {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup, trns or ac"},
+    {"no-solve-type", "A solve block has no solve_type.", "", "solve_type dc, startup, trns, ssw or ac"},
     {"no-post-processing", "Results of post-processing are not available in this version.", "",
      "tnl measure computes means, effective values and harmonics from the rows"},
-    {"not-available", "This solve_type is not available in this version.", "", "dc, startup, trns and ac are"},
     {"unknown-method", "method: has a word that this kind of block does not know.",
      "a misspelt word; a word of another kind of block; a value that is missing before it",
      "tnl check DECK shows near words and where the word belongs"},
@@ -375,7 +374,6 @@ constexpr pattern_row rows[] = {
     // ---- solve blocks
     {"no-solve-type", "solve_type not found"},
     {"no-post-processing", "post-processing is not available"},
-    {"not-available", "is not available in this version"},
     {"unknown-method", "An unknown keyword is found in the method card"},
     {"two-rules",
      "method specified for transient simulation|one method specified for|"

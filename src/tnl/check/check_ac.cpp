@@ -254,7 +254,7 @@ void check_small_signals(checked_deck& d, const solve_section& s, const solve_cl
 }
 
 void check_columns(checked_deck& d, const solve_section& s, const solve_class& slv) {
-    if (!s.is_known_type || s.type == "ssw") return;
+    if (!s.is_known_type) return;
     for (const out_file& file : slv.out.files)
         if (!file.postproc && !file.postproc_ac) column_checks(d, s, file).run();
 }

@@ -30,8 +30,6 @@ public:
     void run() {
         check_type();
         std::vector<kept_stop> stops = read_solve_of(d_, index_, slv_, flags_);
-        if (s_.type == "ssw")  // not to be had, whatever its settings
-            std::erase_if(stops, [&](const kept_stop& stop) { return stop.statement == s_.range.begin - 1; });
         if (has_refused_frequencies(stops))
             std::erase_if(stops,
                           [](const kept_stop& stop) { return fits(stop.text, "check frequency definition cards"); });
@@ -74,20 +72,17 @@ private:
         const std::vector<std::string> types = as_strings(solve_type_words());
         if (s_.type_line < 0) {
             d_.report.error("no-solve-type", {s_.begin_line, 0}, "this solve block has no solve_type",
-                            "add a line: solve_type dc, startup, trns or ac");
+                            "add a line: solve_type dc, startup, trns, ssw or ac");
             return;
         }
         s_.is_known_type = has(types, s_.type);
         if (s_.type.empty())
-            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup, trns or ac");
+            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup, trns, ssw or ac");
         else if (!s_.is_known_type)
             d_.report.error("unknown-solve-type", {s_.type_line, 1},
                             "there is no solve_type " + s_.type + "; the block would solve nothing, without a word" +
                                 near_text(types, s_.type),
-                            "known are dc, startup, trns, ac");
-        else if (s_.type == "ssw")
-            d_.report.error("unknown-solve-type", {s_.type_line, 1},
-                            "solve_type " + s_.type + " is not available in this version");
+                            "known are dc, startup, trns, ssw, ac");
     }
 
     // ---- method:

@@ -141,8 +141,7 @@ std::string method_markdown() {
         "written by\n`tnl describe --methods --md -o docs/method.md` from the table that reads the words. What one "
         "needs in most cases stands\nin [deck.md](deck.md) and, for runs in time, in [transient.md](transient.md).\n\n"
         "A flag is on for `yes` and off for any other word. A number may be the name of a `greal`. A word in a block "
-        "that does not\nread it stops the run; one that is read where it does not act is passed over. Type `ssw` is "
-        "known and not solved\nby this version.\n";
+        "that does not\nread it stops the run; one that is read where it does not act is passed over.\n";
     walk(
         "",
         [&](const method_section& s) {
