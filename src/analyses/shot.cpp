@@ -9,6 +9,7 @@
 #include "analyses/integration.h"
 #include "analyses/levels.h"
 #include "analyses/newton.h"
+#include "analyses/period_check.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
@@ -82,9 +83,13 @@ void keep_map(ssw_class& s, std::size_t n_svec) {
 
 // ---- the time loop ----
 
+void use_rule(solve_class& slv, bool trapezoidal) {
+    slv.now.flag_trz = trapezoidal ? 1 : 0;
+    slv.now.flag_be = trapezoidal ? 0 : 1;
+}
+
 void define_method_flags(solve_class& slv) {
-    slv.now.flag_trz = slv.method.trapezoidal || slv.method.trapezoidal_auto;
-    slv.now.flag_be = slv.method.back_euler || slv.method.back_euler_auto;
+    use_rule(slv, slv.method.trapezoidal || slv.method.trapezoidal_auto);
     slv.now.flag_auto = slv.method.back_euler_auto || slv.method.trapezoidal_auto;
     slv.now.flag_bdf2 = slv.now.flag_gear_fixed = slv.now.flag_gear_var = 0;
 }
@@ -96,8 +101,15 @@ void evaluate_point(run_state& r, bool with_derivatives) {
     if (slopes) find_ssw_trz_1(r);
 }
 
+// A first shot that begins with guesses knows dx/dt only behind its first step: the unknowns that no state row defines
+// are not solved for yet.
+bool begins_with_guess(const run_state& r) {
+    return r.ssw.ssw_iter_newton == 0 && !r.slv.task.init_previous && !r.slv.task.init_file;
+}
+
 // dx/dt of each state at the start; the fastest one is where the phase is held.
 void find_anchor(run_state& r) {
+    if (r.slv.method.ssw_known_period) return;
     ssw_class& s = r.ssw;
     s.rhs_ssw_max = -1.0;
     for (int i = 0; i < s.n_statevar(); ++i) {
@@ -119,7 +131,7 @@ void shorten_to_breaks_of_units(run_state& r) {
     check_tnext2(r);
 }
 
-void begin_shot(run_state& r, bool last) {
+void begin_shot(run_state& r, shot kind) {
     solve_class& slv = r.slv;
     r.flags.init_flags();
     r.flags.time_epsilon = slv.method.time_epsilon;
@@ -129,16 +141,16 @@ void begin_shot(run_state& r, bool last) {
     slv.now.time_present = r.flags.time_present = r.flags.t_start;
     r.flags.t_end = r.flags.t_start + slv.method.ssw_period;
     set_time_next(r, slv.now.time_present);
-    if (last) write_row(r);
+    if (kind == shot::last) write_row(r);
     slv.now.delt = slv.method.delt_const;
     if (r.c.cct.flag_lmttstep) find_nextbreak(r);
     shorten_to_breaks_of_units(r);
     set_time_next(r, slv.now.time_present);
     find_trns_constants(slv);
     r.flags.trns_first = r.flags.ssw_init = 1;
-    evaluate_point(r, !last);
+    evaluate_point(r, kind == shot::search);
     r.flags.trns_first = r.flags.ssw_init = 0;
-    if (!last && !slv.method.ssw_known_period) find_anchor(r);
+    if (kind == shot::search && !begins_with_guess(r)) find_anchor(r);
     keep_point_1(r);
 }
 
@@ -210,7 +222,8 @@ void choose_next_step(run_state& r, double grown) {
     solve_class& slv = r.slv;
     slv.now.delt = std::max(slv.method.delt_min, slv.now.flag_auto ? grown : slv.method.delt_const);
     shorten_to_breaks_of_units(r);
-    if (r.flags.t_end <= slv.now.time_present + slv.now.delt)
+    // Rounding leaves no step of its own for the end.
+    if (r.flags.t_end <= slv.now.time_present + slv.now.delt + 0.5 * slv.method.delt_min)
         slv.now.delt = std::max(slv.method.delt_min, (r.flags.t_end - slv.now.time_present) + slv.method.time_epsilon);
 }
 }  // namespace
@@ -241,27 +254,38 @@ void set_ssw(run_state& r) {
     for (auto* v : {&s.p1, &s.p2, &s.p3}) v->assign(n, 0);
 }
 
-void solve_ssw_1(run_state& r, bool last) {
+void solve_ssw_1(run_state& r, shot kind) {
     solve_class& slv = r.slv;
+    const bool last = kind == shot::last;
     if (!last) start_derivatives(r.ssw, at(r.mat.n_svec));
-    begin_shot(r, last);
+    begin_shot(r, kind);
+    period_check repeats(r);
     bool ended = false;
     for (slv.now.iter_trns = 0; slv.now.iter_trns < slv.method.itmax_trns && !ended; ++slv.now.iter_trns) {
         heed_signals();
+        const bool first = slv.now.iter_trns == 0;
         r.flags.iter_trns = r.flags.iter_trns_1 = slv.now.iter_trns;
-        r.flags.trns_first = slv.now.iter_trns == 0 ? 1 : 0;
+        r.flags.trns_first = first ? 1 : 0;
+        if (first && kind == shot::map_only) use_rule(slv, false);
         take_step(r);
-        if (!last) solve_linear_ssw(r);
-        evaluate_point(r, !last);
         double grown = slv.now.delt;
         if (slv.now.flag_nonlinear && slv.now.flag_auto && grown != slv.method.delt_max)
             grown = std::min(slv.method.delt_max, grown * slv.method.fctr_stepinc);
+        if (last) {
+            repeats.look(r);
+        } else {
+            solve_linear_ssw(r);
+            if (first) use_rule(slv, slv.method.trapezoidal || slv.method.trapezoidal_auto);
+            evaluate_point(r, true);
+            if (first && kind == shot::search && begins_with_guess(r)) find_anchor(r);
+        }
         slv.now.time_present = r.flags.time_present = slv.now.time_next;
         if (last) write_row(r);
         ended = r.flags.t_end <= slv.now.time_present + slv.method.time_epsilon;
         keep_point_1(r);
         if (!ended) choose_next_step(r, grown);
     }
+    if (last) repeats.tell();
     if (!ended) say("warning: solve_ssw_1: time_end not reached!");
     r.flags.init_flags();
     if (!last) keep_map(r.ssw, at(r.mat.n_svec));

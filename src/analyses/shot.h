@@ -5,8 +5,12 @@
 // States, derivatives and work space for the present system. Halts on a state that stands in two rows.
 void set_ssw(run_state& r);
 
+// What goes along with a shot.
+enum class shot {
+    search,    // the derivatives of the end by the start, into map; dx/dt at the start where the period is unknown
+    map_only,  // the same by a first step of backward Euler, whose map is one of the states alone, whatever the rule
+    last       // rows, and a look at whether the circuit repeats itself; no derivatives
+};
+
 // Integrates from the states in svec at t_start over slv.method.ssw_period, and halts where a step does not converge.
-// last 0: the derivatives of the end by the start go along, into map; with an unknown period dxdt_ssw and the state
-// that moves fastest are found at the start. No rows.
-// last 1: rows, no derivatives.
-void solve_ssw_1(run_state& r, bool last);
+void solve_ssw_1(run_state& r, shot kind);

@@ -11,6 +11,7 @@
 #include "base/at.h"
 #include "base/halt.h"
 #include "base/numeric.h"
+#include "settings/output_block.h"
 #include "sparse/dense.h"
 #include "sparse/eigenvalues.h"
 
@@ -137,6 +138,15 @@ void move_others(run_state& r) {
 
 // ---- multipliers ----
 
+// The trapezoidal rule begins with rates that are no states, so that its derivatives by these alone are not those of a
+// map of states.
+void find_map(run_state& r) {
+    if (!r.slv.method.trapezoidal && !r.slv.method.trapezoidal_auto) return;
+    const std::vector<double> end = r.mat.svec;
+    solve_ssw_1(r, shot::map_only);
+    r.mat.svec = end;
+}
+
 // Eigenvalues of the map. A period that is unknown is that of an oscillation, which comes back to itself: of its
 // multipliers the one nearest to 1 stands for the phase and does not count.
 void tell_multipliers(const run_state& r) {
@@ -169,7 +179,7 @@ void solve_ssw(run_state& r) {
         s.x_ssw_old = s.x_ssw;
         put_states(r);
         const int marker = s.i_statevar_period;
-        solve_ssw_1(r, false);
+        solve_ssw_1(r, shot::search);
         take_states(r);
         form_ssw_mat(r);
         for (int i = 0; i < s.n_statevar(); ++i) s.rhs_ssw[at(i)] = s.x_ssw_old[at(i)] - s.x_ssw[at(i)];
@@ -186,8 +196,10 @@ void solve_ssw(run_state& r) {
         say("solve_ssw: convergence not reached.");
         say("  This is a warning only.");
     }
+    if (found) find_map(r);
     say("solve_ssw: calling solve_ssw_1 for one more trns step");
-    solve_ssw_1(r, true);
+    if (!slv.method.ssw_known_period) end_files_at(slv, r.flags.t_start + slv.method.ssw_period);
+    solve_ssw_1(r, shot::last);
     if (!slv.method.ssw_known_period) say(line("solve_ssw: period=", slv.method.ssw_period));
     if (found) tell_multipliers(r);
     say(line("solve_ssw ends, slv->ssw_iter_newton=", s.ssw_iter_newton));

@@ -62,6 +62,7 @@ struct out_file {
     double fixed_interval = 0.0;  // s
     double out_tstart = -1000.0;  // s; not_given_time until set_values is done
     double out_tend = -1000.0;    // s
+    bool until_end = false;       // out_tend is the end of the block
     bool flag_min_phase = false, flag_max_phase = false;
     double min_phase = 0.0, max_phase = 0.0, delta_phase = 200.0;  // degrees
 

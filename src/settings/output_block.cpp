@@ -253,12 +253,17 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
 
 // ---- tests of the whole block ----
 namespace {
+void find_harmonics(out_file& file) {
+    file.period_fourier = file.out_tend - file.out_tstart;
+    for (int k = 0; k < file.n_fourier; ++k)
+        file.omega_fourier[at(k)] = 2.0 * k * math_cnst_class{}.pi / file.period_fourier;
+}
+
 void check_fourier(out_file& file, const solve_class& slv) {
     if (!slv.trns && !slv.ssw) halt({"solve_class: Fourier is allowed only", "   for trns and SSW. Halting..."});
     if (file.data_type != out_analog || file.postproc)
         halt({"solve_class: wrong data type for Fourier", "   variable. Check output blocks. Halting..."});
-    file.period_fourier = file.out_tend - file.out_tstart;
-    if (file.period_fourier == 0.0)
+    if (file.out_tend - file.out_tstart == 0.0)
         halt({"solve_class: period_fourier = 0?", "   Check Fourier variables. Halting..."});
     for (const out_var& v : file.vars)
         if (v.prefix != prefix_none)
@@ -268,8 +273,7 @@ void check_fourier(out_file& file, const solve_class& slv) {
     if (!fits_in_memory(n_numbers * sizeof(double)))
         halt({"solve_class: too many harmonics and variables", "   in a Fourier file. Halting..."});
     file.omega_fourier.resize(at(file.n_fourier));
-    for (int k = 0; k < file.n_fourier; ++k)
-        file.omega_fourier[at(k)] = 2.0 * k * math_cnst_class{}.pi / file.period_fourier;
+    find_harmonics(file);
 }
 
 void check_nyquist(const out_file& file, const solve_class& slv) {
@@ -287,13 +291,22 @@ void check_nyquist(const out_file& file, const solve_class& slv) {
 void check_files(solve_class& slv, const flags_class& flags) {
     for (out_file& file : slv.out.files) {
         if (file.out_tstart == not_given_time) file.out_tstart = flags.t_start;
-        if (file.out_tend == not_given_time) file.out_tend = flags.t_end + slv.method.time_epsilon;
+        file.until_end = file.out_tend == not_given_time;
+        if (file.until_end) file.out_tend = flags.t_end + slv.method.time_epsilon;
         reading(file.statement, [&] {
             if (slv.ac && file.flag_min_phase && file.flag_max_phase)
                 halt({"solve_class: cannot specify both min-phase", "   and max-phase in output blocks. Halting..."});
             if (file.fourier) check_fourier(file, slv);
             if (file.nyquist) check_nyquist(file, slv);
         });
+    }
+}
+
+void end_files_at(solve_class& slv, double t_end) {
+    for (out_file& file : slv.out.files) {
+        if (!file.until_end) continue;
+        file.out_tend = t_end + slv.method.time_epsilon;
+        if (file.fourier) find_harmonics(file);
     }
 }
 

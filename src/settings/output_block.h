@@ -20,6 +20,8 @@ void read_output_block(solve_class& slv, const circuit& c, const block_text& blo
 
 // Tests that need the whole block: times, phase limits, Fourier and Nyquist files.
 void check_files(solve_class& slv, const flags_class& flags);
+// The block ends at another time, s, than its settings told, as a period that it finds.
+void end_files_at(solve_class& slv, double t_end);
 
 // Words that output blocks take as options and keys, for lists of all keywords.
 void add_output_words(std::vector<std::string_view>& list);
