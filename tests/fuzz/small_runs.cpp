@@ -19,6 +19,7 @@ bool keep_short(run_state& r) {
     at_most(slv.task.automatic.itmax_sweep, 20);
     at_most(slv.method.itmax_trns, 200);
     at_most(slv.task.n_freq, 20);
+    at_most(slv.method.ssw_itmax_newton, 4);
     return r.c.ebeu.n() <= max_unknowns && r.c.gbeu.n() <= max_unknowns && r.c.xbeu.n() <= max_unknowns &&
            r.mat.n_svec <= max_unknowns && slv.task.n_sweep <= max_points && slv.task.n_sync <= max_points;
 }
