@@ -216,6 +216,24 @@ TEST(periodic, a_solution_file_carries_states_and_currents_over) {
     EXPECT_NEAR(first.rows("v.dat")[0][1], -0.1536720, 2e-7);
 }
 
+// At the end of a period a sine is at its mean, and a junction with next to no charge at that mean's bias.
+TEST(periodic, small_signals_are_those_about_the_end_of_the_period) {
+    const auto response = [](const std::string& first, const std::string& a) {
+        const whole_run run(
+            "title: test\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcac p=a n=0 f_hz=1k vdc=2 a_ac=1 a=" + a +
+            "\neelement name=R1 type=r p=a n=b\neelement name=D1 type=diode p=b n=0\n"
+            "eelement name=C1 type=c p=b n=0 c=1p\noutvar: v=nodev_ac_of_b\nend_circuit\nbegin_solve\n" +
+            first +
+            "end_solve\nbegin_solve\nsolve_type ac\nset_freq 1\nbegin_output\nfilename v.dat\n"
+            "variables: mag_of_v\nend_output\nend_solve\nend_cf\n");
+        EXPECT_FALSE(run.stopped) << run.text;
+        const table rows = run.rows("v.dat");
+        return rows.empty() ? NAN : rows[0][1];
+    };
+    const double at_bias = response("solve_type dc\n", "0");
+    EXPECT_NEAR(response(ssw("back_euler=yes ssw_frequency=1k ssw_ndiv=200"), "1"), at_bias, 1e-4 * at_bias);
+}
+
 // ---- tests of convergence and stops
 
 TEST(periodic, no_shot_at_all_warns_and_writes_the_period_from_where_it_stands) {
