@@ -34,7 +34,7 @@ period_check::period_check(const run_state& r)
 void period_check::look(run_state& r) {
     const double t = r.slv.now.time_next;
     evaluate_at(r, t);
-    functions_ = lowest_ = highest_ = r.mat.rhs_m;
+    functions_ = r.mat.rhs_m;
     evaluate_at(r, t + period_);
     if (r.mat.rhs_m == functions_) return evaluate_at(r, t);
     lowest_ = highest_ = r.mat.rhs_m;
