@@ -122,8 +122,8 @@ double a_half_wave_later(double v, int n, std::vector<double>* points) {
     const double h = 10e-3 / n;
     for (int k = 0; k < n; ++k) {
         if (points != nullptr) points->push_back(v);
-        const double t = k * h, a = rate(t, v), b = rate(t + h / 2, v + h / 2 * a),
-                     c = rate(t + h / 2, v + h / 2 * b), d = rate(t + h, v + h * c);
+        const double t = k * h, a = rate(t, v), b = rate(t + h / 2, v + h / 2 * a), c = rate(t + h / 2, v + h / 2 * b),
+                     d = rate(t + h, v + h * c);
         v += h / 6 * (a + 2 * b + 2 * c + d);
     }
     return v;
