@@ -161,6 +161,18 @@ const picture pictures[] = {
      0,
      0,
      {{"wave.dat", 1, "mains", "V"}, {"wave.dat", 2, "output", "V"}, {"wave.dat", 3, "current", "A"}}},
+    {"van_der_pol",
+     "The oscillator of van der Pol, mu = 1: one period",
+     "time",
+     0,
+     0,
+     {{"wave.dat", 1, "x", ""}, {"wave.dat", 2, "dx/dt", "1/s"}}},
+    {"lc_oscillator",
+     "An LC oscillator: one period",
+     "time",
+     0,
+     0,
+     {{"wave.dat", 1, "voltage", "V"}, {"wave.dat", 2, "inductor", "A"}, {"wave.dat", 3, "conductance", "A"}}},
 };
 
 // Of a file over frequency. A window is one in the complex plane: of the real part, and of the imaginary one.

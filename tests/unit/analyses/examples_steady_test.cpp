@@ -159,3 +159,99 @@ TEST(examples_steady, rectifier_steady_is_the_fixed_point_of_an_integration) {
     EXPECT_LT(ripple(rows, 2), current * 10e-3 / 10e-3);
     EXPECT_GT(ripple(rows, 2), 0.8 * current * 10e-3 / 10e-3);
 }
+
+namespace {
+// The limit cycle of x'' - mu (1 - x^2) x' + x = 0 by the classic rule of fourth order: its period, its amplitude, and
+// the multiplier, exp of the integral of mu (1 - x^2) over a period.
+struct limit_cycle {
+    double period = 0, amplitude = 0, multiplier = 0;
+};
+struct point {
+    double x, y, growth;
+};
+point stepped(const point& p, double mu, double h) {
+    const auto rate = [mu](const point& q) {
+        const double gain = mu * (1 - q.x * q.x);
+        return point{q.y, gain * q.y - q.x, gain};
+    };
+    const auto moved = [](const point& q, double part, const point& d) {
+        return point{q.x + part * d.x, q.y + part * d.y, q.growth + part * d.growth};
+    };
+    const point a = rate(p), b = rate(moved(p, h / 2, a)), c = rate(moved(p, h / 2, b)), d = rate(moved(p, h, c));
+    return moved(moved(moved(moved(p, h / 6, a), h / 3, b), h / 3, c), h / 6, d);
+}
+limit_cycle van_der_pol(double mu) {
+    const double h = 1e-3;
+    point p = {2, 0, 0};
+    double last = 0;
+    limit_cycle found;
+    for (int k = 0; k < 300000; ++k) {
+        const point next = stepped(p, mu, h);
+        if (p.y > 0 && next.y <= 0) {  // the highest x: the part of a step until the slope is zero
+            double low = 0, high = h;
+            while (high - low > 1e-15) {
+                const double middle = (low + high) / 2;
+                (stepped(p, mu, middle).y > 0 ? low : high) = middle;
+            }
+            const point top = stepped(p, mu, low);
+            found = {k * h + low - last, top.x, std::exp(top.growth)};
+            last = k * h + low;
+            p = next;
+            p.growth -= top.growth;
+            continue;
+        }
+        p = next;
+    }
+    return found;
+}
+
+// Numbers behind each appearance of some words on the console.
+std::vector<double> numbers_behind(const std::string& words, const std::string& text) {
+    std::vector<double> found;
+    for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + 1))
+        found.push_back(std::stod(text.substr(at + words.size())));
+    return found;
+}
+}  // namespace
+
+TEST(examples_steady, van_der_pol_has_the_period_and_the_multipliers_of_its_limit_cycle) {
+    const whole_run run = example("van_der_pol");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const std::vector<double> periods = numbers_behind("solve_ssw: period=", run.text),
+                              multipliers = numbers_behind("multiplier: re=", run.text);
+    ASSERT_EQ(periods.size(), 2u) << run.text;
+    ASSERT_EQ(multipliers.size(), 4u) << run.text;
+    const limit_cycle one = van_der_pol(1), two = van_der_pol(2);
+    EXPECT_NEAR(one.period, 6.6632868593, 1e-9);  // as published
+    EXPECT_NEAR(two.period, 7.6298744800, 1e-9);
+    // The error of the rule is h^2 w^2/12 of the period of a sine, 6e-8 at 1 rad/s and h = 0.33 ms; some parts are steeper.
+    EXPECT_NEAR(periods[0], one.period, 2e-7);
+    EXPECT_NEAR(periods[1], two.period, 6e-7);
+    EXPECT_NEAR(multipliers[0], 1, 1e-6);
+    EXPECT_WITHIN(1e-3, multipliers[1], one.multiplier);
+    EXPECT_NEAR(multipliers[2], 1, 1e-6);
+    EXPECT_NEAR(multipliers[3], two.multiplier, 1e-7);
+    double highest = 0;
+    for (const auto& row : run.rows("wave.dat")) highest = std::max(highest, row[1]);
+    EXPECT_NEAR(highest, one.amplitude, 1e-4);  // a row each 10 ms
+}
+
+TEST(examples_steady, lc_oscillator_has_the_period_of_van_der_pol_at_a_fifth) {
+    const whole_run run = example("lc_oscillator");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const std::vector<double> periods = numbers_behind("solve_ssw: period=", run.text),
+                              multipliers = numbers_behind("multiplier: re=", run.text);
+    ASSERT_EQ(periods.size(), 1u) << run.text;
+    ASSERT_GE(multipliers.size(), 2u) << run.text;
+    // w0 = 1/sqrt(LC), mu = g1 sqrt(L/C), voltages in units of sqrt(g1/(3 g3))
+    const double w0 = 1e5, mu = 0.02 * 10, unit = std::sqrt(0.02 / (3 * 5e-3));
+    const limit_cycle cycle = van_der_pol(mu);
+    EXPECT_NEAR(cycle.period, 2 * pi * (1 + mu * mu / 16 - 5 * std::pow(mu, 4) / 3072), 1e-6);  // the series in mu
+    const double h = 1 / 16e3 / 2000;
+    EXPECT_WITHIN(1e-7, periods[0], cycle.period / w0 * (1 + w0 * w0 * h * h / 12));  // the error of the rule
+    EXPECT_NEAR(multipliers[0], 1, 1e-5);
+    EXPECT_WITHIN(1e-4, multipliers[1], cycle.multiplier);
+    const table rows = run.rows("wave.dat");
+    EXPECT_WITHIN(1e-5, ripple(rows, 1), 2 * cycle.amplitude * unit);
+    EXPECT_WITHIN(2e-3, ripple(rows, 1), 4 * unit);
+}
