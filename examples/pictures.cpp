@@ -173,6 +173,12 @@ const picture pictures[] = {
      0,
      0,
      {{"wave.dat", 1, "voltage", "V"}, {"wave.dat", 2, "inductor", "A"}, {"wave.dat", 3, "conductance", "A"}}},
+    {"current_mode",
+     "Current-mode control at 24 V: one period",
+     "time",
+     0,
+     0,
+     {{"wave_24.dat", 1, "inductor", "A"}, {"wave_24.dat", 3, "switch", ""}}},
 };
 
 // Of a file over frequency. A window is one in the complex plane: of the real part, and of the imaginary one.

@@ -333,6 +333,18 @@ def rectifier_steady(_):
     return steady(rate, [15.0], 20e-3, 1e-6)
 
 
+def current_mode(_):
+    def bent(x):
+        return math.sin(math.pi / 2 * min(max(x, -1.0), 1.0))
+
+    def rate(t, x):
+        i, v, q = x
+        pulse = min(max(t / 20e-9, 0.0), 1.0, max((340e-9 - t) / 20e-9, 0.0))
+        e = bent(1.5 * q + 3 * pulse - 1.5 * bent(50 * (i - 5)) - 1.5)
+        return [(24 * (1 + q) / 2 - v) / 100e-6, (i - v / 2) / 1000e-6, (e - q) / 50e-9], [i, v, (1 + q) / 2]
+    return steady(rate, [3.8, 9.0, -1.0], 20e-6, 2e-9)
+
+
 def logic(t_end, level, gates, at_rise, shown):
     """Rows of levels, two for each time at which something happens; ns. The clock `ck` turns over each 50 ns.
 

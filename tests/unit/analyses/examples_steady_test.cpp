@@ -255,3 +255,77 @@ TEST(examples_steady, lc_oscillator_has_the_period_of_van_der_pol_at_a_fifth) {
     EXPECT_WITHIN(1e-5, ripple(rows, 1), 2 * cycle.amplitude * unit);
     EXPECT_WITHIN(2e-3, ripple(rows, 1), 4 * unit);
 }
+
+namespace {
+// Stability, multiplier of the current and duty ratio of each block of current_mode.
+struct point_of_operation {
+    double vin = 0, duty = 0, multiplier = 0;
+    bool stable = false;
+};
+std::vector<point_of_operation> operation_over_input() {
+    const whole_run run = example("current_mode");
+    EXPECT_FALSE(run.stopped) << run.text;
+    EXPECT_EQ(run.text.find("convergence not reached"), std::string::npos) << run.text;
+    std::vector<point_of_operation> found;
+    std::size_t from = 0;
+    for (const std::string vin : {"30", "26", "24", "22", "20", "19", "18.4", "18", "17", "16", "15"}) {
+        const std::size_t to = run.text.find("solve_ssw ends", from);
+        EXPECT_NE(to, std::string::npos);
+        if (to == std::string::npos) break;
+        const std::string said = run.text.substr(from, to - from);
+        point_of_operation p;
+        p.vin = std::stod(vin);
+        p.duty = mean(run.rows("wave_" + vin + ".dat"), 2) / p.vin;
+        for (const double x : numbers_behind("multiplier: re=", said)) p.multiplier = std::min(p.multiplier, x);
+        p.stable = said.find("solve_ssw: stable") != std::string::npos;
+        found.push_back(p);
+        from = to + 1;
+    }
+    return found;
+}
+}  // namespace
+
+// A current that begins higher meets the comparator earlier: the slopes are (vin - v)/L up and v/L down with v = d vin,
+// so that the difference is -d/(1 - d) of itself behind a period.
+TEST(examples_steady, current_mode_has_the_multiplier_of_its_slopes_and_loses_its_stability_at_a_half) {
+    const std::vector<point_of_operation> found = operation_over_input();
+    ASSERT_EQ(found.size(), 11u);
+    double crossing = 0;
+    for (std::size_t k = 0; k < found.size(); ++k) {
+        const point_of_operation& p = found[k];
+        // With steps of 4 ns, 12 for a time constant of the latch, 0.7 %; with ten times as many, 0.1 %.
+        EXPECT_WITHIN(0.007, p.multiplier, -p.duty / (1 - p.duty)) << p.vin;
+        EXPECT_EQ(p.stable, p.duty < 0.5) << p.vin;
+        if (k == 0 || !(p.multiplier <= -1 && found[k - 1].multiplier > -1)) continue;
+        const point_of_operation& last = found[k - 1];
+        crossing = last.duty + (p.duty - last.duty) * (-1 - last.multiplier) / (p.multiplier - last.multiplier);
+    }
+    // The slope of d/(1 - d) is 4 there.
+    EXPECT_NEAR(crossing, 0.5, 0.007 / 4);
+}
+
+TEST(examples_steady, current_mode_alternates_in_a_transient_where_it_is_told_unstable) {
+    const std::string deck = deck_of("current_mode");
+    for (const bool unstable : {false, true}) {
+        const whole_run run(deck.substr(0, deck.find("begin_solve")) +
+                            "begin_solve\nsolve_type startup\nset_parm k_of_VIN " + (unstable ? "17" : "22") +
+                            "\nset_stparm y0_of_Q -1 i0_of_L1 4 v0_of_C1 9\nend_solve\n" +
+                            transient("initial_sol previous\nmethod: trapezoidal=yes t_end=1m delt_const=4n "
+                                      "itmax_trns=10000000",
+                                      "il\ncontrol: out_tstart=0.79m fixed_interval=19n"));
+        ASSERT_FALSE(run.stopped) << run.text;
+        std::vector<double> lowest(10, INFINITY);  // around each pulse of the clock
+        for (const auto& row : run.rows("trns.dat")) {
+            const double k = std::floor((row[0] - 0.79e-3) / 20e-6);
+            if (k >= 0 && k < 10) lowest[static_cast<std::size_t>(k)] = std::min(lowest[static_cast<std::size_t>(k)], row[1]);
+        }
+        for (std::size_t k = 1; k < 10; ++k) {
+            const double change = std::fabs(lowest[k] - lowest[k - 1]);
+            // 40 periods leave 0.69^40 of a difference; of one that grows by 1.17 there is all that the clock allows.
+            if (unstable)
+                EXPECT_GT(change, 0.1) << k;
+            else
+                EXPECT_LT(change, 1e-3) << k;
+        }
+    }
+}
