@@ -179,6 +179,15 @@ const picture pictures[] = {
      0,
      0,
      {{"wave_24.dat", 1, "inductor", "A"}, {"wave_24.dat", 3, "switch", ""}}},
+    {"llc_gain",
+     "Half-bridge resonant converter at 80 kHz: one period",
+     "time",
+     0,
+     0,
+     {{"wave_80.dat", 5, "leg", "V"},
+      {"wave_80.dat", 4, "resonant capacitor", "V"},
+      {"wave_80.dat", 2, "resonant inductor", "A"},
+      {"wave_80.dat", 3, "magnetizing", "A"}}},
 };
 
 // Of a file over frequency. A window is one in the complex plane: of the real part, and of the imaginary one.
