@@ -10,6 +10,7 @@
 #include "analyses/levels.h"
 #include "analyses/newton.h"
 #include "analyses/period_check.h"
+#include "analyses/rparm_passes.h"
 #include "analyses/solution_vector.h"
 #include "analyses/step_control.h"
 #include "analyses/trns_solve.h"
@@ -266,6 +267,9 @@ void solve_ssw_1(run_state& r, shot kind) {
         const bool first = slv.now.iter_trns == 0;
         r.flags.iter_trns = r.flags.iter_trns_1 = slv.now.iter_trns;
         r.flags.trns_first = first ? 1 : 0;
+        if (r.c.cct.flag_setrparm) set_rparm_2(r);
+        if (r.c.cct.flag_getrparm) get_rparm_2(r);
+        if (r.c.cct.flag_modulo && !first) gbce_modulo(r);
         if (first && kind == shot::map_only) use_rule(slv, false);
         take_step(r);
         double grown = slv.now.delt;

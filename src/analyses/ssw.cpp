@@ -5,6 +5,7 @@
 
 #include "analyses/convergence.h"
 #include "analyses/plan.h"
+#include "analyses/rparm_passes.h"
 #include "analyses/shot.h"
 #include "analyses/solution_vector.h"
 #include "analyses/unknown_names.h"
@@ -75,27 +76,17 @@ bool converged(run_state& r) {
 }
 
 // A state that keeps what it starts with, whatever that is: the map has the eigenvalue 1, and no start is better than
-// another. Its column of I less the map is the smallest against the size of the state's row and column.
+// another. The one that keeps most of itself is told.
 void check_determined(const run_state& r) {
     const ssw_class& s = r.ssw;
     const int n = s.n_statevar();
     if (!r.slv.method.ssw_known_period || n > most_for_multipliers) return;
     const auto found = eigenvalues(s.map, n);
     if (std::none_of(found.begin(), found.end(), [](const auto& x) { return std::abs(x - 1.0) < 1e-10; })) return;
+    const auto lost = [&](int i) { return std::fabs(s.ssw_mat[at(i) * at(n) + at(i)]); };
     int state = 0;
-    double smallest = 0.0;
-    for (int j = 0; j < n; ++j) {
-        double column = 0.0, row = 0.0;
-        for (int i = 0; i < n; ++i) {
-            column += std::fabs(s.ssw_mat[at(i) * at(n) + at(j)]);
-            row += std::fabs(s.ssw_mat[at(j) * at(n) + at(i)]);
-        }
-        const double size = row > 0.0 ? column / (column + row) : 0.0;
-        if (j == 0 || size < smallest) {
-            smallest = size;
-            state = j;
-        }
-    }
+    for (int i = 1; i < n; ++i)
+        if (lost(i) < lost(state)) state = i;
     halt({"solve_ssw: a period leaves some state as it was,", "   so that the circuit has no steady state of its own.",
           line("   Check ", name_of_unknown(r.c, r.mat, s.statevar_indx[at(state)])), "   Halting..."});
 }
@@ -173,6 +164,7 @@ void solve_ssw(run_state& r) {
     r.formed.keep();
     set_ssw(r);
     check_states(r);
+    check_rparm_sources(r.c);
     take_states(r);
     bool found = false;
     for (s.ssw_iter_newton = 0; s.ssw_iter_newton < slv.method.ssw_itmax_newton; ++s.ssw_iter_newton) {

@@ -3,6 +3,17 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/halt.h"
+#include "base/memory.h"
+
+namespace {
+// Told before pages are touched that the machine would not have in the end.
+void needs_room(const char* who, int n, double bytes_each) {
+    if (!fits_in_memory(n * bytes_each))
+        halt({line(who, ": there is not enough memory for ", n, " values."), "  Halting..."});
+}
+}  // namespace
+
 double sample_times::number(double t) const { return std::floor((t - t0) / period + 1e-6); }
 
 double sample_times::next(double t) const {
@@ -32,6 +43,7 @@ void discrete_filter::take(double x) const {
 
 void sliding_mean::resize(int n) {
     if (q_.size() == static_cast<std::size_t>(n)) return;
+    needs_room("sliding_mean", n, sizeof(double));
     q_.assign(static_cast<std::size_t>(n), 0.0);
     clear();
 }
@@ -63,6 +75,7 @@ int mean_slots::take() {
 
 void delay_line::resize(int n_points) {
     if (t_.size() == static_cast<std::size_t>(n_points)) return;
+    needs_room("delay_line", n_points, 2 * sizeof(double));
     t_.assign(static_cast<std::size_t>(n_points), 0.0);
     x_ = t_;
     n_ = oldest_ = 0;

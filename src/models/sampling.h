@@ -46,6 +46,7 @@ struct mean_slots {
     std::vector<sliding_mean> slot;
     // The next free slot, or -1 if there would be more than the limit.
     int take();
+    bool has(int i) const { return i >= 0 && static_cast<std::size_t>(i) < slot.size(); }
     sliding_mean& operator[](int i) { return slot[static_cast<std::size_t>(i)]; }
 };
 

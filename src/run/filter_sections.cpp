@@ -1,6 +1,7 @@
 #include "run/filter_sections.h"
 
 #include <algorithm>
+#include <array>
 
 #include "base/at.h"
 #include "base/halt.h"
@@ -12,22 +13,40 @@ constexpr const char *composite_type = "filter_1", *section_type = "filter_1", *
 
 std::string_view type_of(const circuit& c, int unit) { return c.lib.xbes.list.entry[c.xbeu.unit.i_lib[at(unit)]]; }
 
-// The parameter of a unit by its word.
+// Position of a parameter by its word. Libraries are read with the deck, so an entry need not have it.
+template <class T>
+int parameter(const pair_list<T>& list, const library_lists& lib, int e, std::string_view word) {
+    const int i = list.find(e, word);
+    if (i < 0) halt({line("dp_class::xce_filter_1: ", lib.entry[e], " has no parameter ", word, "."), "  Halting..."});
+    return i;
+}
+
 double& real_of(circuit& c, int unit, std::string_view word) {
-    return c.xbeu.unit.rprm.row(unit)[c.lib.xbes.list.rprm.find(c.xbeu.unit.i_lib[at(unit)], word)];
+    const library_lists& list = c.lib.xbes.list;
+    return c.xbeu.unit.rprm.row(unit)[parameter(list.rprm, list, c.xbeu.unit.i_lib[at(unit)], word)];
 }
 int& integer_of(circuit& c, int unit, std::string_view word) {
-    return c.xbeu.unit.iprm.row(unit)[c.lib.xbes.list.iprm.find(c.xbeu.unit.i_lib[at(unit)], word)];
+    const library_lists& list = c.lib.xbes.list;
+    return c.xbeu.unit.iprm.row(unit)[parameter(list.iprm, list, c.xbeu.unit.i_lib[at(unit)], word)];
 }
+
+using coefficients = std::array<double, max_filter_degree + 1>;
 
 filter_sections expansion_of(const circuit& c, int instance) {
     const library_lists& list = c.lib.xels.list;
     const int e = c.xelu.i_lib[at(instance)];
-    const auto degree = [&](std::string_view word) { return c.xelu.iprm.row(instance)[list.iprm.find(e, word)]; };
-    const double* real = c.xelu.rprm.row(instance);
-    // Coefficients follow one another from n0 and from d0 on.
-    return expand_filter(degree("degree_n"), real + list.rprm.find(e, "n0"), degree("degree_d"),
-                         real + list.rprm.find(e, "d0"));
+    const auto degree = [&](std::string_view word) {
+        return c.xelu.iprm.row(instance)[parameter(list.iprm, list, e, word)];
+    };
+    const auto polynomial = [&](const char* letter) {
+        coefficients a;
+        for (std::size_t k = 0; k < a.size(); ++k)
+            a[k] = c.xelu.rprm.row(instance)[parameter(list.rprm, list, e, line(letter, k))];
+        return a;
+    };
+    const int degree_n = degree("degree_n"), degree_d = degree("degree_d");
+    const coefficients n = polynomial("n"), d = polynomial("d");
+    return expand_filter(degree_n, n.data(), degree_d, d.data());
 }
 
 void write_sections(circuit& c, int instance) {
@@ -36,10 +55,9 @@ void write_sections(circuit& c, int instance) {
     for (int u = c.xelu.first_unit[at(instance)]; u < c.xelu.first_unit[at(instance) + 1]; ++u) {
         if (type_of(c, u) == sum_type) {
             real_of(c, u, "a0") = f.a0;
-            double *weight_z = &real_of(c, u, "c1"), *weight_zd = &real_of(c, u, "d1");
-            for (const filter_section& s : f.section) {
-                *weight_z++ = s.c;
-                *weight_zd++ = s.d;
+            for (std::size_t i = 0; i < f.section.size(); ++i) {
+                real_of(c, u, line("c", i + 1)) = f.section[i].c;
+                real_of(c, u, line("d", i + 1)) = f.section[i].d;
             }
         } else if (type_of(c, u) == section_type && k < f.section.size()) {
             const filter_section& s = f.section[k++];

@@ -104,6 +104,28 @@ expect 'no memory for the deck' 1 "$(cat ../status)"
 expect 'no memory for the deck: text' 'main: there is not enough memory for this.
   Halting...' "$(said)"
 cd .. || exit 1
+# Nor for the past of a block.
+past() { # parameters of a block with the input u and the output y
+    cat >past.in <<end
+title: t
+begin_circuit
+xelement name=S type=srcac y=u a=1 f_hz=50
+xelement name=D x=u y=y $1
+end_circuit
+end_cf
+end
+    (
+        ulimit -v 1000000
+        bounded "$tnl" run past.in
+    )
+}
+expect 'no memory for a delay' 1 "$(past 'type=delay_2 n_delay=2147483647')"
+expect 'no memory for a delay: text' 'delay_line: there is not enough memory for 2147483647 values.' \
+    "$(said | grep 'memory for')"
+expect 'no memory for a mean' 1 "$(past 'type=rms_mv n_smp=2147483647')"
+expect 'no memory for a mean: text' 'sliding_mean: there is not enough memory for 2147483647 values.' \
+    "$(said | grep 'memory for')"
+rm -rf past.in past.in.run
 yes '# a comment' | head -c 60000000 >deck.in
 (
     ulimit -v 100000

@@ -1,7 +1,9 @@
 #include "library_parts.h"
 
+#include <algorithm>
 #include <sstream>
 
+#include "base/halt.h"
 #include "library/basic/basic_reader.h"
 #include "library/composite/composite_reader.h"
 
@@ -36,4 +38,11 @@ void read_composites_of(std::string_view text, const composite_form& form, const
                         const basic_library& basic_ac, composite_library& lib) {
     text_file file = text_file_of(text);
     read_composites(file, form, basic, basic_ac, lib);
+}
+
+void refuse_paths(const basic_library& basic, const composite_library& composites) {
+    auto is_path = [](const std::string& s) { return s.find('/') != std::string::npos; };
+    for (const std::vector<std::string>* all :
+         {&basic.list.sprm.dflt, &composites.list.sprm.dflt, &composites.be.sprm.data})
+        if (std::any_of(all->begin(), all->end(), is_path)) halt({"fuzz: a path. Halting..."});
 }

@@ -14,3 +14,5 @@ std::array<std::string_view, 3> cut_parts(std::string_view text);
 void read_elements(std::string_view text, const basic_form& form, const basic_library& otherwise, basic_library& lib);
 void read_composites_of(std::string_view text, const composite_form& form, const basic_library& basic,
                         const basic_library& basic_ac, composite_library& lib);
+// Halts where a string parameter is a path: files must stay in the folder of the process.
+void refuse_paths(const basic_library& basic, const composite_library& composites);

@@ -11,7 +11,7 @@ export ASAN_OPTIONS="${ASAN_OPTIONS:-malloc_context_size=3}"
 # A check of a change must not depend on luck.
 seed=
 if [ "${CI:-}" = true ]; then seed=-seed=1; fi
-[ $# -gt 0 ] || set -- deck library blocks data expression solution check composites measure words
+[ $# -gt 0 ] || set -- deck library blocks digital explicit mixed data expression solution check composites measure words
 for name in "$@"; do
     corpus=$build/fuzz/corpus/$name
     mkdir -p "$corpus"
@@ -20,7 +20,7 @@ for name in "$@"; do
     case $name in # bytes of a text; short ones run faster
         expression | measure) longest=200 ;;
         data) longest=1000 ;;
-        library | blocks) longest=12000 ;;
+        library | blocks | explicit) longest=12000 ;;
         *) longest=4000 ;;
     esac
     # shellcheck disable=SC2086  # one option or none

@@ -12,13 +12,16 @@ bool keep_short(run_state& r) {
     at_most(slv.method.itmax_newton, 40);
     at_most(slv.method.itmax_newton_first, 40);
     at_most(slv.method.itmax_line_search, 5);
+    at_most(slv.method.x_itmax_newton, 20);
+    at_most(slv.method.x_itmax_newton_first, 20);
     at_most(slv.method.gmin_npoints, 5);
     at_most(slv.method.gmin_itmax_newton, 20);
     at_most(slv.task.automatic.itmax_sweep, 20);
     at_most(slv.method.itmax_trns, 200);
     at_most(slv.task.n_freq, 20);
-    return r.c.ebeu.n() <= max_unknowns && r.c.gbeu.n() <= max_unknowns && r.mat.n_svec <= max_unknowns &&
-           slv.task.n_sweep <= max_points && slv.task.n_sync <= max_points;
+    at_most(slv.method.ssw_itmax_newton, 4);
+    return r.c.ebeu.n() <= max_unknowns && r.c.gbeu.n() <= max_unknowns && r.c.xbeu.n() <= max_unknowns &&
+           r.mat.n_svec <= max_unknowns && slv.task.n_sweep <= max_points && slv.task.n_sync <= max_points;
 }
 
 void solve_one_frequency(run_state& r) {

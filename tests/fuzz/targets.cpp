@@ -78,6 +78,7 @@ void add_form(const basic_form& form, word_set& all) {
     all.insert(std::string(form.lib.end));
     for (const flag_word& f : form.flags) all.insert(std::string(f.word) + "=yes");
     for (const list_line& l : form.lines) all.insert(l.keyword);
+    for (const function_form& f : form.functions) all.insert({f.count, std::string("\\x0a") + f.letter + '_'});
 }
 
 // Words of elements and composites of one family.
@@ -147,6 +148,9 @@ std::string mixed_words() {
     return as_dictionary(all);
 }
 std::string digital_words() { return words_of_family(dbes_form, dbes_form, dels_form); }
+std::string explicit_words() {
+    return words_of_family(xbes_form, xbac_form, xels_form) + "\"filter_1\"\n\"sum_filter_1\"\n\"current\"\n";
+}
 
 std::string composite_words() {
     const std::string blocks = block_words();
@@ -197,6 +201,7 @@ constexpr fuzz_target targets[] = {
     {"library", fuzz_library, library_words},
     {"blocks", fuzz_blocks, block_words},
     {"digital", fuzz_digital, digital_words},
+    {"explicit", fuzz_explicit, explicit_words},
     {"mixed", fuzz_mixed, mixed_words},
     {"data", fuzz_data, data_words},
     {"expression", fuzz_expression, expression_words},

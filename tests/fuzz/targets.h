@@ -11,6 +11,7 @@ bool fuzz_deck(std::string_view text);        // a deck on the installed librari
 bool fuzz_library(std::string_view text);     // libraries of elements and composites, then a deck that uses each one
 bool fuzz_blocks(std::string_view text);      // libraries of general blocks, then a deck that uses each composite
 bool fuzz_digital(std::string_view text);     // libraries of digital elements, then a deck that uses each composite
+bool fuzz_explicit(std::string_view text);    // libraries of explicit blocks, then decks that use each composite
 bool fuzz_mixed(std::string_view text);       // mixed composites, then a deck that uses each one
 bool fuzz_data(std::string_view text);        // a data file, and transients of the blocks that read one
 bool fuzz_expression(std::string_view text);  // each line as a word: expressions, numbers, cuts

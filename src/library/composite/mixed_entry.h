@@ -70,7 +70,7 @@ struct mixed_values {
 template <class T>
 mixed_values<T> read_mixed_values(const mixed_entry& entry, const mixed_call& call, const mixed_group<T>& g,
                                   statement_keys& keys) {
-    const library_form& form = library_forms[lib_gmes];
+    const std::string_view class_name = library_forms[lib_gmes].class_name;
     const pair_list<T>&list = call.callees.list.*g.list, &own = entry.lib.list.*g.list;
     // What the callee computes cannot be set.
     int n = list.count(call.i_callee), first_digital = n;
@@ -87,7 +87,7 @@ mixed_values<T> read_mixed_values(const mixed_entry& entry, const mixed_call& ca
             int link = own.find(entry.e, word);
             if (link >= 0 && g.n_analog && (link >= (entry.lib.*g.n_analog)[word_list::at(entry.e)]) != digital)
                 link = -1;
-            link_or_literal(own, entry.e, link, form.class_name, word, digital, value, flag);
+            link_or_literal(own, entry.e, link, class_name, word, digital, value, flag);
         };
         if (j < n) {
             const std::string_view key = list.word(call.i_callee, j);

@@ -207,6 +207,12 @@ private:
         body_.push_back(b);
     }
 
+    static std::string call_of(int library, const std::string& type) {
+        const library_form& form = library_forms[library];
+        return "there is " + std::string(form.begin) + " " + type + ": " + std::string(form.call) +
+               (form.statement.empty() ? " type=" : " ") + type + " ...";
+    }
+
     void unknown_type(const own_line& l, int at, int library, const std::string& type) {
         std::string near;
         for (const std::string& n : near_names(d_.types.libraries().library[library], type))
@@ -215,9 +221,7 @@ private:
         std::string advice;
         for (int other = 0; other < n_libraries; ++other)
             if (other != library && d_.types.find(other, type) != nullptr && advice.empty())
-                advice = "there is " + std::string(library_forms[other].begin) + " " + type + ": " +
-                         std::string(library_forms[other].call) +
-                         (library_forms[other].statement.empty() ? " type=" : " ") + type + " ...";
+                advice = call_of(other, type);
         error(place(l, at), "unknown-type",
               "there is no " + std::string(basic ? "basic element " : "composite ") + type + near, advice);
     }

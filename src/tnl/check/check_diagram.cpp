@@ -65,13 +65,13 @@ void check_computed_once(checked_deck& d, const used_names& used) {
             }
         }
         if (used.unsure) continue;
-        if (writer == nullptr)
+        if (writer == nullptr && reader != nullptr)
             d.report.error("not-written", reader->at,
                            "no block computes the variable " + name + ", which " + element(d, *reader).name + " reads" +
                                near_text(computed, name),
                            "is the name misspelt? xelement type=const gives a variable a fixed value");
-        else if (reader == nullptr && asked.count(name) == 0 && !useful.count(&element(d, *writer)) &&
-                 !has_lost_outvars(d) &&
+        else if (writer != nullptr && reader == nullptr && asked.count(name) == 0 &&
+                 !useful.count(&element(d, *writer)) && !has_lost_outvars(d) &&
                  element(d, *writer).type->x_node.empty())  // a current of a network is seldom asked for
             d.report.warning("not-read", writer->at, "nobody reads the variable " + name);
     }

@@ -71,16 +71,13 @@ void check_drivers(checked_deck& d, const used_names& nodes) {
                 driver = &u;
         }
         if (driver != nullptr || reader == nullptr || nodes.unsure) continue;
-        const std::string who = element(d, *reader).name;
+        const std::string what = "the digital node " + name + ", which " + element(d, *reader).name + " reads";
         if (electrical)
-            d.report.error("not-driven", reader->at,
-                           "no digital element is at the digital node " + name + ", which " + who + " reads" +
-                               near_text(driven, name),
+            d.report.error("not-driven", reader->at, "no digital element is at " + what + near_text(driven, name),
                            "delement type=dsrc y0=1 gives it a fixed level");
         else if (!given.count(name))
             d.report.warning("not-driven", reader->at,
-                             "nothing drives the digital node " + name + ", which " + who + " reads: it stays unknown" +
-                                 near_text(driven, name),
+                             "nothing drives " + what + ": it stays unknown" + near_text(driven, name),
                              "delement type=dsrc y0=1 gives it a fixed level, set_dgtl in a block its first one");
     }
 }

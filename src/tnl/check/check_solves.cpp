@@ -103,7 +103,7 @@ private:
                 const std::string value = d_.word(i, j + 1);
                 if (type_name(*m) == std::string_view("flag") && value != "yes" && value != "no")
                     d_.report.warning("not-yes-or-no", {i, j + 1},
-                                      word + " is on for yes and off for all else: " + value, word + "=yes");
+                                      (word + " is on for yes and off for all else: ").append(value), word + "=yes");
                 if (!given_.insert_or_assign(word, deck_word{i, j}).second)
                     d_.report.warning("given-twice", {i, j}, word + " is given twice; the last one counts");
             }

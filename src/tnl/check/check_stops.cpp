@@ -171,6 +171,29 @@ void tell_digital_node(checked_deck& d, const told_stop& s, const stop_kind& kin
     tell_near(d, s, kind, d.c.cct.dct.name);
 }
 
+
+// All elements with a part of which a periodic block knows no state: it keeps something from step to step.
+void tell_not_periodic(checked_deck& d, const told_stop&, const stop_kind& kind) {
+    for (const int f : {fam_e, fam_g}) {
+        const unit_core& unit = f == fam_e ? d.c.ebeu.unit : d.c.gbeu.unit;
+        const basic_library& lib = f == fam_e ? d.c.lib.ebes : d.c.lib.gbes;
+        const instance_core& instances = d.c.instances(f);
+        int last = -1;
+        for (int u = 0; u < unit.n; ++u) {
+            const auto i = static_cast<std::size_t>(unit.i_inst[static_cast<std::size_t>(u)]);
+            const int e = unit.i_lib[static_cast<std::size_t>(u)];
+            if (lib.flag.allow_ssw[static_cast<std::size_t>(e)] || unit.i_inst[static_cast<std::size_t>(u)] == last)
+                continue;
+            last = unit.i_inst[static_cast<std::size_t>(u)];
+            const std::string type(lib.list.entry[e]);
+            d.report.error(kind.code, {instances.statement[i], 0},
+                           "an ssw block cannot stand with " + instances.name[i] + ": " + type +
+                               " keeps what no state holds",
+                           kind.advice);
+        }
+    }
+}
+
 constexpr const char* expressions =
     "an expression is $((a)op(b)) with op one of + - * / **, or $(f(a)) with exp, sin, cos; no blanks";
 constexpr const char* scales = "a number may end in one letter of G M k m u n p f, without a unit: 4.7u, 1e-3";
@@ -353,6 +376,21 @@ constexpr stop_kind kinds[] = {
      "mag_of_% and phase_of_% in one file", "variables:", tell_with_advice},
     {"single frequency only", "bad-variables", "results of small signals need a block of one frequency", "set_freq F",
      "variables:"},
+
+    // ---- periodic blocks
+    {"must specify period or frequency", "no-period", "an ssw block needs a period",
+     "ssw_period=20u or ssw_frequency=50k in method:", "method:"},
+    {"period or frequency must be specified", "no-period", "the search for a period needs a first guess of it",
+     "ssw_period=20u or ssw_frequency=50k in method:", "ssw_known_period"},
+    {"cannot assign both period and frequency", "bad-setting", "ssw_period and ssw_frequency say the same", "leave one",
+     "ssw_frequency"},
+    {"one of back_euler, back_euler_auto", "bad-setting", "this rule does not go with ssw",
+     "one of back_euler, back_euler_auto, trapezoidal, trapezoidal_auto", "gear2 gear2_fixed trbdf2 method:"},
+    {"SSW not allowed for * type:", "not-periodic", "",
+     "put something without memory in its place; a trns block finds the steady state of such a circuit, too", {},
+     tell_not_periodic},
+    {"do not set stparms in ssw", "misplaced", "^ means nothing in an ssw block, which starts from guesses",
+     "set_igparm, or a startup block before it and initial_sol previous", "set_stparm"},
 
     // ---- settings against each other and the circuit
     {"more than one chk_only_xxx", "bad-setting", "more than one chk_only_ word is on", "leave one",

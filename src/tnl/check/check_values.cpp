@@ -151,10 +151,9 @@ void check_unit(checked_deck& d, const element_type& type, const std::string& pa
     const auto doc = std::find_if(type.doc.words.begin(), type.doc.words.end(),
                                   [&](const word_doc& w) { return w.word == parameter; });
     if (doc == type.doc.words.end()) return;
-    const std::string word = d.word(at.statement, at.word);
+    const std::string word = d.word(at.statement, at.word), what = parameter + "=" + word;
     for (const unit_range& r : unit_ranges) {
         if (r.unit != doc->unit) continue;
-        const std::string what = parameter + "=" + word;
         if (r.mega_is_doubtful && word.ends_with('M'))
             d.report.warning("doubtful-value", at, what + " is mega: 1e6 " + doc->unit,
                              "M is 1e6, m is 1e-3, u is 1e-6");

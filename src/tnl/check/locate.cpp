@@ -345,7 +345,7 @@ std::vector<stop_place> elements_of_model(const std::vector<std::string>& lines,
         double said = 0, given = 0;
         if (equal == std::string_view::npos || !is_double(trimmed(rest.substr(equal + 1)), said)) continue;
         const std::string_view key = trimmed(rest.substr(0, equal));
-        const std::vector<stop_place> narrower = places_in(circuit, [&](int i) {
+        std::vector<stop_place> narrower = places_in(circuit, [&](int i) {
             const int j = is_type(i) < 0 ? -1 : find_word(deck, i, key, 1, 2);
             const bool same = j >= 0 && j + 1 < deck.statements.n_words(i) &&
                               is_double(deck.statements.word(i, j + 1), given) &&

@@ -22,9 +22,12 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_file, path, kind, columns
                                                 sweeps, digital, offset)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_place, file, line, column, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_warning, message, advice, places)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_multiplier, re, im)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_period, shots, converged, difference, period, stability, largest,
+                                                multipliers)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(run_record, version, deck, deck_hash, library_hash, title, options,
-                                                began, seconds, state, status, signal, message, places, warnings, files,
-                                                other_files)
+                                                began, seconds, state, status, signal, message, places, warnings,
+                                                periods, files, other_files)
 // NOLINTEND
 
 std::string to_json(const run_record& record) {

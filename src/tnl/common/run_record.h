@@ -50,6 +50,18 @@ struct record_warning {  // told by the simulator while it went on
     std::string message, advice;
     std::vector<record_place> places;  // that it speaks of
 };
+struct record_multiplier {  // an eigenvalue of the map from one period to the next
+    double re = 0, im = 0;
+};
+struct record_period {  // what a periodic block came to, in the order of the blocks
+    int shots = 0;
+    bool converged = false;
+    double difference = 0;  // of the states behind the last shot from those before it, root of the mean square
+    double period = 0;      // s, where the block searched for it; else 0
+    std::string stability;  // "stable", "unstable"; empty where it was not found
+    double largest = 0;     // modulus of the multipliers that count
+    std::vector<record_multiplier> multipliers;
+};
 struct run_record {
     std::string version;  // of tnl
     std::string deck;     // absolute path; "-" for standard input
@@ -64,6 +76,7 @@ struct run_record {
     std::string message;               // the simulator's text of the stop
     std::vector<record_place> places;  // that it speaks of
     std::vector<record_warning> warnings;
+    std::vector<record_period> periods;
     std::vector<record_file> files;
     // What else the run has put into its folder: deck and libraries as the simulator read them, data files, dumps.
     std::vector<std::string> other_files;

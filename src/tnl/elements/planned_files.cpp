@@ -135,7 +135,7 @@ std::string unit_of_word(const deck_names& names, const installed_libraries& lib
 
 // The type of an instance, also of one that has it from a model; empty: none.
 std::string type_of(const deck_names& names, int i_statement) {
-    const std::string type = value_of(names.deck, i_statement, "type");
+    std::string type = value_of(names.deck, i_statement, "type");
     if (!type.empty()) return type;
     const auto model = names.statement.find(value_of(names.deck, i_statement, "model"));
     return model == names.statement.end() ? "" : value_of(names.deck, model->second, "type");

@@ -147,7 +147,7 @@ void print(std::string_view text) {
 // Runs the simulator in .partial. Its text goes to standard output and, when asked for, how far it is to standard
 // error.
 process_result simulate(const run_options& options, double time_limit, const installation& where,
-                        const run_folder& folder, const deck_view& deck, warning_listener& listener) {
+                        const run_folder& folder, const deck_view& deck, run_listener& listener) {
     using clock = std::chrono::steady_clock;
     const clock::time_point start = clock::now();
     const auto now = [&] { return std::chrono::duration<double>(clock::now() - start).count(); };
@@ -259,13 +259,14 @@ run_result run_deck(const run_options& options, const installation& where) {
     side_work check([&] { return packed(check_deck(run.deck, libraries, {run.folder, options.force})); });
     const clock::time_point start = clock::now();
     const double left = options.time_limit > 0 ? std::max(least_limit, options.time_limit - since(begin)) : 0;
-    warning_listener listener;
+    run_listener listener;
     const process_result ended = simulate(options, left, where, folder, run.deck, listener);
     const held_signals hold;
     record.seconds = since(start);
     end_record(ended, record);
     run.timed_out = ended.timed_out;
     record.warnings = listener.warnings(run.deck);
+    record.periods = listener.periods();
     const std::size_t n_planned = record.files.size();
     run.t_last = count_files(folder.partial, record);
     std::optional<check_report> report;

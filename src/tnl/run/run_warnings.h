@@ -1,4 +1,5 @@
-// run_warnings.h -- what the simulator says of results that it goes on with: doubts, with their places in the deck.
+// run_warnings.h -- what the simulator says of results that it goes on with: doubts, with their places in the deck, and
+// what became of periodic blocks.
 #pragma once
 #include <string>
 #include <string_view>
@@ -9,20 +10,27 @@
 
 namespace cli {
 
-// Hears the simulator's text as it comes and keeps its warnings; their number is that of the solve blocks at most.
-class warning_listener {
+// Hears the simulator's text as it comes and keeps what it tells; there are few such lines a solve block.
+class run_listener {
 public:
     void take(std::string_view text);
-    // The place is the first element at the node that the warning names, or the instance that the node is inside of.
+    // The place is the first element at the node that the warning names, or the instance that the node is inside of; of
+    // a periodic block its type.
     std::vector<record_warning> warnings(const deck_view& deck) const;
+    // Of the periodic blocks that came to their end.
+    const std::vector<record_period>& periods() const { return periods_; }
 
 private:
     void note_line(std::string_view line);
+    void note_residual(std::string_view line);
+    void note_period(std::string_view line);
+    int this_block() const { return static_cast<int>(periods_.size()) + 1; }
 
     std::string waiting_;  // the line that has not ended
     std::vector<record_warning> heard_;
-    std::vector<std::string> node_;  // [heard_] "a", or "m of X1"
     bool advice_follows_ = false;
+    record_period period_;  // of the present block
+    std::vector<record_period> periods_;
 };
 
 // "deck.in:4:38: warning: text", the line with a caret, and the advice; lines begin with the indent.

@@ -211,6 +211,13 @@ TEST(explicit_ac, forms_refuse_denominators_that_are_no_polynomial_of_their_degr
                 "d_filter_z0_p2.ssx: b2=0 ?!\n");
 }
 
+TEST(explicit_ac, degrees_that_a_block_sets_stay_within_the_coefficients) {
+    for (const std::string degree : {"degree_n_of_F 10", "degree_n_of_F -1", "degree_d_of_F 2147483647"})
+        expect_stop(diagram(source + "xelement name=F type=filter_1 x=u y=y\n" + shown, "set_freq 1k", columns,
+                            "set_parm " + degree + "\n"),
+                    "filter_1.ssx: check degree_n, degree_d. Halting...\n");
+}
+
 TEST(explicit_ac, patterns_are_dumped_on_demand) {
     const whole_run run(diagram("output xbce smat\n" + source + "xelement name=K type=multscl x=u y=y\n" + shown,
                                 "set_freq 1k", columns));

@@ -170,4 +170,30 @@ TEST(filter_1, cannot_be_called_by_a_composite) {
               "  Halting...\n");
 }
 
+// A working folder has libraries of its own, in which a type of that name need not be the one that is meant.
+TEST(filter_1, names_the_word_that_an_entry_of_its_name_lacks) {
+    const auto text_with = [](const std::string& changed, const std::string& before, const std::string& after) {
+        const temp_folder folder;
+        fill_working_folder(".", deck(source + "xelement name=F type=filter_1 x=u y=y\n", "y"),
+                            [&](const std::string& file, std::string& library) {
+                                if (file != changed) return;
+                                const std::size_t at = library.find(before);
+                                ASSERT_NE(at, std::string::npos) << before;
+                                library.replace(at, before.size(), after);
+                            });
+        return run_and_listen([] { run_tarnel(); }).text;
+    };
+    const auto lacks = [](const std::string& entry, const std::string& word) {
+        return "dp_class::xce_filter_1: " + entry + " has no parameter " + word + ".\n  Halting...\n";
+    };
+    EXPECT_EQ(text_with("xbes.aux", "iparms: order=1", "iparms: degree=1"), lacks("filter_1", "order"));
+    EXPECT_EQ(text_with("xbes.aux", "rparms: kx=0 kp=0", "rparms: k1=0 kp=0"), lacks("filter_1", "kx"));
+    EXPECT_EQ(text_with("xbes.aux", "rparms: a0=0 c1=0", "rparms: a0=0 c0=0"), lacks("sum_filter_1", "c1"));
+    const std::string other =
+        "xce name=filter_1\nbegin_dc\nmain_vars: x y\naux_vars: zd\ngvars:\noutvar:\nbias:\niparms: degree_d=1\n"
+        "sparms:\nrparms: n0=1\nrparms_derived:\nstparms:\nxbe type=filter_1 name=s x=x w=x z=y zd=zd\nend_dc\nC:\n"
+        "endC\nbegin_ac\noutvar_ac:\nend_ac\nendxce\nxce name=filter_1 allow_ac=yes";
+    EXPECT_EQ(text_with("xels.aux", "xce name=filter_1 allow_ac=yes", other), lacks("filter_1", "degree_n"));
+}
+
 }  // namespace

@@ -1,5 +1,5 @@
-// Counts what the loop over frequencies and that over digital events take from the heap. The counting operators serve
-// the whole test program.
+// Counts what the loops over frequencies, over digital events and over the steps of a period take from the heap. The
+// counting operators serve the whole test program.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -9,6 +9,7 @@
 #include "analyses/digital.h"
 #include "analyses/evaluate.h"
 #include "analyses/explicit_step.h"
+#include "analyses/shot.h"
 #include "dc_fixture.h"
 #include "output/row_writers.h"
 
@@ -125,4 +126,30 @@ TEST(explicit_steps, take_nothing_from_the_heap) {
         before = n_allocations - before;
     });
     EXPECT_EQ(before, 0);
+}
+
+TEST(solve_ssw_1, allocates_as_much_for_ten_periods_as_for_one) {
+    const temp_folder folder;
+    const auto allocations = [](const std::string& periods) {
+        circuit c = circuit_of(
+            "title: test\nbegin_circuit\nrefnode 0\neelement name=V1 type=vsrcac p=a n=0 a=5 f_hz=1k\n"
+            "eelement name=R1 type=r p=a n=b\neelement name=D1 type=diode p=b n=c\neelement name=C1 type=c p=c n=0\n"
+            "eelement name=L1 type=l p=c n=d\neelement name=R2 type=r p=d n=0\n"
+            "eelement name=M type=voltmeter_fb p=c n=0 y=x\ngelement name=F type=lag_1 x=x y=y\nend_circuit\n"
+            "begin_solve\nsolve_type ssw\nmethod: ssw_period=1m trapezoidal=yes ssw_period_mult=" +
+                periods + "\nend_solve\nend_cf\n",
+            installed_libraries());
+        run_state r(c);
+        long n = 0;
+        run_and_listen([&] {
+            prepare_circuit(r);
+            read_block(r, 0);
+            run_block(r);
+            const long before = n_allocations;
+            solve_ssw_1(r, shot::search);
+            n = n_allocations - before;
+        });
+        return n;
+    };
+    EXPECT_EQ(allocations("10"), allocations("1"));
 }

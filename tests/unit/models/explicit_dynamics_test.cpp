@@ -287,6 +287,20 @@ TEST(explicit_means, have_as_many_slots_as_the_dimensions_allow_and_keep_theirs)
     EXPECT_HALT(r.prepare(), "rms_mv.xbe: index > M_RMS_MV_XBE.\n");
 }
 
+// A library of the user's own may give them any number to begin with.
+TEST(explicit_means, take_a_slot_where_theirs_is_none_that_was_taken) {
+    for (const std::string name : {"average_mv", "rms_mv"}) {
+        explicit_unit u(name);
+        u.i("slot") = 7;
+        run_and_listen([&] { u.prepare(); });
+        EXPECT_EQ(u.i("slot"), 0) << name;
+        u.guess();
+        u.vr("x") = 2;
+        u.accept(0);
+        EXPECT_EQ(u.output(0.5), 2) << name;
+    }
+}
+
 TEST(explicit_means, refuse_windows_without_samples) {
     for (const std::string name : {"average_mv", "rms_mv"}) {
         explicit_unit u(name);

@@ -98,7 +98,7 @@ const change changes[] = {
     {"solve_type dc", "solve_type dcc", "14:12 unknown-solve-type"},
     {"solve_type dc", "solve_type ac",
      "14:1 no-frequency, ~14:12 no-ac-source, 18:12 output-kind, 18:20 output-kind, 23:13 no-previous"},
-    {"solve_type dc", "solve_type ssw", "14:12 unknown-solve-type, 15:1 misplaced"},
+    {"solve_type dc", "solve_type ssw", "13:1 no-period, 15:1 misplaced"},
     {"initial_sol", "inital_sol", "23:1 unknown-statement"},
     {"eelement name=R2", "element name=R2", "8:1 unknown-statement"},
     {"variables: vout", "variable: vout", "25:1 no-variables, ~27:1 unread-statement"},
