@@ -74,8 +74,9 @@ std::string number(double x) {
 std::string block(const ssw_case& k, const std::string& type, const std::string& start, const std::string& words,
                   double t_end) {
     return "begin_solve\nsolve_type " + type + "\ninitial_sol " + start + "\nmethod: " + k.method +
-           "=yes itmax_trns=1000000000 " + words + "\nbegin_output\nfilename " + type + ".dat\nvariables: " +
-           k.variables + "\ncontrol: out_tstart=" + number(t_end - 0.5 * k.period / k.n_div) + "\nend_output\nend_solve\n";
+           "=yes itmax_trns=1000000000 " + words + "\nbegin_output\nfilename " + type +
+           ".dat\nvariables: " + k.variables + "\ncontrol: out_tstart=" + number(t_end - 0.5 * k.period / k.n_div) +
+           "\nend_output\nend_solve\n";
 }
 std::vector<double> last_row(const std::string& path) {
     std::istringstream lines(read_file(path));
@@ -117,8 +118,8 @@ struct measured {
 
 // What both begin with counts for the search where it is a transient.
 measured search(const ssw_case& k) {
-    const std::string words = "ssw_chk_rhs2=yes ssw_period=" + number(k.period) + " ssw_ndiv=" +
-                              std::to_string(k.n_div) + (k.known_period ? "" : " ssw_known_period=no");
+    const std::string words = "ssw_chk_rhs2=yes ssw_period=" + number(k.period) +
+                              " ssw_ndiv=" + std::to_string(k.n_div) + (k.known_period ? "" : " ssw_known_period=no");
     elaborated e(circuit_text(k) + block(k, "ssw", k.start, words, k.period) + "end_cf\n");
     measured m;
     const int n_before = n_blocks(k.before);
@@ -140,8 +141,8 @@ bool near(const std::vector<double>& a, const std::vector<double>& b) {
 measured transient(const ssw_case& k, const measured& found) {
     const double t_end = k.n_chunk * found.period;
     const std::string words = "t_end=" + number(t_end) + " delt_const=" + number(k.period / k.n_div);
-    elaborated e(circuit_text(k) + block(k, "trns", k.start, words, t_end) + block(k, "trns", "previous", words, t_end) +
-                 "end_cf\n");
+    elaborated e(circuit_text(k) + block(k, "trns", k.start, words, t_end) +
+                 block(k, "trns", "previous", words, t_end) + "end_cf\n");
     measured m;
     std::vector<double> settled = found.row;
     const int n_before = n_blocks(k.before);

@@ -224,7 +224,8 @@ TEST(examples_steady, van_der_pol_has_the_period_and_the_multipliers_of_its_limi
     const limit_cycle one = van_der_pol(1), two = van_der_pol(2);
     EXPECT_NEAR(one.period, 6.6632868593, 1e-9);  // as published
     EXPECT_NEAR(two.period, 7.6298744800, 1e-9);
-    // The error of the rule is h^2 w^2/12 of the period of a sine, 6e-8 at 1 rad/s and h = 0.33 ms; some parts are steeper.
+    // The error of the rule is h^2 w^2/12 of the period of a sine, 6e-8 at 1 rad/s and h = 0.33 ms; some parts are
+    // steeper.
     EXPECT_NEAR(periods[0], one.period, 2e-7);
     EXPECT_NEAR(periods[1], two.period, 6e-7);
     EXPECT_NEAR(multipliers[0], 1, 1e-6);
@@ -317,7 +318,8 @@ TEST(examples_steady, current_mode_alternates_in_a_transient_where_it_is_told_un
         std::vector<double> lowest(10, INFINITY);  // around each pulse of the clock
         for (const auto& row : run.rows("trns.dat")) {
             const double k = std::floor((row[0] - 0.79e-3) / 20e-6);
-            if (k >= 0 && k < 10) lowest[static_cast<std::size_t>(k)] = std::min(lowest[static_cast<std::size_t>(k)], row[1]);
+            if (k >= 0 && k < 10)
+                lowest[static_cast<std::size_t>(k)] = std::min(lowest[static_cast<std::size_t>(k)], row[1]);
         }
         for (std::size_t k = 1; k < 10; ++k) {
             const double change = std::fabs(lowest[k] - lowest[k - 1]);
@@ -361,8 +363,10 @@ struct llc {
         ilm += slope.ilm - middle.ilm;
         vw = conducts == 0 ? vw + slope.vw - middle.vw : slope.vw;
         vout += slope.vout - middle.vout;
-        if (conducts == 0 && std::fabs(vw) >= 8 * vout) conducts = vw > 0 ? 1 : -1;
-        else if (conducts != 0 && conducts * (ilr - ilm) < 0) conducts = 0;
+        if (conducts == 0 && std::fabs(vw) >= 8 * vout)
+            conducts = vw > 0 ? 1 : -1;
+        else if (conducts != 0 && conducts * (ilr - ilm) < 0)
+            conducts = 0;
     }
 };
 struct llc_period {
@@ -413,11 +417,12 @@ TEST(examples_steady, llc_gain_at_80_khz_is_where_a_transient_ends) {
         ASSERT_FALSE(run.stopped) << run.text;
         found = run.rows("wave_80.dat").back();
     }
-    const whole_run run = circuit_in_time("llc_gain",
-                                          "set_parm t1_of_CH 6.05u t2_of_CH 6.45u t1_of_CL 6.05u t2_of_CL 6.45u t0_of_CL "
-                                          "6.25u\ninitial_sol initialize\nmethod: back_euler=yes t_end=5m "
-                                          "delt_const=12.5n itmax_trns=10000000",
-                                          "vout ilr ilm vcr\ncontrol: out_tstart=4.99m");
+    const whole_run run =
+        circuit_in_time("llc_gain",
+                        "set_parm t1_of_CH 6.05u t2_of_CH 6.45u t1_of_CL 6.05u t2_of_CL 6.45u t0_of_CL "
+                        "6.25u\ninitial_sol initialize\nmethod: back_euler=yes t_end=5m "
+                        "delt_const=12.5n itmax_trns=10000000",
+                        "vout ilr ilm vcr\ncontrol: out_tstart=4.99m");
     ASSERT_FALSE(run.stopped) << run.text;
     const table rows = run.rows("trns.dat");
     ASSERT_GT(rows.size(), 10u) << run.text;
