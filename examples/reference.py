@@ -27,6 +27,41 @@ def follow(rate, x, t_end, h, keep=lambda t, x: x):
     return points, h
 
 
+def steady(rate, x, period, h):
+    """The same over a period that ends where it begins: Newton's method, derivatives by differences."""
+    def ended(x):
+        for k in range(round(period / h)):
+            d, _ = rate(k * h, x)
+            d, _ = rate((k + 0.5) * h, [a + 0.5 * h * b for a, b in zip(x, d)])
+            x = [a + h * b for a, b in zip(x, d)]
+        return x
+    for _ in range(8):
+        end = ended(x)
+        columns = []
+        for j in range(len(x)):
+            moved = list(x)
+            moved[j] += 1e-6
+            columns.append([(a - b) / 1e-6 for a, b in zip(ended(moved), end)])
+        step = solved([[float(i == j) - columns[j][i] for j in range(len(x))] for i in range(len(x))],
+                      [a - b for a, b in zip(end, x)])
+        x = [a + b for a, b in zip(x, step)]
+        if max(abs(b) for b in step) < 1e-9:
+            break
+    return follow(rate, x, period, h)
+
+
+def solved(a, b):
+    """x of a x = b by elimination."""
+    rows = [row + [y] for row, y in zip(a, b)]
+    for j in range(len(b)):
+        pivot = max(range(j, len(b)), key=lambda i: abs(rows[i][j]))
+        rows[j], rows[pivot] = rows[pivot], rows[j]
+        for i in range(len(b)):
+            if i != j:
+                rows[i] = [y - rows[i][j] / rows[j][j] * z for y, z in zip(rows[i], rows[j])]
+    return [row[-1] / row[j] for j, row in enumerate(rows)]
+
+
 def current_not_below_0(t, x):
     return [max(x[0], 0.0)] + x[1:]
 
@@ -273,6 +308,41 @@ def rectifier_power(path):
     h = [math.hypot(x, y) for x, y in zip(a, b)]
     rms = math.sqrt(c)
     return p, rms, p / (top / math.sqrt(2) * rms), math.sqrt(sum(x * x for x in h[2:])) / h[1]
+
+
+def buck_steady(_):
+    def rate(t, x):
+        i, v = x
+        u = (24.0 if is_on(t, 20e-6, 8e-6, 10e-9) else 0.0) - 1e-3 * i
+        return [(u - v) / 100e-6, (i - v / 4) / 470e-6], [v, i]
+    return steady(rate, [2.0, 9.0], 20e-6, 4e-9)
+
+
+def boost_steady(_):
+    def rate(t, x):
+        i, v = x
+        on = is_on(t, 20e-6, 12e-6, 10e-9)
+        return [(12 - 1e-3 * i - (0 if on else v)) / 200e-6, ((0 if on else i) - v / 30) / 1000e-6], [v, i]
+    return steady(rate, [2.0, 30.0], 20e-6, 4e-9)
+
+
+def rectifier_steady(_):
+    def rate(t, x):
+        i = max(abs(16.97 * math.sin(100 * math.pi * t)) - 2 * 0.7 - x[0], 0.0) / (0.2 + 2 * 0.01)
+        return [(i - x[0] / 50) / 10e-3], [x[0]]
+    return steady(rate, [15.0], 20e-3, 1e-6)
+
+
+def current_mode(_):
+    def bent(x):
+        return math.sin(math.pi / 2 * min(max(x, -1.0), 1.0))
+
+    def rate(t, x):
+        i, v, q = x
+        pulse = min(max(t / 20e-9, 0.0), 1.0, max((340e-9 - t) / 20e-9, 0.0))
+        e = bent(1.5 * q + 3 * pulse - 1.5 * bent(50 * (i - 5)) - 1.5)
+        return [(24 * (1 + q) / 2 - v) / 100e-6, (i - v / 2) / 1000e-6, (e - q) / 50e-9], [i, v, (1 + q) / 2]
+    return steady(rate, [3.8, 9.0, -1.0], 20e-6, 2e-9)
 
 
 def logic(t_end, level, gates, at_rise, shown):
