@@ -11,7 +11,9 @@ namespace {
 struct value_tables {
     std::vector<double>&val_nd, &aux, &auxs, &vr, &gaux, &cur, &locv;
 };
-value_tables present(circuit& c) { return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux, c.ebeu.cur_nd, c.ebeu.locv}; }
+value_tables present(circuit& c) {
+    return {c.ebeu.val_nd, c.ebeu.aux, c.ebeu.auxs, c.gbeu.val_vr, c.gbeu.aux, c.ebeu.cur_nd, c.ebeu.locv};
+}
 
 // Between svec and the tables: move(x, values, n) for each piece of n unknowns that stand together in both. The
 // reference node is none of them.

@@ -308,8 +308,11 @@ constexpr pattern_row rows[] = {
     {"time-no-convergence", "the smallest time step"},
     {"line-search", "N-R line search failed"},
     {"singular", "Singular matrix?|valmax_col="},
-    {"time-no-convergence", "solve_trns: N-R iterations did not converge|solve_ssw_1: N-R iterations|solve_ssw_1: iter_stepred"},
-    {"singular", "the factors of this step do not serve|error in gauss_2|(even after reordering)|Pivot is too small|zero pivot|singular matrix"},
+    {"time-no-convergence",
+     "solve_trns: N-R iterations did not converge|solve_ssw_1: N-R iterations|solve_ssw_1: iter_stepred"},
+    {"singular",
+     "the factors of this step do not serve|error in gauss_2|(even after reordering)|Pivot is too small|zero "
+     "pivot|singular matrix"},
     {"not-square", "system matrix is not square"},
     {"nan", "NaN found"},
     {"debug-stop", "as wrt_debug_smat asks"},
@@ -422,8 +425,7 @@ constexpr pattern_row rows[] = {
     {"no-steady-state", "a period leaves some state"},
     {"two-derivatives", "two elements give the derivative of"},
     {"period-too-small", "period too small"},
-    {"ssw-settings",
-     "period and frequency|for SSW simulation|do not set stparms in ssw"},
+    {"ssw-settings", "period and frequency|for SSW simulation|do not set stparms in ssw"},
     {"explicit-circuit",
      "x-mixed circuit|for x-circuit|(x-circuit)|with xelements|only F.Euler is allowed|"
      "(xelements)|x_eval_serial|without xelements"},

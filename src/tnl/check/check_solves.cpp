@@ -77,7 +77,8 @@ private:
         }
         s_.is_known_type = has(types, s_.type);
         if (s_.type.empty())
-            d_.report.error("no-solve-type", {s_.type_line, 0}, "solve_type needs a word: dc, startup, trns, ssw or ac");
+            d_.report.error("no-solve-type", {s_.type_line, 0},
+                            "solve_type needs a word: dc, startup, trns, ssw or ac");
         else if (!s_.is_known_type)
             d_.report.error("unknown-solve-type", {s_.type_line, 1},
                             "there is no solve_type " + s_.type + "; the block would solve nothing, without a word" +

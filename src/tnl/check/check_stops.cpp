@@ -171,7 +171,6 @@ void tell_digital_node(checked_deck& d, const told_stop& s, const stop_kind& kin
     tell_near(d, s, kind, d.c.cct.dct.name);
 }
 
-
 // All elements with a part of which a periodic block knows no state: it keeps something from step to step.
 void tell_not_periodic(checked_deck& d, const told_stop&, const stop_kind& kind) {
     for (const int f : {fam_e, fam_g}) {
@@ -186,10 +185,10 @@ void tell_not_periodic(checked_deck& d, const told_stop&, const stop_kind& kind)
                 continue;
             last = unit.i_inst[static_cast<std::size_t>(u)];
             const std::string type(lib.list.entry[e]);
-            d.report.error(kind.code, {instances.statement[i], 0},
-                           "an ssw block cannot stand with " + instances.name[i] + ": " + type +
-                               " keeps what no state holds",
-                           kind.advice);
+            d.report.error(
+                kind.code, {instances.statement[i], 0},
+                "an ssw block cannot stand with " + instances.name[i] + ": " + type + " keeps what no state holds",
+                kind.advice);
         }
     }
 }
@@ -386,8 +385,11 @@ constexpr stop_kind kinds[] = {
      "ssw_frequency"},
     {"one of back_euler, back_euler_auto", "bad-setting", "this rule does not go with ssw",
      "one of back_euler, back_euler_auto, trapezoidal, trapezoidal_auto", "gear2 gear2_fixed trbdf2 method:"},
-    {"SSW not allowed for * type:", "not-periodic", "",
-     "put something without memory in its place; a trns block finds the steady state of such a circuit, too", {},
+    {"SSW not allowed for * type:",
+     "not-periodic",
+     "",
+     "put something without memory in its place; a trns block finds the steady state of such a circuit, too",
+     {},
      tell_not_periodic},
     {"do not set stparms in ssw", "misplaced", "^ means nothing in an ssw block, which starts from guesses",
      "set_igparm, or a startup block before it and initial_sol previous", "set_stparm"},
