@@ -263,6 +263,13 @@ TEST(periodic, the_test_of_changes_never_passes_at_the_first_shot) {
     EXPECT_EQ(shots("ssw_chk_spice=no"), 0);
 }
 
+TEST(periodic, changes_beyond_the_largest_norm_stop) {
+    const whole_run run = run_of(rc(), "vb", {ssw("back_euler=yes ssw_frequency=1k norm_large=1e-9")});
+    EXPECT_TRUE(run.stopped);
+    EXPECT_TRUE(says(run, "ssw_iter_newton=1, rhs_ssw_norm=")) << run.text;
+    EXPECT_TRUE(says(run, "solve_ssw: spice norm too large. Halting...\n")) << run.text;
+}
+
 TEST(periodic, damped_shots_take_a_part_of_each_step) {
     const whole_run run =
         run_of(rc(), "vb", {ssw("back_euler=yes ssw_dmp=yes ssw_dmp_k=0.5 ssw_dmp_newt_max=2" + to_1e15)});
