@@ -111,7 +111,7 @@ EOF
     words() { bash words.bash "$tnl" "$@"; }
     expect 'commands are completed' 'describe' "$(words desc)"
     expect 'elements' 'vsrcac vsrcac_ramp' "$(words describe vsrca)"
-    expect 'examples behind --from' 'rectifier rectifier_3ph rectifier_power' "$(words new x --from rect)"
+    expect 'examples behind --from' 'rectifier rectifier_3ph rectifier_power rectifier_steady' "$(words new x --from rect)"
     expect 'and behind --from=' 'pll' "$(words new x --from = pl)"
     expect 'options' '--from' "$(words new --fr)"
     mkdir firm
