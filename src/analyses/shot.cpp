@@ -119,6 +119,8 @@ void find_anchor(run_state& r) {
         s.rhs_ssw_max = std::fabs(s.dxdt_ssw[at(i)]);
         s.i_statevar_period = i;
     }
+    if (s.rhs_ssw_max > 0.0) return;
+    halt({"solve_ssw: nothing moves at the start:", "   the circuit is at rest and has no period there. Halting..."});
 }
 
 void write_row(run_state& r) {
@@ -255,7 +257,7 @@ void set_ssw(run_state& r) {
     for (auto* v : {&s.p1, &s.p2, &s.p3}) v->assign(n, 0);
 }
 
-void solve_ssw_1(run_state& r, shot kind) {
+bool solve_ssw_1(run_state& r, shot kind) {
     solve_class& slv = r.slv;
     const bool last = kind == shot::last;
     if (!last) start_derivatives(r.ssw, at(r.mat.n_svec));
@@ -290,7 +292,11 @@ void solve_ssw_1(run_state& r, shot kind) {
         if (!ended) choose_next_step(r, grown);
     }
     if (last) repeats.tell();
-    if (!ended) say("warning: solve_ssw_1: time_end not reached!");
+    if (!ended) {
+        say("warning: solve_ssw_1: time_end not reached!");
+        say("  Increase itmax_trns in the method card.");
+    }
     r.flags.init_flags();
     if (!last) keep_map(r.ssw, at(r.mat.n_svec));
+    return ended;
 }

@@ -13,4 +13,5 @@ enum class shot {
 };
 
 // Integrates from the states in svec at t_start over slv.method.ssw_period, and halts where a step does not converge.
-void solve_ssw_1(run_state& r, shot kind);
+// False: itmax_trns has cut it before its end.
+bool solve_ssw_1(run_state& r, shot kind);

@@ -6,6 +6,7 @@
 #include "analyses/explicit_step.h"
 #include "analyses/rparm_passes.h"
 #include "analyses/run_state.h"
+#include "base/at.h"
 #include "base/halt.h"
 #include "base/signals.h"
 #include "output/row_writers.h"
@@ -51,6 +52,22 @@ void shorten_to_breaks(run_state& r) {
 
 bool has_ended(const run_state& r) { return r.flags.t_end <= r.slv.now.time_x + r.slv.method.time_epsilon_x; }
 
+// A step that is too long for a fast state doubles and redoubles it until it is no number any more; no rows are written
+// of such a point.
+void check_finite(const run_state& r, const explicit_rule& rule) {
+    double sum = 0.0;  // 0 times a finite number is 0
+    for (const double* x : r.explicits.state) sum += 0.0 * *x;
+    if (sum == 0.0) return;
+    const xbeu_class& x = r.c.xbeu;
+    int i = 0;
+    while (i + 1 < static_cast<int>(x.val_vr.size()) && std::isfinite(x.val_vr[at(i)])) ++i;
+    const name_table& names = r.c.cct.xct;
+    const int k = i < static_cast<int>(names.eu_to.size()) ? names.eu_to[at(i)] : -1;
+    halt({line("solve_trns_x_", rule.name, ": NaN found!"), line("  time=", r.slv.now.time_x + r.slv.now.delta_t_x),
+          line("  Check variable ", k >= 0 ? names.name[at(k)] : "(internal)", ", and whether the step is too long."),
+          "  Halting..."});
+}
+
 // One pass of a rule of fixed steps. True: the end is reached.
 bool fixed_pass(run_state& r, const explicit_rule& rule, bool first_is_known) {
     solve_state& now = r.slv.now;
@@ -58,6 +75,7 @@ bool fixed_pass(run_state& r, const explicit_rule& rule, bool first_is_known) {
     keep_old_states(r.explicits);
     take_stages(r, rule, now.delta_t_x, first_is_known);
     settle_step(r, rule, now.delta_t_x, t);
+    check_finite(r, rule);
     now.time_x = t;
     write_trns_x(r);
     if (has_ended(r)) {

@@ -84,6 +84,18 @@ void find_ssw_period(solve_class& slv, flags_class& flags) {
         halt({slv.method.ssw_known_period ? "solve_class: must specify period or frequency"
                                           : "solve_class: ssw: period or frequency must be specified.",
               last});
+    const auto must_be_above_0 = [](const char* word, double value) {
+        if (!(value > 0.0))
+            halt({line("solve_class: ssw: ", word, " must be above 0."), line("   ", word, " = ", value), last});
+    };
+    if (period) must_be_above_0("ssw_period", slv.method.ssw_period);
+    if (frequency) must_be_above_0("ssw_frequency", slv.method.ssw_frequency);
+    must_be_above_0("ssw_ndiv", slv.method.ssw_ndiv);
+    must_be_above_0("ssw_period_mult", slv.method.ssw_period_mult);
+    if (was_given(slv, "delt_const")) must_be_above_0("delt_const", slv.method.delt_const);
+    if (slv.method.ssw_dmp && !(slv.method.ssw_dmp_k > 0.0 && slv.method.ssw_dmp_k <= 1.0))
+        halt({"solve_class: ssw: ssw_dmp_k must be above 0 and at most 1.",
+              line("   ssw_dmp_k = ", slv.method.ssw_dmp_k), last});
     const double one_period = period ? slv.method.ssw_period : 1.0 / slv.method.ssw_frequency;
     if (!was_given(slv, "delt_const")) slv.method.delt_const = one_period / slv.method.ssw_ndiv;
     slv.method.ssw_period = slv.method.ssw_period_mult * one_period;

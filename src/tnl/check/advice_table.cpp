@@ -198,6 +198,10 @@ constexpr advice_text texts[] = {
     {"not-periodic", "A periodic block cannot know what an element keeps from step to step.",
      "switches with a latch, comparators with hysteresis, samplers, running means",
      "put something without memory in its place, or run to the steady state in a trns block"},
+    {"at-rest", "A search for a period begins where nothing moves.", "an oscillator at its point of rest",
+     "set_igparm away from rest, or some periods of a trns block before it and initial_sol previous"},
+    {"period-numbers", "A number of a periodic block is out of its range.", "",
+     "ssw_period, ssw_frequency, ssw_ndiv, ssw_period_mult above 0; ssw_dmp_k above 0 and at most 1"},
     {"no-state", "A periodic block has nothing to search for: the circuit has no states, or too few.",
      "no capacitor, inductor, integrator or lag; one alone does not oscillate", "a dc or trns block"},
     {"no-steady-state", "A state is the same behind a period, whatever it is before.",
@@ -295,6 +299,9 @@ struct pattern_row {
     std::string_view id, patterns;
 };
 constexpr pattern_row rows[] = {
+    {"at-rest", "nothing moves at the start"},
+    {"period-numbers", "solve_class: ssw: *must be above 0"},
+    {"no-state", "n_statevar"},
     // ---- no solution
     {"gmin-failed", "gmin_step_dc_1:*did not converge|gmin_step_trns_1:*did not converge"},
     {"dc-no-convergence", "solve_dc: did not converge even with the smallest auto step|N-R did not converge"},
@@ -421,7 +428,6 @@ constexpr pattern_row rows[] = {
     {"ac-settings", "AC solve"},
     {"no-period", "must specify period or frequency|period or frequency must be specified"},
     {"not-periodic", "SSW not allowed for"},
-    {"no-state", "n_statevar"},
     {"no-steady-state", "a period leaves some state"},
     {"two-derivatives", "two elements give the derivative of"},
     {"period-too-small", "period too small"},

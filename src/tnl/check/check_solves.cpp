@@ -47,6 +47,7 @@ public:
                 d_.report.warning("misplaced", {i, 0}, word + " means nothing in " + block_named(s_.type));
         }
         if (s_.type == "trns") check_time();
+        if (s_.type == "ssw") check_period();
         if (s_.type == "trns" || s_.type == "dc") check_gmin();
         if (s_.type == "dc") check_dc();
         s_.n_points = slv_.task.flag_vary_auto ? NAN : double(slv_.task.n_sweep) * slv_.task.n_sync;
@@ -180,6 +181,16 @@ private:
         s_.longest_step = longest;
         count_steps(longest);
     }
+    void check_period() {
+        one_rule();
+        const method_settings& m = slv_.method;
+        const double steps = m.ssw_period / m.delt_const;
+        if (!(steps > m.itmax_trns * 1.0001) || std::isinf(steps)) return;
+        d_.report.warning(
+            "too-many-steps", place_of(given("delt_const") ? "delt_const" : "ssw_ndiv"),
+            "a period needs " + rounded(steps) + " steps and is cut off after itmax_trns=" + rounded(m.itmax_trns),
+            "method: itmax_trns=" + rounded(std::ceil(steps * 2)));
+    }
     void count_steps(double longest) {
         const double steps = (s_.t_end - std::max(s_.t_start, s_.t_long)) / longest;
         if (const method_settings& m = slv_.method; steps > m.itmax_trns * 1.0001 && longest > 0)
@@ -229,7 +240,7 @@ private:
             d_.report.error("two-rules", rules[r],
                             "two rules for the time steps: " + d_.word(rules[0].statement, rules[0].word) + " and " +
                                 d_.word(rules[r].statement, rules[r].word),
-                            "a trns block has one rule");
+                            "a block has one rule");
         for (std::string_view rule : explicit_rules)
             if (on(rule) && !has_explicit(d_))
                 d_.report.warning("unused-rule", place_of(rule),

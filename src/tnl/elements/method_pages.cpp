@@ -38,7 +38,7 @@ std::string kind_text(const method_word& m) {
     return type == "flag" ? "yes, no" : type == "int" ? "whole number" : "number";
 }
 
-std::string acts_text(const method_word& m) { return m.acts != 0 ? blocks_text(m.acts) : "nowhere in this version"; }
+std::string acts_text(const method_word& m) { return m.acts != 0 ? blocks_text(m.acts) : "nowhere"; }
 
 constexpr std::string_view table_head =
     "| Word | Value | If not given | Read in | Acts in | Meaning |\n|---|---|---|---|---|---|\n";

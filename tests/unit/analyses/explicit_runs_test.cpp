@@ -473,3 +473,19 @@ TEST(explicit_networks, a_diode_passes_one_half_wave) {
     EXPECT_NEAR(highest, 99.0, 1e-4);
     EXPECT_NEAR(lowest, -100.0 * 99.0 / (1e6 + 99.0), 1e-4);
 }
+
+// A lag of 1 ms under steps of 10 ms goes beyond all numbers.
+TEST(explicit_run, a_step_that_is_too_long_stops_before_rows_of_no_number) {
+    const whole_run run(
+        "title: t\nbegin_circuit\nxelement name=K type=const y=x k=1\nxelement name=F type=filter_z0_p1 x=x y=y a0=1k "
+        "b0=1k\n"
+        "outvar: y=xvar_of_y\nend_circuit\nbegin_solve\nsolve_type trns\nmethod: RK4=yes t_end=10 delt_const_x=10m\n"
+        "begin_output\nfilename y.dat\nvariables: y\nend_output\nend_solve\nend_cf\n");
+    EXPECT_TRUE(run.stopped);
+    EXPECT_NE(run.text.find("solve_trns_x_rk4: NaN found!\n  time="), std::string::npos) << run.text;
+    EXPECT_NE(run.text.find("\n  Check variable y, and whether the step is too long.\n  Halting...\n"),
+              std::string::npos);
+    const table rows = run.rows("y.dat");
+    ASSERT_FALSE(rows.empty());
+    for (const auto& row : rows) EXPECT_TRUE(std::isfinite(row.back()));
+}

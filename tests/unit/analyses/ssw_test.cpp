@@ -270,6 +270,48 @@ TEST(periodic, changes_beyond_the_largest_norm_stop) {
     EXPECT_TRUE(says(run, "solve_ssw: spice norm too large. Halting...\n")) << run.text;
 }
 
+// What is left behind a part k of a correction is 1/k of the change that it makes.
+TEST(periodic, a_damped_shot_does_not_pass_for_a_settled_one) {
+    const whole_run run = run_of(
+        rc(), "vb",
+        {ssw("back_euler=yes ssw_frequency=1k ssw_dmp=yes ssw_dmp_k=0.05 ssw_dmp_newt_max=100 ssw_itmax_newton=200")});
+    ASSERT_FALSE(run.stopped) << run.text;
+    EXPECT_NEAR(run.rows("out1.dat")[0][1], -0.1536720, 2e-4);
+    for (const char* k : {"0", "1.5", "-1"}) {
+        const whole_run none =
+            run_of(rc(), "vb", {ssw(std::string("back_euler=yes ssw_frequency=1k ssw_dmp=yes ssw_dmp_k=") + k)});
+        EXPECT_TRUE(says(none, "solve_class: ssw: ssw_dmp_k must be above 0 and at most 1.\n")) << none.text;
+    }
+}
+
+TEST(periodic, a_shot_that_is_cut_off_finds_nothing) {
+    const whole_run run = run_of(rc(), "vb", {ssw("back_euler=yes itmax_trns=50" + to_1e15)});
+    EXPECT_EQ(run.text.find("stable"), std::string::npos) << run.text;
+    EXPECT_TRUE(says(run,
+                     "warning: solve_ssw_1: time_end not reached!\n  Increase itmax_trns in the method card.\n"
+                     "solve_ssw: ssw_iter_newton=0, "));
+    EXPECT_TRUE(says(run, "solve_ssw: convergence not reached.\n"));
+    EXPECT_EQ(run.text.find("ssw_iter_newton=1,"), std::string::npos) << run.text;
+}
+
+TEST(periodic, numbers_that_make_no_period_are_refused) {
+    for (const char* word :
+         {"ssw_period=0", "ssw_period=-1m", "ssw_frequency=0", "ssw_period=1m ssw_ndiv=0", "ssw_period=1m ssw_ndiv=-5",
+          "ssw_period=1m ssw_period_mult=0", "ssw_period=1m ssw_period_mult=-2", "ssw_period=1m delt_const=0"}) {
+        const whole_run run = run_of(rc(), "vb", {ssw(std::string("back_euler=yes ") + word)});
+        EXPECT_TRUE(run.stopped) << word;
+        EXPECT_TRUE(says(run, " must be above 0.\n")) << run.text;
+    }
+}
+
+TEST(periodic, an_oscillator_at_rest_is_not_taken_for_a_period) {
+    const whole_run run = run_of(van_der_pol, "x y", {ssw("ssw_period=6.5 ssw_known_period=no back_euler=yes")});
+    EXPECT_TRUE(run.stopped);
+    EXPECT_TRUE(says(
+        run, "solve_ssw: nothing moves at the start:\n   the circuit is at rest and has no period there. Halting...\n"))
+        << run.text;
+}
+
 TEST(periodic, damped_shots_take_a_part_of_each_step) {
     const whole_run run =
         run_of(rc(), "vb", {ssw("back_euler=yes ssw_dmp=yes ssw_dmp_k=0.5 ssw_dmp_newt_max=2" + to_1e15)});
