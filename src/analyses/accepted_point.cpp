@@ -4,6 +4,7 @@
 #include "analyses/evaluate.h"
 #include "analyses/integration.h"
 #include "base/at.h"
+#include "output/row_writers.h"
 
 namespace {
 void take_local_variables(run_state& r, int u) {
@@ -146,6 +147,11 @@ void ov_prm_of_files(run_state& r) {
     for_families(r, [&](auto& f) {
         for (int u : f.runs.shown) get_unit(r, f, u);
     });
+}
+
+void write_analog_row(run_state& r) {
+    ov_prm_of_files(r);
+    write_trns(r.slv, r.c, rows_analog, r.slv.now.time_present);
 }
 
 void find_block_functions(run_state& r) {

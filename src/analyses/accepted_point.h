@@ -7,6 +7,8 @@ void save_history(run_state& r);
 void treat_reset(run_state& r);
 // Calls the units whose parameters some file shows.
 void ov_prm_of_files(run_state& r);
+// Rows of the analog files at the present time, with the parameters that they show.
+void write_analog_row(run_state& r);
 
 // Terminal currents and local variables at a solution.
 void find_ebe_cur_dc(run_state& r);

@@ -181,6 +181,7 @@ void solve_linear(run_state& r, bool fix_order, bool dump, std::string_view who,
     heed_signals();
     assemble(r, false);
     if (dump) write_system(r, line(tail, ".dat"));
+    if (dump && mat.kind == analysis::ssw) vector_write(mat.n_svec, mat.svec.data(), line("svec_", tail, ".dat"));
     solve_for_step(r, fix_order, false);
     if (dump) write_step_and_stop(r, line("delx_", tail, ".dat"), line(who, ": delsvec"));
     int none = 0;

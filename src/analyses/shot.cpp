@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "analyses/accepted_point.h"
 #include "analyses/assembly.h"
@@ -18,7 +19,6 @@
 #include "base/at.h"
 #include "base/halt.h"
 #include "base/signals.h"
-#include "output/row_writers.h"
 #include "output/solution_file.h"
 
 namespace {
@@ -123,11 +123,6 @@ void find_anchor(run_state& r) {
     halt({"solve_ssw: nothing moves at the start:", "   the circuit is at rest and has no period there. Halting..."});
 }
 
-void write_row(run_state& r) {
-    ov_prm_of_files(r);
-    write_trns(r.slv, r.c, rows_analog, r.slv.now.time_present);
-}
-
 void shorten_to_breaks_of_units(run_state& r) {
     if (!r.c.cct.flag_lmttstep) return;
     check_tnext1(r);
@@ -144,7 +139,7 @@ void begin_shot(run_state& r, shot kind) {
     slv.now.time_present = r.flags.time_present = r.flags.t_start;
     r.flags.t_end = r.flags.t_start + slv.method.ssw_period;
     set_time_next(r, slv.now.time_present);
-    if (kind == shot::last) write_row(r);
+    if (kind == shot::last) write_analog_row(r);
     slv.now.delt = slv.method.delt_const;
     if (r.c.cct.flag_lmttstep) find_nextbreak(r);
     shorten_to_breaks_of_units(r);
@@ -234,14 +229,14 @@ void choose_next_step(run_state& r, double grown) {
 void set_ssw(run_state& r) {
     const mat_class& mat = r.mat;
     ssw_class& s = r.ssw = ssw_class{};
-    std::vector<int> state_of(at(mat.n_svec), -1);
+    std::vector<char> is_state(at(mat.n_svec), 0);
     for (int i = 0; i < mat.state.n(); ++i) {
         const int x = mat.state.col[at(i)];
         if (x < 0) continue;
-        if (state_of[at(x)] >= 0)
+        if (is_state[at(x)])
             halt({line("solve_ssw: two elements give the derivative of ", name_of_unknown(r.c, mat, x)),
                   "   in a periodic block a state has one. Halting..."});
-        state_of[at(x)] = s.n_statevar();
+        is_state[at(x)] = 1;
         s.statevar_indx.push_back(x);
         s.row_of_state.push_back(i);
         for (int k = mat.m.srow[at(mat.state.row[at(i)])]; k >= 0; k = mat.m.prow[at(k)]) {
@@ -251,7 +246,7 @@ void set_ssw(run_state& r) {
         s.first_entry.push_back(static_cast<int>(s.entry_slot.size()));
     }
     const std::size_t n = s.statevar_indx.size(), n_svec = at(mat.n_svec);
-    for (auto* v : {&s.x_ssw, &s.x_ssw_old, &s.delx_ssw, &s.rhs_ssw, &s.dx_end, &s.dxdt_ssw}) v->assign(n, 0.0);
+    for (auto* v : {&s.x_ssw, &s.x_ssw_old, &s.delx_ssw, &s.rhs_ssw, &s.dxdt_ssw}) v->assign(n, 0.0);
     for (auto* v : {&s.ssw_mat, &s.inverse, &s.map}) v->assign(n * n, 0.0);
     for (auto* v : {&s.sens_ssw, &s.sens_rhs}) v->assign(n * n_svec, 0.0);
     for (auto* v : {&s.p1, &s.p2, &s.p3}) v->assign(n, 0);
@@ -262,7 +257,8 @@ bool solve_ssw_1(run_state& r, shot kind) {
     const bool last = kind == shot::last;
     if (!last) start_derivatives(r.ssw, at(r.mat.n_svec));
     begin_shot(r, kind);
-    period_check repeats(r);
+    std::optional<period_check> repeats;
+    if (last) repeats.emplace(r);
     bool ended = false;
     for (slv.now.iter_trns = 0; slv.now.iter_trns < slv.method.itmax_trns && !ended; ++slv.now.iter_trns) {
         heed_signals();
@@ -278,7 +274,7 @@ bool solve_ssw_1(run_state& r, shot kind) {
         if (slv.now.flag_nonlinear && slv.now.flag_auto && grown != slv.method.delt_max)
             grown = std::min(slv.method.delt_max, grown * slv.method.fctr_stepinc);
         if (last) {
-            repeats.look(r);
+            repeats->look(r);
         } else {
             solve_linear_ssw(r);
             if (first) use_rule(slv, slv.method.trapezoidal || slv.method.trapezoidal_auto);
@@ -286,12 +282,12 @@ bool solve_ssw_1(run_state& r, shot kind) {
             if (first && kind == shot::search && begins_with_guess(r)) find_anchor(r);
         }
         slv.now.time_present = r.flags.time_present = slv.now.time_next;
-        if (last) write_row(r);
+        if (last) write_analog_row(r);
         ended = r.flags.t_end <= slv.now.time_present + slv.method.time_epsilon;
         keep_point_1(r);
         if (!ended) choose_next_step(r, grown);
     }
-    if (last) repeats.tell();
+    if (last) repeats->tell();
     if (!ended) {
         say("warning: solve_ssw_1: time_end not reached!");
         say("  Increase itmax_trns in the method card.");

@@ -100,8 +100,8 @@ void correct_start(run_state& r, int marker) {
     const int n = s.n_statevar();
     check_determined(r);
     // x + d = end + map d, so that I less the map times d is the end less the start.
-    std::vector<double>& miss = s.dx_end;
-    for (int i = 0; i < n; ++i) miss[at(i)] = -s.rhs_ssw[at(i)];
+    std::vector<double> miss = s.rhs_ssw;
+    for (double& x : miss) x = -x;
     mat_solve(n, s.ssw_mat.data(), s.inverse.data(), miss.data(), s.delx_ssw.data(), s.p1.data(), s.p2.data(),
               s.p3.data());
     if (slv.method.ssw_dmp && s.ssw_iter_newton <= slv.method.ssw_dmp_newt_max)

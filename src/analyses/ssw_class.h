@@ -9,7 +9,6 @@ struct ssw_class {
     std::vector<int> first_entry{0}, entry_slot, entry_col;  // [n + 1] entries of the state's row: slot, column
 
     std::vector<double> x_ssw, x_ssw_old, delx_ssw, rhs_ssw;  // [n]
-    std::vector<double> dx_end;                               // [n] end less start
     std::vector<double> dxdt_ssw;                             // [n] at the start of the shot, 1/s
     std::vector<double> ssw_mat, inverse;                     // [n][n]
     std::vector<double> map;                 // [n][n] end by start values, of the last shot with derivatives

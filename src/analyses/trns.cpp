@@ -17,7 +17,6 @@
 #include "analyses/trns_x.h"
 #include "base/halt.h"
 #include "base/signals.h"
-#include "output/row_writers.h"
 
 namespace {
 void define_method_flags(run_state& r) {
@@ -114,11 +113,6 @@ void next_step_size(run_state& r, event_control& events) {
         slv.now.delt = std::max(slv.method.delt_min, (r.flags.t_end - slv.now.time_present) + slv.method.time_epsilon);
 }
 
-void write_row(run_state& r) {
-    ov_prm_of_files(r);
-    write_trns(r.slv, r.c, rows_analog, r.slv.now.time_present);
-}
-
 // Currents that accepted points leave out, where something may read those of this one.
 void find_all_currents(run_state& r) {
     if (!keeps_all_currents(r)) find_left_out_currents(r);
@@ -148,7 +142,7 @@ bool analog_step(run_state& r, event_control& events) {
     if (events.on()) events.accept(r);
     r.flags.time_present = slv.now.time_present;
     if (slv.now.iter_trns_anlg == 0) tell_residual(r);
-    write_row(r);
+    write_analog_row(r);
     const bool ends = r.flags.t_end <= slv.now.time_present + slv.method.time_epsilon;
     // Digital passes may be the last ones of a run that is cut, so that any step may be the last one of the analog
     // side.
@@ -168,7 +162,7 @@ void solve_trns(run_state& r) {
     if (r.c.cct.flag_x_mixed) start_explicit_side(r);
     if (analog) {
         prepare_analog(r);
-        write_row(r);
+        write_analog_row(r);
     }
     event_passes digital(r);
     event_control events(r);

@@ -447,7 +447,8 @@ TEST(periodic, debug_words_write_the_system_of_a_chosen_step) {
     const whole_run run = run_of("output ssw kcl ebce gbce smat\n" + rc(), "vb",
                                  {ssw("back_euler=yes wrt_debug_smat=yes iter_debug_trns=2" + to_1e15)});
     EXPECT_TRUE(run.stopped);
-    for (const char* file : {"kcl.dat", "ebce1_ssw.dat", "smat.dat", "mat_ssw_lin.dat", "rhs_ssw_lin.dat"})
+    for (const char* file :
+         {"kcl.dat", "ebce1_ssw.dat", "smat.dat", "mat_ssw_lin.dat", "rhs_ssw_lin.dat", "svec_ssw_lin.dat"})
         EXPECT_FALSE(run.file(file).empty()) << file;
     const whole_run shots = run_of("output ssw\n" + rc(), "vb", {ssw("back_euler=yes" + to_1e15)});
     EXPECT_TRUE(says(shots, "solve_ssw: ssw_mat is\n  i=0  j=0  ssw_mat=")) << shots.text;
