@@ -2,16 +2,19 @@
 #include <limits>
 
 #include "base/math_cnst_class.h"
-#include "base/numeric.h"
-#include "models/model_functions.h"
+#include "models/junctions.h"
+
+void prepare(depletion& d) {
+    d.f1 = d.vj / (1 - d.m) * (1 - std::pow(1 - d.fc, 1 - d.m));
+    d.f2 = std::pow(1 - d.fc, 1 + d.m);
+    d.f3 = 1 - d.fc * (1 + d.m);
+}
 
 // xti is divided by the emission coefficient, eg is not; the exponent limit has neither it nor the area.
 void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst) {
     d.vt = math_cnst.boltzmann * d.temp / math_cnst.q;
     d.vt_nom = math_cnst.boltzmann * d.tnom / math_cnst.q;
-    d.f1 = d.vj / (1 - d.m) * (1 - std::pow(1 - d.fc, 1 - d.m));
-    d.f2 = std::pow(1 - d.fc, 1 + d.m);
-    d.f3 = 1 - d.fc * (1 + d.m);
+    prepare(d.layer);
     d.is_t = d.is * std::pow(d.temp / d.tnom, d.xti / d.n_em) * std::exp(d.eg / d.vt_nom - d.eg / d.vt);
     d.x_max = std::log(d.i_max / d.is_t);
 }
@@ -47,20 +50,14 @@ void junction_current(const junction_diode& d, double v, double gmin, double& i,
 
 void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c) {
     double charge = 0, slope = 0;
-    if (d.cj0 != 0 && d.area != 0) {
-        const double v_edge = d.fc * d.vj, c_0 = d.area * d.cj0;
-        if (v < v_edge) {
-            const double a = 1 - v / d.vj, s = std::pow(a, -d.m);
-            charge = c_0 * (d.vj / (1 - d.m) * (1 - a * s));
-            slope = c_0 * s;
-        } else {
-            charge = c_0 * (d.f1 + (d.f3 * (v - v_edge) + d.m / (2 * d.vj) * (v * v - v_edge * v_edge)) / d.f2);
-            slope = c_0 * ((d.f3 + d.m * v / d.vj) / d.f2);
-        }
+    if (d.area != 0) {
+        depletion_charge(d.layer, v, charge, slope);
+        charge *= d.area;
+        slope *= d.area;
     }
     if (d.tt != 0) {
-        charge = charge + d.tt * id;
-        slope = slope + d.tt * gd;
+        charge += d.tt * id;
+        slope += d.tt * gd;
     }
     q = charge;
     c = slope;

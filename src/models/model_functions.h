@@ -68,38 +68,6 @@ void source_branch(double u, const double* v, const double* aux, const double* a
 // i1 and i2 as unknowns 0 and 1. dfdi: the Jacobian table of those unknowns.
 void winding_currents(const double* i, double** dfdi, int row, double* f, const flags_class* flags);
 
-// ---- junction diode (Nagel 1975; Antognetti and Massobrio, chapter 1)
-
-// Parameters as in the element, then what is derived from them.
-struct junction_diode {
-    double area, bv, cj0, eg, fc, ibv, is, m, n_em, tnom, tt, vj, xti, temp, i_max;
-    bool bv_cont;       // breakdown as one continuous curve
-    double vt, vt_nom;  // V, kT/q at temp and tnom
-    double f1, f2, f3;  // of the charge beyond fc vj
-    double is_t;        // A, saturation current at temp
-    double x_max;       // limit of the exponent
-};
-void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst);
-// Current in A and its slope in S; gmin, S, stands across the junction. With bv_cont the breakdown is a curve of its
-// own below 0 V, -ibv area exp(-(bv + v)/(n_em vt)), added to the forward curve, which then has no branches: at v = -bv
-// it is -ibv area, and the sum has no jump.
-void junction_current(const junction_diode& d, double v, double gmin, double& i, double& g);
-// Depletion charge and that of the transit time, C, and its slope in F; id, gd: current and slope without gmin. What
-// has the factor cj0 0 or tt 0 is 0 at any voltage.
-void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c);
-inline bool junction_in_range(const double* v) { return std::fabs(v[0]) <= 1e100 && std::fabs(v[1]) <= 1e100; }
-bool junction_ran_away(const junction_diode& d, const double* v, double& i, double& g, double& q, double& c);
-// Both at the voltages v[0] and v[1] of the terminals. An iterate beyond 1e100 V, or where a formula leaves the range
-// of numbers, is answered with an infinite current: the solver takes that for a norm that is too large. False if
-// voltages in range give no number: some parameter is wrong.
-inline bool junction_at(const junction_diode& d, const double* v, double gmin, double& i, double& g, double& q,
-                        double& c) {
-    const double vd = v[0] - v[1];
-    junction_current(d, vd, gmin, i, g);
-    junction_charge(d, vd, i - gmin * vd, g - gmin, q, c);
-    return (junction_in_range(v) && std::isfinite(i + g + q + c)) || junction_ran_away(d, v, i, g, q, c);
-}
-
 // ---- numeric Jacobian
 
 using function_only = void (*)(int* iparm, double* rparm, double* v, double* vind, double* curind, double* aux,

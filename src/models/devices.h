@@ -1,0 +1,3 @@
+// devices.h -- what the semiconductors among the electrical elements share.
+#pragma once
+#include "models/junctions.h"
