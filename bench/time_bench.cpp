@@ -1,8 +1,6 @@
 // Transients: user time of an accepted step and of a Newton iteration, and memory over long runs.
 // Usage: bench_time [cases | memory | NAME [TIMES]]; by default cases, then memory. A name alone is run so many times
 // over, for a profiler.
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -13,21 +11,14 @@
 #include <string_view>
 #include <vector>
 
-#include "analyses/run_state.h"
+#include "base/halt.h"
 #include "circuit_from_text.h"
 #include "process_run.h"
-#include "run/driver.h"
+#include "transient_run.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-std::string transient(const std::string& method, const std::string& t_end, const std::string& variable) {
-    return "begin_solve\nsolve_type startup\nbegin_output\nfilename start.dat\nvariables: " + variable +
-           "\nend_output\nend_solve\nbegin_solve\nsolve_type trns\ninitial_sol previous\nmethod: " + method +
-           " itmax_trns=1000000000 t_end=" + t_end + "\nbegin_output\nfilename out.dat\nvariables: " + variable +
-           "\ncontrol: fixed_interval=" + t_end + "\nend_output\nend_solve\nend_cf\n";
-}
-
 // The circuit of an example, with a longer transient and few rows.
 std::string example(const std::string& name, const std::string& method, const std::string& t_end,
                     const std::string& variable) {
@@ -161,51 +152,12 @@ const std::vector<time_case> cases = {
     {"diodes1000", "diode ladder, two slopes", 1000, [] { return diode_ladder("type=diode_r r_on=0.1", 1000, 1000); }},
 };
 
-double user_us() {
-    rusage use{};
-    getrusage(RUSAGE_SELF, &use);
-    return 1e6 * static_cast<double>(use.ru_utime.tv_sec) + static_cast<double>(use.ru_utime.tv_usec);
-}
-
-struct measured {
-    double us = 0;
-    int n_step = 0, n_iteration = 0, n_unknown = 0;
-};
-
-// The transient alone: its block is the second one.
-measured run(const std::string& deck) {
-    circuit c = circuit_of(deck, all_libraries());
-    run_state r(c);
-    prepare_circuit(r);
-    read_block(r, 0);
-    run_block(r);
-    read_block(r, 1);
-    const double start = user_us();
-    run_block(r);
-    measured m;
-    m.us = user_us() - start;
-    m.n_step = r.slv.now.iter_trns + 1;
-    m.n_iteration = r.flags.n_solve_lin;
-    m.n_unknown = r.mat.n_svec;
-    return m;
-}
-
-// The quickest of some runs: other work on the machine only adds.
-measured quickest(const std::string& deck, int n_run) {
-    measured best = run(deck);
-    for (int i = 1; i < n_run; ++i) {
-        const measured m = run(deck);
-        if (m.us < best.us) best = m;
-    }
-    return best;
-}
-
 void print_cases() {
     std::printf(
         "User time of transients.\n\n| circuit | nodes | unknowns | steps | iterations a step | us per step | us per "
         "iteration | ns per node and step | ns per node and iteration |\n|---|---|---|---|---|---|---|---|---|\n");
     for (const time_case& t : cases) {
-        const measured m = quickest(t.deck(), 3);
+        const measured m = quickest(t.deck(), all_libraries(), 3);
         const double step = m.us / m.n_step, iteration = m.us / m.n_iteration;
         std::printf("| %s | ", t.text.c_str());
         if (t.n_node > 0)
@@ -245,7 +197,7 @@ int main(int argc, char** argv) {
     if (what.empty() || what == "memory") print_memory(scratch);
     for (const time_case& t : cases)
         if (t.name == what) {
-            const measured m = quickest(t.deck(), argc > 2 ? std::max(1, std::atoi(argv[2])) : 1);
+            const measured m = quickest(t.deck(), all_libraries(), argc > 2 ? std::max(1, std::atoi(argv[2])) : 1);
             std::printf("%s: %d steps, %d iterations, %.3f us per step\n", what.c_str(), m.n_step, m.n_iteration,
                         m.us / m.n_step);
         }

@@ -50,23 +50,6 @@ void max_x(double x, double b, double& y, double& dy) {
 
 // ---- capped exponentials ----
 
-void exp_cap_1(double x, double& y, double& dy, double vt, double cap) {
-    int n_limit = 0;
-    exp_cap_1a(x, y, dy, vt, cap, n_limit);
-}
-
-void exp_cap_1a(double x, double& y, double& dy, double vt, double cap, int& n_limit) {
-    if (x <= cap * vt) {
-        y = std::exp(x / vt);
-        dy = y / vt;
-        return;
-    }
-    const double e = std::exp(cap);
-    dy = e / vt;
-    y = e + dy * (x - cap * vt);
-    ++n_limit;
-}
-
 void exp_cap_4(double a, double x, double& y, double& dy, double cap) {
     const double u = a * x;
     if (u <= cap) {
@@ -100,15 +83,6 @@ double exp_lmt(double x, double cap) {
     double y, dy;
     exp_lmt_1(x, y, dy, cap);
     return y;
-}
-
-void exp_lmt_1(double x, double& y, double& dy, double cap) {
-    if (x <= cap) {
-        y = dy = std::exp(x);
-        return;
-    }
-    dy = std::exp(cap);
-    y = (x - cap) * dy + dy;
 }
 
 // Beyond 150 the square of the exponential comes near the end of the range, while y is 1 to the last bit from 20 on.

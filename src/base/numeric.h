@@ -1,5 +1,6 @@
 // numeric.h -- numeric helpers that models and solvers share.
 #pragma once
+#include <cmath>
 #include <vector>
 
 // ---- comparison and limits; each returns 1 or 0
@@ -29,15 +30,36 @@ void min_x(double x, double b, double& y, double& dy);  // dy 1 if y is x; b win
 void max_x(double x, double b, double& y, double& dy);
 
 // ---- exponentials that go on as a straight line beyond a cap
-// ------------------------------------------------------------ Value y and slope dy of exp(x/vt); beyond cap * vt the
-// tangent (exp_cap_1) or the chord through the origin (exp_cap_5). The forms with n_limit add 1 to it on the line.
-void exp_cap_1(double x, double& y, double& dy, double vt, double cap);
-void exp_cap_1a(double x, double& y, double& dy, double vt, double cap, int& n_limit);
+
+// Value y and slope dy of exp(x/vt); beyond cap * vt the tangent (exp_cap_1) or the chord through the origin
+// (exp_cap_5). The forms with n_limit add 1 to it on the line.
+inline void exp_cap_1a(double x, double& y, double& dy, double vt, double cap, int& n_limit) {
+    if (x <= cap * vt) {
+        y = std::exp(x / vt);
+        dy = y / vt;
+        return;
+    }
+    const double e = std::exp(cap);
+    dy = e / vt;
+    y = e + dy * (x - cap * vt);
+    ++n_limit;
+}
+inline void exp_cap_1(double x, double& y, double& dy, double vt, double cap) {
+    int n_limit = 0;
+    exp_cap_1a(x, y, dy, vt, cap, n_limit);
+}
 void exp_cap_4(double a, double x, double& y, double& dy, double cap);  // of exp(a x), cap on a x
 void exp_cap_5(double x, double& y, double& dy, double vt, double cap);
 void exp_cap_5a(double x, double& y, double& dy, double vt, double cap, int& n_limit);
 double exp_lmt(double x, double cap);
-void exp_lmt_1(double x, double& y, double& dy, double cap);
+inline void exp_lmt_1(double x, double& y, double& dy, double cap) {
+    if (x <= cap) {
+        y = dy = std::exp(x);
+        return;
+    }
+    dy = std::exp(cap);
+    y = (x - cap) * dy + dy;
+}
 
 void tanh_1(double x, double& y, double& dy);                       // without overflow
 void tanh_2(double x, double x0, double k, double& y, double& dy);  // smooth step from 0 to 1 at x0

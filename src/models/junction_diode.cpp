@@ -23,16 +23,16 @@ namespace {
 double breakdown_current(const junction_diode& d) { return (d.ibv == 0 ? d.is * d.bv / d.vt : d.ibv) * d.area; }
 }  // namespace
 
-void junction_current(const junction_diode& d, double v, double gmin, double& i, double& g) {
+void junction_breakdown(junction_diode d, double v, double gmin, double& i, double& g) {
     const double vte = d.n_em * d.vt, is = d.is_t * d.area;
     double e, de;
-    if (v >= 0 || d.bv_cont || (v > -d.bv && v > -5 * vte)) {
-        exp_lmt_1(v / vte, e, de, d.x_max);
-        i = is * (e - 1) + gmin * v;
-        g = is * de / vte + gmin;
-    } else if (v > -d.bv) {
-        i = gmin * v - is;
-        g = gmin;
+    if (d.bv_cont) {
+        junction_exponential(v, vte, is, d.x_max, gmin, i, g);
+        if (v < 0) {
+            exp_lmt_1(-(d.bv + v) / vte, e, de, d.x_max);
+            i -= breakdown_current(d) * e;
+            g += breakdown_current(d) * de / vte;
+        }
     } else if (v < -d.bv) {
         exp_lmt_1(-(d.bv + v) / d.vt, e, de, d.x_max);
         i = -is * (e + d.bv / d.vt) + gmin * v;
@@ -41,29 +41,9 @@ void junction_current(const junction_diode& d, double v, double gmin, double& i,
         i = gmin * v - breakdown_current(d);
         g = gmin;
     }
-    if (d.bv_cont && v < 0) {
-        exp_lmt_1(-(d.bv + v) / vte, e, de, d.x_max);
-        i -= breakdown_current(d) * e;
-        g += breakdown_current(d) * de / vte;
-    }
 }
 
-void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c) {
-    double charge = 0, slope = 0;
-    if (d.area != 0) {
-        depletion_charge(d.layer, v, charge, slope);
-        charge *= d.area;
-        slope *= d.area;
-    }
-    if (d.tt != 0) {
-        charge += d.tt * id;
-        slope += d.tt * gd;
-    }
-    q = charge;
-    c = slope;
-}
-
-bool junction_ran_away(const junction_diode& d, const double* v, double& i, double& g, double& q, double& c) {
+bool junction_ran_away(junction_diode d, const double* v, double& i, double& g, double& q, double& c) {
     if (junction_in_range(v)) {
         // An overflow comes before what follows from it; without a saturation current the exponential has no limit.
         const bool overflow = std::isinf(i) || std::isinf(d.x_max);

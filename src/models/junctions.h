@@ -26,7 +26,7 @@ void prepare(depletion& d);
 // (1 - v/vj)^(-m); most junctions are abrupt.
 inline double grading_power(double a, double m) { return m == 0.5 ? 1 / std::sqrt(a) : std::pow(a, -m); }
 // Charge, C, and its slope, F. Without a capacitance both are 0 at any voltage.
-inline void depletion_charge(const depletion& d, double v, double& q, double& c) {
+inline __attribute__((always_inline)) void depletion_charge(const depletion& d, double v, double& q, double& c) {
     q = c = 0;
     if (d.c_0 == 0) return;
     const double v_edge = d.fc * d.vj;
@@ -55,17 +55,46 @@ void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst);
 // Current in A and its slope in S; gmin, S, stands across the junction. With bv_cont the breakdown is a curve of its
 // own below 0 V, -ibv area exp(-(bv + v)/(n_em vt)), added to the forward curve, which then has no branches: at v = -bv
 // it is -ibv area, and the sum has no jump.
-void junction_current(const junction_diode& d, double v, double gmin, double& i, double& g);
+void junction_breakdown(junction_diode d, double v, double gmin, double& i, double& g);  // v <= -bv, or bv_cont
+inline __attribute__((always_inline)) void junction_current(const junction_diode& d, double v, double gmin, double& i,
+                                                            double& g) {
+    const double vte = d.n_em * d.vt, is = d.is_t * d.area;
+    if (d.bv_cont || (v < 0 && v <= -d.bv)) {
+        double i_b, g_b;
+        junction_breakdown(d, v, gmin, i_b, g_b);
+        i = i_b;
+        g = g_b;
+    } else if (v < 0 && v <= -5 * vte) {
+        i = gmin * v - is;
+        g = gmin;
+    } else {
+        junction_exponential(v, vte, is, d.x_max, gmin, i, g);
+    }
+}
 // Depletion charge and that of the transit time, C, and its slope in F; id, gd: current and slope without gmin. What
 // has the factor cj0 0 or tt 0 is 0 at any voltage.
-void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c);
+inline __attribute__((always_inline)) void junction_charge(const junction_diode& d, double v, double id, double gd,
+                                                           double& q, double& c) {
+    double charge = 0, slope = 0;
+    if (d.area != 0) {
+        depletion_charge(d.layer, v, charge, slope);
+        charge *= d.area;
+        slope *= d.area;
+    }
+    if (d.tt != 0) {
+        charge += d.tt * id;
+        slope += d.tt * gd;
+    }
+    q = charge;
+    c = slope;
+}
 inline bool junction_in_range(const double* v) { return std::fabs(v[0]) <= 1e100 && std::fabs(v[1]) <= 1e100; }
-bool junction_ran_away(const junction_diode& d, const double* v, double& i, double& g, double& q, double& c);
+bool junction_ran_away(junction_diode d, const double* v, double& i, double& g, double& q, double& c);
 // Both at the voltages v[0] and v[1] of the terminals. An iterate beyond 1e100 V, or where a formula leaves the range
 // of numbers, is answered with an infinite current: the solver takes that for a norm that is too large. False if
 // voltages in range give no number: some parameter is wrong.
-inline bool junction_at(const junction_diode& d, const double* v, double gmin, double& i, double& g, double& q,
-                        double& c) {
+inline __attribute__((always_inline)) bool junction_at(const junction_diode& d, const double* v, double gmin, double& i,
+                                                       double& g, double& q, double& c) {
     const double vd = v[0] - v[1];
     junction_current(d, vd, gmin, i, g);
     junction_charge(d, vd, i - gmin * vd, g - gmin, q, c);
