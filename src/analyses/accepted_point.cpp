@@ -94,6 +94,7 @@ void find_ebe_cur_trns(run_state& r, bool with_ddt) {
     {
         const raised on(r.flags.trns, r.flags.function);
         if (!r.formed.held_stand()) call_held(r, false);
+        call_curved(r, true);
         if (with_ddt) {
             call_runs(r, r.ebe, runs.accepted, false);
             call_runs(r, r.ebe, runs.changing, false);

@@ -65,6 +65,7 @@ void evaluate_electrical(run_state& r, bool whole, bool changing) {
     if (whole || !r.formed.held_stand()) call_held(r, whole);
     call_runs(r, r.ebe, runs.accepted, whole);
     call_runs(r, r.ebe, runs.left_out, whole);
+    call_curved(r, changing);
     call_runs(r, r.ebe, runs.changing, changing);
     if (r.mat.kind == analysis::trns) {
         move_values(r.plan.of_others.locv, f, r.c.ebeu.locv.data());

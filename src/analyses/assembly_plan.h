@@ -43,8 +43,8 @@ private:
     double constant_ = 0.0;
 };
 
-// The variables that the arguments of electrical units were formed of last, and whether the held units were called for
-// them. Nothing is kept until somebody says that nobody else writes arguments.
+// The variables that the arguments of electrical units were formed of last, and whether the held and the curved units
+// were called for them. Nothing is kept until somebody says that nobody else writes arguments.
 class formed_arguments {
 public:
     void keep() { kept_ = true; }
@@ -59,7 +59,16 @@ public:
 
     bool held_stand() const { return of_held_ == version_; }
     void keep_held() { of_held_ = version_; }
-    void forget_held() { of_held_ = -1; }
+    // Of curved units the conductance across junctions is an argument, too.
+    bool curved_stand(double gmin, bool with_derivatives) const {
+        return (with_derivatives ? of_curved_whole_ : of_curved_) == version_ && gmin_ == gmin;
+    }
+    void keep_curved(double gmin, bool with_derivatives) {
+        of_curved_ = version_;
+        of_curved_whole_ = with_derivatives ? version_ : -1;
+        gmin_ = gmin;
+    }
+    void forget_calls() { of_held_ = of_curved_ = of_curved_whole_ = -1; }
     long version() const { return version_; }  // counts the changes
 
 private:
@@ -68,6 +77,8 @@ private:
     }
     bool kept_ = false, valid_ = false;
     long version_ = 0;
-    long of_held_ = -1;  // version that the held units were called for
+    // The versions that units were called for; of curved ones also that for their derivatives.
+    long of_held_ = -1, of_curved_ = -1, of_curved_whole_ = -1;
+    double gmin_ = 0.0;
     std::vector<double> val_nd_, aux_, val_vr_;
 };

@@ -46,6 +46,12 @@ void call_held(run_state& r, bool with_derivatives) {
     r.formed.keep_held();
 }
 
+void call_curved(run_state& r, bool with_derivatives) {
+    if (r.formed.curved_stand(r.flags.gmin, with_derivatives)) return;
+    call_runs(r, r.ebe, r.ebe.runs.curved, with_derivatives);
+    r.formed.keep_curved(r.flags.gmin, with_derivatives);
+}
+
 void one_time_parms(run_state& r) {
     compute_rparms(r);
     const raised on(r.flags.one_time_parms);

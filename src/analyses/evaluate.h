@@ -55,8 +55,9 @@ void call_runs(run_state& r, const unit_family<Rows>& f, const std::vector<unit_
     }
     r.flags.jacobian = 0;
 }
-// The held units of a transient.
+// The held units of a transient, and the curved ones unless what they answered stands.
 void call_held(run_state& r, bool with_derivatives);
+void call_curved(run_state& r, bool with_derivatives);
 
 // What a unit sees of the unknowns that it shares with others, and back; the reference is never written.
 template <class Rows>

@@ -33,7 +33,7 @@ void restore_functions(mat_class& m, const std::vector<double>& total, const std
 void restore_point(run_state& r) {
     r.mat.svec = r.mat.svec_old_1;
     r.c.ebeu.locv = r.mat.locv_old_1;
-    r.formed.forget_held();
+    r.formed.forget_calls();
     dcmp_solvec(r);
 }
 }  // namespace

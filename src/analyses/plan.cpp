@@ -1,18 +1,19 @@
 #include "analyses/plan.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace {
 // Units by the part of a transient that calls them.
-enum call_part { held, accepted, left_out, changing, n_parts };
+enum call_part { held, accepted, left_out, curved, changing, n_parts };
 
 template <class Rows>
 call_part part_of(const unit_family<Rows>& f, int u, bool wanted) {
-    if (!f.has(&entry_flags::pure, u)) return changing;
-    if (!wanted) return left_out;
     // A digital level may change while the variables stand.
     const bool stands = f.has(&entry_flags::timeless, u) && f.lib.list.dgtl.count(f.entry(u)) == 0 &&
                         f.lib.list.xvr.count(f.entry(u)) == 0;
+    if (!f.has(&entry_flags::pure, u)) return stands && std::is_same_v<Rows, electrical_family> ? curved : changing;
+    if (!wanted) return left_out;
     return stands ? held : accepted;
 }
 
@@ -30,15 +31,16 @@ void plan_runs(unit_family<Rows>& f, const std::vector<char>& wanted) {
     for (int u = 0; u < f.n(); ++u) {
         const call_part part = part_of(f, u, wanted[at(u)]);
         units[part].push_back(u);
-        if (part != held && owns_derivative(f, u)) with_ddt.push_back(u);
+        if (part != held && part != curved && owns_derivative(f, u)) with_ddt.push_back(u);
     }
     // Units of one template share a run, where the order of calls is of no matter.
-    for (const call_part part : {held, accepted, left_out})
+    for (const call_part part : {held, accepted, left_out, curved})
         std::stable_sort(units[part].begin(), units[part].end(), [&](int a, int b) { return f.entry(a) < f.entry(b); });
     const auto never = [](int) { return false; };
     f.runs.held = make_runs(f, units[held], never);
     f.runs.accepted = make_runs(f, units[accepted], never);
     f.runs.left_out = make_runs(f, units[left_out], never);
+    f.runs.curved = make_runs(f, units[curved], never);
     f.runs.changing = make_runs(f, units[changing], never);
     f.runs.with_ddt = make_runs(f, with_ddt, never);
 }

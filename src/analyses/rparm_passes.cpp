@@ -74,7 +74,7 @@ bool set_rparm_2(run_state& r) {
     // What stands as long as parameters do: derivatives of pure units, their sums, functions of held units.
     if (changed) {
         r.plan.forget_values();
-        r.formed.forget_held();
+        r.formed.forget_calls();
     }
     return changed;
 }

@@ -66,7 +66,7 @@ void clear_solvec(run_state& r) {
     gbeu_class& g = r.c.gbeu;
     for (auto* v : {&u.val_nd, &u.aux, &u.auxs, &u.locv, &u.cur_nd, &g.val_vr, &g.aux, &r.mat.svec})
         std::fill(v->begin(), v->end(), 0.0);
-    r.formed.forget_held();
+    r.formed.forget_calls();
 }
 
 void form_solvec(run_state& r) { collect(r.mat, r.c, present(r.c)); }

@@ -7,19 +7,21 @@
 #include "base/at.h"
 #include "models/registration.h"
 
-// Units of a family by what a transient must call where; other analyses call them all. The calls of pure units have no
-// side effect, and may stand in any order; the others are called in the order of the units.
+// Units of a family by what a transient must call where; other analyses call them all. The calls of pure and of curved
+// units have no side effect, and may stand in any order; the others are called in the order of the units.
 //   held      pure and timeless, and wanted at accepted points: for a derivative, or since an output shows a current.
 //             They stand while the variables do: an accepted point is the first iterate of the next step.
 //   accepted  other pure ones that are wanted at accepted points; of blocks all pure ones
 //   left_out  other pure ones; their currents are found at the end of the block
+//   curved    timeless ones whose derivatives change. What they answer stands while the variables do: an accepted point
+//             calls them with derivatives, which the first iterate of the next step takes.
 //   changing  all others; they are called at accepted points, for their histories. Of small signals those whose model
 //             asks for the frequency; the others are held.
 template <class Call>
 struct family_runs {
     using run = unit_run<Call>;
-    std::vector<run> held, accepted, left_out, changing;
-    std::vector<run> with_ddt;           // again those that own a function with a derivative, less the held ones
+    std::vector<run> held, accepted, left_out, curved, changing;
+    std::vector<run> with_ddt;           // again those of the rest that own a function with a derivative
     std::vector<std::vector<int>> from;  // [templates] places in the jac store that some unit adds
     std::vector<int> shown;              // units whose output slots, of small signals currents, are in some file
 };
@@ -89,7 +91,7 @@ inline std::vector<std::vector<int>> used_places(const slot_table& slot, const u
 // The runs whose derivatives are fetched, in the order of the calls.
 template <class Rows, class F>
 void for_fetched_runs(unit_family<Rows>& f, F each) {
-    for (auto* runs : {&f.runs.held, &f.runs.accepted, &f.runs.left_out, &f.runs.changing})
+    for (auto* runs : {&f.runs.held, &f.runs.accepted, &f.runs.left_out, &f.runs.curved, &f.runs.changing})
         for (auto& run : *runs) each(run);
 }
 

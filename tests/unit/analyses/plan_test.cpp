@@ -190,3 +190,35 @@ TEST(ebce_form_arrays, forms_kept_arguments_again_when_any_variable_has_changed)
     EXPECT_EQ(t.r.formed.version(), version + 2);
     EXPECT_EQ(e.curind[0], -0.5);
 }
+
+TEST(plan, a_curved_unit_is_called_again_for_other_variables_another_gmin_or_derivatives_that_it_did_not_give) {
+    dc_run t("eelement name=D1 type=diode_r p=a n=0\neelement name=R1 type=r p=a n=0 r=1\n");
+    t.start();
+    std::vector<bool> with_derivatives;
+    const auto count_calls = [&] {
+        use_model(t.r, t.unit_of("D1"), [&](const model_call& m) {
+            with_derivatives.push_back(m.flags->jacobian != 0);
+            m.branch(0.0, 1.0);
+        });
+    };
+    count_calls();
+    make_plan(t.r);
+    t.r.formed.keep();
+    form_jac_rhs(t.r, true);
+    form_jac_rhs(t.r, true);
+    EXPECT_EQ(with_derivatives, (std::vector<bool>{false}));
+    form_jac_rhs(t.r, false);
+    form_jac_rhs(t.r, false);
+    form_jac_rhs(t.r, true);
+    EXPECT_EQ(with_derivatives, (std::vector<bool>{false, true}));
+    t.r.flags.gmin = 1e-3;
+    form_jac_rhs(t.r, false);
+    EXPECT_EQ(with_derivatives.size(), 3u);
+    t.r.mat.svec[0] += 1e-3;
+    dcmp_solvec(t.r);
+    form_jac_rhs(t.r, false);
+    EXPECT_EQ(with_derivatives.size(), 4u);
+    t.r.formed.forget_calls();
+    form_jac_rhs(t.r, false);
+    EXPECT_EQ(with_derivatives.size(), 5u);
+}
