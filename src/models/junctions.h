@@ -56,6 +56,10 @@ void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst);
 // own below 0 V, -ibv area exp(-(bv + v)/(n_em vt)), added to the forward curve, which then has no branches: at v = -bv
 // it is -ibv area, and the sum has no jump.
 void junction_current(const junction_diode& d, double v, double gmin, double& i, double& g);
+// The same with exponentials that count where they are capped, and go on as tangents or, with chord, as lines through
+// the origin.
+void junction_current_counted(const junction_diode& d, bool chord, double v, double gmin, int& n_limit, double& i,
+                              double& g);
 // Depletion charge and that of the transit time, C, and its slope in F; id, gd: current and slope without gmin. What
 // has the factor cj0 0 or tt 0 is 0 at any voltage.
 void junction_charge(const junction_diode& d, double v, double id, double gd, double& q, double& c);
