@@ -39,14 +39,14 @@ void adjust_to_temperature(const mos_sheet& s, double pol, const math_cnst_class
     c.l_eff = s.l - 2 * s.ld;
     c.beta = s.m * s.kp * s.w / c.l_eff / (s.temp / s.tnom * std::sqrt(s.temp / s.tnom));
 
-    // Potentials go with the temperature, but for the part of the intrinsic carriers.
+    // Potentials go with the temperature, but for the part of the intrinsic carriers; hot ones end at 0.1 V.
     const double gap_nom = silicon_gap(s.tnom), gap = silicon_gap(s.temp);
     const double part_nom = intrinsic_part(s.tnom, vt_nom), part = intrinsic_part(s.temp, c.vt);
     const double to_ref = temp_ref / s.tnom, from_ref = s.temp / temp_ref;
-    c.phi = from_ref * to_ref * (s.phi - part_nom) + part;
+    c.phi = std::max(from_ref * to_ref * (s.phi - part_nom) + part, 0.1);
     c.vbi = pol * s.vt0 - s.gamma * std::sqrt(s.phi) + pol * 0.5 * (gap_nom - gap) + 0.5 * (c.phi - s.phi);
     const double pb_ref = to_ref * (s.pb - part_nom);
-    c.pb = from_ref * pb_ref + part;
+    c.pb = std::max(from_ref * pb_ref + part, 0.1);
 
     const double scale = s.m * std::exp(gap_nom / vt_nom - gap / c.vt);
     const bool by_area = s.js != 0 && s.as != 0 && s.ad != 0;

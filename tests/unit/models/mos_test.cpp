@@ -363,6 +363,15 @@ TEST(mos, is_bounded_at_any_voltage) {
         }
 }
 
+// At 450 K little doping would leave potentials below 0.
+TEST(mos, ends_its_potentials_at_a_tenth_of_a_volt_when_hot) {
+    mos_unit u("mos_level1", level_1 + named{{"phi", 0.3}, {"pb", 0.35}, {"cbd", 1e-14}, {"temp", 450}});
+    EXPECT_EQ(u.r("phi_t"), 0.1);
+    EXPECT_EQ(u.r("pb_t"), 0.1);
+    u.at({1, 2, 0, 0.3});
+    for (int j = 0; j < 8; ++j) EXPECT_TRUE(std::isfinite(u.f(j)));
+}
+
 // Integral of the capacitances round a loop of voltages through all regions, against the charge that moved on the way.
 TEST(mos, keeps_no_charge_after_a_closed_loop) {
     for (const kind& k : kinds) {
