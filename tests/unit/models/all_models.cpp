@@ -113,6 +113,8 @@ TEST_P(every_element, has_the_derivatives_of_its_functions) {
         const mode m = modes[trial % 3];
         if (refused(GetParam(), m)) continue;
         model_unit u(GetParam());
+        // Of a junction that carries amperes a small derivative beside is lost in the difference.
+        if (GetParam().starts_with("mos_level")) u.r("i_max") = 1e-4;
         u.prepare();
         randomise(u, rng);
         std::fill(u.jac.store.begin(), u.jac.store.end(), 0.0);

@@ -608,6 +608,8 @@ TEST(small_signal_calls, reach_every_form_that_there_is) {
     });
     for (int e = 0; e < installed_ebac().n(); ++e) there.insert("e " + installed_ebac().list.entry.str(e));
     for (int e = 0; e < installed_gbac().n(); ++e) there.insert("g " + installed_gbac().list.entry.str(e));
+    // Of composites of several elements: they are looked at beside the elements themselves.
+    for (const char* name : {"e mos_l1_r", "e mos_l3_r", "e mos_level1", "e mos_level3"}) there.erase(name);
     EXPECT_EQ(used, there);
 }
 
