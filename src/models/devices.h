@@ -1,4 +1,5 @@
 // devices.h -- what the semiconductors among the electrical elements share.
 #pragma once
+#include "models/jfet.h"
 #include "models/junctions.h"
 #include "models/voltage_limits.h"
