@@ -38,6 +38,10 @@ inline bool thyristor_conducts(bool on, bool fired, double v) { return v > 0.0 &
 
 // Series resistance of a device, r/area in ohm, as a conductance; below 1e-6 it counts as 1e-6, so that 0 is legal.
 inline double series_conductance(double r, double area) { return 1 / std::fmax(r / area, 1e-6); }
+// The same of r, or where r is 0 of a sheet resistance (ohm) times squares.
+inline double sheet_conductance(double r, double sheet, double squares, double area) {
+    return series_conductance(r == 0 ? sheet * squares : r, area);
+}
 
 // Function and Jacobian of a branch from terminal 0 to terminal 1 whose current i has the slope g; each only if asked.
 void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const flags_class* flags);

@@ -73,7 +73,7 @@ TEST(pure_elements, are_all_but_those_with_a_state_a_curve_or_a_conductance_in_t
     for (int e = 0; e < lib.n(); ++e)
         if (!pure.contains(lib.list.entry.str(e))) others.insert(lib.list.entry.str(e));
     EXPECT_EQ(others, (std::set<std::string>{"dac1a", "diode", "diode_r", "diode_spice_1", "ground_dummy_1",
-                                             "jfet_spice_1", "jfet_spice_2", "r_time",
+                                             "jfet_spice_1", "jfet_spice_2", "mos_bsim1", "r_time",
                                              "spdt1", "switch_d", "switch_e", "switch_g1", "thyristor_g"}));
     for (const std::string& name : pure)
         EXPECT_TRUE(lib.flag.jac_const[static_cast<std::size_t>(lib.list.find(name))]) << name;
