@@ -92,9 +92,10 @@ void add_subthreshold(const bsim1& p, const with_slopes& e, double vds, double v
     with_slopes n = {p.n0 + p.nb * vbs + p.nd * vds, 0, p.nd, p.nb};
     if (n.y < 0.5) n = {0.5, 0, 0, 0};
     const double per = 1 / (n.y * p.vt), u = e.y * per;
-    const double z = std::exp(-std::fabs(u));
+    // Beyond 40 an exponential is below the last digit of what it is added to.
+    const double z = u > 40 ? 0 : std::exp(-std::fabs(u));
     const double w = u > 0 ? e_1_8 / (limit * z + e_1_8) : e_1_8 * z / (limit + e_1_8 * z);
-    const double leave = std::exp(-vds / p.vt), open = 1 - leave;
+    const double leave = vds > 40 * p.vt ? 0 : std::exp(-vds / p.vt), open = 1 - leave;
     const double top = p.beta_z * p.vt * p.vt * limit, slope = top * open * w * (1 - w);
     id.y += top * w * open;
     id.g += slope * per;
@@ -180,12 +181,19 @@ bool bsim1_functions(const bsim1& p, double pol, double gmin, const double* v, d
     };
     const auto junction_of = [&](double u, double is, double x_max, double c_bottom, double c_wall) {
         junction j;
-        junction_exponential(u, p.vt, is, x_max, gmin, j.i, j.g);
-        double q, c;
+        if (u < -40 * p.vt) {  // the exponential is below the last digit of 1
+            j.i = gmin * u - is;
+            j.g = gmin;
+        } else {
+            junction_exponential(u, p.vt, is, x_max, gmin, j.i, j.g);
+        }
         depletion_charge({c_bottom, p.pb, p.mj, p.fc, p.f1, p.f2, p.f3}, u, j.q, j.c);
-        depletion_charge({c_wall, p.pbsw, p.mjsw, p.fc, p.f1w, p.f2w, p.f3w}, u, q, c);
-        j.q += q;
-        j.c += c;
+        if (c_wall != 0) {
+            double q, c;
+            depletion_charge({c_wall, p.pbsw, p.mjsw, p.fc, p.f1w, p.f2w, p.f3w}, u, q, c);
+            j.q += q;
+            j.c += c;
+        }
         return j;
     };
     const double v_d = pol * v[0], v_s = pol * v[2];

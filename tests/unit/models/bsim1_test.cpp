@@ -142,6 +142,42 @@ TEST(mos_bsim1, has_the_published_charges_in_saturation) {
     }
 }
 
+// fF, of drain, gate, source and bulk against one driven terminal: imaginary parts of the currents of ngspice 39 over
+// w, for
+//   M1 d g s b NM L=2u W=10u
+//   .model NM NMOS(LEVEL=4 VFB=-0.9 PHI=0.75 K1=0.9 K2=0.05 ETA=0.01 MUZ=600 MUS=600 U0=0.05 U1=0.1 TOX=0.025 VDD=5
+//   + N0=200 JS=1e-4 PB=0.8 PBSW=0.8 MJ=0.5 MJSW=0.33 TEMP=27)     xpart 0; with XPART=1: xpart 1
+//   .ac lin 1 1e6 1e6
+TEST(mos_bsim1, has_the_capacitances_of_another_simulator) {
+    const struct {
+        double xpart;
+        four v;
+        std::size_t driven;
+        four c;
+    } cases[] = {{0, {5, 3, 0, 0}, 1, {-7.3664, 20.5436, -11.0496, -2.1276}},
+                 {0, {5, 3, 0, -1}, 3, {-2.5058, -2.0732, -3.7587, 8.3377}},
+                 {0, {0.5, 3, 0, -1}, 1, {-13.6392, 27.3634, -13.6632, -0.0610}},
+                 {0, {0.5, 3, 0, -1}, 0, {10.1357, -11.9303, 4.5877, -2.7931}},
+                 {0, {0.5, 3, 0, -1}, 3, {-4.4785, -0.0724, -4.5749, 9.1257}},
+                 {0, {1.7, 3, 0, 0}, 0, {2.2880, -2.2519, 0.6406, -0.6767}},
+                 {0, {2, 0.3, 0, -1}, 3, {0, -8.0199, 0, 8.0199}},
+                 {0, {2, -3, 0, -1}, 1, {0, 27.6240, 0, -27.6240}},
+                 {1, {5, 3, 0, -1}, 1, {0, 20.1628, -18.4160, -1.7468}},
+                 {1, {0.5, 3, 0, 0}, 1, {-13.4630, 27.4451, -13.9283, -0.0538}},
+                 {1, {0.5, 3, 0, 0}, 0, {23.8615, -12.2321, -7.9538, -3.6756}},
+                 {1, {0.5, 3, 0, -1}, 3, {-4.1832, -0.0724, -4.8701, 9.1257}},
+                 {1, {1.7, 3, 0, 0}, 3, {-0.9915, -1.5964, -9.2387, 11.8266}}};
+    for (const auto& at : cases) {
+        model_unit u = check_device();
+        u.r("xpart") = at.xpart;
+        u.prepare();
+        set_voltages(u, at.v);
+        u.dc();
+        for (std::size_t j = 0; j < 4; ++j)
+            EXPECT_NEAR(u.jac.dfdv[4 + j][at.driven] * 1e15, at.c[j], 1e-4) << at.xpart << ' ' << at.v[0] << ' ' << j;
+    }
+}
+
 TEST(mos_bsim1, has_the_published_charges_below_the_threshold) {
     model_unit u = check_device();
     const double c = 3.453e-13 / 0.025e-4 * 20e-8;
