@@ -2,8 +2,10 @@
 #pragma once
 #include <cstring>
 
+#include "models/bsim1.h"
 #include "models/diode_elements.h"
 #include "models/gummel_poon.h"
+#include "models/jfet.h"
 #include "models/junctions.h"
 #include "models/mos_level1.h"
 #include "models/mos_level3.h"

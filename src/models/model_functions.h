@@ -62,8 +62,7 @@ void change_over(double g_1, double g_2, const T* v, T* f, Jac* jac, const flags
 // Ohmic drain or source of m MOS transistors in parallel, S: its own value if above 0, else sheet value times squares;
 // less than 1e-6 ohm counts as that.
 inline double mos_series_conductance(double r, double rsh, double squares, double m) {
-    const double value = r > 0 ? r : rsh * squares;
-    return m / (value > 1e-6 ? value : 1e-6);
+    return series_conductance(r > 0 ? r : rsh * squares, m);
 }
 
 // ---- branches with their current as unknown
