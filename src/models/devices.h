@@ -1,3 +1,4 @@
 // devices.h -- what the semiconductors among the electrical elements share.
 #pragma once
+#include "models/compact_mosfet.h"
 #include "models/junctions.h"
