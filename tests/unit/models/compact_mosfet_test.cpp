@@ -338,7 +338,7 @@ TEST(compact_mosfet, refuses_parameters_that_leave_no_curve) {
     expect_refused("cool_vccs_1", "t_nom", 0, "cool_vccs_1.ebe: t_nom too small!\n  t_nom=0\n");
     expect_refused("cool_vccs_1", "v_k0", 0, "cool_vccs_1.ebe: v_k0 or k_k too small!\n  v_k0=0\n  k_k=0.35\n");
     expect_refused("cool_vccs_1", "k_k", -1, "cool_vccs_1.ebe: v_k0 or k_k too small!\n  v_k0=0.5\n  k_k=-1\n");
-    expect_refused("cool_vccs_2", "v_2", 0, "cool_vccs_2.ebe: v_2 is not above v_1!\n  v_1=0\n  v_2=0\n");
+    expect_refused("cool_vccs_2", "v_2", 0, "cool_vccs_2.ebe: v_2 too small!\n  v_1=0\n  v_2=0\n");
     expect_refused("cool_vccs_3", "v_c", 0, "cool_vccs_3.ebe: v_c too small!\n  v_c=0\n");
     expect_refused("cool_vccs_5", "i_s", 0, "cool_vccs_5.ebe: i_s or i_max too small!\n  i_s=0\n  i_max=1000\n");
     expect_refused("cool_vccs_5", "i_max", 0, "cool_vccs_5.ebe: i_s or i_max too small!\n  i_s=1e-11\n  i_max=0\n");
