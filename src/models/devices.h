@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "models/bsim1.h"
+#include "models/compact_mosfet.h"
 #include "models/diode_elements.h"
 #include "models/gummel_poon.h"
 #include "models/jfet.h"

@@ -11,8 +11,10 @@
 #include <set>
 
 #include "block_unit.h"
+#include "deck/ov_class.h"
 #include "halt_throws.h"
 #include "library/composite/composite_reader.h"
+#include "models/composite_functions.h"
 
 // The generated dispatch: by the number in the library, and through the list of names.
 #define DECLARE_EBE_AC(routine)                                                                                  \
@@ -313,6 +315,28 @@ void bring_to_bias(U& u, const one_composite& o, std::mt19937& rng) {
     }
 }
 
+// Real parameters of the composite as its small-signal units take them: its own function, if it has one, computes them
+// from its outputs at the bias point.
+template <class U>
+std::vector<double> small_signal_parameters(const one_composite& o, U& dc, std::vector<int> own_i,
+                                            std::vector<double> own) {
+    const auto c = static_cast<std::size_t>(o.c);
+    if (!o.lib.flag.compute_acp[c]) return own;
+    dc.call(&flags_class::outvar_prm);
+    std::vector<double> outvar, row = own;
+    for (int j = 0; j < o.lib.ov.count(o.c); ++j) {
+        const auto k = static_cast<std::size_t>(o.lib.ov.at(o.c, j));
+        outvar.push_back(o.lib.ov.kind[k] == ov_rparm_ebe ? dc.x.rparm[static_cast<std::size_t>(o.lib.ov.index[k])]
+                                                          : 0);
+    }
+    const composite_registration* function = find_composite_function("ece", o.name());
+    EXPECT_NE(function, nullptr) << o.name();
+    flags_class flags;
+    flags.acparms = 1;
+    if (function) function->function(own_i.data(), nullptr, own.data(), row.data(), outvar.data(), &flags, 0);
+    return row;
+}
+
 // A; the last digit of a saturation current over the step of the differences.
 constexpr double unresolved = 1e-22;
 
@@ -334,7 +358,7 @@ void expect_same_motions(const one_composite& o) {
         const double freq = std::pow(10, decade(rng));
 
         A ac(form);
-        take_parameters(be.rprm, be.rprm_flag, o.row_ac(), own, ac.rparm);
+        take_parameters(be.rprm, be.rprm_flag, o.row_ac(), small_signal_parameters(o, dc, own_i, own), ac.rparm);
         take_parameters(be.iprm, be.iprm_flag, o.row_ac(), own_i, ac.iparm);
         if (be.acprm_be[static_cast<std::size_t>(o.row_ac())] >= 0) give_bias(ac, dc);
         ac.ac(freq);
@@ -504,7 +528,7 @@ void for_each_form(const std::vector<composite_library>& all, const basic_librar
             bring_to_bias(dc, o, rng);
             call_at_bias(dc, &flags_class::jacobian);
             A ac(basic_ac.list.entry.str(lib.beac.i_be[at]));
-            take_parameters(lib.beac.rprm, lib.beac.rprm_flag, k, own, ac.rparm);
+            take_parameters(lib.beac.rprm, lib.beac.rprm_flag, k, small_signal_parameters(o, dc, own_i, own), ac.rparm);
             if (lib.beac.acprm_be[at] >= 0) give_bias(ac, dc);
             std::uniform_real_distribution<double> random(-1, 1);
             for (const moving<number>& m : moving_of(ac, o))
