@@ -4,6 +4,7 @@
 #include "analyses/evaluate.h"
 #include "analyses/newton.h"
 #include "analyses/residual.h"
+#include "analyses/shunt_steps.h"
 #include "analyses/solution_vector.h"
 #include "analyses/trns_x.h"
 #include "base/halt.h"
@@ -82,7 +83,15 @@ void gmin_step_dc_1(run_state& r) {
         r.flags.gmin = slv.now.gmin;
         limits.fix_order = slv.now.iter_gmin == 0;
         newton(r, limits);
-        if (!slv.now.l_converged) halt({"gmin_step_dc_1:", "   N-R iterations did not converge.", "   Halting..."});
+        if (!slv.now.l_converged) break;
+        if (r.c.cct.flag_save_history) save_history(r);
+    }
+    if (slv.now.iter_gmin < slv.method.gmin_npoints) {
+        say("gmin_step_dc_1:");
+        say("   N-R iterations did not converge.");
+        r.flags.gmin = slv.method.gmin_end;
+        shunt_step_dc(r);
+        if (!slv.now.l_converged) halt({"   Halting..."});
         if (r.c.cct.flag_save_history) save_history(r);
     }
     r.flags.newton_first = 0;

@@ -7,7 +7,8 @@ void init_sol(run_state& r);
 // Asks every unit for its first guess.
 void init_guess(run_state& r);
 
-// Newton along a falling conductance across the junctions; a failure stops the run.
+// Newton along a falling conductance across the junctions, and where that fails along falling conductances from the
+// nodes to the reference; a failure of both stops the run.
 void gmin_step_dc_1(run_state& r);
 
 // One dc point, with terminal currents and output parameters at its end. Leaves without them and without a row when an

@@ -9,6 +9,7 @@
 #include "analyses/assembly.h"
 #include "analyses/convergence.h"
 #include "analyses/integration.h"
+#include "analyses/shunt_steps.h"
 #include "analyses/solution_vector.h"
 #include "base/at.h"
 #include "base/halt.h"
@@ -39,6 +40,25 @@ void write_system(const run_state& r, const std::string& tail) {
 void assemble(run_state& r, bool only_function) {
     form_jac_rhs(r, only_function);
     if (in_time(r.mat.kind)) add_trns_terms(r, only_function);
+    if (r.shunts.g > 0.0) add_shunts(r, only_function);
+}
+
+// Whether a row is left with more than a thousandth of its terms. An order that was chosen on other values lets the
+// elimination lose all digits where amplifiers stand in a row: each multiplies what rounding has left by its gain.
+bool step_is_none(mat_class& mat) {
+    std::vector<double>&sum = mat.svec_ls, &size = mat.delsvec_ls;  // of the line search, which comes later
+    for (int i = 0; i < mat.n_svec; ++i) {
+        sum[at(i)] = -mat.rhs_m[at(i)];
+        size[at(i)] = std::fabs(mat.rhs_m[at(i)]);
+    }
+    for (int k = 0; k < mat.m.nnz(); ++k) {
+        const double term = mat.val_m[at(k)] * mat.e.sol_w[at(mat.m.col[at(k)])];
+        sum[at(mat.m.row[at(k)])] += term;
+        size[at(mat.m.row[at(k)])] += std::fabs(term);
+    }
+    for (int i = 0; i < mat.n_svec; ++i)
+        if (!(std::fabs(sum[at(i)]) <= 1e-3 * size[at(i)])) return true;
+    return false;
 }
 
 // Assembly is done, rhs_m holds F. Leaves the step in delsvec and -F in rhs_m.
@@ -47,6 +67,10 @@ void solve_for_step(run_state& r, bool fix_order, bool hold_factors) {
     for (double& x : mat.rhs_m) x = -x;
     if (fix_order) solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 0, 1, 2, 0, 0);
     solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 1, 0, 0, 1, hold_factors ? 2 : 3);
+    if (!fix_order && !in_time(mat.kind) && step_is_none(mat)) {
+        solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 0, 1, 2, 0, 0);
+        solve_jac(mat.e, mat.m, mat.val_m.data(), mat.rhs_m.data(), 1, 0, 0, 1, 3);
+    }
     ++r.flags.n_solve_lin;
     std::copy(mat.e.sol_w.begin(), mat.e.sol_w.end(), mat.delsvec.begin());
 }

@@ -24,6 +24,12 @@ struct residual_watch {
     std::vector<double> sum, largest;  // [n_nd] of the terminal currents of the last point; A
 };
 
+// Conductances from nodes to the reference, which one way to a dc point puts there. S
+struct node_shunts {
+    double g = 0.0;                      // of each; 0: there are none
+    std::vector<int> row, column, slot;  // [nodes] in the system
+};
+
 struct run_state {
     circuit& c;
     mat_class mat;
@@ -41,6 +47,7 @@ struct run_state {
     assembly_plan plan;
     formed_arguments formed;
     residual_watch residual;
+    node_shunts shunts;
 
     explicit run_state(circuit& elaborated) : c(elaborated) {}
 };

@@ -72,6 +72,10 @@ inline double mos_series_conductance(double r, double rsh, double squares, doubl
 // asked.
 void source_branch(double u, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
                    const flags_class* flags, int first_s = 3);
+// A conductance g, S, in the same rows: the own one is g (v(0) - v(1)) - i = 0, over g where that is above 1. So the rows
+// of the nodes hold no g, which would swallow currents of 1e-16 V g. 0 is an open branch.
+void series_branch(double g, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
+                   const flags_class* flags);
 
 // Two windings from terminals 0, 2 to terminals 1, 3: the rows of the four terminals, from `row` on, with the currents
 // i1 and i2 as unknowns 0 and 1. dfdi: the Jacobian table of those unknowns.
@@ -106,6 +110,18 @@ inline void two_terminal_admittance(std::complex<double> y, const std::complex<d
 // A branch of the voltage u, V, with its current into terminal 0 as aux 0: rows 0 and 1 of the terminals, row 2.
 void branch_voltage(std::complex<double> u, const std::complex<double>* v, const std::complex<double>* aux,
                     std::complex<double>* f, ebac1_class* jac, const flags_class* flags);
+// A conductance g, S, as series_branch has it.
+inline void series_admittance(double g, const std::complex<double>* v, const std::complex<double>* aux,
+                              std::complex<double>* f, ebac1_class* jac, const flags_class* flags) {
+    const double per_i = 1 / std::fmax(g, 1.0), per_v = g * per_i;
+    branch_voltage(0.0, v, aux, f, jac, flags);
+    if (flags->function) f[2] = per_v * (v[0] - v[1]) - per_i * aux[0];
+    if (flags->jacobian) {
+        jac->dfdaux[2][0] = -per_i;
+        jac->dfdv[2][0] = per_v;
+        jac->dfdv[2][1] = -per_v;
+    }
+}
 // The bias point's derivatives as admittances: G[j][k] of the n_nd terminal rows, and with charges i freq C[j][k] of
 // the charge rows behind them. ebe_jac null: an open element.
 void bias_admittance(int n_nd, bool charges, double freq, const std::complex<double>* v, std::complex<double>* f,

@@ -62,6 +62,20 @@ void source_branch(double u, const double* v, const double* aux, const double* a
     }
 }
 
+void series_branch(double g, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
+                   const flags_class* flags) {
+    const bool startup = flags->startup;
+    const int row = startup ? 3 : 0;
+    const double per_i = 1 / std::fmax(g, 1.0), per_v = g * per_i;
+    source_branch(0.0, v, aux, auxs, f, jac, flags);
+    if (flags->function) f[row + 2] = per_v * (v[0] - v[1]) - per_i * f[row];
+    if (flags->jacobian) {
+        (startup ? jac->dfdauxs : jac->dfdaux)[row + 2][0] = -per_i;
+        jac->dfdv[row + 2][0] = per_v;
+        jac->dfdv[row + 2][1] = -per_v;
+    }
+}
+
 void winding_currents(const double* i, double** dfdi, int row, double* f, const flags_class* flags) {
     for (int w = 0; w < 2; ++w, row += 2) {
         if (flags->function) {

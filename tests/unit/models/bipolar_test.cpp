@@ -495,13 +495,28 @@ TEST(r_area, is_a_resistance_over_an_area_that_is_never_0) {
         u.prepare();
         EXPECT_DOUBLE_EQ(u.r("g"), t.g);
         u.x.v = {3, 1, 0};
-        u.dc();
-        EXPECT_DOUBLE_EQ(u.x.f[0], 2 * t.g);
+        for (const bool startup : {false, true}) {
+            (startup ? u.x.auxs : u.x.aux)[0] = 2 * t.g;
+            startup ? u.startup() : u.dc();
+            const double* f = u.x.f.data() + (startup ? 3 : 0);
+            EXPECT_DOUBLE_EQ(f[0], 2 * t.g);
+            EXPECT_DOUBLE_EQ(f[1], -2 * t.g);
+            EXPECT_NEAR(f[2], 0, 1e-15);
+            u.x.v[0] += 1;  // per volt the same current, in whatever scale its row has
+            startup ? u.startup() : u.dc();
+            const double per_i = -(startup ? u.jac.dfdauxs[5] : u.jac.dfdaux[2])[0];
+            EXPECT_NEAR(f[2] / per_i, t.g, 1e-9 * t.g);
+            EXPECT_DOUBLE_EQ(u.jac.dfdv[startup ? 5 : 2][0], per_i * t.g);
+            EXPECT_DOUBLE_EQ(u.jac.dfdv[startup ? 5 : 2][1], -per_i * t.g);
+            u.x.v[0] -= 1;
+        }
         ac_unit a("r_area");
         a.r("r") = t.r;
         a.r("area") = t.area;
         a.ac(100);
-        EXPECT_DOUBLE_EQ(a.jac.dfdv[1][0].real(), -t.g);
+        EXPECT_EQ(a.jac.dfdaux[0][0], 1.0);
+        EXPECT_EQ(a.jac.dfdaux[1][0], -1.0);
+        EXPECT_DOUBLE_EQ(a.jac.dfdv[2][1].real() / a.jac.dfdaux[2][0].real(), t.g);
         u.call(&flags_class::outvar_prm);
         EXPECT_EQ(u.r("v_o"), 2);
     }

@@ -476,8 +476,10 @@ TEST(mos_r, is_a_value_or_squares_of_a_sheet_or_nothing) {
     a.r("rsh") = 30;
     a.r("sq") = 2;
     a.v = {6, 0, 0};
+    a.aux = {0.1};
     a.ac(1);
     EXPECT_REL(a.f[0].real(), 0.1, 1e-15);
+    EXPECT_NEAR(std::abs(a.f[2]), 0, 1e-15);
 }
 
 }  // namespace

@@ -460,8 +460,10 @@ TEST(mos_resistances, are_their_value_or_sheet_times_squares) {
         a.r("rsh") = 20;
         a.r("sq") = 2.5;
         a.v = {1.0, 0.0};
+        a.aux = {0.02};
         a.ac(1e3);
         EXPECT_DOUBLE_EQ(a.f[0].real(), 0.02);
+        EXPECT_NEAR(std::abs(a.f[2]), 0, 1e-15);
     }
 }
 
