@@ -41,7 +41,33 @@ twin diode_ladder(int n, const char* t_end) {
     return t;
 }
 
-std::vector<twin> twins() { return {diode_ladder(100, "10m"), diode_ladder(1000, "1m")}; }
+// CMOS inverters in a ring, each with 20 fF at its output; a pulse of current starts it.
+twin ring(int n, const char* t_end) {
+    twin t = {line("ring", n), line("ring oscillator of ", n, " stages, level 1"), {}, {}, "20p", t_end, "n1"};
+    std::ostringstream ours, reference;
+    ours << "eelement name=VD type=vsrcdc p=d n=0 vdc=3\n"
+            "eelement name=IK type=ipulse p=0 n=n1 i1=0 i2=100u td=0 tr=10p tf=10p pw=200p per=1\n";
+    reference << "VD d 0 3\nIK 0 n1 PULSE(0 100u 0 10p 10p 200p 1)\n"
+                 ".model mn NMOS(level=1 vto=0.7 kp=100u gamma=0.5 phi=0.7 lambda=0.03 tox=15n cgso=0.3n cgdo=0.3n)\n"
+                 ".model mp PMOS(level=1 vto=-0.8 kp=40u gamma=0.5 phi=0.7 lambda=0.04 tox=15n cgso=0.3n cgdo=0.3n)\n";
+    const std::string common = " gamma=0.5 phi=0.7 tox=15n cgso=0.3n cgdo=0.3n l=1u";
+    for (int k = 1; k <= n; ++k) {
+        const int next = k % n + 1;
+        ours << "eelement name=MN" << k << " type=mos_level1 d=n" << next << " g=n" << k
+             << " s=0 b=0 vt0=0.7 kp=100u lambda=0.03 w=4u" << common << "\neelement name=MP" << k
+             << " type=mos_level1 pol=-1 d=n" << next << " g=n" << k << " s=d b=d vt0=-0.8 kp=40u lambda=0.04 w=10u"
+             << common << "\neelement name=C" << k << " type=c p=n" << next << " n=0 c=20f\n";
+        reference << "MN" << k << " n" << next << " n" << k << " 0 0 mn W=4u L=1u\nMP" << k << " n" << next << " n" << k
+                  << " d d mp W=10u L=1u\nC" << k << " n" << next << " 0 20f\n";
+    }
+    t.ours = ours.str();
+    t.reference = reference.str();
+    return t;
+}
+
+std::vector<twin> twins() {
+    return {diode_ladder(100, "10m"), diode_ladder(1000, "1m"), ring(11, "100n"), ring(51, "50n"), ring(201, "20n")};
+}
 
 std::string deck_of(const twin& t) {
     return "title: " + t.name + "\nbegin_circuit\nrefnode 0\n" + t.ours + "outvar: v=nodev_of_" + t.node +

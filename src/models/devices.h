@@ -1,3 +1,12 @@
 // devices.h -- what the semiconductors among the electrical elements share.
 #pragma once
+#include <cstring>
+
+#include "models/bsim1.h"
+#include "models/diode_elements.h"
+#include "models/gummel_poon.h"
+#include "models/jfet.h"
 #include "models/junctions.h"
+#include "models/mos_level1.h"
+#include "models/mos_level3.h"
+#include "models/voltage_limits.h"

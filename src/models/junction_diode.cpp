@@ -21,26 +21,49 @@ void adjust_to_temperature(junction_diode& d, const math_cnst_class& math_cnst) 
 
 namespace {
 double breakdown_current(const junction_diode& d) { return (d.ibv == 0 ? d.is * d.bv / d.vt : d.ibv) * d.area; }
-}  // namespace
 
-void junction_breakdown(junction_diode d, double v, double gmin, double& i, double& g) {
+// exponential(x, e, de): e and its slope by x, beyond x_max as the form of the diode has it.
+template <class F>
+void current_of(const junction_diode& d, double v, double gmin, F exponential, double& i, double& g) {
     const double vte = d.n_em * d.vt, is = d.is_t * d.area;
     double e, de;
-    if (d.bv_cont) {
-        junction_exponential(v, vte, is, d.x_max, gmin, i, g);
-        if (v < 0) {
-            exp_lmt_1(-(d.bv + v) / vte, e, de, d.x_max);
-            i -= breakdown_current(d) * e;
-            g += breakdown_current(d) * de / vte;
-        }
+    if (v >= 0 || d.bv_cont || (v > -d.bv && v > -5 * vte)) {
+        exponential(v / vte, e, de);
+        i = is * (e - 1) + gmin * v;
+        g = is * de / vte + gmin;
+    } else if (v > -d.bv) {
+        i = gmin * v - is;
+        g = gmin;
     } else if (v < -d.bv) {
-        exp_lmt_1(-(d.bv + v) / d.vt, e, de, d.x_max);
+        exponential(-(d.bv + v) / d.vt, e, de);
         i = -is * (e + d.bv / d.vt) + gmin * v;
         g = is * de / d.vt + gmin;
     } else {
         i = gmin * v - breakdown_current(d);
         g = gmin;
     }
+    if (d.bv_cont && v < 0) {
+        exponential(-(d.bv + v) / vte, e, de);
+        i -= breakdown_current(d) * e;
+        g += breakdown_current(d) * de / vte;
+    }
+}
+}  // namespace
+
+void junction_breakdown(junction_diode d, double v, double gmin, double& i, double& g) {
+    current_of(
+        d, v, gmin, [&d](double x, double& e, double& de) { exp_lmt_1(x, e, de, d.x_max); }, i, g);
+}
+
+void junction_current_counted(const junction_diode& d, bool chord, double v, double gmin, int& n_limit, double& i,
+                              double& g) {
+    const auto exponential = [&](double x, double& e, double& de) {
+        if (chord)
+            exp_cap_5a(x, e, de, 1, d.x_max, n_limit);
+        else
+            exp_cap_1a(x, e, de, 1, d.x_max, n_limit);
+    };
+    current_of(d, v, gmin, exponential, i, g);
 }
 
 bool junction_ran_away(junction_diode d, const double* v, double& i, double& g, double& q, double& c) {

@@ -71,6 +71,10 @@ inline __attribute__((always_inline)) void junction_current(const junction_diode
         junction_exponential(v, vte, is, d.x_max, gmin, i, g);
     }
 }
+// The same with exponentials that count where they are capped, and go on as tangents or, with chord, as lines through
+// the origin.
+void junction_current_counted(const junction_diode& d, bool chord, double v, double gmin, int& n_limit, double& i,
+                              double& g);
 // Depletion charge and that of the transit time, C, and its slope in F; id, gd: current and slope without gmin. What
 // has the factor cj0 0 or tt 0 is 0 at any voltage.
 inline __attribute__((always_inline)) void junction_charge(const junction_diode& d, double v, double id, double gd,

@@ -36,6 +36,9 @@ inline void diode_current(double v_on, const double* c, double v, double& i, dou
 // A thyristor at an accepted point: whether it conducts from now on.
 inline bool thyristor_conducts(bool on, bool fired, double v) { return v > 0.0 && (on || fired); }
 
+// Series resistance of a device, r/area in ohm, as a conductance; below 1e-6 it counts as 1e-6, so that 0 is legal.
+inline double series_conductance(double r, double area) { return 1 / std::fmax(r / area, 1e-6); }
+
 // Function and Jacobian of a branch from terminal 0 to terminal 1 whose current i has the slope g; each only if asked.
 void two_terminal_branch(double i, double g, double* f, ebes1_class* jac, const flags_class* flags);
 
@@ -54,6 +57,12 @@ void change_over(double g_1, double g_2, const T* v, T* f, Jac* jac, const flags
         jac->dfdv[1][1] = g_1;
         jac->dfdv[2][2] = g_2;
     }
+}
+
+// Ohmic drain or source of m MOS transistors in parallel, S: its own value if above 0, else sheet value times squares;
+// less than 1e-6 ohm counts as that.
+inline double mos_series_conductance(double r, double rsh, double squares, double m) {
+    return series_conductance(r > 0 ? r : rsh * squares, m);
 }
 
 // ---- branches with their current as unknown

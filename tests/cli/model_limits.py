@@ -2,7 +2,9 @@
 """The limits that element files tell (#= limit ...) are those of their models: a value that breaks one is told by
 `tnl check`, and the run stops with a text of the model.
 
-    tests/cli/model_limits.py TNL FOLDER FAMILY
+    tests/cli/model_limits.py TNL FOLDER FAMILY VALUES
+
+VALUES: how many values break each limit.
 """
 import json
 import pathlib
@@ -13,6 +15,7 @@ import sys
 FILES = {"angles.txt": "2\n1e-3\n2e-3\n"}  # that examples name
 
 tnl, work = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
+most = int(sys.argv[4])
 work.mkdir(parents=True, exist_ok=True)
 for file, text in FILES.items():
     (work / file).write_text(text, encoding="ascii")
@@ -96,7 +99,7 @@ for sheet in json.loads(run("describe", "--all", "--json")[1]):
             if is_rounded or eval(condition[0], {}, values) or (condition[2] and not eval(condition[2], {}, values)):
                 continue
             tried += 1
-            if tried > 3:
+            if tried > most:
                 break
             deck(sheet, {**others, name: x})
             check, run_ = run("check", "--json", "d.in"), run("run", "d.in")
@@ -104,7 +107,7 @@ for sheet in json.loads(run("describe", "--all", "--json")[1]):
             if "bad-value" not in codes or run_[0] == 0 or run_[1].splitlines()[:4] == sound:
                 faults += 1
                 print(f"{sheet['name']}: {text}: {name}={x}: check says {codes}, the run {run_[0]}:\n{run_[1]}")
-        n_tried += min(tried, 3)
+        n_tried += min(tried, most)
         if tried == 0:
             faults += 1
             print(f"{sheet['name']}: {text}: nothing breaks it")

@@ -56,7 +56,9 @@ const std::map<std::string, std::string, std::less<>> more_words = {{"pwl_file",
                                                                     {"lut_file_1_to_3", " file=three.txt"},
                                                                     {"lut_file_2_to_1", " file=two.txt"},
                                                                     {"lut_file_3_to_1", " file=eight.txt"},
-                                                                    {"lut_file_4_to_1", " file=sixteen.txt"}};
+                                                                    {"lut_file_4_to_1", " file=sixteen.txt"},
+                                                                    {"mos_level1", " vt0=0.4 kp=1m rd=1 rs=1"},
+                                                                    {"mos_level3", " vt0=0.4 kp=1m rd=1 rs=1"}};
 
 // The deck of one instance; the first n_driven variables have a source.
 std::string deck_of(const composite_library& lib, int e, const char* statement, int n_driven, const std::string& rule) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 
 #include "base/list_file.h"
@@ -112,6 +113,8 @@ TEST_P(every_element, has_the_derivatives_of_its_functions) {
         const mode m = modes[trial % 3];
         if (refused(GetParam(), m)) continue;
         model_unit u(GetParam());
+        // Of a junction that carries amperes a small derivative beside is lost in the difference.
+        if (GetParam().starts_with("mos_level")) u.r("i_max") = 1e-4;
         u.prepare();
         randomise(u, rng);
         std::fill(u.jac.store.begin(), u.jac.store.end(), 0.0);
@@ -141,10 +144,14 @@ TEST_P(every_element, has_the_derivatives_of_its_functions) {
                     return f;
                 };
                 const std::vector<double> above = f_at(h), below = f_at(-h);
+                // What the differences do not resolve: last digits of the functions, of which some are sums of others.
+                double largest = 0;
+                for (const double f : above) largest = std::max(largest, std::abs(f));
+                const double unresolved = 2 * std::numeric_limits<double>::epsilon() * largest / h;
                 for (int j = 0; j < u.jac.n_f; ++j) {
                     const auto jj = static_cast<std::size_t>(j);
                     const double difference = (above[jj] - below[jj]) / (2 * h);
-                    EXPECT_NEAR(g.table[j][k], difference, 1e-6 * std::max(1e-3, std::abs(difference)))
+                    EXPECT_NEAR(g.table[j][k], difference, 1e-6 * std::max(1e-3, std::abs(difference)) + unresolved)
                         << "function " << j << ", variable " << k;
                 }
             }

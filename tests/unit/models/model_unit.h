@@ -73,6 +73,7 @@ struct model_unit {
         sized(x.f, lib.func.n_func(e));
         x.dvar.assign(static_cast<std::size_t>(l.dgtl.count(e)) + 1, 0);
         jac.initialise(lib, e);
+        if (name == "mos_level1") r("vt0") = 0.5, r("kp") = 2e-5;  // without these it stops
     }
 
     void call() {
