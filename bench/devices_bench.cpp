@@ -74,11 +74,6 @@ std::string deck_of(const twin& t) {
            "\nend_circuit\n" + transient("trapezoidal=yes delt_const=" + t.step, t.t_end, "v");
 }
 
-const libraries& installed() {
-    static const libraries lib = libraries_of(installed_texts());
-    return lib;
-}
-
 double children_us() {
     rusage use{};
     getrusage(RUSAGE_CHILDREN, &use);
@@ -127,7 +122,8 @@ void print_table(const fs::path& scratch) {
         "| circuit | unknowns | iterations a step | us | ngspice, iterations a step | us | ratio |\n"
         "|---|---|---|---|---|---|---|\n");
     for (const twin& t : twins()) {
-        const measured ours = quickest(deck_of(t), installed(), 3), other = reference_of(t, scratch, 3);
+        const measured ours = quickest(deck_of(t), installed_libraries(deck_of(t)), 3),
+                       other = reference_of(t, scratch, 3);
         const double us = ours.us / ours.n_iteration;
         std::printf("| %s | %d | %.2f | %.2f | ", t.text.c_str(), ours.n_unknown,
                     static_cast<double>(ours.n_iteration) / ours.n_step, us);
@@ -149,7 +145,8 @@ int main(int argc, char** argv) {
     if (what.empty()) print_table(scratch);
     for (const twin& t : twins())
         if (t.name == what) {
-            const measured m = quickest(deck_of(t), installed(), argc > 2 ? std::max(1, std::atoi(argv[2])) : 1);
+            const measured m =
+                quickest(deck_of(t), installed_libraries(deck_of(t)), argc > 2 ? std::max(1, std::atoi(argv[2])) : 1);
             std::printf("%s: %d steps, %d iterations, %.3f us per iteration\n", what.c_str(), m.n_step, m.n_iteration,
                         m.us / m.n_iteration);
         }

@@ -2,12 +2,14 @@
 // installs; for unit tests, fuzz targets and measurements.
 #pragma once
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "base/text_file.h"
+#include "composite_room.h"
 #include "elaborate/read_circuit.h"
 
 // Texts of libraries; those of an empty one are empty.
@@ -31,20 +33,38 @@ inline libraries libraries_of(const library_texts& texts) {
 }
 
 #ifdef TARNEL_SHARE
-inline std::string installed_text(const std::string& file) {
-    std::ostringstream all;
-    all << std::ifstream(std::string(TARNEL_SHARE) + "/" + file, std::ios::binary).rdbuf();
-    return all.str();
+inline const std::string& installed_text(const std::string& file) {
+    static std::map<std::string, std::string> read;
+    const auto [text, is_new] = read.try_emplace(file);
+    if (is_new) {
+        std::ostringstream all;
+        all << std::ifstream(std::string(TARNEL_SHARE) + "/" + file, std::ios::binary).rdbuf();
+        text->second = all.str();
+    }
+    return text->second;
 }
-inline library_texts installed_texts() {
-    return {installed_text("ebes.aux"), installed_text("ebac.aux"), installed_text("gbes.aux"),
-            installed_text("gbac.aux"), installed_text("eels.aux"), installed_text("gels.aux"),
-            installed_text("dbes.aux"), installed_text("dels.aux"), installed_text("gmes.aux"),
-            installed_text("xbes.aux"), installed_text("xbac.aux"), installed_text("xels.aux")};
+// Electrical composites as many as a library holds, those of the deck among them.
+inline library_texts installed_texts(std::string_view deck = "") {
+    const std::string mixed = installed_text("gmes.aux");
+    return {installed_text("ebes.aux"),
+            installed_text("ebac.aux"),
+            installed_text("gbes.aux"),
+            installed_text("gbac.aux"),
+            composites_with_room(installed_text("eels.aux"), std::string(deck) + '\n' + mixed),
+            installed_text("gels.aux"),
+            installed_text("dbes.aux"),
+            installed_text("dels.aux"),
+            mixed,
+            installed_text("xbes.aux"),
+            installed_text("xbac.aux"),
+            installed_text("xels.aux")};
 }
-inline const libraries& installed_libraries() {
-    static const libraries lib = libraries_of(installed_texts());
-    return lib;
+// Read once for each set of composites.
+inline const libraries& installed_libraries(std::string_view deck = "") {
+    static std::map<std::string, libraries> all;
+    const library_texts texts = installed_texts(deck);
+    const auto known = all.find(texts.eels);
+    return known != all.end() ? known->second : all.emplace(texts.eels, libraries_of(texts)).first->second;
 }
 #endif
 

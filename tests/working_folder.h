@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "composite_room.h"
 #include "deck/tmpdim_class.h"
 
 // Changes the text of a library or list before it is written.
@@ -17,13 +18,18 @@ inline void fill_working_folder(const std::filesystem::path& folder, const std::
     const auto write = [&](const std::string& name, const std::string& text) {
         std::ofstream(folder / name, std::ios::binary) << text;
     };
+    const auto mixed = [] {
+        std::ostringstream text;
+        text << std::ifstream(fs::path(TARNEL_SHARE) / "gmes.aux", std::ios::binary).rdbuf();
+        return '\n' + text.str();
+    };
     fs::create_directories(folder / ".tnlaux");
     for (const fs::directory_entry& entry : fs::directory_iterator(TARNEL_SHARE)) {
         const std::string file = entry.path().filename();
         if (!file.ends_with(".aux") && !file.ends_with(".lst")) continue;
         std::ostringstream text;
         text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-        std::string changed = text.str();
+        std::string changed = file == "eels.aux" ? composites_with_room(text.str(), deck + mixed()) : text.str();
         if (change) change(file, changed);
         write(".tnlaux/" + file, changed);
     }

@@ -44,7 +44,7 @@ struct standing_circuit {
     explicit standing_circuit(std::string_view reader) {
         const std::string deck = std::string(head) + "gelement name=F " + std::string(reader) + std::string(tail);
         if (!runs_through([&] {
-                c = circuit_of(deck, installed_libraries());
+                c = circuit_of(deck, installed_libraries(deck));
                 elaborate(c);
             }))
             std::abort();

@@ -15,7 +15,7 @@ bool names_a_path(std::string_view text) {
 
 void run(std::string_view text) {
     if (names_a_path(text)) halt({"fuzz_deck: a path. Halting..."});
-    circuit c = circuit_of(text, installed_libraries());
+    circuit c = circuit_of(text, installed_libraries(text));
     if (c.cf.output.input) write_input_dat(c.cf);
     if (c.cf.output.glbl) write_glbl_dat(c.gprm);
     run_state r(c);

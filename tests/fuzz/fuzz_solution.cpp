@@ -20,7 +20,7 @@ struct standing_circuit {
 
     standing_circuit() {
         runs_through([&] {
-            c = circuit_of(deck, installed_libraries());
+            c = circuit_of(deck, installed_libraries(deck));
             r = std::make_unique<run_state>(c);
             prepare_circuit(*r);
             read_block(*r, 0);

@@ -34,11 +34,11 @@ struct dc_run {
                                  "end_circuit\nbegin_solve\nsolve_type dc\n" + cards + "end_solve\nend_cf\n";
         library_texts texts;
         if (!(more_ebes + more_eels).empty()) {
-            texts = installed_texts();
+            texts = installed_texts(deck);
             texts.ebes += more_ebes;
             texts.eels += more_eels;
         }
-        c = circuit_of(deck, texts.ebes.empty() ? installed_libraries() : libraries_of(texts));
+        c = circuit_of(deck, texts.ebes.empty() ? installed_libraries(deck) : libraries_of(texts));
         listen([&] { prepare_circuit(r); });
     }
 

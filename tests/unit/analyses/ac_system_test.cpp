@@ -27,7 +27,7 @@ struct ac_run {
     circuit c;
     run_state r{c};
 
-    explicit ac_run(const std::string& deck) : c(circuit_of(deck, installed_libraries())) {
+    explicit ac_run(const std::string& deck) : c(circuit_of(deck, installed_libraries(deck))) {
         const console_run heard = run_and_listen([&] {
             prepare_circuit(r);
             read_block(r, 0);

@@ -383,6 +383,25 @@ TEST(bipolar, keeps_the_base_charge_above_0_beyond_its_guards) {
     EXPECT_GT(p.f(c), 0);
 }
 
+TEST(bipolar, has_the_derivatives_of_its_functions_beyond_its_guards) {
+    const struct {
+        std::map<std::string, double> parms;
+        double vbe, vbc;
+    } points[] = {{{{"is", 1e-3}, {"ikf", 1e-3}, {"ikr", 1e-3}}, -0.05, -0.06},  // no argument of the root
+                  {{{"vaf", 0.5}, {"var", 2}}, 0.6, 0.55}};                      // no width of the base
+    for (const auto& p : points) {
+        constexpr double h = 1e-6;
+        transistor q("bjt_spice_5", p.parms), above("bjt_spice_5", p.parms), below("bjt_spice_5", p.parms);
+        q.at(p.vbe, p.vbc);
+        above.at(p.vbe + h, p.vbc + h);
+        below.at(p.vbe - h, p.vbc - h);
+        EXPECT_REL(q.jac.dfdv[c][b], (above.f(c) - below.f(c)) / (2 * h), 1e-5);
+        above.at(p.vbe, p.vbc + h);
+        below.at(p.vbe, p.vbc - h);
+        EXPECT_REL(-q.jac.dfdv[c][c], (above.f(c) - below.f(c)) / (2 * h), 1e-5);
+    }
+}
+
 TEST(bipolar, takes_its_jacobian_from_differences_if_told_so) {
     transistor formula("bjt_spice_5", all_effects), numeric("bjt_spice_5", all_effects);
     numeric.x.iparm[0] = 1;
