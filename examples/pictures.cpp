@@ -190,7 +190,8 @@ const picture pictures[] = {
       {"wave_80.dat", 3, "magnetizing", "A"}}},
 };
 
-// Of a file over frequency, or of a family of curves. A window is one in the complex plane: of the real part, and of the imaginary one.
+// Of a file over frequency, or of a family of curves. A window is one in the complex plane: of the real part, and of
+// the imaginary one.
 struct response_picture {
     std::string name, file, picture, title;
     double from = 0, to = 0, y_from = 0, y_to = 0;  // all that the file has if to is not above from
