@@ -190,7 +190,8 @@ const picture pictures[] = {
       {"wave_80.dat", 3, "magnetizing", "A"}}},
 };
 
-// Of a file over frequency. A window is one in the complex plane: of the real part, and of the imaginary one.
+// Of a file over frequency, or of a family of curves. A window is one in the complex plane: of the real part, and of
+// the imaginary one.
 struct response_picture {
     std::string name, file, picture, title;
     double from = 0, to = 0, y_from = 0, y_to = 0;  // all that the file has if to is not above from
@@ -202,6 +203,8 @@ const response_picture response_pictures[] = {
     {"loop_gain", "nyquist.dat", "nyquist.svg", "The same loop around -1", -3, 1, -2, 1},
     {"transformer_impedance", "bode.dat", "picture.svg", "Impedance of a transformer, dB of an ohm"},
     {"locked_loop", "bode.dat", "picture.svg", "Phase-locked loop at three gains"},
+    {"output_curves", "out.dat", "picture.svg", "Output curves of an n-channel MOSFET"},
+    {"common_emitter", "out.dat", "picture.svg", "Gain of an amplifier with a common emitter"},
     {"state_variable", "bode.dat", "picture.svg", "State-variable filter with the quality 5"},
 };
 

@@ -19,7 +19,7 @@ static void from_json(const nlohmann::json& j, record_column& c) {
 }
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_sweep, name, unit, values)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_file, path, kind, columns, rows, curves, begins_with_guess,
-                                                sweeps, digital, offset)
+                                                sweeps, steps, digital, offset)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_place, file, line, column, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_warning, message, advice, places)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(record_multiplier, re, im)

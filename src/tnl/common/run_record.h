@@ -35,6 +35,8 @@ struct record_file {
     bool begins_with_guess = false;
     // What tells the curves of a sweep apart where no column does: the values that each was made with.
     std::vector<record_sweep> sweeps = {};
+    // Of a sweep point by point: what steps along each of the curves; values [rows of a curve], none where not known.
+    record_sweep steps = {};
     // Levels of digital nodes and states of digital elements: integers, the j-th of them (from 0) raised by j offsets
     // in the file's rows. Each event has two rows of its time, before and after.
     bool digital = false;

@@ -1,6 +1,8 @@
 #include "tnl/deck/sweep_points.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "base/words.h"
 #include "settings/solve_task.h"
@@ -50,36 +52,68 @@ sweep_range range_of(const deck_view& deck, int i_statement) {
     return r;
 }
 
-}  // namespace
+struct sweep_statement {
+    std::string word;
+    sweep_range range;
+    bool sync = false;
+};
 
-std::vector<swept_item> swept_items(const deck_view& deck, const statement_range& block) {
-    std::vector<swept_item> items;
-    std::vector<sweep_range> ranges;
-    std::vector<char> is_sync;
-    double n_grid = 1, n_sync = 1;
+std::vector<sweep_statement> sweeps_in(const deck_view& deck, const statement_range& block) {
+    std::vector<sweep_statement> all;
     for (int i = block.begin; i < block.end; ++i) {
         const bool sync = deck.statements.begins(i, "vary_parm_sync");
         if ((!sync && !deck.statements.begins(i, "vary_parm")) || deck.statements.n_words(i) < 2) continue;
-        items.push_back({std::string(deck.statements.word(i, 1)), {}});
-        ranges.push_back(range_of(deck, i));
-        is_sync.push_back(sync);
-        if (ranges.back().n == 0) return {};
-        if (sync)
-            n_sync = ranges.back().n;
-        else
-            n_grid *= ranges.back().n;
+        all.push_back({std::string(deck.statements.word(i, 1)), range_of(deck, i), sync});
     }
-    if (items.empty() || n_grid * n_sync > most_points) return {};
+    return all;
+}
+
+std::vector<swept_item> points_of(const std::vector<sweep_statement>& sweeps) {
+    double n_grid = 1, n_sync = 1;
+    for (const sweep_statement& s : sweeps) {
+        if (s.range.n == 0) return {};
+        if (s.sync)
+            n_sync = s.range.n;
+        else
+            n_grid *= s.range.n;
+    }
+    if (n_grid * n_sync > most_points) return {};
     const int n = static_cast<int>(n_grid), all = n * static_cast<int>(n_sync);
     int faster = 1;  // points of the vary_parm behind this one
-    for (std::size_t k = items.size(); k-- > 0;) {
+    std::vector<swept_item> items(sweeps.size());
+    for (std::size_t k = sweeps.size(); k-- > 0;) {
+        const sweep_range& range = sweeps[k].range;
+        items[k].word = sweeps[k].word;
         for (int point = 0; point < all; ++point) {
-            const int i = is_sync[k] ? point / n : point / faster % ranges[k].n;
-            items[k].values.push_back(i < ranges[k].n ? ranges[k].at(i) : NAN);
+            const int i = sweeps[k].sync ? point / n : point / faster % range.n;
+            items[k].values.push_back(i < range.n ? range.at(i) : NAN);
         }
-        if (!is_sync[k]) faster *= ranges[k].n;
+        if (!sweeps[k].sync) faster *= range.n;
     }
     return items;
+}
+
+}  // namespace
+
+std::vector<swept_item> swept_items(const deck_view& deck, const statement_range& block) {
+    return points_of(sweeps_in(deck, block));
+}
+
+swept_curves curves_of_sweeps(const deck_view& deck, const statement_range& block) {
+    std::vector<sweep_statement> sweeps = sweeps_in(deck, block);
+    if (sweeps.empty()) return {};
+    const auto last = std::find_if(sweeps.rbegin(), sweeps.rend(), [](const sweep_statement& s) { return !s.sync; });
+    const auto steps = last == sweeps.rend() ? sweeps.begin() : std::prev(last.base());
+    swept_curves found;
+    found.steps.word = steps->word;
+    for (int i = 0; i < steps->range.n; ++i) found.steps.values.push_back(steps->range.at(i));
+    if (last == sweeps.rend()) return found;
+    sweeps.erase(steps);
+    found.curves = points_of(sweeps);
+    // Between the steps of vary_parm_sync no line is left free: only the number of rows parts their curves.
+    const bool any_sync = std::any_of(sweeps.begin(), sweeps.end(), [](const sweep_statement& s) { return s.sync; });
+    if (any_sync && found.steps.values.empty()) found.curves.clear();
+    return found;
 }
 
 }  // namespace cli

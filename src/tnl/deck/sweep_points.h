@@ -16,4 +16,12 @@ struct swept_item {
 // computed); and for more points than anybody draws.
 std::vector<swept_item> swept_items(const deck_view& deck, const statement_range& block);
 
+// The same of a block that is solved at one point after another: the last vary_parm steps along a curve, all else tells
+// the curves apart. Without a vary_parm, the first vary_parm_sync steps along the only curve.
+struct swept_curves {
+    std::vector<swept_item> curves;  // [of the curves] empty for one curve, and where the words do not settle them
+    swept_item steps;                // [rows of a curve] no values where the words do not settle them
+};
+swept_curves curves_of_sweeps(const deck_view& deck, const statement_range& block);
+
 }  // namespace cli

@@ -250,6 +250,18 @@ void complete_ac(const deck_names& names, const installed_libraries& libraries, 
         planned.sweeps.push_back({item.word, unit_of_word(names, libraries, item.word), item.values});
 }
 
+// The curves of a sweep in points. Behind rows of other blocks they are not the first.
+void complete_points(const deck_names& names, const installed_libraries& libraries, const written_file& file,
+                     record_file& planned) {
+    if (value_of(names.deck, file.i_statement, "append", 2) == "yes") return;
+    const auto recorded = [&](const swept_item& item) {
+        return record_sweep{item.word, unit_of_word(names, libraries, item.word), item.values};
+    };
+    const swept_curves sweep = curves_of_sweeps(names.deck, block_of(names.deck, file.i_statement));
+    for (const swept_item& item : sweep.curves) planned.sweeps.push_back(recorded(item));
+    if (!sweep.steps.word.empty()) planned.steps = recorded(sweep.steps);
+}
+
 // All digital nodes of a deck, as the simulator numbers them: by statement, then by the words of its type.
 std::vector<std::string> digital_nodes(const deck_names& names, const installed_libraries& libraries) {
     std::vector<std::string> nodes;
@@ -357,6 +369,7 @@ std::vector<record_file> planned_files(const deck_view& deck, const installed_li
             }
         complete_digital(names, libraries, file, planned);
         if (planned.kind == "ac") complete_ac(names, libraries, file, planned);
+        if (planned.kind == "dc" || planned.kind == "startup") complete_points(names, libraries, file, planned);
         files.push_back(std::move(planned));
     }
     return files;

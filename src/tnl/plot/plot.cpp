@@ -120,4 +120,11 @@ std::vector<std::size_t> drawing_order(const plot_panel& panel, const axis& y) {
     return dense;
 }
 
+std::vector<std::size_t> named_series(const plot_panel& panel, std::size_t most) {
+    std::vector<std::size_t> named;
+    for (std::size_t k = 0; k < panel.series.size() && named.size() < most; ++k)
+        if (!panel.series[k].name.empty()) named.push_back(k);
+    return named;
+}
+
 }  // namespace cli

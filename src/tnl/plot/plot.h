@@ -14,7 +14,7 @@ struct plot_stretch {
     std::string text = {};                          // the value
 };
 struct plot_series {
-    std::string name;
+    std::string name;          // empty: it lies among others that are named
     std::vector<double> x, y;  // equal lengths; points that are not finite break the line
     // On a lane, in order: of a number of bits all stretches, of one level of a digital file the unknown ones.
     std::vector<plot_stretch> stretches = {};
@@ -61,8 +61,11 @@ equal_axes equal_axes_in(const plot& p, double width, double height, int n_x_tic
 bool is_dense(const plot_series& series, const axis& y);
 std::vector<std::size_t> drawing_order(const plot_panel& panel, const axis& y);  // of the series
 
-// At most this many series of a panel are named; the rest is counted: "... and 30 more".
+// At most this many series of a panel are named; the rest is counted: "... and 30 more". named_series() are their
+// numbers.
 inline constexpr std::size_t most_names = 12;
+
+std::vector<std::size_t> named_series(const plot_panel& panel, std::size_t most);
 
 struct terminal {
     int columns = 80, rows = 20;

@@ -110,11 +110,11 @@ page layout_of(const plot& p, picture_size size) {
             !lanes && (panel.series.size() > 1 || !label_fits || (panel.quantity.empty() && !panel.series.empty()));
         if (!label_fits) place.label = shortened(place.y.scale.unit, height / font);
         if (place.named) {
-            const std::size_t shown = std::min(panel.series.size(), most_names);
-            for (std::size_t k = 0; k < shown; ++k)
+            place.shown = named_series(panel, most_names);
+            for (const std::size_t k : place.shown)
                 place.legend.push_back(shortened(valid_utf8(panel.series[k].name), (width - sample - 30) / font));
-            if (shown < panel.series.size())
-                place.more = "... and " + std::to_string(panel.series.size() - shown) + " more";
+            if (place.shown.size() < panel.series.size())
+                place.more = "... and " + std::to_string(panel.series.size() - place.shown.size()) + " more";
             place.legend_lines = flow_legend(place, width, [](double, int, int) {});
         }
         fixed_height += place.legend_lines * legend_line + (i > 0 ? gap : 6) + (lanes ? height : 0);

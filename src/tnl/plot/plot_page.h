@@ -21,7 +21,8 @@ struct panel_place {
     axis y;
     std::string label;                // beside the axis
     bool named = false;               // has a legend
-    std::vector<std::string> legend;  // the names that are shown, shortened
+    std::vector<std::size_t> shown;   // numbers of the series that are named
+    std::vector<std::string> legend;  // their names, shortened
     std::string more;                 // "... and 30 more"
     int legend_lines = 0;
 };
@@ -41,7 +42,7 @@ std::string valid_utf8(std::string_view text);
 
 inline double entry_width(std::string_view name) { return sample + 7 + font * text_width(name) + 22; }
 
-// Calls at(x, line, i) for each legend entry, i = -1 for the words behind the last; gives the number of lines.
+// Calls at(x, line, i) for each legend entry, from 0, i = -1 for the words behind the last; gives the number of lines.
 template <class F>
 int flow_legend(const panel_place& p, double width, const F& at) {
     double x = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "tnl/common/exit_status.h"
 #include "tnl/plot/plot_lanes.h"
@@ -140,19 +141,28 @@ plot_series sticks_of(const plot_source& s, std::size_t i_column, std::size_t k,
     return out;
 }
 
+// "r_of_R1 = 2.2 kohm"
+std::string swept_text(const std::string& name, double value, const std::string& unit) {
+    if (unit.empty()) return name + " = " + engineering_text(value);
+    const unit_scale scale = scale_for(std::abs(value), unit);
+    char number[32];
+    std::snprintf(number, sizeof number, "%.5g", value / scale.factor);
+    return name + " = " + number + " " + scale.unit;
+}
+
+// What the record tells goes before what the columns show.
 std::string curve_name(const result_table& table, int sweep, std::size_t k) {
-    if (sweep < 0 && !table.sweeps.empty()) return text_of_sweeps(table.sweeps, k);
+    if (!table.sweeps.empty()) return text_of_sweeps(table.sweeps, k);
     if (sweep < 0) return "curve " + std::to_string(k + 1);
-    return table.columns[static_cast<std::size_t>(sweep)].name + " = " +
-           engineering_text(table.at(table.first_row[k], static_cast<std::size_t>(sweep)));
+    const record_column& column = table.columns[static_cast<std::size_t>(sweep)];
+    return swept_text(column.name, table.at(table.first_row[k], static_cast<std::size_t>(sweep)), column.unit);
 }
 
 }  // namespace
 
 std::string text_of_sweeps(const std::vector<record_sweep>& sweeps, std::size_t k) {
     std::string name;
-    for (const record_sweep& s : sweeps)
-        name += (name.empty() ? "" : ", ") + s.name + " = " + engineering_text(s.values[k]);
+    for (const record_sweep& s : sweeps) name += (name.empty() ? "" : ", ") + swept_text(s.name, s.values[k], s.unit);
     return name;
 }
 
@@ -168,6 +178,7 @@ int sweep_column_of(const result_table& table) {
 }
 
 int x_column_of(const result_table& table) {
+    if (table.n_columns() >= 2 && table.steps_column >= 0) return table.steps_column;
     if (table.n_columns() < 2 || table.kind == "startup" || table.kind == "postproc") return -1;
     if (is_over_frequency(table)) return std::max(0, table.swept_column);
     if (table.kind != "dc" && table.n_curves() < 2) return 0;
@@ -180,7 +191,8 @@ std::vector<int> drawn_columns(const result_table& table, int x) {
     std::vector<int> columns;
     const bool several = table.n_curves() > 1;
     for (int j = 0; j < static_cast<int>(table.n_columns()); ++j)
-        if (j != x && !(several && sweep_column_of(table) == j) && !(table.swept_column >= 0 && j == 0))
+        if (j != x && !(several && sweep_column_of(table) == j) && !(table.swept_column >= 0 && j == 0) &&
+            (table.is_swept.empty() || !table.is_swept[static_cast<std::size_t>(j)]))
             columns.push_back(j);
     return columns;
 }
@@ -237,9 +249,13 @@ plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& ch
                 series.name = bus != nullptr ? bus->name : table.columns[static_cast<std::size_t>(s.columns[c])].name;
                 std::string detail = table.n_curves() > 1 ? curve_name(table, sweep, k) : "";
                 if (!s.run.empty()) detail += (detail.empty() ? "" : ", ") + s.run;
-                // Beside one quantity of small signals, the values of a sweep say all.
-                const bool is_one = !panel.quantity.empty() && is_over_frequency(table);
+                // Beside one quantity, the values of a sweep say all.
+                const bool is_one =
+                    !panel.quantity.empty() && (is_over_frequency(table) || sweep >= 0 || !table.sweeps.empty());
                 if (!detail.empty()) series.name = is_one ? detail : series.name + " (" + detail + ")";
+                const bool is_between = k > 0 && k + 1 < table.n_curves();
+                if (table.n_curves() > most_named_curves && is_between && panel.form != panel_form::logic)
+                    series.name.clear();
                 panel.series.push_back(std::move(series));
             }
         }

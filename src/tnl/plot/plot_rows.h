@@ -34,16 +34,19 @@ struct plot_choice {
     std::vector<plot_y_range> y;
 };
 
-// The column that the others are drawn over: the first; in a sweep the first that varies within a curve. -1, the number
-// of the row, when there is but one column, or one row for each start-up solution.
+// The column that the others are drawn over: the first; in a sweep the one that steps along the curves, as far as the
+// record tells it, else the first that varies within a curve. -1, the number of the row, when there is but one column,
+// or one row for each start-up solution.
 int x_column_of(const result_table& table);
-// What is drawn when no column is named: all but x and the columns that are constant in every curve of several.
+// What is drawn when no column is named: all but x and the columns that show but what a sweep of several curves sets.
 std::vector<int> drawn_columns(const result_table& table, int x);
-// The values of a sweep in curve k: "r_of_R1 = 10, c_of_C1 = 1u".
+// The values of a sweep in curve k: "r_of_R1 = 10 ohm, c_of_C1 = 1 uF".
 std::string text_of_sweeps(const std::vector<record_sweep>& sweeps, std::size_t k);
 // A column that is constant in each curve and not the same in all tells the curves apart; -1 if none.
 int sweep_column_of(const result_table& table);
 
+// Of more curves of a sweep than this, the first and the last one are named.
+inline constexpr std::size_t most_named_curves = 9;
 // Curves keep the points that a picture of up to n_bins columns can show. Throws usage_error for ends of y axes that no
 // panel has, or that a logarithmic one cannot have.
 plot plot_of_rows(const std::vector<plot_source>& sources, const plot_choice& choice, int n_bins = 1500);

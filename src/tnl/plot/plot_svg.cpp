@@ -173,7 +173,7 @@ private:
         flow_legend(place, place.frame.width, [&](double x, int line, int i) {
             const double at = place.frame.left + x, y = top + line * legend_line + 12.5;
             if (i < 0) return add_text(out_, at, y, "", "", place.more);
-            const auto k = static_cast<std::size_t>(i);
+            const std::size_t k = place.shown[static_cast<std::size_t>(i)];
             const line_style style = style_of(k);
             if (panel.form == panel_form::sticks) {
                 add(out_, "<path d=\"M%.1f %.1fv-12\" %s/>\n", at + sample - 8, y + 1,

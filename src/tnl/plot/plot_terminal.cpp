@@ -235,19 +235,22 @@ std::string panel_text(const plot_panel& panel, const frame& f) {
         }
         const std::size_t n = panel.series.size();
         const std::size_t room = std::min(most_names, static_cast<std::size_t>(rows) - 1);
-        const std::size_t shown = !needs_names(panel) ? 0 : n <= room ? n : room - 1;
+        std::vector<std::size_t> shown;
+        if (needs_names(panel)) shown = named_series(panel, n);
+        if (shown.size() > room) shown.resize(room - 1);
         std::vector<int> last(n);
         for (const std::size_t k : drawing_order(panel, y)) {
             const int i = static_cast<int>(k);
             last[k] = panel.form == panel_form::sticks ? draw_sticks(c, panel.series[k], f, y, i)
                                                        : draw_curve(c, panel.series[k], f, y, 0, rows * c.ny, i);
         }
-        for (std::size_t k = 0; k < shown; ++k)
+        for (const std::size_t k : shown)
             if (last[k] >= 0)
                 side.name(std::clamp(last[k], 0, rows - 1), shortened_to(name_of(panel.series[k].name, t), f.right),
                           static_cast<int>(k));
-        if (shown > 0 && shown < n)
-            head += blanks(f.left + 2) + std::to_string(shown) + " of " + std::to_string(n) + " curves are named\n";
+        if (!shown.empty() && shown.size() < n)
+            head +=
+                blanks(f.left + 2) + std::to_string(shown.size()) + " of " + std::to_string(n) + " curves are named\n";
     }
     for (const plot_mark& mark : f.p.marks) {
         const double at_x = f.x.place(mark.x), at_y = f.y_equal.place(mark.y);
@@ -362,8 +365,10 @@ std::string draw_in_terminal(const plot& p, const terminal& t) {
                                     : y_axis(panel, tick_aim(rows));
         for (const double tick : y.ticks) f.left = std::max(f.left, static_cast<int>(y.tick_text(tick).size()));
         if (!needs_names(panel)) continue;
+        const bool values = !panel.quantity.empty() && t.columns >= 72;  // which are longer than names
+        const int most = values ? t.columns * 9 / 20 : t.columns * 3 / 10;
         for (const plot_series& s : panel.series)
-            f.right = std::max(f.right, std::min(std::max(10, t.columns * 3 / 10), n_characters(s.name)));
+            f.right = std::max(f.right, std::min(std::max(10, most), n_characters(s.name)));
     }
     f.columns = std::max(20, t.columns - f.left - f.right - (t.utf8 ? 4 : 6));
     const auto set_x = [&](int n) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tnl/common/exit_status.h"
+#include "tnl/results/sweep_columns.h"
 #include "tnl/run/run_folder.h"
 
 namespace cli {
@@ -125,6 +126,30 @@ void name_sweeps(result_table& table, const record_file& file) {
     }
 }
 
+// The curves of a sweep point by point. Those of vary_parm_sync have no free line between them, but all their rows.
+void name_points(result_table& table, const record_file& file, bool is_complete) {
+    const std::size_t n = file.steps.values.size(), n_curves = file.sweeps.empty() ? 0 : file.sweeps[0].values.size();
+    if (n > 0 && n_curves > table.n_curves() && table.n_rows() == n * n_curves) {
+        table.first_row.clear();
+        for (std::size_t k = 0; k <= n_curves; ++k) table.first_row.push_back(k * n);
+    }
+    std::vector<curve_rows> curves;
+    for (std::size_t k = 0; k < table.n_curves(); ++k)
+        curves.push_back({table.first_row[k], table.first_row[k + 1] - table.first_row[k]});
+    const auto at = [&](std::size_t i, std::size_t j) { return table.at(i, j); };
+    table.steps_column = steps_column(file, table.columns, curves, at);
+    if (table.n_curves() < 2 || (is_complete && n_curves != table.n_curves())) return;
+    if (n > 0 && std::any_of(curves.begin(), curves.end(), [&](const curve_rows& c) { return c.n > n; })) return;
+    table.sweeps = sweeps_of_curves(file, table.columns, curves, at);
+    table.is_swept.assign(table.n_columns(), 0);
+    for (std::size_t j = 0; j < table.n_columns(); ++j) {
+        const auto in_row = [&](std::size_t i) { return table.at(i, j); };
+        const auto shows = [&](const record_sweep& s) { return shows_curves(in_row, curves, s.values); };
+        table.is_swept[j] = shows_steps(in_row, curves, file.steps.values) ||
+                            std::any_of(file.sweeps.begin(), file.sweeps.end(), shows);
+    }
+}
+
 }  // namespace
 
 result_table load_table(const opened_run& run, const record_file& file) {
@@ -134,7 +159,10 @@ result_table load_table(const opened_run& run, const record_file& file) {
     table.begins_with_guess = file.begins_with_guess;
     if (table.n_rows() == 0 || file.columns.size() == table.n_columns()) table.columns = file.columns;
     take_off_offset(table, file);
-    if (is_over_frequency(table)) name_sweeps(table, file);
+    if (is_over_frequency(table))
+        name_sweeps(table, file);
+    else if (table.n_rows() > 0 && table.columns.size() == file.columns.size() && !file.steps.name.empty())
+        name_points(table, file, run.record.state == "complete");
     return table;
 }
 

@@ -20,6 +20,8 @@ struct result_table {
     std::vector<record_column> columns;     // [n_columns]
     std::vector<double> values;             // [n_rows * n_columns]
     int swept_column = -1;                  // of a sweep at one frequency: what the rows stand over; -1: none
+    int steps_column = -1;                  // of a sweep point by point: what steps along the curves; -1: none
+    std::vector<char> is_swept;             // [n_columns] whether a column shows but what such a sweep sets; or empty
     std::vector<std::size_t> first_row{0};  // [n_curves + 1] rows of curve k: first_row[k] .. first_row[k + 1] - 1
 
     std::size_t n_columns() const { return columns.size(); }

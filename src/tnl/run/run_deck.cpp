@@ -103,7 +103,10 @@ double count_files(const fs::path& folder, run_record& record) {
             file.rows = count.rows;
             file.curves = count.curves;
             // A sweep around the frequencies writes no blank line between all of its curves.
-            const long long points = file.sweeps.empty() ? 0 : static_cast<long long>(file.sweeps[0].values.size());
+            long long points = file.sweeps.empty() ? 0 : static_cast<long long>(file.sweeps[0].values.size());
+            // Nor one in step with a vary_parm, which has so many rows a curve.
+            if (!file.steps.name.empty() && count.rows != points * static_cast<long long>(file.steps.values.size()))
+                points = 0;
             if (points > count.curves && count.rows > points && count.rows % points == 0)
                 file.curves = static_cast<int>(points);
             if (file.kind == "trns" && count.rows > 0) t_last = std::max(t_last, count.last);

@@ -9,6 +9,7 @@
 #include "tnl/common/exit_status.h"
 #include "tnl/plot/plot_panels.h"
 #include "tnl/plot/plot_rows.h"
+#include "tnl/results/sweep_columns.h"
 
 namespace cli {
 
@@ -152,14 +153,21 @@ nlohmann::json list_file(view_file& file) {
     }
     const bool all_read = source.at == source.size;
     const std::string& kind = file.record.kind;
-    const int axis = kind == "startup" || kind == "postproc" ? -1
-                     : kind == "ac" || kind == "nyquist"     ? 0
-                                                             : axis_column(source.rows);
+    std::vector<curve_rows> curves;
+    for (const view_curve& c : source.rows.curves) curves.push_back({c.first, c.n});
+    const auto at = [&](std::size_t i, std::size_t j) { return source.rows.columns[j].values[i]; };
+    const std::vector<record_column> shown(
+        file.record.columns.begin(),
+        file.record.columns.begin() +
+            static_cast<std::ptrdiff_t>(std::min(file.record.columns.size(), source.rows.columns.size())));
+    const int steps = steps_column(file.record, shown, curves, at);
+    const int axis = steps >= 0 && source.rows.columns.size() > 1 ? steps
+                     : kind == "startup" || kind == "postproc"    ? -1
+                     : kind == "ac" || kind == "nyquist"          ? 0
+                                                                  : axis_column(source.rows);
     nlohmann::json labels = nlohmann::json::array();  // of the curves of a sweep
-    for (std::size_t k = 0; !file.record.sweeps.empty() && k < source.rows.curves.size(); ++k)
-        if (std::all_of(file.record.sweeps.begin(), file.record.sweeps.end(),
-                        [&](const record_sweep& s) { return k < s.values.size(); }))
-            labels.push_back(text_of_sweeps(file.record.sweeps, k));
+    const std::vector<record_sweep> sweeps = sweeps_of_curves(file.record, shown, curves, at);
+    for (std::size_t k = 0; !sweeps.empty() && k < curves.size(); ++k) labels.push_back(text_of_sweeps(sweeps, k));
     return {{"path", file.record.path},
             {"kind", file.record.kind},
             {"digital", file.record.digital},

@@ -180,3 +180,39 @@ TEST(planned_files, of_swept_small_signals_tell_the_values_of_each_curve) {
     EXPECT_TRUE(ac_file("", "mag_of_vac", "vary_parm r_of_R1 from 0 to 1 type log n_points 3\n").sweeps.empty());
     EXPECT_TRUE(ac_file("", "mag_of_vac").sweeps.empty());
 }
+
+TEST(planned_files, of_a_swept_dc_block_tell_what_each_curve_was_made_with_and_what_steps_along_it) {
+    const auto file = [](const std::string& sweeps, const std::string& options = "") {
+        return planned_files(deck_of("solve_type dc\n" + sweeps + "begin_output\nfilename a.dat " + options +
+                                     "\nvariables: va\nend_output\n"),
+                             libraries())
+            .front();
+    };
+    const std::string outer = "vary_parm r_of_R1 type table 1k 2k\n", inner = "vary_parm tau_of_G1 type table 3 4 5\n";
+    const record_file family = file(outer + inner);
+    ASSERT_EQ(family.sweeps.size(), 1u);
+    EXPECT_EQ(family.sweeps[0].name, "r_of_R1");
+    EXPECT_EQ(family.sweeps[0].unit, "ohm");
+    EXPECT_EQ(family.sweeps[0].values, (std::vector<double>{1e3, 2e3})) << "a value for each curve";
+    EXPECT_EQ(family.steps.name, "tau_of_G1");
+    EXPECT_EQ(family.steps.unit, "s");
+    EXPECT_EQ(family.steps.values, (std::vector<double>{3, 4, 5})) << "a value for each row of a curve";
+
+    const record_file three = file("vary_parm_sync tc1_of_R1 type table 6 7\n" + outer + inner);
+    ASSERT_EQ(three.sweeps.size(), 2u);
+    EXPECT_EQ(three.sweeps[0].values, (std::vector<double>{6, 6, 7, 7}));
+    EXPECT_EQ(three.sweeps[1].values, (std::vector<double>{1e3, 2e3, 1e3, 2e3}));
+
+    const record_file one = file(inner);
+    EXPECT_TRUE(one.sweeps.empty());
+    EXPECT_EQ(one.steps.name, "tau_of_G1");
+
+    // Points beyond all counts are curves that are few.
+    const record_file fine = file(outer + "vary_parm tau_of_G1 from 0 to 1 type linear n_points 2001\n");
+    ASSERT_EQ(fine.sweeps.size(), 1u);
+    EXPECT_TRUE(fine.steps.values.empty());
+
+    EXPECT_TRUE(file("vary_parm r_of_R1 type table 1k nobody\n" + inner).sweeps.empty()) << "a word that tells nothing";
+    EXPECT_TRUE(file(outer + inner, "append=yes").sweeps.empty()) << "rows of another block stand before";
+    EXPECT_TRUE(file("").steps.name.empty());
+}

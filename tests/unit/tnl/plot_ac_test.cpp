@@ -55,11 +55,12 @@ TEST(bode, magnitudes_in_decibel_stand_above_phases_over_a_logarithmic_frequency
     const plot p = picture({}, wish);
     EXPECT_TRUE(p.log_x);
     EXPECT_EQ(p.x_quantity, "frequency");
-    EXPECT_EQ(
-        panels_of(p),
-        "[|dB|mag_of_v (r_of_R1 = 10)|mag_of_v (r_of_R1 = 2.2k)|mag_of_i (r_of_R1 = 10)|mag_of_i (r_of_R1 = 2.2k)]"
-        "[|deg|phase_of_v (r_of_R1 = 10)|phase_of_v (r_of_R1 = 2.2k)|phase_of_i (r_of_R1 = 10)|phase_of_i (r_of_R1 "
-        "= 2.2k)][p|W|r_of_R1 = 10|r_of_R1 = 2.2k]");
+    EXPECT_EQ(panels_of(p),
+              "[|dB|mag_of_v (r_of_R1 = 10 ohm)|mag_of_v (r_of_R1 = 2.2 kohm)|mag_of_i (r_of_R1 = 10 ohm)|mag_of_i "
+              "(r_of_R1 = 2.2 kohm)]"
+              "[|deg|phase_of_v (r_of_R1 = 10 ohm)|phase_of_v (r_of_R1 = 2.2 kohm)|phase_of_i (r_of_R1 = 10 "
+              "ohm)|phase_of_i (r_of_R1 "
+              "= 2.2 kohm)][p|W|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm]");
     const plot_series& first = p.panels[0].series[0];
     ASSERT_EQ(first.y.size(), 2u);  // no magnitude, no place in dB
     EXPECT_DOUBLE_EQ(first.y[0], 0);
@@ -70,13 +71,14 @@ TEST(bode, magnitudes_in_decibel_stand_above_phases_over_a_logarithmic_frequency
 TEST(bode, a_small_signal_is_both_its_columns_and_an_expression_of_them_two_new_ones) {
     const run_on_disk disk;
     EXPECT_EQ(panels_of(picture({"v"})),
-              "[mag_of_v|dB|r_of_R1 = 10|r_of_R1 = 2.2k][phase_of_v|deg|r_of_R1 = 10|r_of_R1 = 2.2k]");
-    EXPECT_EQ(panels_of(picture({"mag_of_v"})), "[mag_of_v|dB|r_of_R1 = 10|r_of_R1 = 2.2k]");
+              "[mag_of_v|dB|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm][phase_of_v|deg|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm]");
+    EXPECT_EQ(panels_of(picture({"mag_of_v"})), "[mag_of_v|dB|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm]");
     const plot p = picture({"z = v/i"});
-    EXPECT_EQ(panels_of(p), "[mag_of_z|dB|r_of_R1 = 10|r_of_R1 = 2.2k][phase_of_z|deg|r_of_R1 = 10|r_of_R1 = 2.2k]");
+    EXPECT_EQ(panels_of(p),
+              "[mag_of_z|dB|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm][phase_of_z|deg|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm]");
     EXPECT_NEAR(p.panels[0].series[1].y[0], 20 * std::log10(5), 1e-9);
     EXPECT_NEAR(p.panels[1].series[1].y[2], -120, 1e-9);
-    EXPECT_EQ(panels_of(picture({"db(v/i)"})), "[db(v/i)|dB|r_of_R1 = 10|r_of_R1 = 2.2k]");
+    EXPECT_EQ(panels_of(picture({"db(v/i)"})), "[db(v/i)|dB|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm]");
     EXPECT_THROW(picture({"v", "nobody"}), usage_error);
 }
 
@@ -86,7 +88,8 @@ TEST(bode, axes_are_linear_when_asked) {
     wish.linear_x = wish.linear_y = true;
     const plot p = picture({"v"}, wish);
     EXPECT_FALSE(p.log_x);
-    EXPECT_EQ(panels_of(p), "[mag_of_v|V|r_of_R1 = 10|r_of_R1 = 2.2k][phase_of_v|deg|r_of_R1 = 10|r_of_R1 = 2.2k]");
+    EXPECT_EQ(panels_of(p),
+              "[mag_of_v|V|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm][phase_of_v|deg|r_of_R1 = 10 ohm|r_of_R1 = 2.2 kohm]");
     EXPECT_DOUBLE_EQ(p.panels[0].series[1].y[0], 10);
     plot_wish log;
     log.choice.log_y = true;
@@ -118,7 +121,7 @@ TEST(bode, a_sweep_without_blank_lines_has_its_curves_and_one_at_one_frequency_s
         const plotted_runs runs = open_plotted({"b.run"}, {});
         return plot_of_rows(runs.sources, runs.choice);
     };
-    EXPECT_EQ(panels_of(drawn()), "[mag_of_v|dB|r_of_R1 = 10|r_of_R1 = 20]");
+    EXPECT_EQ(panels_of(drawn()), "[mag_of_v|dB|r_of_R1 = 10 ohm|r_of_R1 = 20 ohm]");
     write_file("b.run/ac.dat", "5 1\n5 10\n");
     const plot p = drawn();
     EXPECT_EQ(panels_of(p), "[mag_of_v|dB|mag_of_v]");
@@ -161,8 +164,9 @@ TEST(nyquist, any_small_signal_is_one_when_asked) {
     plot_wish wish;
     wish.nyquist = true;
     wish.file = "ac.dat";
-    EXPECT_EQ(panels_of(picture({}, wish)),
-              "[imaginary part||v (r_of_R1 = 10)|v (r_of_R1 = 2.2k)|i (r_of_R1 = 10)|i (r_of_R1 = 2.2k)]");
+    EXPECT_EQ(
+        panels_of(picture({}, wish)),
+        "[imaginary part||v (r_of_R1 = 10 ohm)|v (r_of_R1 = 2.2 kohm)|i (r_of_R1 = 10 ohm)|i (r_of_R1 = 2.2 kohm)]");
     const plot p = picture({"-v"}, wish);
     EXPECT_NEAR(p.panels[0].series[1].x[0], -10, 1e-9);
     EXPECT_NEAR(p.panels[0].series[1].y[2], 0.1, 1e-9);

@@ -121,8 +121,9 @@ TEST(plot_of_rows, names_the_curves_of_a_sweep_by_the_column_that_tells_them_apa
     const plot p = plot_all(t);
     ASSERT_EQ(p.panels.size(), 1u);
     ASSERT_EQ(p.panels[0].series.size(), 2u);
-    EXPECT_EQ(p.panels[0].series[0].name, "vout (r_of_RL = 100k)");
-    EXPECT_EQ(p.panels[0].series[1].name, "vout (r_of_RL = 200)");
+    EXPECT_EQ(p.panels[0].quantity, "vout");
+    EXPECT_EQ(p.panels[0].series[0].name, "r_of_RL = 100 kohm");
+    EXPECT_EQ(p.panels[0].series[1].name, "r_of_RL = 200 ohm");
 }
 
 TEST(plot_of_rows, numbers_the_curves_when_nothing_tells_them_apart) {
