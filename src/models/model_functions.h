@@ -72,8 +72,8 @@ inline double mos_series_conductance(double r, double rsh, double squares, doubl
 // asked.
 void source_branch(double u, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
                    const flags_class* flags, int first_s = 3);
-// A conductance g, S, in the same rows: the own one is g (v(0) - v(1)) - i = 0, over g where that is above 1. So the rows
-// of the nodes hold no g, which would swallow currents of 1e-16 V g. 0 is an open branch.
+// A conductance g, S, in the same rows: the own one is g (v(0) - v(1)) - i = 0, over g where that is above 1. So the
+// rows of the nodes hold no g, which would swallow currents of 1e-16 V g. 0 is an open branch.
 void series_branch(double g, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
                    const flags_class* flags);
 

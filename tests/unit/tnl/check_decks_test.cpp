@@ -43,6 +43,7 @@ bool solves_less_than_it_says(const known_deck& d) { return name_of(d) == "unkno
 
 // Stops whose cause is not in the deck's text: numbers of an iteration, a file of data.
 const std::map<std::string, const char*> stops_for_other_reasons = {
+    {"counted_beyond_i_max", "its operating current is above i_max"},
     {"gmin_stepping_fails", "too few iterations"},
     {"newton_fails_without_gmin", "too few iterations"},
     {"sweep_auto_too_long", "too few steps"},

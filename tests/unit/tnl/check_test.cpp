@@ -396,12 +396,25 @@ TEST(model_rules, tell_the_branches_of_every_installed_element_whose_terminal_cu
     for (const library_entry& entry : installed().library[ebes].entries) {
         std::vector<std::string> nodes;
         bool conducts = true;
+        // A row of voltages and of a current as it stands is that of a resistance.
+        const auto through_resistance = [&](const std::string& current) {
+            for (const words& w : lines_of(entry, library_forms[ebes])) {
+                bool of_voltage = false, of_current = false;
+                for (int j = 1; j < w.size(); ++j) {
+                    of_voltage = of_voltage || w[j].starts_with("v(");
+                    of_current = of_current || w[j] == current;
+                }
+                if (w[0].starts_with("f_") && !has(nodes, w[0].substr(2)) && of_voltage && of_current) return true;
+            }
+            return false;
+        };
         for (const words& w : lines_of(entry, library_forms[ebes])) {
             if (w[0] == "nodes:")
                 for (int j = 1; j < w.size(); ++j) nodes.push_back(w.str(j));
             if (!w[0].starts_with("f_") || !has(nodes, w[0].substr(2))) continue;
             bool of_voltage = false;
-            for (int j = 1; j < w.size(); ++j) of_voltage = of_voltage || w[j].starts_with("v(");
+            for (int j = 1; j < w.size(); ++j)
+                of_voltage = of_voltage || w[j].starts_with("v(") || through_resistance(w.str(j));
             conducts = conducts && of_voltage;
         }
         if (nodes.size() < 2) continue;
