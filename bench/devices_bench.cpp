@@ -65,8 +65,31 @@ twin ring(int n, const char* t_end) {
     return t;
 }
 
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+// The amplifier of twenty bipolar transistors among the operating points of the tests, with charges and a compensation,
+// as a follower of a sine.
+twin amplifier() {
+    const fs::path tests = fs::path(TARNEL_EXAMPLES).parent_path() / "tests";
+    const std::string deck = read_file(tests / "op_circuits/opamp_follower.in");
+    const std::string cards = read_file(tests / "op_reference/opamp_follower.cir");
+    twin t = {"amplifier", "follower of 20 bipolar transistors", {}, {}, "1u", "5m", "out"};
+    const std::size_t from = deck.find("emodel"), to = deck.find("outvar:");
+    t.ours = replaced(deck.substr(from, to - from), "vaf=", "cje=1p cjc=0.5p tf=0.3n vaf=");
+    t.ours = replaced(t.ours, "type=vsrcdc p=inp n=0 vdc=1", "type=vsrcac p=inp n=0 a=1 f_hz=1k") +
+             "eelement name=cc type=c p=c4 n=o17 c=30p\n";
+    t.reference = replaced(cards.substr(0, cards.find(".options")), "vaf=", "cje=1p cjc=0.5p tf=0.3n vaf=");
+    t.reference = replaced(t.reference, "vin inp 0 1\n", "vin inp 0 SIN(0 1 1k)\ncc c4 o17 30p\n");
+    return t;
+}
+
 std::vector<twin> twins() {
-    return {diode_ladder(100, "10m"), diode_ladder(1000, "1m"), ring(11, "100n"), ring(51, "50n"), ring(201, "20n")};
+    return {diode_ladder(100, "10m"), diode_ladder(1000, "1m"), ring(11, "100n"),
+            ring(51, "50n"),          ring(201, "20n"),         amplifier()};
 }
 
 std::string deck_of(const twin& t) {
