@@ -207,7 +207,8 @@ bool edge_jumps(const edge_list& e, double t) {
     const bool repeated = repeats(e, t - e.t0);
     const int first = static_cast<int>(std::lower_bound(e.t, e.t + e.n, p - tol) - e.t), end = passed(e, p + tol);
     // On the end of a period, whose phase is next to 0, the last value before stands at the end of the list.
-    if (repeated && std::fabs(p) <= tol) return e.y[end > 0 ? end - 1 : 0] != e.y[passed(e, e.per - tol - tol)];
+    if (repeated && std::fabs(p) <= tol)
+        return e.y[end > 0 ? end - 1 : 0] != e.y[std::min(passed(e, e.per - tol - tol), e.n - 1)];
     return first < end && e.y[first] != e.y[end - 1];
 }
 
