@@ -214,6 +214,20 @@ TEST(edge_next, of_a_wave_that_jumps_is_the_jump_however_near_it_is) {
     EXPECT_NEAR(edge_next(e, 2e-3, edge_eps(e)), 2.5e-3, 1e-18);
 }
 
+TEST(edge_jumps, looks_at_no_value_behind_the_last_corner) {
+    // The rounding of 1 ns is nothing beside a period of 40 ns, so that its end is no different from the last corner.
+    edge_store s;
+    edge_list e = pulse_edges(s, 0, 5, 1e-9, 1e-9, 1e-9, 8e-9, 40e-9);
+    ASSERT_LT(e.n, 8);
+    s.y[e.n] = 7;
+    for (const int period : {0, 1, 2, 50}) EXPECT_FALSE(edge_jumps(e, 1e-9 + period * 40e-9)) << period;
+    e = pulse_edges(s, 0, 5, 1e-9, 0, 1e-9, 8e-9, 40e-9);
+    for (const double behind : {0.0, 5.0}) {
+        s.y[e.n] = behind;
+        EXPECT_TRUE(edge_jumps(e, 1e-9)) << "rises within no time, with " << behind << " behind";
+    }
+}
+
 TEST(edge_slope, is_that_of_the_line_at_or_behind_a_time_in_every_period) {
     const double t[] = {0, 1, 1, 3, 4}, y[] = {0, 2, 5, 5, 0};
     edge_list e = point_edges(5, t, y);
