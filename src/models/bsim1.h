@@ -4,8 +4,8 @@
 #pragma once
 #include <cmath>
 
-#include "models/fet.h"
 #include "models/junctions.h"
+#include "models/out_of_range.h"
 
 // What the evaluation reads, all of it derived: electrical parameters with their geometry in them, in the order of the
 // element, then constants. Doubles alone, as the element keeps them in this order among its parameters.

@@ -2,39 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "base/flags_class.h"
-#include "base/math_cnst_class.h"
 #include "models/junctions.h"
+#include "models/out_of_range.h"
+#include "models/silicon.h"
 
 // ---- temperature
 
 namespace {
-
-// A potential of silicon on its way from tnom to temp over a reference temperature, and the factor on the capacitance
-// that belongs to it.
-struct silicon {
-    double boltzmann_by_q, temp, tnom;
-    static constexpr double t_ref = 300.15;  // K
-
-    static double gap(double t) { return 1.16 - 7.02e-4 * t * t / (t + 1108); }  // eV
-    // What a potential has more at t than in proportion to t, V.
-    double excess(double t) const {
-        return -3 * boltzmann_by_q * t * std::log(t / t_ref) + gap(t) - gap(t_ref) * t / t_ref;
-    }
-    double reference(double vj) const { return (vj - excess(tnom)) * t_ref / tnom; }
-    double potential(double vj) const {
-        if (temp == tnom) return vj;
-        return std::max(temp / t_ref * reference(vj) + excess(temp), std::min(vj, 0.1));
-    }
-    double factor(double vj, double vj_t, double m) const {
-        if (temp == tnom) return 1;
-        const double v_ref = reference(vj);
-        const auto growth = [&](double t, double v) { return 1 + m * (4e-4 * (t - t_ref) - (v - v_ref) / v_ref); };
-        return std::max(growth(temp, vj_t) / growth(tnom, vj), 0.0);
-    }
-};
 
 double inverse(double x) { return x > 0 ? 1 / x : 0; }  // 0 stands for infinite
 
@@ -54,10 +30,10 @@ void gummel_poon_constants(double* r, const math_cnst_class& math_cnst) {
     // exp(230) is 1e100, which no saturation current needs.
     r[bjt::x_max] = r[bjt::is_t] > 0 ? std::min(std::log(r[bjt::i_max] / r[bjt::is_t]), 230.0) : 230.0;
 
-    const silicon si{kq, temp, tnom};
+    const silicon si{math_cnst, temp, tnom};
     const auto adjust = [&](bjt::parm vj, bjt::parm m, bjt::parm cj, bjt::parm vj_t, bjt::parm cj_t) {
-        r[vj_t] = si.potential(r[vj]);
-        r[cj_t] = r[cj] * si.factor(r[vj], r[vj_t], r[m]);
+        r[vj_t] = temp == tnom ? r[vj] : std::max(si.potential(r[vj]), std::min(r[vj], 0.1));
+        r[cj_t] = r[cj] * std::max(si.capacitance_factor(r[vj], r[vj_t], r[m]), 0.0);
     };
     adjust(bjt::vje, bjt::mje, bjt::cje, bjt::vje_t, bjt::cje_t);
     adjust(bjt::vjc, bjt::mjc, bjt::cjc, bjt::vjc_t, bjt::cjc_t);
@@ -258,21 +234,10 @@ void gummel_poon_derivatives(const gummel_poon_point& p, double** dfdv) {
 
 namespace {
 
-bool is_number(const gummel_poon_point& p, const double* v) {
+bool is_number(const gummel_poon_point& p) {
     double sum = 0;
     for (const gummel_poon_part* x : {&p.ic, &p.ib, &p.qc, &p.qb, &p.qs}) sum += x->value + x->be + x->bc + x->sc;
-    return std::isfinite(sum) && std::fabs(v[0]) <= 1e100 && std::fabs(v[1]) <= 1e100 && std::fabs(v[2]) <= 1e100 &&
-           std::fabs(v[3]) <= 1e100;
-}
-
-// No solution is there, and the solver sees it at once.
-void answer_out_of_range(double* f, double** dfdv, const flags_class* flags) {
-    constexpr double infinite = std::numeric_limits<double>::infinity();
-    for (int j = 0; j < 8; ++j) {
-        if (flags->function) f[j] = j == bjt::c ? infinite : j == bjt::e ? -infinite : 0;
-        if (flags->jacobian)
-            for (int k = 0; k < 4; ++k) dfdv[j][k] = j == k ? 1 : 0;
-    }
+    return std::isfinite(sum);
 }
 
 }  // namespace
@@ -285,8 +250,8 @@ bool gummel_poon_element(bool counted, int pol, double* rparm, double* v, double
         int uncounted = 0;
         int* const n_limit = !counted ? nullptr : flags->jacobian ? &flags->n_limit : &uncounted;
         const gummel_poon_point p = gummel_poon_at(rparm, pol, v, flags->gmin, n_limit);
-        if (!is_number(p, v)) {
-            answer_out_of_range(f, dfdv, flags);
+        if (!voltages_in_range<4>(v) || !is_number(p)) {
+            answer_out_of_range(4, 8, f, dfdv, flags);
             return false;
         }
         if (flags->function) gummel_poon_functions(p, pol, f);

@@ -3,8 +3,8 @@
 // charges.
 #pragma once
 #include "base/numeric.h"
-#include "models/fet.h"
 #include "models/junctions.h"
+#include "models/out_of_range.h"
 
 // With the area in it; currents in A, voltages in V.
 struct jfet {

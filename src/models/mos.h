@@ -6,13 +6,14 @@
 #pragma once
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <cstddef>
+#include <cstring>
 
 #include "base/flags_class.h"
 #include "base/numeric.h"
-#include "library/basic/ebes1_class.h"
 #include "models/junctions.h"
 #include "models/mos_charge.h"
+#include "models/out_of_range.h"
 
 struct math_cnst_class;
 
@@ -48,8 +49,6 @@ struct mos_sheet {
     double gamma, kp, nsub, phi, vt0;  // mos_not_given or a value
 };
 
-// Band gap of silicon, eV, at a temperature in K.
-double silicon_gap(double temp);
 // From the process where not given: kp from mobility and oxide, phi, gamma and the threshold of a gate doped against
 // the bulk, from nsub. Without nsub as well: phi 0.6, gamma 0, vt0 0. phi is never below 0.1 V.
 void derive_from_process(mos_sheet& s, double pol, const math_cnst_class& math_cnst);
@@ -95,25 +94,10 @@ inline void mos_junction(double v, double vt, double is, double x_max, double gm
     }
 }
 
-// A solution is nowhere near: the solver sees it at once.
-inline void mos_ran_away(mos_rows& r) {
-    r = {};
-    r.f[0] = std::numeric_limits<double>::infinity();
-    r.f[2] = -r.f[0];
-    for (int k = 0; k < 4; ++k) r.j[k][k] = 1;
-}
-
-// To the model's arrays, each only if asked.
-inline void fill_rows(const mos_rows& r, double* f, ebes1_class* jac, bool jacobian, const flags_class* flags) {
-    if (flags->function) std::copy_n(r.f, 8, f);
-    if (jacobian)
-        for (int j = 0; j < 8; ++j) std::copy_n(r.j[j], 4, jac->dfdv[j]);
-}
-
 // All rows at terminal voltages v[4]. channel(vgs, vds, vbs, id, gm, gds, gmb) is asked with vds >= 0: for the opposite
-// sign drain and source exchange their parts. gamma: of the charges.
+// sign drain and source exchange their parts. gamma: of the charges. False if something left the range of numbers.
 template <class Channel>
-inline void mos_at(const mos_channel& c, const mos_bulk& b, double gamma, double pol, double gmin, const double* v,
+inline bool mos_at(const mos_channel& c, const mos_bulk& b, double gamma, double pol, double gmin, const double* v,
                    const Channel& channel, mos_rows& r) {
     const double vd = pol * v[0], vg = pol * v[1], vs = pol * v[2], vb = pol * v[3];
     const bool forward = vd >= vs;
@@ -148,9 +132,7 @@ inline void mos_at(const mos_channel& c, const mos_bulk& b, double gamma, double
     put(r, 6, pol * (n - q_gs - qs), n_d, n_g - b.c_gs, n_s + b.c_gs + cs, -(n_d + n_g + n_s) - cs);
     put_last(r, 7);
 
-    bool in_range = std::isfinite(r.f[3] + r.f[7]);
-    for (int k = 0; k < 4; ++k) in_range = in_range && std::fabs(v[k]) <= 1e100;
-    if (!in_range) mos_ran_away(r);
+    return voltages_in_range<4>(v) && std::isfinite(r.f[3] + r.f[7]);
 }
 
 // The channel's current into the drain terminal, A, as a meter at the terminal has it.
@@ -160,4 +142,64 @@ inline double mos_channel_current(double pol, const double* v, const Channel& ch
     double id, gm, gds, gmb;
     channel(pol * v[1] - v_low, std::fabs(vd - vs), pol * v[3] - v_low, id, gm, gds, gmb);
     return vd < vs ? -pol * id : pol * id;
+}
+
+// ---- the elements of levels 1 and 3
+
+// The places of its members in rparm, in the order of mos_sheet.
+constexpr int n_mos_sheet = sizeof(mos_sheet) / sizeof(double);
+inline mos_sheet mos_sheet_of(const double* rparm, const int (&place)[n_mos_sheet]) {
+    double value[n_mos_sheet];
+    for (int k = 0; k < n_mos_sheet; ++k) value[k] = rparm[place[k]];
+    mos_sheet s;
+    std::memcpy(&s, value, sizeof s);
+    return s;
+}
+
+// Where an element keeps what it derives: a mos_channel from `channel` on, a mos_bulk from `bulk` on.
+struct mos_places {
+    int channel, bulk;
+};
+inline void adjust_to_temperature(const mos_sheet& s, double pol, const math_cnst_class& math_cnst,
+                                  const mos_places& at, double* rparm, mos_channel& c) {
+    mos_bulk b;
+    std::memcpy(&b, rparm + at.bulk, sizeof b);  // i_max is given
+    adjust_to_temperature(s, pol, math_cnst, c, b);
+    std::memcpy(rparm + at.channel, &c, sizeof c);
+    std::memcpy(rparm + at.bulk, &b, sizeof b);
+}
+template <class Channel>
+inline bool mos_rows_of(const Channel& channel, const mos_places& at, const double* rparm, double pol, double gmin,
+                        const double* v, mos_rows& r) {
+    mos_channel c;
+    mos_bulk b;
+    std::memcpy(&c, rparm + at.channel, sizeof c);
+    std::memcpy(&b, rparm + at.bulk, sizeof b);
+    return mos_at(c, b, channel.gamma, pol, gmin, v, channel, r);
+}
+
+// What the element answers behind one_time_parms. True if its derivatives are left to differences, as numeric asks.
+template <class Channel>
+inline bool mos_answers(const Channel& channel, const mos_places& at, double pol, bool numeric, double* rparm,
+                        double* v, double* f, double** dfdv, const flags_class* flags) {
+    if (flags->dc || flags->trns || flags->startup) {
+        mos_rows r;
+        if (!mos_rows_of(channel, at, rparm, pol, flags->gmin, v, r)) {
+            answer_out_of_range(4, 8, f, dfdv, flags);
+            return false;
+        }
+        if (flags->function) std::copy_n(r.f, 8, f);
+        if (flags->jacobian && !numeric)
+            for (int j = 0; j < 8; ++j) std::copy_n(r.j[j], 4, dfdv[j]);
+        return flags->jacobian && numeric;
+    }
+    if (flags->init_guess) {
+        std::fill_n(v, 4, 0.0);
+    } else if (flags->outvar_prm) {
+        double* const shown = rparm + at.bulk + offsetof(mos_bulk, id_o) / sizeof(double);
+        shown[0] = mos_channel_current(pol, v, channel);
+        shown[1] = v[1] - v[2];
+        shown[2] = v[0] - v[2];
+    }
+    return false;
 }
