@@ -1,7 +1,8 @@
-// devices.h -- what the semiconductors among the electrical elements share.
+// devices.h -- what electrical elements alone share.
 #pragma once
 #include <cstring>
 
+#include "models/batteries.h"
 #include "models/bsim1.h"
 #include "models/compact_mosfet.h"
 #include "models/diode_elements.h"
@@ -10,4 +11,6 @@
 #include "models/junctions.h"
 #include "models/mos_level1.h"
 #include "models/mos_level3.h"
+#include "models/norton.h"
+#include "models/reactances.h"
 #include "models/voltage_limits.h"

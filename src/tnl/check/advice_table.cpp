@@ -494,6 +494,7 @@ constexpr pattern_row rows[] = {
     {"value-of-element",
      "v_on < 0|mos_level1.ebe: *not given|effective channel length|mos_bsim1: leff1|mos_bsim1: weff1|mos_bsim1.ebe: "
      "xpart|jfet_spice_1.ebe: level"},
+    {"value-of-element", "clock_pwl20.ebe: |edges must follow each other"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"
      "line_given is too large|i_line is too large|message from calling routine|Message from calling routine|flag_eo|"

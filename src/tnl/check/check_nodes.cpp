@@ -136,6 +136,10 @@ private:
             sensed_.insert(node);
         }
         for (const type_branch& b : e.type->branches) {
+            if (b.to == reference_end) {
+                to_reference_.push_back({i, number(b.from), -1, b.kind});
+                continue;
+            }
             const int from = number(b.from), to = number(b.to);
             if (from == to && !g_.node(from).name.empty() && b.kind != branch_kind::controlled_current)
                 same_node(i, b, from);
@@ -206,6 +210,10 @@ private:
                                 std::string(g_.find("0") >= 0 ? "; node 0 is one by statement only" : ""),
                             g_.find("0") >= 0 ? "add a line: refnode 0" : "add a line behind this one: refnode NODE");
         if (g_.reference >= 0) other_zeros();
+        for (graph_branch b : to_reference_) {
+            b.to = g_.reference;
+            if (g_.reference >= 0) g_.branches.push_back(b);
+        }
         // Ground words are the reference under another name.
         for (const std::string& word : ground_words_)
             if (const int n = g_.find(word); n >= 0 && g_.reference >= 0)
@@ -422,7 +430,8 @@ private:
     checked_deck& d_;
     deck_graph g_;
     std::set<int> unsure_, told_, sensed_;
-    std::set<std::string> ground_words_;  // nodes that are the reference under another name
+    std::vector<graph_branch> to_reference_;  // from a node to the reference node, whatever its name
+    std::set<std::string> ground_words_;      // nodes that are the reference under another name
 };
 
 }  // namespace

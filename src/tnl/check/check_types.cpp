@@ -183,7 +183,8 @@ private:
         type_.jumps = type_.jumps || rules.jumps;
         type_.limits = n_basic_ == 1 ? rules.limits : std::vector<limit>{};
         type_.doubts = n_basic_ == 1 ? rules.doubts : doubt_rules{};
-        for (const type_branch& b : rules.branches) type_.branches.push_back({outside(b.from), outside(b.to), b.kind});
+        for (const type_branch& b : rules.branches)
+            type_.branches.push_back({outside(b.from), b.to == reference_end ? b.to : outside(b.to), b.kind});
         for (std::size_t j = 1; j < sheet.node.size() && rules.branches.empty(); ++j)
             type_.branches.push_back({outside(sheet.node[0]), outside(sheet.node[j]), branch_kind::conducting});
         for (const std::string& v : sheet.driven) type_.driven.push_back(outside(v));

@@ -115,7 +115,8 @@ std::vector<std::string> rule_lines(const model_rules& rules, std::string_view q
     if (rules.refuses_dc) lines.emplace_back("a dc block stops at it");
     if (rules.jumps) lines.emplace_back("acts at once: rules of second order need event_restart=yes");
     for (const type_branch& b : rules.branches)
-        lines.push_back("between " + quoted(b.from) + " and " + quoted(b.to) + ": " +
+        lines.push_back("between " + quoted(b.from) + " and " +
+                        (b.to == reference_end ? "the reference node" : quoted(b.to)) + ": " +
                         std::string(words_of(b.kind).text));
     return lines;
 }

@@ -189,7 +189,7 @@ model_rules rules_of(const library_entry& entry, const library_form& form) {
             add_limit(rules.doubts.expects, rest(), static_cast<int>(rules.expect_texts.size()), parameters,
                       rules.faults);
         } else if (w.size() == 4 && w[0] == "branch" && kind != std::end(branch_words) && nodes.contains(w[2]) &&
-                   nodes.contains(w[3])) {
+                   (nodes.contains(w[3]) || w[3] == reference_end)) {
             rules.branches.push_back({w[2], w[3], static_cast<branch_kind>(kind - branch_words)});
         } else if (w.size() == 2 && w[0] == "refuses" && w[1] == "dc") {
             rules.refuses_dc = true;

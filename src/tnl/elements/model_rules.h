@@ -25,9 +25,10 @@ struct branch_word {
 const branch_word& words_of(branch_kind kind);
 
 struct type_branch {
-    std::string from, to;
+    std::string from, to;  // the second one may be the reference node, wherever the element stands
     branch_kind kind;
 };
+inline constexpr std::string_view reference_end = "reference";
 
 // Values that the model takes; it stops the run at others. Sums of products of parameters and numbers with < <= > >= !=
 // between them, all that hold at once, and a condition: "-1 < k < 1", "r*k_scale > 1e-9", "tr + pw <= per if per > 0".
@@ -73,6 +74,7 @@ struct doubt_rules {
 //   #= forces r n0 0              an input at 1 holds the state, whose start value is then to be this
 //   #= excludes s r               two inputs at 1 stop the run
 //   #= branch voltage p n         kind and nodes; entries without one conduct between all of their nodes
+//   #= branch conducting y reference   from a node to the reference node
 //   #= refuses dc                 a dc block stops at it
 //   #= jumps                      its stored state, or its value, jumps in a run in time
 //   #= computed l_o               of a composite: its function writes this parameter, whatever a deck gives

@@ -54,6 +54,7 @@ void randomise(model_unit& u, std::mt19937& rng) {
         for (double& x : *a) x = number(rng);
     for (int& x : u.x.dvar) x = static_cast<int>(rng() % 3);
     u.flags.time_given = number(rng);
+    if (u.lib.list.entry.str(u.e) == "clock_pwl20") u.flags.time_given += 0.8;  // it stops before time 0
 }
 
 using mode = int flags_class::*;
@@ -178,8 +179,11 @@ TEST_P(every_element, writes_derivatives_only_where_its_lines_declare_them) {
     }
 }
 
+// What drives a single node has the reference node for the other one.
 TEST_P(every_element, has_currents_of_its_terminals_that_sum_to_zero) {
     std::mt19937 rng(5);
+    const ebes_class& lib = installed_ebes();
+    if (lib.list.node.count(lib.list.find(GetParam())) == 1) return;
     for (const mode m : modes) {
         if (refused(GetParam(), m)) continue;
         model_unit u(GetParam());

@@ -441,6 +441,17 @@ TEST(element_types, know_which_variables_an_element_writes) {
     EXPECT_EQ(driven("eelement", "isrc_1"), "");
 }
 
+TEST(check_deck, an_output_against_the_reference_node_is_a_way_to_it) {
+    const auto n_errors = [](const std::string& lines) {
+        return check(changed("outvar:", lines + "eelement name=C9 type=c p=w n=w2 c=1n\n"
+                                                "eelement name=R9 type=r p=w n=w2 r=1k\noutvar:"))
+            .n_errors();
+    };
+    EXPECT_EQ(n_errors("eelement name=G1 type=not a=out y=w\n"), 0);
+    EXPECT_EQ(n_errors("eelement name=G1 type=sampler2 cp=out h=in y=w\n"), 0);
+    EXPECT_GT(n_errors(""), 0);
+}
+
 TEST(check_deck, names_of_many_kilobytes_and_thousands_of_lone_nodes_are_read_to_the_end) {
     const std::string name(40000, 'a');
     const check_report report =

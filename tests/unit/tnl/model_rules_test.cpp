@@ -108,6 +108,15 @@ TEST(model_rules, tell_what_inputs_and_parameters_of_a_digital_element_are_to_ea
         EXPECT_EQ(rules("#= " + std::string(line) + "\ninput_nodes: a b\nstparms: i0=0\n").faults.size(), 1U) << line;
 }
 
+TEST(model_rules, have_branches_between_nodes_or_to_the_reference_node) {
+    const model_rules r = rules("#= branch conducting p reference\n#= branch voltage p n\n");
+    ASSERT_EQ(r.branches.size(), 2U);
+    EXPECT_EQ(r.branches[0].to, reference_end);
+    EXPECT_EQ(r.branches[1].to, "n");
+    for (const char* line : {"branch conducting reference p", "branch conducting p x", "branch conducting p"})
+        EXPECT_EQ(rules("#= " + std::string(line) + "\n").faults.size(), 1U) << line;
+}
+
 TEST(model_rules, of_the_installed_elements_are_all_understood) {
     const installed_libraries libraries = read_installed(installed_share());
     std::size_t n_limits = 0;
