@@ -1,4 +1,4 @@
-// devices.h -- what the semiconductors among the electrical elements share.
+// devices.h -- what electrical elements share beside the functions of all: semiconductors, transformers, machines.
 #pragma once
 #include <cstring>
 
@@ -8,6 +8,8 @@
 #include "models/gummel_poon.h"
 #include "models/jfet.h"
 #include "models/junctions.h"
+#include "models/machine_rows.h"
 #include "models/mos_level1.h"
 #include "models/mos_level3.h"
 #include "models/voltage_limits.h"
+#include "models/windings.h"
