@@ -65,25 +65,21 @@ TEST(examples, induction_start_comes_to_rest_at_the_slip_of_its_equivalent_circu
     const double heat = 1.5 * (0.435 * std::norm(rest.is) + 0.816 * std::norm(rest.ir));
     EXPECT_NEAR(of(rows, 4, 1.16, 1.2).mean, of(rows, 5, 1.16, 1.2).mean + heat, 5);
     EXPECT_LT(of(rows, 2, 0, 0.1).low, 0);
-    EXPECT_NEAR(of(rows, 3, 0, 0.1).high, 63, 6);  // as the story says
+    EXPECT_NEAR(of(rows, 3, 0, 0.1).high, 88, 2);  // as the story says
 }
 
 TEST(examples, dc_chopper_has_the_current_of_its_load_and_the_voltage_of_its_pulses) {
     const whole_run run = example("dc_chopper");
     ASSERT_FALSE(run.stopped) << run.text;
     const table rows = run.rows("wave.dat");  // rpm ia duty
-    for (const auto& [from, to, load] : {std::tuple{0.65, 0.7, 5.0}, {0.95, 1.0, 20.0}}) {
-        const double w = of(rows, 1, from, to).mean * pi / 30, d = 0.6;
-        const summary i = of(rows, 2, from, to);
-        EXPECT_NEAR(i.mean, (load + 0.01 * w) / 1.2, 0.5);
-        const double i_rest = (load + 0.01 * w) / 1.2;
-        const double mean_v = d * 240 - (1 - d) * 0.7 - 0.01 * i_rest;
-        if (i.low > 0.1) {  // the current never stops
-            EXPECT_NEAR(1.2 * w, mean_v - 0.5 * i_rest, 0.5);
-            EXPECT_NEAR(i.high - i.low, (240 - mean_v) * d * 1e-3 / 5e-3, 0.4);
-        }
-    }
-    EXPECT_GT(of(rows, 2, 0.95, 1.0).low, 0.1);
+    const double w = of(rows, 1, 0.95, 1).mean * pi / 30, i = (20 + 0.01 * w) / 1.2, d = 0.6;
+    const summary got = of(rows, 2, 0.95, 1);
+    EXPECT_NEAR(got.mean, i, 0.1);
+    EXPECT_GT(got.low, 5);  // it never stops
+    const double v = d * (240 - 0.01 * i) - (1 - d) * (0.7 + 0.01 * i);
+    EXPECT_NEAR(1.2 * w, v - 0.5 * i, 0.1);
+    EXPECT_NEAR(got.high - got.low, (240 - v) * d * 1e-3 / 5e-3, 0.2);
+    EXPECT_LT(of(rows, 2, 0, 0.7).high, 60);  // the start
 }
 
 TEST(examples, synchronous_bus_comes_to_rest_at_the_angle_of_its_torque) {
@@ -106,5 +102,5 @@ TEST(examples, synchronous_bus_comes_to_rest_at_the_angle_of_its_torque) {
     }
     double most = 0;
     for (int k = 0; k <= 180; ++k) most = std::min(most, torque(k * pi / 180));
-    EXPECT_NEAR(most, -7.3, 0.05);  // as the story says
+    EXPECT_NEAR(most, -7.5, 0.05);  // as the story says
 }

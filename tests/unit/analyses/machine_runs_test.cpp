@@ -51,14 +51,15 @@ std::string shaft(double tl) {
     return "gelement name=TL type=const y=tl k=" + digits(tl) + "\ngelement name=S type=sum_2 x1=w x2=te y=s\n";
 }
 std::string blocks_of(double t_end, double h, const std::string& more = "") {
-    return "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes chk_rhs2=yes norm_2=1e-9 t_end=" +
+    return "solve_type trns\ninitial_sol previous\nmethod: trapezoidal=yes chk_rhs2=yes norm_2=1e-5 t_end=" +
            digits(t_end) + " delt_const=" + digits(h) + " " + more + "\n";
 }
 table rows_of(const std::string& circuit, const std::string& words, double t_end, double h) {
     const whole_run run(
         deck_text{circuit, words, {"solve_type startup\n", blocks_of(t_end, h, "itmax_trns=1000000")}}.str());
     EXPECT_FALSE(run.stopped) << run.text;
-    return run.rows("out2.dat");
+    const table rows = run.rows("out2.dat");
+    return rows.empty() ? table{std::vector<double>(10, NAN)} : rows;
 }
 const std::string machine = "eelement name=M type=";
 const std::string abc = " a=a b=b c=c tl=tl w=w te=te";
@@ -116,21 +117,22 @@ TEST(machine_runs, an_induction_machine_at_a_fixed_slip_has_the_published_curren
         const number rotor(rr / p.slip, x_l), jxm(0, 26.13);
         const double ir = p.amplitude * std::abs(jxm / (jxm + rotor));
         p.copper = 1.5 * (rs * p.amplitude * p.amplitude + rr * ir * ir);
-        const int n = 240;  // steps in a period
-        const table rows = rows_of(supply(220 * std::sqrt(2.0 / 3.0), w) + shaft(0) + machine + "indmc" + abc +
-                                       " lls=" + digits(x_l / w) + " llr=" + digits(x_l / w) +
-                                       " lm=" + digits(26.13 / w) + " j=1e12 wm0=" + digits((1 - p.slip) * w / 2) +
-                                       "\noutvar: w=var_of_w te=var_of_te ia=ia_of_M ib=ib_of_M p=p_of_M\n",
-                                   "w te ia ib p", 120 * period, period / n);
+        const int n = 900;  // steps in a period
+        const table rows = rows_of(
+            supply(220 * std::sqrt(2.0 / 3.0), w) + shaft(0) + machine + "indmc" + abc + " lls=" + digits(x_l / w) +
+                " llr=" + digits(x_l / w) + " lm=" + digits(26.13 / w) + " j=1e12 wm0=" + digits((1 - p.slip) * w / 2) +
+                "\noutvar: w=var_of_w te=var_of_te ia=ia_of_M ib=ib_of_M p=p_of_M\n",
+            "w te ia ib p\ncontrol: out_tstart=" + digits(198 * period), 200 * period, period / n);
         const auto& last = rows.back();
         const double wm = last[1];
         EXPECT_NEAR(wm, (1 - p.slip) * w / 2, 1e-6);
-        // The vector at the end of whole periods, and the means of the last one; the rule is wrong by (w h)^2/12.
-        const double tolerance = std::pow(2 * pi / n, 2) / 12 * 3;
+        // The vector at the end of whole periods, and the means of the last one. The rule takes the frequency for
+        // larger by (w h)^2/12, by which the slip is wrong.
+        const double tolerance = std::pow(2 * pi / n, 2) / 12 * 2 / p.slip + 1e-6;
         const number i(last[3], (last[3] + 2 * last[4]) / std::sqrt(3.0));
         EXPECT_NEAR(std::abs(i), p.amplitude, tolerance * p.amplitude);
         if (p.degrees == p.degrees) {
-            EXPECT_NEAR(std::arg(i) * 180 / pi, p.degrees, 0.02);
+            EXPECT_NEAR(std::arg(i) * 180 / pi, p.degrees, 2e-3);
         }
         const double torque = mean(rows, period, [](const auto& r) { return r[2]; });
         const double power = mean(rows, period, [](const auto& r) { return r[5]; });
@@ -171,21 +173,23 @@ TEST(machine_runs, a_magnet_machine_pulls_into_step_as_its_fluxes_in_the_station
     EXPECT_GT(x[3], pi / 2);  // it turned
 }
 
-// At rest with the load: the balance of power, and the speed of the field.
+// In step from the start, at currents that are chosen: by the equations at rest they give voltage, angle and load.
 TEST(machine_runs, a_magnet_machine_in_step_turns_power_into_motion_and_heat) {
-    const double v = 60, w = 100 * 4, tl = 6, b_f = 1e-2;
-    const table rows =
-        rows_of(supply(v, w) + shaft(tl) + machine + "pmsm wm0=100 th0=-0.6 b_f=" + digits(b_f) + " j=0.02" + abc +
-                    "\noutvar: w=var_of_w te=var_of_te id=id_of_M iq=iq_of_M p=p_of_M\n",
-                "w te id iq p", 4.0, 100e-6);
-    const auto& last = rows.back();
-    EXPECT_NEAR(last[1], 100, 1e-3);
-    EXPECT_NEAR(last[2], tl + b_f * 100, 1e-3);
-    EXPECT_NEAR(last[5], last[2] * last[1] + 1.5 * 1.2 * (last[3] * last[3] + last[4] * last[4]), 1e-4 * last[5]);
-    // te = 3/2 (poles/2) (lam + (ld - lq) id) iq, and the voltages of the axes at rest give the amplitude.
-    EXPECT_NEAR(last[2], 6 * (0.175 - 1e-3 * last[3]) * last[4], 1e-3);
-    const double vd = 1.2 * last[3] - w * 9.5e-3 * last[4], vq = 1.2 * last[4] + w * (8.5e-3 * last[3] + 0.175);
-    EXPECT_NEAR(std::hypot(vd, vq), v, 1e-2);
+    const double id = -3, iq = 8, w = 400, b_f = 1e-2, te = 6 * (0.175 - 1e-3 * id) * iq, tl = te - b_f * 100;
+    const number v(1.2 * id - w * 9.5e-3 * iq, 1.2 * iq + w * (8.5e-3 * id + 0.175));
+    const table rows = rows_of(supply(std::abs(v), w) + shaft(tl) + machine + "pmsm wm0=100 id0=-3 iq0=8 th0=" +
+                                   digits(-std::arg(v) / 4) + " b_f=" + digits(b_f) + " j=0.2" + abc +
+                                   "\noutvar: w=var_of_w te=var_of_te id=id_of_M iq=iq_of_M ia=ia_of_M p=p_of_M\n",
+                               "w te id iq ia p", 0.2, 20e-6);
+    for (std::size_t k = 0; k < rows.size(); k += 100) {
+        EXPECT_NEAR(rows[k][1], 100, 1e-4);
+        EXPECT_NEAR(rows[k][2], te, 1e-3 * te);
+        EXPECT_NEAR(rows[k][3], id, 1e-2);
+        EXPECT_NEAR(rows[k][4], iq, 1e-2);
+    }
+    const double period = 2 * pi / w, heat = 1.5 * 1.2 * (id * id + iq * iq);
+    EXPECT_NEAR(mean(rows, period, [](const auto& r) { return r[6]; }), te * 100 + heat, 1e-3 * te * 100);
+    EXPECT_NEAR(std::sqrt(2 * mean(rows, period, [](const auto& r) { return r[5] * r[5]; })), std::hypot(id, iq), 1e-2);
 }
 
 // ---- brushless DC ----
@@ -265,16 +269,22 @@ TEST(machine_runs, a_series_machine_starts_as_its_one_current_says) {
         return state{(va - r * x[0] - k * x[0] * x[1]) / l, (k * x[0] * x[0] - tl - b_f * x[1]) / j};
     };
     const state x = followed(other, {0, 0}, t_end, 20000);
-    const table rows = rows_of(
-        "eelement name=VA type=vsrcdc p=a n=0 vdc=100\ngelement name=TL type=const y=tl k=3\ngelement name=S "
-        "type=linear_1 x=w y=s\n" +
+    // A start-up would hold both currents at one node.
+    const whole_run run(deck_text{
+        "eelement name=VA type=vsrcdc p=a n=0 vdc=100\ngelement name=TL type=const y=tl k=3\n"
+        "gelement name=S type=linear_1 x=w y=s\n" +
             machine +
-            "dcmc_1 ap=a an=m fp=m fn=0 tl=tl w=w rf=0.8 lf=20m laf=0.05 b_f=0.02\noutvar: w=var_of_w ia=ia_of_M "
-            "ifd=ifd_of_M\n",
-        "w ia ifd", t_end, 20e-6);
-    EXPECT_NEAR(rows.back()[1], x[1], 1e-5 * x[1]);
-    EXPECT_NEAR(rows.back()[2], x[0], 1e-5 * x[0]);
-    EXPECT_NEAR(rows.back()[3], x[0], 1e-5 * x[0]);
+            "dcmc_1 ap=a an=m fp=m fn=0 tl=tl w=w rf=0.8 lf=20m laf=0.05 b_f=0.02\noutvar: "
+            "w=var_of_w ia=ia_of_M ifd=ifd_of_M\n",
+        "w ia ifd",
+        {"solve_type trns\nmethod: gear2=yes chk_rhs2=yes norm_2=1e-5 itmax_trns=1000000 t_end=" + digits(t_end) +
+         " delt_const=10u\n"}}
+                            .str());
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("out1.dat");
+    EXPECT_NEAR(rows.back()[1], x[1], 1e-4 * x[1]);
+    EXPECT_NEAR(rows.back()[2], x[0], 1e-4 * x[0]);
+    EXPECT_NEAR(rows.back()[3], x[0], 1e-4 * x[0]);
     EXPECT_GT(x[1], 10);
 }
 
@@ -388,13 +398,13 @@ TEST(machine_runs, a_synchronous_machine_starts_on_its_dampers_as_its_currents_s
 // In step on a bus as a generator: torque and power of the load angle, and all that is taken at the shaft goes to the
 // bus and into heat.
 TEST(machine_runs, a_synchronous_machine_at_rest_on_a_bus_has_the_power_of_its_load_angle) {
-    const double v = 100, w = 2 * pi * 50, tl = -12, rs = 0.01, v_f = 1.0;
+    const double v = 100, w = 2 * pi * 50, tl = -6, rs = 0.01, v_f = 1.0;
     const table rows =
         rows_of(supply(v, w) + shaft(tl) + "eelement name=VF type=vsrcdc p=f n=0 vdc=1\n" + machine +
                     "syncmc_1 fp=f fn=0 rs=0.01" + abc + " wm0=" + digits(w / 2) +
                     " th0=-0.7 ffd0=0.6\noutvar: w=var_of_w te=var_of_te ifd=ifd_of_M th=th_of_M p=p_of_M\n" +
                     "outvar: ia=ia_of_M ib=ib_of_M\n",
-                "w te ifd th p ia ib", 12, 100e-6);
+                "w te ifd th p ia ib", 9, 100e-6);
     const auto& last = rows.back();
     EXPECT_NEAR(last[1], w / 2, 1e-3);
     EXPECT_NEAR(last[2], tl, 2e-3);
