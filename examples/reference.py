@@ -254,6 +254,56 @@ def induction_vf(t_end):
     return follow(rate, [0j, 0j, 0.0], t_end, 20e-6)
 
 
+def induction_start(t_end):
+    """Currents as states, in the frame of the rotor."""
+    rs, rr, l, lm, p, j = 0.435, 0.816, 71.31e-3, 69.31e-3, 2, 0.089
+    det = l * l - lm * lm
+
+    def rate(t, x):
+        i_s, i_r, wm, th = x
+        turn = cmath.exp(1j * p * th)
+        us = 150 * cmath.exp(100j * math.pi * t) / turn - rs * i_s - 1j * p * wm * (l * i_s + lm * i_r)
+        ur = -rr * i_r
+        te = 1.5 * p * lm * (i_s * i_r.conjugate()).imag
+        load = 12 if t >= 0.8 else 0
+        return ([(l * us - lm * ur) / det, (l * ur - lm * us) / det, (te - load) / j, wm],
+                [30 / math.pi * wm, te, (turn * i_s).real])
+    return follow(rate, [0j, 0j, 0.0, 0.0], t_end, 5e-6)
+
+
+def dc_chopper(t_end):
+    def rate(t, x):
+        i, wm = x
+        duty, p = min(0.05 + 1.1 * t, 0.6), t / 1e-3 % 1
+        u = (240.0 if duty > (2 * p if p < 0.5 else 2 - 2 * p) else -0.7) - 0.51 * i - 1.2 * wm
+        load = 20 if t >= 0.7 else 5
+        return [u / 5e-3 if i > 0 or u > 0 else 0.0, (1.2 * i - load - 0.01 * wm) / 0.1], [wm, duty]
+    return follow(rate, [0.0, 0.0], t_end, 0.5e-6, current_not_below_0)
+
+
+def synchronous_bus(t_end):
+    """Currents as states: of the stator in d and q, of the field, of the dampers in d and q."""
+    p, j, w, md, mq = 2, 0.2, 100 * math.pi, 60e-3, 30e-3
+    l = [[3e-3 + md, 0, md, md, 0], [0, 3e-3 + mq, 0, 0, mq], [md, 0, 5e-3 + md, md, 0], [md, 0, md, 3e-3 + md, 0],
+         [0, mq, 0, 0, 3e-3 + mq]]
+    inverse = list(zip(*(solved(l, [float(i == k) for i in range(5)]) for k in range(5))))
+
+    def times(a, x):
+        return [sum(b * y for b, y in zip(row, x)) for row in a]
+
+    def rate(t, x):
+        i, (wm, th, angle) = x[:5], x[5:]
+        f = times(l, i)
+        v = 100 * cmath.exp(1j * (w * t - p * th))
+        u = [v.real - 0.05 * i[0] + p * wm * f[1], v.imag - 0.05 * i[1] - p * wm * f[0], 0.7 - 0.1 * i[2], -0.5 * i[3],
+             -0.5 * i[4]]
+        te = 1.5 * p * (f[0] * i[1] - f[1] * i[0])
+        tl = -6 if t >= 2 else -2
+        slip = wm - w / p
+        return (times(inverse, u) + [(te - tl) / j, wm, math.degrees(p * slip)], [angle, wm, te, 1.5 * i[2]])
+    return follow(rate, times(inverse, [0.3183, 0.0, 0.35, 0.3183, 0.0]) + [w / p, -math.pi / 4, 0.0], t_end, 20e-6)
+
+
 def network_thyristor(t_end):
     """The thyristor turns on by its gate while its voltage is positive, and off with it."""
     state = {"on": False}

@@ -1,4 +1,5 @@
-// devices.h -- what electrical elements alone share.
+// devices.h -- what electrical elements share beside the functions of all: reactances, semiconductors, transformers,
+// machines, switches.
 #pragma once
 #include <cstring>
 
@@ -9,8 +10,10 @@
 #include "models/gummel_poon.h"
 #include "models/jfet.h"
 #include "models/junctions.h"
+#include "models/machine_rows.h"
 #include "models/mos_level1.h"
 #include "models/mos_level3.h"
 #include "models/norton.h"
 #include "models/reactances.h"
 #include "models/voltage_limits.h"
+#include "models/windings.h"

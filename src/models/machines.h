@@ -57,3 +57,30 @@ struct induction_machine {
     // Of ds, qs, dr, qr, wm, th; v: voltages of the stator as the frame sees them.
     void slopes(double vd, double vq, double w, double tl, const double* state, double* slope) const;
 };
+
+// ---- machines whose rotor has an axis, in the frame of the rotor: d along its north pole, q a quarter turn ahead ----
+
+// Permanent magnets: ld did/dt = vd - rs id + we lq iq, lq diq/dt = vq - rs iq - we (ld id + lam), te = 3/2 pairs (lam
+// iq
+// + (ld - lq) id iq), we = pairs wm. (Krause, Wasynczuk and Sudhoff, chapter on brushless machines)
+struct magnet_machine {
+    double rs, ld, lq, lam;  // ohm; H; V s
+    shaft mech;
+};
+
+// A field winding, a damper in each axis, and fluxes as states: dfd/dt = vd - rs id + we fq, dfq/dt = vq - rs iq - we
+// fd of the stator; of the rotor df/dt = v - r i; te = 3/2 pairs (fd iq - fq id). All are referred to the stator. At
+// the terminals the field has v/n_f and 3/2 n_f i, by which power stays power. (Krause, Wasynczuk and Sudhoff, chapter
+// 5)
+struct wound_field_machine {
+    double rs, rfd, rkd, rkq, n_f;
+    const double *gd, *gq;  // inverse inductances as triangles, 1/H: of stator, field and damper in d; of two in q
+    shaft mech;
+};
+
+// Separately excited: la dia/dt = va - ra ia - k ifd wm, lf difd/dt = vf - rf ifd, te = k ifd ia. (Krause, Wasynczuk
+// and Sudhoff, chapter 3)
+struct dc_machine {
+    double ra, la, rf, lf, k;  // ohm, H
+    shaft mech;
+};

@@ -77,10 +77,6 @@ void source_branch(double u, const double* v, const double* aux, const double* a
 void series_branch(double g, const double* v, const double* aux, const double* auxs, double* f, ebes1_class* jac,
                    const flags_class* flags);
 
-// Two windings from terminals 0, 2 to terminals 1, 3: the rows of the four terminals, from `row` on, with the currents
-// i1 and i2 as unknowns 0 and 1. dfdi: the Jacobian table of those unknowns.
-void winding_currents(const double* i, double** dfdi, int row, double* f, const flags_class* flags);
-
 // ---- numeric Jacobian
 
 using function_only = void (*)(int* iparm, double* rparm, double* v, double* vind, double* curind, double* aux,

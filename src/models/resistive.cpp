@@ -75,16 +75,3 @@ void series_branch(double g, const double* v, const double* aux, const double* a
         jac->dfdv[row + 2][1] = -per_v;
     }
 }
-
-void winding_currents(const double* i, double** dfdi, int row, double* f, const flags_class* flags) {
-    for (int w = 0; w < 2; ++w, row += 2) {
-        if (flags->function) {
-            f[row] = i[w];
-            f[row + 1] = -i[w];
-        }
-        if (flags->jacobian) {
-            dfdi[row][w] = 1;
-            dfdi[row + 1][w] = -1;
-        }
-    }
-}

@@ -226,7 +226,7 @@ void write_ebes_c_1(std::ostream& out, const basic_form& form, const basic_libra
 void write_registration(std::ostream& out, const basic_form& form, const basic_library& lib) {
     const std::string row = line(form.lib.begin, "_registration");
     out << "#include \"models/registration.h\"\n";
-    if (&form == &ebes_form) out << "#include \"models/devices.h\"\n";  // transistors are electrical alone
+    if (&form == &ebes_form || &form == &ebac_form) out << "#include \"models/devices.h\"\n";
     // Where rows of units are called, a function's body stands in the loop over them.
     write_prototypes(out, form, lib, "inline __attribute__((always_inline)) ");
     out << "#include \"sub" << file_word(form) << ".cpp\"\n";

@@ -147,7 +147,8 @@ constexpr advice_text texts[] = {
      "begin with a solution: a block of solve_type startup before, and initial_sol previous in this one; or look at "
      "the "
      "x and k of set_rparm"},
-    {"not-in-dc", "An element cannot stand in a dc block.", "it lives in time: thyristor_g, sampler1, pll_1a",
+    {"not-in-dc", "An element cannot stand in a dc block.",
+     "it lives in time: machines, transformers with a core, thyristor_g, sampler1, pll_1a",
      "find the state to start from with solve_type startup"},
     {"set-and-reset", "The set and the reset input of a flip-flop were 1 at the same time.",
      "a logic that asks for both; an input that begins at 1; a pulse that is longer than it seems",
@@ -384,7 +385,7 @@ constexpr pattern_row rows[] = {
     {"unknown-instance", "cct_ov_flag = IGL_CLEAR"},
     {"unknown-node", "Check outvars of type|var name is:"},
     {"no-of", "_of_ not found"},
-    {"not-in-dc", "DC not allowed|dc not implemented|dc not allowed"},
+    {"not-in-dc", "DC not allowed|dc not implemented|dc not allowed|cannot be used in DC"},
     {"value-of-element",
      "too small!|a is too large!|?!|xfmr.ebe:|> t_ramp_2|.ebe: check|.gbe: check|.dbe: check|"
      "x_high must be above|: check active_|: check x|: i_file=|time loop did not end|"

@@ -3,7 +3,9 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <random>
+#include <set>
 
 #include "base/list_file.h"
 #include "model_unit.h"
@@ -61,10 +63,29 @@ using mode = int flags_class::*;
 constexpr mode modes[] = {&flags_class::dc, &flags_class::trns, &flags_class::startup};
 
 // Modes in which an element stops the run with a text of its own.
-bool refused(const std::string& name, mode m) { return m == &flags_class::dc && name == "thyristor_g"; }
+bool refused(const std::string& name, mode m) {
+    static const std::set<std::string> in_dc = {"bldc1",
+                                                "dcmc",
+                                                "dcmc_1",
+                                                "indmc",
+                                                "pmsm",
+                                                "syncmc_1",
+                                                "thyristor_g",
+                                                "xfmr_basic_1",
+                                                "xfmr_level1_1ph",
+                                                "xfmr_level1_1ph_1_2",
+                                                "xfmr_level1_1ph_4w",
+                                                "xfmr_level2_1ph"};
+    return m == &flags_class::dc && in_dc.contains(name);
+}
 
 // General variables that an element defines.
-int n_defined(const std::string& name) { return name == "ammeter_fb" || name == "voltmeter_fb" ? 1 : 0; }
+int n_defined(const std::string& name) {
+    static const std::map<std::string, int> n = {{"ammeter_fb", 1}, {"bldc1", 2}, {"dcmc", 1},     {"dcmc_1", 1},
+                                                 {"indmc", 2},      {"pmsm", 2},  {"syncmc_1", 2}, {"voltmeter_fb", 1}};
+    const auto it = n.find(name);
+    return it == n.end() ? 0 : it->second;
+}
 
 class every_element : public ::testing::TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(, every_element, ::testing::ValuesIn(names_of(installed_ebes())),

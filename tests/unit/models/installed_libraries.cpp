@@ -72,15 +72,53 @@ TEST(pure_elements, are_all_but_those_with_a_state_a_curve_or_a_conductance_in_t
     const std::set<std::string> pure = pure_entries();
     for (int e = 0; e < lib.n(); ++e)
         if (!pure.contains(lib.list.entry.str(e))) others.insert(lib.list.entry.str(e));
-    EXPECT_EQ(others, (std::set<std::string>{
-                          "and_2",          "battery_vsrc",    "bjt_spice_5",   "bjt_spice_6",     "c_delay",
-                          "cmprtr_1",       "cmprtr_2",        "cool_vccs_1",   "cool_vccs_2",     "cool_vccs_3",
-                          "cool_vccs_5",    "cool_vcvs_1",     "cool_vcvs_2",   "dac1a",           "diode",
-                          "diode_r",        "diode_r_spice_3", "diode_spice_1", "diode_spice_3",   "diode_spice_3a",
-                          "ground_dummy_1", "jfet_spice_1",    "jfet_spice_2",  "l_theta",         "mos_bsim1",
-                          "mos_level1",     "mos_level3",      "nand_2",        "nor_2",           "not",
-                          "or_2",           "r_time",          "sampler2",      "solar_module_1b", "spdt1",
-                          "switch_d",       "switch_e",        "switch_g1",     "thyristor_g",     "xor_2"}));
+    EXPECT_EQ(others, (std::set<std::string>{"and_2",
+                                             "battery_vsrc",
+                                             "bjt_spice_5",
+                                             "bjt_spice_6",
+                                             "bldc1",
+                                             "c_delay",
+                                             "cmprtr_1",
+                                             "cmprtr_2",
+                                             "cool_vccs_1",
+                                             "cool_vccs_2",
+                                             "cool_vccs_3",
+                                             "cool_vccs_5",
+                                             "cool_vcvs_1",
+                                             "cool_vcvs_2",
+                                             "dac1a",
+                                             "dcmc",
+                                             "dcmc_1",
+                                             "diode",
+                                             "diode_r",
+                                             "diode_r_spice_3",
+                                             "diode_spice_1",
+                                             "diode_spice_3",
+                                             "diode_spice_3a",
+                                             "ground_dummy_1",
+                                             "indmc",
+                                             "jfet_spice_1",
+                                             "jfet_spice_2",
+                                             "l_theta",
+                                             "mos_bsim1",
+                                             "mos_level1",
+                                             "mos_level3",
+                                             "nand_2",
+                                             "nor_2",
+                                             "not",
+                                             "or_2",
+                                             "pmsm",
+                                             "r_time",
+                                             "sampler2",
+                                             "solar_module_1b",
+                                             "spdt1",
+                                             "switch_d",
+                                             "switch_e",
+                                             "switch_g1",
+                                             "syncmc_1",
+                                             "thyristor_g",
+                                             "xfmr_level2_1ph",
+                                             "xor_2"}));
     for (const std::string& name : pure)
         EXPECT_TRUE(lib.flag.jac_const[static_cast<std::size_t>(lib.list.find(name))]) << name;
 }
@@ -91,6 +129,7 @@ TEST(pure_elements, have_derivatives_that_hang_on_parameters_alone_and_keep_thei
     std::uniform_real_distribution<double> number(-2, 2);
     for (const std::string& name : pure_entries())
         for (const auto mode : {&flags_class::dc, &flags_class::trns, &flags_class::startup}) {
+            if (mode == &flags_class::dc && (name == "xfmr_basic_1" || name.starts_with("xfmr_level1"))) continue;
             model_unit u(name);
             u.prepare();
             std::vector<double> first;
