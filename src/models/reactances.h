@@ -1,4 +1,5 @@
-// reactances.h -- rows of capacitors and inductors, between the terminals of an element or one pair of several.
+// reactances.h -- rows of capacitors and inductors, between the terminals of an element or one pair of several. Always
+// inlined, so that the loops of an element with two terminals are gone.
 #pragma once
 #include "base/flags_class.h"
 #include "library/basic/ebes1_class.h"
@@ -14,8 +15,9 @@ struct terminal_pair {
 // A charge q, A s, of the slope c, F, by the voltage of the pair. Rows: n_nd terminals, whose currents are the
 // derivatives of the charges; n_nd charges; in start-up n_nd terminals with the current auxs 0, and that the voltage is
 // v0. locv: charges, which in the periodic system are unknowns of the solver.
-inline void capacitor_rows(terminal_pair at, double c, double q, double v0, const double* v, const double* auxs,
-                           double* locv, double* f, ebes1_class* jac, const flags_class* flags) {
+[[gnu::always_inline]] inline void capacitor_rows(terminal_pair at, double c, double q, double v0, const double* v,
+                                                  const double* auxs, double* locv, double* f, ebes1_class* jac,
+                                                  const flags_class* flags) {
     if (!flags->ssw)
         for (int k = 0; k < at.n_nd; ++k) locv[k] = at.sign(k) * q;
     if (flags->startup) {
@@ -45,8 +47,9 @@ inline void capacitor_rows(terminal_pair at, double c, double q, double v0, cons
 
 // An inductance l, H, not 0: di/dt = v/l, i the unknown 0. Rows: n_nd terminals, the state; in start-up n_nd terminals
 // with the current auxs 0, and that it is i0.
-inline void inductor_rows(terminal_pair at, double l, double i0, const double* v, double* aux, const double* auxs,
-                          double* f, ebes1_class* jac, const flags_class* flags) {
+[[gnu::always_inline]] inline void inductor_rows(terminal_pair at, double l, double i0, const double* v, double* aux,
+                                                 const double* auxs, double* f, ebes1_class* jac,
+                                                 const flags_class* flags) {
     if (flags->startup) {
         const int first = at.n_nd + 1, own = first + at.n_nd;
         aux[0] = auxs[0];

@@ -295,6 +295,19 @@ TEST(solar_module_runs, meet_their_load_lines) {
     }
 }
 
+// Each load by itself, from the first guess.
+TEST(solar_module_runs, are_found_from_nothing) {
+    for (const char* r : {"0.01", "4", "1k", "1e6"}) {
+        const table rows = rows_of(
+            "eelement name=PV type=solar_module_1b p=a n=0 g=800\neelement name=R1 type=r p=a n=0 r=" + std::string(r) +
+                "\noutvar: v=nodev_of_a i=i_of_PV i1=i_of_R1\n",
+            "v i i1", {"solve_type dc\nmethod: chk_rhs2=yes norm_2=1e-9\n"});
+        ASSERT_EQ(rows.size(), 1u);
+        EXPECT_NEAR(rows[0][1], -rows[0][2], 1e-9 + 1e-6 * rows[0][2]) << r;
+        EXPECT_LT(rows[0][0], 29.40471) << r;
+    }
+}
+
 TEST(solar_module_runs, give_no_power_in_the_dark) {
     const table rows = rows_of(
         "eelement name=PV type=solar_module p=a n=0 g=0\neelement name=R1 type=r p=a n=0 r=1k\n"
@@ -343,10 +356,14 @@ TEST(battery_runs, see_the_start_charge_at_rest_and_its_slope_in_small_signals) 
     const std::string circuit = "eelement name=B1" + straight + "eelement name=I1 type=isrcac p=a n=0 idc=0.5 a_ac=1\n";
     EXPECT_EQ(rows_of(circuit + "outvar: v=nodev_of_a s=soc_of_B1\n", "v s", {"solve_type dc\n"}),
               (table{{11.15, 0.8}}));
-    // r + n e1/(36 s)
-    const table ac = rows_of(
-        circuit + "outvar: v=nodev_ac_of_a\n", "mag_of_v phase_of_v",
-        {"solve_type dc\n", "solve_type ac\ninitial_sol previous\nvary_freq from 1m to 1 type log n_points 4\n"});
+    // r + n e1/(36 s), at the bias point of the block before
+    const whole_run run(
+        "title: t\nbegin_circuit\nrefnode 0\n" + circuit +
+        "outvar: v=nodev_ac_of_a\nend_circuit\nbegin_solve\nsolve_type dc\nend_solve\nbegin_solve\n"
+        "solve_type ac\ninitial_sol previous\nvary_freq from 1m to 1 type log n_points 4\nbegin_output\n"
+        "filename ac.dat\nvariables: mag_of_v phase_of_v\nend_output\nend_solve\nend_cf\n");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table ac = run.rows("ac.dat");
     ASSERT_EQ(ac.size(), 4u);
     for (const auto& row : ac) {
         const std::complex<double> v = -(0.5 + 3.0 / std::complex<double>(0, 36 * 2 * pi * row[0]));

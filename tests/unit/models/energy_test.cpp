@@ -51,6 +51,16 @@ TEST(solar_module_1b, has_gmin_across_it_and_goes_on_as_a_tangent_from_exponent_
     EXPECT_NEAR(slope, 6.62 * std::exp(50.0) / (w * u.r("e_oc")), 1e-9 * slope);
 }
 
+TEST(solar_module_1b, is_first_taken_at_its_open_circuit_voltage) {
+    model_unit u = module();
+    u.call(&flags_class::init_guess);
+    EXPECT_EQ(u.x.v[0], u.r("v_oc"));
+    u.r("g") = 0;
+    u.prepare();
+    u.call(&flags_class::init_guess);
+    EXPECT_EQ(u.x.v[0], 0);
+}
+
 TEST(solar_module_1b, carries_gmin_alone_in_the_dark) {
     model_unit u("solar_module_1b");
     u.r("g") = 0;
