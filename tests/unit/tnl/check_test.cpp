@@ -396,15 +396,21 @@ TEST(model_rules, tell_the_branches_of_every_installed_element_whose_terminal_cu
     for (const library_entry& entry : installed().library[ebes].entries) {
         std::vector<std::string> nodes;
         bool conducts = true;
-        // A row of voltages and of a current as it stands is that of a resistance.
+        std::vector<std::string> states;
+        for (const words& w : lines_of(entry, library_forms[ebes]))
+            for (int j = 1; j < w.size(); ++j)
+                if (w[j].starts_with("d_dt(")) states.emplace_back(w[j].substr(5, w[j].size() - 6));
+        // A row of voltages and of a current as it stands is that of a resistance, if no state has a part in it.
         const auto through_resistance = [&](const std::string& current) {
             for (const words& w : lines_of(entry, library_forms[ebes])) {
-                bool of_voltage = false, of_current = false;
+                bool of_voltage = false, of_current = false, of_state = false;
                 for (int j = 1; j < w.size(); ++j) {
                     of_voltage = of_voltage || w[j].starts_with("v(");
                     of_current = of_current || w[j] == current;
+                    of_state = of_state || w[j].starts_with("d_dt(") || has(states, w.str(j));
                 }
-                if (w[0].starts_with("f_") && !has(nodes, w[0].substr(2)) && of_voltage && of_current) return true;
+                if (w[0].starts_with("f_") && !has(nodes, w[0].substr(2)) && of_voltage && of_current && !of_state)
+                    return true;
             }
             return false;
         };
