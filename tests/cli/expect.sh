@@ -34,7 +34,7 @@ working_folder() { # folder of the installed libraries, size
     mkdir -p .tnlaux
     cp "$1"/*.aux "$1"/*.lst .tnlaux/
     # A library of composites holds 49, fewer than are installed.
-    awk '/^ece name=/ { left_out = $2 ~ /^name=(bjt_|jfet_|mos_|cool_|r_|diode_r_|diode_rs|diode_spice_)/ } !left_out' "$1/eels.aux" >.tnlaux/eels.aux
+    awk '/^ece name=/ { left_out = $2 ~ /^name=(bjt_|jfet_|mos_|cool_|r_|diode_r_|diode_rs|diode_spice_|[cl]_|solar_|battery|vsrc_(1a|am|fm|x)|triangle_[23]|.*(pwl20|pulse20)$|c[cv][cv]s_|vcvs_|n?and_2|x?n?or_2|not$|cmprtr|sampler)/ } !left_out' "$1/eels.aux" >.tnlaux/eels.aux
     sizes "$2" >tmpdim.in
 }
 # Whether a limit of memory can be tried: the address sanitizer reserves more than any.
