@@ -6,8 +6,54 @@
 #include <string_view>
 #include <vector>
 
+// Those that a test may use without naming them where its library is made.
+inline bool is_common(std::string_view name) {
+    static const std::set<std::string_view> names = {"ammeter",
+                                                     "ammeter_fb",
+                                                     "c",
+                                                     "c1",
+                                                     "cccs",
+                                                     "ccvs",
+                                                     "clock",
+                                                     "dac1",
+                                                     "dac1a",
+                                                     "dac4",
+                                                     "dac8",
+                                                     "diode",
+                                                     "diode_r",
+                                                     "diode_spice_1",
+                                                     "ground_dummy_1",
+                                                     "ipulse",
+                                                     "isrc_1",
+                                                     "isrcac",
+                                                     "l",
+                                                     "l_gap",
+                                                     "pwl20",
+                                                     "r",
+                                                     "r_area",
+                                                     "r_pot",
+                                                     "r_time",
+                                                     "spdt1",
+                                                     "switch_d",
+                                                     "switch_e",
+                                                     "switch_g1",
+                                                     "thyristor_g",
+                                                     "triangle_1",
+                                                     "vccs",
+                                                     "vcvs",
+                                                     "voltmeter_fb",
+                                                     "vpulse",
+                                                     "vsrc_1",
+                                                     "vsrcac",
+                                                     "vsrcac_ramp",
+                                                     "vsrcdc",
+                                                     "xfmr",
+                                                     "xfmr_2w_ideal"};
+    return names.contains(name);
+}
+
 // Of an installed library's text the entries that `wanted` names, a deck or other libraries, with those that they call;
-// then the usual ones and then others in their order, as long as there is room for some entries more.
+// then common ones and others in their order, as long as there is room for some entries more.
 inline std::string composites_with_room(const std::string& text, std::string_view wanted) {
     constexpr std::size_t most = 42;
     struct entry {
@@ -39,17 +85,9 @@ inline std::string composites_with_room(const std::string& text, std::string_vie
             }
     };
     keep([&](const entry& e) { return named.contains(e.name); });
-    // What tests take for granted, then whatever there is.
-    static const std::set<std::string> usual = {
-        "ammeter", "ammeter_fb", "c",      "c1",          "cccs",          "ccvs",          "clock",
-        "dac1",    "dac1a",      "dac4",   "dac8",        "diode",         "diode_r",       "diode_spice_1",
-        "ipulse",  "isrc_1",     "isrcac", "l",           "l_gap",         "pwl20",         "r",
-        "r_area",  "r_pot",      "r_time", "spdt1",       "switch_d",      "switch_e",      "switch_g1",
-        "vccs",    "vcvs",       "vpulse", "vsrc_1",      "thyristor_g",   "triangle_1",    "voltmeter_fb",
-        "vsrcac",  "xfmr",       "vsrcdc", "vsrcac_ramp", "xfmr_2w_ideal", "ground_dummy_1"};
-    for (const bool others : {false, true})
+    for (const bool rare : {false, true})
         for (std::size_t i = 0; i < all.size() && n < most; ++i) {
-            if (kept[i] || usual.contains(all[i].name) == others) continue;
+            if (kept[i] || is_common(all[i].name) == rare) continue;
             kept[i] = 1;
             ++n;
         }

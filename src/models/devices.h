@@ -14,6 +14,7 @@
 #include "models/mos_level1.h"
 #include "models/mos_level3.h"
 #include "models/norton.h"
+#include "models/power_switches.h"
 #include "models/reactances.h"
 #include "models/voltage_limits.h"
 #include "models/windings.h"

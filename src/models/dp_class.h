@@ -20,6 +20,7 @@
 #include "models/explicit_user.h"
 #include "models/explicit_waves.h"
 #include "models/frames.h"
+#include "models/heat.h"
 #include "models/levels.h"
 #include "models/lookup.h"
 #include "models/machines.h"

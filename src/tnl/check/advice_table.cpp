@@ -389,7 +389,8 @@ constexpr pattern_row rows[] = {
     {"value-of-element",
      "too small!|a is too large!|?!|xfmr.ebe:|> t_ramp_2|.ebe: check|.gbe: check|.dbe: check|"
      "x_high must be above|: check active_|: check x|: i_file=|time loop did not end|"
-     "times must ascend|g_low <= g_high?|check turns|vd=|must be gt|must be lt|first number does not fit"},
+     "times must ascend|g_low <= g_high?|check turns|vd=|must be gt|must be lt|first number does not fit|"
+     "g_high < 0?"},
     {"value-of-element",
      "xce_filter_1|partial_fractions_1|n_by_d_1|degree_n > degree_d|coef_n[degree_n]|coef_d[degree_d]|in laguer|"
      "classify_roots|invrs_c|_begin, x"},

@@ -202,6 +202,7 @@ check_report check_deck(deck_view view, const installed_libraries& libraries, ch
     check_elements(d);
     if (sound) {
         check_nodes(d);
+        check_switches(d);
         check_variables(d);
         check_digital(d);
         check_diagram(d);

@@ -107,6 +107,7 @@ void check_sections(checked_deck& d);    // title, begin and end pairs, words th
 void check_globals(checked_deck& d);     // greal, ginteger, gstring
 void check_elements(checked_deck& d);    // element and model statements: types, names, words, values
 void check_nodes(checked_deck& d);       // reference, connections, loops of voltages, cut sets of currents
+void check_switches(checked_deck& d);    // switches of one way beside inductors
 void check_variables(checked_deck& d);   // block variables: who writes, who reads
 void check_digital(checked_deck& d);     // digital nodes: what drives them
 void check_outvars(checked_deck& d);     // outvar: statements

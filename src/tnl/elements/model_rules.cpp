@@ -14,6 +14,7 @@ namespace {
 constexpr branch_word branch_words[] = {
     // in the order of branch_kind
     {"conducting", "current follows voltage"},
+    {"one_way", "a switch that conducts one way"},
     {"voltage", "an ideal voltage"},
     {"winding", "a winding of an ideal transformer"},
     {"current", "an ideal current"},

@@ -12,6 +12,7 @@ namespace cli {
 // How an element holds voltages and currents between two of its nodes.
 enum class branch_kind {
     conducting,          // current follows voltage
+    one_way,             // a switch that blocks the current from its second node to the first
     voltage,             // an ideal voltage: sources, meters of current
     winding,             // of an ideal transformer: a voltage as soon as the other winding has one
     current,             // an independent current

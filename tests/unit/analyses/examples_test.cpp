@@ -253,3 +253,28 @@ TEST(examples, pll_locks_to_frequency_and_phase) {
     const double error = 2 * pi * 2 / w * std::exp(-s * t_peak) * std::sin(w * t_peak);
     EXPECT_WITHIN(5e-3, highest(between(rows, 0.2, 0.5), 2), error);
 }
+
+TEST(examples, sync_buck_losses_heats_its_junction_by_what_its_story_adds_up) {
+    const whole_run run = example("sync_buck_losses");
+    ASSERT_FALSE(run.stopped) << run.text;
+    double v = 12.0, i = 5.0;
+    for (int k = 0; k < 20; ++k) {
+        i = v / 2.4;
+        v = (2.5 * 48 - 0.4 * (0.8 + 0.01 * i) - 9.6 * 0.02 * i) / 10;
+    }
+    const double swing = (48 - 0.02 * i - v) * 2.5e-6 / 22e-6, low = i - swing / 2, high = i + swing / 2;
+    const double e_on = 2e-6 * low * (48.8 + 0.01 * low) / 48;  // 10 uJ at 5 A, 40 uJ at 20 A
+    const double e_off = (5e-6 + 2e-6 * (high - 5)) * (48.8 + 0.01 * high) / 48;
+    const double conduction = 0.02 * (i * i + swing * swing / 12) * 2.5e-6;
+    const double power = (e_on + e_off + conduction) * 1e5;
+
+    const table wave = between(run.rows("wave.dat"), 4.98e-3, 4.99e-3), heat = run.rows("heat.dat");
+    EXPECT_WITHIN(1e-3, mean(wave, 1), v);
+    EXPECT_WITHIN(1e-3, mean(wave, 2), i);
+    EXPECT_WITHIN(5e-3, ripple(wave, 2), swing);
+    EXPECT_WITHIN(1e-2, heat.back()[1], power);
+    EXPECT_NEAR(heat.back()[2], 323.15 + 2 * power, 0.05);
+    const auto& before = heat[heat.size() - 11];  // ten periods
+    EXPECT_WITHIN(5e-3, heat.back()[4] - before[4], 10 * e_on);
+    EXPECT_WITHIN(5e-3, heat.back()[5] - before[5], 10 * e_off);
+}

@@ -215,6 +215,7 @@ TEST(postproc_types, are_installed_with_as_many_variables_and_results) {
 
 TEST(type_of_result, halts_for_composites_of_known_names_that_lack_a_variable_or_have_a_result_too_many) {
     library_texts texts = installed_texts();
+    texts.gmes.clear();  // they call installed blocks
     texts.gels = composite("calc_pf", "postprocessor=yes", "x", "p=postproc_of_pp") +
                  composite("calc_avg", "postprocessor=yes", "x", "avg=postproc_of_pp more=postproc_of_pp") +
                  composite("calcac_pf", "postprocessor=yes", "x1 x2", "pf=postproc_of_pp");
@@ -335,6 +336,7 @@ TEST(postproc_1_ac, refuses_variables_with_a_phase_or_magnitude_word_and_composi
     ac_block b(both + output("pf.dat", "mag_of_pf"));
     EXPECT_HALT(postproc_1_ac(b.slv, b.c, 1), "postproc_1_ac: cct_ov_flag != IGL_POSTPROC_AC? Halting...\n");
     library_texts texts = installed_texts();
+    texts.gmes.clear();  // they call installed blocks
     texts.gels = composite("mine", "postprocessor_ac=yes", "x1 x2", "pf=postproc_ac_of_pp");
     circuit c = circuit_of("title: t\nbegin_circuit\ngelement name=P type=mine x1=u x2=u\nend_circuit\nend_cf\n",
                            libraries_of(texts));

@@ -206,12 +206,13 @@ TEST_P(periodic_derivatives, of_all_electrical_elements_are_those_of_whole_shots
         if (named.empty()) break;
     }
     EXPECT_EQ(all, (std::set<std::string>{"cmprtr_1", "cmprtr_2", "dac1", "dac1a", "dac4", "dac8", "ground_dummy_1",
-                                          "sampler2", "spdt1", "switch_d", "thyristor_g", "vsrc_x"}));
+                                          "igbt_switch_d", "mosfet_switch_d", "sampler2", "spdt1", "switch_bi_d",
+                                          "switch_d", "thyristor_g", "thyristor_g_2", "vsrc_x"}));
 }
 
 TEST_P(periodic_derivatives, of_all_blocks_are_those_of_whole_shots) {
     std::set<std::string> seen;
     EXPECT_EQ(left_out(installed_libraries().gels, "gelement", GetParam(), seen),
-              (std::set<std::string>{"average", "cmprtr_2", "cmprtr_hyst_1", "get_rparm", "rms", "sampler1",
-                                     "set_rparm", "xtog"}));
+              (std::set<std::string>{"average", "cmprtr_2", "cmprtr_hyst_1", "get_rparm", "loss_meter", "rms",
+                                     "sampler1", "set_rparm", "xtog"}));
 }

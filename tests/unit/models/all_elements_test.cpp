@@ -5,7 +5,6 @@
 #include <cmath>
 #include <functional>
 #include <random>
-#include <set>
 
 #include "model_unit.h"
 
@@ -26,12 +25,6 @@ void randomise(model_unit& u, std::mt19937& rng) {
 }
 
 using mode = int flags_class::*;
-
-// True if the element stops the run in dc with a text of its own.
-bool refuses_dc(const std::string& name) {
-    static const std::set<std::string> refused = {"thyristor_g"};
-    return refused.count(name) != 0;
-}
 
 class any_element : public ::testing::TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(, any_element, ::testing::ValuesIn(all_names()),

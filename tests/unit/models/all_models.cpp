@@ -63,21 +63,7 @@ using mode = int flags_class::*;
 constexpr mode modes[] = {&flags_class::dc, &flags_class::trns, &flags_class::startup};
 
 // Modes in which an element stops the run with a text of its own.
-bool refused(const std::string& name, mode m) {
-    static const std::set<std::string> in_dc = {"bldc1",
-                                                "dcmc",
-                                                "dcmc_1",
-                                                "indmc",
-                                                "pmsm",
-                                                "syncmc_1",
-                                                "thyristor_g",
-                                                "xfmr_basic_1",
-                                                "xfmr_level1_1ph",
-                                                "xfmr_level1_1ph_1_2",
-                                                "xfmr_level1_1ph_4w",
-                                                "xfmr_level2_1ph"};
-    return m == &flags_class::dc && in_dc.contains(name);
-}
+bool refused(const std::string& name, mode m) { return m == &flags_class::dc && refuses_dc(name); }
 
 // General variables that an element defines.
 int n_defined(const std::string& name) {

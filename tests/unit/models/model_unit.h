@@ -1,6 +1,8 @@
 // model_unit.h -- one unit of an element of this build, with all arrays that its model sees.
 #pragma once
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <stdexcept>
@@ -27,6 +29,26 @@ inline const ebac_class& installed_ebac() {
         return l;
     }();
     return lib;
+}
+
+// True if the element stops the run in dc with a text of its own.
+inline bool refuses_dc(std::string_view name) {
+    static const std::set<std::string_view> names = {"bldc1",
+                                                     "dcmc",
+                                                     "dcmc_1",
+                                                     "indmc",
+                                                     "pmsm",
+                                                     "spdt_boost",
+                                                     "spdt_buck",
+                                                     "syncmc_1",
+                                                     "thyristor_g",
+                                                     "thyristor_g_2",
+                                                     "xfmr_basic_1",
+                                                     "xfmr_level1_1ph",
+                                                     "xfmr_level1_1ph_1_2",
+                                                     "xfmr_level1_1ph_4w",
+                                                     "xfmr_level2_1ph"};
+    return names.contains(name);
 }
 
 template <class T>
