@@ -192,5 +192,7 @@ void set_mat_ac(ac_class& ac, const circuit& c) {
     }
     s.val_m.assign(at(s.m.nnz()), 0.0);
     s.rhs_m.assign(at(n_row), 0.0);
+    s.rest.assign(at(n_row), 0.0);
+    s.step.assign(at(n_row), 0.0);
     write_ac_layout_dumps(ac, c);
 }

@@ -5,14 +5,15 @@
 
 struct ac_system {
     int n_svec = 0;
-    svec_offsets offs;                  // eauxs is not used
-    std::vector<complex_value> svec;    // [n_svec] amplitudes: nodes less the reference, aux; of each family of blocks
-                                        // variables and aux
-    knuth<complex_value> m;             // pattern; the values stand in val_m
-    std::vector<complex_value> val_m;   // [m.nnz()]
-    std::vector<complex_value> rhs_m;   // [n_svec]
-    int nrow_ebce = 0;                  // rows of electrical units; those of general and of explicit blocks follow
-    std::vector<int> ebce_row_of_func;  // [n_ttlf of electrical units] row; -1: of the reference node
+    svec_offsets offs;                 // eauxs is not used
+    std::vector<complex_value> svec;   // [n_svec] amplitudes: nodes less the reference, aux; of each family of blocks
+                                       // variables and aux
+    knuth<complex_value> m;            // pattern; the values stand in val_m
+    std::vector<complex_value> val_m;  // [m.nnz()]
+    std::vector<complex_value> rhs_m;  // [n_svec]
+    std::vector<complex_value> rest, step;  // [n_svec] what rows are off by, and what mends it
+    int nrow_ebce = 0;                      // rows of electrical units; those of general and of explicit blocks follow
+    std::vector<int> ebce_row_of_func;      // [n_ttlf of electrical units] row; -1: of the reference node
     std::vector<int> row_first{0}, slot_of_row, column_of_row;  // the pattern row by row
     slot_table ebe, gbe, xbe;
     elimination<complex_value> e;
