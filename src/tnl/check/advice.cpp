@@ -79,9 +79,14 @@ bool fits(std::string_view text, std::string_view pattern, std::string* value) {
 
 const advice_text* find_advice(std::string_view message) {
     const std::string text = flat(message);
+    const advice_text* aside = nullptr;  // what is no fault says nothing of a stop behind it
     for (const advice_pattern& row : advice_patterns())
-        if (flat_fits(text, row.pattern, nullptr)) return advice_of(row);
-    return nullptr;
+        if (flat_fits(text, row.pattern, nullptr)) {
+            const advice_text* const found = advice_of(row);
+            if (found == nullptr || !found->meaning.ends_with("(not a fault).")) return found;
+            if (aside == nullptr) aside = found;
+        }
+    return aside;
 }
 
 std::vector<const advice_pattern*> similar_patterns(std::string_view text, std::size_t most) {

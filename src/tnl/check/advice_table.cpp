@@ -87,6 +87,13 @@ constexpr advice_text texts[] = {
      "large voltages beside junctions, where the default test accepts too early",
      "method: chk_rhs2=yes norm_2=1e-9 in that block; the residual, in A, beside the currents of the node tells how "
      "wrong the rows are"},
+    {"digits-of-ac",
+     "The equations at that frequency have no solution with enough digits: no amplitude is written for it.",
+     "values that stand far apart at one node, as of 1 uohm beside 1 Gohm; a loop of ideal sources or a node that "
+     "hangs on "
+     "nothing at that frequency",
+     "tnl check DECK; replace extreme values by what the device really has, or move the frequency off a resonance "
+     "without loss"},
     {"bad-number", "A word stands where a number should, or a number has more than one letter of scale.",
      "units behind the number (10V), 'meg' for M, a misspelt name of a constant",
      "numbers are 4700, 4.7k, 1e-3: one letter of G M k m u n p f at most, no unit"},
@@ -142,6 +149,10 @@ constexpr advice_text texts[] = {
     {"value-of-element", "A parameter of an element has a value that its model does not allow.",
      "zero or negative resistances, times that do not fit each other, limits that cross",
      "tnl describe TYPE; look at scale letters: m is 1e-3, M is 1e6"},
+    {"value-missing", "A parameter that has no default is not given.", "the word is missing, or misspelt in the emodel",
+     "give the parameter that the message names, at the element or in its emodel; tnl describe TYPE tells its unit"},
+    {"channel-too-short", "The channel of a MOS transistor has no length left: l less 2 ld.",
+     "l and ld in different units", "l must be above 2 ld; both are metres: 2u is 2 micrometres"},
     {"value-of-block", "A block set_rparm wrote a value into an element that its model does not allow.",
      "a run from nothing begins with x = 0, and so with the value 0; an x that passes 0",
      "begin with a solution: a block of solve_type startup before, and initial_sol previous in this one; or look at "
@@ -345,6 +356,7 @@ constexpr pattern_row rows[] = {
      "get_word: word_given is too large|pick_word_1: index_word is too large|"
      "check_word_1: index_word is too large"},
     {"illegal-statement", "illegal statement in"},
+    {"digits-of-ac", "solve_ac: the solution leaves a residual"},
     {"no-solution", "the solution leaves a residual"},
     {"not-finite", "value = inf|value = -inf|value = nan"},
     {"bad-number",
@@ -386,6 +398,8 @@ constexpr pattern_row rows[] = {
     {"unknown-node", "Check outvars of type|var name is:"},
     {"no-of", "_of_ not found"},
     {"not-in-dc", "DC not allowed|dc not implemented|dc not allowed|cannot be used in DC"},
+    {"value-missing", "mos_level1.ebe: *not given"},
+    {"channel-too-short", "effective channel length"},
     {"value-of-element",
      "too small!|a is too large!|?!|xfmr.ebe:|> t_ramp_2|.ebe: check|.gbe: check|.dbe: check|"
      "x_high must be above|: check active_|: check x|: i_file=|time loop did not end|"
@@ -493,9 +507,7 @@ constexpr pattern_row rows[] = {
     {"statement-too-long", "strcpy_chk"},
     {"memory", "text_file: file*is too large"},
     {"missing-file", "file*is a device or a pipe|line_stream: file*cannot be read"},
-    {"value-of-element",
-     "v_on < 0|mos_level1.ebe: *not given|effective channel length|mos_bsim1: leff1|mos_bsim1: weff1|mos_bsim1.ebe: "
-     "xpart|jfet_spice_1.ebe: level"},
+    {"value-of-element", "v_on < 0|mos_bsim1: leff1|mos_bsim1: weff1|mos_bsim1.ebe: xpart|jfet_spice_1.ebe: level"},
     {"value-of-element", "clock_pwl20.ebe: |edges must follow each other"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"
