@@ -19,15 +19,8 @@
 namespace fs = std::filesystem;
 
 namespace {
-// The circuit of an example, with a longer transient and few rows.
-std::string example(const std::string& name, const std::string& method, const std::string& t_end,
-                    const std::string& variable) {
-    const std::string deck = read_file(fs::path(TARNEL_EXAMPLES) / name / "deck.in");
-    return deck.substr(0, deck.find("begin_solve\n")) + transient(method, t_end, variable);
-}
-
 std::string buck(const std::string& t_end) {
-    return example("buck_open", "back_euler=yes delt_const=0.1u", t_end, "vout");
+    return example_transient("buck_open", "back_euler=yes delt_const=0.1u", t_end, "vout");
 }
 
 // Resistors in a row, and something from each node behind one to the reference.
@@ -130,9 +123,9 @@ struct time_case {
 const std::vector<time_case> cases = {
     {"buck", "buck, switch_g1 and diode_r", 0, [] { return buck("40m"); }},
     {"rectifier", "three-phase rectifier", 0,
-     [] { return example("rectifier_3ph", "back_euler=yes delt_const=10u", "2", "vdc"); }},
+     [] { return example_transient("rectifier_3ph", "back_euler=yes delt_const=10u", "2", "vdc"); }},
     {"inverter", "inverter, sine-triangle", 0,
-     [] { return example("inverter_spwm", "back_euler=yes delt_const=2u", "0.2", "vout"); }},
+     [] { return example_transient("inverter_spwm", "back_euler=yes delt_const=2u", "0.2", "vout"); }},
     {"rc10", "RC ladder, back_euler", 10, [] { return rc_ladder(10, "back_euler"); }},
     {"rc100", "RC ladder, back_euler", 100, [] { return rc_ladder(100, "back_euler"); }},
     {"rc1000", "RC ladder, back_euler", 1000, [] { return rc_ladder(1000, "back_euler"); }},

@@ -2,7 +2,10 @@
 
 #include <sys/resource.h>
 
+#include <filesystem>
+
 #include "analyses/run_state.h"
+#include "process_run.h"
 #include "run/driver.h"
 
 std::string transient(const std::string& method, const std::string& t_end, const std::string& variable) {
@@ -10,6 +13,12 @@ std::string transient(const std::string& method, const std::string& t_end, const
            "\nend_output\nend_solve\nbegin_solve\nsolve_type trns\ninitial_sol previous\nmethod: " + method +
            " itmax_trns=1000000000 t_end=" + t_end + "\nbegin_output\nfilename out.dat\nvariables: " + variable +
            "\ncontrol: fixed_interval=" + t_end + "\nend_output\nend_solve\nend_cf\n";
+}
+
+std::string example_transient(const std::string& name, const std::string& method, const std::string& t_end,
+                              const std::string& variable) {
+    const std::string deck = read_file(std::filesystem::path(TARNEL_EXAMPLES) / name / "deck.in");
+    return deck.substr(0, deck.find("begin_solve\n")) + transient(method, t_end, variable);
 }
 
 namespace {

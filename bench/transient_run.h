@@ -7,6 +7,10 @@
 // Solve blocks behind a circuit: start-up, then a transient with these method words and one row of the variable.
 std::string transient(const std::string& method, const std::string& t_end, const std::string& variable);
 
+// The circuit of an example with such a transient.
+std::string example_transient(const std::string& name, const std::string& method, const std::string& t_end,
+                              const std::string& variable);
+
 struct measured {
     double us = 0;  // user time of the transient
     int n_step = 0, n_iteration = 0, n_unknown = 0;
