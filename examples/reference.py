@@ -638,4 +638,5 @@ def main():
         print("".join(f"{x:13.6e} " for x in (t, *value(t))))
 
 
-main()
+if __name__ == "__main__":
+    main()
