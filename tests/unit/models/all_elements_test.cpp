@@ -21,7 +21,7 @@ void randomise(model_unit& u, std::mt19937& rng) {
     for (std::vector<double>* a : {&u.x.v, &u.x.vind, &u.x.curind, &u.x.aux, &u.x.vr, &u.x.xvr, &u.x.auxs, &u.x.locv})
         for (double& x : *a) x = number(rng);
     for (int& x : u.x.dvar) x = static_cast<int>(rng() % 3);
-    u.flags.time_given = number(rng);
+    u.flags.time_given = std::abs(number(rng));
 }
 
 using mode = int flags_class::*;
@@ -83,7 +83,8 @@ TEST_P(any_element, answers_the_same_whatever_it_was_asked_before) {
 }
 
 TEST_P(any_element, has_in_dc_what_a_transient_at_rest_has) {
-    if (refuses_dc(GetParam())) return;
+    // The state of charge of a battery, which dc holds, runs over hours in a transient.
+    if (refuses_dc(GetParam()) || GetParam() == "battery_c") return;
     std::mt19937 rng(13);
     for (int trial = 0; trial < 50; ++trial) {
         model_unit u(GetParam());

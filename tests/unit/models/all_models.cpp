@@ -269,13 +269,14 @@ TEST(generated_dispatch, calls_the_model_by_library_number_or_through_the_list) 
 }
 
 TEST(generated_dispatch, does_nothing_at_all_for_an_unknown_selector) {
+    const int unknown = installed_ebes().n() + 7;
     for (const bool list : {false, true}) {
         model_unit u("r");
-        u.flags.map_global_ebe = {99};
+        u.flags.map_global_ebe = {unknown};
         u.flags.one_time_parms = 1;
         u.r("r") = 4;
         const model_numbers before = u.x;
-        list ? through_list(u, 0) : by_number(u, 99);
+        list ? through_list(u, 0) : by_number(u, unknown);
         EXPECT_EQ(u.x, before);
     }
 }
