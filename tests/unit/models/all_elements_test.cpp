@@ -98,6 +98,27 @@ TEST_P(any_element, has_in_dc_what_a_transient_at_rest_has) {
     }
 }
 
+// One local variable for each terminal that carries charge: together they hold none.
+TEST_P(any_element, has_charges_that_sum_to_zero) {
+    std::mt19937 rng(14);
+    for (int trial = 0; trial < 50; ++trial) {
+        model_unit u(GetParam());
+        if (u.lib.list.locv.count(u.e) == 0) return;
+        u.prepare();
+        u.call(&flags_class::init_guess);
+        randomise(u, rng);
+        u.call(&flags_class::trns, &flags_class::function);
+        const int first = u.lib.func.first_f[static_cast<std::size_t>(u.e)];
+        double sum = 0, size = 0;
+        for (int j = 0; j < u.jac.n_f; ++j)
+            if (u.lib.func.flag_locvar[static_cast<std::size_t>(first + j)]) {
+                sum += u.x.f[static_cast<std::size_t>(j)];
+                size += std::abs(u.x.f[static_cast<std::size_t>(j)]);
+            }
+        EXPECT_LE(std::abs(sum), 1e-12 * size);
+    }
+}
+
 // Energy taken up over a closed cycle of the voltage across the first terminal, J: the static current and the change of
 // the charge there, by the midpoints of many small steps.
 double energy_of_a_cycle(const std::string& name, const std::function<double(double)>& voltage) {
