@@ -17,7 +17,7 @@ struct drive {
 };
 constexpr drive drives[] = {
     {"pmsm_vector", "vector control of a permanent-magnet machine", "trapezoidal=yes delt_const=10u", "0.2", "w"},
-    {"induction_start", "induction machine on the mains", "trapezoidal=yes delt_const=20u", "1", "w"},
+    {"induction_start", "induction machine on the mains", "trapezoidal=yes delt_const=20u", "1", "rpm"},
     {"induction_inverter", "induction machine on an inverter, 2.5 kHz", "trapezoidal=yes delt_const=4u", "0.2", "w"},
     {"brushless_six_step", "brushless machine in six steps", "trapezoidal=yes delt_const=5u", "0.1", "w"},
     {"active_front_end", "active rectifier with control, 10 kHz", "trapezoidal=yes delt_const=1u", "0.05", "vd"},
