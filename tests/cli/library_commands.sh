@@ -45,6 +45,10 @@ expect 'alone' 'g:clock' "$(head -n 1 out.txt | cut -d ' ' -f 1)"
 expect 'an unknown element is nothing found, as in a list' 1 "$(status_of "$tnl" describe vsrdc)"
 expect 'near names are told' yes "$(has 'vsrdc.*near names: vsrcdc' err.txt)"
 expect 'nothing on standard output' '' "$(cat out.txt)"
+expect 'the deck of a response' 0 "$(status_of "$tnl" describe lag_1 --response)"
+cp out.txt response.in
+expect 'runs' 0 "$(status_of "$tnl" run response.in)"
+expect 'an element without a response' 1 "$(status_of "$tnl" describe pp_in_1 --response)"
 expect 'describe needs an element' 2 "$(status_of "$tnl" describe)"
 if [ -c /dev/full ]; then
     "$tnl" list >/dev/full 2>err.txt

@@ -2,9 +2,12 @@
 #include <memory>
 
 #include "tnl/cli/commands.h"
+#include "tnl/cli/response_pictures.h"
 #include "tnl/common/output_file.h"
+#include "tnl/common/text.h"
 #include "tnl/elements/element_pages.h"
 #include "tnl/elements/method_pages.h"
+#include "tnl/elements/response_deck.h"
 #include "tnl/run/run_deck.h"
 
 namespace cli {
@@ -13,7 +16,7 @@ namespace {
 
 struct describe_options {
     std::string element, output, deck;
-    bool md = false, json = false, all = false, methods = false;
+    bool md = false, json = false, all = false, methods = false, response = false;
 };
 
 [[noreturn]] void unknown_element(const std::string& name, const installed_libraries& libraries) {
@@ -30,13 +33,16 @@ struct describe_options {
                                            (near.empty() ? "" : "; near names:" + near) + " (tnl list shows all)");
 }
 
-// A page for each element and the index; pages of elements that are gone are not touched.
+// A page for each element, pictures of responses, and the index; pages of elements that are gone are not touched.
 void write_pages(const std::vector<element_sheet>& sheets, const std::filesystem::path& folder) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) throw file_error("cannot make folder " + folder.string() + ": " + error.message());
     write_output(folder / "README.md", index_markdown(sheets));
-    for (const element_sheet& s : sheets) write_output(folder / page_name(s), sheet_markdown(s));
+    for (const element_sheet& s : sheets) {
+        write_output(folder / page_name(s), sheet_markdown(s));
+        if (!s.response.empty()) write_output(folder / picture_name(s), response_picture(s, own_installation()));
+    }
 }
 
 int describe_methods(const describe_options& options, const method_word* one) {
@@ -52,6 +58,18 @@ int describe_methods(const describe_options& options, const method_word* one) {
         for (const method_word* m : words) text += (text.empty() ? "" : "\n") + method_text(*m);
     write_output(options.output.empty() ? "-" : options.output, text);
     return good;
+}
+
+// The deck of the first that has one.
+std::string response_text(const std::vector<const element_sheet*>& chosen, const std::string& name) {
+    for (const element_sheet* s : chosen)
+        if (const response_deck deck = response_of(*s); !deck.text.empty()) {
+            std::string text;
+            for (const response_deck::data_file& f : deck.files)
+                text += "# the file " + f.name + ":\n# " + replaced(std::string(trimmed(f.text)), "\n", "\n# ") + "\n";
+            return text + deck.text;
+        }
+    throw command_error(nothing_found, "there is no response of " + name);
 }
 
 int describe_command(const describe_options& options) {
@@ -88,7 +106,9 @@ int describe_command(const describe_options& options) {
         if (chosen.empty()) unknown_element(options.element, libraries);
     }
     std::string text;
-    if (options.json)
+    if (options.response)
+        text = response_text(chosen, options.element);
+    else if (options.json)
         text = sheet_json(chosen);
     else
         for (const element_sheet* s : chosen)
@@ -107,6 +127,7 @@ void add_describe(CLI::App& app, command_list& commands) {
                          "Its name; g:clock is the clock of the family g, method:WORD a word of method:");
     auto* md = describe->add_flag("--md", options->md, "As Markdown");
     describe->add_flag("--json", options->json, "As JSON")->excludes(md);
+    describe->add_flag("--response", options->response, "Of a block: a deck that shows how it answers")->excludes(md);
     describe->add_flag("--all", options->all, "Every element");
     describe->add_flag("--methods", options->methods, "Every word of method:");
     describe->add_option("-o,--output", options->output,

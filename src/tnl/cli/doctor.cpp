@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "tnl/common/scratch_folder.h"
 #include "tnl/common/text.h"
 #include "tnl/elements/element_sheet.h"
 #include "tnl/run/run_folder.h"
@@ -41,28 +42,6 @@ end_cf
 )";
 
 constexpr double small_disk = 100e6;  // bytes; less is worth a remark
-
-// A folder of its own under the one for temporary files, which goes with it.
-struct scratch_folder {
-    fs::path path;
-    std::string fault;
-    scratch_folder() {
-        std::error_code error;
-        fs::path base = fs::temp_directory_path(error);
-        if (error) base = "/tmp";
-        std::string name = (base / "tnl-doctor-XXXXXX").string();
-        if (mkdtemp(name.data()))
-            path = name;
-        else
-            fault = base.string() + ": " + std::strerror(errno);
-    }
-    ~scratch_folder() {
-        std::error_code error;
-        if (!path.empty()) fs::remove_all(path, error);
-    }
-    scratch_folder(const scratch_folder&) = delete;
-    scratch_folder& operator=(const scratch_folder&) = delete;
-};
 
 std::string last_line(std::string text) {
     while (!text.empty() && text.back() == '\n') text.pop_back();

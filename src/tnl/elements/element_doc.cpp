@@ -28,6 +28,8 @@ element_doc doc_of(const library_entry& entry) {
             doc.description.emplace_back(trimmed(line.substr(2)));
         } else if (line.starts_with("#>")) {
             doc.examples.emplace_back(trimmed(line.substr(2)));
+        } else if (line.starts_with("#~")) {
+            doc.response.emplace_back(trimmed(line.substr(2)));
         } else if (line.starts_with("#@")) {
             doc.group = trimmed(line.substr(2));
         } else if (line.starts_with("#.")) {

@@ -213,6 +213,7 @@ std::string sheet_json(const std::vector<const element_sheet*>& sheets) {
 }
 
 std::string page_name(const element_sheet& s) { return s.family + "_" + s.name + ".md"; }
+std::string picture_name(const element_sheet& s) { return s.family + "_" + s.name + ".svg"; }
 
 std::string sheet_markdown(const element_sheet& s) {
     std::string text = "# `" + s.name + "`\n\n" + markdown_escaped(s.summary()) + "\n\n";
@@ -249,6 +250,9 @@ std::string sheet_markdown(const element_sheet& s) {
     for (const std::string& line : rules) text += "- " + line + "\n";
     if (!s.examples.empty()) text += "\n## Example\n\n";
     for (const std::string& line : s.examples) text += "    " + line + "\n";
+    if (!s.response.empty())
+        text += "\n## Response\n\n![" + s.name + "](" + picture_name(s) + ")\n\nIts deck: `tnl describe " + s.family +
+                ":" + s.name + " --response`.\n";
     return text;
 }
 

@@ -17,7 +17,8 @@ std::string sheet_json(const std::vector<const element_sheet*>& sheets);  // an 
 // One page each, and the index that links them; what docs/elements holds. The same libraries give the same bytes.
 std::string sheet_markdown(const element_sheet& sheet);
 std::string index_markdown(const std::vector<element_sheet>& sheets);
-std::string page_name(const element_sheet& sheet);    // "e_r.md"
-std::string markdown_escaped(std::string_view text);  // as it stands in a cell of a table
+std::string page_name(const element_sheet& sheet);     // "e_r.md"
+std::string picture_name(const element_sheet& sheet);  // of its response: "g_lag_1.svg"
+std::string markdown_escaped(std::string_view text);   // as it stands in a cell of a table
 
 }  // namespace cli

@@ -152,6 +152,7 @@ element_sheet sheet_of(const library_entry& entry, int library, const installed_
     sheet.name = entry.name;
     sheet.description = doc.description;
     sheet.examples = doc.examples;
+    sheet.response = doc.response;
     if (!lines.empty())
         for (int i = 1; i + 1 < lines[0].size(); ++i)
             if (lines[0][i] == "allow_ac" && lines[0][i + 1] == "yes") sheet.small_signal = true;

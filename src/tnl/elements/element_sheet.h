@@ -21,7 +21,7 @@ struct element_sheet {
     std::string family;     // "e", "g", ...
     std::string statement;  // word of the deck that places it: "eelement"
     std::string group, name;
-    std::vector<std::string> description, examples;  // as in element_doc
+    std::vector<std::string> description, examples, response;  // as in element_doc
     std::vector<sheet_word> terminals, parameters, start_values, first_guesses, outputs, outputs_ac;
     bool small_signal = false;  // has a small-signal form
     model_rules rules;  // of its basic elements; of limits and branches only where it stands for one of its name
