@@ -6,6 +6,7 @@ arguments='generate front_end unit_tests work source compiler'
 . "$(dirname -- "$0")/expect.sh"
 mkdir -p bin models/e/mine
 cp "$front_end" bin/tnl
+cp "$(dirname -- "$front_end")/tarnel" bin/tarnel  # draws responses
 has() { grep -q -F -e "$2" "$1" && echo yes || echo no; }
 
 sed -e 's/^ebe name=vsrcdc .*/ebe name=mine startup_sprt=yes pure=yes/' -e '/^#=/d' "$source/models/e/sources/vsrcdc.ebe" |
@@ -21,7 +22,7 @@ expect 'is registered by its name' yes "$(has generated/.tnlaux/regebe.cpp '{"mi
 # Composites with functions of their own, one of blocks beside it.
 sed -e 's/^ece name=l_gap /ece name=my_l /' -e 's/type=l_gap /type=my_l /' -e 's/^#: Inductor.*/#: A gapped inductor/' \
     "$source/models/e/magnetics/l_gap.ece" >models/e/mine/my_l.ece
-sed -e 's/^gce name=const /gce name=my_k compute_rparms=yes /' -e '/^#>/s/type=const /type=my_k /' -e 's/^#: .*/#: A constant that is 7/' \
+sed -e '/^#~/d' -e 's/^gce name=const /gce name=my_k compute_rparms=yes /' -e '/^#>/s/type=const /type=my_k /' -e 's/^#: .*/#: A constant that is 7/' \
     -e 's/^C:.*/C:\nvariables:\nsource:\n   if (flags->rparms) rparm[nr_k] = 7.0;/' \
     "$source/models/g/sources/const.gce" >models/e/mine/my_k.gce
 
