@@ -255,11 +255,11 @@ private:
                                                         edit_distance(o.name, n.name) == 1 &&
                                                         std::max(o.name.size(), n.name.size()) > 2)
                     others.push_back(o.name);
-            d_.report.warning("one-terminal", n.first,
-                              "node " + n.name + " has this one connection only" +
-                                  near_text(others.empty() ? near_case(n.name) : others, n.name),
-                              others.empty() ? "no current flows there: is an element missing?"
-                                             : "is it a misspelt name?");
+            d_.report.warning(
+                "one-terminal", n.first,
+                "node " + n.name + " has this one connection only" +
+                    near_text(others.empty() ? near_case(n.name) : others, n.name),
+                others.empty() ? "no current flows there: is an element missing?" : "is it a misspelt name?");
         }
         for (int i = 0; i < g_.n(); ++i) {
             const graph_node& n = g_.node(i);

@@ -26,6 +26,32 @@ const part parts[] = {
     {"outputs_small_signal", "Output variables in small signals", &element_sheet::outputs_ac, false, false},
 };
 
+// What somebody looks for who opens a group of the index, where its name alone does not say it.
+struct group_row {
+    std::string_view group, text;
+};
+const group_row groups[] = {
+    {"algebra", "Sums, products, functions of one variable, limits."},
+    {"clocks",
+     "Waves and pulses over time or over an angle: carriers of modulators, gate pulses, references, firing pulses."},
+    {"compare", "Comparators, with and without hysteresis: one input against another or against a threshold."},
+    {"control", "Controllers and modulators that stand ready: PI, PID, current control, phase-locked loops, droop."},
+    {"delays", "Dead time."},
+    {"dynamics", "Integrators, filters, samples, delays, means."},
+    {"filters",
+     "Transfer functions in s and in z: lags, leads, low pass, band pass, notch; discrete filters at their samples."},
+    {"heat", "Losses of switches, and the temperature that follows from them."},
+    {"integrate", "Integrators, with limits and resets; means, effective values and peaks over a period."},
+    {"logic", "Gates on levels."},
+    {"machine_control", "Estimates and tables of machine control, exciters, turbines."},
+    {"postproc", "Means, effective values, distortion and power factor of a finished run."},
+    {"sample", "Samplers and pulses of a given length."},
+    {"support", "Sums, differences, gains, the larger and the smaller of two; links to parameters."},
+    {"tables", "Data files as functions of one to four variables."},
+    {"transforms", "Three phases to a rotating or a fixed frame and back; phase-locked loop."},
+    {"user", "Formulas that are compiled in, chosen by a number."},
+};
+
 bool is_output(const part& p) { return p.member == &element_sheet::outputs || p.member == &element_sheet::outputs_ac; }
 
 // Real parameters can be asked for like output variables.
@@ -268,7 +294,12 @@ std::string index_markdown(const std::vector<element_sheet>& sheets) {
             title[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(title[0])));
             text += "\n## " + title + " (`" + s.statement + "`)\n";
         },
-        [&](const element_sheet& s) { text += "\n### " + s.group + "\n\n| Name | |\n|---|---|\n"; },
+        [&](const element_sheet& s) {
+            text += "\n### " + s.group + "\n\n";
+            for (const group_row& g : groups)
+                if (g.group == s.group) text += std::string(g.text) + "\n\n";
+            text += "| Name | |\n|---|---|\n";
+        },
         [&](const element_sheet& s) {
             text += "| [`" + s.name + "`](" + page_name(s) + ") | " + markdown_escaped(s.summary()) + " |\n";
         });
