@@ -34,6 +34,11 @@ inline frame frame_at(double th) {
             std::sin(th), std::sin(th - third), std::sin(th + third)};
 }
 
+// Of a frame that turns by itself, rad: at the frequency f_hz, and phi degrees at the time t0.
+inline double turning_angle(double f_hz, double t0, double phi, double time) {
+    return 6.283185307179586 * f_hz * (time - t0) + phi * 0.017453292519943295;
+}
+
 // What a phase has of d and q, from the cosine and sine of its angle to the axis.
 inline double phase_value(double d, double q, double cos_x, double sin_x) { return d * cos_x - q * sin_x; }
 
@@ -53,6 +58,19 @@ struct turning {
 };
 inline turning turned(const stationary& x, double cos_th, double sin_th) {
     return {x.alpha * cos_th + x.beta * sin_th, x.beta * cos_th - x.alpha * sin_th};
+}
+// d and q of three phases from the cosine and the sine of the angle, with their slopes by a, b, c, cosine and sine.
+struct dq_of_phases {
+    double d, q, by_d[5], by_q[5];
+};
+inline dq_of_phases seen_with(const phases& x, double co, double si) {
+    const stationary s = to_stationary(x);
+    const turning t = turned(s, co, si);
+    const double co_3 = co / 3.0, si_3 = si / 3.0, co_r = co * one_by_root_3, si_r = si * one_by_root_3;
+    return {t.d,
+            t.q,
+            {2.0 * co_3, si_r - co_3, -si_r - co_3, s.alpha, s.beta},
+            {-2.0 * si_3, co_r + si_3, si_3 - co_r, s.beta, -s.alpha}};
 }
 inline stationary turned_back(const turning& x, double cos_th, double sin_th) {
     return {x.d * cos_th - x.q * sin_th, x.d * sin_th + x.q * cos_th};

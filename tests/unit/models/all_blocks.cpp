@@ -37,6 +37,8 @@ void randomise(block_unit& u, std::mt19937& rng) {
     for (std::vector<double>* a :
          {&u.x.vr, &u.x.xvr, &u.x.aux, &u.x.vr_new, &u.x.aux_new, &u.x.f, &u.x.stparm, &u.x.igparm})
         for (double& x : *a) x = number(rng);
+    // A divisor that is not held, away from the multiples at which the rest jumps.
+    if (u.name == "fmod") u.vr("x2") = 1 + std::abs(u.vr("x2"));
     u.flags.time_given = number(rng);
 }
 

@@ -319,6 +319,8 @@ void bring_to_bias(U& u, const one_composite& o, std::mt19937& rng) {
     for (int i = 0; i < 2; ++i) {
         for (const moving<double>& m : moving_of(u, o))
             for (double& x : *m.x) x = anywhere(rng);
+        if constexpr (std::is_same_v<U, block_unit>)
+            if (o.name() == "fmod") u.vr("x2") = 1 + std::abs(u.vr("x2"));  // below 0 it is held
         if constexpr (std::is_same_v<U, model_unit>)
             for (int& x : u.x.dvar) x = static_cast<int>(rng() % 3);
         u.flags.time_given = 1e-3 * i;
