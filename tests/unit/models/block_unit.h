@@ -75,6 +75,8 @@ struct block_unit {
         jac.initialise(lib, e);
         dp.gbe.table = {table_for(type)};
         dp.gbe.of_unit = {0};
+        dp.clock_delay_2.of_unit = {0};
+        dp.clock_delay_2.slots.resize(50);
     }
 
     void call() {
