@@ -79,9 +79,59 @@ struct filter_form {
     double* c;        // filled by filter_constants: [n], and from second order on T, s, behind them
 };
 void filter_constants(const filter_form& w);
+// The time T of the coefficients b [n + 1], b[n] not 0, s.
+double time_of(int n, const double* b);
 // Rows 0 (y) and 1 .. n (states) of a block with the variables x, y and the unknowns z; z0 [n] are held in start-up.
 void filter_rows(const filter_form& w, const double* vr, const double* z, const double* z0, double* f, gbes1_class* jac,
                  const flags_class* flags);
+
+// The filters of second order about w0, rad/s: k (low + band p/q + high p^2)/(1 + p/q + p^2) with p = s/w0.
+struct second_order {
+    double a[3], b[3];
+};
+second_order second_order_filter(double k, double w0, double q, double low, double band, double high);
+
+// a[0] + a[1] s + ... + a[n] s^n, n 1 or 2, a[n] not 0: rows 0 .. n of a block with the variables x and y and the
+// unknowns z, of which z[0] is x itself and z[i]' = z[i + 1]/scale, scale in s. In start-up x is at rest.
+void derivative_rows(int n, const double* a, double scale, const double* vr, const double* z, double* f,
+                     gbes1_class* jac, const flags_class* flags);
+
+// Rows 0 (y) and 1 (state z) of a first-order filter with the variables x and y, whose output is held within limits:
+// dz/dt = (by_x x + by_y z)/by, and y = z from low to high. z0 is held in start-up.
+void held_filter_rows(const first_order& w, double low, double high, const double* vr, const double* z, double z0,
+                      double* f, gbes1_class* jac, const flags_class* flags);
+
+// ---- samples and the past ----
+
+struct sampled_filter;
+// What a discrete filter does as a block with the variables x and y, in all modes but one_time_parms. In DC x has
+// stood for long.
+void run_sampled_filter(const sampled_filter& w, const double* vr, double* f, gbes1_class* jac, flags_class* flags);
+
+// When a run began: at t_start, or where it is not in a transient yet, now. s
+double begin_of_run(const flags_class* flags);
+
+// A value from one accepted point to the next, as it stands in a unit's parameters: the newest, its time, and the one
+// before. Points come from steps that may be rejected, and those do not count.
+struct kept_value {
+    double* s;  // [3]
+    void clear(double x, double time) const;
+    // What was kept at the last point that was accepted.
+    double accepted(const flags_class* flags) const;
+    void take(double x, const flags_class* flags) const;
+
+private:
+    bool is_accepted(const flags_class* flags) const;
+};
+
+// The largest value since the period began, as it stands in a unit's parameters: the value, and the period's number.
+struct running_peak {
+    double* s;          // [2]
+    double per, begin;  // s; the first period begins there; per 0: it never ends
+    void clear() const;
+    void take(double x, double time) const;
+    double with(double x, double time) const;
+};
 
 // ---- formulas of user blocks ----
 

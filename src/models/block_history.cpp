@@ -4,6 +4,7 @@
 
 #include "base/flags_class.h"
 #include "models/block_functions.h"
+#include "models/sampling.h"
 
 void get_t_next(double t1, double t0, double y1, double y0, double t_now, double dt_guard, double dt_default,
                 double& t_next) {
@@ -57,4 +58,33 @@ void running_mean::mean(double q, double time, double& y, double& dy) const {
     const double since = std::max(time - s[1], 0.0), covered = std::max(s[2] + since, t_min);
     y = (q * since + s[0]) / covered;
     dy = since / covered;
+}
+
+double begin_of_run(const flags_class* flags) { return flags->iter_trns_1 >= 0 ? flags->t_start : flags->time_given; }
+
+void kept_value::clear(double x, double time) const {
+    s[0] = s[2] = x;
+    s[1] = time;
+}
+bool kept_value::is_accepted(const flags_class* flags) const {
+    return s[1] <= flags->time_present + flags->time_epsilon;
+}
+double kept_value::accepted(const flags_class* flags) const { return is_accepted(flags) ? s[0] : s[2]; }
+void kept_value::take(double x, const flags_class* flags) const {
+    s[2] = accepted(flags);
+    s[0] = x;
+    s[1] = flags->time_given;
+}
+
+void running_peak::clear() const {
+    s[0] = -HUGE_VAL;
+    s[1] = 0.0;
+}
+double running_peak::with(double x, double time) const {
+    const bool goes_on = !(per > 0.0) || sample_times{begin, per}.number(time) == s[1];
+    return goes_on ? std::max(s[0], x) : x;
+}
+void running_peak::take(double x, double time) const {
+    s[0] = with(x, time);
+    if (per > 0.0) s[1] = sample_times{begin, per}.number(time);
 }

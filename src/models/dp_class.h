@@ -37,8 +37,8 @@
 struct dp_class {
     data_tables gbe, xbe;
     delay_angles clock_delay_2;
-    mean_slots average_mv_x, rms_mv_x;
-    delay_lines delay_2_x;
+    mean_slots average_mv_g, rms_mv_g, average_mv_x, rms_mv_x;
+    delay_lines delay_2_g, delay_2_x;
 
     const data_table& of_gbe(int i_gbeu) const { return gbe.of(i_gbeu); }
     const data_table& of_xbe(int i_xbeu) const { return xbe.of(i_xbeu); }

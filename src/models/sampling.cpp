@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "base/halt.h"
 #include "base/memory.h"
@@ -20,6 +21,15 @@ double sample_times::next(double t) const {
     const double t_next = t0 + (number(t) + 1.0) * period;
     return t_next > t ? t_next : std::nextafter(t, HUGE_VAL);
 }
+
+bool sample_times::due(double t, double n_last, double begin) const {
+    const double n = number(t);
+    if (n_last == none_yet) return t0 + n * period >= begin - 1e-6 * period;
+    return n > n_last || n < n_last - 1.0;  // far before it: time has begun anew
+}
+
+double discrete_filter::sum_a() const { return std::accumulate(a, a + n_a + 1, 0.0); }
+double discrete_filter::sum_b() const { return b ? std::accumulate(b, b + n_b + 1, 0.0) : 1.0; }
 
 void discrete_filter::clear() const {
     std::fill(x_old, x_old + n_a, 0.0);
@@ -41,6 +51,36 @@ void discrete_filter::take(double x) const {
     y_old[0] = y;
 }
 
+void sampled_filter::clear() const { settle(0.0, 0.0); }
+
+void sampled_filter::settle(double x, double y) const {
+    if (form.n_a > 0) std::fill(form.x_old, form.x_old + form.n_a + 1, x);
+    std::fill(form.y_old, form.y_old + n_y() + 1, y);
+    *n_last = sample_times::none_yet;
+}
+
+double sampled_filter::value(double x, double t, double begin, double& slope) const {
+    const bool sampling = times.due(t, *n_last, begin);
+    slope = sampling ? form.slope() : 0.0;
+    return sampling ? form.value(x) : form.y_old[in_vain(t) ? 1 : 0];
+}
+
+bool sampled_filter::take(double x, double t, double begin) const {
+    if (in_vain(t)) {
+        if (form.n_a > 0) std::copy(form.x_old + 1, form.x_old + form.n_a + 1, form.x_old);
+        std::copy(form.y_old + 1, form.y_old + n_y() + 1, form.y_old);
+        *n_last -= 1.0;
+        return false;
+    }
+    if (!times.due(t, *n_last, begin)) return false;
+    const double before = form.y_old[0];
+    if (form.n_a > 0) form.x_old[form.n_a] = form.x_old[form.n_a - 1];
+    form.y_old[n_y()] = form.y_old[n_y() - 1];
+    form.take(x);
+    *n_last = times.number(t);
+    return form.y_old[0] != before;
+}
+
 void sliding_mean::resize(int n) {
     if (q_.size() == static_cast<std::size_t>(n)) return;
     needs_room("sliding_mean", n, sizeof(double));
@@ -51,7 +91,34 @@ void sliding_mean::resize(int n) {
 void sliding_mean::clear() {
     filled_ = oldest_ = 0;
     mean_ = 0.0;
-    n_last = -1e300;
+    n_last = sample_times::none_yet;
+}
+
+void sliding_mean::take_back() {
+    if (filled_ > before_.filled)
+        --filled_;
+    else
+        q_[before_.oldest] = before_.q;
+    oldest_ = before_.oldest;
+    mean_ = before_.mean;
+    n_last = before_.n_last;
+}
+
+bool sliding_mean::empty_at(double t, const sample_times& times) const {
+    return empty() || (in_vain(t, times) && before_.filled == 0);
+}
+
+double sliding_mean::mean_at(double t, const sample_times& times) const {
+    return in_vain(t, times) ? before_.mean : mean_;
+}
+
+bool sliding_mean::take_at(double t, double q, const sample_times& times, double begin) {
+    if (in_vain(t, times)) take_back();
+    if (!times.due(t, n_last, begin)) return false;
+    before_ = {q_[oldest_], mean_, n_last, filled_, oldest_};
+    take(q);
+    n_last = times.number(t);
+    return before_.filled == 0 || mean_ != before_.mean;
 }
 
 void sliding_mean::take(double q) {
@@ -110,4 +177,16 @@ double delay_line::at(double t) const {
     if (i == n_) return x_[place(n_ - 1)];
     const std::size_t p = place(i - 1), q = place(i);
     return x_[p] + (x_[q] - x_[p]) * ((t - t_[p]) / (t_[q] - t_[p]));
+}
+
+double delay_line::at_step(double t, double td, double x, double& slope) const {
+    const double then = t - td;
+    slope = 0.0;
+    std::size_t last = n_;  // behind the points before t: a point there is this one, or was tried in vain
+    while (last > 0 && t_[place(last - 1)] >= t) --last;
+    if (last == 0) return at(then);
+    const double t_last = t_[place(last - 1)];
+    if (then <= t_last) return at(then);
+    slope = (then - t_last) / (t - t_last);
+    return x_[place(last - 1)] + (x - x_[place(last - 1)]) * slope;
 }

@@ -117,6 +117,8 @@ void prepare_circuit(run_state& r) {
     elaborate(c);
     read_gbe_data_files(c.lib.gbes, c.gbeu.unit.i_lib, c.gbeu.unit.sprm, r.dp);
     read_xbe_data_files(c.lib.xbes, c.xbeu.unit.i_lib, c.xbeu.unit.sprm, r.dp);
+    r.dp.average_mv_g.limit = c.tmpdim.m_average_mv_gbe;
+    r.dp.rms_mv_g.limit = c.tmpdim.m_rms_mv_gbe;
     r.dp.average_mv_x.limit = c.tmpdim.m_average_mv_xbe;
     r.dp.rms_mv_x.limit = c.tmpdim.m_rms_mv_xbe;
     xce_filter_1(c);

@@ -33,7 +33,7 @@ TEST(installed_blocks, have_first_guesses_only_where_they_are_planned) {
     std::set<std::string> with;
     for (int e = 0; e < installed_gbes().n(); ++e)
         if (installed_gbes().list.ig.count(e) > 0) with.insert(installed_gbes().list.entry.str(e));
-    EXPECT_EQ(with, (std::set<std::string>{"intgrtr", "lag_1", "pll_1a"}));
+    EXPECT_EQ(with, (std::set<std::string>{"intgrtr", "intgrtr2", "intgrtr_reset_1", "lag_1", "pll_1a"}));
 }
 
 gels_class installed_gels() {
