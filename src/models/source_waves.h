@@ -24,11 +24,17 @@ inline double shaft_torque(double power, double f_hz, double poles) {
 inline double base_value(int n_base, double power, double v_rated, double f_hz, double poles) {
     const double v = v_rated * std::sqrt(2.0 / 3.0), i = 2.0 / 3.0 * power / v, w = 6.283185307179586 * f_hz;
     switch (n_base) {
-        case 1: return v;
-        case 2: return i;
-        case 3: return v / i;
-        case 4: return v / w;
-        case 5: return shaft_torque(power, f_hz, poles);
-        default: return v / i / w;
+        case 1:
+            return v;
+        case 2:
+            return i;
+        case 3:
+            return v / i;
+        case 4:
+            return v / w;
+        case 5:
+            return shaft_torque(power, f_hz, poles);
+        default:
+            return v / i / w;
     }
 }
