@@ -570,6 +570,30 @@ def transformer_impedance(s, _):
     return [series + magnetising, series + shorted, magnetising / ratio, shorted / ratio / far]
 
 
+def digital_pid(t_wanted):
+    """The motor moves by the exponential of its matrix between samples, which hold its voltage; exact."""
+    r, l, k, j, b, period, load_at = 1, 2e-3, 0.05, 5e-5, 1e-5, 1e-3, 0.1
+
+    def moved(x, u, load, h):
+        term, sums = [h * (u - r * x[0] - k * x[1]) / l, h * (k * x[0] - load - b * x[1]) / j], list(x)
+        for n in range(2, 40):
+            sums = [s + y for s, y in zip(sums, term)]
+            term = [h / n * (-r * term[0] - k * term[1]) / l, h / n * (k * term[0] - b * term[1]) / j]
+        return sums
+    t, n, x, u, u_new, e1, e2 = 0.0, 0, [0.0, 0.0], 0.0, 0.0, 0.0, 0.0
+    while True:
+        sample = 0.5e-3 + n * period
+        end = min(t_wanted, sample, load_at if t < load_at else t_wanted)
+        x = moved(x, u, 0.05 if t >= load_at else 0, end - t)
+        t = end
+        if t == t_wanted:
+            return [x[1], x[0], u]
+        if t == sample:
+            e = (50 if t > 5e-3 else 0) - x[1]
+            u, u_new = u_new, u_new + 0.4575 * e - 0.75 * e1 + 0.3 * e2
+            e1, e2, n = e, e1, n + 1
+
+
 def locked_loop(s, k):
     down = s * s + k * s + 5000
     return [(k * s + 5000) / down, s * s / down]
@@ -625,7 +649,7 @@ def main():
     times = [float(line.split()[0]) for line in open(path)]
     if name == "thyristor_phase":
         value = thyristor_phase(float(path.split("_")[-1].split(".")[0]))
-    elif name in ("rc_step", "rlc_step", "bouncing_ball", "filter_degree_6"):
+    elif name in ("rc_step", "rlc_step", "bouncing_ball", "filter_degree_6", "digital_pid"):
         value = globals()[name]
     else:
         points, h = globals()[name](times[-1])

@@ -122,6 +122,7 @@ void find_all_currents(run_state& r) {
 void end_run(run_state& r) {
     r.formed.forget();
     r.flags.event_restart = 0;
+    r.flags.iter_trns_1 = -1;
     r.flags.init_flags();
 }
 
@@ -157,7 +158,7 @@ void solve_trns(run_state& r) {
     const bool analog = r.c.cct.flag_solve_analog;
     r.flags.init_flags();
     r.flags.time_epsilon = slv.method.time_epsilon;
-    slv.now.time_present = r.flags.t_start;
+    slv.now.time_present = r.flags.time_present = r.flags.t_start;
     set_time_next(r, slv.now.time_present);
     if (r.c.cct.flag_x_mixed) start_explicit_side(r);
     if (analog) {

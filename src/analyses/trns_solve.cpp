@@ -190,6 +190,6 @@ void gbce_modulo(run_state& r) {
         const std::size_t i = at(r.mat.offs.gvar + n);
         const double shift = wrapped - r.mat.svec_old_1[i];
         r.mat.svec[i] = r.mat.svec_old_1[i] = wrapped;
-        if (r.slv.now.flag_be || r.slv.now.flag_trz) r.mat.svec_old_2[i] += shift;
+        r.mat.svec_old_2[i] += shift;  // gear2 looks back to there, and TR-BDF2
     }
 }

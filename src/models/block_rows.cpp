@@ -129,8 +129,11 @@ void run_sampled_filter(const sampled_filter& w, const double* vr, double* f, gb
     } else if (flags->nexttime) {
         flags->time_nextbreak = w.times.next(t);
     } else if (flags->save_history) {
-        if (flags->dc)
-            w.settle(vr[x], vr[y]);
+        // Before a transient, DC and start-up look alike here; DC leaves y at what an x gives that stands.
+        const double num = w.form.sum_a() * vr[x], den = w.form.sum_b() * vr[y];
+        const bool rests = std::fabs(den - num) <= 1e-9 * (std::fabs(den) + std::fabs(num));
+        if (flags->iter_trns_1 < 0 && rests)
+            w.settle(vr[x], vr[y], t);
         else if (w.take(vr[x], t, begin))
             flags->tell_event(-1.0, 0.0, true);
     } else if (flags->dc) {

@@ -51,12 +51,15 @@ void discrete_filter::take(double x) const {
     y_old[0] = y;
 }
 
-void sampled_filter::clear() const { settle(0.0, 0.0); }
+void sampled_filter::clear() const {
+    settle(0.0, 0.0, 0.0);
+    *n_last = sample_times::none_yet;
+}
 
-void sampled_filter::settle(double x, double y) const {
+void sampled_filter::settle(double x, double y, double t) const {
     if (form.n_a > 0) std::fill(form.x_old, form.x_old + form.n_a + 1, x);
     std::fill(form.y_old, form.y_old + n_y() + 1, y);
-    *n_last = sample_times::none_yet;
+    *n_last = times.due(t, sample_times::none_yet, t) ? times.number(t) : sample_times::none_yet;
 }
 
 double sampled_filter::value(double x, double t, double begin, double& slope) const {

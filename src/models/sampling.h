@@ -37,7 +37,7 @@ struct sampled_filter {
     sample_times times;
     double* n_last;  // number of the newest sample, or none_yet
     void clear() const;
-    void settle(double x, double y) const;  // x and y have stood for long
+    void settle(double x, double y, double t) const;  // x and y have stood for long at time t
     // y at time t with x there, and its slope by x; begin: of the run, s.
     double value(double x, double t, double begin, double& slope) const;
     // A converged point; true if y is another one from there on.

@@ -191,7 +191,7 @@ TEST(block_discrete_filters, are_at_rest_in_dc_and_begin_there) {
         EXPECT_NEAR(u.x.f[0], 0, 1e-12);
         EXPECT_EQ(u.jac.dfdvr[0][0], -a);
         EXPECT_EQ(u.jac.dfdvr[0][1], b);
-        u.call(&flags_class::dc, &flags_class::save_history);
+        u.accept(0);
         u.flags.iter_trns_1 = 0;
         for (int n = 0; n < 5; ++n) {
             EXPECT_NEAR(output(u, 0.1 * n, 3), 3 * a / b, 1e-12);
