@@ -71,6 +71,14 @@ std::string_view id_of(const char* message) {
 
 }  // namespace
 
+TEST(advice, tells_full_tables_of_blocks_from_their_values) {
+    EXPECT_EQ(id_of("average_mv.gbe: index1 > M_AVERAGE_MV_GBE."), "capacity");
+    EXPECT_EQ(id_of("rms_mv.gbe: index > M_RMS_MV_GBE."), "capacity");
+    EXPECT_EQ(id_of("delay_2.gbe: more points within td than n_delay."), "value-of-element");
+    EXPECT_EQ(id_of("delay_2.gbe: n_delay is too small."), "value-of-element");
+    EXPECT_EQ(id_of("delay_2: dc not implemented. Halting..."), "not-in-dc");
+}
+
 // A new message belongs into the table, if only as one of a family.
 TEST(advice, covers_the_text_of_every_halt_call) {
     int n = 0;
