@@ -79,6 +79,40 @@ def active_front_end(t_end):
     return follow(rate, [0, 0, 0, 0, 20, 750], t_end, 2e-6)
 
 
+def droop_inverters(t_end):
+    """Voltages and currents as vectors at rest; two coils meet at the load."""
+    r, l, tau, w0 = 0.2, 2e-3, 0.02, 314.159265359
+
+    def rate(t, x):
+        i, power, th = x[0:2], x[2:4], x[4:6]  # of each inverter; power: active + j reactive, behind the filters
+        w = [w0 - m * s.real for m, s in zip((1e-4, 2e-4), power)]
+        e = [(325 - 1e-3 * s.imag) * cmath.exp(1j * a) for s, a in zip(power, th)]
+        v = (30 if t < 0.5 else 15) * (i[0] + i[1])
+        return ([(u - v - r * j) / l for u, j in zip(e, i)] +
+                [(1.5 * u * j.conjugate() - s) / tau for u, j, s in zip(e, i, power)] + w,
+                [power[0].real, power[1].real, *w])
+    return follow(rate, [0j, 0j, 0j, 0j, 0.0, 0.0], t_end, 5e-6)
+
+
+def grid_following_dip(t_end):
+    """Voltages and currents as vectors at rest; the loop turns its own frame."""
+    r, l, w0 = 0.1, 5e-3, 314.159265359
+
+    def rate(t, x):
+        i, z, zw, th = x
+        away = min(max((t - 0.1) / 1e-4, 0), 1) - min(max((t - 0.25) / 1e-4, 0), 1)  # 1 in the dip
+        grid = 325 * (1 - 0.5 * away) * cmath.exp(1j * (w0 * t - math.radians(10) * away))
+        turn = cmath.exp(1j * th)
+        e, idq = grid / turn, i / turn
+        w = w0 + 0.4 * e.imag + zw
+        error = min(max(2 / 3 * 1e4 / e.real, 0), 25) - idq
+        want = 5 * error + z + 1j * w * l * idq + e
+        u = want * min(1, 404 / abs(want))
+        return ([(u * turn - grid - r * i) / l, 100 * error + 20 * (u - want), 26 * e.imag, w],
+                [1.5 * (e * idq.conjugate()).real, idq.real, w])
+    return follow(rate, [0j, 0j, 0.0, 0.0], t_end, 5e-6)
+
+
 def brushless_six_step(t_end):
     """Phase by phase: at a rail while a switch is on, at the rail of a diode while the current goes on, else open."""
     rs, ls, lam, p, j, b, u = 0.3, 0.2e-3, 20e-3, 2, 0.3e-3, 0.1e-3, 48.0

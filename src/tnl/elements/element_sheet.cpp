@@ -202,13 +202,6 @@ std::string_view family_title(std::string_view family) {
     return {};
 }
 
-bool speaks_of(const element_sheet& sheet, std::string_view text) {
-    const std::string wanted = lower(text);
-    const auto in = [&](std::string_view s) { return lower(s).find(wanted) != std::string::npos; };
-    return in(sheet.name) || in(sheet.group) ||
-           std::any_of(sheet.description.begin(), sheet.description.end(), [&](const auto& line) { return in(line); });
-}
-
 std::vector<const element_sheet*> find_sheets(const std::vector<element_sheet>& sheets, std::string_view name) {
     std::vector<const element_sheet*> found;
     for (const element_sheet& s : sheets)

@@ -36,9 +36,6 @@ std::vector<element_sheet> all_sheets(const installed_libraries& libraries);
 
 std::string_view family_title(std::string_view family);  // "electrical elements"
 
-// Does the text, in any case, stand in its name, group or description?
-bool speaks_of(const element_sheet& sheet, std::string_view text);
-
 // Elements of this name; "g:clock" is the one of family g. Empty if there is none.
 std::vector<const element_sheet*> find_sheets(const std::vector<element_sheet>& sheets, std::string_view name);
 
