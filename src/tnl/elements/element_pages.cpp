@@ -36,7 +36,7 @@ const group_row groups[] = {
      "Waves and pulses over time or over an angle: carriers of modulators, gate pulses, references, firing pulses."},
     {"compare", "Comparators, with and without hysteresis: one input against another or against a threshold."},
     {"control", "Controllers and modulators that stand ready: PI, PID, current control, phase-locked loops, droop."},
-    {"delays", "Dead time."},
+    {"delays", "A value from earlier: behind a time, or at the last accepted point."},
     {"dynamics", "Integrators, filters, samples, delays, means."},
     {"filters",
      "Transfer functions in s and in z: lags, leads, low pass, band pass, notch; discrete filters at their samples."},
