@@ -504,12 +504,13 @@ constexpr pattern_row rows[] = {
      "for|no_functions|map_jacobian|check * library|"
      ": type not found. Halting"},
     {"capacity", "Insufficient storage|nnz_|mnz_w|is too large!|is too large|too large."},
-    {"capacity", "> M_AVERAGE_MV_|> M_RMS_MV_"},
+    {"capacity", "> M_AVERAGE_MV_|> M_RMS_MV_|clock_delay_2: empty location"},
     {"statement-too-long", "strcpy_chk"},
     {"memory", "text_file: file*is too large"},
     {"missing-file", "file*is a device or a pipe|line_stream: file*cannot be read"},
     {"value-of-element", "v_on < 0|mos_bsim1: leff1|mos_bsim1: weff1|mos_bsim1.ebe: xpart|jfet_spice_1.ebe: level"},
-    {"value-of-element", "clock_pwl20.ebe: |edges must follow each other"},
+    {"value-of-element", "clock_pwl20.ebe: |clock_pwl20.gbe: |edges must follow each other"},
+    {"value-of-element", "theta_delay=*must be from|pwl10_xy.gbe: x must ascend"},
     {"value-of-element", "n_delay is too small|more points within td than n_delay"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"
