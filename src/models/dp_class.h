@@ -16,6 +16,7 @@
 #include "models/digital_gates.h"
 #include "models/digital_links.h"
 #include "models/digital_outputs.h"
+#include "models/direct_torque.h"
 #include "models/edges.h"
 #include "models/explicit_functions.h"
 #include "models/explicit_user.h"
@@ -31,6 +32,7 @@
 #include "models/rotor_angle.h"
 #include "models/sampling.h"
 #include "models/source_waves.h"
+#include "models/stator_flux.h"
 #include "models/toggles.h"
 
 // Read once before the first analysis; a later change of a file name has no effect.

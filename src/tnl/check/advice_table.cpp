@@ -159,7 +159,7 @@ constexpr advice_text texts[] = {
      "the "
      "x and k of set_rparm"},
     {"not-in-dc", "An element cannot stand in a dc block.",
-     "it lives in time: machines, transformers with a core, thyristor_g, sampler1, pll_1a",
+     "it lives in time: machines, transformers with a core, thyristor_g, sampler1, pll_1a, dtc_1",
      "find the state to start from with solve_type startup"},
     {"set-and-reset", "The set and the reset input of a flip-flop were 1 at the same time.",
      "a logic that asks for both; an input that begins at 1; a pulse that is longer than it seems",
@@ -397,7 +397,7 @@ constexpr pattern_row rows[] = {
     {"unknown-instance", "cct_ov_flag = IGL_CLEAR"},
     {"unknown-node", "Check outvars of type|var name is:"},
     {"no-of", "_of_ not found"},
-    {"not-in-dc", "DC not allowed|dc not implemented|dc not allowed|cannot be used in DC"},
+    {"not-in-dc", "DC not allowed|dc not implemented|DC not implemented|dc not allowed|cannot be used in DC"},
     {"value-missing", "mos_level1.ebe: *not given"},
     {"channel-too-short", "effective channel length"},
     {"value-of-element",
@@ -510,7 +510,7 @@ constexpr pattern_row rows[] = {
     {"missing-file", "file*is a device or a pipe|line_stream: file*cannot be read"},
     {"value-of-element", "v_on < 0|mos_bsim1: leff1|mos_bsim1: weff1|mos_bsim1.ebe: xpart|jfet_spice_1.ebe: level"},
     {"value-of-element", "clock_pwl20.ebe: |clock_pwl20.gbe: |edges must follow each other"},
-    {"value-of-element", "theta_delay=*must be from|pwl10_xy.gbe: x must ascend"},
+    {"value-of-element", "theta_delay=*must be from|is out of range. i_f0|is out of range. i_t0|pwl10_xy.gbe: x must ascend"},
     {"value-of-element", "n_delay is too small|more points within td than n_delay"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"

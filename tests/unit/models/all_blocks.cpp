@@ -30,7 +30,9 @@ constexpr mode modes[] = {&flags_class::dc, &flags_class::trns, &flags_class::st
 // Blocks that stop a DC run with a text of their own.
 bool refused(const std::string& name, mode m) {
     return m == &flags_class::dc &&
-           (name == "sampler1" || name == "pll_1a" || name == "delay_2" || name == "intgrtr_reset_1");
+           std::set<std::string>{"calculator_1", "calculator_2",    "delay_2", "dtc_1",    "dtc_2",
+                                 "dtc_3",        "intgrtr_reset_1", "pll_1a",  "sampler1", "syncmc_delta"}
+               .contains(name);
 }
 
 void randomise(block_unit& u, std::mt19937& rng) {
