@@ -10,7 +10,7 @@ import cmath
 import math
 import sys
 
-from reference import follow
+from reference import follow, solved
 
 
 def pmsm_vector(t_end):
@@ -49,6 +49,74 @@ def induction_inverter(t_end):
         te = 1.5 * p * (fs.conjugate() * i_s).imag
         return [u - rs * i_s, -rr * i_r + 1j * p * wm * fr, (te - 0.8106e-3 * wm * wm) / j], [wm]
     return follow(rate, [0j, 0j, 0.0], t_end, 2e-6)
+
+
+def direct_torque_control(t_end):
+    """The machine in the frame of its stator; each 4 us the levels choose the voltage that turns and moves its flux."""
+    rs, rr, lm, p, j = 0.435, 0.816, 69.31e-3, 2, 0.089
+    ls = lr = 2e-3 + lm
+    det = ls * lr - lm * lm
+    control = {"flux": 1, "torque": 0, "u": 0j, "steps": 0}
+
+    def seen(t, x):
+        fs, fr, wm, z = x
+        i_s = (lr * fs - lm * fr) / det
+        e = 100 - wm
+        wish = 1.8 * e + z
+        return i_s, 1.5 * p * (fs.conjugate() * i_s).imag, e, wish, min(max(wish, -20), 20)
+
+    def rate(t, x):
+        fs, fr, wm, z = x
+        i_s, te, e, wish, te_ref = seen(t, x)
+        load = 10 if t >= 0.5 - 1e-9 else 0
+        return [control["u"] - rs * i_s, -rr * (ls * fr - lm * fs) / det + 1j * p * wm * fr, (te - load) / j,
+                9 * e + 5 * (te_ref - wish)], [wm]
+
+    def keep(t, x):
+        control["steps"] += 1
+        if control["steps"] % 4:
+            return x
+        _, te, _, _, te_ref = seen(t, x)
+        miss, flux_miss = te_ref - te, 0.9 - abs(x[0])
+        if abs(flux_miss) > 0.01:
+            control["flux"] = int(flux_miss > 0)
+        if abs(miss) > 0.5:
+            control["torque"] = 1 if miss > 0 else -1
+        elif miss * control["torque"] <= 0:
+            control["torque"] = 0
+        ahead = control["torque"] * (1 if control["flux"] else 2)
+        sector = round(cmath.phase(x[0]) / (math.pi / 3))
+        control["u"] = 360 * cmath.exp(1j * (sector + ahead) * math.pi / 3) if ahead else 0j
+        return x
+    return follow(rate, [0j, 0j, 0.0, 0.0], t_end, 1e-6, keep)
+
+
+def synchronous_exciter(t_end):
+    """Currents as states: of the stator in d and q, field, dampers, and of the line, all seen from the rotor."""
+    p, j, w, md, mq = 2, 0.2, 100 * math.pi, 60e-3, 30e-3
+    l = [[3e-3 + md, 0, md, md, 0], [0, 3e-3 + mq, 0, 0, mq], [md, 0, 5e-3 + md, md, 0], [md, 0, md, 3e-3 + md, 0],
+         [0, mq, 0, 0, 3e-3 + mq]]
+    inverse = list(zip(*(solved(l, [float(i == k) for i in range(5)]) for k in range(5))))
+
+    def times(a, x):
+        return [sum(b * y for b, y in zip(row, x)) for row in a]
+
+    def rate(t, x):
+        i, (line, wm, th, z, field, slow) = x[:5], x[5:]
+        f = times(l, i)
+        at_terminals = 60 * (line - (i[0] + 1j * i[1]))
+        bus = 100 * cmath.exp(1j * (w * t - p * th))
+        u = [at_terminals.real - 0.05 * i[0] + p * wm * f[1], at_terminals.imag - 0.05 * i[1] - p * wm * f[0],
+             field - 0.1 * i[2], -0.5 * i[3], -0.5 * i[4]]
+        te = 1.5 * p * (f[0] * i[1] - f[1] * i[0])
+        tl = -8 if t >= 3 else -2
+        miss = 100 - abs(at_terminals) - 2 / 0.5 * (field - slow)
+        angle = math.degrees(math.remainder(p * th - w * t + math.pi / 2, 2 * math.pi))
+        return (times(inverse, u) + [(bus - at_terminals - 0.1 * line) / 8e-3 - 1j * p * wm * line, (te - tl) / j, wm,
+                                     (0.3 * miss - z) / 20e-3, (min(max(z, 0), 1.6) - field) / 0.1,
+                                     (field - slow) / 0.5], [angle, abs(at_terminals), field, wm])
+    at_rest = times(inverse, [0.3183, 0.0, 0.3448, 0.3183, 0.0])
+    return follow(rate, at_rest + [5j / 3, w / p, -math.pi / 4, 0.5305, 0.5305, 0.5305], t_end, 20e-6)
 
 
 def battery_charger(t_end):

@@ -510,7 +510,8 @@ constexpr pattern_row rows[] = {
     {"missing-file", "file*is a device or a pipe|line_stream: file*cannot be read"},
     {"value-of-element", "v_on < 0|mos_bsim1: leff1|mos_bsim1: weff1|mos_bsim1.ebe: xpart|jfet_spice_1.ebe: level"},
     {"value-of-element", "clock_pwl20.ebe: |clock_pwl20.gbe: |edges must follow each other"},
-    {"value-of-element", "theta_delay=*must be from|is out of range. i_f0|is out of range. i_t0|pwl10_xy.gbe: x must ascend"},
+    {"value-of-element",
+     "theta_delay=*must be from|is out of range. i_f0|is out of range. i_t0|pwl10_xy.gbe: x must ascend"},
     {"value-of-element", "n_delay is too small|more points within td than n_delay"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"

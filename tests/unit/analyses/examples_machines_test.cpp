@@ -104,3 +104,67 @@ TEST(examples, synchronous_bus_comes_to_rest_at_the_angle_of_its_torque) {
     for (int k = 0; k <= 180; ++k) most = std::min(most, torque(k * pi / 180));
     EXPECT_NEAR(most, -7.5, 0.05);  // as the story says
 }
+
+TEST(examples, direct_torque_control_keeps_torque_and_flux_in_their_bands) {
+    const whole_run run = example("direct_torque_control");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");  // w te te_ref f f_al f_be ia
+    double torque = 0, flux = 0, w_at_100ms = 0, w_at_400ms = 0;
+    for (const auto& row : rows) {
+        if (row[0] > 3e-3) torque = std::max(torque, std::fabs(row[2] - row[3]));
+        if (row[0] > 0.21) flux = std::max(flux, std::fabs(row[4] - 0.9));
+        if (row[0] < 0.1) w_at_100ms = row[1];
+        if (row[0] < 0.4) w_at_400ms = row[1];
+        EXPECT_NEAR(std::hypot(row[5], row[6]), row[4], 1e-5);
+    }
+    EXPECT_LT(torque, 0.5 + 0.8);
+    EXPECT_GT(torque, 0.5);
+    EXPECT_LT(flux, 0.01 + 0.0015);
+    EXPECT_GT(flux, 0.01);
+    EXPECT_NEAR((w_at_400ms - w_at_100ms) / 0.3, (20 - 0.1) / 0.089, 2);
+    int n = 0;
+    bool on = false;
+    for (const auto& row : run.rows("gates.dat")) {
+        n += on != (row[3] > 0.5);
+        on = row[3] > 0.5;
+    }
+    EXPECT_NEAR(n / 2.0 / 0.02, 20e3, 3e3);
+}
+
+TEST(examples, synchronous_exciter_holds_the_voltage_and_the_machine_at_a_torque_beyond_its_first_field) {
+    const whole_run run = example("synchronous_exciter");
+    ASSERT_FALSE(run.stopped) << run.text;
+    const table rows = run.rows("wave.dat");  // angle v_t e_fd ifd te v_r
+    // Line and load as one source behind one impedance, seen from the rotor, whose q axis is ahead of the bus by the
+    // angle: vd = rs id - xq iq, vq = rs iq + xd id + e.
+    const double w = 100 * pi, rs = 0.05, xd = w * 63e-3, xq = w * 33e-3;
+    const number line(0.1, w * 8e-3), part = 60.0 / (60.0 + line), z = line * part;
+    struct rest {
+        double te, v_t;
+    };
+    const auto at = [&](double angle, double e_fd) {
+        const double e = w * 60e-3 * e_fd / 0.1, r = rs + z.real(), x = z.imag();
+        const number v = 100.0 * part * number(std::sin(angle), std::cos(angle));
+        // v - z (id + i iq) is the voltage at the terminals.
+        const double det = r * r + (xd + x) * (xq + x), b = v.imag() - e;
+        const double id = (r * v.real() + (xq + x) * b) / det, iq = (r * b - (xd + x) * v.real()) / det;
+        return rest{3 / w * ((xd * id + e) * iq - xq * iq * id), std::abs(v - z * number(id, iq))};
+    };
+    for (const auto& [from, to, tl] : {std::tuple{2.8, 3.0, -2.0}, {6.8, 7.0, -8.0}}) {
+        double e_fd = 1, angle = 0;
+        for (int n = 0; n < 200; ++n) {
+            double low = 0, high = pi / 2;  // the torque falls with the angle there
+            for (int k = 0; k < 60; ++k) (at(0.5 * (low + high), e_fd).te > tl ? low : high) = 0.5 * (low + high);
+            angle = low;
+            e_fd += 0.05 * (0.3 * (100 - at(angle, e_fd).v_t) - e_fd);
+        }
+        EXPECT_NEAR(of(rows, 1, from, to).mean, angle * 180 / pi, 0.1);
+        EXPECT_NEAR(of(rows, 2, from, to).mean, at(angle, e_fd).v_t, 0.02);
+        EXPECT_NEAR(of(rows, 3, from, to).mean, e_fd, 0.003);
+        EXPECT_NEAR(of(rows, 5, from, to).mean, tl, 0.03);
+    }
+    double most = 0;
+    for (int k = 0; k <= 180; ++k) most = std::min(most, at(k * pi / 180, 0.492).te);
+    EXPECT_GT(most, -8);  // the field before the step would lose the machine
+    EXPECT_EQ(of(rows, 6, 3, 4).high, 1.6);
+}
