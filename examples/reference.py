@@ -307,15 +307,26 @@ def dc_chopper(t_end):
     return follow(rate, [0.0, 0.0], t_end, 0.5e-6, current_not_below_0)
 
 
+def times(a, x):
+    return [sum(b * y for b, y in zip(row, x)) for row in a]
+
+
+def inverted(a):
+    n = len(a)
+    return list(zip(*(solved(a, [float(i == k) for i in range(n)]) for k in range(n))))
+
+
+def synchronous_inductances():
+    """Of the stator in d and q, the field, the dampers in d and q; H."""
+    md, mq = 60e-3, 30e-3
+    return [[3e-3 + md, 0, md, md, 0], [0, 3e-3 + mq, 0, 0, mq], [md, 0, 5e-3 + md, md, 0], [md, 0, md, 3e-3 + md, 0],
+            [0, mq, 0, 0, 3e-3 + mq]]
+
+
 def synchronous_bus(t_end):
     """Currents as states: of the stator in d and q, of the field, of the dampers in d and q."""
-    p, j, w, md, mq = 2, 0.2, 100 * math.pi, 60e-3, 30e-3
-    l = [[3e-3 + md, 0, md, md, 0], [0, 3e-3 + mq, 0, 0, mq], [md, 0, 5e-3 + md, md, 0], [md, 0, md, 3e-3 + md, 0],
-         [0, mq, 0, 0, 3e-3 + mq]]
-    inverse = list(zip(*(solved(l, [float(i == k) for i in range(5)]) for k in range(5))))
-
-    def times(a, x):
-        return [sum(b * y for b, y in zip(row, x)) for row in a]
+    p, j, w, l = 2, 0.2, 100 * math.pi, synchronous_inductances()
+    inverse = inverted(l)
 
     def rate(t, x):
         i, (wm, th, angle) = x[:5], x[5:]

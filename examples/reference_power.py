@@ -10,7 +10,7 @@ import cmath
 import math
 import sys
 
-from reference import follow, solved
+from reference import follow, inverted, synchronous_inductances, times
 
 
 def pmsm_vector(t_end):
@@ -93,13 +93,8 @@ def direct_torque_control(t_end):
 
 def synchronous_exciter(t_end):
     """Currents as states: of the stator in d and q, field, dampers, and of the line, all seen from the rotor."""
-    p, j, w, md, mq = 2, 0.2, 100 * math.pi, 60e-3, 30e-3
-    l = [[3e-3 + md, 0, md, md, 0], [0, 3e-3 + mq, 0, 0, mq], [md, 0, 5e-3 + md, md, 0], [md, 0, md, 3e-3 + md, 0],
-         [0, mq, 0, 0, 3e-3 + mq]]
-    inverse = list(zip(*(solved(l, [float(i == k) for i in range(5)]) for k in range(5))))
-
-    def times(a, x):
-        return [sum(b * y for b, y in zip(row, x)) for row in a]
+    p, j, w, l = 2, 0.2, 100 * math.pi, synchronous_inductances()
+    inverse = inverted(l)
 
     def rate(t, x):
         i, (line, wm, th, z, field, slow) = x[:5], x[5:]

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <memory>
@@ -7,6 +8,7 @@
 #include "tnl/common/exit_status.h"
 #include "tnl/common/near_words.h"
 #include "tnl/common/output_file.h"
+#include "tnl/common/text.h"
 #include "tnl/elements/element_pages.h"
 #include "tnl/elements/element_search.h"
 #include "tnl/elements/method_pages.h"
@@ -81,15 +83,17 @@ json part_json(const std::vector<trade_part>& parts) {
     return list;
 }
 
-// One element alone, or one part: how a deck says it.
+// One element alone, the one of several that has a word as its name, or one part: how a deck says it.
 std::string example_text(const std::vector<element_sheet>& sheets, const std::vector<trade_part>& parts,
-                         const std::vector<element_sheet>& all) {
+                         const std::vector<element_sheet>& all, const std::vector<std::string>& words) {
     const auto shown = [](const std::vector<std::string>& lines) {
         std::string text;
         for (const std::string& line : lines) text += "  " + line + "\n";
         return text.empty() ? text : "\nExample\n" + text;
     };
     if (sheets.size() == 1 && parts.empty()) return shown(sheets[0].examples);
+    for (const element_sheet& s : sheets)
+        if (std::find(words.begin(), words.end(), s.name) != words.end()) return shown(s.examples);
     if (!sheets.empty() || parts.size() != 1) return "";
     const std::vector<const element_sheet*> type = find_sheets(all, "e:" + parts[0].type);
     if (type.empty()) return "";
@@ -99,7 +103,7 @@ std::string example_text(const std::vector<element_sheet>& sheets, const std::ve
 }
 
 std::string found_text(const search_result& found, const std::vector<trade_part>& parts,
-                       const std::vector<element_sheet>& all) {
+                       const std::vector<element_sheet>& all, const std::vector<std::string>& words) {
     std::string text;
     const auto add = [&](const std::string& more) {
         if (!more.empty()) text += (text.empty() ? "" : "\n") + more;
@@ -116,7 +120,7 @@ std::string found_text(const search_result& found, const std::vector<trade_part>
     }
     std::vector<element_sheet> hits = found.whole;
     hits.insert(hits.end(), found.part.begin(), found.part.end());
-    return text + example_text(hits, parts, all);
+    return text + example_text(hits, parts, all, words);
 }
 
 int list_command(const list_options& options) {
@@ -151,7 +155,7 @@ int list_command(const list_options& options) {
         for (json& p : part_json(parts)) list.push_back(std::move(p));
         write_output("-", list.dump(2) + "\n");
     } else {
-        write_output("-", found_text(found, parts, all));
+        write_output("-", found_text(found, parts, all, split(lower(options.word), ' ')));
     }
     if (advice) std::fprintf(stderr, "tnl: %s: %s\n", options.word.c_str(), std::string(advice->text).c_str());
     if (!sheets.empty() || !parts.empty()) return good;
