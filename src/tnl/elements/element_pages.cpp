@@ -1,6 +1,7 @@
 #include "tnl/elements/element_pages.h"
 
 #include <algorithm>
+#include <cctype>
 #include <nlohmann/json.hpp>
 
 #include "tnl/common/text.h"
@@ -241,12 +242,38 @@ std::string sheet_json(const std::vector<const element_sheet*>& sheets) {
 std::string page_name(const element_sheet& s) { return s.family + "_" + s.name + ".md"; }
 std::string picture_name(const element_sheet& s) { return s.family + "_" + s.name + ".svg"; }
 
+namespace {
+
+// Whether a line of a description goes on with the sentence of the one before: that one has no end, and this one begins
+// neither a sentence nor an equation.
+bool goes_on(std::string_view before, std::string_view line) {
+    if (before.empty() || line.empty()) return false;
+    if (before.back() == ',') return true;
+    if (before.back() == '.' || before.back() == ':' || before.back() == ';') return false;
+    const std::string_view first = line.substr(0, line.find(" ="));  // "dz/dt", "d f_al/dt" of an equation
+    const bool is_equation = first.size() < line.size() && first.find(',') == std::string_view::npos &&
+                             std::count(first.begin(), first.end(), ' ') < 2;
+    return std::islower(static_cast<unsigned char>(line.front())) != 0 && !is_equation;
+}
+
+std::string description_markdown(const std::vector<std::string>& lines) {
+    std::string text;
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+        const bool more = i > 1 && goes_on(lines[i - 1], lines[i]);
+        if (i > 1) text += more ? " " : "\n";
+        text += (more ? "" : "- ") + markdown_escaped(lines[i]);
+    }
+    return text.empty() ? text : text + "\n";
+}
+
+}  // namespace
+
 std::string sheet_markdown(const element_sheet& s) {
     std::string text = "# `" + s.name + "`\n\n" + markdown_escaped(s.summary()) + "\n\n";
     text += "Family `" + s.family + "` (" + std::string(family_title(s.family)) + "), group " + s.group + ".\n\n";
     for (const std::string& line : signature(s)) text += "    " + line + "\n";
     text += "\n";
-    for (std::size_t i = 1; i < s.description.size(); ++i) text += "- " + markdown_escaped(s.description[i]) + "\n";
+    text += description_markdown(s.description);
     text += "- " + std::string(small_signal_line(s)) + "\n";
     for (const part& p : parts) {
         const std::vector<sheet_word>& words = s.*p.member;

@@ -159,6 +159,18 @@ TEST(user_f_dtc_1, is_the_published_table) {
             EXPECT_EQ(user_f_dtc_1(row < 3 ? 1 : 0, 1 - row % 3, sector), published[row][sector - 1]);
 }
 
+// Between a vector and the one without voltage that may follow it one leg switches.
+TEST(user_f_dtc_1, takes_the_vector_without_voltage_that_is_one_leg_away) {
+    for (const int flux : {0, 1})
+        for (const int torque : {-1, 1})
+            for (int sector = 1; sector <= 6; ++sector) {
+                const int v = user_f_dtc_1(flux, torque, sector), none = user_f_dtc_1(flux, 0, sector);
+                int n = 0;
+                for (const int leg : {0, 1, 2}) n += leg_is_high(v, leg) != leg_is_high(none, leg);
+                EXPECT_EQ(n, 1) << flux << torque << sector;
+            }
+}
+
 // A second reason: along the flux the vector raises it or lowers it, across it the torque.
 TEST(user_f_dtc_1, moves_flux_and_torque_where_their_levels_want_them) {
     for (double th = -10.05; th < 10; th += 0.1) {

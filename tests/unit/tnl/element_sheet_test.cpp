@@ -107,4 +107,22 @@ TEST(installed_elements, are_described_word_by_word) {
     EXPECT_GE(n, 74);
 }
 
+TEST(element_sheet, joins_the_lines_of_a_sentence_on_its_page) {
+    element_sheet s;
+    s.name = "pi";
+    s.family = "g";
+    s.description = {"PI controller",
+                     "u = kp x + z",
+                     "dz/dt = ki x",
+                     "Back-calculation holds the integral z",
+                     "where u stays near the limit.",
+                     "k_aw = 0: none,",
+                     "as Astrom and",
+                     "Hagglund say."};
+    EXPECT_NE(sheet_markdown(s).find("- u = kp x + z\n- dz/dt = ki x\n- Back-calculation holds the integral z where u "
+                                     "stays near the limit.\n- k_aw = 0: none, as Astrom and\n- Hagglund say.\n- "),
+              std::string::npos)
+        << sheet_markdown(s);
+}
+
 }  // namespace
