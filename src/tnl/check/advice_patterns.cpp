@@ -31,8 +31,10 @@ constexpr pattern_row rows[] = {
     {"time-no-convergence",
      "solve_trns: N-R iterations did not converge|solve_ssw_1: N-R iterations|solve_ssw_1: iter_stepred"},
     {"singular",
-     "the factors of this step do not serve|error in gauss_2|(even after reordering)|Pivot is too small|zero "
+     "the factors of this step do not serve|error in gauss_2 again|error in gauss_2_c again|(even after "
+     "reordering)|Pivot is too small|zero "
      "pivot|singular matrix"},
+    {"reordered", "error in gauss_2|to reorder"},
     {"not-square", "system matrix is not square"},
     {"nan", "NaN found"},
     {"debug-stop", "as wrt_debug_smat asks"},
@@ -213,7 +215,7 @@ constexpr pattern_row rows[] = {
     {"value-of-element", "clock_pwl20.ebe: |clock_pwl20.gbe: |edges must follow each other"},
     {"value-of-element",
      "theta_delay=*must be from|is out of range. i_f0|is out of range. i_t0|pwl10_xy.gbe: x must ascend"},
-    {"value-of-element", "n_delay is too small|more points within td than n_delay"},
+    {"delay-too-long", "n_delay is too small|more points within td than n_delay"},
     {"internal",
      "not found? Halting|compute_norm_spice|var_flag not identified|check_nodes_1|check_ebeu|"
      "line_given is too large|i_line is too large|message from calling routine|Message from calling routine|flag_eo|"

@@ -24,13 +24,6 @@ std::set<std::string> set_nodes(const checked_deck& d) {
     return names;
 }
 
-std::string short_number(double x) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.4g", x);
-    return text;
-}
-std::string seconds(double x) { return short_number(x) + " s"; }
-
 // How long a clock stays at 1 and at 0; NaN: no clock, or not known.
 struct clock_times {
     double high = NAN, low = NAN;
@@ -131,9 +124,9 @@ void check_held(checked_deck& d, const deck_element& e, const used_names& nodes,
         if (std::isnan(start) || std::isnan(wanted) || start == wanted) continue;
         d.value(e, f.input, &at);
         d.report.warning("start-value", {e.statement, at},
-                         "a start-up leaves " + e.name + " at " + f.start + "=" + short_number(start) + " although " +
+                         "a start-up leaves " + e.name + " at " + f.start + "=" + figure(start) + " although " +
                              f.input + " is 1 throughout: it follows when another of its inputs changes",
-                         f.start + "=" + short_number(wanted));
+                         f.start + "=" + figure(wanted));
     }
 }
 

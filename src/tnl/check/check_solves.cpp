@@ -147,6 +147,7 @@ private:
                                     d_.word(place_of(word).statement, place_of(word).word + 1));
         one_rule();
         heeds_events();
+        sees_crossings();
         s_.t_start = start;
         s_.t_end = end;
         check_clocks(d_, s_, slv_, place_of("t_end"));
@@ -260,6 +261,26 @@ private:
                                   "method: event_restart=yes");
                 return;
             }
+        }
+    }
+
+    // A break stands dt_guard before a crossing that is foreseen, the next one twice as far behind it. Steps have
+    // delt_min at least: a nearer break is none.
+    void sees_crossings() {
+        const method_settings& m = slv_.method;
+        if (m.constant_step || !(m.delt_const > m.delt_min)) return;
+        for (const deck_element& e : d_.elements) {
+            if (e.type == nullptr || e.library == lib_xels) continue;
+            const double guard = value_of_parameter(d_, e, "dt_guard");
+            if (!(2 * guard < m.delt_min * (1 - 1e-9))) continue;
+            int at = 0;
+            d_.value(e, "dt_guard", &at);
+            d_.report.warning("late-crossing", {e.statement, at},
+                              e.name + " (" + e.type->name + ") acts up to " + seconds(m.delt_const) +
+                                  " late: its dt_guard of " + seconds(guard) + " is below half of delt_min, " +
+                                  seconds(m.delt_min) + ", so the step behind a crossing is a whole one",
+                              "dt_guard=" + figure(m.delt_min) + " there, or method: delt_min=" + figure(guard));
+            return;
         }
     }
 

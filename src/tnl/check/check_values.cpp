@@ -93,6 +93,13 @@ bool has_limits(const element_type& type) {
     return type.has_own_limits || (type.basics.size() == 1 && type.basics[0] == type.name);
 }
 
+std::string figure(double x) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.4g", x);
+    return text;
+}
+std::string seconds(double x) { return figure(x) + " s"; }
+
 double value_of_parameter(const checked_deck& d, const deck_element& e, std::string_view name) {
     const parameter p = parameter_of(d, e, name);
     const std::string word = p.text.substr(std::min(name.size() + 1, p.text.size()));

@@ -4,6 +4,10 @@
 
 namespace cli {
 
+// A number as a message shows it, and as a time: "4e-09 s".
+std::string figure(double x);
+std::string seconds(double x);
+
 // A number as the run sees it: the element's own, that of its model, or the library's. NaN: not known.
 double value_of_parameter(const checked_deck& d, const deck_element& e, std::string_view name);
 

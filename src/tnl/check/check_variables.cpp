@@ -1,4 +1,7 @@
 // Variables of blocks: each is written by one block or meter, and read by others.
+#include <algorithm>
+#include <set>
+
 #include "tnl/check/check_uses.h"
 #include "tnl/common/near_words.h"
 
@@ -24,23 +27,32 @@ void check_variables(checked_deck& d) {
     const auto element = [&](const name_use& u) -> const deck_element& {
         return d.elements[static_cast<std::size_t>(u.element)];
     };
-    std::vector<std::string> written, unread;
+    const auto is_asked_for = [&](const std::string& name, const std::vector<name_use>& list) {
+        return asked_for.count(name) > 0 ||
+               std::any_of(list.begin(), list.end(), [](const name_use& u) { return !u.writes; });
+    };
+    // Elements with an output that somebody reads: their other ones may be of no use.
+    std::set<int> useful;
+    for (const auto& [name, list] : used.of)
+        for (const name_use& u : list)
+            if (u.writes && is_asked_for(name, list)) useful.insert(u.element);
+    std::vector<std::string> written, orphans_of_all, never_written;
     for (const auto& [name, list] : used.of) {
-        bool writes = false, reads = asked_for.count(name) > 0;
-        for (const name_use& u : list) (u.writes ? writes : reads) = true;
-        if (writes) written.push_back(name);
-        if (!reads) unread.push_back(name);
+        const auto writer = std::find_if(list.begin(), list.end(), [](const name_use& u) { return u.writes; });
+        if (writer == list.end()) {
+            never_written.push_back(name);
+            continue;
+        }
+        written.push_back(name);
+        if (!is_asked_for(name, list) && !useful.contains(writer->element)) orphans_of_all.push_back(name);
     }
     for (const auto& [name, list] : used.of) {
         const name_use* writer = nullptr;
-        bool has_block = false, is_read = asked_for.count(name) > 0;
+        bool has_block = false;
         for (const name_use& u : list) {
             const int library = element(u).library;
             has_block = has_block || library == lib_gels || library == lib_gmes;
-            if (!u.writes) {
-                is_read = true;
-                continue;
-            }
+            if (!u.writes) continue;
             if (writer != nullptr)
                 d.report.error(
                     "written-twice", u.at,
@@ -52,31 +64,19 @@ void check_variables(checked_deck& d) {
         if (writer == nullptr && !used.unsure) {
             // A variable that is written and read by nobody may be the one that is meant.
             std::string orphans;
-            for (const std::string& other : unread)
-                if (has(written, other)) orphans += (orphans.empty() ? "" : " ") + other;
+            for (const std::string& other : orphans_of_all) orphans += (orphans.empty() ? "" : " ") + other;
             d.report.error("not-written", list.front().at,
                            "no block or meter writes the variable " + name + near_text(written, name),
-                           orphans.empty() || unread.size() > most_orphans
+                           orphans.empty() || orphans_of_all.size() > most_orphans
                                ? "is the name misspelt? A block type=const gives a variable a fixed value"
                                : "is the name misspelt? Written, but read by nobody: " + orphans);
         } else if (writer != nullptr && !has_block && !used.unsure) {
             d.report.error("no-block", writer->at,
                            "variable " + name + " stands in electrical elements alone; a block must read or write it",
                            "add a block that passes it on: gelement type=linear_1");
-        } else if (!is_read && !used.unsure && !has_lost_outvars(d)) {
+        } else if (has(orphans_of_all, name) && !used.unsure && !has_lost_outvars(d)) {
             d.report.warning("not-read", writer->at,
-                             "nobody reads the variable " + name +
-                                 near_text(
-                                     [&] {
-                                         std::vector<std::string> orphans;
-                                         for (const auto& [other, l] : used.of) {
-                                             bool any = false;
-                                             for (const name_use& u : l) any = any || u.writes;
-                                             if (!any) orphans.push_back(other);
-                                         }
-                                         return orphans;
-                                     }(),
-                                     name));
+                             "nobody reads the variable " + name + near_text(never_written, name));
         }
     }
 }

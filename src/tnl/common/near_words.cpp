@@ -42,7 +42,8 @@ std::vector<std::string> near_words(const std::vector<std::string>& words, std::
         const int distance = edit_distance(wanted, other);
         const std::size_t shorter = std::min(wanted.size(), other.size());
         const bool begins = shorter > 2 && (other.starts_with(wanted) || wanted.starts_with(other));
-        const bool short_pair = shorter > 1 && distance == 1 && wanted[0] == other[0];  // R1 and R2
+        const bool short_pair = (shorter > 1 || other.size() < wanted.size()) && distance == 1 &&
+                                wanted[0] == other[0];  // R1 and R2, g where gx is written
         if (distance <= static_cast<int>(std::max(wanted.size(), other.size())) / 3 || begins || short_pair)
             near.emplace_back(distance, candidate);
     }

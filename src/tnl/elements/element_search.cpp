@@ -137,6 +137,20 @@ const std::vector<hint>& hints() {
          "it is a vcvs of a large gain, with a resistor and a capacitor behind it for its bandwidth",
          {"vcvs"}},
         {"lead lag,lead-lag,leadlag", "it is filter_z1_p1: (a0 + a1 s)/(b0 + b1 s)", {"filter_z1_p1"}},
+        {"lead compensator,lag compensator", "it is filter_z1_p1: (a0 + a1 s)/(b0 + b1 s)", {"filter_z1_p1"}},
+        {"deadtime,dead-time,dead time",
+         "between gates it is the t_dead of leg_mosfet, leg_igbt, bridge_3ph_mosfet and bridge_3ph_igbt; a delay of a "
+         "signal is delay_2",
+         {"leg_mosfet", "leg_igbt", "bridge_3ph_mosfet", "bridge_3ph_igbt", "delay_2"}},
+        {"zero-order hold,zero order hold,sample and hold",
+         "at equal distances it is sampler1, where a clock rises sampler3, while an input is low sampler2",
+         {"sampler1", "sampler2", "sampler3"}},
+        {"derivative,differentiator",
+         "of a signal it is ddt; with a lag filter_z1_p1 with a0 = 0",
+         {"ddt", "filter_z1_p1"}},
+        {"loop gain,bode",
+         "it is an ac block: tnl new mine --from loop_gain; the mean of a converter is spdt_buck or spdt_boost",
+         {"spdt_buck", "spdt_boost"}},
         {"saturation", "of a signal it is lmtr", {"lmtr"}},
     };
     return all;

@@ -74,9 +74,16 @@ std::string_view id_of(const char* message) {
 TEST(advice, tells_full_tables_of_blocks_from_their_values) {
     EXPECT_EQ(id_of("average_mv.gbe: index1 > M_AVERAGE_MV_GBE."), "capacity");
     EXPECT_EQ(id_of("rms_mv.gbe: index > M_RMS_MV_GBE."), "capacity");
-    EXPECT_EQ(id_of("delay_2.gbe: more points within td than n_delay."), "value-of-element");
-    EXPECT_EQ(id_of("delay_2.gbe: n_delay is too small."), "value-of-element");
+    EXPECT_EQ(id_of("delay_2.gbe: more points within td than n_delay."), "delay-too-long");
+    EXPECT_EQ(id_of("delay_2.gbe: n_delay is too small."), "delay-too-long");
     EXPECT_EQ(id_of("delay_2: dc not implemented. Halting..."), "not-in-dc");
+}
+
+TEST(advice, knows_a_pivot_that_is_exchanged_from_a_singular_matrix) {
+    const std::string exchanged = "*** error in gauss_2: pivot too small ***\nsolve_jac: error in gauss_2.\n";
+    EXPECT_EQ(id_of(exchanged.c_str()), "reordered");
+    EXPECT_EQ(id_of((exchanged + "  Calling gauss_1a (to reorder)...\nsolve_jac: error in gauss_2 again!\n").c_str()),
+              "singular");
 }
 
 // A new message belongs into the table, if only as one of a family.
