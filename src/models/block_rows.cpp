@@ -81,12 +81,13 @@ void derivative_rows(int n, const double* a, double scale, const double* vr, con
     constexpr int x = 0, y = 1;
     // a[0] + a[1] s ... of z[0]; the last derivative stands in no unknown, it is the row of the last one.
     double by_z[2] = {a[0], n > 1 ? a[1] / scale : 0.0};
+    const int n_z = n > 1 ? 2 : 1;
     double last = a[n];
-    for (int i = 1; i < n; ++i) last /= scale;
+    for (int i = 1; i < n_z; ++i) last /= scale;
     const bool rests = flags->startup;
     if (flags->function) {
         double sum = vr[y];
-        for (int i = 0; i < n; ++i) sum -= by_z[i] * z[i];
+        for (int i = 0; i < n_z; ++i) sum -= by_z[i] * z[i];
         f[n - 1] = rests ? sum : sum / last;
         if (n > 1) f[0] = rests ? z[1] : z[1] / scale;
         f[n] = z[0] - vr[x];
@@ -94,7 +95,7 @@ void derivative_rows(int n, const double* a, double scale, const double* vr, con
     if (!flags->jacobian) return;
     const double by = rests ? 1.0 : last;
     jac->dfdvr[n - 1][y] = 1.0 / by;
-    for (int i = 0; i < n; ++i) jac->dfdaux[n - 1][i] = -by_z[i] / by;
+    for (int i = 0; i < n_z; ++i) jac->dfdaux[n - 1][i] = -by_z[i] / by;
     if (n > 1) {
         jac->dfdaux[0][0] = 0.0;
         jac->dfdaux[0][1] = rests ? 1.0 : 1.0 / scale;

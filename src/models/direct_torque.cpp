@@ -14,14 +14,15 @@ int user_f_dtc_1(int flux, int torque, int sector) {
 
 int flux_sector(double th) {
     constexpr double sixth = 1.0471975511965976;  // pi/3
-    const double n = std::floor(th / sixth + 0.5);
-    return 1 + static_cast<int>(n - 6.0 * std::floor(n / 6.0));
+    const double n = std::fmod(std::floor(th / sixth + 0.5), 6.0);
+    if (std::isnan(n)) return 1;  // an angle that is none has no sector either
+    return 1 + static_cast<int>(n < 0.0 ? n + 6.0 : n);
 }
 
 bool leg_is_high(int vector, int leg) {
     constexpr bool high[8][3] = {{false, false, false}, {true, false, false}, {true, true, false}, {false, true, false},
                                  {false, true, true},   {false, false, true}, {true, false, true}, {true, true, true}};
-    return high[vector][leg];
+    return high[vector & 7][leg];
 }
 
 void direct_torque::begin(int flux, int torque) const {

@@ -13,7 +13,7 @@ std::string next_word(std::string_view& line) {
     const std::size_t a = std::min(line.find_first_not_of(" \t"), line.size());
     line.remove_prefix(a);
     const std::size_t n = std::min(line.find_first_of(" \t"), line.size());
-    const std::string word(line.substr(0, n));
+    std::string word(line.substr(0, n));
     line.remove_prefix(n);
     return word;
 }

@@ -290,7 +290,7 @@ std::string sheet_markdown(const element_sheet& s) {
         column(p.values, "If not given");
         column(true, "Unit");
         column(true, "Meaning");
-        text += head + "\n" + rule + "\n";
+        text.append(head).append("\n").append(rule).append("\n");
         for (const sheet_word& w : words) {
             text += "| `" + w.word + "` |";
             if (p.kinds) text += " " + w.kind + " |";

@@ -101,7 +101,7 @@ void check_example(const std::string& text, const element_sheet& sheet, std::vec
         bool known = g == "name" || g == "type";
         for (const auto part : {&sheet.terminals, &sheet.parameters, &sheet.start_values, &sheet.first_guesses})
             for (const sheet_word& k : *part) known = known || k.word == g;
-        if (!known) faults.push_back("example with unknown word " + g + ": " + text);
+        if (!known) faults.push_back(std::string("example with unknown word ").append(g).append(": ").append(text));
     }
 }
 

@@ -189,6 +189,14 @@ TEST(user_f_dtc_1, moves_flux_and_torque_where_their_levels_want_them) {
     }
 }
 
+TEST(flux_sector, is_one_of_six_whatever_the_angle) {
+    for (const double th : {1e300, -1e300, 1e18, INFINITY, -INFINITY, static_cast<double>(NAN)}) {
+        EXPECT_GE(flux_sector(th), 1) << th;
+        EXPECT_LE(flux_sector(th), 6) << th;
+    }
+    for (int k = -20; k < 20; ++k) EXPECT_EQ(flux_sector(k * pi / 3 + 0.4), 1 + ((k % 6) + 6) % 6) << k;
+}
+
 // The gates of a unit at a point of a transient, as the number of the voltage vector.
 int vector_of(block_unit& u) {
     for (const char* gate : {"ga", "gb", "gc"}) u.vr(gate) = 0;
