@@ -190,7 +190,7 @@ TEST(user_f_dtc_1, moves_flux_and_torque_where_their_levels_want_them) {
 }
 
 TEST(flux_sector, is_one_of_six_whatever_the_angle) {
-    for (const double th : {1e300, -1e300, 1e18, INFINITY, -INFINITY, static_cast<double>(NAN)}) {
+    for (const double th : {1e300, -1e300, 1e18, HUGE_VAL, -HUGE_VAL, std::nan("")}) {
         EXPECT_GE(flux_sector(th), 1) << th;
         EXPECT_LE(flux_sector(th), 6) << th;
     }
